@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// The Bluetooth LE central: permission, power and received advertisements. The kit only listens;
+// nothing here transmits. Main thread; the delegate must outlive the manager.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace halvora {
+
+/// The numbers are those of the phones' own systems; scenario files and hosts use them.
+enum class BluetoothAuthorization : std::uint8_t {
+  notDetermined = 0,
+  restricted = 1,
+  denied = 2,
+  allowedAlways = 3,
+};
+
+enum class CentralState : std::uint8_t {
+  unknown = 0,
+  resetting = 1,
+  unsupported = 2,
+  unauthorised = 3,
+  poweredOff = 4,
+  poweredOn = 5,
+};
+
+/// One received advertisement. The bytes live only while the delegate is called.
+struct Advertisement {
+  /// The manufacturer data as on the air (company id, low byte first, then the rest); none if the
+  /// advertisement has none.
+  std::optional<std::span<const std::uint8_t>> manufacturerData;
+};
+
+struct ScanOptions {
+  bool allowDuplicates = false;
+  friend bool operator==(const ScanOptions&, const ScanOptions&) = default;
+};
+
+class CentralManagerDelegate {
+ public:
+  virtual ~CentralManagerDelegate() = default;
+  virtual void centralManagerDidUpdateState(CentralState state) = 0;
+  virtual void didDiscoverPeripheral(const Advertisement& advertisement) = 0;
+};
+
+/// One listener. Reports its state in the first turn after it was made, and on every change. Losing
+/// power ends a scan.
+class CentralManager {
+ public:
+  virtual ~CentralManager() = default;
+  virtual CentralState state() const = 0;
+  virtual void scanForPeripherals(const ScanOptions& options) = 0;
+  virtual void stopScan() = 0;
+
+  /// A stop directly followed by a scan. One call, because many systems lose packets at every start
+  /// of a scan, or starve an application that starts them often: where the running scan already has
+  /// these options, an adapter may let it run.
+  virtual void restartScan(const ScanOptions& options) {
+    stopScan();
+    scanForPeripherals(options);
+  }
+};
+
+class BluetoothCentral {
+ public:
+  virtual ~BluetoothCentral() = default;
+  virtual BluetoothAuthorization authorization() const = 0;
+  /// Where permission is not determined yet, making a manager is what asks the user for it.
+  virtual std::unique_ptr<CentralManager> makeManager(CentralManagerDelegate& delegate) = 0;
+};
+
+}  // namespace halvora

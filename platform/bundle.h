@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// Bundles: read-only folders of resources and string tables, one of the host application and one of
+// the kit itself. Main thread, apart from `resourcePath`.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace halvora {
+
+class Bundle {
+ public:
+  virtual ~Bundle() = default;
+  /// Such as "com.example.host".
+  virtual const std::string& identifier() const = 0;
+  /// The folder that resources lie in; empty where there is none.
+  virtual const std::string& resourcePath() const = 0;
+  /// A whole resource by its path relative to the bundle, or none when it is missing, unreadable or
+  /// larger than `limit` bytes.
+  virtual std::optional<std::string> readResource(std::string_view path,
+                                                  std::size_t limit) const = 0;
+  /// The text in the user's language; the key itself when the table has none.
+  virtual std::string localizedString(std::string_view key) const = 0;
+};
+
+struct Bundles {
+  Bundle& main;
+  Bundle& kit;
+};
+
+}  // namespace halvora

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+// Touch feedback and system sounds. A phone without them ignores every call. Main thread.
+#pragma once
+
+#include <cstdint>
+
+namespace halvora {
+
+enum class ImpactStyle : std::uint8_t { light, heavy };
+
+/// The system sound that vibrates the phone.
+inline constexpr std::uint32_t kVibrationSound = 1352;
+
+class Haptics {
+ public:
+  virtual ~Haptics() = default;
+  /// Prepares a generator of the style and fires it once.
+  virtual void impact(ImpactStyle style) = 0;
+  virtual void playSystemSound(std::uint32_t sound) = 0;
+  /// Stops the sound and releases it.
+  virtual void disposeSystemSound(std::uint32_t sound) = 0;
+};
+
+}  // namespace halvora

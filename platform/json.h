@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+// JSON as a need: text in, a value out. The value keeps what the text says; conversions follow the
+// rules that the kit's documents rely on (true counts as 1, fractions truncate, texts give their
+// leading integer). Any thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "platform/text.h"
+
+namespace halvora {
+
+struct JsonMember;
+
+class JsonValue {
+ public:
+  using Array = std::vector<JsonValue>;
+  /// In document order; of members with equal names the first one counts.
+  using Object = std::vector<JsonMember>;
+
+  JsonValue() = default;
+  template <class T>
+  requires(!std::is_same_v<std::decay_t<T>, JsonValue>) explicit JsonValue(T&& value)
+      : value_(std::forward<T>(value)) {}
+
+  bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
+  const bool* boolean() const { return std::get_if<bool>(&value_); }
+  const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
+  /// A number with a fraction or an exponent, or an integer beyond 64 bits.
+  const double* real() const { return std::get_if<double>(&value_); }
+  const std::string* text() const { return std::get_if<std::string>(&value_); }
+  const Array* array() const { return std::get_if<Array>(&value_); }
+  const Object* object() const { return std::get_if<Object>(&value_); }
+
+  /// Any number or boolean as a double.
+  std::optional<double> number() const;
+  /// Any number or boolean as a whole one: truncated towards zero, saturated at 64 bits.
+  std::optional<std::int64_t> wholeNumber() const;
+  /// The first member of that name; null for none, or where this is no object.
+  const JsonValue* find(std::string_view name) const;
+
+ private:
+  std::variant<std::monostate, bool, std::int64_t, double, std::string, Array, Object> value_;
+};
+
+struct JsonMember {
+  std::string name;
+  JsonValue value;
+};
+
+inline const JsonValue* JsonValue::find(std::string_view name) const {
+  if (const Object* members = object()) {
+    for (const JsonMember& member : *members) {
+      if (member.name == name) return &member.value;
+    }
+  }
+  return nullptr;
+}
+
+inline std::optional<double> JsonValue::number() const {
+  if (const double* value = real()) return *value;
+  if (const std::int64_t* value = integer()) return static_cast<double>(*value);
+  if (const bool* value = boolean()) return *value ? 1.0 : 0.0;
+  return std::nullopt;
+}
+
+inline std::optional<std::int64_t> JsonValue::wholeNumber() const {
+  if (const std::int64_t* value = integer()) return *value;
+  const std::optional<double> value = number();
+  return value ? std::optional(halvora::wholeNumber(*value)) : std::nullopt;
+}
+
+class JsonReader {
+ public:
+  virtual ~JsonReader() = default;
+  /// One whole document, or nothing when it is malformed. UTF-8, UTF-16 or UTF-32, with or without
+  /// a byte order mark; an object or an array at the top. `reason`, if given, receives a short text
+  /// on failure.
+  virtual std::optional<JsonValue> parse(std::string_view document,
+                                         std::string* reason = nullptr) const = 0;
+};
+
+}  // namespace halvora

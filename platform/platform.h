@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// Everything the kit needs from the system that it runs on, as references to the needs. Whoever
+// makes an engine owns these and keeps them alive for as long as the engine lives.
+#pragma once
+
+namespace halvora {
+
+class Application;
+class BluetoothCentral;
+class Calendar;
+class Haptics;
+class HttpClient;
+class JsonReader;
+class Random;
+class RunLoop;
+class Screen;
+class SerialQueues;
+class UserDefaults;
+class WallClock;
+struct Bundles;
+
+struct Platform {
+  RunLoop& runLoop;
+  SerialQueues& queues;
+  WallClock& wallClock;
+  Calendar& calendar;
+  Random& random;
+  BluetoothCentral& bluetooth;
+  Screen& screen;
+  Haptics& haptics;
+  Application& application;
+  UserDefaults& defaults;
+  const Bundles& bundles;
+  HttpClient& http;
+  const JsonReader& json;
+};
+
+}  // namespace halvora

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+// Chance as a need: seeded or scripted in tests and simulations. Main thread.
+#pragma once
+
+#include <cstdint>
+
+namespace halvora {
+
+class Random {
+ public:
+  virtual ~Random() = default;
+  /// Uniform in [0, bound); 0 for a bound of 0.
+  virtual std::uint32_t below(std::uint32_t bound) = 0;
+};
+
+}  // namespace halvora

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// The phone's main screen. Main thread.
+#pragma once
+
+namespace halvora {
+
+/// Points of the screen, origin at the top left.
+struct Size {
+  double width = 0;
+  double height = 0;
+  friend bool operator==(const Size&, const Size&) = default;
+};
+
+struct Rect {
+  double x = 0;
+  double y = 0;
+  double width = 0;
+  double height = 0;
+  friend bool operator==(const Rect&, const Rect&) = default;
+};
+
+class Screen {
+ public:
+  virtual ~Screen() = default;
+  virtual Size bounds() const = 0;
+  /// The backlight's level, 0 to 1.
+  virtual double brightness() const = 0;
+  /// Levels outside 0 to 1 are clamped; a screen without this control ignores it.
+  virtual void setBrightness(double level) = 0;
+  /// How far above ordinary white the screen can go at present; 1 where it cannot.
+  virtual float currentEDRHeadroom() const = 0;
+};
+
+}  // namespace halvora

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+// Background work: serial queues by label. A block is a function over values it was given; it hands
+// its result back with `RunLoop::post`. Owned by whoever made it; dispatching is allowed from any
+// thread.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/task.h"
+
+namespace halvora {
+
+class SerialQueue {
+ public:
+  virtual ~SerialQueue() = default;
+  virtual const std::string& label() const = 0;
+  /// Runs `task` off the main thread, after every task dispatched to this queue before it.
+  virtual void dispatch(Task task) = 0;
+};
+
+class SerialQueues {
+ public:
+  virtual ~SerialQueues() = default;
+  virtual std::unique_ptr<SerialQueue> make(std::string_view label) = 0;
+};
+
+}  // namespace halvora

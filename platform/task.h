@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+// A move-only callable with room for its captures inside: handing one over never allocates. Timers
+// and animation completions are made of these, several a frame, on the path that must stay free of
+// the heap. What does not fit does not compile.
+#pragma once
+
+#include <cstddef>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+namespace halvora {
+
+template <class Signature>
+class Callable;
+
+template <class Result, class... Arguments>
+class Callable<Result(Arguments...)> {
+ public:
+  static constexpr std::size_t kCapacity = 48;
+
+  Callable() = default;
+
+  template <class Function>
+  requires(!std::is_same_v<std::decay_t<Function>, Callable> &&
+           std::is_invocable_r_v<Result, std::decay_t<Function>&, Arguments...>)
+      Callable(Function&& function) {  // NOLINT(google-explicit-constructor): a lambda is a task
+    using Stored = std::decay_t<Function>;
+    static_assert(sizeof(Stored) <= kCapacity, "capture less, or capture a pointer");
+    static_assert(alignof(Stored) <= alignof(std::max_align_t));
+    static_assert(std::is_nothrow_move_constructible_v<Stored>);
+    ::new (storage()) Stored(std::forward<Function>(function));
+    operations_ = &kOperationsOf<Stored>;
+  }
+
+  Callable(Callable&& other) noexcept { take(other); }
+  Callable& operator=(Callable&& other) noexcept {
+    if (this != &other) {
+      reset();
+      take(other);
+    }
+    return *this;
+  }
+  Callable(const Callable&) = delete;
+  Callable& operator=(const Callable&) = delete;
+  ~Callable() { reset(); }
+
+  explicit operator bool() const { return operations_ != nullptr; }
+
+  Result operator()(Arguments... arguments) {
+    return operations_->call(storage(), std::forward<Arguments>(arguments)...);
+  }
+
+ private:
+  struct Operations {
+    Result (*call)(void*, Arguments&&...);
+    void (*move)(void* from, void* to);
+    void (*destroy)(void*);
+  };
+
+  template <class Stored>
+  static constexpr Operations kOperationsOf = {
+      [](void* self, Arguments&&... arguments) -> Result {
+        return (*static_cast<Stored*>(self))(std::forward<Arguments>(arguments)...);
+      },
+      [](void* from, void* to) {
+        ::new (to) Stored(std::move(*static_cast<Stored*>(from)));
+        static_cast<Stored*>(from)->~Stored();
+      },
+      [](void* self) { static_cast<Stored*>(self)->~Stored(); },
+  };
+
+  void* storage() { return storage_; }
+
+  void take(Callable& other) {
+    if (other.operations_ == nullptr) return;
+    other.operations_->move(other.storage(), storage());
+    operations_ = std::exchange(other.operations_, nullptr);
+  }
+
+  void reset() {
+    if (operations_ != nullptr) std::exchange(operations_, nullptr)->destroy(storage());
+  }
+
+  const Operations* operations_ = nullptr;
+  alignas(std::max_align_t) std::byte storage_[kCapacity];
+};
+
+using Task = Callable<void()>;
+
+}  // namespace halvora
