@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// A bundle that is a folder on disk: resources as files, string tables as strings/<language>.json,
+// one flat object of key to text each. Which table serves is settled when the bundle is made. Main
+// thread.
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/bundle.h"
+#include "platform/json.h"
+
+namespace halvora {
+
+class FolderBundle final : public Bundle {
+ public:
+  /// An empty folder makes a bundle without resources. `languages` are the user's, best first
+  /// ("de-AT"); of the first one that has a table, exactly or without its trailing parts, the texts
+  /// are taken, and from English what that table lacks.
+  FolderBundle(std::string folder, std::string identifier,
+               const std::vector<std::string>& languages, const JsonReader& json);
+  /// A bundle of resources alone: every text is its key.
+  FolderBundle(std::string folder, std::string identifier)
+      : folder_(std::move(folder)), identifier_(std::move(identifier)) {}
+
+  const std::string& identifier() const override { return identifier_; }
+  const std::string& resourcePath() const override { return folder_; }
+  std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
+  std::string localizedString(std::string_view key) const override;
+
+ private:
+  bool addTable(const std::string& language, const JsonReader& json);
+
+  std::string folder_;
+  std::string identifier_;
+  std::map<std::string, std::string, std::less<>> strings_;
+};
+
+/// The user's languages from the environment (LANGUAGE, LC_ALL, LC_MESSAGES, LANG), best first, as
+/// "de-AT".
+std::vector<std::string> languagesOfEnvironment();
+
+}  // namespace halvora

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/virtual/virtual_phone.h"
+
+#include <utility>
+
+namespace halvora {
+
+VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
+    : random(setup.random ? std::move(setup.random) : std::make_unique<SeededRandom>(1)),
+      screen(setup.bounds, setup.brightness),
+      bundles{setup.mainBundle != nullptr ? *setup.mainBundle : mainBundle,
+              setup.kitBundle != nullptr ? *setup.kitBundle : kitBundle},
+      json(reader) {
+  bluetooth.setAuthorization(setup.authorization);
+  bluetooth.setState(setup.state);
+}
+
+Platform VirtualPhone::platform() {
+  return {loop,    queues,      wallClock, calendar, *random, bluetooth, screen,
+          haptics, application, defaults,  bundles,  http,    json};
+}
+
+}  // namespace halvora

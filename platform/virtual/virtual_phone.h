@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// A whole phone in virtual time: everything an engine needs, ready to be watched and driven.
+// Whoever makes it owns it and drives its run loop; an engine on it must go before it goes.
+#pragma once
+
+#include <memory>
+
+#include "platform/json.h"
+#include "platform/platform.h"
+#include "platform/standard/seeded_random.h"
+#include "platform/virtual/virtual_bluetooth.h"
+#include "platform/virtual/virtual_devices.h"
+#include "platform/virtual/virtual_run_loop.h"
+#include "platform/virtual/virtual_storage.h"
+
+namespace halvora {
+
+struct VirtualPhoneSetup {
+  double brightness = 0.5;
+  Size bounds{390, 844};
+  BluetoothAuthorization authorization = BluetoothAuthorization::allowedAlways;
+  CentralState state = CentralState::poweredOn;
+  /// Null for a generator seeded with 1. The phone takes it over.
+  std::unique_ptr<Random> random;
+  /// The bundles to use in place of the phone's own, which are empty; they must outlive the phone.
+  Bundle* mainBundle = nullptr;
+  Bundle* kitBundle = nullptr;
+};
+
+class VirtualPhone {
+ public:
+  explicit VirtualPhone(const JsonReader& json, VirtualPhoneSetup setup = {});
+  VirtualPhone(const VirtualPhone&) = delete;
+  VirtualPhone& operator=(const VirtualPhone&) = delete;
+
+  Platform platform();
+
+  VirtualRunLoop loop;
+  VirtualQueues queues{loop};
+  VirtualWallClock wallClock{loop};
+  VirtualCalendar calendar;
+  std::unique_ptr<Random> random;
+  VirtualBluetooth bluetooth{loop};
+  VirtualScreen screen;
+  VirtualHaptics haptics;
+  VirtualApplication application;
+  VirtualDefaults defaults;
+  VirtualBundle mainBundle{"com.example.host"};
+  VirtualBundle kitBundle{"com.halvora.sdk"};
+  Bundles bundles;
+  VirtualHttp http;
+  const JsonReader& json;
+};
+
+}  // namespace halvora
