@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// The two ramps of the screen's brightness: one percent every 10 ms. A ramp is a chain of timers
+// that ends by its own test; nothing cancels it, and two ramps at once climb twice as fast. Owned
+// by the engine; main thread.
+#pragma once
+
+#include "light/palettes.h"
+#include "light/timer_set.h"
+#include "platform/screen.h"
+
+namespace halvora {
+
+class BrightnessRamps {
+ public:
+  BrightnessRamps(Screen& screen, TimerSet& timers, const ColourState& colour)
+      : screen_(screen), timers_(timers), colour_(colour) {}
+
+  /// Remembers the present brightness as the one to come back to.
+  void saveOriginalBrightness() { originalBrightness_ = screen_.brightness(); }
+  double originalBrightness() const { return originalBrightness_; }
+
+  /// Climbs until the master level of the running show is reached or passed.
+  void fullScreenBrightness();
+  /// Falls until the brightness saved at start-up is reached or passed.
+  void originalScreenBrightness();
+
+ private:
+  Screen& screen_;
+  TimerSet& timers_;
+  const ColourState& colour_;
+  double originalBrightness_ = 0;
+};
+
+}  // namespace halvora

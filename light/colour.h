@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// Colours of the light: levels of red, green, blue and alpha from 0 to 1. Values, any thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace halvora {
+
+struct Colour {
+  float red = 0;
+  float green = 0;
+  float blue = 0;
+  float alpha = 1;
+  friend bool operator==(const Colour&, const Colour&) = default;
+};
+
+/// No colour at all: what the light shows when it is cleared.
+using MaybeColour = std::optional<Colour>;
+
+inline constexpr Colour kBlack{0, 0, 0, 1};
+inline constexpr Colour kWhite{1, 1, 1, 1};
+
+/// A byte as a level.
+constexpr float levelOf(std::uint8_t byte) { return static_cast<float>(byte) / 255.0F; }
+
+constexpr Colour colourOfBytes(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
+  return {levelOf(red), levelOf(green), levelOf(blue), 1};
+}
+
+/// "#RRGGBB" as an opaque colour. The first character is skipped whatever it is; the hexadecimal
+/// digits behind it, up to the first other character, are one number, of which the lowest 24 bits
+/// count. Without digits: black. A number beyond 32 bits counts as the largest one.
+Colour colorFromHexString(std::string_view text);
+
+/// Each of red, green and blue 0.6 lower, not below 0; alpha stays. No colour for none.
+MaybeColour darkerColorForColor(const MaybeColour& colour);
+
+/// The colour part of the way from one to the other, `share` from 0 to 1.
+Colour mix(const Colour& from, const Colour& to, float share);
+
+}  // namespace halvora

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// All one-shot timers of one engine. A named timer is just the id that was kept of it: replacing
+// the id does not end the timer it named, so a flash-back or a replaced step still fires, and finds
+// its chain's flag down. What is still pending when the engine goes is cancelled here. Main thread.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "platform/run_loop.h"
+
+namespace halvora {
+
+class TimerSet {
+ public:
+  explicit TimerSet(RunLoop& loop) : loop_(loop) {}
+  ~TimerSet();
+  TimerSet(const TimerSet&) = delete;
+  TimerSet& operator=(const TimerSet&) = delete;
+
+  TimerId after(Duration delay, Task task) { return keep(loop_.after(delay, std::move(task))); }
+  TimerId every(Duration interval, Task task) {
+    return keep(loop_.every(interval, std::move(task)));
+  }
+  TimerId soon(Task task) { return keep(loop_.soon(std::move(task))); }
+
+  /// Ends the timer that `named` names, if it still runs, and clears the name.
+  void invalidate(TimerId& named);
+
+  Duration now() const { return loop_.now(); }
+
+ private:
+  TimerId keep(TimerId timer);
+
+  RunLoop& loop_;
+  std::vector<TimerId> timers_;
+  std::size_t sweepAt_ = 16;
+};
+
+}  // namespace halvora

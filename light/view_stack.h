@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the light show's views are at present, and their animations. An animation sets its value at
+// once and is shown running to it; a face draws the shown values, the show's logic reads the set
+// ones. One engine owns one stack; main thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "light/colour.h"
+#include "light/timer_set.h"
+#include "light/views.h"
+#include "platform/task.h"
+
+namespace halvora {
+
+/// Hears of every change of a stack, in the turn that makes it. A face asks for a frame then; a
+/// trace writes it down.
+class ViewObserver {
+ public:
+  virtual ~ViewObserver() = default;
+  /// `duration` is zero for a value that is set without animation.
+  virtual void alphaChanged(ViewId, double /*alpha*/, Duration /*duration*/) {}
+  virtual void hiddenChanged(ViewId, bool /*hidden*/) {}
+  virtual void textChanged(ViewId, const std::string& /*text*/) {}
+  virtual void lightChanged(const MaybeColour&) {}
+  virtual void lightAnimationStarted(const MaybeColour& /*to*/, Duration /*duration*/) {}
+  virtual void lightAnimationEnded(bool /*finished*/) {}
+};
+
+struct AnimationTiming {
+  Duration duration{};
+  Duration delay{};
+  /// A label for logs; nothing depends on it.
+  const char* name = "";
+};
+
+struct AlphaChange {
+  ViewId view;
+  double alpha;
+};
+
+class ViewStack {
+ public:
+  /// Called when an animation has ended: true if it ran to its end, false if it was removed or
+  /// superseded. An animation of several values ends with the last of them, and has finished only
+  /// if none was removed.
+  using Completion = Callable<void(bool finished)>;
+
+  explicit ViewStack(TimerSet& timers);
+
+  /// At most one observer, which outlives the stack or takes itself off with null.
+  void setObserver(ViewObserver* observer) { observer_ = observer; }
+
+  double alpha(ViewId view) const { return values_[indexOf(view)].alpha; }
+  /// Sets the value and leaves a running animation alone: what is shown follows that to its end,
+  /// then this.
+  void setAlpha(ViewId view, double alpha);
+  void animateAlpha(std::initializer_list<AlphaChange> changes, const AnimationTiming& timing,
+                    Completion completion = {});
+  /// Ends the view's animation unfinished, in a turn of its own at the present time.
+  void removeAnimations(ViewId view);
+
+  bool isHidden(ViewId view) const { return values_[indexOf(view)].hidden; }
+  void setHidden(ViewId view, bool hidden);
+
+  /// The text of a label, or the name of the picture in an image view.
+  const std::string& text(ViewId view) const;
+  void setText(ViewId view, std::string text);
+
+  /// The colour of the light, as set; the only way in which an effect shows a colour. None clears
+  /// the light.
+  const MaybeColour& lightColour() const { return light_; }
+  void setLightColour(const MaybeColour& colour);
+  void animateLight(const MaybeColour& to, Duration duration, Completion completion);
+  void removeLightAnimations();
+
+  /// What is to be seen at this moment.
+  double shownAlpha(ViewId view) const;
+  MaybeColour shownLight() const;
+  /// Whether a later moment may show something else without any further change.
+  bool isAnimating() const { return lightTween_.has_value() || !alphaTweens_.empty(); }
+
+ private:
+  using AnimationId = std::uint32_t;
+
+  struct Value {
+    double alpha;
+    bool hidden;
+  };
+  struct Run {
+    AnimationId animation;
+    Duration begin;
+    Duration duration;
+  };
+  struct AlphaTween {
+    Run run;
+    ViewId view;
+    double from;
+    double to;
+  };
+  struct LightTween {
+    Run run;
+    Colour from;
+    Colour to;
+  };
+  struct Animation {
+    AnimationId id;
+    TimerId end;
+    std::uint8_t tweensLeft;
+    bool wasCut;
+    bool isLight;
+    Completion completion;
+  };
+  struct Text {
+    ViewId view;
+    std::string text;
+  };
+
+  Run start(const AnimationTiming& timing, std::size_t tweens, bool isLight, Completion completion);
+  void cutAlphaTween(ViewId view);
+  void cut(AnimationId id);
+  void end(AnimationId id);
+  float share(const Run& run) const;
+  std::vector<AlphaTween>::const_iterator findTween(ViewId view) const;
+
+  TimerSet& timers_;
+  ViewObserver* observer_ = nullptr;
+  std::array<Value, kViewCount> values_;
+  std::vector<Text> texts_;
+  MaybeColour light_ = kBlack;
+  std::optional<LightTween> lightTween_;
+  std::vector<AlphaTween> alphaTweens_;
+  std::vector<Animation> animations_;
+  AnimationId lastAnimation_ = 0;
+};
+
+}  // namespace halvora

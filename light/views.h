@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+// The views of the light show as a table: their order from bottom to top, what never changes about
+// them, and where they lie on a screen. What changes (alpha, hidden, texts, the light's colour) is
+// in ViewStack. Values, any thread.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "light/colour.h"
+#include "platform/screen.h"
+
+namespace halvora {
+
+/// In drawing order, parents before their children. All but `container` lie, directly or not, in
+/// `container`; the dimmer thus darkens the colour, the gobo and the code, and leaves the two
+/// notices above it alone.
+enum class ViewId : std::uint8_t {
+  container,
+  lightView,
+  fpsLabel,
+  videoBackgroundView,
+  playerViewA,
+  playerViewB,
+  goboView,
+  goboImage,
+  pixelMapImage,
+  pairingCodeLabel,
+  dimmerView,
+  mapNoSeatOverlayView,
+  mapNoSeatOverlayLabel,
+  lowLightHintLabel,
+};
+inline constexpr std::size_t kViewCount = 14;
+
+enum class ViewContent : std::uint8_t { fill, text, image, video };
+
+struct ViewRow {
+  const char* name;
+  ViewId parent;
+  ViewContent content;
+  /// The alpha and the hidden flag that the view starts with.
+  double alpha;
+  bool hidden;
+  /// Fill colour, or text colour.
+  Colour colour;
+  /// Points; 0 for views without text.
+  double fontSize;
+};
+
+namespace views {
+inline constexpr Colour kClear{0, 0, 0, 0};
+inline constexpr double kLabelSize = 100;
+}  // namespace views
+
+inline constexpr std::array<ViewRow, kViewCount> kViews = {{
+    {"container", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
+    // The light itself: extended range, 16-bit float RGBA, sRGB, not opaque; its colour is the
+    // ViewStack's light colour.
+    {"lightView", ViewId::container, ViewContent::fill, 1, false, kBlack, 0},
+    {"fpsLabel", ViewId::container, ViewContent::text, 0, false, kWhite, views::kLabelSize},
+    {"videoBackgroundView", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
+    {"playerViewA", ViewId::container, ViewContent::video, 0, false, views::kClear, 0},
+    {"playerViewB", ViewId::container, ViewContent::video, 0, false, views::kClear, 0},
+    {"goboView", ViewId::container, ViewContent::fill, 0, false, views::kClear, 0},
+    {"goboImage", ViewId::goboView, ViewContent::image, 1, false, views::kClear, 0},
+    {"pixelMapImage", ViewId::goboView, ViewContent::image, 1, false, views::kClear, 0},
+    {"pairingCodeLabel", ViewId::container, ViewContent::text, 0, false, kWhite, views::kLabelSize},
+    {"dimmerView", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
+    {"mapNoSeatOverlayView", ViewId::container, ViewContent::fill, 0, true, views::kClear, 0},
+    {"mapNoSeatOverlayLabel", ViewId::mapNoSeatOverlayView, ViewContent::text, 1, false,
+     Colour{1, 1, 1, 0.4F}, 14},
+    {"lowLightHintLabel", ViewId::container, ViewContent::text, 0, true, Colour{1, 1, 1, 0.16F},
+     13},
+}};
+
+constexpr std::size_t indexOf(ViewId view) { return static_cast<std::size_t>(view); }
+constexpr const ViewRow& rowOf(ViewId view) { return kViews[indexOf(view)]; }
+
+/// Where a view lies in a container of that size, in the container's coordinates. Every view fills
+/// the container but the two notices.
+Rect frameOf(ViewId view, Size container);
+
+}  // namespace halvora
