@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "engine/command_processor.h"
+
+#include "light/brightness.h"
+#include "light/random_number.h"
+#include "light/screen_modes.h"
+#include "light/show_parts.h"
+#include "light/view_stack.h"
+#include "platform/application.h"
+#include "platform/haptics.h"
+#include "platform/platform.h"
+#include "platform/screen.h"
+#include "platform/user_defaults.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr std::uint16_t kCloudSync = 2;
+constexpr Duration kShowFade = milliseconds(1000);
+constexpr Duration kVideoFade = milliseconds(500);
+constexpr LinearTime kLongestTorchPause{3900, 1100};
+
+enum Vibration : int { kLightTap = 1, kHeavyTap = 2, kSystemVibration = 3 };
+enum TorchMode : int { kTorchOff = 0, kTorchOn = 1, kTorchRandomOff = 2, kTorchRandomOn = 3 };
+constexpr int kPixelMapTorch = 9;
+
+}  // namespace
+
+const std::array<CommandProcessor::Step, 18>& CommandProcessor::steps() {
+  using Self = CommandProcessor;
+  static constexpr std::array<Step, 18> kSteps = {{
+      {"application id", &Self::takeApplicationId},
+      {"sync flag", &Self::takeSyncFlag},
+      {"fields", &Self::takeFields},
+      {"seat", &Self::readSeat},
+      {"mode override", &Self::overrideMode},
+      {"venue and preload", &Self::takeVenueAndPreload},
+      {"cue time", &Self::takeCueTime},
+      {"colour", &Self::takeColour},
+      {"video status", &Self::takeVideoStatus},
+      {"master", &Self::setMaster},
+      {"video", &Self::hideVideo},
+      {"vibration", &Self::vibrate},
+      {"gobo", &Self::setGobo},
+      {"mode", &Self::changeMode},
+      {"pixel-map restart", &Self::restartPixelMap},
+      {"static colour", &Self::showColour},
+      {"random flash", &Self::scheduleRandomFlash},
+      {"torch", &Self::setTorch},
+  }};
+  return kSteps;
+}
+
+PacketFate CommandProcessor::process(const Broadcast& broadcast) {
+  Command command{.broadcast = broadcast};
+  for (const Step& step : steps()) {
+    if (!(this->*step.run)(command)) break;
+  }
+  return command.fate;
+}
+
+bool CommandProcessor::takeApplicationId(Command& command) {
+  UserDefaults& defaults = rooms_.platform.defaults;
+  defaults.set("appID", std::int64_t{command.broadcast.applicationId});
+  defaults.synchronize();
+  if (command.broadcast.applicationId != 0) return true;
+  command.fate = PacketFate::noApplication;
+  return false;
+}
+
+bool CommandProcessor::takeSyncFlag(Command& command) {
+  UserDefaults& defaults = rooms_.platform.defaults;
+  const std::uint16_t flag = command.broadcast.syncFlag;
+  defaults.set("syncCloud", std::string(flag == kCloudSync ? "YES" : "NO"));
+  defaults.synchronize();
+  if (flag == 0 || flag == kCloudSync) return true;
+  command.fate = PacketFate::badSyncFlag;
+  return false;
+}
+
+bool CommandProcessor::takeFields(Command& command) {
+  command.mode = command.broadcast.mode;
+  command.cueToken = cueToken(command.broadcast);
+  // Clips are never started over the air in this build.
+  command.broadcast.videoId = 0;
+  return true;
+}
+
+bool CommandProcessor::readSeat(Command& command) {
+  const UserDefaults& defaults = rooms_.platform.defaults;
+  SeatState& seat = rooms_.state.seat;
+  seat.currentXPos = integerForKey(defaults, "xPos");
+  seat.currentYPos = integerForKey(defaults, "yPos");
+  command.hasPosition = seat.currentXPos >= 0 && seat.currentYPos >= 0;
+  command.hasSection = !textForKey(defaults, "selectedSection").value_or("").empty();
+  return true;
+}
+
+bool CommandProcessor::overrideMode(Command& command) {
+  if (command.broadcast.pixelMapId == 0 || command.mode == 0) return true;
+  if (command.hasSection) {
+    if (command.hasPosition) command.mode = kPixelMapMode;
+    return true;
+  }
+  command.mode = kNoSeatMode;
+  rooms_.state.screen.runEffectAnimation = false;
+  rooms_.views.setAlpha(ViewId::goboView, 0);
+  rooms_.views.setLightColour(kBlack);
+  return true;
+}
+
+bool CommandProcessor::takeVenueAndPreload(Command& command) {
+  const Broadcast& broadcast = command.broadcast;
+  SeatState& seat = rooms_.state.seat;
+  seat.currentVenueId = broadcast.venueId;
+  rooms_.platform.defaults.set("venueID", std::int64_t{broadcast.venueId});
+  SeatLutPart& seatLut = rooms_.parts.seatLut;
+  if (broadcast.pixelMapId != 0 && command.hasPosition && command.hasSection) {
+    seatLut.preloadPixelMapSeatLUT(broadcast.venueId, broadcast.pixelMapId, seat.currentXPos,
+                                   seat.currentYPos);
+  } else {
+    seatLut.clearActiveSeatLUT();
+    seatLut.stopPixelMapLiveSampler();
+  }
+  return true;
+}
+
+bool CommandProcessor::takeCueTime(Command& command) {
+  rooms_.state.video.currentVideoMilliseconds = cueMilliseconds(command.broadcast);
+  // Asked for at every look, and not used yet: the light stays within ordinary white.
+  static_cast<void>(rooms_.platform.screen.currentEDRHeadroom());
+  return true;
+}
+
+bool CommandProcessor::takeColour(Command& command) {
+  const auto byte = [](std::uint16_t value) { return static_cast<std::uint8_t>(value); };
+  const Broadcast& broadcast = command.broadcast;
+  choosePaletteColour(
+      rooms_.state.colour, rooms_.palettesArray, rooms_.platform.random, broadcast.paletteId,
+      colourOfBytes(byte(broadcast.red), byte(broadcast.green), byte(broadcast.blue)));
+  return true;
+}
+
+bool CommandProcessor::takeVideoStatus(Command& command) {
+  rooms_.state.video.currentVideoStatus = command.broadcast.videoStatus;
+  if (rooms_.views.alpha(ViewId::pairingCodeLabel) != 0) {
+    rooms_.views.setAlpha(ViewId::pairingCodeLabel, 0);
+  }
+  return true;
+}
+
+bool CommandProcessor::setMaster(Command& command) {
+  if (command.mode == 0) return true;
+  Screen& screen = rooms_.platform.screen;
+  const double master = command.broadcast.master / 255.0;
+  if (command.broadcast.master == 255) {
+    // A screen that is at 1.0 already takes no notice of another 1.0; the second write always
+    // reaches it.
+    screen.setBrightness(1.0);
+    screen.setBrightness(0.99);
+  } else {
+    screen.setBrightness(master);
+  }
+  rooms_.state.colour.currentMaster = master;
+  rooms_.views.setAlpha(ViewId::dimmerView, 1.0 - master);
+  return true;
+}
+
+bool CommandProcessor::hideVideo(Command& command) {
+  ViewStack& views = rooms_.views;
+  VideoState& video = rooms_.state.video;
+  rooms_.timers.invalidate(video.videoPlayTimer);
+  if (views.alpha(ViewId::videoBackgroundView) != 0) {
+    views.setAlpha(ViewId::videoBackgroundView, 0);
+  }
+  video.currentVideoId = 0;
+  if (views.alpha(ViewId::playerViewA) == 0 && views.alpha(ViewId::playerViewB) == 0) return true;
+
+  const bool showEnds = command.mode == 0;
+  const auto completion = [this, showEnds](bool) {
+    if (showEnds) rooms_.brightness.originalScreenBrightness();
+    rooms_.parts.video.pausePlayers();
+  };
+  if (showEnds) {
+    views.animateAlpha({{ViewId::playerViewA, 0}, {ViewId::playerViewB, 0}, {ViewId::container, 0}},
+                       {.duration = kVideoFade}, completion);
+  } else {
+    views.animateAlpha({{ViewId::playerViewA, 0}, {ViewId::playerViewB, 0}},
+                       {.duration = kVideoFade}, completion);
+  }
+  return true;
+}
+
+bool CommandProcessor::vibrate(Command& command) {
+  const int value = command.broadcast.vibrate;
+  if (value == rooms_.state.currentVibrate) return true;
+  rooms_.state.currentVibrate = value;
+  Haptics& haptics = rooms_.platform.haptics;
+  if (value == kSystemVibration) {
+    haptics.playSystemSound(kVibrationSound);
+    return true;
+  }
+  if (value == kHeavyTap) haptics.impact(ImpactStyle::heavy);
+  if (value == kLightTap) haptics.impact(ImpactStyle::light);
+  haptics.disposeSystemSound(kVibrationSound);
+  return true;
+}
+
+bool CommandProcessor::changeMode(Command& command) {
+  ScreenState& screen = rooms_.state.screen;
+  const int speed = command.broadcast.speed;
+  if (command.mode == screen.currentMode && speed == screen.currentModeSpeed) return true;
+  screen.currentMode = command.mode;
+  screen.currentModeSpeed = speed;
+  rooms_.state.gobo.currentGoboMode = command.mode;
+  rooms_.state.gobo.currentGoboSpeed = speed;
+  if (command.mode != kNoSeatMode) rooms_.parts.overlays.hideMapNoSeatOverlay();
+  rooms_.modes.stopEffect();
+  rooms_.views.removeLightAnimations();
+  rooms_.views.setAlpha(ViewId::fpsLabel, command.mode == kFrameRateMode ? 1 : 0);
+  if (command.mode != 0) {
+    beginShow();
+  } else {
+    endShow();
+  }
+  // The modes below are steady; the later steps paint them.
+  constexpr std::uint32_t kFirstEffectMode = 3;
+  if (command.mode >= kFirstEffectMode) rooms_.modes.processMode(command.mode, speed);
+  return true;
+}
+
+void CommandProcessor::beginShow() {
+  if (const auto callback = rooms_.callbacks.lightShowStarted) callback();
+  rooms_.views.animateAlpha({{ViewId::container, 1}}, {.duration = kShowFade, .name = "Fade Out"});
+  rooms_.platform.screen.setBrightness(1.0);
+  rooms_.state.isStatusBarHidden = true;
+  Application& application = rooms_.platform.application;
+  application.setStatusBarHidden(true);
+  application.setIdleTimerDisabled(true);
+  application.dismissPresentedScreens();
+}
+
+void CommandProcessor::endShow() {
+  if (const auto callback = rooms_.callbacks.lightShowStopped) callback();
+  rooms_.views.animateAlpha({{ViewId::container, 0}}, {.duration = kShowFade, .name = "Fade In"});
+  rooms_.brightness.originalScreenBrightness();
+  rooms_.state.isStatusBarHidden = false;
+  Application& application = rooms_.platform.application;
+  application.setStatusBarHidden(false);
+  application.setIdleTimerDisabled(false);
+}
+
+bool CommandProcessor::restartPixelMap(Command& command) {
+  const bool torchFollows = command.broadcast.ledMode == kPixelMapTorch;
+  const bool screenFollows = command.mode == kPixelMapMode;
+  if (!torchFollows && !screenFollows) return true;
+  SeatState& seat = rooms_.state.seat;
+  const int pixelMapId = command.broadcast.pixelMapId;
+  if (command.cueToken == seat.currentVideoMinutes && pixelMapId == seat.currentPixelMapId) {
+    return true;
+  }
+  seat.currentVideoMinutes = command.cueToken;
+  seat.currentPixelMapId = pixelMapId;
+  if (screenFollows) rooms_.modes.processMode(kPixelMapMode, command.broadcast.speed);
+  if (torchFollows) {
+    rooms_.parts.torch.processLEDMode(kPixelMapTorch, command.broadcast.ledSpeed);
+  }
+  return true;
+}
+
+bool CommandProcessor::showColour(Command& command) {
+  // The delayed colour of the random flash has a step of its own.
+  if (modeRow(command.mode).again != Again::delayed) {
+    rooms_.modes.showAgain(command.mode, command.broadcast.speed);
+  }
+  return true;
+}
+
+bool CommandProcessor::scheduleRandomFlash(Command& command) {
+  if (modeRow(command.mode).again == Again::delayed) {
+    rooms_.modes.showAgain(command.mode, command.broadcast.speed);
+  }
+  return true;
+}
+
+bool CommandProcessor::setTorch(Command& command) {
+  TorchState& torch = rooms_.state.torch;
+  TorchPart& part = rooms_.parts.torch;
+  const int mode = command.broadcast.ledMode;
+  const int speed = command.broadcast.ledSpeed;
+  if (mode != torch.currentLEDMode || speed != torch.currentLEDSpeed) {
+    torch.currentLEDMode = mode;
+    torch.currentLEDSpeed = speed;
+    torch.runLEDEffectAnimation = false;
+    rooms_.timers.invalidate(torch.ledAnimationTimer);
+    rooms_.timers.invalidate(torch.ledStrobeAnimationTimer);
+    part.processLEDMode(mode, speed);
+  }
+  if (mode == kTorchOff) part.turnTorchOn(false);
+  if (mode == kTorchOn) part.turnTorchOn(true);
+  if (mode == kTorchRandomOff || mode == kTorchRandomOn) {
+    const int latest = kLongestTorchPause.at(percentageSpeed(speed));
+    const int pause = randomNumberBetween(rooms_.platform.random, 0, latest);
+    torch.ledAnimationTimer = rooms_.timers.after(
+        milliseconds(pause), [&part, on = mode == kTorchRandomOn] { part.turnTorchOn(on); });
+  }
+  return true;
+}
+
+}  // namespace halvora

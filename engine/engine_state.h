@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+// The whole state of one engine, grouped by concern, and the bundle of rooms that command
+// processing works in. Owned by HalvoraViewController; main thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "engine/scanner.h"
+#include "light/palettes.h"
+#include "light/show_state.h"
+
+namespace halvora {
+
+/// The seat as the engine last read it from the defaults, and the pixel map of the look in force.
+struct SeatState {
+  int currentVenueId = 0;
+  int currentPixelMapId = 0;
+  /// The pixel-map frame in force: the cue token of a look that used one.
+  int currentVideoMinutes = 0;
+  std::int64_t currentXPos = 0;
+  std::int64_t currentYPos = 0;
+};
+
+struct EngineState {
+  ScreenState screen;
+  ColourState colour;
+  TorchState torch;
+  GoboState gobo;
+  VideoState video;
+  PresenceState presence;
+  SeatState seat;
+  int currentVibrate = 0;
+  bool isStatusBarHidden = false;
+};
+
+/// What the host wants to be told; either may be absent.
+struct ShowCallbacks {
+  std::function<void()> lightShowStarted;
+  std::function<void()> lightShowStopped;
+};
+
+class BrightnessRamps;
+class ScreenModes;
+class TimerSet;
+class ViewStack;
+struct Platform;
+struct ShowParts;
+
+struct EngineRooms {
+  const Platform& platform;
+  EngineState& state;
+  const std::vector<Palette>& palettesArray;
+  const ShowCallbacks& callbacks;
+  TimerSet& timers;
+  ViewStack& views;
+  BrightnessRamps& brightness;
+  ScreenModes& modes;
+  const ShowParts& parts;
+};
+
+}  // namespace halvora

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "engine/halvora_view_controller.h"
+
+#include <utility>
+
+#include "platform/bundle.h"
+#include "platform/json.h"
+#include "platform/user_defaults.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr std::size_t kLargestPaletteFile = 4 << 20;
+constexpr Duration kLowLightPoll = milliseconds(500);
+constexpr Duration kShowFade = milliseconds(1000);
+
+}  // namespace
+
+HalvoraViewController& HalvoraViewController::sharedInstance(const Platform& platform,
+                                                             EngineOptions options) {
+  // Never destroyed: a host's own statics may still ask for it while the process ends.
+  static auto* const kInstance = new HalvoraViewController(platform, std::move(options));
+  return *kInstance;
+}
+
+HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOptions options,
+                                             std::optional<ShowParts> parts)
+    : platform_(platform),
+      timers_(platform.runLoop),
+      views_(timers_),
+      parts_(parts ? *parts : unbuiltParts_.parts()),
+      brightness_(platform.screen, timers_, state_.colour),
+      modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
+             [this] { return seatLight(); }),
+      processor_({platform_, state_, palettesArray_, callbacks_, timers_, views_, brightness_,
+                  modes_, parts_}),
+      usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
+             platform.bundles.main.identifier(), std::move(options.usageEndpoints)),
+      scanner_(platform_, state_.presence, timers_, *this) {}
+
+HalvoraViewController::~HalvoraViewController() {
+  timers_.invalidate(lowLightHintTimer_);
+  platform_.application.removeObserver(*this);
+}
+
+void HalvoraViewController::viewDidLoad() {
+  state_.isStatusBarHidden = false;
+  platform_.application.addObserver(*this);
+  loadPalettes();
+  pixelMapLUTDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.lut.decode");
+  pixelMapLiveDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.live.decode");
+  parts_.seatLut.clearActiveSeatLUT();
+  pairedBucketID_ = textForKey(platform_.defaults, "pairedBucketID").value_or("");
+  platform_.application.useAudioPlaybackCategory();
+
+  views_.setText(ViewId::pairingCodeLabel, "0000");
+  views_.setText(ViewId::goboImage, "HVAssets/Gobos/1");
+  views_.setAlpha(ViewId::dimmerView, 1.0 - state_.colour.currentMaster);
+  timers_.invalidate(lowLightHintTimer_);
+  lowLightHintTimer_ =
+      timers_.every(kLowLightPoll, [this] { parts_.overlays.updateLowLightHintState(); });
+
+  state_.presence.setupOnce = true;
+  brightness_.saveOriginalBrightness();
+  // The toggling modes begin lit, so that their first command goes dark on every phone alike.
+  state_.screen.lastTurnOn = true;
+}
+
+// Whatever is wrong with the file, the show goes on in the commands' own colours.
+void HalvoraViewController::loadPalettes() {
+  const auto text =
+      platform_.bundles.main.readResource("HVAssets/palettes.json", kLargestPaletteFile);
+  if (!text) return;
+  const std::optional<JsonValue> document = platform_.json.parse(*text);
+  if (document) palettesArray_ = parsePalettes(*document);
+}
+
+void HalvoraViewController::viewWillLayoutSubviews(const std::optional<Rect>& superviewBounds) {
+  frame_ = superviewBounds.value_or(Rect{});
+}
+
+std::string HalvoraViewController::hvLocalizedString(std::string_view key,
+                                                     std::string_view fallback) const {
+  std::string text = platform_.bundles.kit.localizedString(key);
+  return text.empty() || text == key ? std::string(fallback) : text;
+}
+
+PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
+  return processor_.process(broadcast);
+}
+
+void HalvoraViewController::appDidBecomeActive() {
+  state_.presence.resetApp = true;
+  if (state_.presence.scanningAllowed) usage_.appOpened();
+}
+
+void HalvoraViewController::appWillResignActive() {
+  platform_.application.setIdleTimerDisabled(false);
+}
+
+void HalvoraViewController::showReceptionRate(int packets) {
+  if (state_.screen.currentMode == kFrameRateMode) {
+    views_.setText(ViewId::fpsLabel, std::to_string(packets));
+  }
+}
+
+void HalvoraViewController::dropShow() {
+  views_.animateAlpha({{ViewId::container, 0}}, {.duration = kShowFade, .name = "Fade In"});
+  brightness_.originalScreenBrightness();
+
+  TorchState& torch = state_.torch;
+  torch.runLEDEffectAnimation = false;
+  timers_.invalidate(torch.ledAnimationTimer);
+  timers_.invalidate(torch.ledStrobeAnimationTimer);
+  modes_.stopEffect();
+  views_.removeAnimations(ViewId::goboView);
+  parts_.torch.turnTorchOn(false);
+
+  state_.screen.currentMode = 0;
+  state_.screen.currentModeSpeed = 0;
+  state_.screen.effectOn = false;
+  torch.currentLEDMode = 0;
+  torch.currentLEDSpeed = 0;
+  torch.ledEffectOn = false;
+
+  parts_.video.pausePlayers();
+  VideoState& video = state_.video;
+  timers_.invalidate(video.videoPlayTimer);
+  video.currentVideoId = 0;
+  video.currentVideoMilliseconds = 0;
+  video.currentVideoStatus = 0;
+  video.videoCanPlay = false;
+  video.isCatchingUp = false;
+}
+
+SeatLight HalvoraViewController::seatLight() {
+  const bool hasSection = !textForKey(platform_.defaults, "selectedSection").value_or("").empty();
+  const SeatState& seat = state_.seat;
+  if (!hasSection || seat.currentXPos < 0 || seat.currentYPos < 0) return {};
+  return {true, parts_.seatLut.colorFromActivePixelMapSeatLUT(seat.currentVideoMinutes)};
+}
+
+}  // namespace halvora

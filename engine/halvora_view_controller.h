@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+// The show engine: hears transmitters, obeys the newest look and renders it on the views, the
+// screen and the phone. A process usually has one, `sharedInstance`; tests and simulations make as
+// many as they like. Main thread only.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/broadcast.h"
+#include "engine/command_processor.h"
+#include "engine/engine_state.h"
+#include "engine/scanner.h"
+#include "engine/unbuilt_parts.h"
+#include "light/brightness.h"
+#include "light/screen_modes.h"
+#include "light/view_stack.h"
+#include "platform/application.h"
+#include "platform/platform.h"
+#include "platform/screen.h"
+#include "platform/serial_queues.h"
+#include "usage/usage_pings.h"
+
+namespace halvora {
+
+struct EngineOptions {
+  UsageEndpoints usageEndpoints;
+};
+
+class HalvoraViewController : private ScannerClient, private ApplicationObserver {
+ public:
+  /// The process's one engine. The first call makes it, on that platform, which must live as long
+  /// as the process; later calls answer with the same engine whatever they hand in. Safe from any
+  /// thread.
+  static HalvoraViewController& sharedInstance(const Platform& platform,
+                                               EngineOptions options = {});
+
+  /// An engine of one's own; the platform, and the parts where given, must outlive it.
+  explicit HalvoraViewController(const Platform& platform, EngineOptions options = {},
+                                 std::optional<ShowParts> parts = std::nullopt);
+  ~HalvoraViewController() override;
+  HalvoraViewController(const HalvoraViewController&) = delete;
+  HalvoraViewController& operator=(const HalvoraViewController&) = delete;
+
+  /// Builds what the show needs: palettes, queues, views and the notices' timer. Once, before
+  /// anything else.
+  void viewDidLoad();
+  /// Fits the view to its superview's bounds; to nothing when it has none.
+  void viewWillLayoutSubviews(const std::optional<Rect>& superviewBounds);
+  const Rect& frame() const { return frame_; }
+
+  /// Begins to listen if the user has allowed Bluetooth; otherwise only the status text says that
+  /// it is not allowed.
+  void start() { scanner_.start(); }
+  /// Begins to listen, asking the user for permission where that is open. Each call starts the four
+  /// timers anew.
+  void initBluetoothPermission() { scanner_.initBluetoothPermission(); }
+  bool isPermissionGranted() const { return scanner_.isPermissionGranted(); }
+  bool isInsideVenue() const { return state_.presence.insideVenue; }
+  bool prefersStatusBarHidden() const { return state_.isStatusBarHidden; }
+
+  /// Called on every change of mode or speed to a mode other than 0. May stay absent.
+  std::function<void()>& lightShowStartedCallback() { return callbacks_.lightShowStarted; }
+  /// Called on every change of speed or mode to mode 0. May stay absent.
+  std::function<void()>& lightShowStoppedCallback() { return callbacks_.lightShowStopped; }
+  /// The transmitter keys ("application:number") to obey; none means all.
+  void setAllowedTransmitterIds(std::vector<std::string> ids) {
+    scanner_.setAllowedTransmitterIds(std::move(ids));
+  }
+  const std::vector<std::string>& allowedTransmitterIds() const {
+    return scanner_.allowedTransmitterIds();
+  }
+  /// For the host: the view that it placed the engine in, and a central manager of its own. The
+  /// engine uses neither.
+  void* halvoraView = nullptr;
+  CentralManager* centralManager = nullptr;
+
+  /// The kit's own text for a key, or `fallback` when its table has none.
+  std::string hvLocalizedString(std::string_view key, std::string_view fallback) const;
+
+  /// Shows a look, as if it had just been heard and were new.
+  PacketFate processEffect(const Broadcast& broadcast) override;
+  void playVideo(const std::string& name) { parts_.video.playVideo(name); }
+
+  void handleOrientationChange() override {}
+  void appDidBecomeActive() override;
+  void appWillResignActive() override;
+
+  ViewStack& views() { return views_; }
+  const ViewStack& views() const { return views_; }
+  const EngineState& state() const { return state_; }
+  const std::vector<Palette>& palettes() const { return palettesArray_; }
+  BrightnessRamps& brightness() { return brightness_; }
+  ScreenModes& screenModes() { return modes_; }
+  Scanner& scanner() { return scanner_; }
+  UsagePings& usage() { return usage_; }
+  const ScanDiagnostics& diagnostics() const { return scanner_.diagnostics(); }
+  /// Name of the folder with a venue's downloaded content; empty for none.
+  const std::string& pairedBucketID() const { return pairedBucketID_; }
+
+ private:
+  void recievedSignal() override { usage_.recievedSignal(); }
+  void showReceptionRate(int packets) override;
+  void dropShow() override;
+  void videoReady() override { state_.video.videoCanPlay = true; }
+  void loadPalettes();
+  SeatLight seatLight();
+
+  Platform platform_;
+  EngineState state_;
+  ShowCallbacks callbacks_;
+  std::vector<Palette> palettesArray_;
+  std::string pairedBucketID_;
+  Rect frame_;
+  TimerSet timers_;
+  ViewStack views_;
+  UnbuiltParts unbuiltParts_;
+  ShowParts parts_;
+  BrightnessRamps brightness_;
+  ScreenModes modes_;
+  CommandProcessor processor_;
+  UsagePings usage_;
+  Scanner scanner_;
+  TimerId lowLightHintTimer_ = 0;
+  std::unique_ptr<SerialQueue> pixelMapLUTDecodeQueue_;
+  std::unique_ptr<SerialQueue> pixelMapLiveDecodeQueue_;
+};
+
+}  // namespace halvora

@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "engine/scanner.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/bundle.h"
+#include "platform/text.h"
+#include "platform/user_defaults.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr ScanOptions kScanOptions{.allowDuplicates = true};
+constexpr Duration kCycle = milliseconds(1000);
+constexpr Duration kVideoReadyDelay = milliseconds(4000);
+/// Empty cycles, consecutive or not, after which the venue counts as left.
+constexpr int kOutOfRangeLimit = 7;
+/// A sequence that has come this far may begin again ...
+constexpr std::uint16_t kWrapFrom = 60001;
+/// ... below this.
+constexpr std::uint16_t kWrapBelow = 56000;
+
+constexpr std::uint32_t packedKey(std::uint32_t applicationId, std::uint32_t transmitter) {
+  return applicationId << 8 | transmitter;
+}
+
+bool isNewer(std::uint16_t sequence, std::uint16_t current) {
+  return sequence > current || (current >= kWrapFrom && sequence < kWrapBelow);
+}
+
+}  // namespace
+
+const char* textOf(BluetoothState state) {
+  constexpr const char* kTexts[] = {"", "ok", "off", "notAuthorised"};
+  return kTexts[static_cast<std::size_t>(state)];
+}
+
+Scanner::Scanner(const Platform& platform, PresenceState& state, TimerSet& timers,
+                 ScannerClient& client)
+    : platform_(platform), state_(state), timers_(timers), client_(client) {}
+
+void Scanner::start() {
+  const bool granted = isPermissionGranted();
+  state_.scanningAllowed = granted;
+  publishStatus(granted ? BluetoothState::ok : BluetoothState::notAuthorised);
+  if (granted) initBluetoothPermission();
+  platform_.defaults.synchronize();
+}
+
+void Scanner::initBluetoothPermission() {
+  timers_.after(kCycle, [this] { startScan(); });
+  timers_.every(kCycle, [this] { restartScan(); });
+  timers_.every(kCycle, [this] { resetRangeCount(); });
+  timers_.after(kVideoReadyDelay, [this] { client_.videoReady(); });
+  cbCentralManager_ = platform_.bluetooth.makeManager(*this);
+}
+
+bool Scanner::isPermissionGranted() const {
+  return platform_.bluetooth.authorization() == BluetoothAuthorization::allowedAlways;
+}
+
+void Scanner::setAllowedTransmitterIds(std::vector<std::string> ids) {
+  allowedIds_ = std::move(ids);
+  allowedKeys_.clear();
+  for (const std::string& id : allowedIds_) {
+    const std::size_t colon = id.find(':');
+    if (colon == std::string::npos) continue;
+    const std::int64_t application = integerValue(id);
+    const std::int64_t transmitter = integerValue(std::string_view(id).substr(colon + 1));
+    if (application < 0 || application > 0xFFFF || transmitter < 0 || transmitter > 0xFF) continue;
+    // Only a text that is written just as a packet's own key can equal one.
+    if (transmitterKey(static_cast<std::uint16_t>(application),
+                       static_cast<std::uint16_t>(transmitter)) != id) {
+      continue;
+    }
+    allowedKeys_.push_back(packedKey(static_cast<std::uint32_t>(application),
+                                     static_cast<std::uint32_t>(transmitter)));
+  }
+  std::sort(allowedKeys_.begin(), allowedKeys_.end());
+}
+
+std::string Scanner::currentBroadcast() const {
+  return state_.hasCurrentBroadcast ? NSDataToHex(state_.currentBroadcast) : std::string();
+}
+
+void Scanner::centralManagerDidUpdateState(CentralState state) {
+  if (state == CentralState::poweredOn) {
+    state_.scanningAllowed = true;
+    publishStatus(BluetoothState::ok);
+  } else {
+    publishStatus(state == CentralState::unauthorised ? BluetoothState::notAuthorised
+                                                      : BluetoothState::off);
+  }
+  platform_.defaults.synchronize();
+}
+
+void Scanner::publishStatus(BluetoothState state) {
+  state_.bluetoothState = state;
+  const Bundles& bundles = platform_.bundles;
+  std::string status = state == BluetoothState::ok ? bundles.main.localizedString("outside_venue")
+                       : state == BluetoothState::off
+                           ? bundles.kit.localizedString("bluetooth_off")
+                           : bundles.kit.localizedString("bluetooth_notAuthorised");
+  platform_.defaults.set("bluetoothStatus", std::move(status));
+}
+
+void Scanner::didDiscoverPeripheral(const Advertisement& advertisement) {
+  ++state_.broadcastCount;
+  const PacketFate fate = advertisement.manufacturerData ? judge(*advertisement.manufacturerData)
+                                                         : PacketFate::noManufacturerData;
+  ++diagnostics_.counts[static_cast<std::size_t>(fate)];
+}
+
+PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
+  const BroadcastFormat format = formatOf(data);
+  if (format == BroadcastFormat::otherMaker) return PacketFate::otherMaker;
+  if (format == BroadcastFormat::tooShort) return PacketFate::tooShort;
+
+  const std::uint16_t transmitter = data.back();
+  const bool isVenueWide = transmitter == kVenueWideTransmitter;
+  // Also by one that is not obeyed: a transmitter of another show nearby silences the venue-wide
+  // one too.
+  if (!isVenueWide) state_.transmitterFound = true;
+  const auto applicationId = static_cast<std::uint16_t>(data[2] << 8 | data[3]);
+  if (!isAllowed(applicationId, transmitter)) return PacketFate::notAllowed;
+  if (isVenueWide && state_.transmitterFound && allowedIds_.empty()) return PacketFate::silenced;
+
+  ++state_.fps;
+  state_.insideVenue = true;
+  const auto sequence =
+      static_cast<std::uint16_t>(data[kSequenceOffset] << 8 | data[kSequenceOffset + 1]);
+  state_.liveSequence = sequence;
+  if (!isNewer(sequence, state_.currentSequence)) return PacketFate::staleSequence;
+
+  state_.currentSequence = sequence;
+  const auto key = data.first(kBroadcastKeySize);
+  if (state_.hasCurrentBroadcast && std::ranges::equal(key, state_.currentBroadcast)) {
+    return PacketFate::sameBroadcast;
+  }
+  ++state_.activeFPS;
+  std::ranges::copy(key, state_.currentBroadcast.begin());
+  state_.hasCurrentBroadcast = true;
+  return client_.processEffect(decodeBroadcast(data));
+}
+
+bool Scanner::isAllowed(std::uint32_t applicationId, std::uint32_t transmitter) const {
+  return allowedIds_.empty() || std::binary_search(allowedKeys_.begin(), allowedKeys_.end(),
+                                                   packedKey(applicationId, transmitter));
+}
+
+void Scanner::startScan() {
+  if (!state_.scanningAllowed || state_.bluetoothState != BluetoothState::ok) return;
+  state_.hasCurrentBroadcast = false;
+  cbCentralManager_->scanForPeripherals(kScanOptions);
+}
+
+void Scanner::restartScan() {
+  if (state_.bluetoothState != BluetoothState::ok) return;
+  if (state_.lastFPS > 0) client_.recievedSignal();
+  client_.showReceptionRate(state_.lastFPS);
+
+  state_.broadcastCount = 0;
+  if (state_.fps == 0 && state_.insideVenue) ++state_.outOfRangeCount;
+  const bool hasLeft = state_.outOfRangeCount >= kOutOfRangeLimit && state_.insideVenue;
+  if (hasLeft || state_.resetApp) {
+    state_.resetApp = false;
+    state_.outOfRangeCount = 0;
+    state_.insideVenue = false;
+    state_.currentSequence = 0;
+    state_.hasCurrentBroadcast = false;
+    state_.setupOnce = false;
+    client_.dropShow();
+    platform_.defaults.set("appID", std::int64_t{0});
+    platform_.defaults.synchronize();
+  }
+
+  state_.lastFPS = std::exchange(state_.fps, 0);
+  state_.lastActiveFPS = std::exchange(state_.activeFPS, 0);
+  if (!state_.setupOnce) {
+    state_.setupOnce = true;
+    timers_.after(kVideoReadyDelay, [this] { client_.videoReady(); });
+  }
+  cbCentralManager_->restartScan(kScanOptions);
+}
+
+void Scanner::resetRangeCount() { state_.transmitterFound = false; }
+
+}  // namespace halvora

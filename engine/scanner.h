@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+// Listens for transmitters: which packets are obeyed, and whether the phone is in the venue. A
+// packet that brings nothing new is judged on its bytes and touches no heap. Owned by the engine;
+// main thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/broadcast.h"
+#include "light/timer_set.h"
+#include "platform/bluetooth.h"
+#include "platform/platform.h"
+
+namespace halvora {
+
+/// What became of an advertisement.
+enum class PacketFate : std::uint8_t {
+  noManufacturerData,
+  otherMaker,
+  tooShort,
+  notAllowed,
+  /// From the venue-wide transmitter while another one is near.
+  silenced,
+  staleSequence,
+  /// A new sequence number with the look that is already shown.
+  sameBroadcast,
+  noApplication,
+  badSyncFlag,
+  processed,
+};
+inline constexpr std::size_t kPacketFateCount = 10;
+
+/// How many advertisements met each fate since the engine was made; a host may read it at any time.
+struct ScanDiagnostics {
+  std::array<std::uint64_t, kPacketFateCount> counts{};
+  std::uint64_t operator[](PacketFate fate) const { return counts[static_cast<std::size_t>(fate)]; }
+};
+
+enum class BluetoothState : std::uint8_t { none, ok, off, notAuthorised };
+/// "ok", "off", "notAuthorised", or empty before Bluetooth was asked for.
+const char* textOf(BluetoothState state);
+
+struct PresenceState {
+  BluetoothState bluetoothState = BluetoothState::none;
+  bool scanningAllowed = false;
+  bool transmitterFound = false;
+  bool insideVenue = false;
+  /// Asks the next cycle to drop the show.
+  bool resetApp = false;
+  /// Whether the video's readiness timer has been started since the show was last dropped.
+  bool setupOnce = false;
+  bool hasCurrentBroadcast = false;
+  BroadcastKeyBytes currentBroadcast{};
+  std::uint16_t currentSequence = 0;
+  std::uint16_t liveSequence = 0;
+  int outOfRangeCount = 0;
+  /// Advertisements of any kind, accepted packets and new looks since the last cycle, and the
+  /// latter two of the cycle before.
+  int broadcastCount = 0;
+  int fps = 0;
+  int activeFPS = 0;
+  int lastFPS = 0;
+  int lastActiveFPS = 0;
+};
+
+/// What the scanner's owner does with what is heard.
+class ScannerClient {
+ public:
+  virtual ~ScannerClient() = default;
+  virtual PacketFate processEffect(const Broadcast& broadcast) = 0;
+  virtual void recievedSignal() = 0;
+  /// The number of packets accepted in the cycle before.
+  virtual void showReceptionRate(int packets) = 0;
+  /// Ends the show without a word to the host.
+  virtual void dropShow() = 0;
+  virtual void videoReady() = 0;
+};
+
+class Scanner : private CentralManagerDelegate {
+ public:
+  Scanner(const Platform& platform, PresenceState& state, TimerSet& timers, ScannerClient& client);
+
+  /// Begins to listen if the user has allowed it; otherwise only says in the defaults that it is
+  /// not allowed.
+  void start();
+  /// Starts the four timers and makes the central manager, which may ask the user for permission.
+  void initBluetoothPermission();
+  bool isPermissionGranted() const;
+
+  /// The transmitter keys to obey; none means all.
+  void setAllowedTransmitterIds(std::vector<std::string> ids);
+  const std::vector<std::string>& allowedTransmitterIds() const { return allowedIds_; }
+
+  /// The hexadecimal text of the look in force, empty for none.
+  std::string currentBroadcast() const;
+  const ScanDiagnostics& diagnostics() const { return diagnostics_; }
+
+  void startScan();
+  void restartScan();
+  void resetRangeCount();
+
+ private:
+  void centralManagerDidUpdateState(CentralState state) override;
+  void didDiscoverPeripheral(const Advertisement& advertisement) override;
+  PacketFate judge(std::span<const std::uint8_t> data);
+  bool isAllowed(std::uint32_t applicationId, std::uint32_t transmitter) const;
+  void publishStatus(BluetoothState state);
+
+  const Platform& platform_;
+  PresenceState& state_;
+  TimerSet& timers_;
+  ScannerClient& client_;
+  std::vector<std::string> allowedIds_;
+  /// The allowed ids that a packet can have, application id above the transmitter's byte, in order.
+  std::vector<std::uint32_t> allowedKeys_;
+  ScanDiagnostics diagnostics_;
+  std::unique_ptr<CentralManager> cbCentralManager_;
+};
+
+}  // namespace halvora

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "usage/usage_pings.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace halvora {
+
+namespace {
+
+constexpr std::string_view kDeviceKey = "LastAppOpenCallDate";
+constexpr std::string_view kSignalKey = "LastReceivedSignalCallDate";
+
+// The characters that may stand in a URL as they are.
+bool isUrlCharacter(char character) {
+  constexpr std::string_view kMarks = "-._~:/?#[]@!$&'()*+,;=%";
+  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+         (character >= '0' && character <= '9') || kMarks.find(character) != std::string_view::npos;
+}
+
+// Defaults filled by hand or by a scenario hold a date as its seconds.
+std::optional<Date> storedDate(const UserDefaults& defaults, std::string_view key) {
+  const DefaultsValue* value = defaults.find(key);
+  if (value == nullptr) return std::nullopt;
+  if (const auto* date = std::get_if<Date>(&value->storage)) return *date;
+  if (const auto* seconds = std::get_if<double>(&value->storage)) return Date{*seconds};
+  if (const auto* seconds = std::get_if<std::int64_t>(&value->storage)) {
+    return Date{static_cast<double>(*seconds)};
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+UsagePings::UsagePings(const WallClock& clock, const Calendar& calendar, UserDefaults& defaults,
+                       HttpClient& http, std::string applicationId, UsageEndpoints endpoints)
+    : clock_(clock),
+      calendar_(calendar),
+      defaults_(defaults),
+      http_(http),
+      applicationId_(std::move(applicationId)),
+      endpoints_(std::move(endpoints)) {}
+
+void UsagePings::appOpened() {
+  send(endpoints_.appOpened);
+  uniqueDevice();
+}
+
+void UsagePings::uniqueDevice() { sendOnceADay(kDeviceKey, endpoints_.device); }
+
+void UsagePings::recievedSignal() { sendOnceADay(kSignalKey, endpoints_.receivedSignal); }
+
+void UsagePings::send(const std::string& endpoint) {
+  if (endpoint.empty()) return;
+  const std::string url = endpoint + "/?appID=" + applicationId_;
+  if (std::all_of(url.begin(), url.end(), isUrlCharacter)) http_.get(url);
+}
+
+// The day counts as done even where nothing could be sent: a counter that fails is not worth a
+// retry a second.
+void UsagePings::sendOnceADay(std::string_view key, const std::string& endpoint) {
+  const Date now = clock_.now();
+  const DayComponents today = calendar_.componentsOf(now);
+  const std::optional<Date> last = storedDate(defaults_, key);
+  if (last && isSameDayAsDate(*last, calendar_, today)) return;
+  send(endpoint);
+  defaults_.set(key, now);
+  defaults_.synchronize();
+}
+
+bool isSameDayAsDate(Date date, const Calendar& withCalendar, const DayComponents& components) {
+  return withCalendar.componentsOf(date) == components;
+}
+
+}  // namespace halvora

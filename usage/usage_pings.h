@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+// The three usage counters: opened applications at every activation, devices and received signals
+// at most once a calendar day. Each is one HTTP GET whose reply nobody reads. Owned by the engine;
+// main thread.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/http.h"
+#include "platform/time.h"
+#include "platform/user_defaults.h"
+#include "platform/wall_clock.h"
+
+namespace halvora {
+
+/// Where the counters are, each a root such as "https://opens.example"; part of a deployment. An
+/// empty one is not sent.
+struct UsageEndpoints {
+  std::string appOpened;
+  std::string device;
+  std::string receivedSignal;
+};
+
+class UsagePings {
+ public:
+  /// `applicationId` is the host's bundle identifier.
+  UsagePings(const WallClock& clock, const Calendar& calendar, UserDefaults& defaults,
+             HttpClient& http, std::string applicationId, UsageEndpoints endpoints);
+
+  /// Counts an activation, then the device.
+  void appOpened();
+  /// Counts the device, once a day.
+  void uniqueDevice();
+  /// Counts a received signal, once a day.
+  void recievedSignal();
+
+ private:
+  void send(const std::string& endpoint);
+  void sendOnceADay(std::string_view key, const std::string& endpoint);
+
+  const WallClock& clock_;
+  const Calendar& calendar_;
+  UserDefaults& defaults_;
+  HttpClient& http_;
+  std::string applicationId_;
+  UsageEndpoints endpoints_;
+};
+
+/// Whether the date lies on the day of those components, in that calendar.
+bool isSameDayAsDate(Date date, const Calendar& withCalendar, const DayComponents& components);
+
+}  // namespace halvora
