@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/commands.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "engine/broadcast.h"
+#include "platform/json/rapid_json_reader.h"
+#include "platform/standard/files.h"
+#include "platform/standard/seeded_random.h"
+#include "platform/virtual/virtual_devices.h"
+#include "tools/halvora/packet.h"
+#include "tools/halvora/scenario.h"
+#include "tools/halvora/trace.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr int kUnusable = 2;
+constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
+constexpr double kLatestEnd = 1e9;
+
+CommandResult unusable(std::string what) { return {kUnusable, std::move(what)}; }
+
+CommandResult writeAll(std::string_view text, const Output& output) {
+  if (output(text)) return {};
+  return {1, "standard output cannot be written"};
+}
+
+std::optional<std::uint64_t> decimal(std::string_view text, std::uint64_t largest) {
+  std::uint64_t value = 0;
+  if (text.empty()) return std::nullopt;
+  for (const char character : text) {
+    if (character < '0' || character > '9') return std::nullopt;
+    const auto digit = static_cast<std::uint64_t>(character - '0');
+    if (value > (largest - digit) / 10) return std::nullopt;
+    value = value * 10 + digit;
+  }
+  return value;
+}
+
+struct DecodeCommand {
+  std::vector<std::string> packets;
+
+  void describe(CLI::App& app) {
+    app.add_option("HEX", packets, "manufacturer data as hexadecimal digits, one packet each")
+        ->required();
+  }
+  CommandResult run(const Output& output) const {
+    std::string lines;
+    for (const std::string& packet : packets) {
+      const auto data = bytesOfHex(packet);
+      if (!data) return unusable("\"" + packet + "\" is not whole bytes as hexadecimal digits");
+      lines += describePacket(*data);
+    }
+    return writeAll(lines, output);
+  }
+};
+
+struct EncodeCommand {
+  std::array<std::string, kBroadcastFields.size()> values;
+
+  void describe(CLI::App& app) {
+    for (std::size_t at = 0; at < values.size(); ++at) {
+      const BroadcastField& field = kBroadcastFields[at];
+      app.add_option("--" + std::string(field.name), values[at],
+                     "0 to " + std::to_string(field.largest()))
+          ->default_str("0");
+    }
+  }
+  CommandResult run(const CLI::App& app, const Output& output) const {
+    Broadcast broadcast;
+    for (std::size_t at = 0; at < values.size(); ++at) {
+      const BroadcastField& field = kBroadcastFields[at];
+      const std::string option = "--" + std::string(field.name);
+      if (app.count(option) == 0) continue;
+      const auto value = decimal(values[at], field.largest());
+      if (!value) {
+        return unusable(option + " must be decimal digits, 0 to " +
+                        std::to_string(field.largest()) + ", not \"" + values[at] + "\"");
+      }
+      broadcast.*field.value = static_cast<std::uint16_t>(*value);
+    }
+    return writeAll(NSDataToHex(encodeBroadcast(broadcast)) + "\n", output);
+  }
+};
+
+struct TraceCommand {
+  std::string file;
+  std::string documents;
+  std::string chance = "1";
+  double until = 0;
+  TraceOptions options;
+
+  void describe(CLI::App& app) {
+    app.add_option("SCENARIO", file, "JSON Lines file of what happens around the phone")
+        ->required();
+    app.add_option("--assets", options.assets, "folder that holds HVAssets (default: none)");
+    app.add_option("--documents", documents,
+                   "the phone's private documents folder (default: an empty one)");
+    app.add_option("--random", chance,
+                   "how draws fall: min, max, or the seed of a generator (default: 1)");
+    app.add_option("--until", until,
+                   "seconds at which the trace ends (default: 10 after the last action)");
+    app.add_option("--allow", options.allowedTransmitterIds,
+                   "a transmitter to obey, as application:number; may be repeated (default: all)")
+        ->allow_extra_args(false);
+    app.footer(
+        "Each line of the scenario is an object with \"at\" (seconds) and one of: device, start, "
+        "bluetooth,\npacket (with every and until to repeat it), app, defaults, precompute, "
+        "invalidate, playVideo.\nTorch, gobo pictures, notices, clips and seat tables are not "
+        "built "
+        "yet and print nothing.");
+  }
+
+  std::unique_ptr<Random> random() const {
+    using Rule = ScriptedRandom::Rule;
+    if (chance == "min" || chance == "max") {
+      auto scripted =
+          std::make_unique<ScriptedRandom>(chance == "min" ? Rule::least : Rule::greatest);
+      scripted->log.isKept = false;
+      return scripted;
+    }
+    const auto seed = decimal(chance, UINT64_MAX);
+    return seed ? std::make_unique<SeededRandom>(*seed) : nullptr;
+  }
+
+  CommandResult run(const CLI::App& app, const Output& output) {
+    std::error_code error;
+    if (!options.assets.empty() && !std::filesystem::is_directory(options.assets, error)) {
+      return unusable(options.assets + ": no such folder (--assets)");
+    }
+    if (!documents.empty() && std::filesystem::exists(documents, error) &&
+        !std::filesystem::is_directory(documents, error)) {
+      return unusable(documents + ": not a folder (--documents)");
+    }
+    auto drawn = random();
+    if (!drawn)
+      return unusable("--random must be min, max or a whole number, not \"" + chance + "\"");
+    if (app.count("--until") > 0) {
+      if (!(until >= 0 && until <= kLatestEnd))
+        return unusable("--until must be seconds, 0 or more");
+      options.until = fromSeconds(until);
+    }
+
+    const auto text = readFile(file, kLargestScenario);
+    if (!text) return unusable(file + ": cannot be read");
+    const RapidJsonReader json;
+    auto parsed = parseScenario(*text, json);
+    if (const auto* bad = std::get_if<ScenarioError>(&parsed)) {
+      return unusable(file + ":" + std::to_string(bad->line) + ": " + bad->what);
+    }
+    bool isWritable = true;
+    const bool ended =
+        runTrace(std::get<Scenario>(parsed), options, std::move(drawn), json,
+                 [&](std::string_view lines) { isWritable = isWritable && output(lines); });
+    if (!isWritable) return {1, "standard output cannot be written"};
+    if (!ended) return {1, file + ": the phone never comes to rest"};
+    return {};
+  }
+};
+
+// The library may explain itself at length; a script wants one line.
+std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+}  // namespace
+
+CommandResult runCommand(int argumentCount, const char* const* arguments, const Output& output) {
+  CLI::App app(
+      "Looks at light show packets and says, to the millisecond, what a phone does with them.",
+      "halvora");
+  app.require_subcommand(1);
+  DecodeCommand decode;
+  EncodeCommand encode;
+  TraceCommand trace;
+  CLI::App* packet = app.add_subcommand("packet", "decode or encode show packets");
+  packet->require_subcommand(1);
+  CLI::App* decodeApp = packet->add_subcommand("decode", "print packets as JSON, a line each");
+  CLI::App* encodeApp = packet->add_subcommand("encode", "print the packet with the given fields");
+  CLI::App* traceApp =
+      app.add_subcommand("trace", "run one phone through a scenario and print what it does");
+  decode.describe(*decodeApp);
+  encode.describe(*encodeApp);
+  trace.describe(*traceApp);
+
+  try {
+    app.parse(argumentCount, arguments);
+  } catch (const CLI::CallForHelp&) {
+    return writeAll(app.help(), output);
+  } catch (const CLI::ParseError& error) {
+    return unusable(firstLine(error.what()) + " (see --help)");
+  }
+  if (decodeApp->parsed()) return decode.run(output);
+  if (encodeApp->parsed()) return encode.run(*encodeApp, output);
+  return trace.run(*traceApp, output);
+}
+
+}  // namespace halvora

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// Runs one engine through a scenario in virtual time and says, line by line, what its phone does.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/json.h"
+#include "platform/random.h"
+#include "platform/time.h"
+#include "tools/halvora/scenario.h"
+
+namespace halvora {
+
+struct TraceOptions {
+  /// The folder that holds HVAssets; empty for none.
+  std::string assets;
+  std::vector<std::string> allowedTransmitterIds;
+  /// Turns due at this time still run; without it the trace ends 10 s after the last action.
+  std::optional<Duration> until;
+};
+
+/// Writes JSON Lines through `write`, one or more whole lines a call. The engine draws from
+/// `random`. False if the phone came to an instant at which its turns never end; what it did before
+/// that has been written.
+bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique_ptr<Random> random,
+              const JsonReader& json, const std::function<void(std::string_view)>& write);
+
+}  // namespace halvora

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// Writes down what one virtual phone does: acts as they happen, values when they differ at the end
+// of a turn from what was written last. Looks at a phone and an engine that outlive it; call
+// `turnEnded` after each turn.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/halvora_view_controller.h"
+#include "platform/virtual/virtual_phone.h"
+#include "tools/halvora/json_line.h"
+
+namespace halvora {
+
+class TraceWriter final : private ViewObserver {
+ public:
+  TraceWriter(VirtualPhone& phone, HalvoraViewController& engine,
+              std::function<void(std::string_view)> write);
+  ~TraceWriter() override;
+  TraceWriter(const TraceWriter&) = delete;
+  TraceWriter& operator=(const TraceWriter&) = delete;
+
+  void turnEnded();
+
+ private:
+  struct LightAct {
+    bool isStart;
+    MaybeColour to;
+    Duration duration;
+    bool isFinished;
+  };
+  struct Alpha {
+    std::string written;
+    Duration duration{};
+    bool isTouched = false;
+  };
+
+  void alphaChanged(ViewId view, double alpha, Duration duration) override;
+  void textChanged(ViewId view, const std::string& text) override;
+  void lightChanged(const MaybeColour& colour) override;
+  void lightAnimationStarted(const MaybeColour& to, Duration duration) override;
+  void lightAnimationEnded(bool finished) override;
+
+  JsonLine& line();
+  void finish(JsonLine& line) { write_(line.end()); }
+  void writeLight();
+  void writeViews();
+  void writeDevices();
+  void writeDefaults();
+  void writeFlag(const char* key, bool value, bool& written);
+
+  VirtualPhone& phone_;
+  HalvoraViewController& engine_;
+  std::function<void(std::string_view)> write_;
+  JsonLine line_;
+  std::vector<LightAct> lightActs_;
+  std::vector<const char*> callbacks_;
+  std::array<Alpha, kViewCount> alphas_;
+  bool isLightTouched_ = false;
+  bool isAlphaTouched_ = false;
+  bool isTextTouched_ = false;
+  std::string lightWritten_;
+  std::string fpsTextWritten_;
+  bool statusBarWritten_ = false;
+  bool idleTimerWritten_ = false;
+  bool insideVenueWritten_ = false;
+  std::map<std::string, std::optional<DefaultsValue>, std::less<>> defaultsWritten_;
+};
+
+}  // namespace halvora
