@@ -20,20 +20,25 @@ class RunLoop {
   /// A timer of no or negative delay is due this much later, so that time always advances.
   static constexpr Duration kShortestDelay{100};
 
+  /// How long a timer of that delay really waits.
+  static constexpr Duration dueAfter(Duration delay) {
+    return delay > Duration::zero() ? delay : kShortestDelay;
+  }
+
   virtual ~RunLoop() = default;
 
   /// Media time: since the loop began; does not stand still while the loop is idle.
   virtual Duration now() const = 0;
 
   /// Runs `task` once, `delay` from now.
-  virtual TimerId after(Duration delay, Task task) = 0;
+  virtual TimerId after(Duration delay, Task&& task) = 0;
 
   /// Runs `task` every `interval`, first one interval from now; due times are exact multiples and
   /// do not drift.
-  virtual TimerId every(Duration interval, Task task) = 0;
+  virtual TimerId every(Duration interval, Task&& task) = 0;
 
   /// Runs `task` in a turn of its own at the present time, behind what is due already.
-  virtual TimerId soon(Task task) = 0;
+  virtual TimerId soon(Task&& task) = 0;
 
   /// Forgets a timer; one that has fired, or 0, is left alone. A repeating timer may cancel itself.
   virtual void cancel(TimerId timer) = 0;
@@ -42,7 +47,7 @@ class RunLoop {
   virtual bool isPending(TimerId timer) const = 0;
 
   /// Hands a block to the main thread, from any thread, in the order of the calls.
-  virtual void post(Task task) = 0;
+  virtual void post(Task&& task) = 0;
 };
 
 /// A timer that is cancelled with its owner.

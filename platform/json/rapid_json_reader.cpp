@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/json/rapid_json_reader.h"
 
-#include <cctype>
-#include <cstdlib>
+#include <algorithm>
 #include <limits>
 #include <utility>
 
-#include <rapidjson/encodedstream.h>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
+
+#include "platform/json/unicode_text.h"
 
 namespace halvora {
 
@@ -45,6 +45,21 @@ JsonValue numberOf(std::string_view text) {
   return JsonValue(handler.value);
 }
 
+/// Puts one that saturates just the same in place of the integer at `offset`, which is too long for
+/// the parser. False for a number that is no integer.
+bool shortenInteger(std::string& text, std::size_t offset) {
+  const std::size_t begin = offset + (text[offset] == '-' ? 1 : 0);
+  const std::size_t end = std::min(text.find_first_not_of("0123456789", begin), text.size());
+  if (end < text.size() && std::string_view(".eE").find(text[end]) != std::string_view::npos) {
+    return false;
+  }
+  // As many digits as the range of a double allows, so that nothing else about the number changes.
+  constexpr std::size_t kMostDigits = 300;
+  if (end - begin <= kMostDigits) return false;
+  text.erase(begin + kMostDigits, end - begin - kMostDigits);
+  return true;
+}
+
 /// Builds the value bottom up: a container collects its children until it ends.
 class ValueHandler {
  public:
@@ -55,11 +70,13 @@ class ValueHandler {
     return add(numberOf({text, length}));
   }
   bool String(const char* text, rapidjson::SizeType length, bool) {
-    return add(JsonValue(std::string(text, length)));
+    std::string value(text, length);
+    if (hasSurrogate(value)) return refuse("Half a surrogate pair.");
+    return add(JsonValue(std::move(value)));
   }
   bool Key(const char* text, rapidjson::SizeType length, bool) {
     open_.back().name.assign(text, length);
-    return true;
+    return !hasSurrogate(open_.back().name) || refuse("Half a surrogate pair.");
   }
   bool StartObject() { return begin(true); }
   bool StartArray() { return begin(false); }
@@ -82,6 +99,14 @@ class ValueHandler {
   JsonValue& root() { return root_; }
 
  private:
+  // An escape may spell half of a pair, which the parser then writes as if it were a character.
+  static bool hasSurrogate(std::string_view text) {
+    for (std::size_t at = text.find('\xED'); at < text.size(); at = text.find('\xED', at + 1)) {
+      if (at + 1 < text.size() && static_cast<std::uint8_t>(text[at + 1]) >= 0xA0) return true;
+    }
+    return false;
+  }
+
   struct Open {
     bool isObject;
     std::string name;
@@ -123,28 +148,40 @@ class ValueHandler {
   const char* refusal_ = nullptr;
 };
 
+rapidjson::ParseResult parseInto(ValueHandler& handler, std::string_view text) {
+  constexpr unsigned kFlags = rapidjson::kParseIterativeFlag |
+                              rapidjson::kParseNumbersAsStringsFlag |
+                              rapidjson::kParseValidateEncodingFlag;
+  rapidjson::MemoryStream stream(text.data(), text.size());
+  rapidjson::Reader reader;
+  return reader.Parse<kFlags>(stream, handler);
+}
+
 }  // namespace
 
 std::optional<JsonValue> RapidJsonReader::parse(std::string_view document,
                                                 std::string* reason) const {
-  using Encoding = rapidjson::AutoUTF<unsigned>;
-  constexpr unsigned kFlags = rapidjson::kParseIterativeFlag |
-                              rapidjson::kParseNumbersAsStringsFlag |
-                              rapidjson::kParseValidateEncodingFlag;
-  rapidjson::MemoryStream bytes(document.data(), document.size());
-  rapidjson::AutoUTFInputStream<unsigned, rapidjson::MemoryStream> stream(bytes);
-  rapidjson::GenericReader<Encoding, rapidjson::UTF8<>> reader;
-  ValueHandler handler;
-  const auto result = reader.Parse<kFlags>(stream, handler);
-  // A zero character ends the parser's stream; what stands behind it is no part of a document.
-  if (!result.IsError() && stream.Tell() == document.size()) return std::move(handler.root());
+  const auto refuse = [reason](const char* what) {
+    if (reason != nullptr) *reason = what;
+    return std::nullopt;
+  };
+  std::string converted;
+  const std::optional<std::string_view> text = utf8Of(document, converted);
+  if (!text) return refuse("Half a character.");
+  // To the parser a zero character is the end of the text, and no document has one.
+  if (text->find('\0') != std::string_view::npos) return refuse("A zero character.");
 
-  if (reason != nullptr) {
-    *reason = handler.refusal() != nullptr ? handler.refusal()
-              : result.IsError()           ? rapidjson::GetParseError_En(result.Code())
-                                           : "A zero character ends the text too early.";
+  ValueHandler handler;
+  rapidjson::ParseResult result = parseInto(handler, *text);
+  std::string shortened(result.Code() == rapidjson::kParseErrorNumberTooBig ? *text : "");
+  while (result.Code() == rapidjson::kParseErrorNumberTooBig &&
+         shortenInteger(shortened, result.Offset())) {
+    handler = {};
+    result = parseInto(handler, shortened);
   }
-  return std::nullopt;
+  if (!result.IsError()) return std::move(handler.root());
+  return refuse(handler.refusal() != nullptr ? handler.refusal()
+                                             : rapidjson::GetParseError_En(result.Code()));
 }
 
 }  // namespace halvora

@@ -13,13 +13,16 @@ namespace {
 
 constexpr std::size_t kLargestStringTable = 1 << 20;
 constexpr const char* kShippedLanguage = "en";
+constexpr std::size_t kLongestLanguageTag = 64;
 
 // A language names a file, so it is letters, digits and hyphens or it is nothing.
 bool isLanguageTag(std::string_view tag) {
-  return !tag.empty() && std::all_of(tag.begin(), tag.end(), [](char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9') || character == '-';
-  });
+  return !tag.empty() && tag.size() <= kLongestLanguageTag &&
+         std::all_of(tag.begin(), tag.end(), [](char character) {
+           return (character >= 'a' && character <= 'z') ||
+                  (character >= 'A' && character <= 'Z') ||
+                  (character >= '0' && character <= '9') || character == '-';
+         });
 }
 
 }  // namespace

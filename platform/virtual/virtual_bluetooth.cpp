@@ -52,8 +52,10 @@ std::unique_ptr<CentralManager> VirtualBluetooth::makeManager(CentralManagerDele
 void VirtualBluetooth::setState(CentralState state) {
   if (state == state_) return;
   state_ = state;
+  // A delegate may make or give up managers while it is told.
   const std::vector<Manager*> managers = managers_;
   for (Manager* manager : managers) {
+    if (std::ranges::find(managers_, manager) == managers_.end()) continue;
     if (state != CentralState::poweredOn) manager->isScanning = false;
     manager->delegate().centralManagerDidUpdateState(state);
   }

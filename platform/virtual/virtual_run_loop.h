@@ -4,12 +4,12 @@
 // Single-threaded; whoever drives it owns it.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <vector>
 
 #include "platform/run_loop.h"
+#include "platform/standard/due_queue.h"
 
 namespace halvora {
 
@@ -19,16 +19,16 @@ class VirtualRunLoop final : public RunLoop {
   static constexpr std::uint64_t kMostTurnsAtOneInstant = 1'000'000;
 
   Duration now() const override { return now_; }
-  TimerId after(Duration delay, Task task) override;
-  TimerId every(Duration interval, Task task) override;
-  TimerId soon(Task task) override;
-  void cancel(TimerId timer) override;
-  bool isPending(TimerId timer) const override;
-  void post(Task task) override { soon(std::move(task)); }
+  TimerId after(Duration delay, Task&& task) override;
+  TimerId every(Duration interval, Task&& task) override;
+  TimerId soon(Task&& task) override;
+  void cancel(TimerId timer) override { queue_.cancel(timer); }
+  bool isPending(TimerId timer) const override { return queue_.isPending(timer); }
+  void post(Task&& task) override { soon(std::move(task)); }
 
   /// An act from outside the phone. At its time it runs before everything that the phone has
   /// scheduled; acts at one time run in ascending `order`. A time that has passed counts as now.
-  void actFromOutside(Duration time, std::uint64_t order, Task act);
+  void actFromOutside(Duration time, std::uint64_t order, Task&& act);
 
   /// Runs when the present turn ends, before the next one; takes no virtual time.
   void runInBackground(Task job) { background_.push_back(std::move(job)); }
@@ -45,39 +45,12 @@ class VirtualRunLoop final : public RunLoop {
   std::uint64_t turns() const { return turns_; }
 
  private:
-  struct Slot {
-    Task task;
-    Duration interval{};
-    std::uint32_t generation = 1;
-    bool isPending = false;
-  };
-  struct Due {
-    Duration time;
-    std::uint64_t order;
-    std::uint32_t slot;
-    std::uint32_t generation;
-  };
-
-  TimerId schedule(Duration time, Duration interval, std::uint64_t order, Task task);
-  std::uint64_t nextOrder();
-  Slot* find(TimerId timer);
-  bool isStale(const Due& due) const;
-  void push(const Due& due);
-  void pop();
-  void release(Slot& slot, std::uint32_t index);
-  void runTurn(const Due& due);
-  void forgetStale();
+  void endTurn();
 
   Duration now_{};
-  std::uint64_t lastOrder_ = 0;
   std::uint64_t turns_ = 0;
   std::uint64_t turnsAtThisInstant_ = 0;
-  std::vector<Slot> slots_;
-  std::vector<std::uint32_t> freeSlots_;
-  /// A heap with the next one at the front; cancelled ones stay in it until they come up or
-  /// outnumber the rest.
-  std::vector<Due> queue_;
-  std::size_t stale_ = 0;
+  DueQueue queue_;
   std::vector<Task> background_;
   std::function<void()> turnEnded_;
 };

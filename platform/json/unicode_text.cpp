@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/json/unicode_text.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace halvora {
+
+namespace {
+
+struct Encoding {
+  std::string_view mark;
+  /// Which of the first four bytes are zero in a document that begins with two ASCII characters, as
+  /// every one does.
+  std::string_view zeros;
+  std::size_t unit;
+  bool isLittleEndian;
+};
+
+using namespace std::string_view_literals;
+
+// The longer marks first: UTF-32's begins with UTF-16's.
+constexpr std::array<Encoding, 5> kEncodings = {{
+    {"\xFF\xFE\0\0"sv, "x000"sv, 4, true},
+    {"\0\0\xFE\xFF"sv, "000x"sv, 4, false},
+    {"\xFF\xFE"sv, "x0x0"sv, 2, true},
+    {"\xFE\xFF"sv, "0x0x"sv, 2, false},
+    {"\xEF\xBB\xBF"sv, "xxxx"sv, 1, false},
+}};
+
+bool hasZerosAt(std::string_view document, std::string_view zeros) {
+  if (document.size() < zeros.size()) return false;
+  for (std::size_t at = 0; at < zeros.size(); ++at) {
+    if ((document[at] == '\0') != (zeros[at] == '0')) return false;
+  }
+  return true;
+}
+
+std::uint32_t unitAt(std::string_view text, const Encoding& encoding, std::size_t at) {
+  std::uint32_t value = 0;
+  for (std::size_t byte = 0; byte < encoding.unit; ++byte) {
+    const std::size_t from = encoding.isLittleEndian ? encoding.unit - 1 - byte : byte;
+    value = value << 8 | static_cast<std::uint8_t>(text[at + from]);
+  }
+  return value;
+}
+
+void append(std::string& text, std::uint32_t character) {
+  const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
+  if (character < 0x80) return put(character);
+  if (character < 0x800) {
+    put(0xC0 | character >> 6);
+  } else {
+    if (character < 0x10000) {
+      put(0xE0 | character >> 12);
+    } else {
+      put(0xF0 | character >> 18);
+      put(0x80 | (character >> 12 & 0x3F));
+    }
+    put(0x80 | (character >> 6 & 0x3F));
+  }
+  put(0x80 | (character & 0x3F));
+}
+
+constexpr bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+constexpr bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
+
+bool convert(std::string_view text, const Encoding& encoding, std::string& utf8) {
+  if (text.size() % encoding.unit != 0) return false;
+  for (std::size_t at = 0; at < text.size(); at += encoding.unit) {
+    std::uint32_t character = unitAt(text, encoding, at);
+    if (encoding.unit == 2 && isHighSurrogate(character)) {
+      at += encoding.unit;
+      const std::uint32_t low = at < text.size() ? unitAt(text, encoding, at) : 0;
+      if (!isLowSurrogate(low)) return false;
+      character = 0x10000 + ((character - 0xD800) << 10) + (low - 0xDC00);
+    }
+    if (isHighSurrogate(character) || isLowSurrogate(character)) return false;
+    if (character > 0x10FFFF) return false;
+    append(utf8, character);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<std::string_view> utf8Of(std::string_view document, std::string& storage) {
+  for (const Encoding& encoding : kEncodings) {
+    const bool isMarked = document.starts_with(encoding.mark);
+    if (!isMarked && !hasZerosAt(document, encoding.zeros)) continue;
+    if (isMarked) document.remove_prefix(encoding.mark.size());
+    if (encoding.unit == 1) return document;
+    storage.reserve(document.size());
+    if (!convert(document, encoding, storage)) return std::nullopt;
+    return storage;
+  }
+  return document;
+}
+
+}  // namespace halvora
