@@ -5,6 +5,7 @@
 #include "light/random_number.h"
 #include "light/screen_modes.h"
 #include "light/show_parts.h"
+#include "light/torch_modes.h"
 #include "light/view_stack.h"
 #include "platform/application.h"
 #include "platform/haptics.h"
@@ -23,7 +24,6 @@ constexpr LinearTime kLongestTorchPause{3900, 1100};
 
 enum Vibration : int { kLightTap = 1, kHeavyTap = 2, kSystemVibration = 3 };
 enum TorchMode : int { kTorchOff = 0, kTorchOn = 1, kTorchRandomOff = 2, kTorchRandomOn = 3 };
-constexpr int kPixelMapTorch = 9;
 
 }  // namespace
 
@@ -115,6 +115,7 @@ bool CommandProcessor::takeVenueAndPreload(Command& command) {
   SeatState& seat = rooms_.state.seat;
   seat.currentVenueId = broadcast.venueId;
   rooms_.platform.defaults.set("venueID", std::int64_t{broadcast.venueId});
+  rooms_.platform.defaults.synchronize();
   SeatLutPart& seatLut = rooms_.parts.seatLut;
   if (broadcast.pixelMapId != 0 && command.hasPosition && command.hasSection) {
     seatLut.preloadPixelMapSeatLUT(broadcast.venueId, broadcast.pixelMapId, seat.currentXPos,
@@ -252,7 +253,7 @@ void CommandProcessor::endShow() {
 }
 
 bool CommandProcessor::restartPixelMap(Command& command) {
-  const bool torchFollows = command.broadcast.ledMode == kPixelMapTorch;
+  const bool torchFollows = command.broadcast.ledMode == kPixelMapTorchMode;
   const bool screenFollows = command.mode == kPixelMapMode;
   if (!torchFollows && !screenFollows) return true;
   SeatState& seat = rooms_.state.seat;
@@ -264,7 +265,7 @@ bool CommandProcessor::restartPixelMap(Command& command) {
   seat.currentPixelMapId = pixelMapId;
   if (screenFollows) rooms_.modes.processMode(kPixelMapMode, command.broadcast.speed);
   if (torchFollows) {
-    rooms_.parts.torch.processLEDMode(kPixelMapTorch, command.broadcast.ledSpeed);
+    rooms_.parts.torch.processLEDMode(kPixelMapTorchMode, command.broadcast.ledSpeed);
   }
   return true;
 }

@@ -12,13 +12,9 @@ namespace halvora {
 
 namespace {
 
-constexpr LinearTime kGoboFade{4800, 200};
 constexpr int kShortestGoboDelay = 100;
 constexpr int kLongestGoboDelay = 4000;
 constexpr std::uint32_t kLastSteadyGoboMode = 9;
-constexpr std::uint32_t kGoboFadeMode = 10;
-constexpr std::uint32_t kGoboPulseMode = 11;
-constexpr std::uint32_t kGoboRandomPulseMode = 12;
 
 }  // namespace
 

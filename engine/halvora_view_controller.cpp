@@ -3,7 +3,8 @@
 
 #include <utility>
 
-#include "platform/bundle.h"
+#include "light/bitmap.h"
+#include "platform/image.h"
 #include "platform/json.h"
 #include "platform/user_defaults.h"
 
@@ -12,8 +13,20 @@ namespace halvora {
 namespace {
 
 constexpr std::size_t kLargestPaletteFile = 4 << 20;
+constexpr std::size_t kLargestStill = 32 << 20;
 constexpr Duration kLowLightPoll = milliseconds(500);
 constexpr Duration kShowFade = milliseconds(1000);
+
+std::string assetFolder(const Bundle& bundle) {
+  return bundle.resourcePath().empty() ? "" : bundle.resourcePath() + "/HVAssets";
+}
+
+// A bucket is the name of one folder; a text that leads anywhere else names none.
+std::string goboDocuments(const std::string& documents, const std::string& bucket) {
+  const bool isName =
+      !bucket.empty() && bucket != "." && bucket != ".." && bucket.find('/') == std::string::npos;
+  return documents.empty() || !isName ? "" : documents + "/" + bucket + "/Gobo";
+}
 
 }  // namespace
 
@@ -29,7 +42,12 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
     : platform_(platform),
       timers_(platform.runLoop),
       views_(timers_),
-      parts_(parts ? *parts : unbuiltParts_.parts()),
+      overlays_(state_.screen, views_, timers_),
+      torch_(state_.torch, timers_, platform.random, platform.torch,
+             [this] { return seatIsWhite(); }),
+      gobo_(state_.gobo, views_, platform.random),
+      video_(state_.video, views_, timers_, platform.videoPlayers),
+      parts_(parts ? *parts : ShowParts{torch_, gobo_, overlays_, video_, seatLut_}),
       brightness_(platform.screen, timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
              [this] { return seatLight(); }),
@@ -55,8 +73,16 @@ void HalvoraViewController::viewDidLoad() {
   platform_.application.useAudioPlaybackCategory();
 
   views_.setText(ViewId::pairingCodeLabel, "0000");
-  views_.setText(ViewId::goboImage, "HVAssets/Gobos/1");
+  const std::string assets = assetFolder(platform_.bundles.main);
+  gobo_.build({goboDocuments(getPrivateDocumentsDirectory(), pairedBucketID_),
+               assets.empty() ? assets : assets + "/Gobos"});
+  video_.build(assets);
   views_.setAlpha(ViewId::dimmerView, 1.0 - state_.colour.currentMaster);
+  overlays_.build(
+      hvLocalizedString("hv_map_no_seat_overlay_message",
+                        "No seat selected for this part of the light show.\n"
+                        "Keep the app open to continue taking part."),
+      hvLocalizedString("hv_low_light_hint", "Light show active. Please keep the app open."));
   timers_.invalidate(lowLightHintTimer_);
   lowLightHintTimer_ =
       timers_.every(kLowLightPoll, [this] { parts_.overlays.updateLowLightHintState(); });
@@ -135,10 +161,30 @@ void HalvoraViewController::dropShow() {
 }
 
 SeatLight HalvoraViewController::seatLight() {
-  const bool hasSection = !textForKey(platform_.defaults, "selectedSection").value_or("").empty();
   const SeatState& seat = state_.seat;
-  if (!hasSection || seat.currentXPos < 0 || seat.currentYPos < 0) return {};
+  if (!hasSelectedSection() || seat.currentXPos < 0 || seat.currentYPos < 0) return {};
   return {true, parts_.seatLut.colorFromActivePixelMapSeatLUT(seat.currentVideoMinutes)};
+}
+
+bool HalvoraViewController::hasSelectedSection() const {
+  return !textForKey(platform_.defaults, "selectedSection").value_or("").empty();
+}
+
+// The still is looked for before the seat: without it the torch stays as it is, seat or no seat.
+std::optional<bool> HalvoraViewController::seatIsWhite() const {
+  const SeatState& seat = state_.seat;
+  const std::string name = "Maps/v" + std::to_string(seat.currentVenueId) + "_m" +
+                           std::to_string(seat.currentPixelMapId) + "_f" +
+                           std::to_string(seat.currentVideoMinutes) + ".jpg";
+  const auto bytes = platform_.bundles.main.readResource(name, kLargestStill);
+  const std::optional<Image> image = bytes ? platform_.images.decode(*bytes) : std::nullopt;
+  if (!image) return std::nullopt;
+  std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(*image);
+  if (!bitmap) return std::nullopt;
+  drawImage(*image, *bitmap);
+  const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, seat.currentYPos);
+  if (!hasSelectedSection() || pixel == nullptr) return false;
+  return pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
 }
 
 }  // namespace halvora

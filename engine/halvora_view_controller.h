@@ -16,11 +16,16 @@
 #include "engine/command_processor.h"
 #include "engine/engine_state.h"
 #include "engine/scanner.h"
-#include "engine/unbuilt_parts.h"
+#include "engine/unbuilt_seat_lut.h"
 #include "light/brightness.h"
+#include "light/gobo_animator.h"
+#include "light/overlays.h"
 #include "light/screen_modes.h"
+#include "light/synchronised_video.h"
+#include "light/torch_modes.h"
 #include "light/view_stack.h"
 #include "platform/application.h"
+#include "platform/bundle.h"
 #include "platform/platform.h"
 #include "platform/screen.h"
 #include "platform/serial_queues.h"
@@ -100,6 +105,8 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   Scanner& scanner() { return scanner_; }
   UsagePings& usage() { return usage_; }
   const ScanDiagnostics& diagnostics() const { return scanner_.diagnostics(); }
+  /// Where the application's own files lie; empty for nowhere.
+  const std::string& getPrivateDocumentsDirectory() const { return platform_.bundles.documents; }
   /// Name of the folder with a venue's downloaded content; empty for none.
   const std::string& pairedBucketID() const { return pairedBucketID_; }
 
@@ -110,6 +117,8 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   void videoReady() override { state_.video.videoCanPlay = true; }
   void loadPalettes();
   SeatLight seatLight();
+  bool hasSelectedSection() const;
+  std::optional<bool> seatIsWhite() const;
 
   Platform platform_;
   EngineState state_;
@@ -119,7 +128,11 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   Rect frame_;
   TimerSet timers_;
   ViewStack views_;
-  UnbuiltParts unbuiltParts_;
+  Overlays overlays_;
+  TorchModes torch_;
+  GoboAnimator gobo_;
+  SynchronisedVideo video_;
+  UnbuiltSeatLut seatLut_;
   ShowParts parts_;
   BrightnessRamps brightness_;
   ScreenModes modes_;

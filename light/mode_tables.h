@@ -88,6 +88,7 @@ inline constexpr LinearTime kBurstStep{0, 50};
 inline constexpr LinearTime kBurstLength{0, 150};
 inline constexpr LinearTime kPulseFade{2400, 100};
 inline constexpr LinearTime kCrossfadeFade{4800, 200};
+inline constexpr LinearTime kGoboFade{4800, 200};
 
 inline constexpr std::array<EffectRow, kEffectCount> kEffects = {{
     {},
@@ -166,6 +167,9 @@ struct ModeRow {
 inline constexpr Pause kDelayedFlash = drawnBetween({950, 50}, {3900, 1100});
 
 inline constexpr std::uint32_t kFrameRateMode = 9;
+inline constexpr std::uint32_t kGoboFadeMode = 10;
+inline constexpr std::uint32_t kGoboPulseMode = 11;
+inline constexpr std::uint32_t kGoboRandomPulseMode = 12;
 inline constexpr std::uint32_t kPixelMapMode = 21;
 inline constexpr std::uint32_t kNoSeatMode = 50;
 

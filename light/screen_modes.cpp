@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "light/random_number.h"
+#include "light/pause.h"
 
 namespace halvora {
 
@@ -142,11 +142,7 @@ void ScreenModes::show(Paint paint) {
   if (paint != Paint::nothing) views_.setLightColour(colourOf(paint));
 }
 
-Duration ScreenModes::draw(const Pause& pause, int perc) {
-  const int latest = pause.latest.at(perc);
-  if (!pause.drawn) return milliseconds(latest);
-  return milliseconds(randomNumberBetween(random_, pause.earliest.at(perc), latest));
-}
+Duration ScreenModes::draw(const Pause& pause, int perc) { return drawPause(pause, perc, random_); }
 
 void ScreenModes::schedule(Effect effect, Duration delay, TimerId& named) {
   named = timers_.after(delay, [this, effect] { step(effect); });

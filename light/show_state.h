@@ -31,8 +31,16 @@ struct ScreenState {
 struct TorchState {
   int currentLEDMode = 0;
   int currentLEDSpeed = 0;
+  /// The percentage speed of the torch mode in force.
+  int currentLEDPerc = 0;
+  /// Whether a torch effect may keep itself going.
   bool runLEDEffectAnimation = false;
+  /// The phase of the toggling effects.
   bool ledEffectOn = false;
+  /// The phase of the modes that each command toggles.
+  bool ledLastTurnOn = false;
+  /// The state last written to the torch.
+  bool torchIsOn = false;
   TimerId ledAnimationTimer = 0;
   TimerId ledStrobeAnimationTimer = 0;
 };
@@ -44,6 +52,8 @@ struct GoboState {
   /// Seconds that the first fade of the random pulse waits.
   float goboDelay = 0;
   bool goboIsAnimating = false;
+  /// The variant drawn last, from 1; 0 for none yet.
+  std::int64_t currentRandomIndex = 0;
 };
 
 struct VideoState {
@@ -52,6 +62,8 @@ struct VideoState {
   int currentVideoMilliseconds = 0;
   bool videoCanPlay = false;
   bool isCatchingUp = false;
+  /// Whether A is the active one of the two players.
+  bool isVideoAPlaying = false;
   TimerId videoPlayTimer = 0;
 };
 

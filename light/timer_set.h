@@ -18,11 +18,11 @@ class TimerSet {
   TimerSet(const TimerSet&) = delete;
   TimerSet& operator=(const TimerSet&) = delete;
 
-  TimerId after(Duration delay, Task task) { return keep(loop_.after(delay, std::move(task))); }
-  TimerId every(Duration interval, Task task) {
+  TimerId after(Duration delay, Task&& task) { return keep(loop_.after(delay, std::move(task))); }
+  TimerId every(Duration interval, Task&& task) {
     return keep(loop_.every(interval, std::move(task)));
   }
-  TimerId soon(Task task) { return keep(loop_.soon(std::move(task))); }
+  TimerId soon(Task&& task) { return keep(loop_.soon(std::move(task))); }
 
   /// Ends the timer that `named` names, if it still runs, and clears the name.
   void invalidate(TimerId& named);

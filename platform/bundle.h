@@ -28,6 +28,8 @@ class Bundle {
 struct Bundles {
   Bundle& main;
   Bundle& kit;
+  /// The application's private documents folder; empty for none.
+  std::string documents = {};
 };
 
 }  // namespace halvora

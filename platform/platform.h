@@ -10,14 +10,17 @@ class BluetoothCentral;
 class Calendar;
 class Haptics;
 class HttpClient;
+class ImageDecoder;
 class JsonReader;
 class Random;
 class RunLoop;
 class Screen;
 class SerialQueues;
+class Torch;
 class UserDefaults;
 class WallClock;
 struct Bundles;
+struct VideoPlayers;
 
 struct Platform {
   RunLoop& runLoop;
@@ -33,6 +36,9 @@ struct Platform {
   const Bundles& bundles;
   HttpClient& http;
   const JsonReader& json;
+  Torch& torch;
+  const ImageDecoder& images;
+  const VideoPlayers& videoPlayers;
 };
 
 }  // namespace halvora

@@ -9,15 +9,19 @@ VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
     : random(setup.random ? std::move(setup.random) : std::make_unique<SeededRandom>(1)),
       screen(setup.bounds, setup.brightness),
       bundles{setup.mainBundle != nullptr ? *setup.mainBundle : mainBundle,
-              setup.kitBundle != nullptr ? *setup.kitBundle : kitBundle},
-      json(reader) {
+              setup.kitBundle != nullptr ? *setup.kitBundle : kitBundle,
+              std::move(setup.documents)},
+      json(reader),
+      images(setup.images != nullptr ? *setup.images : noPictures) {
+  torch.isFitted = setup.hasTorch;
+  torch.isFlashFitted = setup.hasTorch;
   bluetooth.setAuthorization(setup.authorization);
   bluetooth.setState(setup.state);
 }
 
 Platform VirtualPhone::platform() {
-  return {loop,    queues,      wallClock, calendar, *random, bluetooth, screen,
-          haptics, application, defaults,  bundles,  http,    json};
+  return {loop,        queues,   wallClock, calendar, *random, bluetooth, screen, haptics,
+          application, defaults, bundles,   http,     json,    torch,     images, videoPlayers};
 }
 
 }  // namespace halvora

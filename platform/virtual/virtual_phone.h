@@ -4,12 +4,14 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "platform/json.h"
 #include "platform/platform.h"
 #include "platform/standard/seeded_random.h"
 #include "platform/virtual/virtual_bluetooth.h"
 #include "platform/virtual/virtual_devices.h"
+#include "platform/virtual/virtual_media.h"
 #include "platform/virtual/virtual_run_loop.h"
 #include "platform/virtual/virtual_storage.h"
 
@@ -25,6 +27,11 @@ struct VirtualPhoneSetup {
   /// The bundles to use in place of the phone's own, which are empty; they must outlive the phone.
   Bundle* mainBundle = nullptr;
   Bundle* kitBundle = nullptr;
+  /// The phone's private documents folder; empty for none.
+  std::string documents = {};
+  /// Null for a decoder that knows no picture; must outlive the phone.
+  const ImageDecoder* images = nullptr;
+  bool hasTorch = true;
 };
 
 class VirtualPhone {
@@ -50,6 +57,14 @@ class VirtualPhone {
   Bundles bundles;
   VirtualHttp http;
   const JsonReader& json;
+  VirtualTorch torch;
+  NoPictures noPictures;
+  const ImageDecoder& images;
+  /// What either player was asked to do, in order.
+  Log<VideoEvent> videoLog;
+  VirtualVideoPlayer playerA{loop, 'A', videoLog};
+  VirtualVideoPlayer playerB{loop, 'B', videoLog};
+  VideoPlayers videoPlayers{playerA, playerB};
 };
 
 }  // namespace halvora

@@ -47,6 +47,18 @@ std::optional<std::uint64_t> decimal(std::string_view text, std::uint64_t larges
   return value;
 }
 
+// A number as JSON writes it, and nothing around it.
+std::optional<double> plainNumber(const std::string& text) {
+  const auto list = RapidJsonReader().parse("[" + text + "]", nullptr);
+  const bool isBare = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
+  if (!isBare || !list || list->array()->size() != 1) return std::nullopt;
+  return list->array()->front().number();
+}
+
+CommandResult notHexadecimal(const std::string& text) {
+  return unusable("\"" + text + "\" is not whole bytes as hexadecimal digits");
+}
+
 struct DecodeCommand {
   std::vector<std::string> packets;
 
@@ -58,7 +70,7 @@ struct DecodeCommand {
     std::string lines;
     for (const std::string& packet : packets) {
       const auto data = bytesOfHex(packet);
-      if (!data) return unusable("\"" + packet + "\" is not whole bytes as hexadecimal digits");
+      if (!data) return notHexadecimal(packet);
       lines += describePacket(*data);
     }
     return writeAll(lines, output);
@@ -95,16 +107,15 @@ struct EncodeCommand {
 
 struct TraceCommand {
   std::string file;
-  std::string documents;
   std::string chance = "1";
-  double until = 0;
+  std::string until;
   TraceOptions options;
 
   void describe(CLI::App& app) {
     app.add_option("SCENARIO", file, "JSON Lines file of what happens around the phone")
         ->required();
     app.add_option("--assets", options.assets, "folder that holds HVAssets (default: none)");
-    app.add_option("--documents", documents,
+    app.add_option("--documents", options.documents,
                    "the phone's private documents folder (default: an empty one)");
     app.add_option("--random", chance,
                    "how draws fall: min, max, or the seed of a generator (default: 1)");
@@ -116,9 +127,8 @@ struct TraceCommand {
     app.footer(
         "Each line of the scenario is an object with \"at\" (seconds) and one of: device, start, "
         "bluetooth,\npacket (with every and until to repeat it), app, defaults, precompute, "
-        "invalidate, playVideo.\nTorch, gobo pictures, notices, clips and seat tables are not "
-        "built "
-        "yet and print nothing.");
+        "invalidate, playVideo.\nSeat tables are not built yet: precompute and invalidate do "
+        "nothing.");
   }
 
   std::unique_ptr<Random> random() const {
@@ -133,22 +143,24 @@ struct TraceCommand {
     return seed ? std::make_unique<SeededRandom>(*seed) : nullptr;
   }
 
-  CommandResult run(const CLI::App& app, const Output& output) {
+  CommandResult run(const CLI::App& app, const ImageDecoder& images, const Output& output) {
     std::error_code error;
     if (!options.assets.empty() && !std::filesystem::is_directory(options.assets, error)) {
       return unusable(options.assets + ": no such folder (--assets)");
     }
-    if (!documents.empty() && std::filesystem::exists(documents, error) &&
-        !std::filesystem::is_directory(documents, error)) {
-      return unusable(documents + ": not a folder (--documents)");
+    if (!options.documents.empty() && std::filesystem::exists(options.documents, error) &&
+        !std::filesystem::is_directory(options.documents, error)) {
+      return unusable(options.documents + ": not a folder (--documents)");
     }
     auto drawn = random();
     if (!drawn)
       return unusable("--random must be min, max or a whole number, not \"" + chance + "\"");
     if (app.count("--until") > 0) {
-      if (!(until >= 0 && until <= kLatestEnd))
-        return unusable("--until must be seconds, 0 or more");
-      options.until = fromSeconds(until);
+      const std::optional<double> seconds = plainNumber(until);
+      if (!seconds || *seconds < 0 || *seconds > kLatestEnd) {
+        return unusable("--until must be seconds, 0 or more, not \"" + until + "\"");
+      }
+      options.until = fromSeconds(*seconds);
     }
 
     const auto text = readFile(file, kLargestScenario);
@@ -160,7 +172,7 @@ struct TraceCommand {
     }
     bool isWritable = true;
     const bool ended =
-        runTrace(std::get<Scenario>(parsed), options, std::move(drawn), json,
+        runTrace(std::get<Scenario>(parsed), options, std::move(drawn), {json, images},
                  [&](std::string_view lines) { isWritable = isWritable && output(lines); });
     if (!isWritable) return {1, "standard output cannot be written"};
     if (!ended) return {1, file + ": the phone never comes to rest"};
@@ -168,12 +180,16 @@ struct TraceCommand {
   }
 };
 
-// The library may explain itself at length; a script wants one line.
-std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+// A complaint is one line, whatever a file name or an argument in it holds.
+std::string oneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char character) { return static_cast<unsigned char>(character) < ' '; }, '?');
+  return text;
+}
 
-}  // namespace
-
-CommandResult runCommand(int argumentCount, const char* const* arguments, const Output& output) {
+CommandResult run(int argumentCount, const char* const* arguments, const ImageDecoder& images,
+                  const Output& output) {
   CLI::App app(
       "Looks at light show packets and says, to the millisecond, what a phone does with them.",
       "halvora");
@@ -196,11 +212,29 @@ CommandResult runCommand(int argumentCount, const char* const* arguments, const 
   } catch (const CLI::CallForHelp&) {
     return writeAll(app.help(), output);
   } catch (const CLI::ParseError& error) {
-    return unusable(firstLine(error.what()) + " (see --help)");
+    // The library may explain itself at length; its first line says what is wrong.
+    const std::string what = error.what();
+    return unusable(what.substr(0, what.find('\n')) + " (see --help)");
   }
-  if (decodeApp->parsed()) return decode.run(output);
+  if (decodeApp->parsed()) {
+    // The library takes brackets for a list of its own and drops them; here they are just no
+    // digits.
+    const auto* const end = arguments + argumentCount;
+    const auto* const bracket = std::find_if(
+        arguments, end, [](std::string_view argument) { return argument.starts_with('['); });
+    return bracket != end ? notHexadecimal(*bracket) : decode.run(output);
+  }
   if (encodeApp->parsed()) return encode.run(*encodeApp, output);
-  return trace.run(*traceApp, output);
+  return trace.run(*traceApp, images, output);
+}
+
+}  // namespace
+
+CommandResult runCommand(int argumentCount, const char* const* arguments,
+                         const ImageDecoder& images, const Output& output) {
+  CommandResult result = run(argumentCount, arguments, images, output);
+  result.error = oneLine(std::move(result.error));
+  return result;
 }
 
 }  // namespace halvora

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/image.h"
+
 namespace halvora {
 
 /// Takes text for standard output; false when it cannot be written.
@@ -18,6 +20,8 @@ struct CommandResult {
   std::string error;
 };
 
-CommandResult runCommand(int argumentCount, const char* const* arguments, const Output& output);
+/// `images` reads the stills of torch pixel maps.
+CommandResult runCommand(int argumentCount, const char* const* arguments,
+                         const ImageDecoder& images, const Output& output);
 
 }  // namespace halvora

@@ -10,11 +10,11 @@ namespace halvora {
 namespace {
 
 std::string refusalOf(std::span<const std::uint8_t> data, BroadcastFormat format) {
-  if (format == BroadcastFormat::tooShort) {
+  if (format == BroadcastFormat::tooShort || data.size() < sizeof kCompanyPrefix) {
     return "only " + std::to_string(data.size()) + " bytes; a show packet has 26 or more";
   }
-  return "another company prefix: " +
-         NSDataToHex(data.first(std::min<std::size_t>(data.size(), 2))) + " instead of 09C9";
+  return "another company prefix: " + NSDataToHex(data.first(sizeof kCompanyPrefix)) +
+         " instead of 09C9";
 }
 
 }  // namespace

@@ -66,6 +66,7 @@ VirtualPhoneSetup setupOf(const ScenarioDevice& device, std::unique_ptr<Random> 
   setup.bounds = device.bounds;
   setup.authorization = device.authorization;
   setup.state = device.state;
+  setup.hasTorch = device.torch;
   setup.random = std::move(random);
   return setup;
 }

@@ -26,19 +26,21 @@ const UsageEndpoints& traceEndpoints() {
 }  // namespace
 
 bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique_ptr<Random> random,
-              const JsonReader& json, const std::function<void(std::string_view)>& write) {
+              const TraceLibraries& libraries, const std::function<void(std::string_view)>& write) {
   // Without string tables, so that a trace is the same on every machine.
   FolderBundle mainBundle(options.assets, "com.example.host");
   VirtualPhoneSetup setup = setupOf(scenario.device, std::move(random));
   setup.mainBundle = &mainBundle;
-  VirtualPhone phone(json, std::move(setup));
+  setup.documents = options.documents;
+  setup.images = &libraries.images;
+  VirtualPhone phone(libraries.json, std::move(setup));
   // A trace never reads these two, and a long show would fill them.
   phone.bluetooth.log.isKept = false;
   phone.queues.log.isKept = false;
 
   HalvoraViewController engine(phone.platform(), {traceEndpoints()});
   engine.setAllowedTransmitterIds(options.allowedTransmitterIds);
-  TraceWriter writer(phone, engine, write);
+  TraceWriter writer(phone, engine, {options.assets, options.documents}, write);
   phone.loop.onTurnEnded([&writer] { writer.turnEnded(); });
 
   const ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};

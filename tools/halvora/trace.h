@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/image.h"
 #include "platform/json.h"
 #include "platform/random.h"
 #include "platform/time.h"
@@ -19,15 +20,23 @@ namespace halvora {
 struct TraceOptions {
   /// The folder that holds HVAssets; empty for none.
   std::string assets;
+  /// The phone's private documents folder; empty for none.
+  std::string documents;
   std::vector<std::string> allowedTransmitterIds;
   /// Turns due at this time still run; without it the trace ends 10 s after the last action.
   std::optional<Duration> until;
+};
+
+/// What a trace reads files with.
+struct TraceLibraries {
+  const JsonReader& json;
+  const ImageDecoder& images;
 };
 
 /// Writes JSON Lines through `write`, one or more whole lines a call. The engine draws from
 /// `random`. False if the phone came to an instant at which its turns never end; what it did before
 /// that has been written.
 bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique_ptr<Random> random,
-              const JsonReader& json, const std::function<void(std::string_view)>& write);
+              const TraceLibraries& libraries, const std::function<void(std::string_view)>& write);
 
 }  // namespace halvora

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/trace_writer.h"
 
+#include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <utility>
 
 namespace halvora {
@@ -17,16 +19,41 @@ constexpr std::array kTracedViews = {
     ViewId::playerViewA,       ViewId::playerViewB,
 };
 
+// What the gobo view holds from the start, where the asset tree has it.
+constexpr const char* kFirstGobo = "HVAssets/Gobos/1.png";
+
+// A path without the folder that it lies in; the innermost where one of the folders lies in
+// another.
+std::string relativeTo(const TraceFolders& folders, const std::string& path) {
+  std::size_t prefix = 0;
+  for (const std::string& folder : {folders.assets, folders.documents}) {
+    if (!folder.empty() && path.starts_with(folder + "/")) {
+      prefix = std::max(prefix, folder.size() + 1);
+    }
+  }
+  return path.substr(prefix);
+}
+
 constexpr const char* nameOf(HapticAct act) {
   constexpr const char* kNames[] = {"light", "heavy", "sound", "dispose"};
   return kNames[static_cast<std::size_t>(act)];
 }
 
+constexpr const char* nameOf(VideoAct act) {
+  constexpr const char* kNames[] = {"load", "play", "pause", "seek"};
+  return kNames[static_cast<std::size_t>(act)];
+}
+
 }  // namespace
 
-TraceWriter::TraceWriter(VirtualPhone& phone, HalvoraViewController& engine,
+TraceWriter::TraceWriter(VirtualPhone& phone, HalvoraViewController& engine, TraceFolders folders,
                          std::function<void(std::string_view)> write)
-    : phone_(phone), engine_(engine), write_(std::move(write)) {
+    : phone_(phone), engine_(engine), folders_(std::move(folders)), write_(std::move(write)) {
+  std::error_code error;
+  if (!folders_.assets.empty() &&
+      std::filesystem::is_regular_file(folders_.assets + "/" + kFirstGobo, error)) {
+    goboWritten_ = kFirstGobo;
+  }
   lightWritten_ = colourText(engine_.views().lightColour());
   for (const ViewId view : kTracedViews) {
     alphas_[indexOf(view)].written = levelText(engine_.views().alpha(view));
@@ -47,6 +74,7 @@ void TraceWriter::alphaChanged(ViewId view, double /*alpha*/, Duration duration)
 
 void TraceWriter::textChanged(ViewId view, const std::string& /*text*/) {
   if (view == ViewId::fpsLabel) isTextTouched_ = true;
+  if (view == ViewId::goboImage) isGoboTouched_ = true;
 }
 
 void TraceWriter::lightChanged(const MaybeColour& /*colour*/) { isLightTouched_ = true; }
@@ -64,7 +92,9 @@ void TraceWriter::turnEnded() {
     finish(line().add("callback", callback));
   writeLight();
   writeViews();
+  writeGobo();
   writeDevices();
+  writeVideo();
   writeDefaults();
 }
 
@@ -115,7 +145,36 @@ void TraceWriter::writeViews() {
   fpsTextWritten_ = fpsText;
 }
 
+void TraceWriter::writeGobo() {
+  if (!std::exchange(isGoboTouched_, false)) return;
+  std::string gobo = relativeTo(folders_, engine_.views().text(ViewId::goboImage));
+  if (gobo == goboWritten_) return;
+  JsonLine& json = line();
+  if (gobo.empty()) {
+    json.addNull("gobo");
+  } else {
+    json.add("gobo", gobo);
+  }
+  finish(json);
+  goboWritten_ = std::move(gobo);
+}
+
+void TraceWriter::writeVideo() {
+  for (const VideoEvent& event : phone_.videoLog.drain()) {
+    JsonLine object;
+    object.begin().add("player", std::string_view(&event.player, 1)).add("act", nameOf(event.act));
+    if (event.act == VideoAct::load) object.add("item", event.item);
+    if (event.act == VideoAct::seek) object.addLevel("seconds", toSeconds(event.position));
+    std::string_view text = object.end();
+    text.remove_suffix(1);
+    finish(line().addRaw("video", text));
+  }
+}
+
 void TraceWriter::writeDevices() {
+  phone_.torch.log.drain();
+  writeFlag("torch", phone_.torch.isOn, torchWritten_);
+
   for (const double level : phone_.screen.log.drain()) finish(line().addLevel("brightness", level));
   for (const HapticAct act : phone_.haptics.log.drain()) finish(line().add("haptic", nameOf(act)));
   for (const std::string& url : phone_.http.log.drain()) finish(line().add("get", url));

@@ -17,9 +17,15 @@
 
 namespace halvora {
 
+/// Where the phone's pictures may lie; the trace names them relative to these. Empty for none.
+struct TraceFolders {
+  std::string assets;
+  std::string documents;
+};
+
 class TraceWriter final : private ViewObserver {
  public:
-  TraceWriter(VirtualPhone& phone, HalvoraViewController& engine,
+  TraceWriter(VirtualPhone& phone, HalvoraViewController& engine, TraceFolders folders,
               std::function<void(std::string_view)> write);
   ~TraceWriter() override;
   TraceWriter(const TraceWriter&) = delete;
@@ -50,12 +56,15 @@ class TraceWriter final : private ViewObserver {
   void finish(JsonLine& line) { write_(line.end()); }
   void writeLight();
   void writeViews();
+  void writeGobo();
   void writeDevices();
+  void writeVideo();
   void writeDefaults();
   void writeFlag(const char* key, bool value, bool& written);
 
   VirtualPhone& phone_;
   HalvoraViewController& engine_;
+  TraceFolders folders_;
   std::function<void(std::string_view)> write_;
   JsonLine line_;
   std::vector<LightAct> lightActs_;
@@ -64,8 +73,11 @@ class TraceWriter final : private ViewObserver {
   bool isLightTouched_ = false;
   bool isAlphaTouched_ = false;
   bool isTextTouched_ = false;
+  bool isGoboTouched_ = false;
   std::string lightWritten_;
   std::string fpsTextWritten_;
+  std::string goboWritten_;
+  bool torchWritten_ = false;
   bool statusBarWritten_ = false;
   bool idleTimerWritten_ = false;
   bool insideVenueWritten_ = false;

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "light/bitmap.h"
+
+#include <cstdio>
+#include <new>
+#include <utility>
+
+namespace halvora {
+
+namespace {
+
+constexpr std::size_t kBytesPerPixel = 4;
+
+// Rounded to the nearest level.
+std::uint8_t premultiplied(std::uint8_t level, std::uint8_t alpha) {
+  return static_cast<std::uint8_t>((level * alpha + 127) / 255);
+}
+
+}  // namespace
+
+std::unique_ptr<std::uint8_t[]> BitmapSystem::allocate(std::size_t bytes) {
+  return std::unique_ptr<std::uint8_t[]>(new (std::nothrow) std::uint8_t[bytes]());
+}
+
+bool BitmapSystem::makeContext(std::uint32_t width, std::uint32_t height) {
+  return width > 0 && height > 0;
+}
+
+const std::uint8_t* BitmapContext::pixelAt(std::int64_t column, std::int64_t row) const {
+  if (column < 0 || row < 0 || column >= width || row >= height) return nullptr;
+  return data.get() + static_cast<std::size_t>(row) * bytesPerRow +
+         static_cast<std::size_t>(column) * kBytesPerPixel;
+}
+
+std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image,
+                                                              BitmapSystem& system) {
+  if (!system.makeDeviceRGBColourSpace()) {
+    std::fputs("Error allocating color space\n", stderr);
+    return std::nullopt;
+  }
+  const std::size_t bytesPerRow = image.width * kBytesPerPixel;
+  auto data = system.allocate(bytesPerRow * image.height);
+  if (!data) {
+    std::fputs("Memory not allocated!", stderr);
+    return std::nullopt;
+  }
+  if (!system.makeContext(image.width, image.height)) {
+    std::fputs("Context not created!", stderr);
+    return std::nullopt;
+  }
+  return BitmapContext{image.width, image.height, bytesPerRow, std::move(data)};
+}
+
+std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image) {
+  BitmapSystem system;
+  return createARGBBitmapContextFromImage(image, system);
+}
+
+void drawImage(const Image& image, BitmapContext& context) {
+  const std::size_t pixels = std::size_t{image.width} * image.height;
+  const std::uint8_t* from = image.rgba.data();
+  std::uint8_t* to = context.data.get();
+  for (std::size_t at = 0; at < pixels; ++at, from += kBytesPerPixel, to += kBytesPerPixel) {
+    const std::uint8_t alpha = from[3];
+    to[0] = alpha;
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+      to[channel + 1] = premultiplied(from[channel], alpha);
+    }
+  }
+}
+
+}  // namespace halvora

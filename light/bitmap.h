@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// Pictures as plain bytes to read pixels from: 8 bits a channel, premultiplied, alpha first.
+// Stateless; any thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "platform/image.h"
+
+namespace halvora {
+
+/// The steps of making a bitmap that can fail on a phone; each is asked once, in this order. The
+/// default ones use the heap.
+class BitmapSystem {
+ public:
+  virtual ~BitmapSystem() = default;
+  virtual bool makeDeviceRGBColourSpace() { return true; }
+  /// Null when there is no memory.
+  virtual std::unique_ptr<std::uint8_t[]> allocate(std::size_t bytes);
+  virtual bool makeContext(std::uint32_t width, std::uint32_t height);
+};
+
+/// A bitmap and the memory it owns: width × 4 bytes a row; a pixel is alpha, red, green, blue.
+struct BitmapContext {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::size_t bytesPerRow = 0;
+  std::unique_ptr<std::uint8_t[]> data;
+
+  /// The four bytes of a pixel inside the bitmap; null outside of it.
+  const std::uint8_t* pixelAt(std::int64_t column, std::int64_t row) const;
+};
+
+/// An empty bitmap of the image's size, or none, with one of three texts on standard error that say
+/// what failed.
+std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image,
+                                                              BitmapSystem& system);
+std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image);
+
+/// Draws the whole image over the whole bitmap, which has the image's size.
+void drawImage(const Image& image, BitmapContext& context);
+
+}  // namespace halvora

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "light/display_list.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace halvora {
+
+namespace {
+
+double visible(const ViewStack& views, ViewId view) {
+  return views.isHidden(view) ? 0 : std::clamp(views.shownAlpha(view), 0.0, 1.0);
+}
+
+// The colour at that share of its strength, in the range that every screen can show.
+Colour scaled(const Colour& colour, double share) {
+  const auto level = [share](float channel) {
+    return std::clamp(channel * static_cast<float>(share), 0.0F, 1.0F);
+  };
+  return {level(colour.red), level(colour.green), level(colour.blue), 1};
+}
+
+constexpr bool isBelowDimmer(ViewId view) { return indexOf(view) < indexOf(ViewId::dimmerView); }
+
+// What lies in the table between the light and the top, apart from the dimmer.
+constexpr bool isListed(ViewId view) {
+  return view > ViewId::lightView && view != ViewId::dimmerView &&
+         rowOf(view).content != ViewContent::video;
+}
+
+}  // namespace
+
+DisplayList displayListOf(const ViewStack& views, Size container) {
+  DisplayList list;
+  const double shown = visible(views, ViewId::container);
+  if (shown <= 0) return list;
+  const double lit = 1 - visible(views, ViewId::dimmerView);
+  const Colour light = views.shownLight().value_or(views::kClear);
+  const double share = lit * visible(views, ViewId::lightView) * static_cast<double>(light.alpha);
+  list.push_back({ViewContent::fill, frameOf(ViewId::container, container), scaled(light, share),
+                  shown, "", 0});
+
+  std::array<double, kViewCount> opacities{shown};
+  for (std::size_t at = 1; at < kViewCount; ++at) {
+    const auto view = static_cast<ViewId>(at);
+    const ViewRow& row = rowOf(view);
+    opacities[at] = opacities[indexOf(row.parent)] * visible(views, view);
+    if (!isListed(view)) continue;
+    const bool isImage = row.content == ViewContent::image;
+    const Colour& colour = isImage ? kWhite : row.colour;
+    const double opacity = opacities[at] * static_cast<double>(colour.alpha);
+    const std::string& text = views.text(view);
+    if (opacity <= 0 || (row.content != ViewContent::fill && text.empty())) continue;
+    list.push_back({row.content, frameOf(view, container),
+                    scaled(colour, isBelowDimmer(view) ? lit : 1), opacity, text, row.fontSize});
+  }
+  return list;
+}
+
+}  // namespace halvora

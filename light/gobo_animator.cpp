@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "light/gobo_animator.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+#include "light/mode_tables.h"
+#include "platform/text.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr std::string_view kExtension = ".png";
+
+bool isFile(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(path, error);
+}
+
+}  // namespace
+
+std::optional<std::int64_t> variantsNamedBy(std::string_view name, int gobo) {
+  if (!name.starts_with(std::to_string(gobo) + "_1")) return std::nullopt;
+  const std::size_t first = name.find('_');
+  const std::size_t second = name.find('_', first + 1);
+  const bool hasThreeParts =
+      second != std::string_view::npos && name.find('_', second + 1) == std::string_view::npos;
+  return hasThreeParts ? integerValue(name.substr(second + 1)) : -1;
+}
+
+void GoboAnimator::build(GoboFolders folders) {
+  folders_ = std::move(folders);
+  show(folders_.bundle.empty() ? "" : folders_.bundle + "/1" + std::string(kExtension));
+}
+
+void GoboAnimator::changeGobo() {
+  const std::string name = "/" + std::to_string(state_.currentGobo) + std::string(kExtension);
+  if (!folders_.documents.empty() && isFile(folders_.documents + name)) {
+    return show(folders_.documents + name);
+  }
+  for (const std::string& folder : {folders_.documents, folders_.bundle}) {
+    if (const auto count = variantsIn(folder)) return show(drawVariant(folder, *count));
+  }
+  show(folders_.bundle.empty() ? "" : folders_.bundle + name);
+}
+
+// Systems list a folder in any order; by taking the greatest name for the last one every phone of a
+// venue agrees.
+std::optional<std::int64_t> GoboAnimator::variantsIn(const std::string& folder) const {
+  std::optional<std::int64_t> count;
+  if (folder.empty()) return count;
+  std::string lastName;
+  std::error_code error;
+  std::filesystem::directory_iterator entry(folder, error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    std::string name = entry->path().filename().string();
+    const auto variants = variantsNamedBy(name, state_.currentGobo);
+    if (!variants) continue;
+    if (!count) count = 0;
+    if (*variants < 0 || name < lastName) continue;
+    count = variants;
+    lastName = std::move(name);
+  }
+  return count;
+}
+
+std::string GoboAnimator::drawVariant(const std::string& folder, std::int64_t count) {
+  const auto bound = static_cast<std::uint32_t>(std::clamp<std::int64_t>(count, 0, UINT32_MAX));
+  const std::int64_t drawn = random_.below(bound);
+  std::int64_t variant = drawn + 1;
+  if (variant == state_.currentRandomIndex) variant = drawn == 0 ? 2 : drawn;
+  state_.currentRandomIndex = variant;
+  return folder + "/" + std::to_string(state_.currentGobo) + "_" + std::to_string(variant) + "_" +
+         std::to_string(count) + std::string(kExtension);
+}
+
+void GoboAnimator::show(const std::string& path) {
+  views_.setText(ViewId::goboImage, isFile(path) ? path : std::string());
+}
+
+Duration GoboAnimator::fade() const {
+  return milliseconds(kGoboFade.at(percentageSpeed(state_.currentGoboSpeed)));
+}
+
+void GoboAnimator::goboPulse() {
+  views_.removeAnimations(ViewId::goboView);
+  pulse(kGoboPulseMode, Duration::zero());
+}
+
+void GoboAnimator::goboPulseRandom() {
+  pulse(kGoboRandomPulseMode, fromSeconds(static_cast<double>(state_.goboDelay)));
+}
+
+void GoboAnimator::pulse(std::uint32_t mode, Duration delay) {
+  state_.goboIsAnimating = true;
+  if (views_.alpha(ViewId::goboView) != 1) {
+    changeGobo();
+    return fadeIn(mode, delay);
+  }
+  views_.animateAlpha({{ViewId::goboView, 0}}, {.duration = fade(), .delay = delay},
+                      [this, mode](bool) {
+                        changeGobo();
+                        fadeIn(mode, Duration::zero());
+                      });
+}
+
+void GoboAnimator::fadeIn(std::uint32_t mode, Duration delay) {
+  views_.animateAlpha({{ViewId::goboView, 1}}, {.duration = fade(), .delay = delay},
+                      [this, mode](bool finished) { endCycle(mode, finished); });
+}
+
+void GoboAnimator::endCycle(std::uint32_t mode, bool finished) {
+  const bool isRandom = mode == kGoboRandomPulseMode;
+  if (finished && state_.currentGoboMode == mode) {
+    if (isRandom) {
+      state_.goboDelay = 0;
+      goboPulseRandom();
+    } else {
+      goboPulse();
+    }
+  }
+  if (finished || !isRandom) state_.goboIsAnimating = false;
+}
+
+}  // namespace halvora

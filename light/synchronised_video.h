@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+// Clips that every phone plays in step: two players take turns, each new clip is prepared on the
+// one that is not showing and started, once it is ready, at the show's position plus a lead. Owned
+// by the engine; main thread.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "light/show_parts.h"
+#include "light/show_state.h"
+#include "light/view_stack.h"
+#include "platform/video_player.h"
+
+namespace halvora {
+
+class SynchronisedVideo final : public VideoPart {
+ public:
+  SynchronisedVideo(VideoState& state, ViewStack& views, TimerSet& timers,
+                    const VideoPlayers& players)
+      : state_(state), views_(views), timers_(timers), players_(players) {}
+
+  /// Takes the folder that clips lie in, as NAME.mp4.
+  void build(std::string folder) { folder_ = std::move(folder); }
+
+  void playVideo(const std::string& name) override;
+  void pausePlayers() override;
+  /// Looks every 10 ms whether the active player can start.
+  void videoPlayWait();
+  /// Seeks and starts the active player if it is ready and the show lets it.
+  void startVideo();
+
+ private:
+  VideoPlayer& active() const { return state_.isVideoAPlaying ? players_.a : players_.b; }
+  VideoPlayer& inactive() const { return state_.isVideoAPlaying ? players_.b : players_.a; }
+  VideoItem getPlayerItem(const std::string& name) const;
+
+  VideoState& state_;
+  ViewStack& views_;
+  TimerSet& timers_;
+  VideoPlayers players_;
+  std::string folder_;
+  /// A seek may complete after the engine is gone.
+  std::shared_ptr<const bool> isAlive_ = std::make_shared<const bool>(true);
+};
+
+}  // namespace halvora

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/image/picture_decoder.h"
+
+#include <cstring>
+#include <memory>
+
+#include <png.h>
+#include <turbojpeg.h>
+
+namespace halvora {
+
+namespace {
+
+constexpr std::size_t kBytesPerPixel = 4;
+
+bool isAllowed(std::uint64_t width, std::uint64_t height) {
+  return width > 0 && height > 0 && width <= ImageDecoder::kMostPixels / height;
+}
+
+Image emptyImage(std::uint32_t width, std::uint32_t height) {
+  return {width, height, std::vector<std::uint8_t>(std::size_t{width} * height * kBytesPerPixel)};
+}
+
+std::optional<Image> decodeJpeg(std::string_view bytes) {
+  const std::unique_ptr<void, int (*)(tjhandle)> handle(tjInitDecompress(), tjDestroy);
+  if (!handle) return std::nullopt;
+  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+  int width = 0;
+  int height = 0;
+  int subsampling = 0;
+  int colourSpace = 0;
+  if (tjDecompressHeader3(handle.get(), data, bytes.size(), &width, &height, &subsampling,
+                          &colourSpace) != 0 ||
+      width <= 0 || height <= 0 ||
+      !isAllowed(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height))) {
+    return std::nullopt;
+  }
+  Image image = emptyImage(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
+  // A warning means that the data ended early or is damaged; half a picture is none.
+  const int flags = TJFLAG_ACCURATEDCT | TJFLAG_STOPONWARNING;
+  if (tjDecompress2(handle.get(), data, bytes.size(), image.rgba.data(), width, 0, height,
+                    TJPF_RGBA, flags) != 0) {
+    return std::nullopt;
+  }
+  return image;
+}
+
+std::optional<Image> decodePng(std::string_view bytes) {
+  png_image png;
+  std::memset(&png, 0, sizeof png);
+  png.version = PNG_IMAGE_VERSION;
+  if (png_image_begin_read_from_memory(&png, bytes.data(), bytes.size()) == 0) return std::nullopt;
+  const std::unique_ptr<png_image, void (*)(png_imagep)> release(&png, png_image_free);
+  if (!isAllowed(png.width, png.height)) return std::nullopt;
+  png.format = PNG_FORMAT_RGBA;
+  Image image = emptyImage(png.width, png.height);
+  if (png_image_finish_read(&png, nullptr, image.rgba.data(), 0, nullptr) == 0) {
+    return std::nullopt;
+  }
+  return image;
+}
+
+}  // namespace
+
+std::optional<Image> PictureDecoder::decode(std::string_view bytes) const {
+  if (bytes.starts_with("\xFF\xD8\xFF")) return decodeJpeg(bytes);
+  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return decodePng(bytes);
+  return std::nullopt;
+}
+
+}  // namespace halvora

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// Draws display lists with Qt's painter: whole, for pictures that need no window, and single labels
+// and pictures for the scene graph. Stateless; any thread with an application object.
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QPainter>
+#include <QRectF>
+
+#include "light/display_list.h"
+
+namespace halvora {
+
+QRectF rectOf(const Rect& rect);
+/// Opaque.
+QColor colourOf(const Colour& colour);
+
+/// Draws in the container's coordinates. A picture whose file cannot be read is left out.
+void paintDisplayList(QPainter& painter, const DisplayList& list);
+
+/// A label or a picture as it looks when it is not translucent; the image is null where there is
+/// nothing to be seen.
+struct Raster {
+  QImage image;
+  QRectF frame;
+};
+Raster rasterOf(const DisplayItem& item, qreal pixelsPerPoint);
+
+}  // namespace halvora

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/qt/light_surface.h"
+
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGNode>
+#include <QSGRectangleNode>
+#include <utility>
+
+#include "platform/qt/display_painter.h"
+
+namespace halvora {
+
+namespace {
+
+// Has one child an item of the list that it drew last. It transforms nothing; but below a node
+// without any such role the software renderer draws children that come later in the wrong place.
+class ListNode final : public QSGTransformNode {
+ public:
+  DisplayList drawn;
+};
+
+// Whether the node of one item can show the other: a rectangle takes every colour, a label or a
+// picture is a texture that only its opacity leaves as it is.
+bool isSameNode(DisplayItem drawn, const DisplayItem& item) {
+  if (drawn.content == ViewContent::fill) return item.content == ViewContent::fill;
+  drawn.opacity = item.opacity;
+  return drawn == item;
+}
+
+void show(const DisplayItem& item, QSGNode& node) {
+  if (item.content != ViewContent::fill) {
+    static_cast<QSGOpacityNode&>(node).setOpacity(item.opacity);
+    return;
+  }
+  QColor colour = colourOf(item.colour);
+  colour.setAlphaF(static_cast<float>(item.opacity));
+  auto& rectangle = static_cast<QSGRectangleNode&>(node);
+  rectangle.setRect(rectOf(item.frame));
+  rectangle.setColor(colour);
+}
+
+}  // namespace
+
+LightSurface::LightSurface(QQuickItem* parent) : QQuickItem(parent) { setFlag(ItemHasContents); }
+
+LightSurface::~LightSurface() {
+  if (views_ != nullptr) views_->setObserver(nullptr);
+}
+
+void LightSurface::setViews(ViewStack* views) {
+  if (views_ != nullptr) views_->setObserver(nullptr);
+  views_ = views;
+  if (views_ != nullptr) views_->setObserver(this);
+  update();
+}
+
+void LightSurface::itemChange(ItemChange change, const ItemChangeData& data) {
+  if (change == ItemSceneChange) {
+    disconnect(frames_);
+    if (data.window != nullptr) {
+      frames_ =
+          connect(data.window, &QQuickWindow::afterAnimating, this, &LightSurface::frameBegins);
+    }
+  }
+  QQuickItem::itemChange(change, data);
+}
+
+void LightSurface::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+  QQuickItem::geometryChange(newGeometry, oldGeometry);
+  update();
+}
+
+// An update asked for here is drawn in this very frame, and brings on the next. One frame more than
+// the animations last: the values they end on have no change of their own.
+void LightSurface::frameBegins() {
+  const bool isAnimating = views_ != nullptr && views_->isAnimating();
+  if (isAnimating || wasAnimating_) update();
+  wasAnimating_ = isAnimating;
+}
+
+QSGNode* LightSurface::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
+  auto* root = static_cast<ListNode*>(node);
+  if (root == nullptr) root = new ListNode;
+  DisplayList list;
+  if (views_ != nullptr) list = displayListOf(*views_, {width(), height()});
+
+  QSGNode* child = root->firstChild();
+  for (std::size_t at = 0; at < list.size(); ++at) {
+    if (child == nullptr) {
+      child = makeNode(list[at]);
+      root->appendChildNode(child);
+    } else if (!isSameNode(root->drawn[at], list[at])) {
+      QSGNode* fresh = makeNode(list[at]);
+      root->insertChildNodeAfter(fresh, child);
+      delete child;
+      child = fresh;
+    }
+    show(list[at], *child);
+    child = child->nextSibling();
+  }
+  while (child != nullptr) delete std::exchange(child, child->nextSibling());
+  root->drawn = std::move(list);
+  return root;
+}
+
+QSGNode* LightSurface::makeNode(const DisplayItem& item) const {
+  if (item.content == ViewContent::fill) return window()->createRectangleNode();
+  auto* node = new QSGOpacityNode;
+  const Raster raster = rasterOf(item, window()->effectiveDevicePixelRatio());
+  if (raster.image.isNull()) return node;
+  QSGImageNode* image = window()->createImageNode();
+  image->setTexture(window()->createTextureFromImage(raster.image));
+  image->setOwnsTexture(true);
+  image->setFiltering(QSGTexture::Linear);
+  image->setRect(raster.frame);
+  node->appendChildNode(image);
+  return node;
+}
+
+}  // namespace halvora

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+// The QML item that shows a show: it draws the view stack that a host hands it, over its whole
+// size. It asks for a frame when the stack changes, and for one after another while an animation
+// runs; what a frame shows follows from its time alone. Main thread, but for the drawing itself,
+// which Qt does on its render thread while the main thread waits.
+#pragma once
+
+#include <QMetaObject>
+#include <QQuickItem>
+
+#include <qqmlregistration.h>
+
+#include "light/display_list.h"
+#include "light/view_stack.h"
+
+namespace halvora {
+
+class LightSurface : public QQuickItem, private ViewObserver {
+  Q_OBJECT
+  QML_ELEMENT
+
+ public:
+  explicit LightSurface(QQuickItem* parent = nullptr);
+  ~LightSurface() override;
+
+  /// Shows that stack from now on and takes the place of its observer; null shows nothing. The
+  /// stack must not go before another one, or null, was handed in.
+  void setViews(ViewStack* views);
+
+ protected:
+  void itemChange(ItemChange change, const ItemChangeData& data) override;
+  void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+  QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
+
+ private:
+  void alphaChanged(ViewId, double, Duration) override { update(); }
+  void hiddenChanged(ViewId, bool) override { update(); }
+  void textChanged(ViewId, const std::string&) override { update(); }
+  void lightChanged(const MaybeColour&) override { update(); }
+
+  void frameBegins();
+  QSGNode* makeNode(const DisplayItem& item) const;
+
+  ViewStack* views_ = nullptr;
+  QMetaObject::Connection frames_;
+  bool wasAnimating_ = false;
+};
+
+}  // namespace halvora

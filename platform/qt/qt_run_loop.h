@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+// The run loop need on Qt's event loop. All timers wait in one queue of their own, so that what is
+// due at one time runs in the order in which it was scheduled, and one Qt timer waits for the
+// earliest. Media time is the machine's steady clock. Belongs to the thread that made it, which
+// must run Qt's event loop; whoever posts from another thread must have stopped before it goes.
+#pragma once
+
+#include <QTimer>
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "platform/run_loop.h"
+#include "platform/standard/due_queue.h"
+
+namespace halvora {
+
+class QtRunLoop final : public RunLoop {
+ public:
+  QtRunLoop();
+  QtRunLoop(const QtRunLoop&) = delete;
+  QtRunLoop& operator=(const QtRunLoop&) = delete;
+
+  Duration now() const override;
+  TimerId after(Duration delay, Task&& task) override;
+  TimerId every(Duration interval, Task&& task) override;
+  TimerId soon(Task&& task) override;
+  void cancel(TimerId timer) override { queue_.cancel(timer); }
+  bool isPending(TimerId timer) const override { return queue_.isPending(timer); }
+  void post(Task&& task) override;
+
+ private:
+  TimerId schedule(Duration time, Duration interval, Task&& task);
+  void takePosted();
+  void runDue();
+  void waitForEarliest();
+
+  const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+  DueQueue queue_;
+  QTimer timer_;
+  /// What the timer waits for; none while it does not run.
+  std::optional<Duration> waitedFor_;
+  std::mutex postedMutex_;
+  std::vector<Task> posted_;
+};
+
+}  // namespace halvora

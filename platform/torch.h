@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+// The lamp beside the camera. Main thread.
+#pragma once
+
+namespace halvora {
+
+class Torch {
+ public:
+  virtual ~Torch() = default;
+  virtual bool hasTorch() const = 0;
+  virtual bool hasFlash() const = 0;
+  /// Takes the device for the write and lets it go again; where another application holds it,
+  /// nothing happens.
+  virtual void setOn(bool on) = 0;
+};
+
+}  // namespace halvora

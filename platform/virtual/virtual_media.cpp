@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/virtual/virtual_media.h"
+
+#include <utility>
+
+namespace halvora {
+
+void VirtualVideoPlayer::load(const VideoItem& item) {
+  item_ = item;
+  isPlaying = false;
+  log_.add({name_, VideoAct::load, item.name, {}});
+}
+
+void VirtualVideoPlayer::play() {
+  isPlaying = true;
+  log_.add({name_, VideoAct::play, {}, {}});
+}
+
+void VirtualVideoPlayer::pause() {
+  isPlaying = false;
+  log_.add({name_, VideoAct::pause, {}, {}});
+}
+
+void VirtualVideoPlayer::seek(Duration position, Task completion) {
+  log_.add({name_, VideoAct::seek, {}, position});
+  heldSeek_ = std::move(completion);
+  if (!holdsSeeks) loop_.soon([this] { completeSeek(); });
+}
+
+void VirtualVideoPlayer::completeSeek() {
+  if (Task completion = std::exchange(heldSeek_, {})) completion();
+}
+
+}  // namespace halvora
