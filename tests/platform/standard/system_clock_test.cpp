@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/standard/system_clock.h"
+
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <time.h>
+
+namespace halvora {
+namespace {
+
+/// The process lives in a time zone for the length of a test.
+class SystemCalendarTest : public testing::Test {
+ protected:
+  SystemCalendarTest() {
+    if (const char* zone = getenv("TZ")) before_ = zone;
+  }
+  ~SystemCalendarTest() override {
+    if (before_) {
+      liveIn(before_->c_str());
+    } else {
+      unsetenv("TZ");
+      tzset();
+    }
+  }
+  static void liveIn(const char* zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+  }
+
+  std::optional<std::string> before_;
+  SystemCalendar calendar_;
+};
+
+TEST_F(SystemCalendarTest, TellsTheDayOfTheProcessTimeZone) {
+  liveIn("UTC0");
+  EXPECT_EQ(calendar_.componentsOf(Date{1767225599.5}), (DayComponents{2025, 12, 31}));
+  EXPECT_EQ(calendar_.componentsOf(Date{1767225600}), (DayComponents{2026, 1, 1}));
+  liveIn("XXX-2");
+  EXPECT_EQ(calendar_.componentsOf(Date{1767225600 - 7200}), (DayComponents{2026, 1, 1}));
+  EXPECT_EQ(calendar_.componentsOf(Date{1767225600 - 7201}), (DayComponents{2025, 12, 31}));
+}
+
+TEST_F(SystemCalendarTest, KnowsTheTimeBefore1970) {
+  liveIn("UTC0");
+  EXPECT_EQ(calendar_.componentsOf(Date{-0.5}), (DayComponents{1969, 12, 31}));
+}
+
+}  // namespace
+}  // namespace halvora

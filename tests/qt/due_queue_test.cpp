@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/standard/due_queue.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+namespace halvora {
+namespace {
+
+struct DueQueueTest : testing::Test {
+  Task note(char name) {
+    return [this, name] { ran += name; };
+  }
+  // Runs everything that is due by `now`, as of that time.
+  void runAt(Duration now) {
+    for (auto time = queue.earliest(); time && *time <= now; time = queue.earliest()) {
+      queue.runEarliest(now);
+    }
+  }
+
+  DueQueue queue;
+  std::string ran;
+};
+
+TEST_F(DueQueueTest, EarlierOnesComeFirst) {
+  queue.schedule(milliseconds(30), {}, note('c'));
+  queue.schedule(milliseconds(10), {}, note('a'));
+  queue.schedule(milliseconds(20), {}, note('b'));
+  EXPECT_EQ(queue.earliest(), milliseconds(10));
+  runAt(milliseconds(20));
+  EXPECT_EQ(ran, "ab");
+  EXPECT_EQ(queue.earliest(), milliseconds(30));
+}
+
+TEST_F(DueQueueTest, OfOneTimeTheFirstScheduledComesFirst) {
+  queue.schedule(milliseconds(10), {}, note('b'));
+  queue.schedule(milliseconds(10), {}, note('c'));
+  queue.scheduleFirst(milliseconds(10), 7, note('a'));
+  runAt(milliseconds(10));
+  EXPECT_EQ(ran, "abc");
+  EXPECT_EQ(queue.earliest(), std::nullopt);
+}
+
+TEST_F(DueQueueTest, ARepeatingOneIsDueAtExactMultiples) {
+  queue.schedule(milliseconds(50), milliseconds(50), note('r'));
+  runAt(milliseconds(51));
+  EXPECT_EQ(queue.earliest(), milliseconds(100));
+  runAt(milliseconds(149));
+  EXPECT_EQ(queue.earliest(), milliseconds(150));
+  EXPECT_EQ(ran, "rr");
+}
+
+TEST_F(DueQueueTest, ARepeatingOneThatIsLateRunsOnceAndSkipsWhatItMissed) {
+  queue.schedule(milliseconds(50), milliseconds(50), note('r'));
+  runAt(milliseconds(270));
+  EXPECT_EQ(ran, "r");
+  EXPECT_EQ(queue.earliest(), milliseconds(300));
+}
+
+TEST_F(DueQueueTest, LateByWholeIntervalsItIsDueAfterNow) {
+  queue.schedule(milliseconds(50), milliseconds(50), note('r'));
+  runAt(milliseconds(200));
+  EXPECT_EQ(ran, "r");
+  EXPECT_EQ(queue.earliest(), milliseconds(250));
+}
+
+TEST_F(DueQueueTest, ARepeatingOneCountsAsScheduledWhenItLastRan) {
+  queue.schedule(milliseconds(50), milliseconds(50), note('r'));
+  queue.schedule(milliseconds(100), {}, note('o'));
+  runAt(milliseconds(50));
+  runAt(milliseconds(100));
+  EXPECT_EQ(ran, "ror");
+}
+
+TEST_F(DueQueueTest, ACancelledOneNeverRuns) {
+  const TimerId timer = queue.schedule(milliseconds(10), {}, note('a'));
+  queue.schedule(milliseconds(20), {}, note('b'));
+  EXPECT_TRUE(queue.isPending(timer));
+  queue.cancel(timer);
+  EXPECT_FALSE(queue.isPending(timer));
+  EXPECT_EQ(queue.earliest(), milliseconds(20));
+  runAt(milliseconds(20));
+  EXPECT_EQ(ran, "b");
+}
+
+TEST_F(DueQueueTest, ARepeatingOneMayCancelItself) {
+  TimerId timer = 0;
+  timer = queue.schedule(milliseconds(10), milliseconds(10), [this, &timer] {
+    ran += 'r';
+    if (ran.size() == 2) queue.cancel(timer);
+  });
+  runAt(milliseconds(10));
+  runAt(milliseconds(20));
+  runAt(milliseconds(30));
+  EXPECT_EQ(ran, "rr");
+  EXPECT_EQ(queue.earliest(), std::nullopt);
+}
+
+TEST_F(DueQueueTest, AnIdIsNotUsedAgain) {
+  const TimerId first = queue.schedule(milliseconds(10), {}, note('a'));
+  runAt(milliseconds(10));
+  const TimerId second = queue.schedule(milliseconds(20), {}, note('b'));
+  EXPECT_NE(first, second);
+  queue.cancel(first);
+  EXPECT_TRUE(queue.isPending(second));
+}
+
+// What a task holds may cancel timers while the task itself is being cancelled.
+TEST_F(DueQueueTest, ATaskThatGoesMayCancelOthers) {
+  struct Canceller {
+    DueQueue* queue;
+    TimerId other;
+    ~Canceller() { queue->cancel(other); }
+  };
+  const TimerId other = queue.schedule(milliseconds(10), {}, note('a'));
+  auto canceller = std::make_unique<Canceller>(Canceller{&queue, other});
+  const TimerId timer =
+      queue.schedule(milliseconds(10), {}, [kept = std::move(canceller)] { FAIL(); });
+  queue.cancel(timer);
+  EXPECT_FALSE(queue.isPending(other));
+  EXPECT_EQ(queue.earliest(), std::nullopt);
+}
+
+}  // namespace
+}  // namespace halvora

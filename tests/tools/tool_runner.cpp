@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/tools/tool_runner.h"
+
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include "tests/support/pixmap_decoder.h"
+#include "tools/halvora/commands.h"
+
+namespace halvora {
+
+ToolRun runTool(const std::vector<std::string>& arguments) {
+  std::vector<const char*> words{"halvora"};
+  for (const std::string& argument : arguments) words.push_back(argument.c_str());
+  ToolRun run;
+  const CommandResult result = runCommand(static_cast<int>(words.size()), words.data(),
+                                          PixmapDecoder(), [&run](std::string_view text) {
+                                            run.output += text;
+                                            return true;
+                                          });
+  run.status = result.status;
+  run.error = result.error;
+  return run;
+}
+
+std::vector<std::string> linesOf(std::string_view text) {
+  std::vector<std::string> lines;
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    lines.emplace_back(text.substr(0, end));
+    if (end == std::string_view::npos) {
+      lines.back() += " (not ended)";
+      break;
+    }
+    text.remove_prefix(end + 1);
+  }
+  return lines;
+}
+
+std::string flawOfRefusal(const ToolRun& run) {
+  if (run.status != 2) return "exit status " + std::to_string(run.status) + " instead of 2";
+  if (!run.output.empty()) return "on standard output: " + run.output;
+  if (run.error.empty()) return "nothing on standard error";
+  if (run.error.find('\n') != std::string::npos) return "more than one line: " + run.error;
+  return "";
+}
+
+std::string contentsOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  EXPECT_TRUE(stream.good()) << file << " cannot be read";
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::filesystem::path toolTests() {
+  return std::filesystem::path(HALVORA_SOURCE_DIR) / "tests" / "tools";
+}
+
+TestFolder::TestFolder() {
+  std::string name = (std::filesystem::temp_directory_path() / "halvora-XXXXXX").string();
+  EXPECT_NE(mkdtemp(name.data()), nullptr) << "no folder for the test";
+  path_ = name;
+}
+
+TestFolder::~TestFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::string TestFolder::write(const std::string& name, std::string_view contents) const {
+  const std::filesystem::path file = path_ / name;
+  std::ofstream(file, std::ios::binary) << contents;
+  return file.string();
+}
+
+}  // namespace halvora

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// Runs the halvora command inside the test program, with its standard output as a text, and keeps
+// the files that it is given. Every test has its own; one thread.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace halvora {
+
+struct ToolRun {
+  int status = 0;
+  std::string output;
+  std::string error;
+};
+
+/// `halvora ARGUMENTS...`
+ToolRun runTool(const std::vector<std::string>& arguments);
+
+/// The lines of a text; the last one must end with a line feed too, or is marked as unended.
+std::vector<std::string> linesOf(std::string_view text);
+
+/// Exit status 2 as scripts rely on it: nothing on standard output, one line on standard error.
+/// The result says what is wrong about it; empty when nothing is.
+std::string flawOfRefusal(const ToolRun& run);
+
+/// A file, read whole; it must exist.
+std::string contentsOf(const std::filesystem::path& file);
+
+/// This folder of tests.
+std::filesystem::path toolTests();
+
+/// A folder of the test's own, gone with the object.
+class TestFolder {
+ public:
+  TestFolder();
+  ~TestFolder();
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
+
+  /// Writes a file and gives its path.
+  std::string write(const std::string& name, std::string_view contents) const;
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace halvora
