@@ -23,6 +23,7 @@ from dataclasses import dataclass
 ASSETS = pathlib.Path(__file__).resolve().parent.parent / "assets" / "demo"
 SHOW_FILE = ASSETS / "example-show.jsonl"
 PALETTE_FILE = ASSETS / "HVAssets" / "palettes.json"
+GOBO_FOLDER = ASSETS / "HVAssets" / "Gobos"
 
 DEVICE = {"brightness": 0.4, "torch": True, "width": 390, "height": 844}
 
@@ -63,7 +64,7 @@ SHOW = [
     # Dawn: slow light out of the dark.
     Cue(9.0, "First light", 17, 125, 46, master=70),
     Cue(11.0, "Horizon", 17, 125, 3, fade=2.5),
-    Cue(14.0, "Sun disc", 17, 125, 24, gobo=1),
+    Cue(14.0, "Sun disc", 17, 125, 24, gobo=5),
     Cue(17.0, "Haze lifts", 17, 225, 38),
     Cue(19.6, "First bird", 13, 70, 31),
     Cue(22.2, "All the birds", 13, 205, 31, vibrate=1),
@@ -80,18 +81,19 @@ SHOW = [
 
     # Water: colours drift, pictures swim over them.
     Cue(46.2, "Surface", 1, 0, 28, fade=1.0),
-    Cue(48.0, "Ripples", 20, 140, 2),
+    Cue(48.0, "Ripples", 20, 140, 2, gobo=4),
     Cue(51.0, "Rapids", 20, 240, 43),
     Cue(53.2, "Shoal", 19, 140, 13),
     Cue(55.8, "Shoal turns", 19, 210, 22),
-    Cue(58.0, "Lantern sinks", 10, 130, "#0091FF", gobo=1),
+    Cue(58.0, "Lantern sinks", 10, 130, "#0091FF", gobo=5),
     Cue(61.0, "Lantern goes out", 10, 240, "#00C8F0"),
-    Cue(62.4, "Another lights", 10, 240, "#00FFC8", gobo=2),
-    Cue(64.4, "Jellyfish", 11, 140, 36, gobo=2),
-    Cue(67.4, "Jellyfish flee", 11, 230, 35, gobo=3),
+    Cue(62.4, "Another lights", 10, 240, "#00FFC8", gobo=1),
+    Cue(63.2, "Ripples from it", 10, 240, "#00FFC8", gobo=4),
+    Cue(64.4, "Jellyfish", 11, 140, 36, gobo=4),
+    Cue(67.4, "Jellyfish flee", 11, 245, 35, gobo=3),
     Cue(69.8, "Stars in the deep", 12, 150, 39, gobo=1),
-    Cue(72.8, "Stars above", 12, 235, 33, gobo=2),
-    Cue(75.0, "Foam", 13, 190, 7, gobo=3),
+    Cue(72.8, "Stars above", 12, 235, 33, gobo=1),
+    Cue(75.0, "Foam", 13, 190, 7, gobo=2),
     Cue(77.2, "Swell", 14, 125, 15),
     Cue(80.2, "Breakers", 14, 220, 25),
     Cue(82.6, "Moon path", 18, 200, 21),
@@ -110,9 +112,9 @@ SHOW = [
     Cue(98.8, "Junction: dark", 8, 110, 41, torch=8, torch_speed=3),
     Cue(99.4, "Junction: go", 8, 111, 41, gobo=1, torch=8, torch_speed=4),
     Cue(100.2, "Turn signal: dark", 7, 220, 38),
-    Cue(100.6, "Turn signal: lit", 7, 221, 38, gobo=2),
+    Cue(100.6, "Turn signal: lit", 7, 221, 38, gobo=5),
     Cue(101.0, "Crossing: dark", 8, 222, 10),
-    Cue(101.4, "Crossing: lit", 8, 223, 10, gobo=3),
+    Cue(101.4, "Crossing: lit", 8, 223, 10, gobo=4),
     Cue(102.4, "Who calls", 2, 140, 45),
     Cue(105.2, "Who answers", 2, 230, 9, gobo=1),
     Cue(107.0, "Everyone answers", 2, 230, 34, gobo=1),
@@ -123,17 +125,17 @@ SHOW = [
     Cue(116.4, "Orchard", 19, 215, 8, gobo=2),
     Cue(118.4, "Spotlights", 15, 205, 23),
     Cue(120.4, "Slow dance", 18, 215, 6),
-    Cue(122.8, "Slow dance, closer", 18, 215, 44, gobo=1),
+    Cue(122.8, "Slow dance, closer", 18, 215, 44, gobo=3),
     Cue(125.2, "Last song", 20, 240, 42, vibrate=2),
     Cue(127.2, "Doors open to the rain", 1, 0, 36, master=80, fade=1.5),
 
     # Storm: darkness, thunder, and the one fast strobe.
     Cue(129.4, "Sheet lightning", 6, 120, "#B388FF", master=160, vibrate=3),
     Cue(132.0, "Rain", 13, 200, 18, master=160),
-    Cue(134.2, "Lightning", 6, 205, "#DCE8FF", 140, torch=6, torch_speed=180, gobo=1, vibrate=3),
-    Cue(136.4, "Power lines", 4, 215, 18, master=200, gobo=2),
+    Cue(134.2, "Lightning", 6, 205, "#DCE8FF", 140, torch=6, torch_speed=180, gobo=5, vibrate=3),
+    Cue(136.4, "Power lines", 4, 215, 18, master=200, gobo=4),
     Cue(138.4, "Generator fails", 5, 20, "#6EA8FF", 180, torch=5, torch_speed=10, gobo=3),
-    Cue(140.8, "Sparks", 3, 215, "#FFD54A", gobo=2, vibrate=3),
+    Cue(140.8, "Sparks", 3, 215, "#FFD54A", gobo=1, vibrate=3),
     Cue(142.8, "Fire", 19, 225, 20),
     Cue(144.8, "Fire spreads", 20, 238, 37),
     Cue(146.8, "Strike", 5, 255, "#FFFFFF", master=90, vibrate=3),
@@ -154,18 +156,18 @@ SHOW = [
     Cue(166.4, "Meteors", 13, 200, 9, torch=4, torch_speed=170),
     Cue(168.6, "Reindeer bells", 15, 140, 33, gobo=3),
     Cue(171.0, "Night breathes", 16, 140, 46),
-    Cue(173.6, "Glow-worms", 19, 150, 45, gobo=1),
+    Cue(173.6, "Glow-worms", 19, 150, 45, gobo=2),
     Cue(175.8, "Dawn again", 18, 215, 3),
     Cue(178.2, "Hold it up", 1, 255, 47, torch=1, vibrate=1),
 
     # Encore: everyone, everything, home.
     Cue(179.8, "Festival", 20, 236, 10, vibrate=2),
-    Cue(181.8, "Rainbow", 19, 215, 49, gobo=2),
+    Cue(181.8, "Rainbow", 19, 215, 49, gobo=4),
     Cue(183.8, "Fireworks", 15, 208, 47, torch=4, torch_speed=190, vibrate=2),
-    Cue(186.0, "Sky of gold", 13, 208, 38, gobo=1, torch=6, torch_speed=160),
+    Cue(186.0, "Sky of gold", 13, 208, 38, gobo=5, torch=6, torch_speed=160),
     Cue(188.0, "Disco", 16, 228, 26),
     Cue(190.0, "Tropic night", 20, 240, 22, gobo=2),
-    Cue(192.0, "Shimmer", 4, 215, 50, gobo=3),
+    Cue(192.0, "Shimmer", 4, 215, 50, gobo=1),
     Cue(194.0, "White surf", 14, 228, 13),
     Cue(196.0, "Finale", 15, 212, 50, torch=4, torch_speed=200, vibrate=3),
     Cue(198.6, "Bow", 1, 0, "#FFFFFF", torch=1),
@@ -311,13 +313,34 @@ def faults_of_flashing():
         yield f"{beyond[1].name}: the show has its one fast strobe already"
 
 
+def gobo_acts():
+    """What each cue makes the phones do with the gobo, where it makes them do anything."""
+    with_gobo = {10: "fade in", 11: "pulse", 12: "random pulse"}
+    gobo = mode = 0
+    shown = False
+    for cue in SHOW:
+        if (cue.gobo != gobo and cue.mode) or (cue.mode > 9 and cue.mode != mode):
+            if cue.mode == 10 and shown:
+                yield "cross-fade" if cue.gobo else "fade out"
+            elif cue.gobo:
+                yield with_gobo.get(cue.mode, "show")
+            elif shown:
+                yield "hide"
+            gobo, shown = cue.gobo, cue.gobo != 0
+        mode = cue.mode
+
+
 def faults_of_coverage():
+    gobos = {int(file.stem.split("_")[0]) for file in GOBO_FOLDER.glob("*.png")}
+    gobo_rules = {"show", "hide", "fade in", "fade out", "cross-fade", "pulse", "random pulse"}
     palettes = {p["id"] for p in json.loads(PALETTE_FILE.read_text(encoding="utf-8"))["palettes"]}
     whole = {
         "screen modes, slow": (set(range(1, 21)), {c.mode for c in SHOW if c.speed <= 150}),
         "screen modes, fast": (set(range(1, 21)), {c.mode for c in SHOW if c.speed >= 200}),
         "palettes": (palettes, {c.light for c in SHOW if isinstance(c.light, int)}),
         "modes with a gobo": (set(range(1, 14)), {c.mode for c in SHOW if c.gobo}),
+        "gobos": (gobos, {c.gobo for c in SHOW}),
+        "gobo rules": (gobo_rules, set(gobo_acts())),
         "torch modes": (set(range(9)), {c.torch for c in SHOW}),
         "vibrations": ({0, 1, 2, 3}, {c.vibrate for c in SHOW}),
     }
@@ -327,6 +350,8 @@ def faults_of_coverage():
     for cue in SHOW:
         if isinstance(cue.light, int) and cue.light not in palettes:
             yield f"{cue.name}: there is no palette {cue.light}"
+        if cue.gobo not in gobos | {0}:
+            yield f"{cue.name}: there is no gobo {cue.gobo}"
 
 
 def faults_of_file():

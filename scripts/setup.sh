@@ -1,0 +1,69 @@
+# SPDX-License-Identifier: Apache-2.0
+# Sourced by `run` and `test`: the packages that they need, and the configuration of a build.
+# Expects to run in the root of the tree.
+
+export LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive
+mkdir -p build/logs
+# Without a home folder the compiler's cache lives with the build.
+[[ -w "${HOME:-}" ]] || export CCACHE_DIR="$PWD/build/ccache"
+
+# Lines of a log that only say that something went well.
+chatter='^\[[0-9]+/[0-9]+\] |^ +Start +[0-9]+: |^ *[0-9]+/[0-9]+ Test .* Passed +[0-9.]+ sec$'
+
+# quietly LOG COMMAND…: the output goes to a log, of which the end is shown on failure.
+quietly() {
+  local log="build/logs/$1.log"
+  shift
+  "$@" >"$log" 2>&1 </dev/null && return
+  grep -vE "$chatter" "$log" | tail -n 80 >&2
+  echo "FAILED: $* (all of the output: $log)" >&2
+  return 1
+}
+
+# missing_packages NEED…: the packages of these rows of packages.txt that are not installed.
+missing_packages() {
+  local name need installed wanted=()
+  while read -r name need _; do
+    case "$name" in '' | '#'*) continue ;; esac
+    [[ " $* " == *" $need "* ]] && wanted+=("$name")
+  done <packages.txt
+  installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null) ||
+    true  # it fails where it does not know one of them
+  for name in "${wanted[@]}"; do
+    grep -qxF "installed $name" <<<"$installed" || echo "$name"
+  done
+}
+
+# install_packages NEED…
+install_packages() {
+  local missing as_root=() apt_get=(apt-get -o DPkg::Lock::Timeout=600 -y)
+  if ! command -v dpkg-query >/dev/null; then
+    echo "This is no Debian system: the packages of packages.txt are taken to be there."
+    return
+  fi
+  mapfile -t missing < <(missing_packages "$@")
+  ((${#missing[@]})) || return 0
+  if ((EUID != 0)); then
+    if ! command -v sudo >/dev/null; then
+      echo "Please install these packages as root, then start again:" >&2
+      echo "  apt-get install ${missing[*]}" >&2
+      return 1
+    fi
+    as_root=(sudo DEBIAN_FRONTEND=noninteractive)
+    sudo -v || return
+  fi
+  echo "Installing ${#missing[@]} packages: ${missing[*]}"
+  quietly packages-update "${as_root[@]}" "${apt_get[@]}" update || return
+  quietly packages-install "${as_root[@]}" "${apt_get[@]}" install --no-install-recommends \
+    "${missing[@]}" || return
+  touch build/packages-changed
+}
+
+# configure PRESET: only if it was never done, or its inputs changed in a way that the build system
+# does not see by itself.
+configure() {
+  local stamp="build/$1/configured"
+  [[ -e "$stamp" && "$stamp" -nt CMakePresets.json && ! build/packages-changed -nt "$stamp" ]] &&
+    return
+  cmake --preset "$1" && touch "$stamp"
+}
