@@ -1,0 +1,34 @@
+# SPDX-License-Identifier: Apache-2.0
+# Header-only libraries of the system. They are reached through links in the build folder, so that a
+# cross build sees them and nothing else of the build machine's headers.
+function(halvora_header_library target folder header package)
+  find_path(${target}_PARENT "${folder}/${header}"
+    PATHS /usr/include /usr/local/include NO_CMAKE_FIND_ROOT_PATH)
+  if(NOT ${target}_PARENT)
+    message(FATAL_ERROR "${folder}/${header} not found: install the Debian package ${package}")
+  endif()
+  set(include "${PROJECT_BINARY_DIR}/include/${target}")
+  file(MAKE_DIRECTORY "${include}")
+  file(CREATE_LINK "${${target}_PARENT}/${folder}" "${include}/${folder}" SYMBOLIC)
+  add_library(${target} INTERFACE)
+  target_include_directories(${target} SYSTEM INTERFACE "${include}")
+endfunction()
+
+halvora_header_library(halvora_rapidjson rapidjson document.h rapidjson-dev)
+if(HALVORA_TOOLS)
+  halvora_header_library(halvora_cli11 CLI CLI.hpp libcli11-dev)
+endif()
+
+# The picture libraries are linked, so a cross build goes without them.
+find_package(PNG QUIET)
+find_path(HALVORA_TURBOJPEG_INCLUDE turbojpeg.h)
+find_library(HALVORA_TURBOJPEG turbojpeg)
+if(PNG_FOUND AND HALVORA_TURBOJPEG_INCLUDE AND HALVORA_TURBOJPEG)
+  set(HALVORA_PICTURES_FOUND TRUE)
+  add_library(halvora_pictures INTERFACE)
+  target_include_directories(halvora_pictures SYSTEM INTERFACE "${HALVORA_TURBOJPEG_INCLUDE}")
+  target_link_libraries(halvora_pictures INTERFACE PNG::PNG "${HALVORA_TURBOJPEG}")
+else()
+  set(HALVORA_PICTURES_FOUND FALSE)
+  message(STATUS "libpng or libjpeg-turbo not found: no picture decoder")
+endif()

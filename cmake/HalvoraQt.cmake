@@ -1,0 +1,26 @@
+# SPDX-License-Identifier: Apache-2.0
+# The Qt Quick face, the demo, and the tests of both.
+find_package(Qt6 6.4 QUIET COMPONENTS Core Gui Network Qml Quick QuickControls2)
+if(NOT Qt6_FOUND)
+  message(STATUS "Qt 6.4 not found: no Qt Quick face, no demo")
+  return()
+endif()
+qt_standard_project_setup()
+
+foreach(folder IN ITEMS platform/qt apps/demo tests/qt)
+  if(folder MATCHES "^tests" AND NOT HALVORA_TESTS)
+    continue()
+  endif()
+  if(EXISTS "${PROJECT_SOURCE_DIR}/${folder}/CMakeLists.txt")
+    add_subdirectory("${PROJECT_SOURCE_DIR}/${folder}")
+  endif()
+endforeach()
+
+if(TARGET halvora_qt)
+  halvora_own_sources(halvora_qt)
+  halvora_library(halvora_qt_headers FILES platform/qt/*.h LINK halvora_qt)
+endif()
+if(TARGET halvora_demo)
+  halvora_own_sources(halvora_demo)
+  set_target_properties(halvora_demo PROPERTIES OUTPUT_NAME halvora-demo)
+endif()

@@ -1,0 +1,36 @@
+# SPDX-License-Identifier: Apache-2.0
+# GoogleTest is compiled here, from Debian's sources: it must share the compiler, the standard
+# library and the sanitizers of the code under test.
+set(HALVORA_GOOGLETEST "/usr/src/googletest" CACHE PATH "Source folder of GoogleTest")
+if(NOT EXISTS "${HALVORA_GOOGLETEST}/CMakeLists.txt")
+  message(FATAL_ERROR "No GoogleTest in ${HALVORA_GOOGLETEST}: install the Debian package "
+    "googletest, set HALVORA_GOOGLETEST, or configure with -DHALVORA_TESTS=OFF")
+endif()
+set(INSTALL_GTEST OFF)
+set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
+add_subdirectory("${HALVORA_GOOGLETEST}" "${PROJECT_BINARY_DIR}/googletest"
+  EXCLUDE_FROM_ALL SYSTEM)
+include(GoogleTest)
+
+set(elsewhere tests/qt/)
+if(NOT TARGET halvora_image)
+  list(APPEND elsewhere tests/platform/image/)
+endif()
+halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
+  LINK halvora_tool $<TARGET_NAME_IF_EXISTS:halvora_image> halvora_json halvora_virtual
+    halvora_standard halvora_core gmock_main)
+if(TARGET halvora_tests)
+  target_compile_definitions(halvora_tests PRIVATE
+    HALVORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  if(HALVORA_TEST_SHARDS)
+    math(EXPR last "${HALVORA_TEST_SHARDS} - 1")
+    foreach(shard RANGE ${last})
+      add_test(NAME halvora_tests/${shard} COMMAND halvora_tests)
+      set_tests_properties(halvora_tests/${shard} PROPERTIES TIMEOUT 600
+        ENVIRONMENT "GTEST_TOTAL_SHARDS=${HALVORA_TEST_SHARDS};GTEST_SHARD_INDEX=${shard}")
+    endforeach()
+  else()
+    gtest_discover_tests(halvora_tests NO_PRETTY_VALUES
+      DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  endif()
+endif()

@@ -1,0 +1,42 @@
+# SPDX-License-Identifier: Apache-2.0
+# How this build compiles and links. Only for our own builds: as a part of a host application the
+# kit takes the host's choices.
+if(NOT PROJECT_IS_TOP_LEVEL)
+  return()
+endif()
+
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+find_program(HALVORA_CCACHE ccache)
+if(HALVORA_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${HALVORA_CCACHE}")
+endif()
+
+find_program(HALVORA_MOLD mold)
+if(HALVORA_MOLD AND NOT CMAKE_CROSSCOMPILING)
+  add_link_options(-fuse-ld=mold)
+endif()
+
+if(HALVORA_SANITIZE)
+  add_compile_options(
+    -fsanitize=${HALVORA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    "-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignore.txt")
+  add_link_options(-fsanitize=${HALVORA_SANITIZE})
+endif()
+
+if(HALVORA_STATIC_PROGRAMS)
+  add_link_options(-static)
+endif()
+
+if(HALVORA_LTO)
+  include(CheckIPOSupported)
+  check_ipo_supported(RESULT HALVORA_LTO_WORKS OUTPUT HALVORA_LTO_REASON LANGUAGES CXX)
+  if(HALVORA_LTO_WORKS)
+    set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
+  else()
+    message(STATUS "No link-time optimisation: ${HALVORA_LTO_REASON}")
+  endif()
+endif()
