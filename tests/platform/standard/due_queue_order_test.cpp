@@ -10,7 +10,7 @@
 namespace halvora {
 namespace {
 
-struct DueQueueTest : testing::Test {
+struct DueQueueOrderTest : testing::Test {
   Task note(char name) {
     return [this, name] { ran += name; };
   }
@@ -25,7 +25,7 @@ struct DueQueueTest : testing::Test {
   std::string ran;
 };
 
-TEST_F(DueQueueTest, EarlierOnesComeFirst) {
+TEST_F(DueQueueOrderTest, EarlierOnesComeFirst) {
   queue.schedule(milliseconds(30), {}, note('c'));
   queue.schedule(milliseconds(10), {}, note('a'));
   queue.schedule(milliseconds(20), {}, note('b'));
@@ -35,7 +35,7 @@ TEST_F(DueQueueTest, EarlierOnesComeFirst) {
   EXPECT_EQ(queue.earliest(), milliseconds(30));
 }
 
-TEST_F(DueQueueTest, OfOneTimeTheFirstScheduledComesFirst) {
+TEST_F(DueQueueOrderTest, OfOneTimeTheFirstScheduledComesFirst) {
   queue.schedule(milliseconds(10), {}, note('b'));
   queue.schedule(milliseconds(10), {}, note('c'));
   queue.scheduleFirst(milliseconds(10), 7, note('a'));
@@ -44,7 +44,7 @@ TEST_F(DueQueueTest, OfOneTimeTheFirstScheduledComesFirst) {
   EXPECT_EQ(queue.earliest(), std::nullopt);
 }
 
-TEST_F(DueQueueTest, ARepeatingOneIsDueAtExactMultiples) {
+TEST_F(DueQueueOrderTest, ARepeatingOneIsDueAtExactMultiples) {
   queue.schedule(milliseconds(50), milliseconds(50), note('r'));
   runAt(milliseconds(51));
   EXPECT_EQ(queue.earliest(), milliseconds(100));
@@ -53,21 +53,21 @@ TEST_F(DueQueueTest, ARepeatingOneIsDueAtExactMultiples) {
   EXPECT_EQ(ran, "rr");
 }
 
-TEST_F(DueQueueTest, ARepeatingOneThatIsLateRunsOnceAndSkipsWhatItMissed) {
+TEST_F(DueQueueOrderTest, ARepeatingOneThatIsLateRunsOnceAndSkipsWhatItMissed) {
   queue.schedule(milliseconds(50), milliseconds(50), note('r'));
   runAt(milliseconds(270));
   EXPECT_EQ(ran, "r");
   EXPECT_EQ(queue.earliest(), milliseconds(300));
 }
 
-TEST_F(DueQueueTest, LateByWholeIntervalsItIsDueAfterNow) {
+TEST_F(DueQueueOrderTest, LateByWholeIntervalsItIsDueAfterNow) {
   queue.schedule(milliseconds(50), milliseconds(50), note('r'));
   runAt(milliseconds(200));
   EXPECT_EQ(ran, "r");
   EXPECT_EQ(queue.earliest(), milliseconds(250));
 }
 
-TEST_F(DueQueueTest, ARepeatingOneCountsAsScheduledWhenItLastRan) {
+TEST_F(DueQueueOrderTest, ARepeatingOneCountsAsScheduledWhenItLastRan) {
   queue.schedule(milliseconds(50), milliseconds(50), note('r'));
   queue.schedule(milliseconds(100), {}, note('o'));
   runAt(milliseconds(50));
@@ -75,7 +75,7 @@ TEST_F(DueQueueTest, ARepeatingOneCountsAsScheduledWhenItLastRan) {
   EXPECT_EQ(ran, "ror");
 }
 
-TEST_F(DueQueueTest, ACancelledOneNeverRuns) {
+TEST_F(DueQueueOrderTest, ACancelledOneNeverRuns) {
   const TimerId timer = queue.schedule(milliseconds(10), {}, note('a'));
   queue.schedule(milliseconds(20), {}, note('b'));
   EXPECT_TRUE(queue.isPending(timer));
@@ -86,7 +86,7 @@ TEST_F(DueQueueTest, ACancelledOneNeverRuns) {
   EXPECT_EQ(ran, "b");
 }
 
-TEST_F(DueQueueTest, ARepeatingOneMayCancelItself) {
+TEST_F(DueQueueOrderTest, ARepeatingOneMayCancelItself) {
   TimerId timer = 0;
   timer = queue.schedule(milliseconds(10), milliseconds(10), [this, &timer] {
     ran += 'r';
@@ -99,7 +99,7 @@ TEST_F(DueQueueTest, ARepeatingOneMayCancelItself) {
   EXPECT_EQ(queue.earliest(), std::nullopt);
 }
 
-TEST_F(DueQueueTest, AnIdIsNotUsedAgain) {
+TEST_F(DueQueueOrderTest, AnIdIsNotUsedAgain) {
   const TimerId first = queue.schedule(milliseconds(10), {}, note('a'));
   runAt(milliseconds(10));
   const TimerId second = queue.schedule(milliseconds(20), {}, note('b'));
@@ -109,7 +109,7 @@ TEST_F(DueQueueTest, AnIdIsNotUsedAgain) {
 }
 
 // What a task holds may cancel timers while the task itself is being cancelled.
-TEST_F(DueQueueTest, ATaskThatGoesMayCancelOthers) {
+TEST_F(DueQueueOrderTest, ATaskThatGoesMayCancelOthers) {
   struct Canceller {
     DueQueue* queue;
     TimerId other;
