@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/standard/due_queue.h"
-
 #include <memory>
 #include <string>
 #include <utility>
 
 #include <gtest/gtest.h>
+
+#include "platform/standard/due_queue.h"
 
 namespace halvora {
 namespace {
