@@ -16,6 +16,18 @@ set(elsewhere tests/qt/)
 if(NOT TARGET halvora_image)
   list(APPEND elsewhere tests/platform/image/)
 endif()
+if(HALVORA_TEST_SUITES)
+  file(GLOB_RECURSE tests CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*_test.cpp")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${tests})
+  foreach(test IN LISTS tests)
+    file(STRINGS "${test}" wanted LIMIT_COUNT 1
+      REGEX "^TEST(_F|_P)?\\([A-Za-z0-9_]*${HALVORA_TEST_SUITES}")
+    if(NOT wanted)
+      cmake_path(RELATIVE_PATH test BASE_DIRECTORY "${PROJECT_SOURCE_DIR}")
+      list(APPEND elsewhere "${test}")
+    endif()
+  endforeach()
+endif()
 halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
   LINK halvora_tool $<TARGET_NAME_IF_EXISTS:halvora_image> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)

@@ -21,9 +21,13 @@ if(HALVORA_MOLD AND NOT CMAKE_CROSSCOMPILING)
 endif()
 
 if(HALVORA_SANITIZE)
+  # The list's name carries its content: neither ninja nor ccache looks into it.
+  set(ignored "${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignore.txt")
+  file(SHA256 "${ignored}" content)
+  configure_file("${ignored}" "${PROJECT_BINARY_DIR}/sanitizer-ignore-${content}.txt" COPYONLY)
   add_compile_options(
     -fsanitize=${HALVORA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
-    "-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignore.txt")
+    "-fsanitize-ignorelist=${PROJECT_BINARY_DIR}/sanitizer-ignore-${content}.txt")
   add_link_options(-fsanitize=${HALVORA_SANITIZE})
 endif()
 

@@ -20,12 +20,17 @@ namespace {
 constexpr std::uint16_t kCloudSync = 2;
 constexpr Duration kShowFade = milliseconds(1000);
 constexpr Duration kVideoFade = milliseconds(500);
+constexpr int kLastVideo = 10;
 constexpr LinearTime kLongestTorchPause{3900, 1100};
 
 enum Vibration : int { kLightTap = 1, kHeavyTap = 2, kSystemVibration = 3 };
 enum TorchMode : int { kTorchOff = 0, kTorchOn = 1, kTorchRandomOff = 2, kTorchRandomOn = 3 };
 
 }  // namespace
+
+bool hasSelectedSection(const UserDefaults& defaults) {
+  return !textForKey(defaults, "selectedSection").value_or("").empty();
+}
 
 const std::array<CommandProcessor::Step, 18>& CommandProcessor::steps() {
   using Self = CommandProcessor;
@@ -40,7 +45,7 @@ const std::array<CommandProcessor::Step, 18>& CommandProcessor::steps() {
       {"colour", &Self::takeColour},
       {"video status", &Self::takeVideoStatus},
       {"master", &Self::setMaster},
-      {"video", &Self::hideVideo},
+      {"video", &Self::setVideo},
       {"vibration", &Self::vibrate},
       {"gobo", &Self::setGobo},
       {"mode", &Self::changeMode},
@@ -92,8 +97,8 @@ bool CommandProcessor::readSeat(Command& command) {
   SeatState& seat = rooms_.state.seat;
   seat.currentXPos = integerForKey(defaults, "xPos");
   seat.currentYPos = integerForKey(defaults, "yPos");
-  command.hasPosition = seat.currentXPos >= 0 && seat.currentYPos >= 0;
-  command.hasSection = !textForKey(defaults, "selectedSection").value_or("").empty();
+  command.hasPosition = seat.hasPosition();
+  command.hasSection = hasSelectedSection(defaults);
   return true;
 }
 
@@ -118,8 +123,8 @@ bool CommandProcessor::takeVenueAndPreload(Command& command) {
   rooms_.platform.defaults.synchronize();
   SeatLutPart& seatLut = rooms_.parts.seatLut;
   if (broadcast.pixelMapId != 0 && command.hasPosition && command.hasSection) {
-    seatLut.preloadPixelMapSeatLUT(broadcast.venueId, broadcast.pixelMapId, seat.currentXPos,
-                                   seat.currentYPos);
+    seatLut.preloadPixelMapSeatLUTForVenueId(broadcast.venueId, broadcast.pixelMapId,
+                                             seat.currentXPos, seat.currentYPos);
   } else {
     seatLut.clearActiveSeatLUT();
     seatLut.stopPixelMapLiveSampler();
@@ -168,7 +173,37 @@ bool CommandProcessor::setMaster(Command& command) {
   return true;
 }
 
-bool CommandProcessor::hideVideo(Command& command) {
+bool CommandProcessor::setVideo(Command& command) {
+  if (command.broadcast.videoId != 0) {
+    showVideo(command.broadcast.videoId, command.broadcast.videoStatus);
+  } else {
+    hideVideo(command.mode == 0);
+  }
+  return true;
+}
+
+// No look reaches this while clips are never started over the air; it is whole for when they are.
+void CommandProcessor::showVideo(int videoId, int videoStatus) {
+  ViewStack& views = rooms_.views;
+  VideoState& video = rooms_.state.video;
+  // The status has just been stored, so catching up is dormant: the two never differ here.
+  video.isCatchingUp =
+      videoId != video.currentVideoId && videoStatus == 1 && video.currentVideoStatus == 0;
+  if (views.alpha(ViewId::container) != 1) {
+    views.animateAlpha({{ViewId::container, 1}}, {.duration = kShowFade, .name = "Fade Out"});
+    rooms_.platform.screen.setBrightness(1.0);
+  }
+  if (views.alpha(ViewId::videoBackgroundView) != 1) {
+    views.animateAlpha({{ViewId::videoBackgroundView, 1}},
+                       {.duration = kShowFade, .name = "Fade Out"});
+  }
+  if (videoId == video.currentVideoId) return;
+  rooms_.timers.invalidate(video.videoPlayTimer);
+  video.currentVideoId = videoId;
+  if (videoId <= kLastVideo) rooms_.parts.video.playVideo(std::to_string(videoId));
+}
+
+void CommandProcessor::hideVideo(bool showEnds) {
   ViewStack& views = rooms_.views;
   VideoState& video = rooms_.state.video;
   rooms_.timers.invalidate(video.videoPlayTimer);
@@ -176,9 +211,8 @@ bool CommandProcessor::hideVideo(Command& command) {
     views.setAlpha(ViewId::videoBackgroundView, 0);
   }
   video.currentVideoId = 0;
-  if (views.alpha(ViewId::playerViewA) == 0 && views.alpha(ViewId::playerViewB) == 0) return true;
+  if (views.alpha(ViewId::playerViewA) == 0 && views.alpha(ViewId::playerViewB) == 0) return;
 
-  const bool showEnds = command.mode == 0;
   const auto completion = [this, showEnds](bool) {
     if (showEnds) rooms_.brightness.originalScreenBrightness();
     rooms_.parts.video.pausePlayers();
@@ -190,7 +224,6 @@ bool CommandProcessor::hideVideo(Command& command) {
     views.animateAlpha({{ViewId::playerViewA, 0}, {ViewId::playerViewB, 0}},
                        {.duration = kVideoFade}, completion);
   }
-  return true;
 }
 
 bool CommandProcessor::vibrate(Command& command) {
@@ -293,9 +326,7 @@ bool CommandProcessor::setTorch(Command& command) {
   if (mode != torch.currentLEDMode || speed != torch.currentLEDSpeed) {
     torch.currentLEDMode = mode;
     torch.currentLEDSpeed = speed;
-    torch.runLEDEffectAnimation = false;
-    rooms_.timers.invalidate(torch.ledAnimationTimer);
-    rooms_.timers.invalidate(torch.ledStrobeAnimationTimer);
+    stopTorchEffect(torch, rooms_.timers);
     part.processLEDMode(mode, speed);
   }
   if (mode == kTorchOff) part.turnTorchOn(false);

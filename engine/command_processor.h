@@ -49,7 +49,7 @@ class CommandProcessor {
   bool takeColour(Command& command);
   bool takeVideoStatus(Command& command);
   bool setMaster(Command& command);
-  bool hideVideo(Command& command);
+  bool setVideo(Command& command);
   bool vibrate(Command& command);
   bool setGobo(Command& command);
   bool changeMode(Command& command);
@@ -58,6 +58,8 @@ class CommandProcessor {
   bool scheduleRandomFlash(Command& command);
   bool setTorch(Command& command);
 
+  void showVideo(int videoId, int videoStatus);
+  void hideVideo(bool showEnds);
   void beginShow();
   void endShow();
   void showGobo(std::uint32_t mode, Duration fade);

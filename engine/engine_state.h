@@ -13,6 +13,8 @@
 
 namespace halvora {
 
+class UserDefaults;
+
 /// The seat as the engine last read it from the defaults, and the pixel map of the look in force.
 struct SeatState {
   int currentVenueId = 0;
@@ -21,7 +23,12 @@ struct SeatState {
   int currentVideoMinutes = 0;
   std::int64_t currentXPos = 0;
   std::int64_t currentYPos = 0;
+
+  bool hasPosition() const { return currentXPos >= 0 && currentYPos >= 0; }
 };
+
+/// Whether the user has chosen a seat's section, or a standing area.
+bool hasSelectedSection(const UserDefaults& defaults);
 
 struct EngineState {
   ScreenState screen;

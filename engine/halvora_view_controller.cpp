@@ -21,11 +21,11 @@ std::string assetFolder(const Bundle& bundle) {
   return bundle.resourcePath().empty() ? "" : bundle.resourcePath() + "/HVAssets";
 }
 
-// A bucket is the name of one folder; a text that leads anywhere else names none.
+// A bucket is a folder within the documents; a text that leads out of them names none.
 std::string goboDocuments(const std::string& documents, const std::string& bucket) {
-  const bool isName =
-      !bucket.empty() && bucket != "." && bucket != ".." && bucket.find('/') == std::string::npos;
-  return documents.empty() || !isName ? "" : documents + "/" + bucket + "/Gobo";
+  const std::string within = "/" + bucket + "/";
+  const bool leadsOut = bucket.starts_with('/') || within.find("/../") != std::string::npos;
+  return documents.empty() || bucket.empty() || leadsOut ? "" : documents + within + "Gobo";
 }
 
 }  // namespace
@@ -79,10 +79,10 @@ void HalvoraViewController::viewDidLoad() {
   video_.build(assets);
   views_.setAlpha(ViewId::dimmerView, 1.0 - state_.colour.currentMaster);
   overlays_.build(
-      hvLocalizedString("hv_map_no_seat_overlay_message",
-                        "No seat selected for this part of the light show.\n"
-                        "Keep the app open to continue taking part."),
-      hvLocalizedString("hv_low_light_hint", "Light show active. Please keep the app open."));
+      hvLocalizedStringForKey("hv_map_no_seat_overlay_message",
+                              "No seat selected for this part of the light show.\n"
+                              "Keep the app open to continue taking part."),
+      hvLocalizedStringForKey("hv_low_light_hint", "Light show active. Please keep the app open."));
   timers_.invalidate(lowLightHintTimer_);
   lowLightHintTimer_ =
       timers_.every(kLowLightPoll, [this] { parts_.overlays.updateLowLightHintState(); });
@@ -106,8 +106,8 @@ void HalvoraViewController::viewWillLayoutSubviews(const std::optional<Rect>& su
   frame_ = superviewBounds.value_or(Rect{});
 }
 
-std::string HalvoraViewController::hvLocalizedString(std::string_view key,
-                                                     std::string_view fallback) const {
+std::string HalvoraViewController::hvLocalizedStringForKey(std::string_view key,
+                                                           std::string_view fallback) const {
   std::string text = platform_.bundles.kit.localizedString(key);
   return text.empty() || text == key ? std::string(fallback) : text;
 }
@@ -136,9 +136,7 @@ void HalvoraViewController::dropShow() {
   brightness_.originalScreenBrightness();
 
   TorchState& torch = state_.torch;
-  torch.runLEDEffectAnimation = false;
-  timers_.invalidate(torch.ledAnimationTimer);
-  timers_.invalidate(torch.ledStrobeAnimationTimer);
+  stopTorchEffect(torch, timers_);
   modes_.stopEffect();
   views_.removeAnimations(ViewId::goboView);
   parts_.torch.turnTorchOn(false);
@@ -161,30 +159,32 @@ void HalvoraViewController::dropShow() {
 }
 
 SeatLight HalvoraViewController::seatLight() {
-  const SeatState& seat = state_.seat;
-  if (!hasSelectedSection() || seat.currentXPos < 0 || seat.currentYPos < 0) return {};
-  return {true, parts_.seatLut.colorFromActivePixelMapSeatLUT(seat.currentVideoMinutes)};
+  if (!hasSeat()) return {};
+  return {true, parts_.seatLut.colorFromActivePixelMapSeatLUTForFrameIndex(
+                    state_.seat.currentVideoMinutes)};
 }
 
-bool HalvoraViewController::hasSelectedSection() const {
-  return !textForKey(platform_.defaults, "selectedSection").value_or("").empty();
+bool HalvoraViewController::hasSeat() const {
+  return hasSelectedSection(platform_.defaults) && state_.seat.hasPosition();
 }
 
-// The still is looked for before the seat: without it the torch stays as it is, seat or no seat.
+// A missing still leaves the torch as it is, seat or no seat; one that no seat looks at is not
+// decoded.
 std::optional<bool> HalvoraViewController::seatIsWhite() const {
   const SeatState& seat = state_.seat;
   const std::string name = "Maps/v" + std::to_string(seat.currentVenueId) + "_m" +
                            std::to_string(seat.currentPixelMapId) + "_f" +
                            std::to_string(seat.currentVideoMinutes) + ".jpg";
   const auto bytes = platform_.bundles.main.readResource(name, kLargestStill);
-  const std::optional<Image> image = bytes ? platform_.images.decode(*bytes) : std::nullopt;
+  if (!bytes) return std::nullopt;
+  if (!hasSeat()) return false;
+  const std::optional<Image> image = platform_.images.decode(*bytes);
   if (!image) return std::nullopt;
   std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(*image);
   if (!bitmap) return std::nullopt;
   drawImage(*image, *bitmap);
   const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, seat.currentYPos);
-  if (!hasSelectedSection() || pixel == nullptr) return false;
-  return pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
+  return pixel != nullptr && pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
 }
 
 }  // namespace halvora

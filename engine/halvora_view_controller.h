@@ -86,7 +86,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   CentralManager* centralManager = nullptr;
 
   /// The kit's own text for a key, or `fallback` when its table has none.
-  std::string hvLocalizedString(std::string_view key, std::string_view fallback) const;
+  std::string hvLocalizedStringForKey(std::string_view key, std::string_view fallback) const;
 
   /// Shows a look, as if it had just been heard and were new.
   PacketFate processEffect(const Broadcast& broadcast) override;
@@ -101,9 +101,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   const EngineState& state() const { return state_; }
   const std::vector<Palette>& palettes() const { return palettesArray_; }
   BrightnessRamps& brightness() { return brightness_; }
-  ScreenModes& screenModes() { return modes_; }
   Scanner& scanner() { return scanner_; }
-  UsagePings& usage() { return usage_; }
   const ScanDiagnostics& diagnostics() const { return scanner_.diagnostics(); }
   /// Where the application's own files lie; empty for nowhere.
   const std::string& getPrivateDocumentsDirectory() const { return platform_.bundles.documents; }
@@ -117,7 +115,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   void videoReady() override { state_.video.videoCanPlay = true; }
   void loadPalettes();
   SeatLight seatLight();
-  bool hasSelectedSection() const;
+  bool hasSeat() const;
   std::optional<bool> seatIsWhite() const;
 
   Platform platform_;

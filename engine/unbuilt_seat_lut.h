@@ -9,10 +9,10 @@ namespace halvora {
 
 class UnbuiltSeatLut final : public SeatLutPart {
  public:
-  void preloadPixelMapSeatLUT(int, int, std::int64_t, std::int64_t) override {}
+  void preloadPixelMapSeatLUTForVenueId(int, int, std::int64_t, std::int64_t) override {}
   void clearActiveSeatLUT() override {}
   void stopPixelMapLiveSampler() override {}
-  MaybeColour colorFromActivePixelMapSeatLUT(int) override { return std::nullopt; }
+  MaybeColour colorFromActivePixelMapSeatLUTForFrameIndex(int) override { return std::nullopt; }
 };
 
 }  // namespace halvora

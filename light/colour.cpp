@@ -4,18 +4,13 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "platform/text.h"
+
 namespace halvora {
 
 namespace {
 
 constexpr float kDarkening = 0.6F;
-
-int hexDigit(char character) {
-  if (character >= '0' && character <= '9') return character - '0';
-  if (character >= 'a' && character <= 'f') return character - 'a' + 10;
-  if (character >= 'A' && character <= 'F') return character - 'A' + 10;
-  return -1;
-}
 
 constexpr std::uint8_t byteAt(std::uint64_t number, unsigned shift) {
   return static_cast<std::uint8_t>((number >> shift) & 0xFF);
@@ -25,7 +20,10 @@ constexpr std::uint8_t byteAt(std::uint64_t number, unsigned shift) {
 
 Colour colorFromHexString(std::string_view text) {
   std::uint64_t number = 0;
-  for (std::size_t at = 1; at < text.size(); ++at) {
+  std::size_t at = 1;
+  // A first character of several bytes is one character all the same.
+  while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) ++at;
+  for (; at < text.size(); ++at) {
     const int digit = hexDigit(text[at]);
     if (digit < 0) break;
     number = std::min<std::uint64_t>(number * 16 + static_cast<unsigned>(digit), UINT32_MAX);

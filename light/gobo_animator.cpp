@@ -80,10 +80,6 @@ void GoboAnimator::show(const std::string& path) {
   views_.setText(ViewId::goboImage, isFile(path) ? path : std::string());
 }
 
-Duration GoboAnimator::fade() const {
-  return milliseconds(kGoboFade.at(percentageSpeed(state_.currentGoboSpeed)));
-}
-
 void GoboAnimator::goboPulse() {
   views_.removeAnimations(ViewId::goboView);
   pulse(kGoboPulseMode, Duration::zero());
@@ -95,19 +91,21 @@ void GoboAnimator::goboPulseRandom() {
 
 void GoboAnimator::pulse(std::uint32_t mode, Duration delay) {
   state_.goboIsAnimating = true;
+  // Taken once a cycle: a look that comes during the fade out does not change the fade in.
+  const Duration fade = milliseconds(kGoboFade.at(percentageSpeed(state_.currentGoboSpeed)));
   if (views_.alpha(ViewId::goboView) != 1) {
     changeGobo();
-    return fadeIn(mode, delay);
+    return fadeIn(mode, {.duration = fade, .delay = delay});
   }
-  views_.animateAlpha({{ViewId::goboView, 0}}, {.duration = fade(), .delay = delay},
-                      [this, mode](bool) {
+  views_.animateAlpha({{ViewId::goboView, 0}}, {.duration = fade, .delay = delay},
+                      [this, mode, fade](bool) {
                         changeGobo();
-                        fadeIn(mode, Duration::zero());
+                        fadeIn(mode, {.duration = fade});
                       });
 }
 
-void GoboAnimator::fadeIn(std::uint32_t mode, Duration delay) {
-  views_.animateAlpha({{ViewId::goboView, 1}}, {.duration = fade(), .delay = delay},
+void GoboAnimator::fadeIn(std::uint32_t mode, const AnimationTiming& timing) {
+  views_.animateAlpha({{ViewId::goboView, 1}}, timing,
                       [this, mode](bool finished) { endCycle(mode, finished); });
 }
 

@@ -42,10 +42,9 @@ class GoboAnimator final : public GoboPart {
   std::optional<std::int64_t> variantsIn(const std::string& folder) const;
   std::string drawVariant(const std::string& folder, std::int64_t count);
   void show(const std::string& path);
-  Duration fade() const;
   /// One cycle of a pulse, again for as long as the gobo's mode is `mode`.
   void pulse(std::uint32_t mode, Duration delay);
-  void fadeIn(std::uint32_t mode, Duration delay);
+  void fadeIn(std::uint32_t mode, const AnimationTiming& timing);
   void endCycle(std::uint32_t mode, bool finished);
 
   GoboState& state_;
@@ -54,8 +53,8 @@ class GoboAnimator final : public GoboPart {
   GoboFolders folders_;
 };
 
-/// How many variants the name of a gobo picture speaks of ("3_1_4.png": 4), if it begins a variant
-/// set of that gobo.
+/// How many variants the name of a gobo picture speaks of; -1 for a name that does not have three
+/// parts. None ("3_1_4.png": 4), if it begins a variant set of that gobo.
 std::optional<std::int64_t> variantsNamedBy(std::string_view name, int gobo);
 
 }  // namespace halvora

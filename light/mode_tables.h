@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What every screen mode and every screen effect does, one row each. ScreenModes reads these rows;
-// there is no second list of modes anywhere. All times are whole milliseconds that follow from the
-// percentage speed p, 0 (fastest) to 100.
+// What every screen mode and every screen effect does to the light, one row each; what the modes do
+// to the gobo is in the gobo's step of command processing. All times are whole milliseconds that
+// follow from the percentage speed p, 0 (fastest) to 100.
 #pragma once
 
 #include <array>

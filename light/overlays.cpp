@@ -44,7 +44,7 @@ void Overlays::showLowLightHintOverlay() {
   views_.animateAlpha({{ViewId::lowLightHintLabel, 1}}, {.duration = kHintFadeIn});
 }
 
-void Overlays::hideLowLightHintOverlay(bool immediate) {
+void Overlays::hideLowLightHintOverlayImmediate(bool immediate) {
   if (!lowLightHintIsVisible_) return;
   lowLightHintIsVisible_ = false;
   if (immediate) {
@@ -68,7 +68,7 @@ void Overlays::updateLowLightHintState() {
                                views_.alpha(ViewId::mapNoSeatOverlayView) > kVisibleAlpha;
   if (screen_.currentMode == 0 || noSeatIsVisible || !isDisplayedLightNearBlack()) {
     lowLightDarkStartTime_ = {};
-    hideLowLightHintOverlay(true);
+    hideLowLightHintOverlayImmediate(true);
     return;
   }
   if (lowLightDarkStartTime_ <= Duration::zero()) lowLightDarkStartTime_ = timers_.now();

@@ -22,7 +22,7 @@ class Overlays final : public OverlaysPart {
   void showMapNoSeatOverlay() override;
   void hideMapNoSeatOverlay() override;
   void showLowLightHintOverlay();
-  void hideLowLightHintOverlay(bool immediate);
+  void hideLowLightHintOverlayImmediate(bool immediate);
   /// Whether the light, as set, is all but black: each channel below 15 of 255.
   bool isDisplayedLightNearBlack() const;
   void updateLowLightHintState() override;

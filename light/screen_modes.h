@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Screen modes and effects: turns a mode and a speed into the light's colour and a chain of
-// one-shot timers. Every chain ends by its own test of `runEffectAnimation` (and of its mode),
-// never by the luck of a cancelled timer. Owned by the engine; main thread.
+// one-shot timers. A chain ends where its step finds `runEffectAnimation` down or another mode in
+// force, and where its named timer is invalidated. Owned by the engine; main thread.
 #pragma once
 
 #include <cstdint>

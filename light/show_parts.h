@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The parts of a show beside the light: what command processing and the scan cycle ask of the
 // torch, the gobo, the notices, the video players and the seat's colours. Each is as narrow as its
-// callers need. Main thread; owned beside the engine.
+// callers need. Main thread; an
+// engine owns its own and takes others instead.
 #pragma once
 
 #include <cstdint>
@@ -50,14 +51,14 @@ class SeatLutPart {
  public:
   virtual ~SeatLutPart() = default;
   /// Makes the table of the seat for that pixel map the active one, as soon as it can be had.
-  virtual void preloadPixelMapSeatLUT(int venueId, int pixelMapId, std::int64_t seatX,
-                                      std::int64_t seatY) = 0;
+  virtual void preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMapId, std::int64_t seatX,
+                                                std::int64_t seatY) = 0;
   /// Forgets the requested, the loaded and the active table.
   virtual void clearActiveSeatLUT() = 0;
   virtual void stopPixelMapLiveSampler() = 0;
   /// The seat's colour in that frame of the active table; none where there is no table or the frame
   /// has no colour.
-  virtual MaybeColour colorFromActivePixelMapSeatLUT(int frameIndex) = 0;
+  virtual MaybeColour colorFromActivePixelMapSeatLUTForFrameIndex(int frameIndex) = 0;
 };
 
 struct ShowParts {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// All one-shot timers of one engine. A named timer is just the id that was kept of it: replacing
-// the id does not end the timer it named, so a flash-back or a replaced step still fires, and finds
-// its chain's flag down. What is still pending when the engine goes is cancelled here. Main thread.
+// All timers of one engine. A named timer is just the id that was kept of it: replacing the id does
+// not end the timer it named. Such a timer, like a flash-back, still fires, and acts if its flag is
+// up then. What is still pending when the engine goes is cancelled here. Main thread.
 #pragma once
 
 #include <cstddef>

@@ -36,6 +36,12 @@ constexpr Pause kStrobePause = exactly({190, 10});
 
 }  // namespace
 
+void stopTorchEffect(TorchState& state, TimerSet& timers) {
+  state.runLEDEffectAnimation = false;
+  timers.invalidate(state.ledAnimationTimer);
+  timers.invalidate(state.ledStrobeAnimationTimer);
+}
+
 TorchModes::TorchModes(TorchState& state, TimerSet& timers, Random& random, Torch& torch,
                        std::function<std::optional<bool>()> seatIsWhite)
     : state_(state),

@@ -27,6 +27,9 @@ enum class TorchEffect : std::uint8_t {
   strobeRandomRunLED,
 };
 
+/// Takes down the run flag and the two named timers.
+void stopTorchEffect(TorchState& state, TimerSet& timers);
+
 class TorchModes final : public TorchPart {
  public:
   /// `seatIsWhite` says whether the seat's point in the still picture of the frame in force is pure

@@ -26,6 +26,7 @@ void ViewStack::setAlpha(ViewId view, double alpha) {
 void ViewStack::animateAlpha(std::initializer_list<AlphaChange> changes,
                              const AnimationTiming& timing, Completion completion) {
   const Run run = start(timing, changes.size(), false, std::move(completion));
+  if (observer_ != nullptr) observer_->alphaAnimationStarted(timing);
   for (const AlphaChange& change : changes) {
     const double from = shownAlpha(change.view);
     cutAlphaTween(change.view);

@@ -18,6 +18,13 @@
 
 namespace halvora {
 
+struct AnimationTiming {
+  Duration duration{};
+  Duration delay{};
+  /// A label for observers; nothing depends on it.
+  const char* name = "";
+};
+
 /// Hears of every change of a stack, in the turn that makes it. A face asks for a frame then; a
 /// trace writes it down.
 class ViewObserver {
@@ -25,18 +32,12 @@ class ViewObserver {
   virtual ~ViewObserver() = default;
   /// `duration` is zero for a value that is set without animation.
   virtual void alphaChanged(ViewId, double /*alpha*/, Duration /*duration*/) {}
+  virtual void alphaAnimationStarted(const AnimationTiming& /*timing*/) {}
   virtual void hiddenChanged(ViewId, bool /*hidden*/) {}
   virtual void textChanged(ViewId, const std::string& /*text*/) {}
   virtual void lightChanged(const MaybeColour&) {}
   virtual void lightAnimationStarted(const MaybeColour& /*to*/, Duration /*duration*/) {}
   virtual void lightAnimationEnded(bool /*finished*/) {}
-};
-
-struct AnimationTiming {
-  Duration duration{};
-  Duration delay{};
-  /// A label for logs; nothing depends on it.
-  const char* name = "";
 };
 
 struct AlphaChange {

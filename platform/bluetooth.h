@@ -46,8 +46,8 @@ class CentralManagerDelegate {
   virtual void didDiscoverPeripheral(const Advertisement& advertisement) = 0;
 };
 
-/// One listener. Reports its state in the first turn after it was made, and on every change. Losing
-/// power ends a scan.
+/// One listener. May be destroyed within a call of its delegate. Reports its state in the first
+/// turn after it was made, and on every change. Losing power ends a scan.
 class CentralManager {
  public:
   virtual ~CentralManager() = default;
@@ -68,7 +68,8 @@ class BluetoothCentral {
  public:
   virtual ~BluetoothCentral() = default;
   virtual BluetoothAuthorization authorization() const = 0;
-  /// Where permission is not determined yet, making a manager is what asks the user for it.
+  /// Never null. Where permission is not determined yet, making a manager is what asks the user for
+  /// it.
   virtual std::unique_ptr<CentralManager> makeManager(CentralManagerDelegate& delegate) = 0;
 };
 

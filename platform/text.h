@@ -27,6 +27,14 @@ constexpr std::int64_t integerValue(std::string_view text) {
   return value == INT64_MIN ? INT64_MAX : -value;
 }
 
+/// The value of a hexadecimal digit of either case; -1 for any other character.
+constexpr int hexDigit(char character) {
+  if (character >= '0' && character <= '9') return character - '0';
+  if (character >= 'a' && character <= 'f') return character - 'a' + 10;
+  if (character >= 'A' && character <= 'F') return character - 'A' + 10;
+  return -1;
+}
+
 /// A number truncated towards zero and saturated at 64 bits; 0 for what is not a number.
 constexpr std::int64_t wholeNumber(double value) {
   // 2^63 is the first double beyond the range; its negative is the last one within.

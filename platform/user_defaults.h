@@ -55,7 +55,7 @@ class UserDefaults {
   virtual void synchronize() = 0;
 };
 
-/// The text under a key; a whole number counts as its decimal text, anything else as none.
+/// The text under a key; a number or a flag counts as its decimal text, anything else as none.
 inline std::optional<std::string> textForKey(const UserDefaults& defaults, std::string_view key) {
   const DefaultsValue* value = defaults.find(key);
   if (value == nullptr) return std::nullopt;
@@ -63,6 +63,8 @@ inline std::optional<std::string> textForKey(const UserDefaults& defaults, std::
   if (const auto* number = std::get_if<std::int64_t>(&value->storage)) {
     return std::to_string(*number);
   }
+  if (const auto* flag = std::get_if<bool>(&value->storage)) return std::string(*flag ? "1" : "0");
+  if (const auto* real = std::get_if<double>(&value->storage)) return std::to_string(*real);
   return std::nullopt;
 }
 

@@ -2,6 +2,7 @@
 #include "usage/usage_pings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -23,12 +24,19 @@ bool isUrlCharacter(char character) {
 std::optional<Date> storedDate(const UserDefaults& defaults, std::string_view key) {
   const DefaultsValue* value = defaults.find(key);
   if (value == nullptr) return std::nullopt;
-  if (const auto* date = std::get_if<Date>(&value->storage)) return *date;
-  if (const auto* seconds = std::get_if<double>(&value->storage)) return Date{*seconds};
-  if (const auto* seconds = std::get_if<std::int64_t>(&value->storage)) {
-    return Date{static_cast<double>(*seconds)};
+  double seconds = 0;
+  if (const auto* date = std::get_if<Date>(&value->storage)) {
+    seconds = date->secondsSince1970;
+  } else if (const auto* real = std::get_if<double>(&value->storage)) {
+    seconds = *real;
+  } else if (const auto* whole = std::get_if<std::int64_t>(&value->storage)) {
+    seconds = static_cast<double>(*whole);
+  } else {
+    return std::nullopt;
   }
-  return std::nullopt;
+  // Some thirty thousand years either way; what lies beyond is no date that a calendar could take.
+  constexpr double kFarthest = 1e12;
+  return std::abs(seconds) <= kFarthest ? std::optional(Date{seconds}) : std::nullopt;
 }
 
 }  // namespace
@@ -53,7 +61,8 @@ void UsagePings::recievedSignal() { sendOnceADay(kSignalKey, endpoints_.received
 
 void UsagePings::send(const std::string& endpoint) {
   if (endpoint.empty()) return;
-  const std::string url = endpoint + "/?appID=" + applicationId_;
+  const bool hasSlash = endpoint.back() == '/';
+  const std::string url = endpoint + (hasSlash ? "?appID=" : "/?appID=") + applicationId_;
   if (std::all_of(url.begin(), url.end(), isUrlCharacter)) http_.get(url);
 }
 

@@ -37,7 +37,7 @@ std::optional<Image> decodeJpeg(std::string_view bytes) {
   }
   Image image = emptyImage(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
   // A warning means that the data ended early or is damaged; half a picture is none.
-  const int flags = TJFLAG_ACCURATEDCT | TJFLAG_STOPONWARNING;
+  const int flags = TJFLAG_ACCURATEDCT | TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS;
   if (tjDecompress2(handle.get(), data, bytes.size(), image.rgba.data(), width, 0, height,
                     TJPF_RGBA, flags) != 0) {
     return std::nullopt;
@@ -53,6 +53,8 @@ std::optional<Image> decodePng(std::string_view bytes) {
   const std::unique_ptr<png_image, void (*)(png_imagep)> release(&png, png_image_free);
   if (!isAllowed(png.width, png.height)) return std::nullopt;
   png.format = PNG_FORMAT_RGBA;
+  // Without a word on its gamma a picture is meant for screens, however many bits it has.
+  png.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;
   Image image = emptyImage(png.width, png.height);
   if (png_image_finish_read(&png, nullptr, image.rgba.data(), 0, nullptr) == 0) {
     return std::nullopt;

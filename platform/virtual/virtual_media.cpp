@@ -23,12 +23,15 @@ void VirtualVideoPlayer::pause() {
 
 void VirtualVideoPlayer::seek(Duration position, Task completion) {
   log_.add({name_, VideoAct::seek, {}, position});
-  heldSeek_ = std::move(completion);
+  seeks_.push_back(std::move(completion));
   if (!holdsSeeks) loop_.soon([this] { completeSeek(); });
 }
 
 void VirtualVideoPlayer::completeSeek() {
-  if (Task completion = std::exchange(heldSeek_, {})) completion();
+  if (seeks_.empty()) return;
+  Task completion = std::move(seeks_.front());
+  seeks_.pop_front();
+  completion();
 }
 
 }  // namespace halvora

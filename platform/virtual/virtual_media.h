@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 
 #include "platform/image.h"
@@ -56,7 +57,7 @@ class VirtualVideoPlayer final : public VideoPlayer {
   void setPreferredForwardBuffer(Duration duration) override { forwardBuffer = duration; }
   void seek(Duration position, Task completion) override;
 
-  /// Lets the seek that was held back complete now.
+  /// Lets the oldest seek that is under way complete now.
   void completeSeek();
 
   const VideoItem& item() const { return item_; }
@@ -72,7 +73,7 @@ class VirtualVideoPlayer final : public VideoPlayer {
   char name_;
   Log<VideoEvent>& log_;
   VideoItem item_;
-  Task heldSeek_;
+  std::deque<Task> seeks_;
 };
 
 /// Knows no kind of picture.

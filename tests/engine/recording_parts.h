@@ -34,14 +34,14 @@ class RecordingParts final : private TorchPart,
   void updateLowLightHintState() override { log_.add("lowLight"); }
   void playVideo(const std::string& name) override { log_.add("playVideo " + name); }
   void pausePlayers() override { log_.add("pausePlayers"); }
-  void preloadPixelMapSeatLUT(int venueId, int pixelMapId, std::int64_t seatX,
-                              std::int64_t seatY) override {
+  void preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMapId, std::int64_t seatX,
+                                        std::int64_t seatY) override {
     log_.add("preload " + std::to_string(venueId) + " " + std::to_string(pixelMapId) + " " +
              std::to_string(seatX) + " " + std::to_string(seatY));
   }
   void clearActiveSeatLUT() override { log_.add("clearSeatLut"); }
   void stopPixelMapLiveSampler() override { log_.add("stopSampler"); }
-  MaybeColour colorFromActivePixelMapSeatLUT(int frameIndex) override {
+  MaybeColour colorFromActivePixelMapSeatLUTForFrameIndex(int frameIndex) override {
     log_.add("seatColour " + std::to_string(frameIndex));
     const auto found = seatColours_.find(frameIndex);
     return found == seatColours_.end() ? MaybeColour() : MaybeColour(found->second);

@@ -255,13 +255,13 @@ TEST(Layout, TurningThePhoneDoesNothing) {
 
 TEST(LocalizedString, KeyMissingFromTheTableGivesTheFallback) {
   EngineBench bench;
-  EXPECT_EQ(bench.engine().hvLocalizedString("hv_none", "A fallback"), "A fallback");
+  EXPECT_EQ(bench.engine().hvLocalizedStringForKey("hv_none", "A fallback"), "A fallback");
 }
 
 TEST(LocalizedString, TranslatedKeyGivesTheTranslation) {
   EngineBench bench;
   bench.phone.kitBundle.strings["hv_low_light_hint"] = "Lichtshow aktiv.";
-  EXPECT_EQ(bench.engine().hvLocalizedString("hv_low_light_hint", "A fallback"),
+  EXPECT_EQ(bench.engine().hvLocalizedStringForKey("hv_low_light_hint", "A fallback"),
             "Lichtshow aktiv.");
 }
 
@@ -269,14 +269,14 @@ TEST(LocalizedString, EmptyTextOrTheKeyItselfGivesTheFallback) {
   EngineBench bench;
   bench.phone.kitBundle.strings["hv_empty"] = "";
   bench.phone.kitBundle.strings["hv_same"] = "hv_same";
-  EXPECT_EQ(bench.engine().hvLocalizedString("hv_empty", "A fallback"), "A fallback");
-  EXPECT_EQ(bench.engine().hvLocalizedString("hv_same", "A fallback"), "A fallback");
+  EXPECT_EQ(bench.engine().hvLocalizedStringForKey("hv_empty", "A fallback"), "A fallback");
+  EXPECT_EQ(bench.engine().hvLocalizedStringForKey("hv_same", "A fallback"), "A fallback");
 }
 
 TEST(LocalizedString, HostsTableIsNotAsked) {
   EngineBench bench;
   bench.phone.mainBundle.strings["hv_text"] = "The host's";
-  EXPECT_EQ(bench.engine().hvLocalizedString("hv_text", "A fallback"), "A fallback");
+  EXPECT_EQ(bench.engine().hvLocalizedStringForKey("hv_text", "A fallback"), "A fallback");
 }
 
 }  // namespace

@@ -19,6 +19,12 @@ TEST(HexColour, TheFirstCharacterIsSkippedWhateverItIs) {
   EXPECT_EQ(colorFromHexString(" 0000FF"), (Colour{0, 0, 1, 1}));
 }
 
+TEST(HexColour, AFirstCharacterOfSeveralBytesIsOneCharacter) {
+  EXPECT_EQ(colorFromHexString("\xEF\xBC\x83"
+                               "FF8000"),
+            colourOfBytes(0xFF, 0x80, 0));
+}
+
 TEST(HexColour, DigitsOfBothCases) {
   EXPECT_EQ(colorFromHexString("#aBcDeF"), colourOfBytes(0xAB, 0xCD, 0xEF));
 }

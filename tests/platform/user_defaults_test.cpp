@@ -33,9 +33,13 @@ TEST(TextForKey, AWholeNumberIsItsDecimalText) {
   EXPECT_EQ(textOf(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
 }
 
+TEST(TextForKey, FlagsAndFractionsHaveTextsToo) {
+  EXPECT_EQ(textOf(true), "1");
+  EXPECT_EQ(textOf(false), "0");
+  EXPECT_EQ(textOf(1.5), "1.500000");
+}
+
 TEST(TextForKey, AnythingElseIsNone) {
-  EXPECT_EQ(textOf(true), std::nullopt);
-  EXPECT_EQ(textOf(1.5), std::nullopt);
   EXPECT_EQ(textOf(Date{5}), std::nullopt);
   EXPECT_EQ(textOf(DefaultsArray{DefaultsValue(std::string("a"))}), std::nullopt);
   EXPECT_EQ(textForKey(VirtualDefaults(), "key"), std::nullopt);

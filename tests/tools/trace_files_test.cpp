@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every scenario of the folder beside this file against the trace that was worked out for it.
-// NAME.jsonl is played with the options in NAME.options, if there are any (ASSETS stands for the
-// tests' own assets), and compared with NAME.expected.jsonl. A new pair of files is a new test.
+// NAME.jsonl is played with the options in NAME.options, if there are any (ASSETS at the beginning
+// of a word stands for the tests' own assets), and compared with NAME.expected.jsonl. A new pair of
+// files is a new test.
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
@@ -38,7 +39,11 @@ std::vector<std::string> optionsOf(const std::string& name) {
   if (!std::filesystem::exists(file)) return options;
   std::istringstream words(contentsOf(file));
   for (std::string word; words >> word;) {
-    options.push_back(word == "ASSETS" ? (toolTests() / "assets").string() : word);
+    constexpr std::string_view kAssets = "ASSETS";
+    if (word.starts_with(kAssets)) {
+      word.replace(0, kAssets.size(), (toolTests() / "assets").string());
+    }
+    options.push_back(word);
   }
   return options;
 }

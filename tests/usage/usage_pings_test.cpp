@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "usage/usage_pings.h"
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,23 @@ TEST_F(UsagePingsTest, AnOpenedApplicationCountsItselfAndThenTheDevice) {
   pings().appOpened();
   EXPECT_EQ(http_.log.entries, (Urls{"https://opens.example/?appID=com.example.host",
                                      "https://devices.example/?appID=com.example.host"}));
+}
+
+TEST_F(UsagePingsTest, AnEndpointMayEndWithItsSlash) {
+  endpoints_.appOpened = "https://opens.example/";
+  pings().appOpened();
+  EXPECT_EQ(http_.log.entries.front(), "https://opens.example/?appID=com.example.host");
+}
+
+TEST_F(UsagePingsTest, AStoredDateThatNoCalendarTakesIsNone) {
+  goTo(kFirstOf2026);
+  for (const double seconds : {1e300, -1e300, std::numeric_limits<double>::quiet_NaN()}) {
+    http_.log.entries.clear();
+    defaults_.setFromOutside(kSignalKey, DefaultsValue(seconds));
+    pings().recievedSignal();
+    EXPECT_EQ(http_.log.entries.size(), 1U) << seconds;
+    EXPECT_EQ(stored(kSignalKey), Date{kFirstOf2026});
+  }
 }
 
 TEST_F(UsagePingsTest, TwoActivationsOnOneDayAreTwoOpensAndOneDevice) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -47,12 +48,13 @@ std::optional<std::uint64_t> decimal(std::string_view text, std::uint64_t larges
   return value;
 }
 
-// A number as JSON writes it, and nothing around it.
+// A plain decimal number, and nothing around it.
 std::optional<double> plainNumber(const std::string& text) {
-  const auto list = RapidJsonReader().parse("[" + text + "]", nullptr);
-  const bool isBare = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
-  if (!isBare || !list || list->array()->size() != 1) return std::nullopt;
-  return list->array()->front().number();
+  const bool isPlain = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
+  char* end = nullptr;
+  const double value = std::strtod(text.c_str(), &end);
+  const bool isWhole = !text.empty() && text.front() != '+' && *end == '\0';
+  return isPlain && isWhole ? std::optional(value) : std::nullopt;
 }
 
 CommandResult notHexadecimal(const std::string& text) {

@@ -5,13 +5,14 @@
 #include <array>
 #include <cmath>
 
+#include "platform/text.h"
 #include "tools/halvora/scenario_fields.h"
 
 namespace halvora {
 
 namespace {
 
-// A century of minutes is longer than any show and still far from the end of the clock.
+// Some thirty years: longer than any show, and far from the end of the clock.
 constexpr double kLatestTime = 1e9;
 constexpr double kShortestRepeat = 1e-4;
 constexpr std::uint64_t kMostRepeats = 100'000'000;
@@ -224,12 +225,6 @@ std::variant<Scenario, ScenarioError> parseScenario(std::string_view text, const
 }
 
 std::optional<std::vector<std::uint8_t>> bytesOfHex(std::string_view text) {
-  const auto digit = [](char character) {
-    if (character >= '0' && character <= '9') return character - '0';
-    if (character >= 'A' && character <= 'F') return character - 'A' + 10;
-    if (character >= 'a' && character <= 'f') return character - 'a' + 10;
-    return -1;
-  };
   constexpr std::string_view kBetween = " \t\r\n\v\f:";
   std::vector<std::uint8_t> bytes;
   for (std::size_t at = 0; at < text.size();) {
@@ -237,8 +232,8 @@ std::optional<std::vector<std::uint8_t>> bytesOfHex(std::string_view text) {
       ++at;
       continue;
     }
-    const int high = digit(text[at]);
-    const int low = at + 1 < text.size() ? digit(text[at + 1]) : -1;
+    const int high = hexDigit(text[at]);
+    const int low = at + 1 < text.size() ? hexDigit(text[at + 1]) : -1;
     if (high < 0 || low < 0) return std::nullopt;
     bytes.push_back(static_cast<std::uint8_t>(high * 16 + low));
     at += 2;

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+// The clip's step of command processing with a clip in it. No packet gets one past the step that
+// drops it, so the step is run by itself.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "engine/command_processor.h"
+#include "engine/unbuilt_seat_lut.h"
+#include "light/brightness.h"
+#include "light/gobo_animator.h"
+#include "light/overlays.h"
+#include "light/screen_modes.h"
+#include "light/synchronised_video.h"
+#include "light/torch_modes.h"
+#include "platform/json/rapid_json_reader.h"
+#include "platform/virtual/virtual_phone.h"
+
+namespace halvora {
+namespace {
+
+class ClipStep : public testing::Test, private ViewObserver {
+ protected:
+  ClipStep() { views.setObserver(this); }
+
+  void take(int videoId, int status = 1, std::uint32_t mode = 1) {
+    Command command;
+    command.broadcast.videoId = static_cast<std::uint16_t>(videoId);
+    command.broadcast.videoStatus = static_cast<std::uint16_t>(status);
+    command.mode = mode;
+    state.video.currentVideoStatus = status;
+    for (const CommandProcessor::Step& step : CommandProcessor::steps()) {
+      if (std::string(step.name) == "video") (processor.*step.run)(command);
+    }
+  }
+  std::vector<std::string> loaded() {
+    std::vector<std::string> names;
+    for (const VideoEvent& event : phone.videoLog.drain()) {
+      if (event.act == VideoAct::load) names.push_back(std::string(1, event.player) + event.item);
+    }
+    return names;
+  }
+
+  RapidJsonReader json;
+  VirtualPhone phone{json};
+  Platform platform = phone.platform();
+  EngineState state;
+  std::vector<Palette> palettes;
+  ShowCallbacks callbacks;
+  TimerSet timers{phone.loop};
+  ViewStack views{timers};
+  BrightnessRamps brightness{phone.screen, timers, state.colour};
+  Overlays overlays{state.screen, views, timers};
+  TorchModes torch{state.torch, timers, *phone.random, phone.torch, [] { return std::nullopt; }};
+  GoboAnimator gobo{state.gobo, views, *phone.random};
+  SynchronisedVideo video{state.video, views, timers, phone.videoPlayers};
+  UnbuiltSeatLut seatLut;
+  ShowParts parts{torch, gobo, overlays, video, seatLut};
+  ScreenModes modes{state.screen,
+                    state.colour,
+                    views,
+                    timers,
+                    *phone.random,
+                    overlays,
+                    [] { return SeatLight{}; }};
+  CommandProcessor processor{
+      {platform, state, palettes, callbacks, timers, views, brightness, modes, parts}};
+  std::vector<std::string> animations;
+
+ private:
+  void alphaAnimationStarted(const AnimationTiming& timing) override {
+    animations.push_back(std::string(timing.name) + " " +
+                         std::to_string(timing.duration.count() / 1000));
+  }
+};
+
+TEST_F(ClipStep, AClipFadesTheShowAndItsBackgroundInAndIsPrepared) {
+  take(3);
+  EXPECT_EQ(views.alpha(ViewId::container), 1);
+  EXPECT_EQ(views.alpha(ViewId::videoBackgroundView), 1);
+  // The show, its background, and the change of players.
+  EXPECT_EQ(animations, (std::vector<std::string>{"Fade Out 1000", "Fade Out 1000", " 1000"}));
+  EXPECT_EQ(phone.screen.log.entries, std::vector<double>{1.0});
+  EXPECT_EQ(loaded(), std::vector<std::string>{"A3"});
+  EXPECT_EQ(state.video.currentVideoId, 3);
+}
+
+TEST_F(ClipStep, TheSameClipAgainChangesNothing) {
+  take(3);
+  loaded();
+  const TimerId poller = state.video.videoPlayTimer;
+  take(3);
+  EXPECT_EQ(loaded(), std::vector<std::string>{});
+  EXPECT_EQ(state.video.videoPlayTimer, poller);
+  EXPECT_EQ(phone.screen.log.entries.size(), 1U);
+}
+
+TEST_F(ClipStep, ASecondClipIsPreparedOnTheOtherPlayer) {
+  take(3);
+  take(10);
+  EXPECT_EQ(loaded(), (std::vector<std::string>{"A3", "B10"}));
+  EXPECT_EQ(views.alpha(ViewId::playerViewA), 0);
+  EXPECT_EQ(views.alpha(ViewId::playerViewB), 1);
+}
+
+TEST_F(ClipStep, VideoId11ChangesTheIdAndPlaysNothing) {
+  take(3);
+  loaded();
+  take(11);
+  EXPECT_EQ(state.video.currentVideoId, 11);
+  EXPECT_EQ(state.video.videoPlayTimer, 0U);
+  EXPECT_EQ(loaded(), std::vector<std::string>{});
+}
+
+TEST_F(ClipStep, CatchingUpStaysDormantBecauseTheStatusIsStoredFirst) {
+  take(3, 1);
+  EXPECT_FALSE(state.video.isCatchingUp);
+  state.video.isCatchingUp = true;
+  take(4, 0);
+  EXPECT_FALSE(state.video.isCatchingUp);
+}
+
+TEST_F(ClipStep, NoClipFadesThePlayersOutAndThenPausesThem) {
+  take(3);
+  phone.loop.runFor(milliseconds(1000));
+  phone.videoLog.drain();
+  take(0);
+  EXPECT_EQ(views.alpha(ViewId::videoBackgroundView), 0);
+  EXPECT_EQ(views.alpha(ViewId::playerViewA), 0);
+  EXPECT_EQ(state.video.currentVideoId, 0);
+  phone.loop.runFor(milliseconds(499));
+  EXPECT_TRUE(phone.videoLog.entries.empty());
+  phone.loop.runFor(milliseconds(1));
+  ASSERT_EQ(phone.videoLog.entries.size(), 2U);
+  EXPECT_EQ(phone.videoLog.entries[0].act, VideoAct::pause);
+  EXPECT_EQ(phone.videoLog.entries[1].player, 'B');
+}
+
+}  // namespace
+}  // namespace halvora

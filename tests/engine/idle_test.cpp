@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include "engine/halvora_view_controller.h"
+#include "platform/json/rapid_json_reader.h"
+#include "platform/virtual/virtual_phone.h"
+
+namespace halvora {
+namespace {
+
+constexpr Duration kStartUp = milliseconds(10'000);
+constexpr Duration kTenMinutes = milliseconds(600'000);
+
+std::uint64_t turnsOfTenMinutes(VirtualPhone& phone) {
+  const std::uint64_t before = phone.loop.turns();
+  phone.loop.runFor(kTenMinutes);
+  return phone.loop.turns() - before;
+}
+
+TEST(Idle, PhoneInAVenueWithoutAShowWakesOnlyForItsNamedTimers) {
+  const RapidJsonReader json;
+  VirtualPhone phone(json);
+  HalvoraViewController engine(phone.platform());
+  engine.viewDidLoad();
+  engine.start();
+  phone.loop.runFor(kStartUp);
+  // The scan cycle and the range reset once a second, the low-light poll twice.
+  EXPECT_EQ(turnsOfTenMinutes(phone), 2400U);
+}
+
+TEST(Idle, PhoneThatIsNotAllowedToListenWakesOnlyForTheLowLightPoll) {
+  const RapidJsonReader json;
+  VirtualPhone phone(json);
+  phone.bluetooth.setAuthorization(BluetoothAuthorization::denied);
+  HalvoraViewController engine(phone.platform());
+  engine.viewDidLoad();
+  engine.start();
+  phone.loop.runFor(kStartUp);
+  EXPECT_EQ(turnsOfTenMinutes(phone), 1200U);
+}
+
+TEST(Idle, PhoneIsAsQuietAfterAShowAsBeforeIt) {
+  const RapidJsonReader json;
+  VirtualPhone phone(json);
+  HalvoraViewController engine(phone.platform());
+  engine.viewDidLoad();
+  engine.start();
+  phone.loop.runFor(kStartUp);
+  Broadcast look;
+  look.applicationId = 258;
+  look.transmitter = 7;
+  look.gobo = 3;
+  for (const int mode : {6, 14, 11, 12, 0}) {
+    look.mode = static_cast<std::uint16_t>(mode);
+    look.ledMode = look.mode;
+    ++look.sequence;
+    const BroadcastBytes data = encodeBroadcast(look);
+    EXPECT_TRUE(phone.bluetooth.advertise({std::span<const std::uint8_t>(data)}));
+    phone.loop.runFor(milliseconds(2000));
+  }
+  // Seven empty cycles drop the show; a slow fade and the way down of the brightness end too.
+  phone.loop.runFor(milliseconds(60'000));
+  EXPECT_EQ(turnsOfTenMinutes(phone), 2400U);
+}
+
+TEST(Idle, NothingWakesThePhoneOnceTheEngineIsGone) {
+  const RapidJsonReader json;
+  VirtualPhone phone(json);
+  {
+    HalvoraViewController engine(phone.platform());
+    engine.viewDidLoad();
+    engine.start();
+    phone.loop.runFor(kStartUp);
+  }
+  EXPECT_EQ(turnsOfTenMinutes(phone), 0U);
+}
+
+}  // namespace
+}  // namespace halvora
