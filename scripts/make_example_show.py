@@ -25,6 +25,8 @@ SHOW_FILE = ASSETS / "example-show.jsonl"
 PALETTE_FILE = ASSETS / "HVAssets" / "palettes.json"
 GOBO_FOLDER = ASSETS / "HVAssets" / "Gobos"
 
+# Where the torch stills are looked at.
+SEAT = {"selectedSection": "Stalls", "xPos": "44", "yPos": "20"}
 DEVICE = {"brightness": 0.4, "torch": True, "width": 390, "height": 844}
 
 APPLICATION_ID = 4242
@@ -49,6 +51,7 @@ class Cue:
     fade: float = 0  # seconds that the master takes to get here from the cue before
     torch: int = 0
     torch_speed: int = 0
+    still: int = 0  # the picture that decides the torch in mode 9
     gobo: int = 0
     vibrate: int = 0
 
@@ -65,14 +68,14 @@ SHOW = [
     Cue(9.0, "First light", 17, 125, 46, master=70),
     Cue(11.0, "Horizon", 17, 125, 3, fade=2.5),
     Cue(14.0, "Sun disc", 17, 125, 24, gobo=5),
-    Cue(17.0, "Haze lifts", 17, 225, 38),
-    Cue(19.6, "First bird", 13, 70, 31),
-    Cue(22.2, "All the birds", 13, 205, 31, vibrate=1),
-    Cue(24.6, "Dew", 4, 110, 4, gobo=2),
-    Cue(27.2, "Dew in the wind", 4, 205, 17),
-    Cue(29.6, "Warm breath", 16, 125, 1),
-    Cue(32.4, "Quicker breath", 16, 215, 30),
-    Cue(34.8, "Morning mist", 18, 135, 44),
+    Cue(17.0, "Haze lifts", 17, 225, 38, torch=9, still=1),
+    Cue(19.6, "First bird", 13, 70, 31, torch=9, still=2),
+    Cue(22.2, "All the birds", 13, 205, 31, vibrate=1, torch=9, still=3),
+    Cue(24.6, "Dew", 4, 110, 4, gobo=2, torch=9, still=4),
+    Cue(27.2, "Dew in the wind", 4, 205, 17, torch=9, still=5),
+    Cue(29.6, "Warm breath", 16, 125, 1, torch=9, still=6),
+    Cue(32.4, "Quicker breath", 16, 215, 30, torch=9, still=7),
+    Cue(34.8, "Morning mist", 18, 135, 44, torch=9, still=8),
     Cue(36.4, "Mist turns gold", 18, 135, 27),
     Cue(38.4, "Mist opens", 18, 135, 32, gobo=1),
     Cue(40.2, "Heat shimmer", 18, 225, 32),
@@ -189,7 +192,8 @@ def state(cue, master):
     """The 23 bytes of a look that stand before its sequence number."""
     is_palette = isinstance(cue.light, int)
     rgb = bytes(3) if is_palette else bytes.fromhex(cue.light[1:])
-    sync_flag = pixel_map = video = minutes = seconds = hundredths = video_status = 0
+    sync_flag = pixel_map = video = seconds = hundredths = video_status = 0
+    minutes = cue.still
     return (
         b"\x09\xC9" + APPLICATION_ID.to_bytes(2, "big")
         + bytes([sync_flag, VENUE_ID, pixel_map, master]) + rgb
@@ -226,6 +230,7 @@ def in_seconds(ms):
 def scenario():
     """The lines of the file."""
     yield {"at": 0, "device": DEVICE}
+    yield {"at": 0, "defaults": SEAT}
     yield {"at": 0, "start": True}
     timeline = list(changes())
     ends = [at for at, _ in timeline[1:]] + [timeline[-1][0] + END_HOLD]
@@ -341,7 +346,7 @@ def faults_of_coverage():
         "modes with a gobo": (set(range(1, 14)), {c.mode for c in SHOW if c.gobo}),
         "gobos": (gobos, {c.gobo for c in SHOW}),
         "gobo rules": (gobo_rules, set(gobo_acts())),
-        "torch modes": (set(range(9)), {c.torch for c in SHOW}),
+        "torch modes": (set(range(10)), {c.torch for c in SHOW}),
         "vibrations": ({0, 1, 2, 3}, {c.vibrate for c in SHOW}),
     }
     for what, (wanted, used) in whole.items():

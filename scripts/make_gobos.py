@@ -276,7 +276,7 @@ def write_stills(folder):
             for x in range(STILL_WIDTH)
         )
         start = f"P6\n{STILL_WIDTH} {STILL_HEIGHT}\n255\n".encode("ascii")
-        (folder / f"v7_m1_f{still}.ppm").write_bytes(start + pixels)
+        (folder / f"v7_m0_f{still}.ppm").write_bytes(start + pixels)
 
 
 def main(arguments):

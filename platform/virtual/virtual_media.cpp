@@ -31,7 +31,7 @@ void VirtualVideoPlayer::completeSeek() {
   if (seeks_.empty()) return;
   Task completion = std::move(seeks_.front());
   seeks_.pop_front();
-  completion();
+  if (completion) completion();
 }
 
 }  // namespace halvora
