@@ -76,7 +76,7 @@ def self_test():
     good = {
         "a.cpp": f"// {LICENCE}\n{'x' * 100}\n",
         "run": f"#!/usr/bin/env bash\n# {LICENCE}\n",
-        "notes.md": "https://example.com/work/it and ${ROOT}/tmp/x and platform/work/x\n",
+        "notes.md": "https://example.com/{0}/it and ${{ROOT}}/tmp/x and platform/{0}/x\n".format("work"),
         "pixels.bin": f"\0{tmp}/x",
     }
     bad = {
