@@ -12,8 +12,8 @@
 #include "bench/require.h"
 #include "engine/broadcast.h"
 #include "platform/json/rapid_json_reader.h"
-#include "platform/standard/files.h"
 #include "platform/standard/seeded_random.h"
+#include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_media.h"
 #include "tools/halvora/trace.h"
 

@@ -16,6 +16,9 @@ set(elsewhere tests/qt/)
 if(NOT TARGET halvora_image)
   list(APPEND elsewhere tests/platform/image/)
 endif()
+if(NOT TARGET halvora_ffmpeg)
+  list(APPEND elsewhere tests/platform/ffmpeg/)
+endif()
 if(HALVORA_TEST_SUITES)
   file(GLOB_RECURSE tests CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*_test.cpp")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${tests})
@@ -29,7 +32,8 @@ if(HALVORA_TEST_SUITES)
   endforeach()
 endif()
 halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
-  LINK halvora_tool $<TARGET_NAME_IF_EXISTS:halvora_image> halvora_json halvora_virtual
+  LINK halvora_tool $<TARGET_NAME_IF_EXISTS:halvora_image>
+    $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)
 if(TARGET halvora_tests)
   target_compile_definitions(halvora_tests PRIVATE

@@ -8,6 +8,7 @@ namespace halvora {
 class Application;
 class BluetoothCentral;
 class Calendar;
+class Files;
 class Haptics;
 class HttpClient;
 class ImageDecoder;
@@ -18,7 +19,9 @@ class Screen;
 class SerialQueues;
 class Torch;
 class UserDefaults;
+class VideoAssets;
 class WallClock;
+class Workers;
 struct Bundles;
 struct VideoPlayers;
 
@@ -39,6 +42,9 @@ struct Platform {
   Torch& torch;
   const ImageDecoder& images;
   const VideoPlayers& videoPlayers;
+  Files& files;
+  const VideoAssets& videoAssets;
+  Workers& workers;
 };
 
 }  // namespace halvora

@@ -18,7 +18,8 @@ LiveShow::LiveShow(const ShowFiles& files, RunLoop& loop, SerialQueues& queues,
       playerA_(loop, 'A', videoLog_),
       playerB_(loop, 'B', videoLog_),
       engine_({loop, queues, wallClock_, calendar_, random_, bluetooth_, screen_, haptics_,
-               application_, defaults_, bundles_, http_, json, torch_, noPictures_, videoPlayers_}),
+               application_, defaults_, bundles_, http_, json, torch_, noPictures_, videoPlayers_,
+               noFiles_, noVideos_, workers_}),
       ended_(std::move(ended)),
       timers_(loop) {
   bluetooth_.setAuthorization(files.scenario.device.authorization);

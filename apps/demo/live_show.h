@@ -18,8 +18,10 @@
 #include "platform/standard/seeded_random.h"
 #include "platform/virtual/virtual_bluetooth.h"
 #include "platform/virtual/virtual_devices.h"
+#include "platform/virtual/virtual_files.h"
 #include "platform/virtual/virtual_media.h"
 #include "platform/virtual/virtual_storage.h"
+#include "platform/virtual/virtual_video.h"
 #include "tools/halvora/scenario_player.h"
 
 namespace halvora {
@@ -59,6 +61,9 @@ class LiveShow {
   VirtualVideoPlayer playerA_;
   VirtualVideoPlayer playerB_;
   VideoPlayers videoPlayers_{playerA_, playerB_};
+  VirtualFiles noFiles_;
+  VirtualVideoAssets noVideos_;
+  InlineWorkers workers_;
   HalvoraViewController engine_;
   const ScenarioStage stage_{bluetooth_, application_, defaults_, engine_};
   std::function<void()> ended_;

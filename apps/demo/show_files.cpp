@@ -4,7 +4,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/standard/files.h"
+#include "platform/standard/standard_files.h"
 
 namespace halvora {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/standard/files.h"
+#include "platform/standard/standard_files.h"
 
 namespace halvora {
 

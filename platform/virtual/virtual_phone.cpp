@@ -12,7 +12,10 @@ VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
               setup.kitBundle != nullptr ? *setup.kitBundle : kitBundle,
               std::move(setup.documents)},
       json(reader),
-      images(setup.images != nullptr ? *setup.images : noPictures) {
+      images(setup.images != nullptr ? *setup.images : noPictures),
+      files(setup.files != nullptr ? *setup.files : virtualFiles),
+      videoAssets(setup.videoAssets != nullptr ? *setup.videoAssets : virtualVideos),
+      workers(setup.workers != nullptr ? *setup.workers : inlineWorkers) {
   torch.isFitted = setup.hasTorch;
   torch.isFlashFitted = setup.hasTorch;
   bluetooth.setAuthorization(setup.authorization);
@@ -20,8 +23,9 @@ VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
 }
 
 Platform VirtualPhone::platform() {
-  return {loop,        queues,   wallClock, calendar, *random, bluetooth, screen, haptics,
-          application, defaults, bundles,   http,     json,    torch,     images, videoPlayers};
+  return {loop,    queues,       wallClock, calendar,    *random, bluetooth, screen,
+          haptics, application,  defaults,  bundles,     http,    json,      torch,
+          images,  videoPlayers, files,     videoAssets, workers};
 }
 
 }  // namespace halvora

@@ -11,9 +11,11 @@
 #include "platform/standard/seeded_random.h"
 #include "platform/virtual/virtual_bluetooth.h"
 #include "platform/virtual/virtual_devices.h"
+#include "platform/virtual/virtual_files.h"
 #include "platform/virtual/virtual_media.h"
 #include "platform/virtual/virtual_run_loop.h"
 #include "platform/virtual/virtual_storage.h"
+#include "platform/virtual/virtual_video.h"
 
 namespace halvora {
 
@@ -32,6 +34,11 @@ struct VirtualPhoneSetup {
   /// Null for a decoder that knows no picture; must outlive the phone.
   const ImageDecoder* images = nullptr;
   bool hasTorch = true;
+  /// Null for the phone's own files and videos, which are in memory; both must outlive the phone.
+  Files* files = nullptr;
+  const VideoAssets* videoAssets = nullptr;
+  /// Null for one that does everything on the calling thread; must outlive the phone.
+  Workers* workers = nullptr;
 };
 
 class VirtualPhone {
@@ -65,6 +72,12 @@ class VirtualPhone {
   VirtualVideoPlayer playerA{loop, 'A', videoLog};
   VirtualVideoPlayer playerB{loop, 'B', videoLog};
   VideoPlayers videoPlayers{playerA, playerB};
+  VirtualFiles virtualFiles;
+  VirtualVideoAssets virtualVideos;
+  InlineWorkers inlineWorkers;
+  Files& files;
+  const VideoAssets& videoAssets;
+  Workers& workers;
 };
 
 }  // namespace halvora

@@ -193,9 +193,16 @@ RecordingPlatform::RecordingPlatform(VirtualPhone& virtualPhone, ActLog& log)
       http(log) {}
 
 Platform RecordingPlatform::platform() {
-  return {runLoop,    queues,      phone.wallClock, phone.calendar,    random,  bluetooth,
-          screen,     haptics,     application,     defaults,          bundles, http,
-          phone.json, phone.torch, phone.images,    phone.videoPlayers};
+  return {runLoop,         queues,
+          phone.wallClock, phone.calendar,
+          random,          bluetooth,
+          screen,          haptics,
+          application,     defaults,
+          bundles,         http,
+          phone.json,      phone.torch,
+          phone.images,    phone.videoPlayers,
+          phone.files,     phone.videoAssets,
+          phone.workers};
 }
 
 }  // namespace halvora

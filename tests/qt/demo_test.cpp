@@ -19,9 +19,9 @@
 #include "light/display_list.h"
 #include "platform/json/rapid_json_reader.h"
 #include "platform/qt/display_painter.h"
-#include "platform/standard/files.h"
 #include "platform/standard/folder_bundle.h"
 #include "platform/standard/seeded_random.h"
+#include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_phone.h"
 #include "tools/halvora/scenario_player.h"
 

@@ -14,8 +14,8 @@
 
 #include "engine/broadcast.h"
 #include "platform/json/rapid_json_reader.h"
-#include "platform/standard/files.h"
 #include "platform/standard/seeded_random.h"
+#include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_devices.h"
 #include "tools/halvora/packet.h"
 #include "tools/halvora/scenario.h"

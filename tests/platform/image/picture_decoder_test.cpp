@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/standard/files.h"
+#include "platform/standard/standard_files.h"
 #include "tests/engine/allocation_count.h"
 
 namespace halvora {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/standard/files.h"
+#include "platform/standard/standard_files.h"
 
 #include <filesystem>
 #include <string>
