@@ -47,6 +47,8 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
              [this] { return seatIsWhite(); }),
       gobo_(state_.gobo, views_, platform.random),
       video_(state_.video, views_, timers_, platform.videoPlayers),
+      seatLut_(platform_, {[this] { return state_.seat.currentVideoMinutes; },
+                           [this] { refreshMode21ColorIfNeeded(); }}),
       parts_(parts ? *parts : ShowParts{torch_, gobo_, overlays_, video_, seatLut_}),
       brightness_(platform.screen, timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
@@ -58,6 +60,8 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
       scanner_(platform_, state_.presence, timers_, *this) {}
 
 HalvoraViewController::~HalvoraViewController() {
+  // The queues wait for the build that is under way.
+  seatLut_.end();
   timers_.invalidate(lowLightHintTimer_);
   platform_.application.removeObserver(*this);
 }
@@ -68,6 +72,7 @@ void HalvoraViewController::viewDidLoad() {
   loadPalettes();
   pixelMapLUTDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.lut.decode");
   pixelMapLiveDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.live.decode");
+  seatLut_.useQueues(*pixelMapLUTDecodeQueue_, *pixelMapLiveDecodeQueue_);
   parts_.seatLut.clearActiveSeatLUT();
   pairedBucketID_ = textForKey(platform_.defaults, "pairedBucketID").value_or("");
   platform_.application.useAudioPlaybackCategory();
@@ -162,6 +167,13 @@ SeatLight HalvoraViewController::seatLight() {
   if (!hasSeat()) return {};
   return {true, parts_.seatLut.colorFromActivePixelMapSeatLUTForFrameIndex(
                     state_.seat.currentVideoMinutes)};
+}
+
+void HalvoraViewController::refreshMode21ColorIfNeeded() {
+  const ScreenState& screen = state_.screen;
+  if (screen.currentMode == kPixelMapMode && hasSeat()) {
+    modes_.processMode(screen.currentMode, screen.currentModeSpeed);
+  }
 }
 
 bool HalvoraViewController::hasSeat() const {

@@ -16,7 +16,6 @@
 #include "engine/command_processor.h"
 #include "engine/engine_state.h"
 #include "engine/scanner.h"
-#include "engine/unbuilt_seat_lut.h"
 #include "light/brightness.h"
 #include "light/gobo_animator.h"
 #include "light/overlays.h"
@@ -24,6 +23,7 @@
 #include "light/synchronised_video.h"
 #include "light/torch_modes.h"
 #include "light/view_stack.h"
+#include "pixelmap/pixel_map_seat_luts.h"
 #include "platform/application.h"
 #include "platform/bundle.h"
 #include "platform/platform.h"
@@ -92,6 +92,20 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   PacketFate processEffect(const Broadcast& broadcast) override;
   void playVideo(const std::string& name) { parts_.video.playVideo(name); }
 
+  /// Builds the seat's table for every pixel map of the venue that has none yet, in the background.
+  /// `progress` is told of each map, `completion` once at the end; (0, 0) where there is nothing to
+  /// do. Either may be absent. A newer call, and invalidation, end this one at its next map.
+  void precomputePixelMapLUTsForVenueId(std::int64_t venueId, std::int64_t seatX,
+                                        std::int64_t seatY, PrecomputeProgress progress = {},
+                                        PrecomputeCompletion completion = {}) {
+    seatLut_.precomputePixelMapLUTsForVenueId(venueId, {seatX, seatY}, std::move(progress),
+                                              std::move(completion));
+  }
+  /// Forgets all tables in memory, and deletes those of the venue.
+  void invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {
+    seatLut_.invalidatePixelMapSeatLUTCacheForVenueId(venueId);
+  }
+
   void handleOrientationChange() override {}
   void appDidBecomeActive() override;
   void appWillResignActive() override;
@@ -102,6 +116,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   const std::vector<Palette>& palettes() const { return palettesArray_; }
   BrightnessRamps& brightness() { return brightness_; }
   Scanner& scanner() { return scanner_; }
+  const PixelMapSeatLuts& seatLuts() const { return seatLut_; }
   const ScanDiagnostics& diagnostics() const { return scanner_.diagnostics(); }
   /// Where the application's own files lie; empty for nowhere.
   const std::string& getPrivateDocumentsDirectory() const { return platform_.bundles.documents; }
@@ -115,6 +130,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   void videoReady() override { state_.video.videoCanPlay = true; }
   void loadPalettes();
   SeatLight seatLight();
+  void refreshMode21ColorIfNeeded();
   bool hasSeat() const;
   std::optional<bool> seatIsWhite() const;
 
@@ -130,7 +146,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   TorchModes torch_;
   GoboAnimator gobo_;
   SynchronisedVideo video_;
-  UnbuiltSeatLut seatLut_;
+  PixelMapSeatLuts seatLut_;
   ShowParts parts_;
   BrightnessRamps brightness_;
   ScreenModes modes_;

@@ -8,13 +8,13 @@
 #include <gtest/gtest.h>
 
 #include "engine/command_processor.h"
-#include "engine/unbuilt_seat_lut.h"
 #include "light/brightness.h"
 #include "light/gobo_animator.h"
 #include "light/overlays.h"
 #include "light/screen_modes.h"
 #include "light/synchronised_video.h"
 #include "light/torch_modes.h"
+#include "pixelmap/pixel_map_seat_luts.h"
 #include "platform/json/rapid_json_reader.h"
 #include "platform/virtual/virtual_phone.h"
 
@@ -56,7 +56,7 @@ class ClipStep : public testing::Test, private ViewObserver {
   TorchModes torch{state.torch, timers, *phone.random, phone.torch, [] { return std::nullopt; }};
   GoboAnimator gobo{state.gobo, views, *phone.random};
   SynchronisedVideo video{state.video, views, timers, phone.videoPlayers};
-  UnbuiltSeatLut seatLut;
+  PixelMapSeatLuts seatLut{platform, {}};
   ShowParts parts{torch, gobo, overlays, video, seatLut};
   ScreenModes modes{state.screen,
                     state.colour,

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "pixelmap/live_sampler.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "pixelmap/frame_time.h"
+#include "pixelmap/pixel_map_assets.h"
+
+namespace halvora {
+
+namespace {
+
+// One start's share of the work: what it may write, for as long as nobody has started or stopped
+// the sampler since.
+struct Sampling {
+  std::shared_ptr<LiveSamplerState> state;
+  std::uint64_t generation;
+  const std::string& key;
+
+  bool isWantedLocked() const {
+    return state->pixelMapLiveGeneration == generation && state->pixelMapLiveRequestedKey == key;
+  }
+  bool isWanted() const {
+    const std::lock_guard lock(state->lock);
+    return isWantedLocked();
+  }
+  void store(int frame, std::uint32_t word) const {
+    const std::lock_guard lock(state->lock);
+    const auto at = static_cast<std::size_t>(frame);
+    const bool fits =
+        at < state->pixelMapLiveFrameData.size() && at < state->pixelMapLiveHasColorData.size();
+    if (!isWantedLocked() || !fits) return;
+    state->pixelMapLiveFrameData[at] = word;
+    state->pixelMapLiveHasColorData[at] = 1;
+  }
+};
+
+std::uint32_t within(std::int64_t position, std::uint32_t size) {
+  return static_cast<std::uint32_t>(std::clamp<std::int64_t>(position, 0, std::int64_t{size} - 1));
+}
+
+void decodeRange(const Sampling& sampling, const VideoAsset& asset, SeatPosition seat,
+                 int frameCount, int begin, int end) {
+  if (begin >= end || !sampling.isWanted()) return;
+  const auto reader =
+      asset.reader(MediaTimeRange{pixelMapFrameTime(begin), pixelMapFrameTime(end)});
+  if (!reader) return;
+  while (const auto frame = reader->next()) {
+    if (!sampling.isWanted()) return;
+    const auto number = pixelMapFrameAt(frame->seconds(), frameCount);
+    if (!number || frame->width() == 0 || frame->height() == 0) continue;
+    const PixelPosition position{within(seat.x, frame->width()), within(seat.y, frame->height())};
+    std::uint32_t word = 0;
+    frame->sample({&position, 1}, {&word, 1});
+    sampling.store(*number, word);
+  }
+}
+
+// What the queue is handed: it outlives neither request nor sampler without noticing.
+struct DecodeJob {
+  std::weak_ptr<LiveSamplerState> state;
+  std::uint64_t generation;
+  LiveRequest request;
+  const VideoAssets& videos;
+
+  void run() const {
+    const Sampling sampling{state.lock(), generation, request.cacheKey};
+    if (!sampling.state || !sampling.isWanted()) return;
+    const auto asset = videos.open(request.videoURL);
+    if (!asset) return;
+    const int frameCount = pixelMapFrameCount(asset->durationSeconds());
+    const int center = normalizedPixelMapFrameIndex(request.centerFrame, frameCount);
+    decodeRange(sampling, *asset, request.seat, frameCount, center, frameCount);
+    decodeRange(sampling, *asset, request.seat, frameCount, 0, center);
+  }
+};
+
+}  // namespace
+
+void LiveSampler::startPixelMapLiveSamplerForVideoURL(const LiveRequest& request,
+                                                      SerialQueue& queue) {
+  const auto asset = request.videoURL.empty() || request.cacheKey.empty()
+                         ? nullptr
+                         : videos_.open(request.videoURL);
+  if (!asset) {
+    stopPixelMapLiveSampler();
+    return;
+  }
+  const int frameCount = pixelMapFrameCount(asset->durationSeconds());
+  const int center = normalizedPixelMapFrameIndex(request.centerFrame, frameCount);
+  std::uint64_t generation = 0;
+  {
+    const std::lock_guard lock(state_->lock);
+    const bool isRunning = state_->pixelMapLiveRequestedKey == request.cacheKey &&
+                           !state_->pixelMapLiveFrameData.empty() &&
+                           state_->pixelMapLiveFrameCount == frameCount;
+    if (isRunning) return;
+    generation = ++state_->pixelMapLiveGeneration;
+    state_->pixelMapLiveRequestedKey = request.cacheKey;
+    state_->pixelMapLiveFrameCount = frameCount;
+    state_->pixelMapLiveFrameData.assign(static_cast<std::size_t>(frameCount), kNoColourWord);
+    state_->pixelMapLiveHasColorData.assign(static_cast<std::size_t>(frameCount), 0);
+  }
+  const MaybeColour colour = assets_.colorFromPixelMapVideoFrameForVenueId(
+      request.venueId, request.pixelMapId, center, request.seat.x, request.seat.y);
+  if (colour) {
+    Sampling{state_, generation, request.cacheKey}.store(center, wordOfColour(*colour));
+  }
+  auto job = std::make_unique<DecodeJob>(DecodeJob{state_, generation, request, videos_});
+  queue.dispatch([job = std::move(job)] { job->run(); });
+}
+
+void LiveSampler::stopPixelMapLiveSampler() {
+  const std::lock_guard lock(state_->lock);
+  ++state_->pixelMapLiveGeneration;
+  state_->pixelMapLiveRequestedKey.clear();
+  // Given back, not only emptied: shows mostly run from finished tables.
+  state_->pixelMapLiveFrameData = {};
+  state_->pixelMapLiveHasColorData = {};
+  state_->pixelMapLiveFrameCount = 0;
+}
+
+MaybeColour LiveSampler::colorFromLivePixelMapSeatBufferForFrameIndex(
+    std::int64_t frameIndex) const {
+  const std::lock_guard lock(state_->lock);
+  if (state_->pixelMapLiveFrameCount <= 0 || state_->pixelMapLiveFrameData.empty() ||
+      state_->pixelMapLiveHasColorData.empty()) {
+    return std::nullopt;
+  }
+  const auto at = static_cast<std::size_t>(
+      normalizedPixelMapFrameIndex(frameIndex, state_->pixelMapLiveFrameCount));
+  if (state_->pixelMapLiveHasColorData[at] == 0) return std::nullopt;
+  return colourOfWord(state_->pixelMapLiveFrameData[at]);
+}
+
+}  // namespace halvora

@@ -1,0 +1,279 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "pixelmap/pixel_map_seat_luts.h"
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "pixelmap/seat_lut_builder.h"
+#include "pixelmap/seat_lut_cache.h"
+#include "pixelmap/seat_lut_files.h"
+#include "platform/run_loop.h"
+
+namespace halvora {
+
+struct PixelMapSeatLuts::Shared {
+  explicit Shared(const Platform& platform)
+      : runLoop(platform.runLoop),
+        videos(platform.videoAssets),
+        workers(platform.workers),
+        files(platform.files, platform.json, platform.bundles.documents) {}
+
+  SeatLut build(const std::string& videoURL, SeatPosition seat) const {
+    return buildPixelMapSeatLUTForVideoURL(
+        videos, videoURL, seat,
+        {.workers = workers, .isCancelled = [this] { return isEnding.load(); }});
+  }
+  SeatLut buildAndPersist(const std::string& videoURL, SeatPosition seat) const {
+    const auto signature = files.pixelMapVideoFileSignatureForURL(videoURL);
+    SeatLut lut = build(videoURL, seat);
+    if (lut && signature) files.persistPixelMapSeatLUTData(lut, videoURL, seat, signature);
+    return lut;
+  }
+
+  RunLoop& runLoop;
+  const VideoAssets& videos;
+  Workers& workers;
+  const SeatLutFiles files;
+  SeatLutCache pixelMapSeatLUTCache;
+  std::atomic<bool> isEnding{false};
+  std::mutex lock;
+  /// A precompute of another generation is cancelled. Under the lock.
+  std::uint64_t pixelMapPersistentPrecomputeGeneration = 0;
+};
+
+struct PixelMapSeatLuts::PrecomputeRun {
+  std::weak_ptr<Shared> shared;
+  std::uint64_t generation;
+  std::vector<PixelMapVideoEntry> entries;
+  SeatPosition seat;
+  PrecomputeProgress progress;
+  PrecomputeCompletion completion;
+};
+
+PixelMapSeatLuts::PixelMapSeatLuts(const Platform& platform, Listener listener)
+    : platform_(platform),
+      listener_(std::move(listener)),
+      assets_(platform.bundles, platform.files, platform.videoAssets, platform.images),
+      sampler_(assets_, platform.videoAssets),
+      shared_(std::make_shared<Shared>(platform)) {}
+
+PixelMapSeatLuts::~PixelMapSeatLuts() { end(); }
+
+void PixelMapSeatLuts::useQueues(SerialQueue& lutDecode, SerialQueue& liveDecode) {
+  pixelMapLUTDecodeQueue_ = &lutDecode;
+  pixelMapLiveDecodeQueue_ = &liveDecode;
+}
+
+void PixelMapSeatLuts::end() {
+  shared_->isEnding = true;
+  sampler_.stopPixelMapLiveSampler();
+}
+
+void PixelMapSeatLuts::preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMapId,
+                                                        std::int64_t seatX, std::int64_t seatY) {
+  if (seatX < 0 || seatY < 0) return;
+  const FoundVideo& video = findVideo(venueId, pixelMapId, {seatX, seatY});
+  if (video.url.empty()) {
+    assets_.setPixelMapDebugText("Missing video.mp4 (Venue-" + std::to_string(venueId) + "/" +
+                                 std::to_string(pixelMapId) + ") using JPG fallback");
+    clearActiveSeatLUT();
+    stopPixelMapLiveSampler();
+    return;
+  }
+  assets_.setPixelMapDebugText(std::nullopt);
+  SeatLut lut = shared_->pixelMapSeatLUTCache.find(video.key);
+  if (!lut) {
+    lut = shared_->files.loadPersistedPixelMapSeatLUTForVideoURL(video.url, video.seat);
+    if (lut) shared_->pixelMapSeatLUTCache.store(video.key, lut);
+  }
+  if (!lut) {
+    // A copy: what a listener does may look for another video.
+    buildSoon(FoundVideo(video));
+    return;
+  }
+  state_.pixelMapSeatLUTRequestedKey = video.key;
+  if (adopt(video.key, lut)) listener_.refreshMode21ColorIfNeeded();
+}
+
+// The phone goes black at once rather than show another map's colour.
+void PixelMapSeatLuts::buildSoon(const FoundVideo& video) {
+  const bool wasRequested = state_.pixelMapSeatLUTRequestedKey == video.key;
+  clearActiveSeatLUT();
+  state_.pixelMapSeatLUTRequestedKey = video.key;
+  if (pixelMapLiveDecodeQueue_ != nullptr) {
+    sampler_.startPixelMapLiveSamplerForVideoURL(
+        {video.url, video.venueId, video.pixelMapId, video.key, video.seat,
+         listener_.currentVideoMinutes()},
+        *pixelMapLiveDecodeQueue_);
+  }
+  if (!wasRequested) listener_.refreshMode21ColorIfNeeded();
+  requestBuild(video);
+}
+
+const PixelMapSeatLuts::FoundVideo& PixelMapSeatLuts::findVideo(int venueId, int pixelMapId,
+                                                                SeatPosition seat) {
+  FoundVideo& found = foundVideo_;
+  const bool isSame = !found.url.empty() && found.venueId == venueId &&
+                      found.pixelMapId == pixelMapId && found.seat == seat;
+  if (!isSame) {
+    std::string url = assets_.pixelMapVideoURLForVenueId(venueId, pixelMapId);
+    std::string key = pixelMapSeatLUTCacheKeyForVideoPath(url, seat);
+    found = {venueId, pixelMapId, seat, std::move(url), std::move(key)};
+  }
+  return found;
+}
+
+// True if another table was in force before.
+bool PixelMapSeatLuts::adopt(const std::string& key, const SeatLut& lut) {
+  const bool isNew = state_.pixelMapSeatLUTLoadedKey != key;
+  state_.pixelMapSeatLUTLoadedKey = key;
+  state_.pixelMapSeatLUTActiveData = lut;
+  state_.pixelMapSeatLUTFrameCount = frameCountOf(lut);
+  stopPixelMapLiveSampler();
+  return isNew;
+}
+
+void PixelMapSeatLuts::requestBuild(const FoundVideo& video) {
+  if (pixelMapLUTDecodeQueue_ == nullptr || building_.contains(video.key)) return;
+  struct Job {
+    std::weak_ptr<Shared> weak;
+    PixelMapSeatLuts* luts;
+    std::uint64_t number;
+    std::string videoURL;
+    std::string key;
+    SeatPosition seat;
+    SeatLut lut;
+  };
+  auto job = std::make_unique<Job>(
+      Job{shared_, this, ++builds_, video.url, video.key, video.seat, nullptr});
+  building_[video.key] = job->number;
+  pixelMapLUTDecodeQueue_->dispatch([job = std::move(job)]() mutable {
+    const auto shared = job->weak.lock();
+    if (!shared) return;
+    job->lut = shared->buildAndPersist(job->videoURL, job->seat);
+    shared->runLoop.post([job = std::move(job)] {
+      if (job->weak.expired()) return;
+      job->luts->buildEnded(job->number, job->key, job->lut);
+    });
+  });
+}
+
+void PixelMapSeatLuts::buildEnded(std::uint64_t number, const std::string& key,
+                                  const SeatLut& lut) {
+  const auto building = building_.find(key);
+  if (building != building_.end() && building->second == number) building_.erase(building);
+  if (state_.pixelMapSeatLUTRequestedKey != key || !lut) return;
+  shared_->pixelMapSeatLUTCache.store(key, lut);
+  if (adopt(key, lut)) listener_.refreshMode21ColorIfNeeded();
+}
+
+MaybeColour PixelMapSeatLuts::colorFromActivePixelMapSeatLUTForFrameIndex(int frameIndex) {
+  if (!state_.pixelMapSeatLUTActiveData || state_.pixelMapSeatLUTFrameCount <= 0) {
+    return std::nullopt;
+  }
+  const int frame = std::max(frameIndex, 0) % state_.pixelMapSeatLUTFrameCount;
+  const std::uint32_t word = (*state_.pixelMapSeatLUTActiveData)[static_cast<std::size_t>(frame)];
+  return word == kNoColourWord ? std::nullopt : std::optional(colourOfWord(word));
+}
+
+void PixelMapSeatLuts::precomputePixelMapLUTsForVenueId(std::int64_t venueId, SeatPosition seat,
+                                                        PrecomputeProgress progress,
+                                                        PrecomputeCompletion completion) {
+  std::vector<PixelMapVideoEntry> entries;
+  if (venueId >= 1 && seat.x >= 0 && seat.y >= 0) {
+    entries = assets_.pixelMapVideoEntriesForVenueId(venueId);
+  }
+  if (entries.empty() || pixelMapLUTDecodeQueue_ == nullptr) {
+    reportCompletion(std::move(completion), 0, 0);
+    return;
+  }
+  foundVideo_ = {};
+  std::uint64_t generation = 0;
+  {
+    const std::lock_guard lock(shared_->lock);
+    generation = ++shared_->pixelMapPersistentPrecomputeGeneration;
+  }
+  auto run = std::make_unique<PrecomputeRun>(PrecomputeRun{
+      shared_, generation, std::move(entries), seat, std::move(progress), std::move(completion)});
+  pixelMapLUTDecodeQueue_->dispatch([run = std::move(run)] { precompute(*run); });
+}
+
+// On the queue.
+void PixelMapSeatLuts::precompute(const PrecomputeRun& run) {
+  const auto shared = run.shared.lock();
+  if (!shared) return;
+  const auto total = static_cast<int>(run.entries.size());
+  int done = 0;
+  for (const PixelMapVideoEntry& entry : run.entries) {
+    {
+      const std::lock_guard lock(shared->lock);
+      if (shared->pixelMapPersistentPrecomputeGeneration != run.generation) return;
+    }
+    if (shared->isEnding) return;
+    SeatLut lut = shared->files.loadPersistedPixelMapSeatLUTForVideoURL(entry.videoURL, run.seat);
+    if (!lut) lut = shared->buildAndPersist(entry.videoURL, run.seat);
+    if (lut) {
+      shared->pixelMapSeatLUTCache.store(
+          pixelMapSeatLUTCacheKeyForVideoPath(entry.videoURL, run.seat), std::move(lut));
+    }
+    ++done;
+    struct Report {
+      std::weak_ptr<Shared> shared;
+      PrecomputeProgress progress;
+      int done;
+      int total;
+      std::string mapId;
+    };
+    auto report =
+        std::make_unique<Report>(Report{run.shared, run.progress, done, total, entry.mapId});
+    shared->runLoop.post([report = std::move(report)] {
+      if (report->shared.expired() || !report->progress) return;
+      report->progress(report->done, report->total, report->mapId);
+    });
+  }
+  auto completion = std::make_unique<PrecomputeCompletion>(run.completion);
+  shared->runLoop.post([weak = run.shared, completion = std::move(completion), done, total] {
+    if (!weak.expired() && *completion) (*completion)(done, total);
+  });
+}
+
+void PixelMapSeatLuts::reportCompletion(PrecomputeCompletion completion, int done, int total) {
+  if (!completion) return;
+  auto boxed = std::make_unique<PrecomputeCompletion>(std::move(completion));
+  platform_.runLoop.post(
+      [boxed = std::move(boxed), done, total, weak = std::weak_ptr<Shared>(shared_)] {
+        if (!weak.expired()) (*boxed)(done, total);
+      });
+}
+
+void PixelMapSeatLuts::invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {
+  if (venueId < 1) return;
+  std::vector<PixelMapVideoEntry> entries = assets_.pixelMapVideoEntriesForVenueId(venueId);
+  {
+    const std::lock_guard lock(shared_->lock);
+    ++shared_->pixelMapPersistentPrecomputeGeneration;
+    shared_->pixelMapSeatLUTCache.clear();
+    clearActiveSeatLUT();
+  }
+  building_.clear();
+  foundVideo_ = {};
+  if (pixelMapLUTDecodeQueue_ == nullptr) return;
+  struct Removal {
+    std::weak_ptr<Shared> shared;
+    std::vector<PixelMapVideoEntry> entries;
+  };
+  auto removal = std::make_unique<Removal>(Removal{shared_, std::move(entries)});
+  pixelMapLUTDecodeQueue_->dispatch([removal = std::move(removal)] {
+    const auto shared = removal->shared.lock();
+    if (!shared) return;
+    for (const PixelMapVideoEntry& entry : removal->entries) {
+      shared->files.removeTables(entry.videoURL);
+    }
+  });
+}
+
+}  // namespace halvora

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+// The seat's colours during a show and before it: makes the table of the pixel map on the air the
+// active one (from memory, from disk, or by building it), answers which colour the seat has in a
+// frame, and builds a venue's tables ahead. Owned by the engine; main thread. Tables are built on
+// the engine's queue, by jobs that do nothing once the engine is gone.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "light/show_parts.h"
+#include "pixelmap/live_sampler.h"
+#include "pixelmap/pixel_map_assets.h"
+#include "pixelmap/seat_lut.h"
+#include "platform/platform.h"
+#include "platform/serial_queues.h"
+
+namespace halvora {
+
+/// The table in force. Main thread.
+struct SeatLutState {
+  /// The key last asked for, and that of the active table.
+  std::string pixelMapSeatLUTRequestedKey;
+  std::string pixelMapSeatLUTLoadedKey;
+  SeatLut pixelMapSeatLUTActiveData;
+  int pixelMapSeatLUTFrameCount = 0;
+};
+
+using PrecomputeProgress = std::function<void(int done, int total, const std::string& mapId)>;
+using PrecomputeCompletion = std::function<void(int done, int total)>;
+
+class PixelMapSeatLuts final : public SeatLutPart {
+ public:
+  struct Listener {
+    /// The frame on the air, around which live sampling begins.
+    std::function<int()> currentVideoMinutes;
+    /// Another table, or none, is in force: the light may have to change.
+    std::function<void()> refreshMode21ColorIfNeeded;
+  };
+
+  PixelMapSeatLuts(const Platform& platform, Listener listener);
+  ~PixelMapSeatLuts() override;
+  PixelMapSeatLuts(const PixelMapSeatLuts&) = delete;
+  PixelMapSeatLuts& operator=(const PixelMapSeatLuts&) = delete;
+
+  /// Where tables are built and live frames decoded; before anything else. The queues must go
+  /// before this does, and `end` must be called before they go.
+  void useQueues(SerialQueue& lutDecode, SerialQueue& liveDecode);
+  /// Lets a build that is under way end at its next frame, because nobody will want it.
+  void end();
+
+  void preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMapId, std::int64_t seatX,
+                                        std::int64_t seatY) override;
+  void clearActiveSeatLUT() override { state_ = {}; }
+  void stopPixelMapLiveSampler() override { sampler_.stopPixelMapLiveSampler(); }
+  MaybeColour colorFromActivePixelMapSeatLUTForFrameIndex(int frameIndex) override;
+
+  void precomputePixelMapLUTsForVenueId(std::int64_t venueId, SeatPosition seat,
+                                        PrecomputeProgress progress,
+                                        PrecomputeCompletion completion);
+  void invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId);
+
+  const SeatLutState& state() const { return state_; }
+  const LiveSampler& liveSampler() const { return sampler_; }
+  PixelMapAssets& assets() { return assets_; }
+
+ private:
+  struct Shared;
+  struct PrecomputeRun;
+
+  struct FoundVideo;
+  const FoundVideo& findVideo(int venueId, int pixelMapId, SeatPosition seat);
+  bool adopt(const std::string& key, const SeatLut& lut);
+  void buildSoon(const FoundVideo& video);
+  void requestBuild(const FoundVideo& video);
+  void buildEnded(std::uint64_t number, const std::string& key, const SeatLut& lut);
+  static void precompute(const PrecomputeRun& run);
+  void reportCompletion(PrecomputeCompletion completion, int done, int total);
+
+  Platform platform_;
+  Listener listener_;
+  PixelMapAssets assets_;
+  LiveSampler sampler_;
+  SeatLutState state_;
+  /// What background jobs may reach, and only through weak references.
+  std::shared_ptr<Shared> shared_;
+  SerialQueue* pixelMapLUTDecodeQueue_ = nullptr;
+  SerialQueue* pixelMapLiveDecodeQueue_ = nullptr;
+  /// Builds that have been asked for and not yet ended, by key: every packet of a map without a
+  /// table asks anew.
+  std::map<std::string, std::uint64_t, std::less<>> building_;
+  std::uint64_t builds_ = 0;
+  /// The video looked up last, so that a show does not go through folders at every packet.
+  struct FoundVideo {
+    int venueId = -1;
+    int pixelMapId = -1;
+    SeatPosition seat;
+    std::string url;
+    std::string key;
+  } foundVideo_;
+};
+
+}  // namespace halvora
