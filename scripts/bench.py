@@ -34,6 +34,10 @@ TOPICS = {
     "CrossfadeStep": ("step of the colour crossfade", {}),
     "TraceBusyMinute": ("trace of a busy minute", {"time": 50e6}),
     "TraceExampleShow": ("trace of the example show", {}),
+    "TableLookup": ("colour of a frame from the seat's table", {}),
+    "PreloadFromMemory": ("pixel-map packet, table in memory", {}),
+    "TableLoad": ("three minutes' table from disk, checked", {}),
+    "GatherVenue": ("60,000 seats' pixels of 600 frames into tables", {}),
     "EngineStart": ("engine made, loaded, taken down", {}),
     "EngineStartPalettes": ("the same with 50 palettes", {}),
 }
@@ -41,6 +45,7 @@ TOPICS = {
 NOTES = {
     "allocations": "{:.0f} allocations",
     "lines": "{:.0f} lines",
+    "nanosecondsAWord": "{:.1f} ns a word",
     "showSeconds": "{:.1f} s of show",
     "objectBytes": "object of {:.0f} bytes",
     "heapBytes": "{:.0f} bytes of heap",
