@@ -41,11 +41,16 @@ bool isFolder(const Files& files, const std::string& path) {
   return attributes && attributes->isFolder;
 }
 
+std::string pathIn(std::string folder, const std::string& name) {
+  folder += '/';
+  return folder += name;
+}
+
 // The path of the video directly in a folder; empty for none.
 std::string videoIn(const Files& files, const std::string& folder) {
   if (!isFolder(files, folder)) return {};
   for (const std::string& name : files.list(folder).value_or(std::vector<std::string>())) {
-    if (isVideoName(name)) return folder + "/" + name;
+    if (isVideoName(name)) return pathIn(folder, name);
   }
   return {};
 }
@@ -75,7 +80,7 @@ std::vector<PixelMapVideoEntry> PixelMapAssets::pixelMapVideoEntriesForVenueId(
     if (!isFolder(files_, folder)) continue;
     for (std::string& name : files_.list(folder).value_or(std::vector<std::string>())) {
       if (name.empty()) continue;
-      std::string video = videoIn(files_, folder + "/" + name);
+      std::string video = videoIn(files_, pathIn(folder, name));
       if (video.empty() || mapIds.contains(name) || videos.contains(video)) continue;
       mapIds.insert(name);
       videos.insert(video);

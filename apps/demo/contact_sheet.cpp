@@ -92,12 +92,17 @@ void drawHeading(QPainter& painter, const ShowFiles& files, Duration pause) {
 
 }  // namespace
 
-ContactSheet drawContactSheet(const ShowFiles& files, const JsonReader& json) {
+ContactSheet drawContactSheet(const ShowFiles& files, DemoLibraries& libraries) {
   FolderBundle mainBundle(files.assets, "com.example.host");
   VirtualPhoneSetup setup =
       setupOf(files.scenario.device, std::make_unique<SeededRandom>(kShowSeed));
   setup.mainBundle = &mainBundle;
-  VirtualPhone phone(json, std::move(setup));
+  setup.documents = libraries.documents;
+  setup.images = &libraries.images;
+  setup.files = &libraries.files;
+  setup.videoAssets = &libraries.videos;
+  setup.workers = &libraries.workers;
+  VirtualPhone phone(libraries.json, std::move(setup));
   HalvoraViewController engine(phone.platform());
   const ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};
   schedule(files.scenario, phone.loop, stage);

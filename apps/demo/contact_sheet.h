@@ -5,6 +5,7 @@
 
 #include <QImage>
 
+#include "apps/demo/libraries.h"
 #include "apps/demo/show_files.h"
 #include "platform/json.h"
 #include "platform/time.h"
@@ -21,6 +22,6 @@ struct ContactSheet {
   int tiles = 0;
 };
 
-ContactSheet drawContactSheet(const ShowFiles& files, const JsonReader& json);
+ContactSheet drawContactSheet(const ShowFiles& files, DemoLibraries& libraries);
 
 }  // namespace halvora

@@ -6,7 +6,7 @@
 namespace halvora {
 
 LiveShow::LiveShow(const ShowFiles& files, RunLoop& loop, SerialQueues& queues,
-                   const JsonReader& json, std::function<void()> ended)
+                   DemoLibraries& libraries, std::function<void()> ended)
     : files_(files),
       loop_(loop),
       begin_(loop.now()),
@@ -15,11 +15,12 @@ LiveShow::LiveShow(const ShowFiles& files, RunLoop& loop, SerialQueues& queues,
       screen_(files.scenario.device.bounds, files.scenario.device.brightness),
       mainBundle_(files.assets, "com.example.host"),
       kitBundle_("", "com.halvora.sdk"),
+      bundles_{mainBundle_, kitBundle_, libraries.documents},
       playerA_(loop, 'A', videoLog_),
       playerB_(loop, 'B', videoLog_),
       engine_({loop, queues, wallClock_, calendar_, random_, bluetooth_, screen_, haptics_,
-               application_, defaults_, bundles_, http_, json, torch_, noPictures_, videoPlayers_,
-               noFiles_, noVideos_, workers_}),
+               application_, defaults_, bundles_, http_, libraries.json, torch_, libraries.images,
+               videoPlayers_, libraries.files, libraries.videos, libraries.workers}),
       ended_(std::move(ended)),
       timers_(loop) {
   bluetooth_.setAuthorization(files.scenario.device.authorization);

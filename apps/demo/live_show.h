@@ -7,21 +7,19 @@
 #include <cstdint>
 #include <functional>
 
+#include "apps/demo/libraries.h"
 #include "apps/demo/show_files.h"
 #include "engine/halvora_view_controller.h"
 #include "light/timer_set.h"
 #include "platform/bundle.h"
-#include "platform/json.h"
 #include "platform/run_loop.h"
 #include "platform/serial_queues.h"
 #include "platform/standard/folder_bundle.h"
 #include "platform/standard/seeded_random.h"
 #include "platform/virtual/virtual_bluetooth.h"
 #include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_files.h"
 #include "platform/virtual/virtual_media.h"
 #include "platform/virtual/virtual_storage.h"
-#include "platform/virtual/virtual_video.h"
 #include "tools/halvora/scenario_player.h"
 
 namespace halvora {
@@ -29,7 +27,7 @@ namespace halvora {
 class LiveShow {
  public:
   /// `ended` is called once, in a turn of its own; it may destroy the show.
-  LiveShow(const ShowFiles& files, RunLoop& loop, SerialQueues& queues, const JsonReader& json,
+  LiveShow(const ShowFiles& files, RunLoop& loop, SerialQueues& queues, DemoLibraries& libraries,
            std::function<void()> ended);
 
   ViewStack& views() { return engine_.views(); }
@@ -53,17 +51,13 @@ class LiveShow {
   VirtualDefaults defaults_;
   FolderBundle mainBundle_;
   FolderBundle kitBundle_;
-  Bundles bundles_{mainBundle_, kitBundle_};
+  Bundles bundles_;
   VirtualHttp http_;
   VirtualTorch torch_;
-  NoPictures noPictures_;
   Log<VideoEvent> videoLog_;
   VirtualVideoPlayer playerA_;
   VirtualVideoPlayer playerB_;
   VideoPlayers videoPlayers_{playerA_, playerB_};
-  VirtualFiles noFiles_;
-  VirtualVideoAssets noVideos_;
-  InlineWorkers workers_;
   HalvoraViewController engine_;
   const ScenarioStage stage_{bluetooth_, application_, defaults_, engine_};
   std::function<void()> ended_;

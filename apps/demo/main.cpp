@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
+#include <QStandardPaths>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -13,10 +14,10 @@
 #include <QtQml/QQmlExtensionPlugin>
 
 #include "apps/demo/contact_sheet.h"
+#include "apps/demo/libraries.h"
 #include "apps/demo/options.h"
 #include "apps/demo/show_files.h"
 #include "apps/demo/show_player.h"
-#include "platform/json/rapid_json_reader.h"
 #include "platform/qt/light_surface.h"
 #include "platform/qt/qt_run_loop.h"
 
@@ -44,11 +45,11 @@ bool hasDisplay() {
 #endif
 }
 
-int writeContactSheet(const ShowFiles& files, const JsonReader& json, const std::string& path) {
+int writeContactSheet(const ShowFiles& files, DemoLibraries& libraries, const std::string& path) {
   if (files.end() > kLongestSheet) {
     return fail({files.name + ": longer than a day, too long for a contact sheet"});
   }
-  const ContactSheet sheet = drawContactSheet(files, json);
+  const ContactSheet sheet = drawContactSheet(files, libraries);
   if (sheet.picture.isNull()) return fail({files.name + ": the phone never comes to rest", 1});
   if (!sheet.picture.save(QString::fromStdString(path), "PNG")) {
     return fail({path + ": cannot be written", 1});
@@ -62,9 +63,9 @@ void saveWindow(QQuickWindow& window, const std::string& path) {
   QCoreApplication::exit(isSaved ? 0 : fail({path + ": cannot be written", 1}));
 }
 
-int showWindow(const ShowFiles& files, const JsonReader& json, const DemoOptions& options) {
+int showWindow(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
   QtRunLoop loop;
-  ShowPlayer player(files, loop, json);
+  ShowPlayer player(files, loop, libraries);
   QQmlApplicationEngine qml;
   qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
   qml.setInitialProperties({{QStringLiteral("player"), QVariant::fromValue(&player)}});
@@ -103,8 +104,8 @@ int run(int argumentCount, char** arguments) {
     return 0;
   }
   auto& options = std::get<DemoOptions>(parsed);
-  const RapidJsonReader json;
-  const auto files = openShow(options, programFolder(arguments[0]), json);
+  DemoLibraries libraries;
+  const auto files = openShow(options, programFolder(arguments[0]), libraries.json);
   if (const auto* refusal = std::get_if<DemoRefusal>(&files)) return fail(*refusal);
   const auto& show = std::get<ShowFiles>(files);
 
@@ -120,8 +121,11 @@ int run(int argumentCount, char** arguments) {
     qputenv("QT_QPA_UPDATE_IDLE_TIME", "0");
 
   const QGuiApplication application(argumentCount, arguments);
-  if (!options.contactSheet.empty()) return writeContactSheet(show, json, options.contactSheet);
-  return showWindow(show, json, options);
+  libraries.documents =
+      QStandardPaths::writableLocation(QStandardPaths::CacheLocation).toStdString();
+  if (!options.contactSheet.empty())
+    return writeContactSheet(show, libraries, options.contactSheet);
+  return showWindow(show, libraries, options);
 }
 
 }  // namespace

@@ -40,6 +40,8 @@ std::variant<ShowFiles, DemoRefusal> openShow(const DemoOptions& options,
   if (!fs::is_directory(assets, error)) {
     return DemoRefusal{assets.string() + ": no such folder (--assets)"};
   }
+  // Seat tables are kept by the path of their video, which must not depend on the current folder.
+  assets = fs::absolute(assets, error).lexically_normal();
   const fs::path file =
       options.scenario.empty() ? assets / "example-show.jsonl" : fs::path(options.scenario);
   const auto text = readFile(file.string(), kLargestScenario);

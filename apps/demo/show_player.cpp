@@ -13,8 +13,8 @@ constexpr Duration kStatusPause = milliseconds(100);
 
 }  // namespace
 
-ShowPlayer::ShowPlayer(const ShowFiles& files, QtRunLoop& loop, const JsonReader& json)
-    : files_(files), loop_(loop), json_(json), title_(titleOf(files)) {}
+ShowPlayer::ShowPlayer(const ShowFiles& files, QtRunLoop& loop, DemoLibraries& libraries)
+    : files_(files), loop_(loop), libraries_(libraries), title_(titleOf(files)) {}
 
 ShowPlayer::~ShowPlayer() {
   if (surface_ != nullptr) surface_->setViews(nullptr);
@@ -41,7 +41,7 @@ QString ShowPlayer::status() const {
 
 void ShowPlayer::begin() {
   if (surface_ != nullptr) surface_->setViews(nullptr);
-  show_ = std::make_unique<LiveShow>(files_, loop_, queues_, json_, [this] {
+  show_ = std::make_unique<LiveShow>(files_, loop_, queues_, libraries_, [this] {
     emit ended();
     begin();
   });

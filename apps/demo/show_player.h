@@ -10,9 +10,9 @@
 
 #include <qqmlregistration.h>
 
+#include "apps/demo/libraries.h"
 #include "apps/demo/live_show.h"
 #include "apps/demo/show_files.h"
-#include "platform/json.h"
 #include "platform/qt/light_surface.h"
 #include "platform/qt/qt_run_loop.h"
 #include "platform/standard/thread_queues.h"
@@ -31,7 +31,7 @@ class ShowPlayer : public QObject {
   Q_PROPERTY(QString status READ status NOTIFY statusChanged)
 
  public:
-  ShowPlayer(const ShowFiles& files, QtRunLoop& loop, const JsonReader& json);
+  ShowPlayer(const ShowFiles& files, QtRunLoop& loop, DemoLibraries& libraries);
   ~ShowPlayer() override;
 
   /// Begins. The surface may go before the player.
@@ -52,7 +52,7 @@ class ShowPlayer : public QObject {
 
   const ShowFiles& files_;
   QtRunLoop& loop_;
-  const JsonReader& json_;
+  DemoLibraries& libraries_;
   const QString title_;
   QPointer<LightSurface> surface_;
   ThreadQueues queues_;

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the demo reads with: real files, pictures and videos. Made once by the program; shows are
+// handed it and must go before it does.
+#pragma once
+
+#include <string>
+
+#include "platform/ffmpeg/ffmpeg_videos.h"
+#include "platform/image/picture_decoder.h"
+#include "platform/json/rapid_json_reader.h"
+#include "platform/standard/standard_files.h"
+#include "platform/standard/thread_workers.h"
+
+namespace halvora {
+
+struct DemoLibraries {
+  RapidJsonReader json = {};
+  PictureDecoder images = {};
+  FfmpegVideoAssets videos = {};
+  StandardFiles files = {};
+  ThreadWorkers workers = ThreadWorkers();
+  /// Where seat tables are kept from one start to the next; empty for nowhere.
+  std::string documents = {};
+};
+
+}  // namespace halvora
