@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+// Owners for the objects of libavformat and libavcodec.
+#pragma once
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+#include <memory>
+
+namespace halvora {
+
+struct LibavDeleter {
+  void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+  void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+  void operator()(AVCodecParameters* parameters) const { avcodec_parameters_free(&parameters); }
+  void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
+  void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+};
+
+template <class Object>
+using LibavPointer = std::unique_ptr<Object, LibavDeleter>;
+
+/// What a context adds to the level of its messages, so that none is severe enough to be printed.
+/// The level itself, and what becomes of messages, belong to the host. Above 255 begin the colours.
+inline constexpr int kSilence = 100;
+
+}  // namespace halvora

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+// Packets in, pictures out: a silent decoder whose pictures are charged to a budget, and that gives
+// out none that is damaged or not to be shown. One thread.
+#pragma once
+
+#include <memory>
+
+#include "platform/ffmpeg/libav.h"
+#include "platform/ffmpeg/picture_memory.h"
+
+namespace halvora {
+
+/// What the decoders of one asset have in common.
+struct MovieVideo {
+  LibavPointer<AVCodecParameters> parameters;
+  PictureNeed need;
+};
+
+class MovieDecoder {
+ public:
+  enum class Outcome {
+    /// There is a picture.
+    picture,
+    /// There is none before another packet, or the end, was sent.
+    starved,
+    /// There will be none any more.
+    ended,
+  };
+
+  /// Null where nobody can decode that, or the budget does not allow for it.
+  static std::unique_ptr<MovieDecoder> open(const MovieVideo& video, AVRational unit,
+                                            const std::shared_ptr<PictureBudget>& budget,
+                                            int threads);
+
+  /// To be called while starved; null for the end.
+  void send(const AVPacket* packet);
+  Outcome receive(AVFrame& frame);
+  /// Forgets everything, as before a seek.
+  void restart();
+
+ private:
+  explicit MovieDecoder(const std::shared_ptr<PictureBudget>& budget) : buffers_(budget) {}
+
+  // Freed in this order: the decoder gives its pictures back to its buffers.
+  std::unique_ptr<BudgetShare> share_;
+  PictureBuffers buffers_;
+  LibavPointer<AVCodecContext> context_;
+  bool isEnding_ = false;
+  int failuresAtEnd_ = 0;
+};
+
+}  // namespace halvora
