@@ -3,26 +3,34 @@
 
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include "tests/support/pixmap_decoder.h"
+#include "tests/tools/word_videos.h"
 #include "tools/halvora/commands.h"
 
 namespace halvora {
 
-ToolRun runTool(const std::vector<std::string>& arguments) {
+ToolRun runTool(const std::vector<std::string>& arguments, const ToolSetup& setup) {
   std::vector<const char*> words{"halvora"};
   for (const std::string& argument : arguments) words.push_back(argument.c_str());
+  const PixmapDecoder images;
+  const WordVideos videos;
+  const std::atomic<bool> isNotInterrupted{false};
+  const Outside outside{images, setup.videos != nullptr ? *setup.videos : videos,
+                        setup.isInterrupted != nullptr ? *setup.isInterrupted : isNotInterrupted,
+                        setup.terminal};
   ToolRun run;
-  const CommandResult result = runCommand(static_cast<int>(words.size()), words.data(),
-                                          PixmapDecoder(), [&run](std::string_view text) {
-                                            run.output += text;
-                                            return true;
-                                          });
+  const Output output = setup.output ? setup.output : [&run](std::string_view text) {
+    run.output += text;
+    return true;
+  };
+  CommandResult result = runCommand(static_cast<int>(words.size()), words.data(), outside, output);
   run.status = result.status;
-  run.error = result.error;
+  run.error = std::move(result.error);
   return run;
 }
 

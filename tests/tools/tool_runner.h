@@ -3,10 +3,13 @@
 // the files that it is given. Every test has its own; one thread.
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tools/halvora/command.h"
 
 namespace halvora {
 
@@ -16,8 +19,18 @@ struct ToolRun {
   std::string error;
 };
 
+/// What is around a run, where it is not what a script has: files as `WordVideos` reads them, no
+/// terminal, nobody who interrupts.
+struct ToolSetup {
+  const VideoAssets* videos = nullptr;
+  const std::atomic<bool>* isInterrupted = nullptr;
+  Terminal terminal = {};
+  /// Takes the output in place of the result's text.
+  Output output = {};
+};
+
 /// `halvora ARGUMENTS...`
-ToolRun runTool(const std::vector<std::string>& arguments);
+ToolRun runTool(const std::vector<std::string>& arguments, const ToolSetup& setup = {});
 
 /// The lines of a text; the last one must end with a line feed too, or is marked as unended.
 std::vector<std::string> linesOf(std::string_view text);

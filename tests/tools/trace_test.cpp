@@ -9,10 +9,8 @@
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
-#include "tests/support/pixmap_decoder.h"
 #include "tests/tools/tool_runner.h"
 #include "tests/tools/trace_lines.h"
-#include "tools/halvora/commands.h"
 
 namespace halvora {
 namespace {
@@ -218,15 +216,13 @@ class FailingOutput : public testing::TestWithParam<Words> {};
 TEST_P(FailingOutput, IsExitStatusOneAndOneLine) {
   const TestFolder folder;
   const std::string show = folder.write("show.jsonl", kStart + kFastFlashes);
-  std::vector<const char*> words{"halvora"};
-  for (const std::string& word : GetParam())
-    words.push_back(word == "SHOW" ? show.c_str() : word.c_str());
+  Words words = GetParam();
+  std::replace(words.begin(), words.end(), std::string("SHOW"), show);
   int calls = 0;
-  const CommandResult result = runCommand(static_cast<int>(words.size()), words.data(),
-                                          PixmapDecoder(), [&calls](std::string_view) {
-                                            ++calls;
-                                            return false;
-                                          });
+  const ToolRun result = runTool(words, {.output = [&calls](std::string_view) {
+                                   ++calls;
+                                   return false;
+                                 }});
   EXPECT_EQ(result.status, 1);
   EXPECT_FALSE(result.error.empty());
   EXPECT_EQ(result.error.find('\n'), std::string::npos);

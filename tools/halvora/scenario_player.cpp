@@ -27,9 +27,13 @@ struct Performer {
     for (const auto& [key, value] : action.writes) stage.defaults.setFromOutside(key, value);
   }
   void operator()(const PlayVideoAction& action) const { stage.engine.playVideo(action.name); }
-  // Seat tables are not built yet: the engine has nothing that could do these.
-  void operator()(const PrecomputeAction&) const {}
-  void operator()(const InvalidateAction&) const {}
+  void operator()(const PrecomputeAction& action) const {
+    stage.engine.precomputePixelMapLUTsForVenueId(action.venueId, action.seatX, action.seatY,
+                                                  stage.progress, stage.completion);
+  }
+  void operator()(const InvalidateAction& action) const {
+    stage.engine.invalidatePixelMapSeatLUTCacheForVenueId(action.venueId);
+  }
 };
 
 // Acts at one time run in the order of their lines; the odd orders between them are free for the

@@ -16,6 +16,9 @@ struct ScenarioStage {
   VirtualApplication& application;
   VirtualDefaults& defaults;
   HalvoraViewController& engine;
+  /// Told of every precompute; may stay absent.
+  PrecomputeProgress progress = {};
+  PrecomputeCompletion completion = {};
 };
 
 /// One action, now.

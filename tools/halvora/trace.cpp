@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/trace.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "engine/halvora_view_controller.h"
@@ -23,6 +24,16 @@ const UsageEndpoints& traceEndpoints() {
   return kEndpoints;
 }
 
+// The same turns as in one go.
+bool runInParts(VirtualRunLoop& loop, Duration end, const std::function<bool()>& goesOn) {
+  constexpr int kMostParts = 1000;
+  const Duration part = std::max(milliseconds(1000), end / kMostParts);
+  do {
+    if (!loop.runUntil(std::min(loop.now() + part, end))) return false;
+  } while (loop.now() < end && goesOn());
+  return true;
+}
+
 }  // namespace
 
 bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique_ptr<Random> random,
@@ -33,6 +44,9 @@ bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique
   setup.mainBundle = &mainBundle;
   setup.documents = options.documents;
   setup.images = &libraries.images;
+  setup.files = libraries.files;
+  setup.videoAssets = libraries.videos;
+  setup.workers = libraries.workers;
   VirtualPhone phone(libraries.json, std::move(setup));
   // A trace never reads these two, and a long show would fill them.
   phone.bluetooth.log.isKept = false;
@@ -43,9 +57,14 @@ bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique
   TraceWriter writer(phone, engine, {options.assets, options.documents}, write);
   phone.loop.onTurnEnded([&writer] { writer.turnEnded(); });
 
-  const ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};
+  ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};
+  stage.progress = [&writer](int done, int total, const std::string& mapId) {
+    writer.precomputeProgressed(done, total, mapId);
+  };
+  stage.completion = [&writer](int done, int total) { writer.precomputeCompleted(done, total); };
   schedule(scenario, phone.loop, stage);
-  return phone.loop.runUntil(options.until.value_or(scenario.lastAction() + kAfterLastAction));
+  const Duration end = options.until.value_or(scenario.lastAction() + kAfterLastAction);
+  return options.goesOn ? runInParts(phone.loop, end, options.goesOn) : phone.loop.runUntil(end);
 }
 
 }  // namespace halvora

@@ -9,28 +9,38 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/files.h"
 #include "platform/image.h"
 #include "platform/json.h"
 #include "platform/random.h"
 #include "platform/time.h"
+#include "platform/video_asset.h"
+#include "platform/workers.h"
 #include "tools/halvora/scenario.h"
 
 namespace halvora {
 
 struct TraceOptions {
-  /// The folder that holds HVAssets; empty for none.
+  /// The folder that holds HVAssets; empty for none. Absolute, because the tables of a video bear
+  /// its path.
   std::string assets;
-  /// The phone's private documents folder; empty for none.
+  /// The phone's private documents folder, absolute; empty for none.
   std::string documents;
   std::vector<std::string> allowedTransmitterIds;
   /// Turns due at this time still run; without it the trace ends 10 s after the last action.
   std::optional<Duration> until;
+  /// Asked now and then; false ends the trace. Absent: it goes on.
+  std::function<bool()> goesOn = {};
 };
 
-/// What a trace reads files with.
+/// What a trace reads files with. Without files, videos and workers of their own, the phone has no
+/// pixel maps.
 struct TraceLibraries {
   const JsonReader& json;
   const ImageDecoder& images;
+  Files* files = nullptr;
+  const VideoAssets* videos = nullptr;
+  Workers* workers = nullptr;
 };
 
 /// Writes JSON Lines through `write`, one or more whole lines a call. The engine draws from

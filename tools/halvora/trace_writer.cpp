@@ -34,6 +34,13 @@ std::string relativeTo(const TraceFolders& folders, const std::string& path) {
   return path.substr(prefix);
 }
 
+// A finished line as a value within another one.
+std::string_view objectOf(JsonLine& line) {
+  std::string_view object = line.end();
+  object.remove_suffix(1);
+  return object;
+}
+
 constexpr const char* nameOf(HapticAct act) {
   constexpr const char* kNames[] = {"light", "heavy", "sound", "dispose"};
   return kNames[static_cast<std::size_t>(act)];
@@ -95,7 +102,16 @@ void TraceWriter::turnEnded() {
   writeGobo();
   writeDevices();
   writeVideo();
+  writePrecomputes();
   writeDefaults();
+}
+
+void TraceWriter::precomputeProgressed(int done, int total, const std::string& mapId) {
+  precomputeActs_.push_back({"progress", done, total, mapId});
+}
+
+void TraceWriter::precomputeCompleted(int done, int total) {
+  precomputeActs_.push_back({"completion", done, total, std::nullopt});
 }
 
 JsonLine& TraceWriter::line() {
@@ -111,9 +127,7 @@ void TraceWriter::writeLight() {
     }
     JsonLine animation;
     animation.begin().addColour("to", act.to).addLevel("duration", toSeconds(act.duration));
-    std::string_view object = animation.end();
-    object.remove_suffix(1);
-    finish(line().addRaw("lightAnimation", object));
+    finish(line().addRaw("lightAnimation", objectOf(animation)));
   }
   lightActs_.clear();
   if (!std::exchange(isLightTouched_, false)) return;
@@ -165,9 +179,16 @@ void TraceWriter::writeVideo() {
     object.begin().add("player", std::string_view(&event.player, 1)).add("act", nameOf(event.act));
     if (event.act == VideoAct::load) object.add("item", event.item);
     if (event.act == VideoAct::seek) object.addLevel("seconds", toSeconds(event.position));
-    std::string_view text = object.end();
-    text.remove_suffix(1);
-    finish(line().addRaw("video", text));
+    finish(line().addRaw("video", objectOf(object)));
+  }
+}
+
+void TraceWriter::writePrecomputes() {
+  for (const PrecomputeAct& act : std::exchange(precomputeActs_, {})) {
+    JsonLine object;
+    object.begin().add("done", std::int64_t{act.done}).add("total", std::int64_t{act.total});
+    if (act.mapId) object.add("mapId", *act.mapId);
+    finish(line().addRaw(act.key, objectOf(object)));
   }
 }
 

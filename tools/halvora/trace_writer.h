@@ -7,6 +7,7 @@
 #include <array>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,8 @@ class TraceWriter final : private ViewObserver {
   TraceWriter& operator=(const TraceWriter&) = delete;
 
   void turnEnded();
+  void precomputeProgressed(int done, int total, const std::string& mapId);
+  void precomputeCompleted(int done, int total);
 
  private:
   struct LightAct {
@@ -39,6 +42,13 @@ class TraceWriter final : private ViewObserver {
     MaybeColour to;
     Duration duration;
     bool isFinished;
+  };
+  struct PrecomputeAct {
+    const char* key;
+    int done;
+    int total;
+    /// None for a completion.
+    std::optional<std::string> mapId;
   };
   struct Alpha {
     std::string written;
@@ -59,6 +69,7 @@ class TraceWriter final : private ViewObserver {
   void writeGobo();
   void writeDevices();
   void writeVideo();
+  void writePrecomputes();
   void writeDefaults();
   void writeFlag(const char* key, bool value, bool& written);
 
@@ -69,6 +80,7 @@ class TraceWriter final : private ViewObserver {
   JsonLine line_;
   std::vector<LightAct> lightActs_;
   std::vector<const char*> callbacks_;
+  std::vector<PrecomputeAct> precomputeActs_;
   std::array<Alpha, kViewCount> alphas_;
   bool isLightTouched_ = false;
   bool isAlphaTouched_ = false;

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the commands of the tool have in common: what they get from the process that they run in,
+// what they answer, and the small things that most of them need. Main thread.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platform/image.h"
+#include "platform/time.h"
+#include "platform/video_asset.h"
+
+namespace CLI {
+class App;
+}  // namespace CLI
+
+namespace halvora {
+
+/// Takes text for standard output; false when it cannot be written.
+using Output = std::function<bool(std::string_view)>;
+
+struct CommandResult {
+  int status = 0;
+  /// One line, for standard error; empty for none.
+  std::string error;
+};
+
+/// Where a long command shows how far it is. Any thread.
+struct Terminal {
+  /// Absent where nobody looks.
+  std::function<void(std::string_view)> write = {};
+  /// A clock that only goes forward; there where `write` is.
+  std::function<Duration()> now = {};
+};
+
+/// What a command needs from outside; outlives it.
+struct Outside {
+  /// Reads the stills of torch pixel maps.
+  const ImageDecoder& images;
+  const VideoAssets& videos;
+  /// Set, at any time and once and for all, by a user who wants the command to end.
+  const std::atomic<bool>& isInterrupted;
+  Terminal terminal = {};
+};
+
+struct Call {
+  /// As the process got them, its own name first.
+  std::span<const char* const> arguments;
+  const Outside& outside;
+  const Output& output;
+};
+
+class Command {
+ public:
+  virtual ~Command() = default;
+  /// Adds its options to `app`, which outlives the command.
+  virtual void describe(CLI::App& app) = 0;
+  /// Once, after the options have been read.
+  virtual CommandResult run(const Call& call) = 0;
+};
+
+CommandResult done();
+/// The command line or an input file is unusable: exit status 2.
+CommandResult unusable(std::string what);
+/// Any other failure: exit status 1.
+CommandResult failed(std::string what);
+CommandResult interrupted();
+CommandResult writeAll(std::string_view text, const Output& output);
+
+/// Decimal digits and nothing else, up to `largest`.
+std::optional<std::uint64_t> decimal(std::string_view text, std::uint64_t largest);
+/// The same with a minus sign allowed.
+std::optional<std::int64_t> wholeNumber(std::string_view text);
+
+/// The path from the root, without empty names, "." and "..". Links stay as they are, and so does a
+/// ".." behind one: it leads elsewhere than the names suggest. Empty for an empty path.
+std::string absolutePath(std::string_view path);
+
+/// Whether a folder is there, or could be made there.
+bool mayBeFolder(const std::string& path);
+
+}  // namespace halvora

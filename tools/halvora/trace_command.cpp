@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/trace_command.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include <CLI/CLI.hpp>
+
+#include "platform/json/rapid_json_reader.h"
+#include "platform/standard/seeded_random.h"
+#include "platform/standard/thread_workers.h"
+#include "platform/virtual/virtual_devices.h"
+#include "tools/halvora/interruptible_videos.h"
+#include "tools/halvora/scenario.h"
+#include "tools/halvora/scratch_folder.h"
+#include "tools/halvora/trace.h"
+#include "tools/halvora/written_files.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
+constexpr double kLatestEnd = 1e9;
+
+// A plain decimal number, and nothing around it.
+std::optional<double> plainNumber(const std::string& text) {
+  const bool isPlain = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
+  char* end = nullptr;
+  const double value = std::strtod(text.c_str(), &end);
+  const bool isWhole = !text.empty() && text.front() != '+' && *end == '\0';
+  return isPlain && isWhole ? std::optional(value) : std::nullopt;
+}
+
+class TraceCommand final : public Command {
+ public:
+  void describe(CLI::App& app) override {
+    app.add_option("SCENARIO", file_, "JSON Lines file of what happens around the phone")
+        ->required();
+    app.add_option("--assets", assets_, "folder that holds HVAssets (default: none)");
+    documentsOption_ =
+        app.add_option("--documents", documents_,
+                       "the phone's private documents folder (default: an empty temporary one)");
+    app.add_option("--random", chance_,
+                   "how draws fall: min, max, or the seed of a generator (default: 1)");
+    untilOption_ = app.add_option("--until", until_,
+                                  "seconds at which the trace ends (default: 10 after the last "
+                                  "action)");
+    app.add_option("--allow", options_.allowedTransmitterIds,
+                   "a transmitter to obey, as application:number; may be repeated (default: all)")
+        ->allow_extra_args(false);
+    app.footer(
+        "Each line of the scenario is an object with \"at\" (seconds) and one of: device, start, "
+        "bluetooth,\npacket (with every and until to repeat it), app, defaults, precompute, "
+        "invalidate, playVideo.");
+  }
+
+  CommandResult run(const Call& call) override {
+    auto random = randomOf(chance_);
+    if (const auto refusal = checkOptions(random != nullptr)) return *refusal;
+    const auto text = readFile(file_, kLargestScenario);
+    if (!text) return unusable(file_ + ": cannot be read");
+    auto parsed = parseScenario(*text, json_);
+    if (const auto* bad = std::get_if<ScenarioError>(&parsed)) {
+      return unusable(file_ + ":" + std::to_string(bad->line) + ": " + bad->what);
+    }
+    options_.assets = absolutePath(assets_);
+    if (documentsOption_->count() > 0) {
+      options_.documents = absolutePath(documents_);
+      return trace(std::get<Scenario>(parsed), std::move(random), call);
+    }
+    const ScratchFolder documents;
+    if (documents.path().empty()) return failed("no temporary folder can be made");
+    options_.documents = documents.path();
+    return trace(std::get<Scenario>(parsed), std::move(random), call);
+  }
+
+ private:
+  static std::unique_ptr<Random> randomOf(const std::string& chance) {
+    using Rule = ScriptedRandom::Rule;
+    if (chance == "min" || chance == "max") {
+      auto scripted =
+          std::make_unique<ScriptedRandom>(chance == "min" ? Rule::least : Rule::greatest);
+      scripted->log.isKept = false;
+      return scripted;
+    }
+    const auto seed = decimal(chance, UINT64_MAX);
+    return seed ? std::make_unique<SeededRandom>(*seed) : nullptr;
+  }
+
+  std::optional<CommandResult> checkOptions(bool isChanceKnown) {
+    std::error_code error;
+    if (!assets_.empty() && !std::filesystem::is_directory(assets_, error)) {
+      return unusable(assets_ + ": no such folder (--assets)");
+    }
+    if (documentsOption_->count() > 0 && !mayBeFolder(documents_)) {
+      return unusable(documents_ + ": not a folder (--documents)");
+    }
+    if (!isChanceKnown) {
+      return unusable("--random must be min, max or a whole number, not \"" + chance_ + "\"");
+    }
+    if (untilOption_->count() == 0) return std::nullopt;
+    const std::optional<double> seconds = plainNumber(until_);
+    if (!seconds || *seconds < 0 || *seconds > kLatestEnd) {
+      return unusable("--until must be seconds, 0 or more, not \"" + until_ + "\"");
+    }
+    options_.until = fromSeconds(*seconds);
+    return std::nullopt;
+  }
+
+  CommandResult trace(const Scenario& scenario, std::unique_ptr<Random> random, const Call& call) {
+    const std::atomic<bool>& isInterrupted = call.outside.isInterrupted;
+    const InterruptibleVideos videos(call.outside.videos, isInterrupted);
+    WrittenFiles files(isInterrupted);
+    ThreadWorkers workers;
+    bool isWritable = true;
+    options_.goesOn = [&] { return isWritable && !isInterrupted; };
+    const bool ended = runTrace(scenario, options_, std::move(random),
+                                {json_, call.outside.images, &files, &videos, &workers},
+                                [&](std::string_view lines) {
+                                  // What a phone shows of a video that ended too soon is not what
+                                  // it would show.
+                                  if (!isInterrupted) isWritable = isWritable && call.output(lines);
+                                });
+    if (isInterrupted) return interrupted();
+    if (!isWritable) return failed("standard output cannot be written");
+    if (!ended) return failed(file_ + ": the phone never comes to rest");
+    return done();
+  }
+
+  const RapidJsonReader json_{};
+  std::string file_;
+  std::string assets_;
+  std::string documents_;
+  std::string chance_ = "1";
+  std::string until_;
+  CLI::Option* documentsOption_ = nullptr;
+  CLI::Option* untilOption_ = nullptr;
+  TraceOptions options_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeTraceCommand() { return std::make_unique<TraceCommand>(); }
+
+}  // namespace halvora
