@@ -32,6 +32,7 @@ void SeatGatherer::take(const VideoFrame& frame) {
   const auto number = pixelMapFrameAt(frame.seconds(), tables_.frameCount);
   if (!number || frame.width() == 0 || frame.height() == 0) return;
   place(frame.width(), frame.height());
+  lowestFrame_ = std::min(lowestFrame_, *number);
   // Of samples with one number the last one counts.
   if (frames_.empty() || frames_.back() != *number) {
     if (frames_.size() == kBlockFrames) flush(1);
@@ -49,10 +50,15 @@ void SeatGatherer::place(std::uint32_t width, std::uint32_t height) {
   });
 }
 
-void SeatGatherer::settle(bool isLast) {
-  if (frames_.empty()) return;
-  const auto number = static_cast<std::size_t>(frames_.back());
-  if (isLast || tables_.filled[number] == 0) flush(0);
+int SeatGatherer::settle(int firstBehind) {
+  if (!frames_.empty()) {
+    const int number = frames_.back();
+    // A frame below theirs has been filled by this stretch itself, from an earlier sample.
+    const bool isTheirs =
+        number >= firstBehind && tables_.filled[static_cast<std::size_t>(number)] != 0;
+    if (!isTheirs) flush(0);
+  }
+  return std::min(lowestFrame_, firstBehind);
 }
 
 void SeatGatherer::flush(std::size_t kept) {

@@ -5,6 +5,7 @@
 // gatherers fill one table side by side.
 #pragma once
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -38,9 +39,9 @@ class SeatGatherer {
   /// After the last frame of the stretch. Its last frame number stays behind: the next stretch may
   /// begin with the same.
   void end() { flush(1); }
-  /// Puts in what stayed behind, unless a later stretch has that frame. Not side by side with
-  /// anything.
-  void settle(bool isLast);
+  /// Puts in what stayed behind, unless a later stretch has that frame; `firstBehind` is the lowest
+  /// frame of those. Returns the lowest from this stretch on. Not side by side with anything.
+  int settle(int firstBehind);
 
  private:
   std::span<std::uint32_t> blockRow(std::size_t at) {
@@ -57,6 +58,7 @@ class SeatGatherer {
   std::vector<PixelPosition> positions_;
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;
+  int lowestFrame_ = INT_MAX;
   std::vector<int> frames_;
   std::vector<std::uint32_t> block_;
 };

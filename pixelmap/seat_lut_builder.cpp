@@ -63,7 +63,7 @@ class Stretch {
     gatherer_.end();
   }
 
-  void settle(bool isLast) { gatherer_.settle(isLast); }
+  int settle(int firstBehind) { return gatherer_.settle(firstBehind); }
 
  private:
   std::unique_ptr<VideoFrame> next() {
@@ -127,8 +127,9 @@ BuildEnd buildSeatTables(const VideoAsset& asset, std::span<const SeatPosition> 
   control.workers.run(tasks);
   if (watch.isCancelled()) return BuildEnd::cancelled;
 
+  int firstBehind = frameCount;
   for (auto stretch = stretches.rbegin(); stretch != stretches.rend(); ++stretch) {
-    stretch->settle(stretch == stretches.rbegin());
+    firstBehind = stretch->settle(firstBehind);
   }
   if (std::find(filled.begin(), filled.end(), 1) == filled.end()) return BuildEnd::noFrames;
   fillGaps(tables, seats.size());

@@ -5,8 +5,10 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
+#include <iomanip>
+#include <locale>
 #include <memory>
+#include <sstream>
 #include <vector>
 
 namespace halvora {
@@ -70,11 +72,13 @@ SeatLut wordsOfBytes(std::string_view bytes) {
   return std::make_shared<const std::vector<std::uint32_t>>(std::move(words));
 }
 
-// Seconds as the shortest text that reads back as the same number.
+// A text that reads back as the same number. Not by printf: a host that sets the user's locale
+// would have it write a decimal comma.
 std::string exactText(double value) {
-  std::array<char, 40> text{};
-  std::snprintf(text.data(), text.size(), "%.17g", value);
-  return text.data();
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << std::setprecision(17) << value;
+  return text.str();
 }
 
 std::string metaText(std::size_t frameCount, SeatPosition seat,

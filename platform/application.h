@@ -11,6 +11,9 @@ class ApplicationObserver {
   virtual void handleOrientationChange() = 0;
   virtual void appDidBecomeActive() = 0;
   virtual void appWillResignActive() = 0;
+  /// Whatever is presented over the host's root is being dismissed: who presents something takes it
+  /// back.
+  virtual void presentedScreensDismissed() {}
 };
 
 class Application {
@@ -21,8 +24,12 @@ class Application {
   /// Keeps the screen from dimming and locking by itself.
   virtual void setIdleTimerDisabled(bool disabled) = 0;
   virtual void setStatusBarHidden(bool hidden) = 0;
-  /// Dismisses, animated, whatever is presented over the host's root.
+  /// Dismisses, animated, whatever is presented over the host's root, and tells the observers.
   virtual void dismissPresentedScreens() = 0;
+  /// Whether the system has a page of settings for this application.
+  virtual bool canOpenSettings() const = 0;
+  /// Leaves the application for that page, or does nothing.
+  virtual void openSettings() = 0;
   /// Sound plays even when the phone is silenced.
   virtual void useAudioPlaybackCategory() = 0;
 };

@@ -41,7 +41,10 @@ class Files {
   virtual bool replace(const std::string& path, std::string_view bytes) = 0;
   /// Makes a folder and those above it; true if it is there afterwards.
   virtual bool makeFolder(const std::string& path) = 0;
-  /// Removes a folder and everything in it, as far as that is allowed.
+  /// Gives a file or folder another name in its file system, in place of a file that had it. False,
+  /// and nothing changed, where that failed.
+  virtual bool move(const std::string& from, const std::string& to) = 0;
+  /// Removes a file, or a folder and everything in it, as far as that is allowed.
   virtual void removeFolder(const std::string& path) = 0;
 };
 

@@ -101,6 +101,12 @@ bool StandardFiles::makeFolder(const std::string& path) {
   return fs::is_directory(path, error);
 }
 
+bool StandardFiles::move(const std::string& from, const std::string& to) {
+  std::error_code error;
+  fs::rename(from, to, error);
+  return !error;
+}
+
 void StandardFiles::removeFolder(const std::string& path) {
   std::error_code error;
   fs::remove_all(path, error);

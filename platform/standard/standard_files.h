@@ -19,6 +19,7 @@ class StandardFiles final : public Files {
   }
   bool replace(const std::string& path, std::string_view bytes) override;
   bool makeFolder(const std::string& path) override;
+  bool move(const std::string& from, const std::string& to) override;
   void removeFolder(const std::string& path) override;
 };
 

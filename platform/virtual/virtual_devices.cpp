@@ -50,6 +50,11 @@ void VirtualApplication::resignActive() {
   for (ApplicationObserver* observer : observers_) observer->appWillResignActive();
 }
 
+void VirtualApplication::dismissPresentedScreens() {
+  ++dismissals;
+  for (ApplicationObserver* observer : observers_) observer->presentedScreensDismissed();
+}
+
 void VirtualApplication::changeOrientation() {
   for (ApplicationObserver* observer : observers_) observer->handleOrientationChange();
 }

@@ -60,7 +60,9 @@ class VirtualApplication final : public Application {
   void removeObserver(ApplicationObserver& observer) override { std::erase(observers_, &observer); }
   void setIdleTimerDisabled(bool disabled) override { isIdleTimerDisabled = disabled; }
   void setStatusBarHidden(bool hidden) override { isStatusBarHidden = hidden; }
-  void dismissPresentedScreens() override { ++dismissals; }
+  void dismissPresentedScreens() override;
+  bool canOpenSettings() const override { return hasSettings; }
+  void openSettings() override { ++settingsOpened; }
   void useAudioPlaybackCategory() override { usesAudioPlayback = true; }
 
   void becomeActive();
@@ -71,6 +73,8 @@ class VirtualApplication final : public Application {
   bool isStatusBarHidden = false;
   bool usesAudioPlayback = false;
   int dismissals = 0;
+  bool hasSettings = true;
+  int settingsOpened = 0;
 
  private:
   std::vector<ApplicationObserver*> observers_;

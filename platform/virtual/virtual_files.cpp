@@ -69,6 +69,16 @@ bool VirtualFiles::makeFolder(const std::string& path) {
   return true;
 }
 
+bool VirtualFiles::move(const std::string& from, const std::string& to) {
+  const std::lock_guard lock(mutex_);
+  const bool hasFolder = folders_.contains(to.substr(0, to.rfind('/')));
+  if (isReadOnly || !hasFolder || !files_.contains(from)) return false;
+  File file = std::move(files_[from]);
+  files_.erase(from);
+  files_[to] = std::move(file);
+  return true;
+}
+
 void VirtualFiles::removeFolder(const std::string& path) {
   const std::lock_guard lock(mutex_);
   if (isReadOnly) return;

@@ -21,6 +21,8 @@ class VirtualFiles final : public Files {
   std::optional<std::string> read(const std::string& path, std::size_t limit) const override;
   bool replace(const std::string& path, std::string_view bytes) override;
   bool makeFolder(const std::string& path) override;
+  /// Files only.
+  bool move(const std::string& from, const std::string& to) override;
   void removeFolder(const std::string& path) override;
 
   /// Somebody else's doing: a file with the folders above it, or one less.

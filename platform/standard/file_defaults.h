@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+// User defaults that last, in one file: read once at the start, then served from memory. What is
+// written is saved off the main thread, on request at once and otherwise soon, always the whole
+// file in place of the old one, so that a process that dies leaves the old or the new values. Owned
+// by the host; main thread.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/files.h"
+#include "platform/json.h"
+#include "platform/run_loop.h"
+#include "platform/serial_queues.h"
+#include "platform/standard/defaults_document.h"
+#include "platform/user_defaults.h"
+
+namespace halvora {
+
+class FileDefaults final : public UserDefaults {
+ public:
+  /// A larger file counts as damaged.
+  static constexpr std::size_t kLargestFile = std::size_t{64} << 20;
+  /// How long a write that nobody asks to be made lasting waits for others to come.
+  static constexpr Duration kSaveDelay = milliseconds(1000);
+
+  struct Needs {
+    Files& files;
+    const JsonReader& json;
+    RunLoop& runLoop;
+    SerialQueues& queues;
+  };
+
+  /// The path is absolute; folders above it are made when something is saved. A file that is
+  /// damaged is kept beside it as "PATH.damaged", and what can be understood of it counts.
+  FileDefaults(const std::string& path, const Needs& needs);
+  /// Saves what is not saved yet, and waits for it.
+  ~FileDefaults() override;
+  FileDefaults(const FileDefaults&) = delete;
+  FileDefaults& operator=(const FileDefaults&) = delete;
+
+  const DefaultsValue* find(std::string_view key) const override;
+  void set(std::string_view key, DefaultsValue value) override;
+  void remove(std::string_view key) override;
+  void synchronize() override;
+
+ private:
+  class Saver;
+
+  static void removeLeftovers(const std::string& path, Files& files);
+  void load(const std::string& path, const Needs& needs);
+  void changed();
+  void handOver();
+
+  DefaultsValues values_;
+  bool isChanged_ = false;
+  RunLoop& runLoop_;
+  Timer saveTimer_;
+  /// What background jobs may reach, and only through weak references.
+  std::shared_ptr<Saver> saver_;
+  std::unique_ptr<SerialQueue> queue_;
+};
+
+}  // namespace halvora

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// The seat tables of one engine on a virtual phone, with queues that work when the test says so and
+// a log of what the engine was told. A test owns one.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "pixelmap/pixel_map_seat_luts.h"
+#include "platform/virtual/virtual_phone.h"
+#include "tests/pixelmap/seat_lut_bench.h"
+#include "tests/support/step_queue.h"
+
+namespace halvora {
+
+class PixelMapBench {
+ public:
+  /// The seat that `preload` asks for.
+  static constexpr SeatPosition kSeat{2, 1};
+
+  PixelMapBench();
+  ~PixelMapBench();
+  PixelMapBench(const PixelMapBench&) = delete;
+  PixelMapBench& operator=(const PixelMapBench&) = delete;
+
+  static std::string videoOf(const std::string& map, int venue = 7);
+  static std::string keyOf(const std::string& map, SeatPosition seat = kSeat);
+  /// The saved table of a map and seat.
+  static std::string dataOf(const std::string& map, SeatPosition seat = kSeat);
+
+  /// A map of venue 7, or another, whose video has these opaque colours; `onFrame` is called before
+  /// each frame that is read.
+  void putMap(const std::string& map, const Words& words,
+              std::function<void(std::size_t)> onFrame = {}, int venue = 7);
+  /// The same, with the table of the seat on disk.
+  void putMapWithTable(const std::string& map, const Words& words, SeatPosition seat = kSeat);
+
+  PixelMapSeatLuts& luts() { return *luts_; }
+  const SeatLutState& state() const { return luts_->state(); }
+  /// What an engine does when it goes: no queue works on.
+  void destroy();
+
+  void preload(int map, SeatPosition seat = kSeat) {
+    luts_->preloadPixelMapSeatLUTForVenueId(7, map, seat.x, seat.y);
+  }
+  void precompute(SeatPosition seat = kSeat, int venue = 7, const std::string& name = "");
+  /// Runs what was posted to the main thread.
+  void turn() { phone.loop.runFor({}); }
+  /// Lets both queues work until nothing is left, then runs what they posted.
+  void settle();
+
+  /// The frame's colour as red, green, blue; none.
+  MaybeColour colour(int frame) {
+    return luts_->colorFromActivePixelMapSeatLUTForFrameIndex(frame);
+  }
+  bool isSaved(const std::string& map, SeatPosition seat = kSeat) const {
+    return phone.virtualFiles.attributes(dataOf(map, seat)).has_value();
+  }
+  int framesRead() const { return phone.virtualVideos.counts.framesRead; }
+  int opens() const { return phone.virtualVideos.counts.opens; }
+
+  VirtualPhone phone;
+  StepQueue lutQueue{"lut"};
+  StepQueue liveQueue{"live"};
+  int currentVideoMinutes = 0;
+  /// "refresh" and the map in force, "missing" texts, and what precompute reports.
+  Log<std::string> log;
+
+ private:
+  std::unique_ptr<PixelMapSeatLuts> luts_;
+};
+
+}  // namespace halvora
