@@ -143,6 +143,11 @@ void RecordingApplication::dismissPresentedScreens() {
   application_.dismissPresentedScreens();
 }
 
+void RecordingApplication::openSettings() {
+  log_.add("openSettings");
+  application_.openSettings();
+}
+
 void RecordingApplication::useAudioPlaybackCategory() {
   log_.add("audioPlayback");
   application_.useAudioPlaybackCategory();

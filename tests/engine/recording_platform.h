@@ -128,6 +128,8 @@ class RecordingApplication final : public Application {
   void setIdleTimerDisabled(bool disabled) override;
   void setStatusBarHidden(bool hidden) override;
   void dismissPresentedScreens() override;
+  bool canOpenSettings() const override { return application_.canOpenSettings(); }
+  void openSettings() override;
   void useAudioPlaybackCategory() override;
 
  private:
