@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// JSON as a need: text in, a value out. The value keeps what the text says; conversions follow the
-// rules that the kit's documents rely on (true counts as 1, fractions truncate, texts give their
-// leading integer). Any thread.
+// JSON as a need: text in, a value out, or event by event for documents too large to be kept as
+// values. Both keep what the text says; conversions follow the rules that the kit's documents rely
+// on (true counts as 1, fractions truncate, texts give their leading integer). Any thread.
 #pragma once
 
 #include <cstddef>
@@ -77,6 +77,41 @@ inline std::optional<std::int64_t> JsonValue::wholeNumber() const {
   return value ? std::optional(halvora::wholeNumber(*value)) : std::nullopt;
 }
 
+enum class JsonContainer : std::uint8_t { object, array };
+
+/// A value that holds no others. It lives as long as the call that hands it over.
+struct JsonScalar {
+  enum class Kind : std::uint8_t { null, boolean, integer, real, text };
+
+  Kind kind = Kind::null;
+  /// Of a boolean (0 or 1) and of an integer.
+  std::int64_t integer = 0;
+  /// Of a number with a fraction or an exponent, and of an integer beyond 64 bits.
+  double real = 0;
+  /// The characters of a text, or a number as the document writes it.
+  std::string_view text = {};
+
+  bool isText() const { return kind == Kind::text; }
+  /// Booleans are numbers too.
+  bool isNumber() const { return kind != Kind::null && kind != Kind::text; }
+  /// Of a number: truncated towards zero, saturated at 64 bits.
+  std::int64_t wholeNumber() const {
+    return kind == Kind::real ? halvora::wholeNumber(real) : integer;
+  }
+};
+
+/// Hears a document from its beginning to its end. Names are those of members; what lies in an
+/// array, and the outermost value, has an empty one. All members are reported, equal names too: the
+/// first one is to count.
+class JsonEvents {
+ public:
+  virtual ~JsonEvents() = default;
+  /// False passes over it: neither what it holds nor its end is reported.
+  virtual bool begin(std::string_view name, JsonContainer container) = 0;
+  virtual void end() = 0;
+  virtual void scalar(std::string_view name, const JsonScalar& value) = 0;
+};
+
 class JsonReader {
  public:
   virtual ~JsonReader() = default;
@@ -85,6 +120,10 @@ class JsonReader {
   /// on failure.
   virtual std::optional<JsonValue> parse(std::string_view document,
                                          std::string* reason = nullptr) const = 0;
+  /// The same document, reported as it is read. False when it is malformed, which may come to light
+  /// only at its end: nothing reported counts then.
+  virtual bool read(std::string_view document, JsonEvents& events,
+                    std::string* reason = nullptr) const = 0;
 };
 
 }  // namespace halvora

@@ -55,7 +55,7 @@ def make_opencv_program():
     if flags.returncode != 0:
         print("libopencv-dev is not installed: measured without OpenCV", file=sys.stderr)
         return None
-    subprocess.run(["g++", "-O2", "-std=c++20", source, "-o", program, *flags.stdout.split(),
+    subprocess.run(["g++", "-O2", "-std=c++17", source, "-o", program, *flags.stdout.split(),
                     "-lopencv_videoio", "-lopencv_core"], check=True)
     return program
 

@@ -80,19 +80,29 @@ void samplesOf(const PixelLayout& layout, std::span<const PixelPosition> positio
   }
 }
 
-// Most videos, and many pixels: luma and colour differences in bytes. Green is the only one that
-// needs both differences.
-void bytesOfYuv(const PixelLayout& layout, std::span<const PixelPosition> positions,
-                std::span<std::uint32_t> words) {
-  const ByteSample luma(layout.components[0]);
-  const ByteSample blueDifference(layout.components[1]);
-  const ByteSample redDifference(layout.components[2]);
+// Luma and colour differences as bytes in planes of their own.
+bool isUsual(const PixelLayout& layout) {
+  const auto& [luma, blue, red, alpha] = layout.components;
+  return layout.kind == ColourKind::yuv && !layout.isWide && luma.step == 1 && blue.step == 1 &&
+         red.step == 1 && luma.columnShift == 0 && luma.rowShift == 0 && blue.row == red.row &&
+         blue.columnShift == red.columnShift && blue.rowShift == red.rowShift;
+}
+
+// For most videos, and many pixels: as few multiplications as there can be. Only green needs both
+// differences.
+void wordsOfUsual(const PixelLayout& layout, std::span<const PixelPosition> positions,
+                  std::span<std::uint32_t> words) {
+  const ComponentPlace luma = layout.components[0];
+  const ComponentPlace blueDifference = layout.components[1];
+  const std::uint8_t* redDifference = layout.components[2].first;
   const auto [red, green, blue] = layout.colours;
   for (std::size_t at = 0; at < positions.size(); ++at) {
-    const PixelPosition position = positions[at];
-    const std::int64_t light = red.weights[0] * luma.at(position);
-    const std::int64_t u = blueDifference.at(position);
-    const std::int64_t v = redDifference.at(position);
+    const auto [x, y] = positions[at];
+    const std::ptrdiff_t place =
+        (y >> blueDifference.rowShift) * blueDifference.row + (x >> blueDifference.columnShift);
+    const std::int64_t light = red.weights[0] * luma.first[y * luma.row + x];
+    const std::int64_t u = blueDifference.first[place];
+    const std::int64_t v = redDifference[place];
     words[at] = kOpaque | level(light + red.weights[2] * v + red.bias) << 16 |
                 level(light + green.weights[1] * u + green.weights[2] * v + green.bias) << 8 |
                 level(light + blue.weights[1] * u + blue.bias);
@@ -164,8 +174,8 @@ void samplePixels(const PixelLayout& layout, std::span<const PixelPosition> posi
     wordsOfPalette(layout, positions, words);
   } else if (layout.isWide) {
     samplesOf<WideSample>(layout, positions, words);
-  } else if (layout.kind == ColourKind::yuv) {
-    bytesOfYuv(layout, positions, words);
+  } else if (isUsual(layout)) {
+    wordsOfUsual(layout, positions, words);
   } else {
     samplesOf<ByteSample>(layout, positions, words);
   }

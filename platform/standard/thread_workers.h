@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Workers on threads of their own, which live as long as one run. Any thread.
+// Workers on threads of their own, which live as long as one run. Where the system has no threads
+// to give, no task of a run is done. Any thread.
 #pragma once
 
 #include "platform/workers.h"
