@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// The JSON need on RapidJSON's event parser: every Unicode encoding, bounded nesting, numbers of
-// any length. Stateless; any thread.
+// The JSON need: every Unicode encoding, bounded nesting, numbers of any length. Our own scanner
+// reads the text, RapidJSON rounds the numbers with a fraction or an exponent. Stateless; any
+// thread.
 #pragma once
 
 #include "platform/json.h"
+#include "platform/json/json_scanner.h"
 
 namespace halvora {
 
 class RapidJsonReader final : public JsonReader {
  public:
   /// Arrays and objects may lie this deep in each other; a deeper document is rejected.
-  static constexpr std::size_t kDeepestNesting = 512;
+  static constexpr std::size_t kDeepestNesting = JsonScanner::kDeepestNesting;
 
   std::optional<JsonValue> parse(std::string_view document, std::string* reason) const override;
+  bool read(std::string_view document, JsonEvents& events, std::string* reason) const override;
 };
 
 }  // namespace halvora

@@ -46,7 +46,26 @@ std::uint32_t unitAt(std::string_view text, const Encoding& encoding, std::size_
   return value;
 }
 
-void append(std::string& text, std::uint32_t character) {
+bool convert(std::string_view text, const Encoding& encoding, std::string& utf8) {
+  if (text.size() % encoding.unit != 0) return false;
+  for (std::size_t at = 0; at < text.size(); at += encoding.unit) {
+    std::uint32_t character = unitAt(text, encoding, at);
+    if (encoding.unit == 2 && isHighSurrogate(character)) {
+      at += encoding.unit;
+      const std::uint32_t low = at < text.size() ? unitAt(text, encoding, at) : 0;
+      if (!isLowSurrogate(low)) return false;
+      character = characterOfPair(character, low);
+    }
+    if (isHighSurrogate(character) || isLowSurrogate(character)) return false;
+    if (character > 0x10FFFF) return false;
+    appendUtf8(utf8, character);
+  }
+  return true;
+}
+
+}  // namespace
+
+void appendUtf8(std::string& text, std::uint32_t character) {
   const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
   if (character < 0x80) return put(character);
   if (character < 0x800) {
@@ -63,28 +82,6 @@ void append(std::string& text, std::uint32_t character) {
   put(0x80 | (character & 0x3F));
 }
 
-constexpr bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
-constexpr bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
-
-bool convert(std::string_view text, const Encoding& encoding, std::string& utf8) {
-  if (text.size() % encoding.unit != 0) return false;
-  for (std::size_t at = 0; at < text.size(); at += encoding.unit) {
-    std::uint32_t character = unitAt(text, encoding, at);
-    if (encoding.unit == 2 && isHighSurrogate(character)) {
-      at += encoding.unit;
-      const std::uint32_t low = at < text.size() ? unitAt(text, encoding, at) : 0;
-      if (!isLowSurrogate(low)) return false;
-      character = 0x10000 + ((character - 0xD800) << 10) + (low - 0xDC00);
-    }
-    if (isHighSurrogate(character) || isLowSurrogate(character)) return false;
-    if (character > 0x10FFFF) return false;
-    append(utf8, character);
-  }
-  return true;
-}
-
-}  // namespace
-
 std::optional<std::string_view> utf8Of(std::string_view document, std::string& storage) {
   for (const Encoding& encoding : kEncodings) {
     const bool isMarked = document.starts_with(encoding.mark);
@@ -96,6 +93,23 @@ std::optional<std::string_view> utf8Of(std::string_view document, std::string& s
     return storage;
   }
   return document;
+}
+
+std::size_t utf8Length(std::string_view text) {
+  // The first byte settles how many follow, and some of them narrow what the second may be.
+  const auto byteAt = [text](std::size_t at) {
+    return at < text.size() ? static_cast<std::uint8_t>(text[at]) : std::uint8_t{0};
+  };
+  const std::uint8_t first = byteAt(0);
+  if (first < 0xC2 || first > 0xF4) return 0;
+  const std::size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+  const std::uint8_t least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+  const std::uint8_t most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+  if (byteAt(1) < least || byteAt(1) > most) return 0;
+  for (std::size_t at = 2; at < length; ++at) {
+    if ((byteAt(at) & 0xC0) != 0x80) return 0;
+  }
+  return length;
 }
 
 }  // namespace halvora

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Brings a JSON document of any Unicode encoding to UTF-8. Stateless; any thread.
+// Brings a JSON document of any Unicode encoding to UTF-8, and tells good UTF-8 from bad.
+// Stateless; any thread.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,5 +16,19 @@ namespace halvora {
 /// `storage`, which must outlive the answer. None for text that ends within a character or holds
 /// half a surrogate pair.
 std::optional<std::string_view> utf8Of(std::string_view document, std::string& storage);
+
+constexpr bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+constexpr bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
+
+/// Two units of UTF-16 as the one character that they spell.
+constexpr std::uint32_t characterOfPair(std::uint32_t high, std::uint32_t low) {
+  return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
+}
+
+void appendUtf8(std::string& text, std::uint32_t character);
+
+/// How many bytes the character beyond ASCII at the beginning of `text` has; 0 where it is none:
+/// cut short, longer than need be, half a surrogate pair or beyond Unicode.
+std::size_t utf8Length(std::string_view text);
 
 }  // namespace halvora

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+// A JSON number as a double, rounded to the nearest one, whatever the locale. Stateless; any
+// thread.
+#pragma once
+
+#include <string_view>
+
+namespace halvora {
+
+/// `written` is a number by the grammar of JSON; one beyond the range of a double is infinite.
+double realNumber(std::string_view written);
+
+}  // namespace halvora

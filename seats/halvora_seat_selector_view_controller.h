@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+// The seat selector: section, row and seat chosen from a picker one after the other, or a place on
+// a plan where the section is a standing area. State, actions and what is to be seen; no drawing,
+// and nothing is stored. The status panel makes one whenever it opens. Main thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/bundle.h"
+#include "seats/seat_map.h"
+#include "seats/seat_selector_views.h"
+#include "seats/standing_overlay.h"
+#include "seats/standing_plan.h"
+
+namespace halvora {
+
+namespace seat_selector {
+struct Text;
+}
+
+/// Display names, as they were stored.
+struct InitialSeatSelection {
+  std::string section;
+  std::string row;
+  std::string seat;
+};
+
+/// What the presenter hands over.
+struct SeatSelectorInputs {
+  using SeatCallback = std::function<void(const SeatMap::SectionItem&, const SeatMap::RowItem&,
+                                          const SeatMap::SeatItem&)>;
+
+  /// The venue's map; null for none.
+  std::shared_ptr<const SeatMap> map;
+  /// Called once, on confirmation, before the wizard is dismissed; it must leave the wizard alive.
+  SeatCallback onSeatSelected;
+  std::optional<InitialSeatSelection> initialSelection;
+  /// For the standing area's plan alone.
+  std::int64_t venueId = 0;
+  /// Whether the phone has heard one of the venue's transmitters.
+  bool hasLiveVenueSignal = false;
+  MaybeColour buttonBackgroundColor;
+  MaybeColour buttonTitleColor;
+  /// Empty names mean the system's font.
+  std::string buttonTitleFontName;
+  double buttonTitleFontSize = 16;
+  std::string statusTextFontName;
+};
+
+class HalvoraSeatSelectorViewController;
+
+/// The sections, the rows of the selected section or the seats of the selected row, by their
+/// display names. What it lists follows the selection.
+class SeatSelectorItems {
+ public:
+  SeatSelectorItems(const HalvoraSeatSelectorViewController& wizard, std::int64_t step)
+      : wizard_(wizard), step_(step) {}
+  std::size_t size() const;
+  bool empty() const { return size() == 0; }
+  /// As long as the map lives.
+  std::string_view displayName(std::size_t index) const;
+
+ private:
+  const HalvoraSeatSelectorViewController& wizard_;
+  std::int64_t step_;
+};
+
+class HalvoraSeatSelectorViewController {
+ public:
+  /// Bundle and overlay must outlive the wizard. Without `hasFont` all texts are in the system's
+  /// font.
+  HalvoraSeatSelectorViewController(const Bundle& kitBundle, StandingOverlay& overlay,
+                                    FontLookup hasFont, SeatSelectorInputs inputs);
+  HalvoraSeatSelectorViewController(const HalvoraSeatSelectorViewController&) = delete;
+  HalvoraSeatSelectorViewController& operator=(const HalvoraSeatSelectorViewController&) = delete;
+
+  /// Once, before anything else.
+  void viewDidLoad();
+  /// After every layout pass, with the size that the drag area was given.
+  void viewDidLayoutSubviews(Size dragArea);
+
+  // Actions. A face sends none for a button that is disabled or hidden; after the wizard is
+  // dismissed they do nothing.
+  void cancelTapped() { isDismissed_ = true; }
+  void backTapped();
+  void nextTapped();
+  void alertButtonTapped() { presentedAlert_.reset(); }
+  void pickerDidSelectRow(std::int64_t row);
+  /// Where the finger is in the drag area; the drag at every change.
+  void handleStandingTap(Point location) { handleStandingTouch(location); }
+  void handleStandingDrag(Point location) { handleStandingTouch(location); }
+
+  /// What is to be seen, recomputed from the state; every action does it.
+  void updateWizardUI() { updateWizardUIAndReloadPicker(true); }
+
+  // What is to be seen.
+  const SeatSelectorViews& views() const { return views_; }
+  SeatSelectorLayout layout(Size view) const { return layoutOf(views_, view); }
+  std::size_t numberOfPickerRows() const { return itemsForCurrentStep().size() + 1; }
+  /// Empty for a row that there is not.
+  std::string titleForPickerRow(std::int64_t row) const;
+  const std::optional<Alert>& presentedAlert() const { return presentedAlert_; }
+  /// The wizard leaves the screen, animated, when this becomes true.
+  bool isDismissed() const { return isDismissed_; }
+
+  // State. An index of -1 means none.
+  std::int64_t currentStep() const { return currentStep_; }
+  std::int64_t selectedSectionIndex() const { return selectedSectionIndex_; }
+  std::int64_t selectedRowIndex() const { return selectedRowIndex_; }
+  std::int64_t selectedSeatIndex() const { return selectedSeatIndex_; }
+  const std::vector<StandingSeatPoint>& standingSeatPoints() const { return standingSeatPoints_; }
+
+  const SeatSelectorInputs& inputs() const { return inputs_; }
+  /// The standing ones first.
+  SeatSelectorItems sections() const { return {*this, 0}; }
+  SeatSelectorItems currentRows() const { return {*this, 1}; }
+  SeatSelectorItems currentSeats() const { return {*this, 2}; }
+  SeatSelectorItems itemsForCurrentStep() const { return {*this, currentStep_}; }
+  bool isStandingSectionAtIndex(std::int64_t index) const;
+  bool isStandingStepActive() const;
+  std::int64_t maxStepForCurrentSelection() const;
+  /// "--" where nothing is selected.
+  std::string selectedNameForStep(std::int64_t step) const;
+  /// Without a name: "--".
+  std::string wizardSeatSummaryWithSection(std::optional<std::string_view> section,
+                                           std::optional<std::string_view> row,
+                                           std::optional<std::string_view> seat) const;
+  std::string localizedStringForKey(std::string_view key, std::string_view fallback) const;
+  Font statusFontWithSize(double size, FontWeight weight) const;
+  static std::string_view displayNameForItem(std::string_view name, std::string_view fallback) {
+    return name.empty() ? fallback : name;
+  }
+  std::vector<StandingSeatPoint> buildStandingSeatPointsForSectionIndex(std::int64_t index) const;
+
+ private:
+  friend class SeatSelectorItems;
+
+  void sortSectionsWithStandingFirst();
+  void applyInitialSelectionIfAvailable();
+  void styleTexts();
+  void styleButtons();
+  void styleStandingViews();
+  std::string text(const seat_selector::Text& text) const;
+
+  void updateWizardUIAndReloadPicker(bool reload);
+  void updateLabels();
+  void updateButtons();
+  void updatePicker(bool reload);
+  void confirm();
+  std::optional<SeatMap::SectionItem> sectionAtIndex(std::int64_t index) const;
+  std::optional<SeatMap::RowItem> selectedRow() const;
+  std::int64_t selectedIndexForStep(std::int64_t step) const;
+
+  void updateStandingOverlayPresentation();
+  void ensureStandingSelectionInitialized();
+  void selectNearestStandingSeatForNormalizedX(double x, double y);
+  void updateStandingDotPositionForNormalizedX(double x, double y);
+  void showStandingDotAt(const StandingSeatPoint& point);
+  void handleStandingTouch(Point location);
+
+  const Bundle& kitBundle_;
+  StandingOverlay& overlay_;
+  FontLookup hasFont_;
+  SeatSelectorInputs inputs_;
+
+  /// The map's own indices of the sections, in the wizard's order.
+  std::vector<std::size_t> sectionOrder_;
+  std::int64_t currentStep_ = 0;
+  std::int64_t selectedSectionIndex_ = -1;
+  std::int64_t selectedRowIndex_ = -1;
+  std::int64_t selectedSeatIndex_ = -1;
+  std::vector<StandingSeatPoint> standingSeatPoints_;
+  /// The section that the points are of: a map does not change, so they are made once a section.
+  std::int64_t standingSeatPointsSection_ = -1;
+  Size dragArea_;
+  SeatSelectorViews views_;
+  std::optional<Alert> presentedAlert_;
+  bool isDismissed_ = false;
+};
+
+}  // namespace halvora

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "seats/seat_map_availability.h"
+
+#include <string>
+#include <utility>
+
+#include "platform/bundle.h"
+#include "platform/files.h"
+#include "platform/json.h"
+#include "platform/run_loop.h"
+#include "seats/map_versions.h"
+#include "seats/seat_map_document.h"
+
+namespace halvora {
+
+/// Reads maps. Used by the parse queue alone.
+class SeatMapAvailability::Loader {
+ public:
+  explicit Loader(const Platform& platform)
+      : folder_(platform.bundles.main.resourcePath()),
+        texts_(seatMapTexts(platform.bundles.kit)),
+        files_(platform.files),
+        json_(platform.json) {}
+
+  const LoadedSeatMap& loadSeatMapSectionsForVenueId(std::int64_t venueId) {
+    std::string path = mapPath(venueId);
+    const std::optional<FileAttributes> file =
+        folder_.empty() ? std::nullopt : files_.attributes(path);
+    // A venue without a map is looked at again and again; only a file that changed is read again.
+    const bool isSame = path == path_ && file && file_ && file->size == file_->size &&
+                        file->modifiedAt == file_->modifiedAt;
+    if (isSame) return loaded_;
+    path_ = std::move(path);
+    file_ = file;
+    loaded_ = file ? read() : LoadedSeatMap();
+    return loaded_;
+  }
+
+ private:
+  std::string mapPath(std::int64_t venueId) const {
+    return folder_ + "/HVAssets/Maps/Venue-" + std::to_string(venueId) + "/map.json";
+  }
+  LoadedSeatMap read() const {
+    const std::optional<std::string> document = files_.read(path_, kLargestSeatMap);
+    if (!document) return {};
+    return {std::make_shared<const SeatMap>(parseSeatMapSectionsFromJSON(*document, texts_, json_)),
+            mapVersionInfoFromJSON(*document, json_)};
+  }
+
+  const std::string folder_;
+  const SeatMapTexts texts_;
+  const Files& files_;
+  const JsonReader& json_;
+  /// The last load.
+  std::string path_;
+  std::optional<FileAttributes> file_;
+  LoadedSeatMap loaded_;
+};
+
+struct SeatMapAvailability::Job {
+  std::weak_ptr<Loader> weak;
+  SeatMapAvailability* self;
+  std::int64_t venueId;
+  LoadedSeatMap result;
+};
+
+SeatMapAvailability::SeatMapAvailability(const Platform& platform, std::function<void()> loaded)
+    : platform_(platform), loadedCallback_(std::move(loaded)) {}
+
+SeatMapAvailability::~SeatMapAvailability() = default;
+
+void SeatMapAvailability::viewDidLoad() {
+  loader_ = std::make_shared<Loader>(platform_);
+  seatMapParseQueue_ = platform_.queues.make("com.halvora.sdk.seatmap.parse");
+}
+
+void SeatMapAvailability::preloadSeatMapForVenueId(std::int64_t venueId) {
+  if (venueId <= 0) {
+    seatMapVenueId_ = 0;
+    seatMapLoadingVenueId_ = 0;
+    loaded_ = {};
+    return;
+  }
+  const bool hasSections = isLoaded(venueId) && !loaded_.sections->isEmpty();
+  // Asking at once for what has just come without sections would never end.
+  if (hasSections || seatMapLoadingVenueId_ == venueId || justLoadedVenueId_ == venueId) return;
+  if (!seatMapParseQueue_) return;
+  seatMapLoadingVenueId_ = venueId;
+  auto job = std::make_unique<Job>(Job{loader_, this, venueId, {}});
+  seatMapParseQueue_->dispatch([job = std::move(job), &runLoop = platform_.runLoop]() mutable {
+    const auto loader = job->weak.lock();
+    if (!loader) return;
+    job->result = loader->loadSeatMapSectionsForVenueId(job->venueId);
+    runLoop.post([job = std::move(job)] {
+      if (!job->weak.expired()) job->self->loadEnded(*job);
+    });
+  });
+}
+
+void SeatMapAvailability::loadEnded(const Job& job) {
+  if (seatMapLoadingVenueId_ != job.venueId) return;
+  seatMapVenueId_ = job.venueId;
+  loaded_ = job.result;
+  seatMapLoadingVenueId_ = 0;
+  justLoadedVenueId_ = job.venueId;
+  loadedCallback_();
+  if (!job.weak.expired()) justLoadedVenueId_ = 0;
+}
+
+}  // namespace halvora

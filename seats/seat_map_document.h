@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// A venue's seat map document, map.json, as bytes to the map: either layout, in one pass and
+// without a tree of values in between. Pure functions; any thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "platform/bundle.h"
+#include "platform/files.h"
+#include "platform/json.h"
+#include "seats/seat_map.h"
+#include "seats/seat_texts.h"
+
+namespace halvora {
+
+/// A longer document counts as none.
+constexpr std::size_t kLargestSeatMap = std::size_t{64} << 20;
+
+/// Without sections for a document that yields none, malformed ones included.
+SeatMap parseSeatMapSectionsFromJSON(std::string_view document, const SeatMapTexts& texts,
+                                     const JsonReader& json);
+
+/// Reads and parses a venue's document, HVAssets/Maps/Venue-N/map.json in the main bundle; without
+/// sections if anything fails.
+SeatMap loadSeatMapSectionsForVenueId(std::int64_t venueId, const Bundle& main, const Files& files,
+                                      const SeatMapTexts& texts, const JsonReader& json);
+
+}  // namespace halvora

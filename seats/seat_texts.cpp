@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "seats/seat_texts.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+
+namespace halvora {
+
+namespace {
+
+struct LocalizedText {
+  std::string_view key;
+  std::string SeatMapTexts::*text;
+};
+
+constexpr LocalizedText kTexts[] = {
+    {"hv_seat_picker_fallback_section_format", &SeatMapTexts::sectionFormat},
+    {"hv_seat_picker_fallback_row_format", &SeatMapTexts::rowFormat},
+    {"hv_seat_picker_fallback_seat_format", &SeatMapTexts::seatFormat},
+    {"hv_seat_picker_fallback_section_prefix", &SeatMapTexts::sectionPrefix},
+    {"hv_seat_picker_fallback_row_prefix", &SeatMapTexts::rowPrefix},
+    {"hv_seat_picker_fallback_seat_prefix", &SeatMapTexts::seatPrefix},
+};
+
+// White space of Unicode, line and paragraph separators included, shortest first.
+constexpr std::string_view kBlanks[] = {
+    "\t",           "\n",           "\v",           "\f",           "\r",           " ",
+    "\xC2\x85",     "\xC2\xA0",     "\xE1\x9A\x80", "\xE2\x80\x80", "\xE2\x80\x81", "\xE2\x80\x82",
+    "\xE2\x80\x83", "\xE2\x80\x84", "\xE2\x80\x85", "\xE2\x80\x86", "\xE2\x80\x87", "\xE2\x80\x88",
+    "\xE2\x80\x89", "\xE2\x80\x8A", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\x9F",
+    "\xE3\x80\x80",
+};
+
+bool isBlank(std::string_view character) {
+  return std::find(std::begin(kBlanks), std::end(kBlanks), character) != std::end(kBlanks);
+}
+
+constexpr std::size_t kLongestBlank = 3;
+
+}  // namespace
+
+SeatMapTexts seatMapTexts(const Bundle& kit) {
+  SeatMapTexts texts;
+  for (const LocalizedText& entry : kTexts) {
+    std::string& text = texts.*entry.text;
+    text = localizedText(kit, entry.key, text);
+  }
+  return texts;
+}
+
+std::string_view trimmedOfBlanks(std::string_view text) {
+  const auto trimOnce = [&text](bool atEnd) {
+    for (std::size_t size = 1; size <= std::min(kLongestBlank, text.size()); ++size) {
+      const std::size_t from = atEnd ? text.size() - size : 0;
+      if (!isBlank(text.substr(from, size))) continue;
+      text = atEnd ? text.substr(0, from) : text.substr(size);
+      return true;
+    }
+    return false;
+  };
+  while (trimOnce(false)) {
+  }
+  while (trimOnce(true)) {
+  }
+  return text;
+}
+
+std::string plainDecimal(double value) {
+  if (value == 0) return "0";
+  // The fewest digits that read back as the same number; whatever the locale's decimal point is, it
+  // is neither a digit nor the exponent's letter.
+  constexpr int kMostDecimals = 16;
+  std::array<char, 40> text{};
+  for (int decimals = 0; decimals <= kMostDecimals; ++decimals) {
+    std::snprintf(text.data(), text.size(), "%.*e", decimals, std::fabs(value));
+    if (std::strtod(text.data(), nullptr) == std::fabs(value)) break;
+  }
+  const std::string_view scientific = text.data();
+  const std::size_t letter = scientific.find('e');
+  std::string digits;
+  for (const char character : scientific.substr(0, letter)) {
+    if (character >= '0' && character <= '9') digits += character;
+  }
+  // How many digits stand before the decimal point; none or less, and zeros follow it.
+  const auto whole = static_cast<int>(integerValue(scientific.substr(letter + 1))) + 1;
+  const auto count = static_cast<int>(digits.size());
+  if (whole <= 0) {
+    digits.insert(0, "0." + std::string(static_cast<std::size_t>(-whole), '0'));
+  } else if (whole >= count) {
+    digits.append(static_cast<std::size_t>(whole - count), '0');
+  } else {
+    digits.insert(static_cast<std::size_t>(whole), ".");
+  }
+  return value < 0 ? "-" + digits : digits;
+}
+
+std::string_view nameOf(const JsonScalar& value, std::string& storage) {
+  switch (value.kind) {
+    case JsonScalar::Kind::null:
+      return {};
+    case JsonScalar::Kind::text:
+      return trimmed(value.text);
+    case JsonScalar::Kind::boolean:
+      return value.integer != 0 ? "1" : "0";
+    case JsonScalar::Kind::integer:
+      return value.integer != 0 ? value.text : "0";
+    case JsonScalar::Kind::real:
+      break;
+  }
+  // An integer beyond 64 bits is plain decimal already.
+  const bool isInteger = value.text.find_first_of(".eE") == std::string_view::npos;
+  return isInteger ? value.text : storage = plainDecimal(value.real);
+}
+
+}  // namespace halvora

@@ -1,0 +1,422 @@
+// SPDX-License-Identifier: Apache-2.0
+// The seat on the panel: what is shown of it, how it is chosen, the dot and its pulse.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/seats/panel_bench.h"
+
+namespace halvora {
+namespace {
+
+constexpr std::uint32_t kRedWord = 0xFFFF0000;
+
+// The button and the summary
+
+TEST(SeatSelectionUI, WithoutASeatOffersToSelectOne) {
+  PanelBench bench(inVenue7());
+  EXPECT_EQ(bench.shown(), "hidden hidden shown hidden shown shown");
+  EXPECT_EQ(bench.views().seatSelectionButton.title, "Select Seat");
+  EXPECT_TRUE(bench.views().seatSelectionButton.enabled);
+  EXPECT_EQ(bench.summary(), "No seat selected");
+  EXPECT_EQ(bench.dotText(), "hidden");
+}
+
+TEST(SeatSelectionUI, WithASeatOffersToChangeIt) {
+  PanelBench bench(inVenue7());
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.tick();
+  EXPECT_EQ(bench.views().seatSelectionButton.title, "Change Seat");
+  EXPECT_EQ(bench.summary(), "A  |  1  |  10");
+  EXPECT_EQ(bench.dotText(), "amber");
+}
+
+TEST(SeatSelectionUI, AStandingPlaceIsALocation) {
+  PanelBench bench(inVenue7());
+  bench.storeSeat(7, {"Standing Floor", "R", "P1"}, {2, 7});
+  bench.tick();
+  EXPECT_EQ(bench.views().seatSelectionButton.title, "Change Location");
+  EXPECT_EQ(bench.summary(), "Standing Floor");
+}
+
+TEST(SeatSelectionUI, AStoredChoiceWithAnEmptyPartIsNone) {
+  PanelBench bench(inVenue7());
+  for (const SeatNames& names :
+       {SeatNames{"A", "", "10"}, SeatNames{"", "1", "10"}, SeatNames{"A", "1", ""}}) {
+    bench.storeSeat(7, names, {3, 4});
+    bench.tick();
+    EXPECT_EQ(bench.summary(), "No seat selected");
+    EXPECT_EQ(bench.views().seatSelectionButton.title, "Select Seat");
+    EXPECT_EQ(bench.dotText(), "hidden");
+  }
+}
+
+TEST(SeatSelectionUI, ItsTextsAreTheKitsButTheSummarysFormIsNot) {
+  PanelBench bench(inVenue7());
+  auto& strings = bench.phone.kitBundle.strings;
+  strings["hv_seat_button_select"] = "kit: select";
+  strings["hv_seat_button_change_seat"] = "kit: change seat";
+  strings["hv_seat_button_change_location"] = "kit: change location";
+  strings["hv_seat_summary_none"] = "kit: none";
+  strings["hv_seat_picker_summary_format"] = "%@/%@/%@";
+  bench.tick();
+  EXPECT_EQ(bench.views().seatSelectionButton.title, "kit: select");
+  EXPECT_EQ(bench.summary(), "kit: none");
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.tick();
+  EXPECT_EQ(bench.views().seatSelectionButton.title, "kit: change seat");
+  EXPECT_EQ(bench.summary(), "A  |  1  |  10");
+  bench.storeSeat(7, {"Standing Floor", "R", "P1"}, {2, 7});
+  bench.tick();
+  EXPECT_EQ(bench.views().seatSelectionButton.title, "kit: change location");
+}
+
+TEST(SeatSelectionUI, EveryVenueHasItsOwnSeatAndTheFlatKeysFollow) {
+  PanelBench bench(inVenue7());
+  bench.putMap(8, kBenchMap);
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.tick();
+  EXPECT_EQ(bench.flat("xPos") + " " + bench.flat("yPos") + " " + bench.flat("selectedSection") +
+                " " + bench.flat("selectedRow") + " " + bench.flat("selectedSeat"),
+            "3 4 A 1 10");
+  bench.hearVenue(8);
+  bench.tick();
+  EXPECT_EQ(bench.summary(), "No seat selected");
+  EXPECT_EQ(bench.flat("xPos") + " " + bench.flat("selectedSection"), "0 -");
+  bench.hearVenue(7);
+  bench.tick();
+  EXPECT_EQ(bench.summary(), "A  |  1  |  10");
+  EXPECT_EQ(bench.flat("xPos") + " " + bench.flat("selectedSection"), "3 A");
+}
+
+// Choosing
+
+TEST(SeatSelection, TheWizardGetsWhatItNeeds) {
+  PanelBench bench(inVenue7());
+  bench.storeSeat(7, {"A", "2", "21"}, {5, 6});
+  StatusPanelFields fields = bench.panel().fields();
+  fields.statusTextFontName = "Known";
+  fields.actionButtonColour = colourOfBytes(4, 5, 6);
+  fields.actionButtonTitleColour = colourOfBytes(7, 8, 9);
+  fields.actionButtonTitleFontName = "Known";
+  fields.actionButtonTitleFontSize = 13;
+  bench.panel().setFields(fields);
+  bench.panel().openSeatSelector();
+  const auto selector = bench.panel().presentedSeatSelector();
+  ASSERT_NE(selector, nullptr);
+  // The wizard lists the standing area first, as the document does.
+  EXPECT_EQ(selector->numberOfPickerRows(), 4U);
+  EXPECT_EQ(selector->currentStep(), 0);
+  EXPECT_EQ(selector->selectedSectionIndex(), 1);
+  EXPECT_EQ(selector->selectedRowIndex(), 1);
+  EXPECT_EQ(selector->selectedSeatIndex(), 1);
+  const SeatSelectorViews& views = selector->views();
+  EXPECT_EQ(views.nextButton.background, MaybeColour(colourOfBytes(4, 5, 6)));
+  EXPECT_EQ(views.nextButton.titleColour, colourOfBytes(7, 8, 9));
+  EXPECT_EQ(views.nextButton.font.name, "Known");
+  EXPECT_EQ(views.nextButton.font.size, 13);
+  EXPECT_EQ(views.stepLabel.font.name, "Known");
+}
+
+TEST(SeatSelection, IsStoredAndItsTablesAreBuilt) {
+  PanelBench bench(inVenue7());
+  bench.putPixelMap(7, 1, {kRedWord, kRedWord});
+  bench.choose(2, 2, 2);
+  EXPECT_EQ(bench.storedSeat(7), (SeatPoint{5, 6}));
+  EXPECT_EQ(bench.summary(), "A  |  2  |  21");
+  EXPECT_EQ(bench.flat("xPos"), "5");
+  EXPECT_EQ(bench.flat("yPos"), "6");
+  EXPECT_EQ(bench.flat("selectedSection"), "A");
+  EXPECT_EQ(bench.flat("selectedRow"), "2");
+  EXPECT_EQ(bench.flat("selectedSeat"), "21");
+  EXPECT_EQ(bench.tables(), 1U);
+  EXPECT_TRUE(bench.isStoredReady(7));
+  EXPECT_EQ(bench.dotText(), "green");
+}
+
+TEST(SeatSelection, GoesToTheVenueOfTheMapWhereNoneIsInForceAnyMore) {
+  PanelBench bench;
+  bench.putMap(7, kBenchMap);
+  bench.hearVenue(7);
+  bench.tick();
+  bench.panel().openSeatSelector();
+  const auto selector = bench.panel().presentedSeatSelector();
+  ASSERT_NE(selector, nullptr);
+  bench.hearVenue(0);
+  for (int step = 0; step < 3; ++step) {
+    selector->pickerDidSelectRow(step == 0 ? 3 : 1);
+    selector->nextTapped();
+  }
+  EXPECT_EQ(bench.storedSeat(7), (SeatPoint{9, 1}));
+}
+
+TEST(SeatSelection, AWizardThatOutlivesThePanelDoesNothing) {
+  PanelBench bench(inVenue7());
+  bench.panel().openSeatSelector();
+  const auto selector = bench.panel().presentedSeatSelector();
+  bench.destroyPanel();
+  for (int step = 0; step < 3; ++step) {
+    selector->pickerDidSelectRow(step == 0 ? 2 : 1);
+    selector->nextTapped();
+  }
+  EXPECT_EQ(SeatStorage(bench.phone.defaults).seatSelectionForVenueId(7), nullptr);
+}
+
+TEST(SeatSelection, WithOnlyADefaultVenueAStandingSectionCannotBeChosen) {
+  PanelBench bench({.defaultVenueId = 12});
+  bench.putMap(12, kBenchMap);
+  bench.tick();
+  EXPECT_EQ(bench.panel().seatMap().seatMapVenueId(), 12);
+  bench.panel().openSeatSelector();
+  auto selector = bench.panel().presentedSeatSelector();
+  ASSERT_NE(selector, nullptr);
+  selector->pickerDidSelectRow(1);
+  selector->nextTapped();
+  EXPECT_NE(selector->presentedAlert(), std::nullopt);
+  EXPECT_EQ(selector->currentStep(), 0);
+  selector->cancelTapped();
+
+  bench.hearVenue(12);
+  bench.tick();
+  bench.panel().openSeatSelector();
+  selector = bench.panel().presentedSeatSelector();
+  selector->pickerDidSelectRow(1);
+  selector->nextTapped();
+  EXPECT_EQ(selector->currentStep(), 1);
+}
+
+// Precompute
+
+TEST(SeatPrecompute, DoesNothingWithoutAPlaceOrAVenue) {
+  PanelBench bench(inVenue7());
+  bench.panel().startSeatLUTPrecomputeForVenueId(7, {-1, 2});
+  bench.panel().startSeatLUTPrecomputeForVenueId(7, {1, -2});
+  bench.panel().startSeatLUTPrecomputeForVenueId(0, {1, 2});
+  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_EQ(bench.phone.defaults.find("seatLUTReadyByVenue"), nullptr);
+}
+
+TEST(SeatPrecompute, IsNotReadyFromItsStartUntilItsEnd) {
+  PanelBench bench(inVenue7());
+  bench.putPixelMap(7, 1, {kRedWord});
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.panel().storage().setPersistedSeatLUTReady(true, 7);
+  bench.tick();
+  EXPECT_EQ(bench.dotText(), "green");
+  bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4});
+  EXPECT_TRUE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_EQ(bench.panel().seatLUTLastDone(), 0);
+  EXPECT_FALSE(bench.isStoredReady(7));
+  EXPECT_EQ(bench.dotText(), "amber");
+  bench.settle();
+  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_EQ(bench.panel().seatLUTLastDone(), -1);
+  EXPECT_TRUE(bench.isStoredReady(7));
+  EXPECT_EQ(bench.dotText(), "green");
+}
+
+TEST(SeatPrecompute, IsNotStartedTwice) {
+  PanelBench bench(inVenue7());
+  bench.putPixelMap(7, 1, {kRedWord});
+  bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4});
+  bench.panel().startSeatLUTPrecomputeForVenueId(7, {5, 6});
+  bench.settle();
+  EXPECT_EQ(bench.tables(), 1U);
+  EXPECT_TRUE(bench.isStoredReady(7));
+}
+
+TEST(SeatPrecompute, OneThatReportsNothingToDoLeavesTheFlagNo) {
+  PanelBench bench(inVenue7());
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.panel().storage().setPersistedSeatLUTReady(true, 7);
+  bench.turn([&] { bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4}); });
+  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.isStoredReady(7));
+  EXPECT_EQ(bench.dotText(), "amber");
+}
+
+TEST(SeatPrecompute, ReportsEveryMapAndPulsesAtEach) {
+  PanelBench bench(inVenue7());
+  for (int map = 1; map <= 3; ++map) bench.putPixelMap(7, map, {kRedWord});
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.tick();
+  std::vector<std::string> seen;
+  bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4});
+  bench.phone.loop.onTurnEnded([&] {
+    seen.push_back(std::to_string(bench.panel().seatLUTLastDone()) + " " + bench.dotText());
+  });
+  bench.settle();
+  EXPECT_EQ(seen,
+            (std::vector<std::string>{"0 amber", "1 amber", "2 amber", "3 amber", "-1 green"}));
+  EXPECT_EQ(bench.tables(), 3U);
+}
+
+TEST(SeatPrecompute, WhatComesLateOfAnAbandonedOneIsIgnored) {
+  PanelBench bench(inVenue7());
+  bench.putPixelMap(7, 1, {kRedWord});
+  // Its tables are built when the first turn ends, before its reports arrive.
+  bench.phone.loop.soon([&] { bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4}); });
+  bench.phone.loop.soon([&] { bench.panel().hideSeatLUTPrecomputeProgress(); });
+  bench.phone.loop.runFor({});
+  EXPECT_EQ(bench.tables(), 1U);
+  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.isStoredReady(7));
+}
+
+TEST(SeatPrecompute, OneThatEndsAfterThePanelDoesNothing) {
+  PanelBench bench(inVenue7());
+  bench.putPixelMap(7, 1, {kRedWord});
+  bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4});
+  bench.destroyPanel();
+  bench.settle();
+  EXPECT_FALSE(SeatStorage(bench.phone.defaults).persistedSeatLUTReadyForVenueId(7));
+  EXPECT_EQ(bench.tables(), 1U) << "the engine goes on";
+}
+
+// Dot
+
+class StatusDotTest : public testing::Test {
+ protected:
+  StatusDotTest() {
+    bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+    bench.tick();
+  }
+  void progress(int done, int total = 9) {
+    bench.panel().showSeatLUTPrecomputeProgressWithDone(done, total, "1");
+  }
+  /// Whether the dot has begun to pulse at this moment, which nothing before did.
+  bool pulses() {
+    const bool pulsed = bench.dot().pulseBegan == bench.phone.loop.now();
+    bench.phone.loop.runFor(milliseconds(1));
+    return pulsed;
+  }
+
+  PanelBench bench{inVenue7()};
+};
+
+TEST_F(StatusDotTest, IsPlacedBesideTheSummaryText) {
+  // Text from 10 to 130, its middle at 28; the dot is 8 wide and 6 away.
+  EXPECT_EQ(bench.dot().frame, (Rect{136, 24, 8, 8}));
+  bench.summaryTextFrame = {0, 0, 50, 20};
+  bench.panel().viewDidLayoutSubviews(300);
+  EXPECT_EQ(bench.dot().frame, (Rect{56, 6, 8, 8}));
+  EXPECT_EQ(kDotCornerRadius, 4);
+}
+
+TEST_F(StatusDotTest, PulsesOnlyWhenTheProgressHasGrown) {
+  progress(3);
+  EXPECT_FALSE(pulses()) << "nothing was in progress before";
+  progress(3);
+  EXPECT_FALSE(pulses());
+  progress(5);
+  EXPECT_TRUE(pulses());
+  progress(4);
+  EXPECT_FALSE(pulses());
+  progress(5);
+  EXPECT_TRUE(pulses()) << "more than the 4 that came last";
+}
+
+TEST_F(StatusDotTest, ProgressOfNoTotalIsIgnored) {
+  progress(3, 0);
+  progress(3, -1);
+  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_EQ(bench.panel().seatLUTLastDone(), -1);
+}
+
+TEST_F(StatusDotTest, ProgressBelowNothingCountsAsNothing) {
+  progress(-4);
+  EXPECT_TRUE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_EQ(bench.panel().seatLUTLastDone(), 0);
+  progress(0);
+  EXPECT_FALSE(pulses());
+  progress(1);
+  EXPECT_TRUE(pulses());
+}
+
+TEST_F(StatusDotTest, IsAmberWhileTablesAreBuiltHoweverReadyTheyWere) {
+  bench.panel().completeSeatLUTPrecomputeWithDone(1, 1);
+  EXPECT_EQ(bench.dotText(), "green");
+  progress(1);
+  EXPECT_EQ(bench.dotText(), "amber");
+}
+
+TEST_F(StatusDotTest, PulsesOnceWhenTheTablesHaveJustBecomeReady) {
+  progress(1);
+  pulses();
+  bench.panel().completeSeatLUTPrecomputeWithDone(9, 9);
+  EXPECT_TRUE(bench.panel().seatLUTReady());
+  EXPECT_EQ(bench.dotText(), "green");
+  EXPECT_TRUE(pulses());
+  bench.panel().completeSeatLUTPrecomputeWithDone(9, 9);
+  EXPECT_FALSE(pulses());
+}
+
+TEST_F(StatusDotTest, CompletionShortOfTheTotalLeavesTheTablesNotReady) {
+  bench.panel().completeSeatLUTPrecomputeWithDone(8, 9);
+  EXPECT_FALSE(bench.panel().seatLUTReady());
+  EXPECT_EQ(bench.dotText(), "amber");
+  EXPECT_FALSE(pulses());
+}
+
+TEST_F(StatusDotTest, CompletionWithTotal0LeavesTheTablesNotReady) {
+  progress(1);
+  bench.panel().completeSeatLUTPrecomputeWithDone(0, 0);
+  EXPECT_FALSE(bench.panel().seatLUTReady());
+  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_EQ(bench.panel().seatLUTLastDone(), -1);
+}
+
+TEST_F(StatusDotTest, HidingTheProgressForgetsItAndTheReadiness) {
+  bench.panel().completeSeatLUTPrecomputeWithDone(1, 1);
+  progress(3);
+  bench.panel().hideSeatLUTPrecomputeProgress();
+  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().seatLUTReady());
+  EXPECT_EQ(bench.panel().seatLUTLastDone(), -1);
+  EXPECT_EQ(bench.dotText(), "amber");
+}
+
+TEST_F(StatusDotTest, WithoutASeatIsHiddenResetAndDoesNotPulse) {
+  progress(1);
+  progress(2);
+  ASSERT_TRUE(bench.dot().pulseBegan);
+  bench.panel().storage().clearSeatSelectionForVenueId(7);
+  progress(3);
+  EXPECT_EQ(bench.dotText(), "hidden");
+  EXPECT_EQ(bench.dot().pulseBegan, std::nullopt);
+  bench.panel().completeSeatLUTPrecomputeWithDone(9, 9);
+  EXPECT_EQ(bench.dot().pulseBegan, std::nullopt);
+}
+
+TEST_F(StatusDotTest, ItsReadinessIsTheStoredOneUnlessTablesAreBeingBuilt) {
+  bench.panel().storage().setPersistedSeatLUTReady(true, 7);
+  bench.tick();
+  EXPECT_EQ(bench.dotText(), "green");
+  bench.panel().storage().setPersistedSeatLUTReady(false, 7);
+  progress(1);
+  bench.tick();
+  EXPECT_TRUE(bench.panel().seatLUTReady());
+  bench.panel().completeSeatLUTPrecomputeWithDone(0, 9);
+  bench.tick();
+  EXPECT_FALSE(bench.panel().seatLUTReady());
+}
+
+TEST(DotPulse, SwellsFastAndFadesThenGoesBack) {
+  EXPECT_EQ(dotPoseInPulse(milliseconds(0)), (DotPose{1, 1}));
+  EXPECT_EQ(dotPoseInPulse(milliseconds(110)), (DotPose{1.35, 0.8}));
+  EXPECT_EQ(dotPoseInPulse(milliseconds(250)), (DotPose{1, 1}));
+  EXPECT_EQ(dotPoseInPulse(milliseconds(10'000)), (DotPose{1, 1}));
+  // Slow at its end: three quarters of the way at half time; and slow at its beginning: a quarter.
+  EXPECT_NEAR(dotPoseInPulse(milliseconds(55)).scale, 1.2625, 1e-9);
+  EXPECT_NEAR(dotPoseInPulse(milliseconds(55)).alpha, 0.85, 1e-9);
+  EXPECT_NEAR(dotPoseInPulse(milliseconds(180)).scale, 1.2625, 1e-9);
+  EXPECT_NEAR(dotPoseInPulse(milliseconds(180)).alpha, 0.85, 1e-9);
+  EXPECT_EQ(kDotPulse[0].curve, AnimationCurve::easeOut);
+  EXPECT_EQ(kDotPulse[1].curve, AnimationCurve::easeIn);
+}
+
+}  // namespace
+}  // namespace halvora
