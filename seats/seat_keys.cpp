@@ -53,7 +53,7 @@ void SeatKeyList::add(std::string_view key) {
   const Key& next = keys_.emplace_back(integerValue(key), builder_.addName(prefix_, key));
   if (!isSorted_ || keys_.size() == 1) return;
   const Key& last = keys_[keys_.size() - 2];
-  isSorted_ = last.integer < next.integer || compare(last, next) < 0;
+  isSorted_ = last.integer < next.integer || std::is_lt(compare(last, next));
 }
 
 std::weak_ordering SeatKeyList::compare(const Key& left, const Key& right) const {
@@ -66,7 +66,7 @@ std::optional<std::vector<std::uint32_t>> SeatKeyList::order() {
   std::sort(keys_.begin(), keys_.end(), [this](const Key& left, const Key& right) {
     const std::weak_ordering ordering = compare(left, right);
     // The names lie one behind the other as the keys came.
-    return ordering != 0 ? ordering < 0 : left.name.offset < right.name.offset;
+    return std::is_neq(ordering) ? std::is_lt(ordering) : left.name.offset < right.name.offset;
   });
   dropRepeated();
   std::vector<std::uint32_t> items;
@@ -80,8 +80,8 @@ std::optional<std::vector<std::uint32_t>> SeatKeyList::order() {
 // Equal keys are equivalent, so they lie in one run of the sorted ones.
 void SeatKeyList::dropRepeated() {
   for (auto begin = keys_.begin(); begin != keys_.end();) {
-    const auto end = std::find_if(begin + 1, keys_.end(),
-                                  [&](const Key& key) { return compare(*begin, key) != 0; });
+    const auto end = std::find_if(
+        begin + 1, keys_.end(), [&](const Key& key) { return std::is_neq(compare(*begin, key)); });
     if (end - begin > 1) {
       std::vector<Key*> run;
       for (auto key = begin; key != end; ++key) run.push_back(&*key);

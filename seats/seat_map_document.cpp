@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "seats/seat_map_document.h"
 
-#include <optional>
-#include <string>
 #include <utility>
 
 #include "seats/keyed_seat_map.h"
@@ -80,15 +78,6 @@ SeatMap parseSeatMapSectionsFromJSON(std::string_view document, const SeatMapTex
   if (document.size() > kLargestSeatMap) return {};
   SeatMapDocument map(texts);
   return json.read(document, map) ? map.finish() : SeatMap();
-}
-
-SeatMap loadSeatMapSectionsForVenueId(std::int64_t venueId, const Bundle& main, const Files& files,
-                                      const SeatMapTexts& texts, const JsonReader& json) {
-  if (main.resourcePath().empty()) return {};
-  const std::string path =
-      main.resourcePath() + "/HVAssets/Maps/Venue-" + std::to_string(venueId) + "/map.json";
-  const auto document = files.read(path, kLargestSeatMap);
-  return document ? parseSeatMapSectionsFromJSON(*document, texts, json) : SeatMap();
 }
 
 }  // namespace halvora

@@ -4,11 +4,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string_view>
 
-#include "platform/bundle.h"
-#include "platform/files.h"
 #include "platform/json.h"
 #include "seats/seat_map.h"
 #include "seats/seat_texts.h"
@@ -21,10 +18,5 @@ constexpr std::size_t kLargestSeatMap = std::size_t{64} << 20;
 /// Without sections for a document that yields none, malformed ones included.
 SeatMap parseSeatMapSectionsFromJSON(std::string_view document, const SeatMapTexts& texts,
                                      const JsonReader& json);
-
-/// Reads and parses a venue's document, HVAssets/Maps/Venue-N/map.json in the main bundle; without
-/// sections if anything fails.
-SeatMap loadSeatMapSectionsForVenueId(std::int64_t venueId, const Bundle& main, const Files& files,
-                                      const SeatMapTexts& texts, const JsonReader& json);
 
 }  // namespace halvora

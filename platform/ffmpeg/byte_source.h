@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bytes that can be read from any place, by several threads at once: a file, or memory in tests.
+// Bytes that can be read from any place: a file, or memory in tests. Owned by whoever opened it;
+// any thread, several at once.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Owners for the objects of libavformat and libavcodec.
+// Owners for the objects of libavformat and libavcodec, and how these are kept from printing. The
+// objects belong to one thread each.
 #pragma once
 
 extern "C" {

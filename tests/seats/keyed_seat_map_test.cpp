@@ -191,6 +191,7 @@ TEST(SeatKeyOrder, IntegersBeyond64BitsAreTheLargestOneAndCompareAsTexts) {
 TEST(SeatKeyOrder, HoldsForSectionsAndRowsToo) {
   EXPECT_THAT(linesOfDocument(R"({"s": {"10": {"2": {"1": [0, 0]}, "1": {"1": [0, 0]}},
                                        "B": {"1": {"1": [0, 0]}},
+                                       
                                        "9": {"1": {"2": [0, 0], "1": [1, 1]}}}})"),
               ElementsAre("Section B | Row 1 | Seat 1 0,0", "Section 9 | Row 1 | Seat 1 1,1",
                           "Section 9 | Row 1 | Seat 2 0,0", "Section 10 | Row 1 | Seat 1 0,0",

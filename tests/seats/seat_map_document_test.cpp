@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The document as a whole: its encoding, its limits, what rejects it, and how it is found.
+// The document as a whole: its encoding, its limits and what rejects it.
 #include "seats/seat_map_document.h"
 
 #include <string>
@@ -9,8 +9,6 @@
 
 #include "platform/json/rapid_json_reader.h"
 #include "platform/standard/seeded_random.h"
-#include "platform/virtual/virtual_files.h"
-#include "platform/virtual/virtual_storage.h"
 #include "tests/seats/plain_seat_map.h"
 #include "tests/seats/seat_map_lines.h"
 
@@ -125,41 +123,6 @@ TEST(SeatMapDocument, AMapMayBeMovedAndCopied) {
   const SeatMap moved = std::move(map);
   EXPECT_EQ(linesOf(copy), linesOf(moved));
   EXPECT_THAT(linesOf(moved), ElementsAre("Section 1 | Row 1 | Seat 1 1,2"));
-}
-
-TEST(SeatMapLoad, FindsTheVenuesDocumentInTheMainBundle) {
-  VirtualFiles files;
-  VirtualBundle bundle("id");
-  bundle.folder = "/app";
-  files.put("/app/HVAssets/Maps/Venue-12/map.json", kKeyed);
-  const RapidJsonReader json;
-  const auto load = [&](std::int64_t venueId) {
-    return linesOf(loadSeatMapSectionsForVenueId(venueId, bundle, files, {}, json));
-  };
-  EXPECT_THAT(load(12), ElementsAre("Section 1 | Row 1 | Seat 1 1,2"));
-  EXPECT_THAT(load(1), IsEmpty());
-  EXPECT_THAT(load(-12), IsEmpty());
-}
-
-TEST(SeatMapLoad, ABundleWithoutAFolderHasNone) {
-  VirtualFiles files;
-  files.put("/HVAssets/Maps/Venue-12/map.json", kKeyed);
-  const VirtualBundle bundle("id");
-  EXPECT_TRUE(loadSeatMapSectionsForVenueId(12, bundle, files, {}, RapidJsonReader()).isEmpty());
-  EXPECT_THAT(files.reads.entries, IsEmpty());
-}
-
-TEST(SeatMapLoad, AnUnreadableEmptyOrMalformedDocumentGivesNothing) {
-  VirtualFiles files;
-  VirtualBundle bundle("id");
-  bundle.folder = "/app";
-  files.put("/app/HVAssets/Maps/Venue-1/map.json", "");
-  files.put("/app/HVAssets/Maps/Venue-2/map.json", kKeyed.substr(1));
-  files.put("/app/HVAssets/Maps/Venue-3/map.json", std::string(kLargestSeatMap + 1, ' '));
-  for (const std::int64_t venue : {1, 2, 3}) {
-    EXPECT_TRUE(
-        loadSeatMapSectionsForVenueId(venue, bundle, files, {}, RapidJsonReader()).isEmpty());
-  }
 }
 
 // Documents of chance: every layout, every kind of value in every place, names and keys that often

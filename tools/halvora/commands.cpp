@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/halvora/lut_commands.h"
+#include "tools/halvora/map_commands.h"
 #include "tools/halvora/packet_commands.h"
 #include "tools/halvora/trace_command.h"
 
@@ -23,6 +24,7 @@ struct Group {
   const char* purpose;
 };
 constexpr Group kPacket{"packet", "decode or encode show packets"};
+constexpr Group kMap{"map", "look at a venue's seat map"};
 constexpr Group kLut{"lut", "build seat tables from a pixel map's video, or show them"};
 
 struct CommandRow {
@@ -37,6 +39,7 @@ constexpr std::array kCommands = {
     CommandRow{&kPacket, "decode", "print packets as JSON, a line each", makePacketDecodeCommand},
     CommandRow{&kPacket, "encode", "print the packet with the given fields",
                makePacketEncodeCommand},
+    CommandRow{&kMap, "dump", "print a seat map's sections, rows and seats", makeMapDumpCommand},
     CommandRow{&kLut, "build", "take the colours of seats out of a video and keep them as tables",
                makeLutBuildCommand},
     CommandRow{&kLut, "show", "print a table that was kept", makeLutShowCommand},
@@ -73,7 +76,8 @@ std::vector<Offer> offerAll(CLI::App& app) {
 
 CommandResult run(const Call& call) {
   CLI::App app(
-      "Looks at light show packets, makes seat tables and says, to the millisecond, what a phone "
+      "Looks at light show packets and seat maps, makes seat tables and says, to the millisecond, "
+      "what a phone "
       "does in a show.",
       "halvora");
   app.require_subcommand(1);

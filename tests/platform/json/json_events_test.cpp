@@ -198,7 +198,8 @@ TEST(JsonStride, NoPartOfADocumentIsADocument) {
   const std::string document =
       R"( {"name": "ab\u00e4\"c",
            "long name of more than eight": [1, -2.5e3, true, null, {"x": []}],
-          "last": "a text of more than eight", "end": {"a": 12345678901, "b": [[1], [2]]}} )";
+          "last": "a text of more than eight",
+          "end": {"a": 12345678901, "b": [[1], [2]]}} )";
   const std::size_t end = document.size() - 1;
   for (std::size_t size = 0; size < end; ++size) {
     Recorder recorder;
