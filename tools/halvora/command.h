@@ -56,9 +56,9 @@ struct Call {
   const Output& output;
 };
 
-class Command {
+class ToolCommand {
  public:
-  virtual ~Command() = default;
+  virtual ~ToolCommand() = default;
   /// Adds its options to `app`, which outlives the command.
   virtual void describe(CLI::App& app) = 0;
   /// Once, after the options have been read.

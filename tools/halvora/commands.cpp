@@ -32,7 +32,7 @@ struct CommandRow {
   const Group* group;
   const char* name;
   const char* purpose;
-  std::unique_ptr<Command> (*make)();
+  std::unique_ptr<ToolCommand> (*make)();
 };
 
 constexpr std::array kCommands = {
@@ -57,7 +57,7 @@ std::string oneLine(std::string text) {
 
 struct Offer {
   CLI::App* app;
-  std::unique_ptr<Command> command;
+  std::unique_ptr<ToolCommand> command;
 };
 
 std::vector<Offer> offerAll(CLI::App& app) {

@@ -21,7 +21,7 @@ bool isReadableFile(const std::string& path) {
   return fs::is_regular_file(path, error) && std::ifstream(path, std::ios::binary).is_open();
 }
 
-class BuildCommand final : public Command {
+class BuildCommand final : public ToolCommand {
  public:
   void describe(CLI::App& app) override {
     app.add_option("VIDEO", video_, "the video of the pixel map")->required();
@@ -132,7 +132,7 @@ class BuildCommand final : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeLutBuildCommand() { return std::make_unique<BuildCommand>(); }
+std::unique_ptr<ToolCommand> makeLutBuildCommand() { return std::make_unique<BuildCommand>(); }
 
 std::optional<SeatPosition> seatOf(std::string_view text) {
   const std::size_t comma = text.find(',');

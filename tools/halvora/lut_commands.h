@@ -11,8 +11,8 @@
 
 namespace halvora {
 
-std::unique_ptr<Command> makeLutBuildCommand();
-std::unique_ptr<Command> makeLutShowCommand();
+std::unique_ptr<ToolCommand> makeLutBuildCommand();
+std::unique_ptr<ToolCommand> makeLutShowCommand();
 
 /// A seat as an option says it: "X,Y", two whole numbers, 0 or more.
 std::optional<SeatPosition> seatOf(std::string_view text);

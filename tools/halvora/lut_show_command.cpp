@@ -35,7 +35,7 @@ std::string wordsText(const std::vector<std::uint32_t>& words) {
   return text += ']';
 }
 
-class ShowCommand final : public Command {
+class ShowCommand final : public ToolCommand {
  public:
   void describe(CLI::App& app) override {
     app.add_option("VIDEO", video_, "the video that the table was made from")->required();
@@ -78,6 +78,6 @@ class ShowCommand final : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeLutShowCommand() { return std::make_unique<ShowCommand>(); }
+std::unique_ptr<ToolCommand> makeLutShowCommand() { return std::make_unique<ShowCommand>(); }
 
 }  // namespace halvora

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t kLargestStringTable = std::size_t{1} << 20;
 
-class DumpCommand final : public Command {
+class DumpCommand final : public ToolCommand {
  public:
   void describe(CLI::App& app) override {
     app.add_option("FILE", file_, "the venue's seat map document")->required();
@@ -55,6 +55,6 @@ class DumpCommand final : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeMapDumpCommand() { return std::make_unique<DumpCommand>(); }
+std::unique_ptr<ToolCommand> makeMapDumpCommand() { return std::make_unique<DumpCommand>(); }
 
 }  // namespace halvora

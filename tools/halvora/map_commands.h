@@ -8,6 +8,6 @@
 
 namespace halvora {
 
-std::unique_ptr<Command> makeMapDumpCommand();
+std::unique_ptr<ToolCommand> makeMapDumpCommand();
 
 }  // namespace halvora

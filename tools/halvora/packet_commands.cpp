@@ -20,7 +20,7 @@ CommandResult notHexadecimal(const std::string& text) {
   return unusable("\"" + text + "\" is not whole bytes as hexadecimal digits");
 }
 
-class DecodeCommand final : public Command {
+class DecodeCommand final : public ToolCommand {
  public:
   void describe(CLI::App& app) override {
     app.add_option("HEX", packets_, "manufacturer data as hexadecimal digits, one packet each")
@@ -46,7 +46,7 @@ class DecodeCommand final : public Command {
   std::vector<std::string> packets_;
 };
 
-class EncodeCommand final : public Command {
+class EncodeCommand final : public ToolCommand {
  public:
   void describe(CLI::App& app) override {
     for (std::size_t at = 0; at < kBroadcastFields.size(); ++at) {
@@ -78,8 +78,8 @@ class EncodeCommand final : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makePacketDecodeCommand() { return std::make_unique<DecodeCommand>(); }
+std::unique_ptr<ToolCommand> makePacketDecodeCommand() { return std::make_unique<DecodeCommand>(); }
 
-std::unique_ptr<Command> makePacketEncodeCommand() { return std::make_unique<EncodeCommand>(); }
+std::unique_ptr<ToolCommand> makePacketEncodeCommand() { return std::make_unique<EncodeCommand>(); }
 
 }  // namespace halvora

@@ -8,7 +8,7 @@
 
 namespace halvora {
 
-std::unique_ptr<Command> makePacketDecodeCommand();
-std::unique_ptr<Command> makePacketEncodeCommand();
+std::unique_ptr<ToolCommand> makePacketDecodeCommand();
+std::unique_ptr<ToolCommand> makePacketEncodeCommand();
 
 }  // namespace halvora

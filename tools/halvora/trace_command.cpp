@@ -35,7 +35,7 @@ std::optional<double> plainNumber(const std::string& text) {
   return isPlain && isWhole ? std::optional(value) : std::nullopt;
 }
 
-class TraceCommand final : public Command {
+class TraceCommand final : public ToolCommand {
  public:
   void describe(CLI::App& app) override {
     app.add_option("SCENARIO", file_, "JSON Lines file of what happens around the phone")
@@ -144,6 +144,6 @@ class TraceCommand final : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeTraceCommand() { return std::make_unique<TraceCommand>(); }
+std::unique_ptr<ToolCommand> makeTraceCommand() { return std::make_unique<TraceCommand>(); }
 
 }  // namespace halvora

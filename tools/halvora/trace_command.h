@@ -8,6 +8,6 @@
 
 namespace halvora {
 
-std::unique_ptr<Command> makeTraceCommand();
+std::unique_ptr<ToolCommand> makeTraceCommand();
 
 }  // namespace halvora
