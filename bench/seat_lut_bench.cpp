@@ -43,7 +43,6 @@ class SeatPhone {
     keepNoLogs(phone_);
     phone_.virtualFiles.reads.isKept = false;
     phone_.mainBundle.folder = "/bundle";
-    phone_.bundles.documents = "/documents";
     phone_.virtualFiles.put(kVideo, "a video");
     const auto words = tableOfThreeMinutes();
     const SeatLutFiles files(phone_.virtualFiles, json_, "/documents");
@@ -55,8 +54,14 @@ class SeatPhone {
   }
 
  private:
+  static VirtualPhoneSetup setup() {
+    VirtualPhoneSetup setup;
+    setup.documents = "/documents";
+    return setup;
+  }
+
   RapidJsonReader json_;
-  VirtualPhone phone_{json_};
+  VirtualPhone phone_{json_, setup()};
 
  public:
   PixelMapSeatLuts luts{phone_.platform(), {[] { return 0; }, [] {}}};
