@@ -47,7 +47,7 @@ class SeatPhone {
     const auto words = tableOfThreeMinutes();
     const SeatLutFiles files(phone_.virtualFiles, json_, "/documents");
     require(files.persistPixelMapSeatLUTData(
-                std::make_shared<const std::vector<std::uint32_t>>(words), kVideo, kSeat),
+                SeatLut(words), kVideo, kSeat),
             "the table cannot be stored");
     luts.preloadPixelMapSeatLUTForVenueId(7, 1, kSeat.x, kSeat.y);
     require(luts.state().pixelMapSeatLUTFrameCount == kThreeMinutes, "the table is not there");
@@ -110,7 +110,7 @@ class TableFolder {
     path = pattern;
     std::ofstream(video()) << "a video";
     require(files().persistPixelMapSeatLUTData(
-                std::make_shared<const std::vector<std::uint32_t>>(tableOfThreeMinutes()), video(),
+                SeatLut(tableOfThreeMinutes()), video(),
                 kSeat),
             "the table cannot be stored");
   }

@@ -143,7 +143,7 @@ bool CommandProcessor::takeColour(Command& command) {
   const auto byte = [](std::uint16_t value) { return static_cast<std::uint8_t>(value); };
   const Broadcast& broadcast = command.broadcast;
   choosePaletteColour(
-      rooms_.state.colour, rooms_.palettesArray, rooms_.platform.random, broadcast.paletteId,
+      rooms_.state.colour, *rooms_.palettesArray, rooms_.platform.random, broadcast.paletteId,
       colourOfBytes(byte(broadcast.red), byte(broadcast.green), byte(broadcast.blue)));
   return true;
 }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "engine/scanner.h"
@@ -58,7 +59,7 @@ struct ShowParts;
 struct EngineRooms {
   const Platform& platform;
   EngineState& state;
-  const std::vector<Palette>& palettesArray;
+  const std::shared_ptr<const std::vector<Palette>>& palettesArray;
   const ShowCallbacks& callbacks;
   TimerSet& timers;
   ViewStack& views;

@@ -40,6 +40,9 @@ HalvoraViewController& HalvoraViewController::sharedInstance(const Platform& pla
 HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOptions options,
                                              std::optional<ShowParts> parts)
     : platform_(platform),
+      hasOwnPalettes_(options.palettes == nullptr),
+      palettesArray_(hasOwnPalettes_ ? std::make_shared<const std::vector<Palette>>()
+                                     : std::move(options.palettes)),
       timers_(platform.runLoop),
       views_(timers_),
       overlays_(state_.screen, views_, timers_),
@@ -47,8 +50,10 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
              [this] { return seatIsWhite(); }),
       gobo_(state_.gobo, views_, platform.random),
       video_(state_.video, views_, timers_, platform.videoPlayers),
-      seatLut_(platform_, {[this] { return state_.seat.currentVideoMinutes; },
-                           [this] { refreshMode21ColorIfNeeded(); }}),
+      seatLut_(platform_,
+               {[this] { return state_.seat.currentVideoMinutes; },
+                [this] { refreshMode21ColorIfNeeded(); }},
+               options.seatLuts),
       parts_(parts ? *parts : ShowParts{torch_, gobo_, overlays_, video_, seatLut_}),
       brightness_(platform.screen, timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
@@ -69,7 +74,7 @@ HalvoraViewController::~HalvoraViewController() {
 void HalvoraViewController::viewDidLoad() {
   state_.isStatusBarHidden = false;
   platform_.application.addObserver(*this);
-  loadPalettes();
+  if (hasOwnPalettes_) loadPalettes();
   pixelMapLUTDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.lut.decode");
   pixelMapLiveDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.live.decode");
   seatLut_.useQueues(*pixelMapLUTDecodeQueue_, *pixelMapLiveDecodeQueue_);
@@ -104,7 +109,9 @@ void HalvoraViewController::loadPalettes() {
       platform_.bundles.main.readResource("HVAssets/palettes.json", kLargestPaletteFile);
   if (!text) return;
   const std::optional<JsonValue> document = platform_.json.parse(*text);
-  if (document) palettesArray_ = parsePalettes(*document);
+  if (document) {
+    palettesArray_ = std::make_shared<const std::vector<Palette>>(parsePalettes(*document));
+  }
 }
 
 void HalvoraViewController::viewWillLayoutSubviews(const std::optional<Rect>& superviewBounds) {

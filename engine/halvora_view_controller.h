@@ -34,7 +34,11 @@
 namespace halvora {
 
 struct EngineOptions {
-  UsageEndpoints usageEndpoints;
+  UsageEndpoints usageEndpoints = {};
+  /// What many engines of one process share instead of each reading its own: the palettes of the
+  /// main bundle, and ready seat tables, which must outlive the engine. Null: its own.
+  std::shared_ptr<const std::vector<Palette>> palettes = nullptr;
+  const SeatLutSource* seatLuts = nullptr;
 };
 
 class HalvoraViewController : private ScannerClient, private ApplicationObserver {
@@ -113,7 +117,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   ViewStack& views() { return views_; }
   const ViewStack& views() const { return views_; }
   const EngineState& state() const { return state_; }
-  const std::vector<Palette>& palettes() const { return palettesArray_; }
+  const std::vector<Palette>& palettes() const { return *palettesArray_; }
   BrightnessRamps& brightness() { return brightness_; }
   Scanner& scanner() { return scanner_; }
   const PixelMapSeatLuts& seatLuts() const { return seatLut_; }
@@ -137,7 +141,8 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   Platform platform_;
   EngineState state_;
   ShowCallbacks callbacks_;
-  std::vector<Palette> palettesArray_;
+  bool hasOwnPalettes_;
+  std::shared_ptr<const std::vector<Palette>> palettesArray_;
   std::string pairedBucketID_;
   Rect frame_;
   TimerSet timers_;

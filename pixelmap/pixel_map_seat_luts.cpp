@@ -16,12 +16,16 @@
 namespace halvora {
 
 struct PixelMapSeatLuts::Shared {
-  explicit Shared(const Platform& platform)
-      : runLoop(platform.runLoop),
+  Shared(const Platform& platform, const SeatLutSource* readyTables)
+      : ready(readyTables),
+        runLoop(platform.runLoop),
         videos(platform.videoAssets),
         workers(platform.workers),
         files(platform.files, platform.json, platform.bundles.documents) {}
 
+  SeatLut findReady(const std::string& videoURL, SeatPosition seat) const {
+    return ready != nullptr ? ready->find(videoURL, seat) : nullptr;
+  }
   SeatLut build(const std::string& videoURL, SeatPosition seat) const {
     return buildPixelMapSeatLUTForVideoURL(
         videos, videoURL, seat,
@@ -34,6 +38,7 @@ struct PixelMapSeatLuts::Shared {
     return lut;
   }
 
+  const SeatLutSource* const ready;
   RunLoop& runLoop;
   const VideoAssets& videos;
   Workers& workers;
@@ -54,12 +59,12 @@ struct PixelMapSeatLuts::PrecomputeRun {
   PrecomputeCompletion completion;
 };
 
-PixelMapSeatLuts::PixelMapSeatLuts(const Platform& platform, Listener listener)
-    : platform_(platform),
-      listener_(std::move(listener)),
+PixelMapSeatLuts::PixelMapSeatLuts(const Platform& platform, Listener listener,
+                                   const SeatLutSource* ready)
+    : listener_(std::move(listener)),
       assets_(platform.bundles, platform.files, platform.videoAssets, platform.images),
       sampler_(assets_, platform.videoAssets),
-      shared_(std::make_shared<Shared>(platform)) {}
+      shared_(std::make_shared<Shared>(platform, ready)) {}
 
 PixelMapSeatLuts::~PixelMapSeatLuts() { end(); }
 
@@ -85,7 +90,8 @@ void PixelMapSeatLuts::preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMa
     return;
   }
   assets_.setPixelMapDebugText(std::nullopt);
-  SeatLut lut = shared_->pixelMapSeatLUTCache.find(video.key);
+  SeatLut lut = shared_->findReady(video.url, video.seat);
+  if (!lut) lut = shared_->pixelMapSeatLUTCache.find(video.key);
   if (!lut) {
     lut = shared_->files.loadPersistedPixelMapSeatLUTForVideoURL(video.url, video.seat);
     if (lut) shared_->pixelMapSeatLUTCache.store(video.key, lut);
@@ -176,7 +182,8 @@ MaybeColour PixelMapSeatLuts::colorFromActivePixelMapSeatLUTForFrameIndex(int fr
     return std::nullopt;
   }
   const int frame = std::max(frameIndex, 0) % state_.pixelMapSeatLUTFrameCount;
-  const std::uint32_t word = (*state_.pixelMapSeatLUTActiveData)[static_cast<std::size_t>(frame)];
+  const std::uint32_t word =
+      state_.pixelMapSeatLUTActiveData.words()[static_cast<std::size_t>(frame)];
   return word == kNoColourWord ? std::nullopt : std::optional(colourOfWord(word));
 }
 
@@ -214,11 +221,13 @@ void PixelMapSeatLuts::precompute(const PrecomputeRun& run) {
       if (shared->pixelMapPersistentPrecomputeGeneration != run.generation) return;
     }
     if (shared->isEnding) return;
-    SeatLut lut = shared->files.loadPersistedPixelMapSeatLUTForVideoURL(entry.videoURL, run.seat);
-    if (!lut) lut = shared->buildAndPersist(entry.videoURL, run.seat);
-    if (lut) {
-      shared->pixelMapSeatLUTCache.store(
-          pixelMapSeatLUTCacheKeyForVideoPath(entry.videoURL, run.seat), std::move(lut));
+    if (!shared->findReady(entry.videoURL, run.seat)) {
+      SeatLut lut = shared->files.loadPersistedPixelMapSeatLUTForVideoURL(entry.videoURL, run.seat);
+      if (!lut) lut = shared->buildAndPersist(entry.videoURL, run.seat);
+      if (lut) {
+        shared->pixelMapSeatLUTCache.store(
+            pixelMapSeatLUTCacheKeyForVideoPath(entry.videoURL, run.seat), std::move(lut));
+      }
     }
     ++done;
     struct Report {
@@ -244,7 +253,7 @@ void PixelMapSeatLuts::precompute(const PrecomputeRun& run) {
 void PixelMapSeatLuts::reportCompletion(PrecomputeCompletion completion, int done, int total) {
   if (!completion) return;
   auto boxed = std::make_unique<PrecomputeCompletion>(std::move(completion));
-  platform_.runLoop.post(
+  shared_->runLoop.post(
       [boxed = std::move(boxed), done, total, weak = std::weak_ptr<Shared>(shared_)] {
         if (!weak.expired()) (*boxed)(done, total);
       });

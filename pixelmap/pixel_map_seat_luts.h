@@ -41,7 +41,9 @@ class PixelMapSeatLuts final : public SeatLutPart {
     std::function<void()> refreshMode21ColorIfNeeded;
   };
 
-  PixelMapSeatLuts(const Platform& platform, Listener listener);
+  /// Before all else a table is looked for in `ready`, if there is one.
+  PixelMapSeatLuts(const Platform& platform, Listener listener,
+                   const SeatLutSource* ready = nullptr);
   ~PixelMapSeatLuts() override;
   PixelMapSeatLuts(const PixelMapSeatLuts&) = delete;
   PixelMapSeatLuts& operator=(const PixelMapSeatLuts&) = delete;
@@ -80,7 +82,6 @@ class PixelMapSeatLuts final : public SeatLutPart {
   static void precompute(const PrecomputeRun& run);
   void reportCompletion(PrecomputeCompletion completion, int done, int total);
 
-  Platform platform_;
   Listener listener_;
   PixelMapAssets assets_;
   LiveSampler sampler_;

@@ -145,7 +145,7 @@ SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::st
     const int frameCount = pixelMapFrameCount(asset->durationSeconds());
     std::vector<std::uint32_t> words(static_cast<std::size_t>(frameCount), kNoColourWord);
     if (buildSeatTables(*asset, {&seat, 1}, words, control) != BuildEnd::built) return nullptr;
-    return std::make_shared<const std::vector<std::uint32_t>>(std::move(words));
+    return SeatLut(std::move(words));
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
@@ -184,7 +184,7 @@ SeatLut buildSeedPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std
     hasAny = true;
   }
   if (!hasAny) return nullptr;
-  return std::make_shared<const std::vector<std::uint32_t>>(std::move(words));
+  return SeatLut(std::move(words));
 }
 
 }  // namespace halvora

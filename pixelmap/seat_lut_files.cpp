@@ -50,7 +50,7 @@ std::string fileNameBase64(std::string_view bytes) {
   return text;
 }
 
-std::string bytesOfWords(const std::vector<std::uint32_t>& words) {
+std::string bytesOfWords(std::span<const std::uint32_t> words) {
   std::string bytes(words.size() * kWordBytes, '\0');
   char* to = bytes.data();
   for (const std::uint32_t word : words) {
@@ -69,7 +69,7 @@ SeatLut wordsOfBytes(std::string_view bytes) {
       word |= std::uint32_t{static_cast<std::uint8_t>(*from++)} << shift;
     }
   }
-  return std::make_shared<const std::vector<std::uint32_t>>(std::move(words));
+  return SeatLut(std::move(words));
 }
 
 // A text that reads back as the same number. Not by printf: a host that sets the user's locale
@@ -159,9 +159,10 @@ bool SeatLutFiles::persistPixelMapSeatLUTData(
   if (!signature || (builtFrom && *builtFrom != *signature)) return false;
   const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoURL);
   if (folder.empty() || !files_.makeFolder(folder)) return false;
-  return files_.replace(pixelMapSeatLUTDataURLForVideoURL(videoURL, seat), bytesOfWords(*lut)) &&
+  return files_.replace(pixelMapSeatLUTDataURLForVideoURL(videoURL, seat),
+                        bytesOfWords(lut.words())) &&
          files_.replace(pixelMapSeatLUTMetaURLForVideoURL(videoURL, seat),
-                        metaText(lut->size(), seat, *signature));
+                        metaText(lut.words().size(), seat, *signature));
 }
 
 std::variant<SeatLut, SeatLutFault> SeatLutFiles::read(const std::string& videoURL,

@@ -14,10 +14,10 @@ namespace halvora {
 
 using Words = std::vector<std::uint32_t>;
 
-inline SeatLut lutOf(Words words) { return std::make_shared<const Words>(std::move(words)); }
+inline SeatLut lutOf(Words words) { return SeatLut(std::move(words)); }
 
 /// The words of a table; none for no table, which no table that was built or read has.
-inline Words wordsOf(const SeatLut& lut) { return lut ? *lut : Words(); }
+inline Words wordsOf(const SeatLut& lut) { return {lut.words().begin(), lut.words().end()}; }
 
 /// Opaque words 0xFF000001, 0xFF000002 … so that each tells its frame.
 inline Words countedWords(std::size_t frames) {

@@ -160,9 +160,8 @@ Failure LutBuild::keep() {
   JsonLine line;
   for (std::size_t at = 0; at < request_.seats.size(); ++at) {
     const SeatPosition seat = request_.seats[at];
-    const auto words = row(at);
-    const auto lut = std::make_shared<const std::vector<std::uint32_t>>(words.begin(), words.end());
-    if (!luts_.persistPixelMapSeatLUTData(lut, request_.video, seat, signature_)) {
+    if (!luts_.persistPixelMapSeatLUTData(SeatLut(row(at), nullptr), request_.video, seat,
+                                          signature_)) {
       if (hasVideoChanged()) return videoChanged();
       return failed(written_.firstFailure() + ": cannot be written");
     }
@@ -178,7 +177,7 @@ Failure LutBuild::keep() {
 
 Failure LutBuild::writeRaw() {
   if (hasVideoChanged()) return videoChanged();
-  const std::string bytes = bytesOf(seed_ ? std::span<const std::uint32_t>(*seed_) : row(0));
+  const std::string bytes = bytesOf(seed_ ? seed_.words() : row(0));
   std::error_code error;
   const fs::file_status status = fs::symlink_status(request_.raw, error);
   bool isWritten = false;

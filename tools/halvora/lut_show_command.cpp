@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <array>
+#include <span>
 #include <string>
 #include <variant>
 
@@ -23,7 +24,7 @@ constexpr std::array<LutPart, 11> kBlamed = {
     LutPart::meta,  LutPart::video, LutPart::video, LutPart::data,  LutPart::data,
 };
 
-std::string wordsText(const std::vector<std::uint32_t>& words) {
+std::string wordsText(std::span<const std::uint32_t> words) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string text = "[";
   text.reserve(words.size() * 11 + 2);
@@ -66,7 +67,7 @@ class ShowCommand final : public ToolCommand {
     JsonLine line;
     line.begin()
         .add("frameCount", std::int64_t{frameCountOf(lut)})
-        .addRaw("words", wordsText(*lut));
+        .addRaw("words", wordsText(lut.words()));
     return writeAll(line.end(), call.output);
   }
 
