@@ -46,8 +46,7 @@ class SeatPhone {
     phone_.virtualFiles.put(kVideo, "a video");
     const auto words = tableOfThreeMinutes();
     const SeatLutFiles files(phone_.virtualFiles, json_, "/documents");
-    require(files.persistPixelMapSeatLUTData(
-                SeatLut(words), kVideo, kSeat),
+    require(files.persistPixelMapSeatLUTData(SeatLut(words), kVideo, kSeat),
             "the table cannot be stored");
     luts.preloadPixelMapSeatLUTForVenueId(7, 1, kSeat.x, kSeat.y);
     require(luts.state().pixelMapSeatLUTFrameCount == kThreeMinutes, "the table is not there");
@@ -109,9 +108,7 @@ class TableFolder {
     require(mkdtemp(pattern.data()) != nullptr, "no temporary folder");
     path = pattern;
     std::ofstream(video()) << "a video";
-    require(files().persistPixelMapSeatLUTData(
-                SeatLut(tableOfThreeMinutes()), video(),
-                kSeat),
+    require(files().persistPixelMapSeatLUTData(SeatLut(tableOfThreeMinutes()), video(), kSeat),
             "the table cannot be stored");
   }
   ~TableFolder() { standard_.removeFolder(path); }
@@ -200,10 +197,11 @@ class CountedAsset final : public VideoAsset {
   }
   std::unique_ptr<FrameGenerator> generator() const override { return nullptr; }
 
-  static constexpr std::uint32_t kFrames = 600;
+  static constexpr std::uint32_t kFrames = kThreeMinutes;
 };
 
-constexpr std::size_t kManySeats = 60'000;
+// As many as make the tables far larger than any cache, and no larger than a small machine.
+constexpr std::size_t kManySeats = 10'000;
 
 std::vector<SeatPosition> manySeats() {
   std::vector<SeatPosition> seats;

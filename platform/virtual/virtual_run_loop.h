@@ -30,6 +30,21 @@ class VirtualRunLoop final : public RunLoop {
   /// scheduled; acts at one time run in ascending `order`. A time that has passed counts as now.
   void actFromOutside(Duration time, std::uint64_t order, Task&& act);
 
+  /// Runs all that is due before `time`, then `act` at once, as an act from outside that comes
+  /// first at that time; a time that has passed counts as now. Not from within a turn. False like
+  /// `runUntil`.
+  template <class Act>
+  bool actAt(Duration time, const Act& act) {
+    if (time > now_ && !runUntil(time - Duration{1})) return false;
+    if (time > now_) {
+      now_ = time;
+      turnsAtThisInstant_ = 0;
+    }
+    act();
+    endTurn();
+    return true;
+  }
+
   /// Runs when the present turn ends, before the next one; takes no virtual time.
   void runInBackground(Task job) { background_.push_back(std::move(job)); }
 

@@ -47,7 +47,8 @@ class ClipStep : public testing::Test, private ViewObserver {
   VirtualPhone phone{json};
   Platform platform = phone.platform();
   EngineState state;
-  std::vector<Palette> palettes;
+  std::shared_ptr<const std::vector<Palette>> palettes =
+      std::make_shared<const std::vector<Palette>>();
   ShowCallbacks callbacks;
   TimerSet timers{phone.loop};
   ViewStack views{timers};

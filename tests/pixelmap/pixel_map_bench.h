@@ -4,11 +4,13 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "pixelmap/pixel_map_seat_luts.h"
+#include "pixelmap/seat_lut_files.h"
 #include "platform/virtual/virtual_phone.h"
 #include "tests/pixelmap/seat_lut_bench.h"
 #include "tests/support/step_queue.h"
@@ -61,7 +63,17 @@ class PixelMapBench {
   int framesRead() const { return phone.virtualVideos.counts.framesRead; }
   int opens() const { return phone.virtualVideos.counts.opens; }
 
+  /// Tables that are ready before all else, by "video|x|y".
+  struct ReadyTables final : SeatLutSource {
+    SeatLut find(std::string_view videoURL, SeatPosition seat) const override {
+      const auto found = tables.find(pixelMapSeatLUTCacheKeyForVideoPath(videoURL, seat));
+      return found == tables.end() ? nullptr : found->second;
+    }
+    std::map<std::string, SeatLut> tables;
+  };
+
   VirtualPhone phone;
+  ReadyTables ready;
   StepQueue lutQueue{"lut"};
   StepQueue liveQueue{"live"};
   int currentVideoMinutes = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/virtual/virtual_run_loop.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -49,6 +50,37 @@ TEST_F(LoopTest, TurnsDueAtTheEndStillRunAndLaterOnesWait) {
   loop_.runUntil(milliseconds(10));
   EXPECT_EQ(names_, Names{"10 due"});
   EXPECT_EQ(loop_.turns(), 1U);
+}
+
+TEST_F(LoopTest, AnActFromWithoutComesBeforeWhatIsDueAtItsTime) {
+  loop_.after(milliseconds(10), noting("before"));
+  loop_.after(milliseconds(20), noting("at"));
+  EXPECT_TRUE(loop_.actAt(milliseconds(20), [this] { note("act"); }));
+  EXPECT_EQ(names_, (Names{"10 before", "20 act"}));
+  EXPECT_EQ(loop_.turns(), 2U);
+  loop_.runUntil(milliseconds(20));
+  EXPECT_EQ(names_.back(), "20 at");
+}
+
+TEST_F(LoopTest, AnActFromWithoutInThePastIsNow) {
+  loop_.runUntil(milliseconds(30));
+  EXPECT_TRUE(loop_.actAt(milliseconds(20), [this] { note("act"); }));
+  EXPECT_EQ(names_, Names{"30 act"});
+}
+
+TEST_F(LoopTest, WhatAnActGivesToTheBackgroundRunsWhenItEnds) {
+  EXPECT_TRUE(loop_.actAt(milliseconds(5), [this] {
+    loop_.runInBackground(noting("job"));
+    note("act");
+  }));
+  EXPECT_EQ(names_, (Names{"5 act", "5 job"}));
+}
+
+TEST_F(LoopTest, AnActAfterAnInstantThatNeverEndsSaysSo) {
+  std::function<void()> again = [&] { loop_.soon([&] { again(); }); };
+  again();
+  EXPECT_FALSE(loop_.actAt(milliseconds(5), [this] { note("act"); }));
+  EXPECT_EQ(names_, Names{});
 }
 
 TEST_F(LoopTest, ARepetitionIsExactAndDoesNotDrift) {
