@@ -14,8 +14,6 @@ namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestStill = 32 << 20;
-
 std::string venueFolder(std::int64_t venueId) {
   return "HVAssets/Maps/Venue-" + std::to_string(venueId);
 }
@@ -46,8 +44,9 @@ std::string pathIn(std::string folder, const std::string& name) {
   return folder += name;
 }
 
-// The path of the video directly in a folder; empty for none.
-std::string videoIn(const Files& files, const std::string& folder) {
+}  // namespace
+
+std::string pixelMapVideoIn(const Files& files, const std::string& folder) {
   if (!isFolder(files, folder)) return {};
   for (const std::string& name : files.list(folder).value_or(std::vector<std::string>())) {
     if (isVideoName(name)) return pathIn(folder, name);
@@ -55,14 +54,12 @@ std::string videoIn(const Files& files, const std::string& folder) {
   return {};
 }
 
-}  // namespace
-
 std::string PixelMapAssets::pixelMapVideoURLForVenueId(std::int64_t venueId,
                                                        std::int64_t pixelMapId) const {
   for (const Bundle* bundle : inOrder(bundles_)) {
     if (bundle->resourcePath().empty()) continue;
     std::string video =
-        videoIn(files_, bundle->resourcePath() + "/" + mapFolder(venueId, pixelMapId));
+        pixelMapVideoIn(files_, bundle->resourcePath() + "/" + mapFolder(venueId, pixelMapId));
     if (!video.empty()) return video;
   }
   return {};
@@ -80,7 +77,7 @@ std::vector<PixelMapVideoEntry> PixelMapAssets::pixelMapVideoEntriesForVenueId(
     if (!isFolder(files_, folder)) continue;
     for (std::string& name : files_.list(folder).value_or(std::vector<std::string>())) {
       if (name.empty()) continue;
-      std::string video = videoIn(files_, pathIn(folder, name));
+      std::string video = pixelMapVideoIn(files_, pathIn(folder, name));
       if (video.empty() || mapIds.contains(name) || videos.contains(video)) continue;
       mapIds.insert(name);
       videos.insert(video);
@@ -143,8 +140,8 @@ MaybeColour PixelMapAssets::colorFromPixelMapJPGFallbackForVenueId(std::int64_t 
   const std::int64_t first = std::max<std::int64_t>(frameIndex, 1);
   for (const std::int64_t frame : {first, first + (first < INT64_MAX ? 1 : 0)}) {
     const std::string name = mapFolder(venueId, pixelMapId) + "/f" + std::to_string(frame) + ".jpg";
-    auto bytes = bundles_.main.readResource(name, kLargestStill);
-    if (!bytes) bytes = bundles_.kit.readResource(name, kLargestStill);
+    auto bytes = bundles_.main.readResource(name, kLargestPixelMapStill);
+    if (!bytes) bytes = bundles_.kit.readResource(name, kLargestPixelMapStill);
     if (!bytes) continue;
     const std::optional<Image> image = images_.decode(*bytes);
     if (!image) continue;

@@ -186,8 +186,8 @@ class HalvoraStatusViewController : private ApplicationObserver {
   int seatLUTLastDone_ = -1;
   /// Counts the precomputes, so that what comes late of an abandoned one is told apart.
   std::uint64_t precompute_ = 0;
-  /// Whether the user has asked for a map that had just been found missing.
-  bool isMissingMapAskedFor_ = false;
+  /// The venue whose map the user has asked for after it had been found missing; 0 for none.
+  std::int64_t missingMapVenueId_ = 0;
 
   /// What the wizard and a precompute hold of the panel.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

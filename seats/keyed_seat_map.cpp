@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "seats/keyed_seat_map.h"
 
-#include "platform/text.h"
-
 namespace halvora {
 
 bool KeyedSeatMap::begin(std::string_view name, JsonContainer container) {
@@ -31,7 +29,7 @@ void KeyedSeatMap::scalar(std::string_view name, const JsonScalar& value) {
   }
   if (elements_ < position_.size()) {
     if (value.isNumber()) position_[elements_] = value.wholeNumber();
-    if (value.isText()) position_[elements_] = integerValue(value.text);
+    if (value.isText()) position_[elements_] = leadingInteger(value.text);
   }
   ++elements_;
 }

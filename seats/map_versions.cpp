@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "platform/text.h"
+#include "seats/seat_texts.h"
 
 namespace halvora {
 
@@ -24,7 +24,7 @@ class MapVersionEvents final : public JsonEvents {
   }
   void end() override {}
   void scalar(std::string_view name, const JsonScalar& value) override {
-    settle(name, value.isText()     ? std::optional(integerValue(value.text))
+    settle(name, value.isText()     ? std::optional(leadingInteger(value.text))
                  : value.isNumber() ? std::optional(value.wholeNumber())
                                     : std::nullopt);
   }

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "platform/text.h"
+#include "seats/seat_texts.h"
 
 namespace halvora {
 
@@ -50,7 +50,7 @@ void SeatKeyList::clear() {
 }
 
 void SeatKeyList::add(std::string_view key) {
-  const Key& next = keys_.emplace_back(integerValue(key), builder_.addName(prefix_, key));
+  const Key& next = keys_.emplace_back(leadingInteger(key), builder_.addName(prefix_, key));
   if (!isSorted_ || keys_.size() == 1) return;
   const Key& last = keys_[keys_.size() - 2];
   isSorted_ = last.integer < next.integer || std::is_lt(compare(last, next));

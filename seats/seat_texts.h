@@ -9,6 +9,7 @@
 
 #include "platform/bundle.h"
 #include "platform/json.h"
+#include "platform/text.h"
 #include "seats/seat_names.h"
 
 namespace halvora {
@@ -39,6 +40,9 @@ inline std::string_view trimmed(std::string_view text) {
   const bool isTrim = !text.empty() && isGraphic(text.front()) && isGraphic(text.back());
   return isTrim ? text : trimmedOfBlanks(text);
 }
+
+/// The integer that a text begins with, white space as above skipped.
+inline std::int64_t leadingInteger(std::string_view text) { return integerValue(trimmed(text)); }
 
 /// The shortest decimal without an exponent that reads back as the same finite number.
 std::string plainDecimal(double value);

@@ -1,21 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "seats/standing_overlay.h"
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
 
 namespace halvora {
-
-namespace {
-
-constexpr std::size_t kLargestPlan = 32 << 20;
-// A venue may have several; the first that is a picture counts.
-constexpr const char* kNames[] = {"standing-overlay.png", "standing_overlay.png",
-                                  "standing-overlay.PNG", "standing_overlay.PNG"};
-
-}  // namespace
 
 std::shared_ptr<const Image> StandingOverlay::standingOverlayImageForVenueId(std::int64_t venueId) {
   if (venueId < 1) return nullptr;
@@ -28,8 +18,9 @@ std::shared_ptr<const Image> StandingOverlay::standingOverlayImageForVenueId(std
 
 std::shared_ptr<const Image> StandingOverlay::load(std::int64_t venueId) const {
   const std::string folder = "HVAssets/Maps/Venue-" + std::to_string(venueId) + "/";
-  for (const char* name : kNames) {
-    const std::optional<std::string> bytes = bundle_.readResource(folder + name, kLargestPlan);
+  for (const char* name : kStandingOverlayNames) {
+    const std::optional<std::string> bytes =
+        bundle_.readResource(folder + name, kLargestStandingOverlay);
     std::optional<Image> image = bytes ? images_.decode(*bytes) : std::nullopt;
     if (image) return std::make_shared<const Image>(std::move(*image));
   }

@@ -46,7 +46,7 @@ void HalvoraStatusViewController::refreshSeatMapAvailability() {
 void HalvoraStatusViewController::seatMapLoaded() {
   const Update update(*this);
   updateStatus();
-  const bool isAskedFor = std::exchange(isMissingMapAskedFor_, false);
+  const bool isAskedFor = std::exchange(missingMapVenueId_, 0) == seatMap_.seatMapVenueId();
   if (isAskedFor && seatMap_.seatMapSections()->isEmpty() && !isPresenting()) {
     presentSeatMapMissingAlert();
   }
@@ -60,7 +60,7 @@ void HalvoraStatusViewController::openSeatSelector() {
   seatMap_.preloadSeatMapForVenueId(venueId);
   if (seatMap_.isLoading(venueId)) {
     // A map that was missing is looked for once more, and only then is the user told.
-    isMissingMapAskedFor_ = isEmpty;
+    missingMapVenueId_ = isEmpty ? venueId : 0;
   } else if (seatMap_.seatMapSections()->isEmpty()) {
     presentSeatMapMissingAlert();
   } else {

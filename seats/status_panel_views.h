@@ -12,11 +12,9 @@
 
 namespace halvora {
 
+/// Of any number of lines, unless it says otherwise.
 struct StatusText : Label {
-  /// 0 for any number.
-  int lines = 0;
-  /// Least and greatest height of a line; 0 for the font's own.
-  double lineHeight = 0;
+  StatusText() { lines = 0; }
   bool userInteractionEnabled = false;
   friend bool operator==(const StatusText&, const StatusText&) = default;
 };

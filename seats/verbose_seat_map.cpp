@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/text.h"
-
 namespace halvora {
 
 namespace {
@@ -126,7 +124,7 @@ void VerboseSeatMap::Axis::settle(unsigned keyRank, const JsonScalar& value) {
   if (value.isNumber()) {
     position = value.wholeNumber();
   } else if (value.isText() && !value.text.empty()) {
-    position = integerValue(value.text);
+    position = leadingInteger(value.text);
   } else {
     return;
   }

@@ -86,6 +86,12 @@ TEST(KeyedSeatMap, OtherElementsTakeTheIntegersOfTheKeys) {
       ElementsAre("Section A | Row row 3 | Seat x 0,0", "Section A | Row row 3 | Seat 7b 7,0"));
 }
 
+TEST(KeyedSeatMap, WhiteSpaceOfUnicodeMayStandBeforeAnInteger) {
+  EXPECT_THAT(seats(R"("9": ["\u00A07", "\u3000+8"])"), ElementsAre("9 7,8"));
+  EXPECT_THAT(seats(R"("\u00A09": [null, 3])"), ElementsAre("\xC2\xA0"
+                                                            "9 9,3"));
+}
+
 TEST(KeyedSeatMap, EmptyRowsAndSectionsAreDropped) {
   EXPECT_THAT(linesOfDocument(R"({"s": {"1": {}, "2": {"1": {}, "2": {"1": [1]}},
                                        "3": {"1": {}, "2": {"1": [1, 2]}, "3": {}}, "4": {}}})"),
@@ -180,6 +186,10 @@ TEST(SeatKeyOrder, EquivalentKeysKeepTheOrderOfTheDocument) {
 TEST(SeatKeyOrder, BlanksAndSignsBelongToTheTextButNotToTheInteger) {
   // All of value 1: as texts, a blank goes before "+", and "+" before a digit.
   EXPECT_THAT(inOrder({"1", "+1", " 1"}), ElementsAre(" 1", "+1", "1"));
+}
+
+TEST(SeatKeyOrder, WhiteSpaceOfUnicodeDoesNotHideAnInteger) {
+  EXPECT_THAT(inOrder({"9", "\u00A010", "A", "2"}), ElementsAre("A", "2", "9", "\u00A010"));
 }
 
 TEST(SeatKeyOrder, IntegersBeyond64BitsAreTheLargestOneAndCompareAsTexts) {

@@ -99,6 +99,29 @@ TEST_F(MapVersionPolicyTest, NewAssetsRebuildTheTablesForTheSameSeat) {
   EXPECT_TRUE(ready.back());
 }
 
+TEST_F(MapVersionPolicyTest, ALowerVersionIsANewOneToo) {
+  const int opens = bench.phone.virtualVideos.counts.opens;
+  update(benchMap(3, 1));
+  EXPECT_GT(bench.phone.virtualVideos.counts.opens, opens);
+  EXPECT_EQ(storedVersions(), "3 1");
+  update(benchMap(1, 1));
+  EXPECT_EQ(bench.storedSeat(7), std::nullopt);
+  EXPECT_EQ(storedVersions(), "1 1");
+}
+
+TEST_F(MapVersionPolicyTest, EachStoredVersionCountsByItself) {
+  const int opens = bench.phone.virtualVideos.counts.opens;
+  bench.phone.defaults.remove("seatVersionByVenue");
+  update(benchMap(9, 3));
+  EXPECT_EQ(bench.storedSeat(7), (SeatPoint{3, 4}));
+  EXPECT_GT(bench.phone.virtualVideos.counts.opens, opens);
+  EXPECT_EQ(storedVersions(), "9 3");
+  bench.phone.defaults.remove("mapAssetsVersionByVenue");
+  update(benchMap(8, 3));
+  EXPECT_EQ(bench.storedSeat(7), std::nullopt);
+  EXPECT_EQ(storedVersions(), "8 3");
+}
+
 TEST_F(MapVersionPolicyTest, NewAssetsWithoutASeatRebuildNothing) {
   bench.panel().storage().clearSeatSelectionForVenueId(7);
   update(benchMap(3, 3));

@@ -32,6 +32,8 @@ TEST(MapVersions, ADocumentWithoutVersionsCountsAsVersion1ForBoth) {
 TEST(MapVersions, MayBeAnythingWithAnIntegerValue) {
   EXPECT_EQ(versionsOf(R"({"seatVersion": "12", "mapAssetsVersion": 3.9})"),
             (MapVersionInfo{12, 3}));
+  EXPECT_EQ(versionsOf(R"({"seatVersion": " 4", "mapAssetsVersion": "\u00A05"})"),
+            (MapVersionInfo{4, 5}));
   EXPECT_EQ(versionsOf(R"({"seatVersion": true, "mapAssetsVersion": "v2"})"),
             (MapVersionInfo{1, 1}));
   EXPECT_EQ(versionsOf(R"({"seatVersion": null, "mapAssetsVersion": [5]})"),

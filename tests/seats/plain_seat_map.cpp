@@ -29,8 +29,10 @@ std::string nameOr(const JsonValue* value, const std::string& format, std::int64
   return name.empty() ? formatted(format, ordinal) : std::string(name);
 }
 
+std::int64_t integerOfText(std::string_view text) { return integerValue(trimmed(text)); }
+
 std::optional<std::int64_t> integerOf(const JsonValue& value) {
-  if (const std::string* text = value.text()) return integerValue(*text);
+  if (const std::string* text = value.text()) return integerOfText(*text);
   return value.wholeNumber();
 }
 
@@ -109,8 +111,8 @@ Names sortedMembers(const JsonValue& value) {
     if (value.find(member.name) == &member.value) members.emplace_back(member.name, &member.value);
   }
   std::stable_sort(members.begin(), members.end(), [](const auto& left, const auto& right) {
-    const std::int64_t leftInteger = integerValue(left.first);
-    const std::int64_t rightInteger = integerValue(right.first);
+    const std::int64_t leftInteger = integerOfText(left.first);
+    const std::int64_t rightInteger = integerOfText(right.first);
     if (leftInteger != rightInteger) return leftInteger < rightInteger;
     return partsOf(left.first) < partsOf(right.first);
   });
@@ -126,8 +128,8 @@ std::vector<std::string> keyedLines(const JsonValue& sections, const SeatMapText
         if (elements == nullptr || elements->size() < 2) continue;
         lines.push_back(line(texts.sectionPrefix + " " + sectionKey, texts.rowPrefix + " " + rowKey,
                              texts.seatPrefix + " " + seatKey,
-                             integerOf((*elements)[0]).value_or(integerValue(seatKey)),
-                             integerOf((*elements)[1]).value_or(integerValue(rowKey))));
+                             integerOf((*elements)[0]).value_or(integerOfText(seatKey)),
+                             integerOf((*elements)[1]).value_or(integerOfText(rowKey))));
       }
     }
   }

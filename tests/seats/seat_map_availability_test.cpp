@@ -276,6 +276,16 @@ TEST(OpenSeatSelector, WhereTheMapWasMissingItIsLookedForOnceMoreAndThenReported
   EXPECT_EQ(bench.panel().presentedAlert(), std::nullopt) << "once a tap";
 }
 
+TEST(OpenSeatSelector, AnotherVenuesMissingMapIsNotWhatWasAskedFor) {
+  PanelBench bench({.defaultVenueId = 7});
+  bench.tick();
+  bench.panel().openSeatSelector();
+  bench.hearVenue(8);
+  bench.turn([&] { bench.panel().updateStatus(); });
+  EXPECT_EQ(mapOf(bench).seatMapVenueId(), 8);
+  EXPECT_EQ(bench.panel().presentedAlert(), std::nullopt);
+}
+
 TEST(OpenSeatSelector, WhereTheMapHasAppearedNothingIsReported) {
   PanelBench bench({.defaultVenueId = 7});
   bench.tick();

@@ -152,7 +152,7 @@ class ChanceDocument {
   }
   std::string scalar() {
     return oneOf({"null", "true", "false", "0", "7", "-3", "7.5", "-0.75", "1e3", "12e-1", "\"\"",
-                  "\" \"", "\"A\"", "\" 7\"", "\"-12x\"", "\"\\u00e4\\n\"", "\"ä\"",
+                  "\" \"", "\"A\"", "\"\\u00a07\"", "\"-12x\"", "\"\\u00e4\\n\"", "\"ä\"",
                   "9223372036854775807", "-1e30"});
   }
   std::string value(Part part) {
@@ -201,7 +201,7 @@ class ChanceDocument {
   }
   std::string key() {
     return oneOf({"1", "2", "10", "9", "01", "A", "B", "A1", "A01", "A10", "a", "", " 1", "-1",
-                  "1a", "\\u0041", "ä", "99999999999999999999"});
+                  "1a", "\\u0041", "\\u20031", "ä", "99999999999999999999"});
   }
   std::string keyedBy(Part part) {
     std::string text = "{";

@@ -97,5 +97,15 @@ TEST(Trimmed, LeavesEverythingElse) {
   }
 }
 
+TEST(LeadingInteger, PassesOverWhatTrimmingTakesOff) {
+  EXPECT_EQ(leadingInteger("\xC2\xA0\xE2\x80\xA8 -12 rows"), -12);
+  EXPECT_EQ(leadingInteger("7"), 7);
+  EXPECT_EQ(leadingInteger("\xC2\xA0"), 0);
+  EXPECT_EQ(leadingInteger("\xE2\x80\x8B"
+                           "7"),
+            0)
+      << "a joint is no white space";
+}
+
 }  // namespace
 }  // namespace halvora

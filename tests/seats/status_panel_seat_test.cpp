@@ -107,6 +107,8 @@ TEST(SeatSelection, TheWizardGetsWhatItNeeds) {
   bench.panel().openSeatSelector();
   const auto selector = bench.panel().presentedSeatSelector();
   ASSERT_NE(selector, nullptr);
+  EXPECT_EQ(selector->inputs().venueId, 7);
+  EXPECT_EQ(selector->inputs().map, bench.panel().seatMap().seatMapSections());
   // The wizard lists the standing area first, as the document does.
   EXPECT_EQ(selector->numberOfPickerRows(), 4U);
   EXPECT_EQ(selector->currentStep(), 0);
@@ -135,6 +137,21 @@ TEST(SeatSelection, IsStoredAndItsTablesAreBuilt) {
   EXPECT_EQ(bench.tables(), 1U);
   EXPECT_TRUE(bench.isStoredReady(7));
   EXPECT_EQ(bench.dotText(), "green");
+}
+
+TEST(SeatSelection, WritesTheFlatKeysThenTheRecordAndThenWhatBecomesOfTheTables) {
+  PanelBench bench(inVenue7());
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.panel().storage().setPersistedSeatLUTReady(true, 7);
+  bench.tick();
+  bench.phone.defaults.log.drain();
+  const std::uint64_t synchronisations = bench.phone.defaults.synchronisations;
+  bench.choose(3, 1, 1);
+  std::vector<std::string> keys;
+  for (const auto& write : bench.phone.defaults.log.entries) keys.push_back(write.key);
+  EXPECT_EQ(keys, (std::vector<std::string>{"xPos", "yPos", "selectedSection", "selectedSeat",
+                                            "seatSelectionByVenue", "seatLUTReadyByVenue"}));
+  EXPECT_GE(bench.phone.defaults.synchronisations, synchronisations + 3);
 }
 
 TEST(SeatSelection, GoesToTheVenueOfTheMapWhereNoneIsInForceAnyMore) {
@@ -197,6 +214,13 @@ TEST(SeatPrecompute, DoesNothingWithoutAPlaceOrAVenue) {
   bench.panel().startSeatLUTPrecomputeForVenueId(0, {1, 2});
   EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
   EXPECT_EQ(bench.phone.defaults.find("seatLUTReadyByVenue"), nullptr);
+}
+
+TEST(SeatPrecompute, APlaceMayBeTheFirstOne) {
+  PanelBench bench(inVenue7());
+  bench.putPixelMap(7, 1, {kRedWord});
+  bench.turn([&] { bench.panel().startSeatLUTPrecomputeForVenueId(7, {0, 0}); });
+  EXPECT_EQ(bench.tables(), 1U);
 }
 
 TEST(SeatPrecompute, IsNotReadyFromItsStartUntilItsEnd) {

@@ -108,6 +108,16 @@ TEST(StatusPanel, TheStatusHasFixedLineHeightAndThePanelsAlignment) {
   EXPECT_TRUE(bench.views().statusTextLabel.userInteractionEnabled);
 }
 
+TEST(StatusPanel, ItsTextsReadTheSameWhereTheyAreTakenAsLabels) {
+  PanelBench bench;
+  const Label& status = bench.views().statusTextLabel;
+  EXPECT_EQ(status.lineHeight, 22);
+  EXPECT_EQ(status.lines, 0);
+  const Label& summary = bench.row().seatSelectionSummaryLabel;
+  EXPECT_EQ(summary.lines, 1);
+  EXPECT_EQ(summary.lineHeight, 0);
+}
+
 TEST(StatusPanel, WithoutTextsTheStatusTextsAreEmpty) {
   PanelBench bench({.authorization = BluetoothAuthorization::notDetermined, .hasTexts = false});
   EXPECT_EQ(bench.views().onboardingLabel->text, "");

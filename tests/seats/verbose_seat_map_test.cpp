@@ -223,6 +223,11 @@ TEST(VerboseSeatMapPositions, ATextGivesItsLeadingInteger) {
             "9223372036854775807,-9223372036854775808");
 }
 
+TEST(VerboseSeatMapPositions, ATextsLeadingWhiteSpaceMayBeAnyOfUnicode) {
+  EXPECT_EQ(positionOf(R"("x": "\u00A012", "y": "\u2003\n\u3000-7\u00A0")"), "12,-7");
+  EXPECT_EQ(positionOf(R"("x": "-\u00A012", "y": "\u00A0")"), "0,0") << "but not behind the sign";
+}
+
 TEST(VerboseSeatMapPositions, ATextWithoutAnIntegerIsZeroAndEndsTheSearch) {
   EXPECT_EQ(positionOf(R"("x": "abc", "xpos": 9, "column": 9, "col": 9)"), "0,1");
   EXPECT_EQ(positionOf(R"("x": " ", "xpos": 9)"), "0,1");

@@ -14,6 +14,20 @@
 
 namespace halvora {
 
+namespace {
+
+/// A binary portable pixmap, as `PixmapDecoder` reads it.
+std::string pixmapOfImage(const Image& image) {
+  std::string text =
+      "P6 " + std::to_string(image.width) + " " + std::to_string(image.height) + " 255\n";
+  for (std::size_t at = 0; at < image.rgba.size(); ++at) {
+    if (at % 4 != 3) text += static_cast<char>(image.rgba[at]);
+  }
+  return text;
+}
+
+}  // namespace
+
 ToolRun runTool(const std::vector<std::string>& arguments, const ToolSetup& setup) {
   std::vector<const char*> words{"halvora"};
   for (const std::string& argument : arguments) words.push_back(argument.c_str());
@@ -22,7 +36,7 @@ ToolRun runTool(const std::vector<std::string>& arguments, const ToolSetup& setu
   const std::atomic<bool> isNotInterrupted{false};
   const Outside outside{images, setup.videos != nullptr ? *setup.videos : videos,
                         setup.isInterrupted != nullptr ? *setup.isInterrupted : isNotInterrupted,
-                        setup.terminal};
+                        setup.terminal, pixmapOfImage};
   ToolRun run;
   const Output output = setup.output ? setup.output : [&run](std::string_view text) {
     run.output += text;
@@ -79,6 +93,7 @@ TestFolder::~TestFolder() {
 
 std::string TestFolder::write(const std::string& name, std::string_view contents) const {
   const std::filesystem::path file = path_ / name;
+  std::filesystem::create_directories(file.parent_path());
   std::ofstream(file, std::ios::binary) << contents;
   return file.string();
 }

@@ -53,7 +53,7 @@ class TestFolder {
   TestFolder(const TestFolder&) = delete;
   TestFolder& operator=(const TestFolder&) = delete;
 
-  /// Writes a file and gives its path.
+  /// Writes a file, with the folders that it lies in, and gives its path.
   std::string write(const std::string& name, std::string_view contents) const;
   const std::filesystem::path& path() const { return path_; }
 

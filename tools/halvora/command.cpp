@@ -2,6 +2,7 @@
 #include "tools/halvora/command.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <utility>
 #include <vector>
@@ -53,6 +54,14 @@ std::optional<std::int64_t> wholeNumber(std::string_view text) {
   if (!size) return std::nullopt;
   const auto value = static_cast<std::int64_t>(*size);
   return isNegative ? -value : value;
+}
+
+std::optional<double> plainNumber(const std::string& text) {
+  const bool isPlain = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
+  char* end = nullptr;
+  const double value = std::strtod(text.c_str(), &end);
+  const bool isWhole = !text.empty() && text.front() != '+' && *end == '\0';
+  return isPlain && isWhole ? std::optional(value) : std::nullopt;
 }
 
 std::string absolutePath(std::string_view path) {

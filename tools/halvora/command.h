@@ -13,8 +13,10 @@
 #include <string_view>
 
 #include "platform/image.h"
+#include "platform/movie_writer.h"
 #include "platform/time.h"
 #include "platform/video_asset.h"
+#include "tools/halvora/radio.h"
 
 namespace CLI {
 class App;
@@ -30,6 +32,9 @@ struct CommandResult {
   /// One line, for standard error; empty for none.
   std::string error;
 };
+
+/// A picture as the bytes of a file, empty where that failed.
+using PictureEncoder = std::string (*)(const Image& image);
 
 /// Where a long command shows how far it is. Any thread.
 struct Terminal {
@@ -47,6 +52,12 @@ struct Outside {
   /// Set, at any time and once and for all, by a user who wants the command to end.
   const std::atomic<bool>& isInterrupted;
   Terminal terminal = {};
+  /// Null where pictures cannot be written.
+  PictureEncoder encodePicture = nullptr;
+  /// Null where movies cannot be written.
+  const MovieWriters* movies = nullptr;
+  /// The machine's radio, never null; absent where there is no way to one.
+  std::function<std::unique_ptr<Radio>()> openRadio = {};
 };
 
 struct Call {
@@ -77,6 +88,9 @@ CommandResult writeAll(std::string_view text, const Output& output);
 std::optional<std::uint64_t> decimal(std::string_view text, std::uint64_t largest);
 /// The same with a minus sign allowed.
 std::optional<std::int64_t> wholeNumber(std::string_view text);
+
+/// A plain decimal number, fraction and exponent allowed, and nothing around it.
+std::optional<double> plainNumber(const std::string& text);
 
 /// The path from the root, without empty names, "." and "..". Links stay as they are, and so does a
 /// ".." behind one: it leads elsewhere than the names suggest. Empty for an empty path.

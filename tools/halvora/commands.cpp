@@ -10,6 +10,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/halvora/crowd/crowd_command.h"
+#include "tools/halvora/listen_command.h"
 #include "tools/halvora/lut_commands.h"
 #include "tools/halvora/map_commands.h"
 #include "tools/halvora/packet_commands.h"
@@ -24,7 +26,8 @@ struct Group {
   const char* purpose;
 };
 constexpr Group kPacket{"packet", "decode or encode show packets"};
-constexpr Group kMap{"map", "look at a venue's seat map"};
+constexpr Group kMap{"map",
+                     "look at a venue's seat map: what is in it, what is wrong, how it looks"};
 constexpr Group kLut{"lut", "build seat tables from a pixel map's video, or show them"};
 
 struct CommandRow {
@@ -39,10 +42,16 @@ constexpr std::array kCommands = {
     CommandRow{&kPacket, "decode", "print packets as JSON, a line each", makePacketDecodeCommand},
     CommandRow{&kPacket, "encode", "print the packet with the given fields",
                makePacketEncodeCommand},
+    CommandRow{&kMap, "check", "count what a venue has and list what is wrong with it",
+               makeMapCheckCommand},
+    CommandRow{&kMap, "draw", "draw the plan of all seats as a picture", makeMapDrawCommand},
     CommandRow{&kMap, "dump", "print a seat map's sections, rows and seats", makeMapDumpCommand},
     CommandRow{&kLut, "build", "take the colours of seats out of a video and keep them as tables",
                makeLutBuildCommand},
     CommandRow{&kLut, "show", "print a table that was kept", makeLutShowCommand},
+    CommandRow{nullptr, "crowd", "run a whole venue's phones through a scenario and show them",
+               makeCrowdCommand},
+    CommandRow{nullptr, "listen", "print the show packets that are in the air", makeListenCommand},
     CommandRow{nullptr, "trace", "run one phone through a scenario and print what it does",
                makeTraceCommand},
 };

@@ -4,11 +4,16 @@
 
 #include <unistd.h>
 
+#include "platform/ffmpeg/ffmpeg_movies.h"
 #include "platform/ffmpeg/ffmpeg_videos.h"
 #include "platform/image/picture_decoder.h"
+#include "platform/image/png_writer.h"
 #include "platform/standard/stopwatch.h"
 #include "tools/halvora/commands.h"
 #include "tools/halvora/interruption.h"
+#ifdef HALVORA_HAS_BLUETOOTH
+#include "tools/halvora/system_radio.h"
+#endif
 
 namespace {
 
@@ -23,6 +28,12 @@ int main(int argumentCount, char** arguments) {
   const halvora::FfmpegVideoAssets videos;
   const halvora::Stopwatch watch;
   halvora::Outside outside{images, videos, halvora::interruptedBySignals()};
+  outside.encodePicture = halvora::pngOf;
+  const halvora::FfmpegMovies movies;
+  outside.movies = &movies;
+#ifdef HALVORA_HAS_BLUETOOTH
+  outside.openRadio = halvora::openSystemRadio;
+#endif
   if (isatty(STDERR_FILENO) != 0) {
     outside.terminal = {[](std::string_view text) { writeTo(stderr, text); },
                         [&watch] { return watch.elapsed(); }};

@@ -4,9 +4,6 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include "platform/virtual/virtual_storage.h"
-#include "seats/seat_map_document.h"
-
 namespace halvora {
 
 namespace {
@@ -49,21 +46,9 @@ void writeSection(Writer& writer, const SeatMap::SectionItem& section) {
 
 }  // namespace
 
-std::optional<StringTable> readStringTable(std::string_view document, const JsonReader& json) {
-  const std::optional<JsonValue> value = json.parse(document);
-  if (!value || value->object() == nullptr) return std::nullopt;
-  StringTable strings;
-  for (const JsonMember& member : *value->object()) {
-    if (member.value.text() != nullptr) strings.emplace(member.name, *member.value.text());
-  }
-  return strings;
-}
-
 std::string dumpSeatMap(std::string_view document, const StringTable& strings,
                         const JsonReader& json) {
-  VirtualBundle kit("");
-  kit.strings = strings;
-  const SeatMap map = parseSeatMapSectionsFromJSON(document, seatMapTexts(kit), json);
+  const SeatMap map = seatMapOf(document, strings, json);
   rapidjson::StringBuffer buffer;
   Writer writer(buffer);
   writer.StartArray();

@@ -26,15 +26,6 @@ namespace {
 constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
 constexpr double kLatestEnd = 1e9;
 
-// A plain decimal number, and nothing around it.
-std::optional<double> plainNumber(const std::string& text) {
-  const bool isPlain = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
-  char* end = nullptr;
-  const double value = std::strtod(text.c_str(), &end);
-  const bool isWhole = !text.empty() && text.front() != '+' && *end == '\0';
-  return isPlain && isWhole ? std::optional(value) : std::nullopt;
-}
-
 class TraceCommand final : public ToolCommand {
  public:
   void describe(CLI::App& app) override {

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// Movies as output: pictures in, a file that every player shows. For tools; the kit itself only
+// reads. One thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace halvora {
+
+struct MovieFormat {
+  /// Both even, at least 2.
+  int width = 0;
+  int height = 0;
+  int framesPerSecond = 30;
+};
+
+class MovieWriter {
+ public:
+  /// Without `finish` the file is worth nothing.
+  virtual ~MovieWriter() = default;
+  /// The next picture: rows from the top, red, green and blue a pixel. False once anything failed.
+  virtual bool add(std::span<const std::uint8_t> rgb) = 0;
+  /// Writes what is left. False where anything failed, now or before.
+  virtual bool finish() = 0;
+};
+
+class MovieWriters {
+ public:
+  virtual ~MovieWriters() = default;
+  /// Null where the file cannot be made, or there is no encoder.
+  virtual std::unique_ptr<MovieWriter> make(const std::string& path,
+                                            const MovieFormat& format) const = 0;
+};
+
+}  // namespace halvora

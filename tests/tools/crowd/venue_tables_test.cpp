@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/crowd/venue_tables.h"
+
+#include <deque>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/virtual/virtual_video.h"
+
+namespace halvora {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr SeatPosition kSeats[] = {{1, 2}, {3, 0}, {1, 2}};
+
+struct VenueTablesRoom : testing::Test {
+  VirtualVideoAssets videos;
+  InlineWorkers workers;
+  std::deque<std::vector<std::uint32_t>> rooms;
+  VenueTables tables{kSeats};
+
+  VenueTables::End build(const std::string& url, const std::function<bool()>& isCancelled = {}) {
+    return tables.build({"1", url}, videos, {.workers = workers, .isCancelled = isCancelled},
+                        [this](std::size_t words) { return std::span(rooms.emplace_back(words)); });
+  }
+};
+
+TEST_F(VenueTablesRoom, HoldTheWordsOfEachSeat) {
+  videos.put("a", VirtualVideo::ofPlaces(3, 4, 3));
+  ASSERT_EQ(build("a"), VenueTables::End::built);
+  EXPECT_EQ(tables.frameCount("a"), 3);
+  EXPECT_THAT(tables.find("a", {1, 2}).words(), ElementsAre(0xFF000102, 0xFF010102, 0xFF020102));
+  EXPECT_THAT(tables.find("a", {3, 0}).words(), ElementsAre(0xFF000300, 0xFF010300, 0xFF020300));
+}
+
+TEST_F(VenueTablesRoom, SeatsThatShareAPixelShareATable) { EXPECT_EQ(tables.seatCount(), 2); }
+
+TEST_F(VenueTablesRoom, KnowNothingOfOtherSeatsAndVideos) {
+  videos.put("a", VirtualVideo::ofPlaces(3, 4, 3));
+  ASSERT_EQ(build("a"), VenueTables::End::built);
+  EXPECT_FALSE(tables.find("a", {2, 2}));
+  EXPECT_FALSE(tables.find("b", {1, 2}));
+  EXPECT_EQ(tables.frameCount("b"), 0);
+}
+
+TEST_F(VenueTablesRoom, KeepTheTablesOfSeveralMapsApart) {
+  videos.put("a", VirtualVideo::ofWords({0xFF111111}));
+  videos.put("b", VirtualVideo::ofWords({0xFF222222, 0xFF333333}));
+  ASSERT_EQ(build("a"), VenueTables::End::built);
+  ASSERT_EQ(build("b"), VenueTables::End::built);
+  EXPECT_THAT(tables.find("a", {1, 2}).words(), ElementsAre(0xFF111111));
+  EXPECT_THAT(tables.find("b", {1, 2}).words(), ElementsAre(0xFF222222, 0xFF333333));
+}
+
+TEST_F(VenueTablesRoom, SayWhyThereAreNone) {
+  videos.put("a", VirtualVideo::ofPlaces(3, 4, 3));
+  EXPECT_EQ(build("missing"), VenueTables::End::noVideo);
+  EXPECT_EQ(build("a", [] { return true; }), VenueTables::End::cancelled);
+  EXPECT_EQ(tables.build({"1", "a"}, videos, {.workers = workers},
+                         [](std::size_t) { return std::span<std::uint32_t>(); }),
+            VenueTables::End::noRoom);
+  EXPECT_FALSE(tables.find("a", {1, 2}));
+}
+
+}  // namespace
+}  // namespace halvora

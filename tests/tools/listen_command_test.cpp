@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/listen_command.h"
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "platform/virtual/virtual_bluetooth.h"
+#include "platform/virtual/virtual_media.h"
+#include "platform/virtual/virtual_run_loop.h"
+#include "platform/virtual/virtual_video.h"
+#include "tests/tools/tool_runner.h"
+#include "tools/halvora/commands.h"
+#include "tools/halvora/radio.h"
+
+namespace halvora {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// Air that is written down beforehand, in virtual time.
+struct VirtualAir {
+  struct Packet {
+    long long at;
+    std::string bytes;
+  };
+  CentralState state = CentralState::poweredOn;
+  std::vector<Packet> packets;
+  std::map<long long, std::function<void(VirtualBluetooth&)>> acts;
+  /// Ctrl-C.
+  long long interruptedAt = -1;
+};
+
+class VirtualRadio final : public Radio {
+ public:
+  VirtualRadio(const VirtualAir& air, std::atomic<bool>& isInterrupted) {
+    radio_.setState(air.state);
+    for (const VirtualAir::Packet& packet : air.packets) {
+      loop_.after(milliseconds(packet.at), [this, &packet] {
+        const std::vector<std::uint8_t> bytes(packet.bytes.begin(), packet.bytes.end());
+        radio_.advertise(std::span<const std::uint8_t>(bytes));
+      });
+    }
+    for (const auto& [at, act] : air.acts) {
+      loop_.after(milliseconds(at), [this, &act = act] { act(radio_); });
+    }
+    if (air.interruptedAt >= 0) {
+      loop_.after(milliseconds(air.interruptedAt), [&isInterrupted] { isInterrupted = true; });
+    }
+  }
+  RunLoop& loop() override { return loop_; }
+  BluetoothCentral& bluetooth() override { return radio_; }
+  void runUntil(const std::function<bool()>& isDone) override {
+    while (!isDone() && loop_.now() < std::chrono::hours(1)) loop_.runFor(milliseconds(1));
+  }
+
+ private:
+  VirtualRunLoop loop_;
+  VirtualBluetooth radio_{loop_};
+};
+
+class Listen : public testing::Test {
+ protected:
+  // Transmitter 7 of application 258.
+  static std::string packet(std::uint16_t sequence, char transmitter = 7) {
+    std::string bytes = "\x09\xC9\x01\x02";
+    bytes.resize(23);
+    bytes += static_cast<char>(sequence >> 8);
+    bytes += static_cast<char>(sequence & 0xFF);
+    return bytes + transmitter;
+  }
+
+  ToolRun run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"halvora", "listen"});
+    std::vector<const char*> pointers;
+    for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
+    std::atomic<bool> isInterrupted = false;
+    const NoPictures images;
+    const VirtualVideoAssets videos;
+    Outside outside{images, videos, isInterrupted};
+    if (hasRadio) {
+      outside.openRadio = [&] { return std::make_unique<VirtualRadio>(air, isInterrupted); };
+    }
+    ToolRun result;
+    const CommandResult ended = runCommand(static_cast<int>(pointers.size()), pointers.data(),
+                                           outside, [&](std::string_view text) {
+                                             if (isOutputClosed) return false;
+                                             result.output += text;
+                                             return true;
+                                           });
+    result.status = ended.status;
+    result.error = ended.error;
+    return result;
+  }
+
+  VirtualAir air;
+  bool hasRadio = true;
+  bool isOutputClosed = false;
+};
+
+TEST_F(Listen, PrintsWhatIsHeardWithItsTime) {
+  air.packets = {{1000, packet(5)}, {1250, packet(6)}};
+  const ToolRun listened = run({"--for", "2"});
+  EXPECT_EQ(listened.status, 0);
+  const auto lines = linesOf(listened.output);
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_THAT(lines[0], testing::StartsWith(R"({"t":999,"applicationId":258,)"));
+  EXPECT_THAT(lines[0], HasSubstr(R"("sequence":5,"transmitter":7,"broadcastKey":"09C90102)"));
+  EXPECT_THAT(lines[1], testing::StartsWith(R"({"t":1249,)"));
+}
+
+TEST_F(Listen, SumsUpEachTransmitterAtTheEnd) {
+  air.packets = {{100, packet(5)},        {200, packet(5)},   {300, packet(6)},
+                 {400, packet(10)},       {500, packet(2)},   {600, packet(9, 8)},
+                 {700, packet(65535, 9)}, {800, packet(1, 9)}};
+  const auto lines = linesOf(run({"--for", "2"}).output);
+  ASSERT_EQ(lines.size(), 11U);
+  EXPECT_EQ(lines[8], R"({"t":2000,"summary":"258:7","packets":5,"repeats":1,"lost":3,)"
+                      R"("restarts":1,"perSecond":2.5})");
+  EXPECT_EQ(lines[9], R"({"t":2000,"summary":"258:8","packets":1,"repeats":0,"lost":0,)"
+                      R"("restarts":0,"perSecond":0.5})");
+  EXPECT_EQ(lines[10], R"({"t":2000,"summary":"258:9","packets":2,"repeats":0,"lost":1,)"
+                       R"("restarts":0,"perSecond":1})");
+}
+
+TEST_F(Listen, EndsWhenTheUserSaysSoAndSumsUp) {
+  air.packets = {{100, packet(5)}, {5000, packet(6)}};
+  air.interruptedAt = 1001;
+  const ToolRun listened = run({});
+  EXPECT_EQ(listened.status, 0);
+  EXPECT_EQ(listened.error, "");
+  const auto lines = linesOf(listened.output);
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_THAT(lines[1], testing::StartsWith(R"({"t":1000,"summary":"258:7","packets":1,)"));
+}
+
+TEST_F(Listen, SaysWhyAPacketIsNoneAndNothingOfOthers) {
+  air.packets = {{100, std::string("\x09\xC9\x01", 3)}, {200, std::string("\x4C\x00\x01", 3)}};
+  EXPECT_THAT(linesOf(run({"--for", "1"}).output),
+              ElementsAre(R"({"t":99,"rejected":"only 3 bytes; a show packet has 26 or more"})"));
+}
+
+TEST_F(Listen, GoesOnThroughARadioThatIsSwitchedOffAndOn) {
+  air.packets = {{1000, packet(1)}, {3000, packet(2)}, {5000, packet(3)}};
+  air.acts[2000] = [](VirtualBluetooth& radio) { radio.setState(CentralState::poweredOff); };
+  air.acts[4000] = [](VirtualBluetooth& radio) { radio.setState(CentralState::poweredOn); };
+  const auto lines = linesOf(run({"--for", "6"}).output);
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_THAT(lines[2], HasSubstr(R"("packets":2,"repeats":0,"lost":1)"));
+}
+
+TEST_F(Listen, WithoutARadioItSaysWhyInOneLine) {
+  struct Row {
+    CentralState state;
+    const char* error;
+  };
+  const TestFolder folder;
+  const std::string file = folder.write("before.jsonl", "what was there");
+  for (const Row& row :
+       {Row{CentralState::unsupported, "no Bluetooth adapter, or no Bluetooth service"},
+        Row{CentralState::poweredOff, "Bluetooth is switched off"},
+        Row{CentralState::unauthorised, "the system does not allow this user to use Bluetooth"}}) {
+    air.state = row.state;
+    const ToolRun listened = run({"--record", file});
+    EXPECT_EQ(listened.status, 1);
+    EXPECT_EQ(listened.error, row.error);
+    EXPECT_EQ(listened.output, "");
+    EXPECT_EQ(contentsOf(file), "what was there");
+  }
+  hasRadio = false;
+  EXPECT_EQ(run({}).error, "this halvora was built without Bluetooth");
+  EXPECT_EQ(run({}).status, 1);
+}
+
+TEST_F(Listen, WaitsForARadioThatIsNotKnownYet) {
+  air.state = CentralState::unknown;
+  air.packets = {{1000, packet(1)}};
+  air.acts[500] = [](VirtualBluetooth& radio) { radio.setState(CentralState::poweredOn); };
+  EXPECT_EQ(linesOf(run({"--for", "1"}).output).size(), 2U);
+}
+
+TEST_F(Listen, ARecordingIsAScenarioThatTraceReplays) {
+  const TestFolder folder;
+  const std::string file = (folder.path() / "show.jsonl").string();
+  air.packets = {{101, packet(5)}, {1235, packet(6)}};
+  EXPECT_EQ(run({"--for", "2", "--record", file}).status, 0);
+  const auto lines = linesOf(contentsOf(file));
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_EQ(lines[0], R"({"at":0,"start":true})");
+  EXPECT_THAT(lines[1], testing::StartsWith(R"({"at":2.1,"packet":"09C90102)"));
+  EXPECT_THAT(lines[2], testing::StartsWith(R"({"at":3.234,"packet":"09C90102)"));
+  const ToolRun traced = runTool({"trace", file});
+  EXPECT_EQ(traced.status, 0) << traced.error;
+  EXPECT_THAT(traced.output, HasSubstr(R"("insideVenue":true)"));
+}
+
+TEST_F(Listen, ARecordingThatCannotBeWrittenIsAFailure) {
+  const TestFolder folder;
+  const ToolRun listened =
+      run({"--for", "1", "--record", (folder.path() / "missing" / "show.jsonl").string()});
+  EXPECT_EQ(listened.status, 1);
+  EXPECT_THAT(listened.error, testing::EndsWith("show.jsonl: cannot be written"));
+}
+
+TEST_F(Listen, EndsWhenNobodyReads) {
+  isOutputClosed = true;
+  air.packets = {{100, packet(5)}};
+  const ToolRun listened = run({});
+  EXPECT_EQ(listened.status, 1);
+  EXPECT_EQ(listened.error, "standard output cannot be written");
+}
+
+TEST_F(Listen, RefusesATimeThatIsNone) {
+  for (const char* seconds : {"-1", "soon", "1s", "1e10"}) {
+    EXPECT_EQ(flawOfRefusal(run({"--for", seconds})), "") << seconds;
+  }
+}
+
+}  // namespace
+}  // namespace halvora

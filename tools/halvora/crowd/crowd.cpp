@@ -1,0 +1,383 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/crowd/crowd.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace halvora {
+
+namespace {
+
+constexpr Duration kInstant{1};
+constexpr Duration kWatch = milliseconds(10);
+constexpr double kLinearOne = 65535;
+
+enum class Kind : std::uint8_t { open, act, packet, leave, frame, watch };
+
+std::array<std::uint16_t, 256> linearTable() {
+  std::array<std::uint16_t, 256> table{};
+  for (std::size_t level = 0; level < table.size(); ++level) {
+    const double share = static_cast<double>(level) / 255;
+    // The transfer function of sRGB, IEC 61966-2-1.
+    const double linear = share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
+    table[level] = static_cast<std::uint16_t>(std::lround(linear * kLinearOne));
+  }
+  return table;
+}
+
+double shareOf(std::uint64_t bits) { return static_cast<double>(bits >> 11) / 9007199254740992.0; }
+
+std::uint8_t byteOf(float level) {
+  return static_cast<std::uint8_t>(std::lround(std::clamp(level, 0.0F, 1.0F) * 255.0F));
+}
+
+// Of chances that a phone draws beside those of its packets.
+constexpr std::uint64_t kLateDraw = 0x4C415445;
+constexpr std::uint64_t kLateByDraw = 0x4C415442;
+constexpr std::uint64_t kLeaveDraw = 0x4C454156;
+constexpr std::uint64_t kLeaveAtDraw = 0x4C454154;
+constexpr std::uint64_t kSeedDraw = 0x53454544;
+
+}  // namespace
+
+std::uint16_t linearOf(std::uint8_t level) {
+  static const std::array<std::uint16_t, 256> kTable = linearTable();
+  return kTable[level];
+}
+
+struct Crowd::Member {
+  Member(const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed)
+      : phone(parts, seat, seed) {}
+
+  CrowdPhone phone;
+  std::uint32_t nextAct = 0;
+  /// The first look that it has not shown.
+  std::uint32_t nextLook = 0;
+};
+
+// Something that happens to one phone.
+struct Crowd::Moment {
+  Duration time{};
+  /// Acts at one time come in the order of their lines, before what only looks.
+  std::uint64_t order = 0;
+  Kind kind{};
+  std::size_t at = 0;
+
+  friend bool operator<(const Moment& one, const Moment& other) {
+    return std::pair(one.time, one.order) < std::pair(other.time, other.order);
+  }
+};
+
+struct Crowd::Slice {
+  Duration begin{};
+  /// The first time that belongs to the next slice.
+  Duration end{};
+  std::vector<Duration> frames;
+  /// The pixel map on the air at each frame.
+  std::vector<std::optional<MapMoment>> maps;
+  /// What may be heard in the slice.
+  std::size_t firstSent = 0;
+  std::size_t endSent = 0;
+};
+
+struct Crowd::Chunk {
+  std::size_t first = 0;
+  std::size_t end = 0;
+  bool isGood = true;
+  std::vector<Moment> moments;
+  std::vector<FrameCounts> frames;
+  PacketCounts packets;
+  OpenLooks looks;
+};
+
+Crowd::Crowd(const Parts& parts, const CrowdSettings& settings)
+    : parts_(parts), settings_(settings) {
+  for (const ScenarioLine& line : parts_.scenario.lines) {
+    if (std::holds_alternative<PacketAction>(line.action)) continue;
+    for (std::uint64_t k = 0;; ++k) {
+      const auto time = line.timeOf(k);
+      if (!time || *time > settings_.end || acts_.size() == Air::kMostSent) break;
+      acts_.push_back({*time, &line});
+    }
+  }
+  std::stable_sort(acts_.begin(), acts_.end(),
+                   [](const Act& one, const Act& other) { return one.time < other.time; });
+  seatPhones();
+}
+
+Crowd::~Crowd() = default;
+
+void Crowd::seatPhones() {
+  const std::size_t count = parts_.seats.size();
+  members_.resize(count);
+  presences_.resize(count);
+  const auto threads = static_cast<std::size_t>(std::max(parts_.workers.count(), 1));
+  chunks_.resize(std::min(threads, std::max<std::size_t>(count, 1)));
+  std::vector<Task> tasks;
+  for (std::size_t at = 0; at < chunks_.size(); ++at) {
+    chunks_[at].first = count * at / chunks_.size();
+    chunks_[at].end = count * (at + 1) / chunks_.size();
+    tasks.emplace_back([this, &chunk = chunks_[at]] {
+      for (std::size_t index = chunk.first; index < chunk.end; ++index) {
+        auto member = std::make_unique<Member>(parts_.phones, parts_.seats[index],
+                                               mixed(settings_.seed, index, kSeedDraw));
+        Presence& presence = presences_[index];
+        presence = presenceOf(index);
+        const auto looks = parts_.air.looks();
+        member->nextLook = static_cast<std::uint32_t>(
+            std::lower_bound(looks.begin(), looks.end(), presence.opens) - looks.begin());
+        members_[index] = std::move(member);
+      }
+    });
+  }
+  parts_.workers.run(tasks);
+}
+
+Crowd::Presence Crowd::presenceOf(std::size_t phone) const {
+  const auto draw = [&](std::uint64_t what) { return shareOf(mixed(settings_.seed, phone, what)); };
+  const auto within = [](Duration span, double share) {
+    return Duration(static_cast<std::int64_t>(static_cast<double>(span.count()) * share));
+  };
+  Presence presence{{}, settings_.end + kSlice};
+  if (draw(kLateDraw) < settings_.lateShare) {
+    presence.opens = within(settings_.latest, draw(kLateByDraw));
+  }
+  if (draw(kLeaveDraw) < settings_.leaveShare) {
+    const Duration stay = std::max(settings_.end - presence.opens, Duration::zero());
+    presence.leaves = presence.opens + within(stay, draw(kLeaveAtDraw));
+  }
+  return presence;
+}
+
+bool Crowd::run() {
+  Slice slice;
+  plan(slice);
+  lights_.assign(slice.frames.size() * members_.size(), {});
+  std::vector<Task> tasks;
+  for (Chunk& chunk : chunks_) {
+    tasks.emplace_back([this, &slice, &chunk] { runChunk(slice, chunk); });
+  }
+  parts_.workers.run(tasks);
+
+  std::vector<FrameCounts> counts(slice.frames.size());
+  bool isGood = true;
+  for (Chunk& chunk : chunks_) {
+    isGood = isGood && chunk.isGood;
+    for (std::size_t at = 0; at < counts.size(); ++at) counts[at].add(chunk.frames[at]);
+    packets_.add(chunk.packets);
+    looks_.add(chunk.looks);
+  }
+  frames_.clear();
+  for (std::size_t at = 0; at < counts.size(); ++at) {
+    CrowdFrame frame;
+    frame.time = slice.frames[at];
+    frame.lights = std::span(lights_).subspan(at * members_.size(), members_.size());
+    frame.counts = counts[at];
+    frame.isShowOnAir = isShowOnAir(slice.frames[at]);
+    if (slice.maps[at]) frame.mapFrame = slice.maps[at]->frame;
+    frames_.push_back(frame);
+  }
+  now_ = slice.end;
+  closeLooks(isOver() ? settings_.end + kSlice : now_ - LookDelays::kLongest);
+  return isGood;
+}
+
+const Broadcast* Crowd::onAir(Duration time) const {
+  const auto sent = parts_.air.sent();
+  auto after = std::upper_bound(sent.begin(), sent.end(), time,
+                                [](Duration moment, const Sent& one) { return moment < one.time; });
+  while (after != sent.begin()) {
+    --after;
+    if (const auto& broadcast = parts_.air.packet(*after).broadcast) return &*broadcast;
+  }
+  return nullptr;
+}
+
+bool Crowd::isShowOnAir(Duration time) const {
+  const Broadcast* broadcast = onAir(time);
+  return broadcast != nullptr && broadcast->mode != 0;
+}
+
+void Crowd::plan(Slice& slice) {
+  slice.begin = now_;
+  slice.end = std::min(now_ + kSlice, settings_.end + kInstant);
+  for (;; ++nextFrame_) {
+    const Duration time(static_cast<std::int64_t>(std::llround(
+        static_cast<double>(nextFrame_) * 1e6 / static_cast<double>(settings_.framesPerSecond))));
+    if (time >= slice.end) break;
+    slice.frames.push_back(time);
+    const Broadcast* broadcast = onAir(time);
+    auto& map = slice.maps.emplace_back();
+    if (broadcast == nullptr || broadcast->pixelMapId == 0 || broadcast->mode == 0) continue;
+    const std::string& url = urlOf(*broadcast);
+    const int frames = parts_.tables.frameCount(url);
+    if (frames > 0) map = MapMoment{url, cueToken(*broadcast) % frames};
+  }
+  const auto sent = parts_.air.sent();
+  const auto firstAt = [&](Duration time) {
+    return static_cast<std::size_t>(
+        std::lower_bound(sent.begin(), sent.end(), time,
+                         [](const Sent& one, Duration moment) { return one.time < moment; }) -
+        sent.begin());
+  };
+  slice.firstSent = firstAt(slice.begin - parts_.air.jitter());
+  slice.endSent = firstAt(slice.end);
+}
+
+const std::string& Crowd::urlOf(const Broadcast& broadcast) {
+  const auto [url, isNew] = urls_.try_emplace({broadcast.venueId, broadcast.pixelMapId});
+  if (isNew) {
+    url->second = parts_.assets.pixelMapVideoURLForVenueId(broadcast.venueId, broadcast.pixelMapId);
+  }
+  return url->second;
+}
+
+void Crowd::runChunk(const Slice& slice, Chunk& chunk) {
+  chunk.frames.assign(slice.frames.size(), {});
+  chunk.looks = OpenLooks(nextLook_);
+  chunk.packets = {};
+  for (std::size_t index = chunk.first; index < chunk.end; ++index) {
+    chunk.isGood = runMember(slice, index, chunk) && chunk.isGood;
+  }
+}
+
+bool Crowd::runMember(const Slice& slice, std::size_t index, Chunk& chunk) {
+  Member& member = *members_[index];
+  collectMoments(slice, index, chunk);
+  VirtualRunLoop& loop = member.phone.loop();
+  for (const Moment& moment : chunk.moments) {
+    switch (moment.kind) {
+      case Kind::open:
+        if (!loop.actAt(moment.time, [&] { member.phone.open(); })) return false;
+        break;
+      case Kind::act:
+        if (!loop.actAt(moment.time, [&] { member.phone.act(acts_[moment.at].line->action); })) {
+          return false;
+        }
+        break;
+      case Kind::packet:
+        if (!loop.actAt(moment.time, [&] { hear(moment.at, member, chunk); })) return false;
+        break;
+      case Kind::leave:
+        if (!loop.actAt(moment.time, [&] { member.phone.leave(); })) return false;
+        break;
+      case Kind::frame:
+        if (!loop.runUntil(moment.time)) return false;
+        look(slice, moment.at, index, chunk);
+        break;
+      case Kind::watch:
+        if (!loop.runUntil(moment.time)) return false;
+        watch(member.phone.light(), moment.time);
+        break;
+    }
+  }
+  return loop.runUntil(slice.end - kInstant);
+}
+
+// In the order in which they happen.
+void Crowd::collectMoments(const Slice& slice, std::size_t index, Chunk& chunk) {
+  constexpr std::uint64_t kLooking = UINT64_MAX;
+  Member& member = *members_[index];
+  const Presence& presence = presences_[index];
+  std::vector<Moment>& moments = chunk.moments;
+  moments.clear();
+  const auto isNow = [&](Duration time) { return time >= slice.begin && time < slice.end; };
+
+  const std::size_t before = parts_.scenario.linesBeforeLoading();
+  const std::uint64_t opening = before == 0 ? 0 : parts_.scenario.lines[before - 1].number * 2 + 1;
+  if (isNow(presence.opens)) moments.push_back({presence.opens, opening, Kind::open, 0});
+  for (; member.nextAct < acts_.size(); ++member.nextAct) {
+    const Act& act = acts_[member.nextAct];
+    const Duration time = act.time + presence.opens;
+    if (time >= slice.end) break;
+    moments.push_back({time, act.line->number * 2, Kind::act, member.nextAct});
+  }
+  for (std::size_t at = slice.firstSent; at < slice.endSent; ++at) {
+    const Sent& sent = parts_.air.sent()[at];
+    const bool isOffered = presence.isOpen(sent.time);
+    if (isOffered && isNow(sent.time)) ++chunk.packets.offered;
+    const auto arrival =
+        parts_.air.arrival(at, static_cast<std::uint32_t>(index), member.phone.seat().at);
+    if (!arrival || !isOffered || !isNow(*arrival)) continue;
+    moments.push_back({*arrival, parts_.air.packet(sent).line * 2, Kind::packet, at});
+  }
+  if (isNow(presence.leaves)) moments.push_back({presence.leaves, kLooking - 1, Kind::leave, 0});
+  for (std::size_t at = 0; at < slice.frames.size(); ++at) {
+    moments.push_back({slice.frames[at], kLooking, Kind::frame, at});
+  }
+  if (index == 0) {
+    const Duration first = (slice.begin + kWatch - kInstant) / kWatch * kWatch;
+    for (Duration time = first; time < slice.end; time += kWatch) {
+      moments.push_back({time, kLooking, Kind::watch, 0});
+    }
+  }
+  std::stable_sort(moments.begin(), moments.end());
+}
+
+void Crowd::hear(std::size_t sent, Member& member, Chunk& chunk) {
+  const Sent& one = parts_.air.sent()[sent];
+  const AirPacket& packet = parts_.air.packet(one);
+  if (!member.phone.isScanning()) return;
+  ++chunk.packets.heard;
+  if (!member.phone.hear(packet.data) || !packet.broadcast) return;
+  // Who shows a look has no more use for the ones before it.
+  for (; member.nextLook <= one.look; ++member.nextLook) {
+    chunk.looks.add(member.nextLook,
+                    member.phone.loop().now() - parts_.air.looks()[member.nextLook]);
+  }
+}
+
+void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk& chunk) {
+  const Member& member = *members_[index];
+  const Duration time = slice.frames[frame];
+  if (!presences_[index].isOpen(time)) return;
+  const CrowdLight light = member.phone.light();
+  lights_[frame * members_.size() + index] = light;
+  FrameCounts& counts = chunk.frames[frame];
+  ++counts.open;
+  counts.showing += light.isShowing ? 1 : 0;
+  counts.torches += light.isTorchOn ? 1 : 0;
+  counts.linear[0] += linearOf(light.red);
+  counts.linear[1] += linearOf(light.green);
+  counts.linear[2] += linearOf(light.blue);
+
+  const std::optional<MapMoment>& map = slice.maps[frame];
+  if (!map) return;
+  const SeatLut lut = parts_.tables.find(map->videoURL, member.phone.seat().at);
+  if (!lut) return;
+  const std::uint32_t word = lut.words()[static_cast<std::size_t>(map->frame)];
+  const Colour shown = member.phone.plainLight();
+  std::uint32_t error = 0;
+  for (const auto& [level, shift] : {std::pair(shown.red, 16), {shown.green, 8}, {shown.blue, 0}}) {
+    const int difference = byteOf(level) - static_cast<int>(word >> shift & 255);
+    error += static_cast<std::uint32_t>(difference * difference);
+  }
+  FrameCounts one;
+  one.compared = 1;
+  one.squaredError = one.worstError = error;
+  one.worstPhone = static_cast<std::uint32_t>(index);
+  counts.add(one);
+}
+
+void Crowd::watch(const CrowdLight& light, Duration time) {
+  phoneFlashes_.add(time, {linearOf(light.red) / kLinearOne, linearOf(light.green) / kLinearOne,
+                           linearOf(light.blue) / kLinearOne});
+}
+
+void Crowd::closeLooks(Duration before) {
+  closedLooks_.clear();
+  const auto looks = parts_.air.looks();
+  for (; nextLook_ < looks.size() && looks[nextLook_] < before; ++nextLook_) {
+    closedLooks_.push_back({looks[nextLook_], openAt(looks[nextLook_]), looks_.take(nextLook_)});
+  }
+}
+
+std::uint64_t Crowd::openAt(Duration time) const {
+  return static_cast<std::uint64_t>(
+      std::count_if(presences_.begin(), presences_.end(),
+                    [time](const Presence& presence) { return presence.isOpen(time); }));
+}
+
+}  // namespace halvora

@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/crowd/crowd_command.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "platform/json/rapid_json_reader.h"
+#include "platform/standard/standard_files.h"
+#include "tools/halvora/crowd/crowd_run.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
+constexpr double kLatestEnd = 24 * 3600;
+constexpr Duration kAfterLastAction = milliseconds(2000);
+
+// The parts of "3@320,240,100".
+std::vector<std::string> split(const std::string& text, std::string_view separators) {
+  std::vector<std::string> parts{""};
+  for (const char character : text) {
+    if (separators.find(character) != std::string_view::npos) {
+      parts.emplace_back();
+    } else {
+      parts.back() += character;
+    }
+  }
+  return parts;
+}
+
+class CrowdCommand final : public ToolCommand {
+ public:
+  void describe(CLI::App& app) override {
+    app.add_option("--assets", assets_, "folder that holds HVAssets")->required();
+    app.add_option("--venue", venue_, "the venue's number")->required();
+    app.add_option("--scenario", scenario_, "JSON Lines file of the show, as for trace")
+        ->required();
+    app.add_option("--out", out_,
+                   "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures")
+        ->required();
+    app.add_option("--phones", phones_, "so many phones, spread over the seats (default: all)");
+    app.add_option("--loss", loss_, "share of packets that a phone misses, 0 to 1 (default: 0)");
+    app.add_option("--jitter", jitter_, "a packet may come so many ms late (default: 0)");
+    app.add_option("--interval", interval_,
+                   "a transmitter repeats its last packet every so many ms (default: never)");
+    app.add_option("--reach", reaches_,
+                   "a transmitter's place and reach in the map's pixels, as NUMBER@X,Y,RADIUS; may "
+                   "be repeated (default: everywhere)")
+        ->allow_extra_args(false);
+    app.add_option("--late", late_,
+                   "share of phones that open late, and by how many seconds at "
+                   "most, as SHARE,SECONDS");
+    app.add_option("--leave", leave_, "share of phones that leave before the end (default: 0)");
+    app.add_option("--allow", allowed_,
+                   "a transmitter to obey, as application:number; may be "
+                   "repeated (default: all)")
+        ->allow_extra_args(false);
+    app.add_option("--seed", seed_, "whole number that all chances follow from (default: 1)");
+    app.add_option("--threads", threads_, "so many threads (default: one a processor)");
+    app.add_option("--fps", fps_, "frames a second, 1 to 120 (default: 30)");
+    app.add_option("--size", size_, "of a picture, as WIDTHxHEIGHT, even (default: 1280x720)");
+    app.add_option("--until", until_,
+                   "seconds at which the show ends (default: 2 after the last "
+                   "action)");
+    app.add_flag("--no-progress", isQuiet_, "show no progress on a terminal");
+    app.footer(
+        "Prints a report as one JSON document. Everything in it but the speed is the same "
+        "for the same\nseed, whatever the number of threads.");
+  }
+
+  CommandResult run(const Call& call) override {
+    CrowdRequest request;
+    for (const auto step : {&CrowdCommand::readNumbers, &CrowdCommand::readAir,
+                            &CrowdCommand::readScenario, &CrowdCommand::readPaths}) {
+      if (auto refusal = (this->*step)(request)) return *refusal;
+    }
+    Outside outside = call.outside;
+    if (isQuiet_) outside.terminal.write = {};
+    return runCrowd(request, {call.arguments, outside, call.output});
+  }
+
+ private:
+  using Refusal = std::optional<CommandResult>;
+
+  static Refusal refuse(const char* option, const std::string& what, const std::string& text) {
+    return unusable(std::string(option) + " must be " + what + ", not \"" + text + "\"");
+  }
+  // A number from `least` to `most` in `text`; the default where it is empty.
+  template <class Number>
+  static Refusal read(const char* option, const std::string& text, double least, double most,
+                      Number& number) {
+    if (text.empty()) return std::nullopt;
+    const auto value = plainNumber(text);
+    const bool isGood = value && *value >= least && *value <= most &&
+                        (!std::is_integral_v<Number> || *value == std::floor(*value));
+    if (isGood) {
+      number = static_cast<Number>(*value);
+      return std::nullopt;
+    }
+    std::ostringstream range;
+    range << (std::is_integral_v<Number> ? "a whole number" : "a number") << " from " << least
+          << " to " << most;
+    return refuse(option, range.str(), text);
+  }
+
+  Refusal readNumbers(CrowdRequest& request) {
+    if (auto refusal = read("--venue", venue_, 1, 1e9, request.venueId)) return refusal;
+    if (auto refusal = read("--phones", phones_, 1, 1e7, request.phones)) return refusal;
+    if (auto refusal = read("--threads", threads_, 1, 256, request.threads)) return refusal;
+    CrowdSettings& settings = request.settings;
+    if (auto refusal = read("--fps", fps_, 1, 120, settings.framesPerSecond)) return refusal;
+    if (auto refusal = read("--leave", leave_, 0, 1, settings.leaveShare)) return refusal;
+    if (!seed_.empty()) {
+      const auto seed = decimal(seed_, UINT64_MAX);
+      if (!seed) return refuse("--seed", "a whole number", seed_);
+      settings.seed = request.air.seed = *seed;
+    }
+    if (!late_.empty()) {
+      const auto parts = split(late_, ",");
+      double latest = 0;
+      if (parts.size() != 2) return refuse("--late", "SHARE,SECONDS", late_);
+      if (auto refusal = read("--late", parts[0], 0, 1, settings.lateShare)) return refusal;
+      if (auto refusal = read("--late", parts[1], 0, kLatestEnd, latest)) return refusal;
+      settings.latest = fromSeconds(latest);
+    }
+    if (size_.empty()) return std::nullopt;
+    const auto parts = split(size_, "x");
+    if (parts.size() != 2) return refuse("--size", "WIDTHxHEIGHT", size_);
+    if (auto refusal = read("--size", parts[0], 16, 8192, request.width)) return refusal;
+    if (auto refusal = read("--size", parts[1], 16, 8192, request.height)) return refusal;
+    if (request.width % 2 != 0 || request.height % 2 != 0) {
+      return refuse("--size", "two even numbers", size_);
+    }
+    return std::nullopt;
+  }
+
+  Refusal readAir(CrowdRequest& request) {
+    AirSettings& air = request.air;
+    double jitter = 0;
+    double interval = 0;
+    if (auto refusal = read("--loss", loss_, 0, 1, air.loss)) return refusal;
+    if (auto refusal = read("--jitter", jitter_, 0, 10'000, jitter)) return refusal;
+    if (auto refusal = read("--interval", interval_, 1, 60'000, interval)) return refusal;
+    air.jitter = fromSeconds(jitter / 1000);
+    air.interval = fromSeconds(interval / 1000);
+    for (const std::string& text : reaches_) {
+      const auto parts = split(text, "@,");
+      if (parts.size() != 4) return refuse("--reach", "NUMBER@X,Y,RADIUS", text);
+      TransmitterReach reach;
+      if (auto refusal = read("--reach", parts[0], 0, 255, reach.transmitter)) return refusal;
+      if (auto refusal = read("--reach", parts[1], -1e6, 1e6, reach.at.x)) return refusal;
+      if (auto refusal = read("--reach", parts[2], -1e6, 1e6, reach.at.y)) return refusal;
+      if (auto refusal = read("--reach", parts[3], 0, 1e6, reach.radius)) return refusal;
+      air.reaches.push_back(reach);
+    }
+    return std::nullopt;
+  }
+
+  Refusal readScenario(CrowdRequest& request) {
+    const RapidJsonReader json;
+    const auto text = readFile(scenario_, kLargestScenario);
+    if (!text) return unusable(scenario_ + ": cannot be read");
+    auto parsed = parseScenario(*text, json);
+    if (const auto* bad = std::get_if<ScenarioError>(&parsed)) {
+      return unusable(scenario_ + ":" + std::to_string(bad->line) + ": " + bad->what);
+    }
+    request.scenario = std::move(std::get<Scenario>(parsed));
+    double until = toSeconds(request.scenario.lastAction() + kAfterLastAction);
+    if (until_.empty() && until > kLatestEnd) {
+      return unusable(scenario_ + ": longer than a day; say how long with --until");
+    }
+    if (auto refusal = read("--until", until_, 0, kLatestEnd, until)) return refusal;
+    request.settings.end = fromSeconds(until);
+    return std::nullopt;
+  }
+
+  Refusal readPaths(CrowdRequest& request) {
+    std::error_code error;
+    if (!std::filesystem::is_directory(assets_, error)) {
+      return unusable(assets_ + ": no such folder (--assets)");
+    }
+    request.assets = absolutePath(assets_);
+    request.out = absolutePath(out_);
+    request.allowedTransmitterIds = allowed_;
+    return std::nullopt;
+  }
+
+  std::string assets_;
+  std::string venue_;
+  std::string scenario_;
+  std::string out_;
+  std::string phones_;
+  std::string loss_;
+  std::string jitter_;
+  std::string interval_;
+  std::vector<std::string> reaches_;
+  std::string late_;
+  std::string leave_;
+  std::vector<std::string> allowed_;
+  std::string seed_;
+  std::string threads_;
+  std::string fps_;
+  std::string size_;
+  std::string until_;
+  bool isQuiet_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<ToolCommand> makeCrowdCommand() { return std::make_unique<CrowdCommand>(); }
+
+}  // namespace halvora

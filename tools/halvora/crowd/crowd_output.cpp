@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/crowd/crowd_output.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "platform/standard/standard_files.h"
+
+namespace halvora {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kSheetColumns = 4;
+constexpr int kMostTiles = 24;
+constexpr int kSheetGap = 6;
+
+Image imageOf(std::span<const std::uint8_t> rgb, int width, int height) {
+  Image image{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), {}};
+  image.rgba.reserve(rgb.size() / 3 * 4);
+  for (std::size_t at = 0; at + 2 < rgb.size(); at += 3) {
+    image.rgba.insert(image.rgba.end(), {rgb[at], rgb[at + 1], rgb[at + 2], 255});
+  }
+  return image;
+}
+
+class MovieOutput final : public CrowdOutput {
+ public:
+  MovieOutput(std::string path, std::string part, std::unique_ptr<MovieWriter> movie)
+      : path_(std::move(path)), part_(std::move(part)), movie_(std::move(movie)) {}
+  ~MovieOutput() override {
+    std::error_code error;
+    if (!isDone_) fs::remove(part_, error);
+  }
+
+  bool add(std::span<const std::uint8_t> rgb) override { return movie_->add(rgb); }
+  bool finish() override {
+    std::error_code error;
+    isDone_ = movie_->finish();
+    if (isDone_) fs::rename(part_, path_, error);
+    isDone_ = isDone_ && !error;
+    return isDone_;
+  }
+
+ private:
+  std::string path_;
+  std::string part_;
+  std::unique_ptr<MovieWriter> movie_;
+  bool isDone_ = false;
+};
+
+class FolderOutput final : public CrowdOutput {
+ public:
+  FolderOutput(std::string folder, const CrowdOutputFormat& format, PictureEncoder encode)
+      : folder_(std::move(folder)), format_(format), encode_(encode) {}
+
+  bool add(std::span<const std::uint8_t> rgb) override {
+    char name[32];
+    std::snprintf(name, sizeof name, "/frame-%06lld.png", static_cast<long long>(++frames_));
+    const std::string bytes = encode_(imageOf(rgb, format_.width, format_.height));
+    isGood_ = isGood_ && !bytes.empty() && files_.replace(folder_ + name, bytes);
+    return isGood_;
+  }
+  bool finish() override { return isGood_; }
+
+ private:
+  std::string folder_;
+  CrowdOutputFormat format_;
+  PictureEncoder encode_;
+  StandardFiles files_;
+  std::int64_t frames_ = 0;
+  bool isGood_ = true;
+};
+
+// So many tiles, evenly spread over the frames that were announced.
+class SheetOutput final : public CrowdOutput {
+ public:
+  SheetOutput(std::string path, const CrowdOutputFormat& format, PictureEncoder encode)
+      : path_(std::move(path)),
+        format_(format),
+        encode_(encode),
+        tiles_(std::clamp<std::int64_t>(format.frames, 1, kMostTiles)) {}
+
+  bool wantsNext() const override {
+    return taken_ < tiles_ && next_ >= taken_ * std::max<std::int64_t>(format_.frames, 1) / tiles_;
+  }
+  bool add(std::span<const std::uint8_t> rgb) override {
+    if (wantsNext() && !rgb.empty()) {
+      pixels_.insert(pixels_.end(), rgb.begin(), rgb.end());
+      ++taken_;
+    }
+    ++next_;
+    return true;
+  }
+  bool finish() override {
+    if (taken_ == 0) return false;
+    const std::string bytes = encode_(sheet());
+    return !bytes.empty() && StandardFiles().replace(path_, bytes);
+  }
+
+ private:
+  Image sheet() const {
+    const int columns = static_cast<int>(std::min<std::int64_t>(taken_, kSheetColumns));
+    const int rows = (static_cast<int>(taken_) + columns - 1) / columns;
+    const int width = columns * (format_.width + kSheetGap) + kSheetGap;
+    const int height = rows * (format_.height + kSheetGap) + kSheetGap;
+    std::vector<std::uint8_t> rgb(
+        static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3, 40);
+    const std::size_t line = static_cast<std::size_t>(format_.width) * 3;
+    const std::uint8_t* from = pixels_.data();
+    for (int tile = 0; tile < static_cast<int>(taken_); ++tile) {
+      const int left = kSheetGap + tile % columns * (format_.width + kSheetGap);
+      const int top = kSheetGap + tile / columns * (format_.height + kSheetGap);
+      for (int row = 0; row < format_.height; ++row, from += line) {
+        const auto at = static_cast<std::size_t>(top + row) * static_cast<std::size_t>(width) +
+                        static_cast<std::size_t>(left);
+        std::copy_n(from, line, rgb.begin() + static_cast<std::ptrdiff_t>(at * 3));
+      }
+    }
+    return imageOf(rgb, width, height);
+  }
+
+  std::string path_;
+  CrowdOutputFormat format_;
+  PictureEncoder encode_;
+  std::int64_t tiles_;
+  std::int64_t taken_ = 0;
+  std::int64_t next_ = 0;
+  std::vector<std::uint8_t> pixels_;
+};
+
+// Whether a file could be written there.
+bool isWritable(const std::string& path) {
+  std::error_code error;
+  if (fs::is_directory(path, error)) return false;
+  const std::string trial = path + ".part";
+  const bool isGood = std::ofstream(trial, std::ios::binary).is_open();
+  fs::remove(trial, error);
+  return isGood;
+}
+
+bool isFolderMade(const std::string& path) {
+  std::error_code error;
+  fs::create_directories(path, error);
+  return fs::is_directory(path, error) && isWritable(path + "/frame");
+}
+
+}  // namespace
+
+std::unique_ptr<CrowdOutput> makeCrowdOutput(const std::string& path,
+                                             const CrowdOutputFormat& format,
+                                             const CrowdOutputTools& tools) {
+  if (path.ends_with(".mp4")) {
+    if (tools.movies == nullptr || !isWritable(path)) return nullptr;
+    std::string part = path.substr(0, path.size() - 4) + ".part.mp4";
+    auto movie = tools.movies->make(part, {format.width, format.height, format.framesPerSecond});
+    if (!movie) return nullptr;
+    return std::make_unique<MovieOutput>(path, std::move(part), std::move(movie));
+  }
+  if (tools.encodePicture == nullptr) return nullptr;
+  if (path.ends_with(".png")) {
+    if (!isWritable(path)) return nullptr;
+    return std::make_unique<SheetOutput>(path, format, tools.encodePicture);
+  }
+  if (!isFolderMade(path)) return nullptr;
+  return std::make_unique<FolderOutput>(path, format, tools.encodePicture);
+}
+
+}  // namespace halvora

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+// One phone of a crowd: a real engine on a virtual phone that keeps no logs, at a seat of the
+// venue. Whoever makes it drives its loop; what phones have in common must outlive it. One thread
+// at a time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/halvora_view_controller.h"
+#include "platform/standard/seeded_random.h"
+#include "platform/virtual/virtual_bluetooth.h"
+#include "platform/virtual/virtual_devices.h"
+#include "platform/virtual/virtual_media.h"
+#include "platform/virtual/virtual_run_loop.h"
+#include "platform/virtual/virtual_storage.h"
+#include "tools/halvora/scenario.h"
+#include "tools/halvora/scenario_player.h"
+
+namespace halvora {
+
+/// No phone of a crowd has clips: none is ever ready.
+class NoClips final : public VideoPlayer {
+ public:
+  void load(const VideoItem& /*item*/) override {}
+  void play() override {}
+  void pause() override {}
+  bool isReadyToPlay() const override { return false; }
+  bool isItemReadyToPlay() const override { return false; }
+  void setPreferredForwardBuffer(Duration /*duration*/) override {}
+  void seek(Duration /*position*/, Task /*completion*/) override {}
+};
+
+/// A crowd's phones decode nothing: their seats' tables are there already.
+class NoVideos final : public VideoAssets {
+ public:
+  std::unique_ptr<VideoAsset> open(const std::string& /*path*/,
+                                   std::string* /*reason*/) const override {
+    return nullptr;
+  }
+};
+
+/// What the phones of a crowd share. Nothing of it changes while they run.
+struct CrowdParts {
+  const Bundles& bundles;
+  const JsonReader& json;
+  const ImageDecoder& images;
+  Files& files;
+  const VideoAssets& videos;
+  const VideoPlayers& players;
+  Workers& workers;
+  EngineOptions engine;
+  ScenarioDevice device;
+  std::vector<std::string> allowedTransmitterIds = {};
+};
+
+struct CrowdSeat {
+  SeatPosition at;
+  /// Lives as long as the venue's map.
+  std::string_view section;
+  bool isStanding = false;
+};
+
+/// What a phone shows at a moment.
+struct CrowdLight {
+  /// As seen: with its master and its fade.
+  std::uint8_t red = 0;
+  std::uint8_t green = 0;
+  std::uint8_t blue = 0;
+  /// Whether the show is on the screen, bright or black.
+  bool isShowing : 1 = false;
+  bool isTorchOn : 1 = false;
+  friend bool operator==(const CrowdLight&, const CrowdLight&) = default;
+};
+
+class CrowdPhone {
+ public:
+  CrowdPhone(const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed);
+  CrowdPhone(const CrowdPhone&) = delete;
+  CrowdPhone& operator=(const CrowdPhone&) = delete;
+
+  VirtualRunLoop& loop() { return loop_; }
+  const HalvoraViewController& engine() const { return engine_; }
+  const CrowdSeat& seat() const { return seat_; }
+
+  /// The application is opened: its view is loaded.
+  void open() { engine_.viewDidLoad(); }
+  /// The application is closed: what is on the air reaches nobody any more.
+  void leave();
+  bool isScanning() const { return bluetooth_.isScanning(); }
+  /// An action of the scenario that is no packet. What concerns one seat concerns this phone's.
+  void act(const ScenarioAction& action);
+  /// True if the phone obeyed it and shows another look since.
+  bool hear(std::span<const std::uint8_t> data);
+
+  CrowdLight light() const;
+  /// The light as the show set it, before master and fade; black for none.
+  Colour plainLight() const;
+
+ private:
+  Platform platform(const CrowdParts& parts);
+
+  VirtualRunLoop loop_;
+  VirtualQueues queues_{loop_};
+  VirtualWallClock wallClock_{loop_};
+  VirtualCalendar calendar_;
+  SeededRandom random_;
+  VirtualBluetooth bluetooth_{loop_};
+  VirtualScreen screen_;
+  VirtualHaptics haptics_;
+  VirtualApplication application_;
+  VirtualDefaults defaults_;
+  VirtualHttp http_;
+  VirtualTorch torch_;
+  CrowdSeat seat_;
+  bool hasLeft_ = false;
+  HalvoraViewController engine_;
+};
+
+}  // namespace halvora

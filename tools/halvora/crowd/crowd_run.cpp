@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/crowd/crowd_run.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "light/palettes.h"
+#include "platform/json.h"
+#include "platform/json/rapid_json_reader.h"
+#include "platform/linux/mapped_file.h"
+#include "platform/standard/folder_bundle.h"
+#include "platform/standard/standard_files.h"
+#include "platform/standard/stopwatch.h"
+#include "platform/standard/thread_workers.h"
+#include "platform/virtual/virtual_storage.h"
+#include "platform/virtual/virtual_video.h"
+#include "seats/seat_map_document.h"
+#include "seats/seat_names.h"
+#include "tools/halvora/crowd/crowd_output.h"
+#include "tools/halvora/crowd/crowd_picture.h"
+#include "tools/halvora/crowd/crowd_summary.h"
+#include "tools/halvora/progress_bar.h"
+
+namespace halvora {
+
+namespace {
+
+using Failure = std::optional<CommandResult>;
+
+constexpr std::size_t kLargestPaletteFile = 4 << 20;
+
+class CrowdRun {
+ public:
+  CrowdRun(const CrowdRequest& request, const Outside& outside)
+      : request_(request),
+        outside_(outside),
+        workers_(request.threads),
+        mainBundle_(request.assets, "com.example.host") {}
+
+  CommandResult run(const Output& output) {
+    for (const auto step : {&CrowdRun::readVenue, &CrowdRun::fillAir, &CrowdRun::openOutput,
+                            &CrowdRun::buildTables, &CrowdRun::show}) {
+      if (const Failure failure = (this->*step)()) return *failure;
+    }
+    const CommandResult written = writeAll(report_, output);
+    return outside_.isInterrupted ? interrupted() : written;
+  }
+
+ private:
+  Failure readVenue();
+  Failure fillAir();
+  Failure openOutput();
+  Failure buildTables();
+  Failure buildTable(const PixelMapVideoEntry& map);
+  Failure show();
+  bool drawSlice(const Crowd& crowd, const CrowdPicture& picture);
+  std::shared_ptr<const std::vector<Palette>> palettes() const;
+  std::string venueFolder() const {
+    return "HVAssets/Maps/Venue-" + std::to_string(request_.venueId);
+  }
+
+  const CrowdRequest& request_;
+  const Outside& outside_;
+  const RapidJsonReader json_{};
+  StandardFiles files_;
+  ThreadWorkers workers_;
+  FolderBundle mainBundle_;
+  VirtualBundle kitBundle_{"com.halvora.sdk"};
+  const Bundles bundles_{mainBundle_, kitBundle_};
+  const PixelMapAssets assets_{bundles_, files_, outside_.videos, outside_.images};
+  SeatMap map_;
+  std::vector<CrowdSeat> seats_;
+  std::size_t seatCount_ = 0;
+  std::optional<Air> air_;
+  /// The memory that the tables lie in.
+  std::vector<MappedFile> rooms_;
+  std::optional<VenueTables> tables_;
+  std::unique_ptr<CrowdOutput> output_;
+  std::size_t framesWritten_ = 0;
+  std::vector<std::uint8_t> rgb_;
+  std::string report_;
+};
+
+Failure CrowdRun::readVenue() {
+  const std::string path = venueFolder() + "/map.json";
+  const auto document = mainBundle_.readResource(path, kLargestSeatMap);
+  if (!document) return unusable(request_.assets + "/" + path + ": cannot be read");
+  map_ = parseSeatMapSectionsFromJSON(*document, seatMapTexts(kitBundle_), json_);
+  for (std::size_t section = 0; section < map_.sectionCount(); ++section) {
+    const SeatMap::SectionItem item = map_.section(section);
+    const bool isStanding = isStandingName(item.displayName());
+    for (std::size_t row = 0; row < item.rowCount(); ++row) {
+      for (std::size_t at = 0; at < item.row(row).seatCount(); ++at) {
+        const SeatMap::SeatItem seat = item.row(row).seat(at);
+        seats_.push_back({{seat.xPos, seat.yPos}, item.displayName(), isStanding});
+      }
+    }
+  }
+  seatCount_ = seats_.size();
+  if (seats_.empty()) return unusable(request_.assets + "/" + path + ": has no seats");
+  if (request_.phones > seatCount_) {
+    return unusable("--phones " + std::to_string(request_.phones) + ": venue " +
+                    std::to_string(request_.venueId) + " has only " + std::to_string(seatCount_) +
+                    " seats");
+  }
+  if (request_.phones > 0) {
+    // Spread over the venue, in the order of the seats.
+    std::vector<CrowdSeat> chosen;
+    for (std::size_t at = 0; at < request_.phones; ++at) {
+      chosen.push_back(seats_[at * seatCount_ / request_.phones]);
+    }
+    seats_ = std::move(chosen);
+  }
+  return std::nullopt;
+}
+
+Failure CrowdRun::fillAir() {
+  air_ = Air::of(request_.scenario, request_.air, request_.settings.end);
+  if (air_) return std::nullopt;
+  return unusable("the scenario sends more than " + std::to_string(Air::kMostSent) + " packets");
+}
+
+Failure CrowdRun::openOutput() {
+  const int fps = request_.settings.framesPerSecond;
+  const auto frames = static_cast<std::int64_t>(toSeconds(request_.settings.end) * fps) + 1;
+  output_ = makeCrowdOutput(request_.out, {request_.width, request_.height, fps, frames},
+                            {outside_.movies, outside_.encodePicture});
+  if (output_) return std::nullopt;
+  return unusable(request_.out + ": cannot be written");
+}
+
+// Those of the maps that the show uses.
+Failure CrowdRun::buildTables() {
+  std::vector<SeatPosition> places;
+  for (const CrowdSeat& seat : seats_) places.push_back(seat.at);
+  tables_.emplace(places);
+  std::set<std::pair<int, int>> maps;
+  for (const Sent& sent : air_->sent()) {
+    const auto& broadcast = air_->packet(sent).broadcast;
+    if (!broadcast || broadcast->pixelMapId == 0 || broadcast->mode == 0) continue;
+    maps.emplace(broadcast->venueId, broadcast->pixelMapId);
+  }
+  for (const auto& [venue, map] : maps) {
+    const std::string video = assets_.pixelMapVideoURLForVenueId(venue, map);
+    if (video.empty()) {
+      return unusable(request_.assets + "/HVAssets/Maps/Venue-" + std::to_string(venue) + "/" +
+                      std::to_string(map) + "/video.mp4: missing, and the show uses it");
+    }
+    if (const Failure failure = buildTable({std::to_string(map), video})) return failure;
+  }
+  return std::nullopt;
+}
+
+Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
+  const auto asset = outside_.videos.open(map.videoURL);
+  const auto frames =
+      asset ? static_cast<std::uint64_t>(std::llround(asset->durationSeconds() * 30)) : 1;
+  ProgressBar bar(outside_.terminal, "reading map " + map.mapId, "frames",
+                  std::max<std::uint64_t>(frames, 1));
+  const BuildControl control{
+      .workers = workers_,
+      .isCancelled = [this] { return outside_.isInterrupted.load(); },
+      .onFrame = [&bar](int done) { bar.show(static_cast<std::uint64_t>(done)); }};
+  const auto room = [this](std::size_t words) -> std::span<std::uint32_t> {
+    std::error_code error;
+    const std::string folder = std::filesystem::temp_directory_path(error).string();
+    auto file = MappedFile::make(folder, words * sizeof(std::uint32_t));
+    if (!file) return {};
+    rooms_.push_back(std::move(*file));
+    return {reinterpret_cast<std::uint32_t*>(rooms_.back().bytes().data()), words};
+  };
+  switch (tables_->build(map, outside_.videos, control, room)) {
+    case VenueTables::End::built:
+      return std::nullopt;
+    case VenueTables::End::noVideo:
+      return unusable(map.videoURL + ": cannot be read as a video");
+    case VenueTables::End::noRoom:
+      return failed("no room for the seat tables in the temporary folder");
+    case VenueTables::End::cancelled:
+      break;
+  }
+  return interrupted();
+}
+
+std::shared_ptr<const std::vector<Palette>> CrowdRun::palettes() const {
+  const auto text = mainBundle_.readResource("HVAssets/palettes.json", kLargestPaletteFile);
+  const auto document = text ? json_.parse(*text, nullptr) : std::nullopt;
+  return std::make_shared<const std::vector<Palette>>(document ? parsePalettes(*document)
+                                                               : std::vector<Palette>());
+}
+
+Failure CrowdRun::show() {
+  NoClips clips;
+  const VideoPlayers players{clips, clips};
+  const NoVideos videos;
+  InlineWorkers alone;
+  const CrowdParts parts{bundles_,
+                         json_,
+                         outside_.images,
+                         files_,
+                         videos,
+                         players,
+                         alone,
+                         {.palettes = palettes(), .seatLuts = &*tables_},
+                         request_.scenario.device,
+                         request_.allowedTransmitterIds};
+  const CrowdPicture picture(seats_, request_.width, request_.height);
+  rgb_.resize(static_cast<std::size_t>(request_.width) * static_cast<std::size_t>(request_.height) *
+              3);
+  Crowd crowd({parts, seats_, request_.scenario, *air_, *tables_, assets_, workers_},
+              request_.settings);
+  CrowdSummary summary;
+  const Duration end = request_.settings.end;
+  Duration spent{};
+  {
+    ProgressBar bar(
+        outside_.terminal, "simulating", "seconds",
+        static_cast<std::uint64_t>(std::max<std::int64_t>(end / milliseconds(1000), 1)));
+    while (!crowd.isOver() && !outside_.isInterrupted) {
+      const Stopwatch watch;
+      if (!crowd.run()) return failed("a phone never comes to rest");
+      spent += watch.elapsed();
+      summary.add(crowd);
+      if (!drawSlice(crowd, picture)) return failed(request_.out + ": cannot be written");
+      bar.show(static_cast<std::uint64_t>(crowd.now() / milliseconds(1000)));
+    }
+  }
+  if (!output_->finish()) return failed(request_.out + ": cannot be written");
+  const Duration simulated = std::min(crowd.now(), end);
+  report_ =
+      summary.json(crowd, {seatCount_, seats_, air_->sent().size(), framesWritten_, simulated,
+                           spent > Duration::zero() ? toSeconds(simulated) / toSeconds(spent) : 0});
+  return std::nullopt;
+}
+
+bool CrowdRun::drawSlice(const Crowd& crowd, const CrowdPicture& picture) {
+  for (const CrowdFrame& frame : crowd.frames()) {
+    const bool isWanted = output_->wantsNext();
+    if (isWanted) {
+      picture.draw(frame.lights, rgb_);
+      ++framesWritten_;
+    }
+    if (!output_->add(isWanted ? std::span<const std::uint8_t>(rgb_)
+                               : std::span<const std::uint8_t>()))
+      return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+CommandResult runCrowd(const CrowdRequest& request, const Call& call) {
+  return CrowdRun(request, call.outside).run(call.output);
+}
+
+}  // namespace halvora

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/system_radio.h"
+
+#include "platform/linux/bluetooth/bluez_central.h"
+#include "platform/linux/bus/bluez_daemon.h"
+#include "platform/linux/poll_run_loop.h"
+
+namespace halvora {
+
+namespace {
+
+/// A signal between a look at `isDone` and the wait would go unnoticed for as long as nothing else
+/// happens.
+constexpr Duration kLongestWait = milliseconds(200);
+
+class SystemRadio final : public Radio {
+ public:
+  RunLoop& loop() override { return loop_; }
+  BluetoothCentral& bluetooth() override { return central_; }
+  void runUntil(const std::function<bool()>& isDone) override {
+    while (!loop_.runUntil(isDone, kLongestWait)) {
+    }
+  }
+
+ private:
+  PollRunLoop loop_;
+  BluezDaemon daemon_{loop_, loop_};
+  BluezCentral central_{loop_, daemon_};
+};
+
+}  // namespace
+
+std::unique_ptr<Radio> openSystemRadio() { return std::make_unique<SystemRadio>(); }
+
+}  // namespace halvora
