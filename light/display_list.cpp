@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <string>
+#include <utility>
 
 namespace halvora {
 
@@ -25,8 +27,7 @@ constexpr bool isBelowDimmer(ViewId view) { return indexOf(view) < indexOf(ViewI
 
 // What lies in the table between the light and the top, apart from the dimmer.
 constexpr bool isListed(ViewId view) {
-  return view > ViewId::lightView && view != ViewId::dimmerView &&
-         rowOf(view).content != ViewContent::video;
+  return view > ViewId::lightView && view != ViewId::dimmerView;
 }
 
 }  // namespace
@@ -47,13 +48,16 @@ DisplayList displayListOf(const ViewStack& views, Size container) {
     const ViewRow& row = rowOf(view);
     opacities[at] = opacities[indexOf(row.parent)] * visible(views, view);
     if (!isListed(view)) continue;
-    const bool isImage = row.content == ViewContent::image;
-    const Colour& colour = isImage ? kWhite : row.colour;
+    const bool isClip = row.content == ViewContent::video;
+    const bool isPicture = isClip || row.content == ViewContent::image;
+    const Colour& colour = isPicture ? kWhite : row.colour;
     const double opacity = opacities[at] * static_cast<double>(colour.alpha);
-    const std::string& text = views.text(view);
-    if (opacity <= 0 || (row.content != ViewContent::fill && text.empty())) continue;
+    if (opacity <= 0) continue;
+    std::string text = isClip ? row.name : views.text(view);
+    if (row.content != ViewContent::fill && text.empty()) continue;
     list.push_back({row.content, frameOf(view, container),
-                    scaled(colour, isBelowDimmer(view) ? lit : 1), opacity, text, row.fontSize});
+                    scaled(colour, isBelowDimmer(view) ? lit : 1), opacity, std::move(text),
+                    row.fontSize});
   }
   return list;
 }

@@ -15,15 +15,14 @@
 namespace halvora {
 
 struct DisplayItem {
-  /// Fill, text or image.
   ViewContent content = ViewContent::fill;
   /// In the container's coordinates.
   Rect frame;
-  /// Of the fill or the text; of an image, what each of its channels is multiplied with. Opaque:
-  /// what a colour lets through is in the opacity.
+  /// Of the fill or the text; of an image or a clip, what each of its channels is multiplied with.
+  /// Opaque: what a colour lets through is in the opacity.
   Colour colour;
   double opacity = 1;
-  /// The label's text, or the picture's file.
+  /// The label's text, the picture's file, or the name of the view that a clip is played in.
   std::string text;
   /// Points; 0 without text.
   double fontSize = 0;
@@ -34,8 +33,8 @@ struct DisplayItem {
 using DisplayList = std::vector<DisplayItem>;
 
 /// What is to be seen of the stack in a container of that size. Nothing that cannot be seen is
-/// listed; the first item, if there is one, is the light, over the whole container. Clips are not
-/// listed: a player draws itself. Opacities of parent and child multiply.
+/// listed; the first item, if there is one, is the light, over the whole container. Opacities of
+/// parent and child multiply.
 DisplayList displayListOf(const ViewStack& views, Size container);
 
 }  // namespace halvora

@@ -30,18 +30,22 @@ QRectF coveringPart(const QImage& picture, const QRectF& frame) {
   return part;
 }
 
-void paintPicture(QPainter& painter, const DisplayItem& item, QImage picture) {
-  if (picture.isNull()) return;
-  // Only the dimmer scales a picture, all channels alike: that is a veil of black on what there is.
+// Only the dimmer scales a picture, all channels alike: that is a veil of black on what there is.
+QImage dimmed(QImage picture, const DisplayItem& item) {
   if (item.colour.red < 1) {
     picture.convertTo(QImage::Format_ARGB32_Premultiplied);
     QPainter veil(&picture);
     veil.setCompositionMode(QPainter::CompositionMode_SourceAtop);
     veil.fillRect(picture.rect(), QColor::fromRgbF(0, 0, 0, 1 - item.colour.red));
   }
+  return picture;
+}
+
+void paintPicture(QPainter& painter, const DisplayItem& item, const QImage& picture) {
+  if (picture.isNull()) return;
   const QRectF frame = rectOf(item.frame);
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
-  painter.drawImage(frame, picture, coveringPart(picture, frame));
+  painter.drawImage(frame, dimmed(picture, item), coveringPart(picture, frame));
 }
 
 void paintItem(QPainter& painter, const DisplayItem& item, const QImage& picture) {
@@ -100,6 +104,14 @@ Raster rasterOf(const DisplayItem& item, qreal pixelsPerPoint) {
   painter.translate(-bounds.topLeft());
   paintItem(painter, item, picture);
   return {image, bounds};
+}
+
+Raster rasterOfClip(const DisplayItem& item, const QImage& picture) {
+  if (picture.isNull()) return {};
+  const QRectF frame = rectOf(item.frame);
+  QRectF shown({}, QSizeF(picture.size()).scaled(frame.size(), Qt::KeepAspectRatio));
+  shown.moveCenter(frame.center());
+  return {dimmed(picture, item), shown};
 }
 
 }  // namespace halvora

@@ -16,7 +16,8 @@ QRectF rectOf(const Rect& rect);
 /// Opaque.
 QColor colourOf(const Colour& colour);
 
-/// Draws in the container's coordinates. A picture whose file cannot be read is left out.
+/// Draws in the container's coordinates. A picture whose file cannot be read is left out, and so
+/// are clips.
 void paintDisplayList(QPainter& painter, const DisplayList& list);
 
 /// A label or a picture as it looks when it is not translucent; the image is null where there is
@@ -26,5 +27,7 @@ struct Raster {
   QRectF frame;
 };
 Raster rasterOf(const DisplayItem& item, qreal pixelsPerPoint);
+/// The same for a clip whose player shows that picture: whole, in the middle of its view.
+Raster rasterOfClip(const DisplayItem& item, const QImage& picture);
 
 }  // namespace halvora

@@ -6,7 +6,9 @@
 #include <QSGNode>
 #include <QSGRectangleNode>
 #include <utility>
+#include <vector>
 
+#include "light/views.h"
 #include "platform/qt/display_painter.h"
 
 namespace halvora {
@@ -18,6 +20,8 @@ namespace {
 class ListNode final : public QSGTransformNode {
  public:
   DisplayList drawn;
+  /// Which pictures the clips among them showed.
+  std::vector<qint64> pictures;
 };
 
 // Whether the node of one item can show the other: a rectangle takes every colour, a label or a
@@ -55,6 +59,27 @@ void LightSurface::setViews(ViewStack* views) {
   update();
 }
 
+void LightSurface::setClips(QtClipPicture* a, QtClipPicture* b) {
+  const std::array sources{a, b};
+  for (std::size_t at = 0; at < clips_.size(); ++at) {
+    Clip& clip = clips_[at];
+    disconnect(clip.changes);
+    clip.source = sources[at];
+    if (clip.source != nullptr) {
+      clip.changes = connect(clip.source, &QtClipPicture::changed, this, &LightSurface::polish);
+    }
+  }
+  polish();
+}
+
+void LightSurface::updatePolish() {
+  for (Clip& clip : clips_) {
+    const QImage picture = clip.source != nullptr ? clip.source->picture() : QImage();
+    if (picture.cacheKey() != clip.picture.cacheKey()) update();
+    clip.picture = picture;
+  }
+}
+
 void LightSurface::itemChange(ItemChange change, const ItemChangeData& data) {
   if (change == ItemSceneChange) {
     disconnect(frames_);
@@ -85,12 +110,15 @@ QSGNode* LightSurface::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
   DisplayList list;
   if (views_ != nullptr) list = displayListOf(*views_, {width(), height()});
 
+  std::vector<qint64> pictures;
+  for (const DisplayItem& item : list) pictures.push_back(clipOf(item).cacheKey());
+
   QSGNode* child = root->firstChild();
   for (std::size_t at = 0; at < list.size(); ++at) {
     if (child == nullptr) {
       child = makeNode(list[at]);
       root->appendChildNode(child);
-    } else if (!isSameNode(root->drawn[at], list[at])) {
+    } else if (!isSameNode(root->drawn[at], list[at]) || root->pictures[at] != pictures[at]) {
       QSGNode* fresh = makeNode(list[at]);
       root->insertChildNodeAfter(fresh, child);
       delete child;
@@ -101,13 +129,22 @@ QSGNode* LightSurface::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
   }
   while (child != nullptr) delete std::exchange(child, child->nextSibling());
   root->drawn = std::move(list);
+  root->pictures = std::move(pictures);
   return root;
+}
+
+// Null for what is no clip.
+QImage LightSurface::clipOf(const DisplayItem& item) const {
+  if (item.content != ViewContent::video) return {};
+  return clips_[item.text == rowOf(ViewId::playerViewA).name ? 0 : 1].picture;
 }
 
 QSGNode* LightSurface::makeNode(const DisplayItem& item) const {
   if (item.content == ViewContent::fill) return window()->createRectangleNode();
   auto* node = new QSGOpacityNode;
-  const Raster raster = rasterOf(item, window()->effectiveDevicePixelRatio());
+  const Raster raster = item.content == ViewContent::video
+                            ? rasterOfClip(item, clipOf(item))
+                            : rasterOf(item, window()->effectiveDevicePixelRatio());
   if (raster.image.isNull()) return node;
   QSGImageNode* image = window()->createImageNode();
   image->setTexture(window()->createTextureFromImage(raster.image));

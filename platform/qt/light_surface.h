@@ -5,13 +5,17 @@
 // which Qt does on its render thread while the main thread waits.
 #pragma once
 
+#include <QImage>
 #include <QMetaObject>
+#include <QPointer>
 #include <QQuickItem>
+#include <array>
 
 #include <qqmlregistration.h>
 
 #include "light/display_list.h"
 #include "light/view_stack.h"
+#include "platform/qt/qt_clip_picture.h"
 
 namespace halvora {
 
@@ -26,22 +30,34 @@ class LightSurface : public QQuickItem, private ViewObserver {
   /// Shows that stack from now on and takes the place of its observer; null shows nothing. The
   /// stack must not go before another one, or null, was handed in.
   void setViews(ViewStack* views);
+  /// What the stack's two players of clips show; null for a player that has no picture.
+  void setClips(QtClipPicture* a, QtClipPicture* b);
 
  protected:
   void itemChange(ItemChange change, const ItemChangeData& data) override;
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+  void updatePolish() override;
   QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
 
  private:
+  struct Clip {
+    QPointer<QtClipPicture> source;
+    QMetaObject::Connection changes;
+    /// Fetched on the main thread, as players are not for the render thread.
+    QImage picture;
+  };
+
   void alphaChanged(ViewId, double, Duration) override { update(); }
   void hiddenChanged(ViewId, bool) override { update(); }
   void textChanged(ViewId, const std::string&) override { update(); }
   void lightChanged(const MaybeColour&) override { update(); }
 
   void frameBegins();
+  QImage clipOf(const DisplayItem& item) const;
   QSGNode* makeNode(const DisplayItem& item) const;
 
   ViewStack* views_ = nullptr;
+  std::array<Clip, 2> clips_;
   QMetaObject::Connection frames_;
   bool wasAnimating_ = false;
 };

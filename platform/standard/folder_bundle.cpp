@@ -9,48 +9,10 @@
 
 namespace halvora {
 
-namespace {
-
-constexpr std::size_t kLargestStringTable = 1 << 20;
-constexpr const char* kShippedLanguage = "en";
-constexpr std::size_t kLongestLanguageTag = 64;
-
-// A language names a file, so it is letters, digits and hyphens or it is nothing.
-bool isLanguageTag(std::string_view tag) {
-  return !tag.empty() && tag.size() <= kLongestLanguageTag &&
-         std::all_of(tag.begin(), tag.end(), [](char character) {
-           return (character >= 'a' && character <= 'z') ||
-                  (character >= 'A' && character <= 'Z') ||
-                  (character >= '0' && character <= '9') || character == '-';
-         });
-}
-
-}  // namespace
-
 FolderBundle::FolderBundle(std::string folder, std::string identifier,
                            const std::vector<std::string>& languages, const JsonReader& json)
     : FolderBundle(std::move(folder), std::move(identifier)) {
-  if (folder_.empty()) return;
-  for (std::string tag : languages) {
-    bool found = addTable(tag, json);
-    while (!found && tag.find('-') != std::string::npos) {
-      tag.resize(tag.rfind('-'));
-      found = addTable(tag, json);
-    }
-    if (found) break;
-  }
-  addTable(kShippedLanguage, json);
-}
-
-bool FolderBundle::addTable(const std::string& language, const JsonReader& json) {
-  if (!isLanguageTag(language)) return false;
-  const auto text = readResource("strings/" + language + ".json", kLargestStringTable);
-  const std::optional<JsonValue> table = text ? json.parse(*text) : std::nullopt;
-  if (!table || table->object() == nullptr) return false;
-  for (const JsonMember& member : *table->object()) {
-    if (member.value.text() != nullptr) strings_.emplace(member.name, *member.value.text());
-  }
-  return true;
+  strings_ = stringTableOf(*this, languages, json);
 }
 
 std::optional<std::string> FolderBundle::readResource(std::string_view path,
@@ -60,8 +22,7 @@ std::optional<std::string> FolderBundle::readResource(std::string_view path,
 }
 
 std::string FolderBundle::localizedString(std::string_view key) const {
-  const auto found = strings_.find(key);
-  return found == strings_.end() ? std::string(key) : found->second;
+  return textIn(strings_, key);
 }
 
 std::vector<std::string> languagesOfEnvironment() {

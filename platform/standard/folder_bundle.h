@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// A bundle that is a folder on disk: resources as files, string tables as strings/<language>.json,
-// one flat object of key to text each. Which table serves is settled when the bundle is made. Main
-// thread.
+// A bundle that is a folder on disk: resources as files, texts as a string table. Which table
+// serves is settled when the bundle is made. Main thread.
 #pragma once
 
-#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -12,14 +10,13 @@
 
 #include "platform/bundle.h"
 #include "platform/json.h"
+#include "platform/standard/string_table.h"
 
 namespace halvora {
 
 class FolderBundle final : public Bundle {
  public:
-  /// An empty folder makes a bundle without resources. `languages` are the user's, best first
-  /// ("de-AT"); of the first one that has a table, exactly or without its trailing parts, the texts
-  /// are taken, and from English what that table lacks.
+  /// An empty folder makes a bundle without resources. `languages` are the user's, best first.
   FolderBundle(std::string folder, std::string identifier,
                const std::vector<std::string>& languages, const JsonReader& json);
   /// A bundle of resources alone: every text is its key.
@@ -32,11 +29,9 @@ class FolderBundle final : public Bundle {
   std::string localizedString(std::string_view key) const override;
 
  private:
-  bool addTable(const std::string& language, const JsonReader& json);
-
   std::string folder_;
   std::string identifier_;
-  std::map<std::string, std::string, std::less<>> strings_;
+  StringTable strings_;
 };
 
 /// The user's languages from the environment (LANGUAGE, LC_ALL, LC_MESSAGES, LANG), best first, as

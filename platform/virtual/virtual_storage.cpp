@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/virtual/virtual_storage.h"
 
+#include <algorithm>
+
 namespace halvora {
 
 const DefaultsValue* VirtualDefaults::find(std::string_view key) const {
-  const auto found = values_.find(key);
+  const auto found = std::find_if(values_.begin(), values_.end(),
+                                  [key](const auto& entry) { return entry.first == key; });
   return found == values_.end() ? nullptr : &found->second;
 }
 
@@ -19,12 +22,13 @@ void VirtualDefaults::remove(std::string_view key) {
 }
 
 void VirtualDefaults::setFromOutside(std::string_view key, std::optional<DefaultsValue> value) {
-  const auto found = values_.find(key);
+  const auto found = std::find_if(values_.begin(), values_.end(),
+                                  [key](const auto& entry) { return entry.first == key; });
   if (!value) {
     if (found == values_.end()) return;
     values_.erase(found);
   } else if (found == values_.end()) {
-    values_.emplace(key, std::move(*value));
+    values_.emplace_back(key, std::move(*value));
   } else {
     if (found->second == *value) return;
     found->second = std::move(*value);

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/bundle.h"
 #include "platform/user_defaults.h"
@@ -37,7 +38,8 @@ class VirtualDefaults final : public UserDefaults {
   std::uint64_t synchronisations = 0;
 
  private:
-  std::map<std::string, DefaultsValue, std::less<>> values_;
+  /// Few enough to be looked through.
+  std::vector<std::pair<std::string, DefaultsValue>> values_;
 };
 
 class VirtualBundle final : public Bundle {

@@ -127,6 +127,20 @@ TEST_F(DisplayListTest, LeavesOutWhatCannotBeSeen) {
   EXPECT_EQ(list(), DisplayList{fill(kBlack)});
 }
 
+TEST_F(DisplayListTest, AClipIsListedByTheNameOfItsView) {
+  showContainer();
+  views.setAlpha(ViewId::playerViewB, 0.5);
+  views.setAlpha(ViewId::dimmerView, 0.75);
+  views.setText(ViewId::fpsLabel, "10");
+  views.setAlpha(ViewId::fpsLabel, 1);
+  views.setText(ViewId::goboImage, "star");
+  views.setAlpha(ViewId::goboView, 1);
+  const Colour quarter{0.25F, 0.25F, 0.25F, 1};
+  const DisplayItem clip{ViewContent::video, kWhole, quarter, 0.5, "playerViewB", 0};
+  const DisplayItem gobo{ViewContent::image, kWhole, quarter, 1, "star", 0};
+  EXPECT_EQ(list(), (DisplayList{fill(kBlack), label("10", quarter), clip, gobo}));
+}
+
 TEST_F(DisplayListTest, OpacitiesOfParentsAndChildrenMultiply) {
   views.setAlpha(ViewId::container, 0.5);
   views.setAlpha(ViewId::goboView, 0.5);

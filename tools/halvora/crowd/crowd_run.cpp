@@ -151,7 +151,7 @@ Failure CrowdRun::buildTables() {
       return unusable(request_.assets + "/HVAssets/Maps/Venue-" + std::to_string(venue) + "/" +
                       std::to_string(map) + "/video.mp4: missing, and the show uses it");
     }
-    if (const Failure failure = buildTable({std::to_string(map), video})) return failure;
+    if (Failure failure = buildTable({std::to_string(map), video})) return failure;
   }
   return std::nullopt;
 }

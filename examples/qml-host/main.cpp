@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <QGuiApplication>
+#include <QQmlApplicationEngine>
+#include <QUrl>
+
+#include "platform/qt/qt_platform.h"
+
+int main(int argumentCount, char** arguments) {
+  QGuiApplication application(argumentCount, arguments);
+  QGuiApplication::setOrganizationDomain(QStringLiteral("example.com"));
+  QGuiApplication::setApplicationName(QStringLiteral("qml-host"));
+  if (argumentCount > 1) halvora::QtPlatform::sharedInstance({.assets = arguments[1]});
+
+  QQmlApplicationEngine engine;
+  engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+  engine.load(QUrl(QStringLiteral("qrc:/qt/qml/QmlHost/Main.qml")));
+  return engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
+}

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/halvora_view.h"
+
+#include "platform/run_loop.h"
+
+namespace halvora {
+
+namespace {
+
+// The engine may call in the middle of a look; the host hears of it when that is done.
+std::function<void()> inATurnOfItsOwn(RunLoop& loop, const std::function<void()>& callback) {
+  return [&loop, callback] {
+    // A copy that is not constant, as tasks are moved.
+    loop.post([called = callback] {
+      if (called) called();
+    });
+  };
+}
+
+}  // namespace
+
+std::unique_ptr<HalvoraView::Coordinator> HalvoraView::makeCoordinator() const {
+  return std::make_unique<Coordinator>(Coordinator{engine_.controller(), allowedTransmitterIds});
+}
+
+HalvoraViewController& HalvoraView::makeController(const Coordinator& coordinator) const {
+  HalvoraViewController& engine = coordinator.mainViewController;
+  engine.setAllowedTransmitterIds(allowedTransmitterIds);
+  RunLoop& loop = engine_.platform().runLoop;
+  engine.lightShowStartedCallback() = inATurnOfItsOwn(loop, onLightShowStarted);
+  engine.lightShowStoppedCallback() = inATurnOfItsOwn(loop, onLightShowStopped);
+  return engine;
+}
+
+}  // namespace halvora

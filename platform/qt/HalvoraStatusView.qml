@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+// The status panel that a host places in its interface: the stack of texts and buttons, and over
+// the window what the panel presents. The host gives it a width; its height follows.
+import QtQuick
+import Halvora
+
+Item {
+    id: root
+
+    property alias statusTextColour: panel.statusTextColour
+    property alias statusTextFontName: panel.statusTextFontName
+    property alias statusTextFontSize: panel.statusTextFontSize
+    property alias statusTextAlignment: panel.statusTextAlignment
+    property alias actionButtonColour: panel.actionButtonColour
+    property alias actionButtonTitleColour: panel.actionButtonTitleColour
+    property alias actionButtonTitleFontName: panel.actionButtonTitleFontName
+    property alias actionButtonTitleFontSize: panel.actionButtonTitleFontSize
+    property alias actionButtonHeight: panel.actionButtonHeight
+    property alias defaultVenueId: panel.defaultVenueId
+
+    // For the user rather than for the host: all texts are so many times their size, and nothing
+    // slides or turns by itself.
+    property alias textScale: panel.textScale
+    property bool reducedMotion: false
+
+    readonly property alias panel: panel
+
+    objectName: "halvoraStatusView"
+    implicitWidth: panel.look.preferredWidth
+    implicitHeight: panel.look.preferredHeight
+    LayoutMirroring.enabled: panel.isRightToLeft
+    LayoutMirroring.childrenInherit: true
+
+    StatusPanel {
+        id: panel
+
+        objectName: "statusPanel"
+        viewWidth: root.width
+        contentHeight: stack.implicitHeight
+    }
+
+    Component.onCompleted: panel.load()
+
+    FrameAnimation {
+        objectName: "statusFrames"
+        running: panel.isMoving
+        onTriggered: panel.sample()
+    }
+
+    // What is hidden takes no room, and neither does the space that belongs to it.
+    Item {
+        id: stack
+
+        objectName: "contentStackView"
+        width: panel.layoutWidth
+        implicitHeight: summaryRow.y + summaryRow.height
+
+        Item {
+            id: onboarding
+
+            objectName: "onboarding"
+            width: stack.width
+            height: onboardingLabel.look.shown ? onboardingLabel.height : 0
+
+            StatusText {
+                id: onboardingLabel
+
+                objectName: "onboardingLabel"
+                look: panel.look.onboardingLabel
+                width: parent.width
+            }
+        }
+        StatusButton {
+            id: joinButton
+
+            objectName: "joinButton"
+            look: panel.look.joinButton
+            anchors.top: onboarding.bottom
+            anchors.topMargin: look.shown ? StatusMetrics.afterOnboardingLabel : 0
+            width: stack.width
+            height: look.shown ? implicitHeight : 0
+            onClicked: panel.initBluetoothPermission()
+        }
+        Item {
+            id: status
+
+            objectName: "status"
+            anchors.top: joinButton.bottom
+            width: stack.width
+            height: statusTextLabel.look.shown ? statusTextLabel.height : 0
+
+            StatusText {
+                id: statusTextLabel
+
+                objectName: "statusTextLabel"
+                look: panel.look.statusTextLabel
+                width: parent.width
+            }
+        }
+        StatusButton {
+            id: settingsButton
+
+            objectName: "settingsButton"
+            look: panel.look.settingsButton
+            anchors.top: status.bottom
+            anchors.topMargin: look.shown ? StatusMetrics.afterStatusText : 0
+            width: stack.width
+            height: look.shown ? implicitHeight : 0
+            onClicked: panel.openAppSettings()
+        }
+        StatusButton {
+            id: seatSelectionButton
+
+            objectName: "seatSelectionButton"
+            look: panel.look.seatSelectionButton
+            anchors.top: settingsButton.bottom
+            anchors.topMargin: !look.shown ? 0
+                               : settingsButton.look.shown ? StatusMetrics.betweenButtons
+                                                           : StatusMetrics.afterStatusText
+            width: stack.width
+            height: look.shown ? implicitHeight : 0
+            onClicked: panel.openSeatSelector()
+        }
+        StatusSummary {
+            id: summaryRow
+
+            objectName: "seatSelectionSummaryRow"
+            panel: panel
+            anchors.top: seatSelectionButton.bottom
+            anchors.topMargin: panel.look.summaryShown ? StatusMetrics.afterSeatButton : 0
+            width: stack.width
+            height: panel.look.summaryShown ? implicitHeight : 0
+        }
+    }
+
+    StatusAlert {
+        objectName: "statusAlert"
+        look: panel.look.alert
+        isMirrored: panel.isRightToLeft
+        reducedMotion: root.reducedMotion
+        onDismissed: panel.dismissAlert()
+    }
+
+    SeatSheet {
+        objectName: "seatSheet"
+        wizard: panel.wizard
+        isMirrored: panel.isRightToLeft
+        reducedMotion: root.reducedMotion
+    }
+}

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+// A line of text above the picker. Escape empties it, and leaves it to others once it is empty.
+import QtQuick
+import QtQuick.Templates as T
+import Halvora
+
+T.TextField {
+    id: field
+
+    property seatWizardLook look
+
+    // Goes on from what is typed elsewhere.
+    function type(text: string): void {
+        forceActiveFocus(Qt.ShortcutFocusReason);
+        field.text += text;
+    }
+
+    implicitHeight: Math.max(contentHeight + topPadding + bottomPadding, StatusMetrics.target)
+    leftPadding: 14
+    rightPadding: 14
+    topPadding: 8
+    bottomPadding: 8
+    font: look.filterLabel.font
+    color: look.pickerTitle.colour
+    selectionColor: look.closeButton.titleColour
+    selectedTextColor: "white"
+    selectByMouse: true
+    maximumLength: 200
+    verticalAlignment: TextInput.AlignVCenter
+    inputMethodHints: Qt.ImhNoPredictiveText
+    placeholderText: look.filterHint
+    Accessible.name: look.filterHint
+    Accessible.description: look.filterMatches
+    Keys.onEscapePressed: event => {
+        event.accepted = text !== "";
+        clear();
+    }
+
+    Text {
+        objectName: "filterHint"
+        visible: field.text === "" && field.preeditText === ""
+        anchors.fill: parent
+        anchors.leftMargin: field.leftPadding
+        anchors.rightMargin: field.rightPadding
+        text: field.placeholderText
+        textFormat: Text.PlainText
+        font: field.font
+        color: field.look.filterLabel.colour
+        horizontalAlignment: Text.AlignLeft
+        verticalAlignment: Text.AlignVCenter
+        fontSizeMode: Text.HorizontalFit
+        minimumPixelSize: 12
+        elide: Text.ElideRight
+        Accessible.ignored: true
+    }
+    Text {
+        id: matches
+
+        objectName: "filterMatches"
+        visible: field.text !== ""
+        anchors.right: clearButton.left
+        anchors.verticalCenter: parent.verticalCenter
+        text: field.look.filterMatches
+        textFormat: Text.PlainText
+        font: field.font
+        color: field.look.filterLabel.colour
+        Accessible.ignored: true
+    }
+    T.AbstractButton {
+        id: clearButton
+
+        objectName: "filterClear"
+        visible: field.text !== ""
+        anchors.right: parent.right
+        width: StatusMetrics.target
+        height: parent.height
+        focusPolicy: Qt.NoFocus
+        text: field.look.filterClear
+        onClicked: field.clear()
+        contentItem: Text {
+            objectName: "filterClearSign"
+            text: "\u00d7"
+            font: field.font
+            color: field.look.filterLabel.colour
+            horizontalAlignment: Text.AlignHCenter
+            verticalAlignment: Text.AlignVCenter
+            Accessible.ignored: true
+        }
+    }
+    background: Rectangle {
+        objectName: "filterBackground"
+        radius: 10
+        color: StatusMetrics.raised
+
+        StatusFocusRing {
+            objectName: "filterFocusRing"
+            around: parent.radius
+            visible: field.activeFocus
+        }
+    }
+}

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+// The words of an alert and its button.
+import QtQuick
+import Halvora
+
+FocusScope {
+    id: content
+
+    property alertLook look
+    property bool isMirrored: false
+
+    signal dismissed()
+
+    objectName: "alertContent"
+    focus: true
+    implicitHeight: words.height + 2 * 20 + button.implicitHeight + 1
+    LayoutMirroring.enabled: content.isMirrored
+    LayoutMirroring.childrenInherit: true
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: content.look.title.text
+    Accessible.description: content.look.message.text
+    Keys.onEscapePressed: content.dismissed()
+    Keys.onBackPressed: content.dismissed()
+
+    Flickable {
+        objectName: "alertScroller"
+        anchors.top: parent.top
+        anchors.bottom: line.top
+        width: parent.width
+        contentHeight: words.height + 2 * 20
+        interactive: contentHeight > height
+        clip: interactive
+
+        Column {
+            id: words
+
+            objectName: "alertWords"
+            x: 20
+            y: 20
+            width: parent.width - 40
+            spacing: 8
+
+            StatusText {
+                objectName: "alertTitle"
+                look: content.look.title
+                width: words.width
+            }
+            StatusText {
+                objectName: "alertMessage"
+                look: content.look.message
+                width: words.width
+                opacity: 0.85
+            }
+        }
+    }
+    Rectangle {
+        id: line
+
+        objectName: "alertLine"
+        anchors.bottom: button.top
+        width: parent.width
+        height: 1
+        color: StatusMetrics.hairline
+    }
+    StatusButton {
+        id: button
+
+        objectName: "alertButton"
+        look: content.look.button
+        anchors.bottom: parent.bottom
+        width: parent.width
+        height: implicitHeight
+        focus: true
+        onClicked: content.dismissed()
+    }
+}

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// One button of the seat screens. Its title wraps rather than being cut, and the button grows.
+import QtQuick
+import QtQuick.Templates as T
+import Halvora
+
+T.Button {
+    id: button
+
+    property buttonLook look
+
+    visible: look.shown
+    enabled: look.enabled
+    opacity: look.alpha
+    text: look.title
+    font: look.font
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: Math.max(look.height, implicitContentHeight + topPadding + bottomPadding)
+    horizontalPadding: 16
+    verticalPadding: 8
+    focusPolicy: Qt.StrongFocus
+    Accessible.role: Accessible.Button
+    Accessible.name: text
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
+
+    contentItem: Text {
+        objectName: "buttonTitle"
+        text: button.text
+        textFormat: Text.PlainText
+        font: button.font
+        color: button.look.titleColour
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        wrapMode: Text.Wrap
+        Accessible.ignored: true
+    }
+    background: Rectangle {
+        objectName: "buttonBackground"
+        color: button.look.background
+        radius: button.look.cornerRadius
+
+        Rectangle {
+            objectName: "buttonVeil"
+            anchors.fill: parent
+            radius: parent.radius
+            color: button.down ? "black" : "white"
+            opacity: button.down ? 0.25 : 0.08
+            visible: button.down || (button.hovered && button.enabled)
+        }
+        StatusFocusRing {
+            objectName: "buttonFocusRing"
+            around: parent.radius
+            visible: button.visualFocus
+        }
+    }
+}

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/qt/halvora_host.h"
+
+#include "platform/qt/halvora_view_item.h"
+#include "platform/qt/qt_platform.h"
+
+namespace halvora {
+
+namespace {
+
+HalvoraHost* installedIn(const QQmlEngine& engine) {
+  return engine.findChild<HalvoraHost*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+HalvoraViewController& systemsEngine(QtPlatform& system) {
+  static HalvoraViewController& engine = [&system]() -> HalvoraViewController& {
+    auto& made = HalvoraViewController::sharedInstance(system.platform(), system.engineOptions());
+    made.viewDidLoad();
+    return made;
+  }();
+  return engine;
+}
+
+}  // namespace
+
+HalvoraHost& HalvoraHost::of(QQmlEngine& engine) {
+  if (HalvoraHost* host = installedIn(engine)) return *host;
+  QtPlatform& system = QtPlatform::sharedInstance();
+  return *new HalvoraHost(engine, system.platform(), systemsEngine(system));
+}
+
+void HalvoraHost::install(QQmlEngine& engine, const Platform& platform,
+                          HalvoraViewController& controller) {
+  delete installedIn(engine);
+  new HalvoraHost(engine, platform, controller);
+}
+
+HalvoraHost::~HalvoraHost() {
+  if (!items_.empty()) items_.back()->setShown(false);
+}
+
+void HalvoraHost::enter(HalvoraViewItem& item) {
+  if (!items_.empty()) items_.back()->setShown(false);
+  items_.push_back(&item);
+  item.setShown(true);
+}
+
+void HalvoraHost::leave(HalvoraViewItem& item) {
+  if (items_.empty()) return;
+  const bool hadIt = items_.back() == &item;
+  std::erase(items_, &item);
+  if (!hadIt) return;
+  item.setShown(false);
+  if (!items_.empty()) items_.back()->setShown(true);
+}
+
+}  // namespace halvora

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/qt/halvora_view_item.h"
+
+#include <QQmlEngine>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/qt/qt_clip_picture.h"
+#include "platform/video_player.h"
+
+namespace halvora {
+
+namespace {
+
+// As often as the status panel looks.
+constexpr Duration kWatchPause = milliseconds(500);
+
+std::vector<std::string> textsOf(const QStringList& list) {
+  std::vector<std::string> texts;
+  for (const QString& text : list) texts.push_back(text.toStdString());
+  return texts;
+}
+
+QtClipPicture* pictureOf(VideoPlayer& player) { return dynamic_cast<QtClipPicture*>(&player); }
+
+}  // namespace
+
+HalvoraViewItem::~HalvoraViewItem() {
+  if (host_) host_->leave(*this);
+}
+
+// Items of one document begin in its order and are complete in no order that a host could know.
+void HalvoraViewItem::classBegin() {
+  LightSurface::classBegin();
+  QQmlEngine* engine = qmlEngine(this);
+  if (engine == nullptr || host_) return;
+  host_ = &HalvoraHost::of(*engine);
+  host_->enter(*this);
+}
+
+// A show that starts or stops is told in a later turn; the item may be gone by then.
+HalvoraView HalvoraViewItem::view() {
+  const QPointer<HalvoraViewItem> self(this);
+  return HalvoraView(
+      EmbeddedEngine(host_->platform(), host_->controller()),
+      [self] {
+        if (self) emit self->lightShowStarted();
+      },
+      [self] {
+        if (self) emit self->lightShowStopped();
+      },
+      textsOf(allowedTransmitterIds_));
+}
+
+void HalvoraViewItem::setShown(bool shown) {
+  if (shown) {
+    coordinator_ = view().makeCoordinator();
+    HalvoraViewController& engine = view().makeController(*coordinator_);
+    engine.halvoraView = this;
+    setViews(&engine.views());
+    const VideoPlayers& players = host_->platform().videoPlayers;
+    setClips(pictureOf(players.a), pictureOf(players.b));
+    layOut();
+    return;
+  }
+  setViews(nullptr);
+  setClips(nullptr, nullptr);
+  HalvoraViewController& engine = coordinator_->mainViewController;
+  engine.lightShowStartedCallback() = nullptr;
+  engine.lightShowStoppedCallback() = nullptr;
+  engine.halvoraView = nullptr;
+  engine.viewWillLayoutSubviews(std::nullopt);
+  coordinator_.reset();
+}
+
+void HalvoraViewItem::start() {
+  if (host_) view().start();
+}
+
+void HalvoraViewItem::initBluetoothPermission() {
+  if (host_) view().initBluetoothPermission();
+}
+
+void HalvoraViewItem::setAllowedTransmitterIds(const QStringList& ids) {
+  if (ids == allowedTransmitterIds_) return;
+  allowedTransmitterIds_ = ids;
+  if (coordinator_) view().makeController(*coordinator_);
+  emit allowedTransmitterIdsChanged();
+}
+
+bool HalvoraViewItem::isPermissionGranted() {
+  watch();
+  return host_ && host_->controller().isPermissionGranted();
+}
+
+bool HalvoraViewItem::isInsideVenue() {
+  watch();
+  return host_ && host_->controller().isInsideVenue();
+}
+
+// The engine tells nobody of either, and few hosts ask: it is looked at only for those that do.
+void HalvoraViewItem::watch() {
+  if (!host_ || watch_.isValid()) return;
+  wasPermissionGranted_ = host_->controller().isPermissionGranted();
+  wasInsideVenue_ = host_->controller().isInsideVenue();
+  RunLoop& loop = host_->platform().runLoop;
+  watch_ = Timer(loop, loop.every(kWatchPause, [this] { look(); }));
+}
+
+void HalvoraViewItem::look() {
+  if (!host_) return;
+  const bool isGranted = host_->controller().isPermissionGranted();
+  const bool isInside = host_->controller().isInsideVenue();
+  const bool grantedChanged = std::exchange(wasPermissionGranted_, isGranted) != isGranted;
+  const bool insideChanged = std::exchange(wasInsideVenue_, isInside) != isInside;
+  const QPointer<HalvoraViewItem> self(this);
+  if (grantedChanged) emit isPermissionGrantedChanged();
+  // Whoever heard of the one may have destroyed the item.
+  if (self && insideChanged) emit isInsideVenueChanged();
+}
+
+void HalvoraViewItem::itemChange(ItemChange change, const ItemChangeData& data) {
+  LightSurface::itemChange(change, data);
+  if (change == ItemSceneChange) layOut();
+}
+
+void HalvoraViewItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+  LightSurface::geometryChange(newGeometry, oldGeometry);
+  layOut();
+}
+
+void HalvoraViewItem::layOut() {
+  if (!coordinator_) return;
+  std::optional<Rect> bounds;
+  if (window() != nullptr) bounds = Rect{0, 0, width(), height()};
+  coordinator_->mainViewController.viewWillLayoutSubviews(bounds);
+}
+
+}  // namespace halvora

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+// Distances and colours that all parts of the panel and the wizard share, as a QML singleton. What
+// the panel's and the wizard's own values say is not repeated here. Stateless; main thread.
+#pragma once
+
+#include <QColor>
+#include <QObject>
+
+#include <qqmlregistration.h>
+
+#include "seats/status_panel_views.h"
+
+namespace halvora {
+
+class StatusMetrics : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_SINGLETON
+  Q_PROPERTY(qreal afterOnboardingLabel MEMBER afterOnboardingLabel_ CONSTANT)
+  Q_PROPERTY(qreal afterStatusText MEMBER afterStatusText_ CONSTANT)
+  Q_PROPERTY(qreal afterSeatButton MEMBER afterSeatButton_ CONSTANT)
+  Q_PROPERTY(qreal betweenButtons MEMBER betweenButtons_ CONSTANT)
+  /// The least that a finger hits.
+  Q_PROPERTY(qreal target MEMBER target_ CONSTANT)
+  /// Milliseconds that a sheet takes to come or go.
+  Q_PROPERTY(int slide MEMBER slide_ CONSTANT)
+  Q_PROPERTY(QColor hairline MEMBER hairline_ CONSTANT)
+  Q_PROPERTY(QColor raised MEMBER raised_ CONSTANT)
+  Q_PROPERTY(QColor alert MEMBER alert_ CONSTANT)
+  Q_PROPERTY(QColor shade MEMBER shade_ CONSTANT)
+
+ public:
+  using QObject::QObject;
+
+ private:
+  const qreal afterOnboardingLabel_ = kSpacingAfterOnboardingLabel;
+  const qreal afterStatusText_ = kSpacingAfterStatusText;
+  const qreal afterSeatButton_ = kSpacingAfterSeatSelectionButton;
+  const qreal betweenButtons_ = 12;
+  const qreal target_ = 44;
+  const int slide_ = 260;
+  const QColor hairline_{255, 255, 255, 41};
+  const QColor raised_{255, 255, 255, 23};
+  const QColor alert_{28, 28, 31};
+  const QColor shade_{0, 0, 0, 153};
+};
+
+}  // namespace halvora
