@@ -7,19 +7,13 @@
 #include <cstdint>
 #include <functional>
 
+#include "apps/demo/demo_phone.h"
 #include "apps/demo/libraries.h"
+#include "apps/demo/scenario_run.h"
 #include "apps/demo/show_files.h"
 #include "engine/halvora_view_controller.h"
-#include "light/timer_set.h"
-#include "platform/bundle.h"
 #include "platform/run_loop.h"
 #include "platform/serial_queues.h"
-#include "platform/standard/folder_bundle.h"
-#include "platform/standard/seeded_random.h"
-#include "platform/virtual/virtual_bluetooth.h"
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_media.h"
-#include "platform/virtual/virtual_storage.h"
 #include "tools/halvora/scenario_player.h"
 
 namespace halvora {
@@ -33,35 +27,16 @@ class LiveShow {
   ViewStack& views() { return engine_.views(); }
   std::uint32_t mode() const { return engine_.state().screen.currentMode; }
   /// Since the scenario began.
-  Duration time() const { return loop_.now() - begin_; }
+  Duration time() const { return run_.time(); }
 
  private:
-  void schedule(const ScenarioLine& line, std::uint64_t occurrence);
+  /// What comes before the engine's view is loaded; the number of those lines.
+  std::size_t load(const Scenario& scenario);
 
-  const ShowFiles& files_;
-  RunLoop& loop_;
-  const Duration begin_;
-  VirtualWallClock wallClock_;
-  VirtualCalendar calendar_;
-  SeededRandom random_{kShowSeed};
-  VirtualBluetooth bluetooth_;
-  VirtualScreen screen_;
-  VirtualHaptics haptics_;
-  VirtualApplication application_;
-  VirtualDefaults defaults_;
-  FolderBundle mainBundle_;
-  FolderBundle kitBundle_;
-  Bundles bundles_;
-  VirtualHttp http_;
-  VirtualTorch torch_;
-  Log<VideoEvent> videoLog_;
-  VirtualVideoPlayer playerA_;
-  VirtualVideoPlayer playerB_;
-  VideoPlayers videoPlayers_{playerA_, playerB_};
+  DemoPhone phone_;
   HalvoraViewController engine_;
-  const ScenarioStage stage_{bluetooth_, application_, defaults_, engine_};
-  std::function<void()> ended_;
-  TimerSet timers_;
+  const ScenarioStage stage_{phone_.bluetooth, phone_.application, phone_.defaults, engine_};
+  ScenarioRun run_;
 };
 
 }  // namespace halvora

@@ -16,12 +16,15 @@
 #include "apps/demo/contact_sheet.h"
 #include "apps/demo/libraries.h"
 #include "apps/demo/options.h"
+#include "apps/demo/show_console.h"
 #include "apps/demo/show_files.h"
 #include "apps/demo/show_player.h"
 #include "platform/qt/light_surface.h"
 #include "platform/qt/qt_run_loop.h"
+#include "platform/standard/thread_queues.h"
 
 Q_IMPORT_QML_PLUGIN(HalvoraPlugin)
+Q_IMPORT_QML_PLUGIN(HalvoraDemoPlugin)
 
 namespace halvora {
 
@@ -29,6 +32,8 @@ namespace {
 
 constexpr const char* kDefaultSheet = "./halvora-contact-sheet.png";
 constexpr Duration kLongestSheet = std::chrono::hours(24);
+/// The phone begins to listen after a second, and a show fades in for another one.
+constexpr Duration kFirstLook = milliseconds(3000);
 
 int fail(const DemoRefusal& refusal) {
   std::fprintf(stderr, "halvora-demo: %s\n", refusal.text.c_str());
@@ -63,31 +68,55 @@ void saveWindow(QQuickWindow& window, const std::string& path) {
   QCoreApplication::exit(isSaved ? 0 : fail({path + ": cannot be written", 1}));
 }
 
-int showWindow(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
-  QtRunLoop loop;
-  ShowPlayer player(files, loop, libraries);
-  QQmlApplicationEngine qml;
+QQuickWindow* openWindow(QQmlApplicationEngine& qml, const char* file, const char* property,
+                         QObject& content) {
   qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
-  qml.setInitialProperties({{QStringLiteral("player"), QVariant::fromValue(&player)}});
-  qml.load(QUrl(QStringLiteral("qrc:/qt/qml/HalvoraDemo/Main.qml")));
-  auto* window = qml.rootObjects().isEmpty()
-                     ? nullptr
-                     : qobject_cast<QQuickWindow*>(qml.rootObjects().constFirst());
-  auto* surface = window == nullptr
-                      ? nullptr
-                      : window->findChild<LightSurface*>(QStringLiteral("lightSurface"));
-  if (surface == nullptr) return fail({"the window cannot be made", 1});
+  qml.setInitialProperties({{QString::fromLatin1(property), QVariant::fromValue(&content)}});
+  qml.load(QUrl(QStringLiteral("qrc:/qt/qml/HalvoraDemo/") + QString::fromLatin1(file)));
+  return qml.rootObjects().isEmpty() ? nullptr
+                                     : qobject_cast<QQuickWindow*>(qml.rootObjects().constFirst());
+}
 
+int runWindow(RunLoop& loop, const DemoOptions& options) {
   Timer quit;
   if (options.quitAfter) {
     quit = Timer(loop, loop.after(*options.quitAfter, [] { QCoreApplication::exit(0); }));
   }
+  return QCoreApplication::exec();
+}
+
+int showScenario(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
+  QtRunLoop loop;
+  ShowPlayer player(files, loop, libraries);
+  QQmlApplicationEngine qml;
+  QQuickWindow* window = openWindow(qml, "Main.qml", "player", player);
+  auto* surface = window == nullptr
+                      ? nullptr
+                      : window->findChild<LightSurface*>(QStringLiteral("lightSurface"));
+  if (surface == nullptr) return fail({"the window cannot be made", 1});
   if (!options.screenshot.empty()) {
     QObject::connect(&player, &ShowPlayer::ended, window,
                      [window, &options] { saveWindow(*window, options.screenshot); });
   }
   player.play(*surface);
-  return QCoreApplication::exec();
+  return runWindow(loop, options);
+}
+
+int showConsole(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
+  QtRunLoop loop;
+  ThreadQueues queues;
+  ShowConsole console(files.assets, loop, queues, libraries);
+  QQmlApplicationEngine qml;
+  console.install(qml);
+  QQuickWindow* window = openWindow(qml, "Console.qml", "desk", console);
+  if (window == nullptr) return fail({"the window cannot be made", 1});
+  Timer picture;
+  if (!options.screenshot.empty()) {
+    picture = Timer(loop, loop.after(kFirstLook, [window, &options] {
+      saveWindow(*window, options.screenshot);
+    }));
+  }
+  return runWindow(loop, options);
 }
 
 std::filesystem::path programFolder(const char* program) {
@@ -125,7 +154,8 @@ int run(int argumentCount, char** arguments) {
       QStandardPaths::writableLocation(QStandardPaths::CacheLocation).toStdString();
   if (!options.contactSheet.empty())
     return writeContactSheet(show, libraries, options.contactSheet);
-  return showWindow(show, libraries, options);
+  return options.scenario.empty() ? showConsole(show, libraries, options)
+                                  : showScenario(show, libraries, options);
 }
 
 }  // namespace

@@ -16,18 +16,25 @@ std::string firstLine(const std::string& text) { return text.substr(0, text.find
 std::variant<DemoOptions, DemoRefusal> parseOptions(int argumentCount, char** arguments) {
   DemoOptions options;
   double quitAfter = 0;
+  std::string radio = "process";
   CLI::App app(
-      "Plays a light show on one phone, in a window. Without a display it writes a contact sheet "
-      "instead: a picture of every half second of the show.",
+      "Opens a phone and an operator's console that sends packets to it, or plays a light show on "
+      "the phone. Without a display it writes a contact sheet instead: a picture of every half "
+      "second of the show.",
       "halvora-demo");
   app.add_option("--scenario", options.scenario,
-                 "JSON Lines file to play (default: example-show.jsonl of the assets)");
+                 "JSON Lines file to play instead of opening the console (the contact sheet is of "
+                 "example-show.jsonl by default)");
+  app.add_option("--radio", radio, "what the phone hears: process, the console's packets (default)")
+      ->check(CLI::IsMember({"process", "system"}));
   app.add_option("--assets", options.assets,
                  "folder that holds HVAssets (default: the assets/demo found from here upwards)");
   CLI::Option* sheet = app.add_option("--contact-sheet", options.contactSheet,
                                       "write the contact sheet to this PNG file, open no window");
-  app.add_option("--screenshot", options.screenshot,
-                 "when the scenario ends, save the window as this PNG file and quit")
+  app.add_option(
+         "--screenshot", options.screenshot,
+         "when the scenario ends, or the console's first look shines, save the window as this "
+         "PNG file and quit")
       ->excludes(sheet);
   app.add_option("--quit-after", quitAfter, "seconds after which the window closes")
       ->check(CLI::Range(0.0, kLatestQuit));
@@ -38,6 +45,9 @@ std::variant<DemoOptions, DemoRefusal> parseOptions(int argumentCount, char** ar
     return DemoRefusal{app.help(), 0};
   } catch (const CLI::ParseError& error) {
     return DemoRefusal{firstLine(error.what()) + " (see --help)"};
+  }
+  if (radio == "system") {
+    return DemoRefusal{"--radio system: this program has no way to the system's Bluetooth yet"};
   }
   if (app.count("--quit-after") > 0) options.quitAfter = fromSeconds(quitAfter);
   return options;

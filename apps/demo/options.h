@@ -11,7 +11,7 @@
 namespace halvora {
 
 struct DemoOptions {
-  /// Each is empty where it was not given.
+  /// Each is empty where it was not given. Without a scenario the window is the console.
   std::string scenario;
   std::string assets;
   std::string contactSheet;

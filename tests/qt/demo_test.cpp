@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QImage>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <memory>
 #include <set>
@@ -37,8 +38,10 @@ struct DemoRun {
   QString error;
 };
 
-DemoRun runDemo(const QStringList& arguments) {
+DemoRun runDemo(const QStringList& arguments,
+                const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
   QProcess process;
+  process.setProcessEnvironment(environment);
   process.start(QStringLiteral(HALVORA_DEMO), arguments);
   constexpr int kFourMinutes = 240'000;
   if (!process.waitForFinished(kFourMinutes)) return {};
@@ -158,6 +161,66 @@ TEST(Demo, Window) {
   EXPECT_FALSE(isNear(window.pixelColor(2, window.height() / 2), seen));
 }
 
+// The example show up to a steady look, in a window of a real window system.
+TEST(Demo, RealWindow) {
+  QProcess server;
+  server.start(QStringLiteral("Xvfb"),
+               {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                QStringLiteral("0"), QStringLiteral("1400x1100x24"), QStringLiteral("-nolisten"),
+                QStringLiteral("tcp")});
+  if (!server.waitForStarted()) GTEST_SKIP() << "no Xvfb";
+  constexpr int kHalfAMinute = 30'000;
+  ASSERT_TRUE(server.waitForReadyRead(kHalfAMinute)) << server.readAllStandardError().toStdString();
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert(QStringLiteral("DISPLAY"),
+                     QLatin1Char(':') + QString::fromLatin1(server.readLine().trimmed()));
+  environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+
+  const auto whole = readFile(kAssets + "/example-show.jsonl", 1 << 24);
+  ASSERT_TRUE(whole.has_value());
+  const std::string text = whole->substr(0, whole->find("{\"at\": 4.4,"));
+  const QTemporaryDir folder;
+  const QString path = folder.filePath(QStringLiteral("window.png"));
+  const QString scenario = folder.filePath(QStringLiteral("begin.jsonl"));
+  QFile file(scenario);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write(text.data(), static_cast<qint64>(text.size()));
+  file.close();
+  const DemoRun run =
+      runDemo({QStringLiteral("--assets"), QString::fromStdString(kAssets),
+               QStringLiteral("--scenario"), scenario, QStringLiteral("--screenshot"), path},
+              environment);
+  server.terminate();
+  server.waitForFinished(kHalfAMinute);
+  ASSERT_EQ(run.status, 0) << run.error.toStdString();
+
+  Reference reference(text);
+  const DisplayList list = reference.at(reference.end());
+  ASSERT_EQ(list.size(), 1U);
+  const QImage window(path);
+  ASSERT_FALSE(window.isNull());
+  const QColor seen = window.pixelColor(window.width() / 2, window.height() / 2);
+  EXPECT_TRUE(isNear(seen, colourOf(list[0].colour))) << seen.name().toStdString();
+}
+
+// Without a scenario; what the console does is tested in virtual time.
+TEST(Demo, Console) {
+  const QTemporaryDir folder;
+  const QString path = folder.filePath(QStringLiteral("console.png"));
+  const DemoRun run = runDemo({QStringLiteral("--assets"), QString::fromStdString(kAssets),
+                               QStringLiteral("--screenshot"), path});
+  ASSERT_EQ(run.status, 0) << run.error.toStdString();
+  const QImage window(path);
+  ASSERT_GE(window.width(), 900);
+  ASSERT_GE(window.height(), 640);
+  std::set<QRgb> colours;
+  for (int y = 0; y < window.height(); y += 5) {
+    for (int x = 0; x < window.width(); x += 5) colours.insert(window.pixel(x, y));
+  }
+  // Those of the palettes alone are more.
+  EXPECT_GT(colours.size(), 100U);
+}
+
 TEST(Demo, BadInput) {
   const QTemporaryDir folder;
   const QString scenario = folder.filePath(QStringLiteral("bad.jsonl"));
@@ -171,6 +234,8 @@ TEST(Demo, BadInput) {
   const std::pair<QStringList, QString> kCases[] = {
       {{QStringLiteral("--dance")}, QStringLiteral("--dance")},
       {{QStringLiteral("--quit-after"), QStringLiteral("-1")}, QStringLiteral("--quit-after")},
+      {{QStringLiteral("--radio"), QStringLiteral("system")}, QStringLiteral("--radio system")},
+      {{QStringLiteral("--radio"), QStringLiteral("tube")}, QStringLiteral("--radio")},
       {{QStringLiteral("--assets"), folder.filePath(QStringLiteral("none"))},
        QStringLiteral("none")},
       {{QStringLiteral("--assets"), assets, QStringLiteral("--scenario"),

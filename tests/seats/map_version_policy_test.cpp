@@ -74,6 +74,17 @@ TEST_F(MapVersionPolicyTest, ANewSeatMapDiscardsSeatFlatKeysAndTables) {
   EXPECT_EQ(bench.summary(), "No seat selected");
 }
 
+TEST_F(MapVersionPolicyTest, ADiscardedSeatNoLongerReachesTheFlatKeys) {
+  bench.phone.defaults.setFromOutside("xPos", std::string("99"));
+  bench.phone.defaults.log.drain();
+  update(benchMap(4, 2));
+  std::vector<DefaultsValue> places;
+  for (const auto& write : bench.phone.defaults.log.entries) {
+    if (write.key == "xPos") places.push_back(write.value.value_or(DefaultsValue()));
+  }
+  EXPECT_EQ(places, std::vector<DefaultsValue>{std::string("0")});
+}
+
 TEST_F(MapVersionPolicyTest, WithANewSeatMapTheAssetsAreNotCompared) {
   update(benchMap(2, 9));
   EXPECT_EQ(bench.storedSeat(7), std::nullopt);

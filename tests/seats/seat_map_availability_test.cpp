@@ -41,7 +41,9 @@ TEST(SeatMapAvailability, AVenueThatIsLoadedOrBeingLoadedIsNotLoadedAgain) {
   bench.hearVenue(7);
   bench.panel().preloadSeatMapForVenueId(7);
   bench.panel().preloadSeatMapForVenueId(7);
+  const std::uint64_t turns = bench.phone.loop.turns();
   bench.settle();
+  EXPECT_EQ(bench.phone.loop.turns(), turns + 2) << "one load has one result";
   bench.turn([&] { bench.panel().preloadSeatMapForVenueId(7); });
   EXPECT_EQ(mapOf(bench).seatMapLoadingVenueId(), 0);
   EXPECT_EQ(bench.readsOfMap(7), 1U);
@@ -131,6 +133,26 @@ TEST(SeatMapAvailability, ABrokenMapIsReadAgainOnlyWhenItHasChanged) {
   EXPECT_FALSE(mapOf(bench).seatMapSections()->isEmpty());
 }
 
+TEST(SeatMapAvailability, AnotherMapIsOneOfAnotherVenueSizeOrTime) {
+  PanelBench bench({.defaultVenueId = 7});
+  const auto put = [&bench](int venue, const std::string& document) {
+    bench.phone.virtualFiles.put("/host/HVAssets/Maps/Venue-" + std::to_string(venue) + "/map.json",
+                                 document, 5);
+  };
+  const std::string good = R"([{"rows": [{"seats": ["A"]}]}])";
+  put(7, "{");
+  bench.tick();
+  EXPECT_TRUE(mapOf(bench).seatMapSections()->isEmpty());
+  put(7, good);
+  bench.tick();
+  EXPECT_FALSE(mapOf(bench).seatMapSections()->isEmpty()) << "of another size";
+  put(8, std::string(good.size(), '['));
+  bench.hearVenue(8);
+  bench.tick();
+  EXPECT_EQ(mapOf(bench).seatMapVenueId(), 8);
+  EXPECT_TRUE(mapOf(bench).seatMapSections()->isEmpty()) << "of another venue";
+}
+
 TEST(SeatMapAvailability, AHostWithoutAFolderHasNoMaps) {
   PanelBench bench({.defaultVenueId = 7,
                     .prepare = [](VirtualPhone& phone) { phone.mainBundle.folder.clear(); }});
@@ -192,6 +214,21 @@ TEST(SeatMapAvailability, WhileItLoadsTheSeatButtonSaysSo) {
   EXPECT_TRUE(button.enabled);
   EXPECT_EQ(button.alpha, 1);
   EXPECT_FALSE(bench.row().seatSelectionLoadingIndicator.isAnimating);
+}
+
+TEST(SeatMapAvailability, WhileAnotherVenuesMapLoadsTheDotIsHiddenAndTheIndicatorPlaced) {
+  PanelBench bench(inVenue7());
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.tick();
+  ASSERT_EQ(bench.dotText(), "amber");
+  bench.hearVenue(8);
+  bench.summaryTextFrame = {0, 0, 50, 20};
+  bench.panel().preloadSeatMapForVenueId(8);
+  bench.panel().updateSeatSelectionUIForVenueId(8);
+  EXPECT_EQ(bench.dotText(), "hidden");
+  EXPECT_EQ(bench.row().seatSelectionLoadingIndicator.frame, (Rect{56, 0, 20, 20}));
+  bench.panel().updateStatus();
+  EXPECT_EQ(bench.dot().frame, (Rect{56, 6, 8, 8})) << "a hidden one has its place too";
 }
 
 TEST(SeatMapAvailability, TheSeatControlsAreShownOnlyForTheMapOfTheVenueInForce) {
@@ -365,6 +402,15 @@ TEST(OpenSeatSelector, AShowThatBeginsTakesThePresentedScreensAway) {
   ASSERT_NE(bench.panel().presentedAlert(), std::nullopt);
   bench.phone.application.dismissPresentedScreens();
   EXPECT_EQ(bench.panel().presentedAlert(), std::nullopt);
+}
+
+TEST(OpenSeatSelector, APanelThatIsGoneHearsNoMoreOfShows) {
+  PanelBench bench(inVenue7());
+  bench.panel().openSeatSelector();
+  const auto selector = bench.panel().presentedSeatSelector();
+  bench.destroyPanel();
+  bench.phone.application.dismissPresentedScreens();
+  EXPECT_FALSE(selector->isDismissed());
 }
 
 }  // namespace

@@ -178,6 +178,20 @@ TEST_F(SeatStorageTest, ARecordWithoutXPosSyncsItAsMinus1) {
   EXPECT_EQ(flatKeys(), "-1,4,A,-,-");
 }
 
+TEST_F(SeatStorageTest, ARecordWithoutYPosSyncsItAsMinus1) {
+  storeRecord(DefaultsDictionary{{"section", std::string("A")}, {"xPos", std::int64_t{-4}}});
+  storage.syncSeatDefaultsForVenueId(7);
+  EXPECT_EQ(flatKeys(), "-4,-1,A,-,-");
+}
+
+TEST_F(SeatStorageTest, SyncingLeavesANumberThatReadsTheSame) {
+  storage.persistSeatSelectionForVenueId(7, kNames, {40, 5});
+  store("xPos", std::int64_t{40});
+  storage.syncSeatDefaultsForVenueId(7);
+  EXPECT_EQ(*stored("xPos"), DefaultsValue(std::int64_t{40}));
+  EXPECT_EQ(flatKeys(), "40,5,Block A,Row 3,Seat 12");
+}
+
 TEST_F(SeatStorageTest, SyncingTakesNumbersAsPlacesAndTextsAsLabelsAndNothingElse) {
   storeRecord(DefaultsDictionary{{"section", std::int64_t{5}},
                                  {"row", std::string()},
@@ -215,6 +229,16 @@ TEST_F(SeatStorageTest, TheReadyFlagIsStoredByVenue) {
             DefaultsValue(DefaultsDictionary{{"7", true}, {"8", false}}));
   storage.setPersistedSeatLUTReady(true, 0);
   EXPECT_FALSE(storage.persistedSeatLUTReadyForVenueId(0));
+}
+
+TEST_F(SeatStorageTest, AWriteOfWhatIsThereIsNone) {
+  for (int round = 0; round < 2; ++round) {
+    storage.setPersistedSeatLUTReady(true, 7);
+    storage.setPersistedSeatLUTReady(false, 8);
+    storage.persistSeatSelectionForVenueId(7, kNames, {1, 2});
+    storage.persistSeatSelectionForVenueId(8, kNames, {3, 4});
+    EXPECT_EQ(defaults.changes, 4U) << round;
+  }
 }
 
 TEST_F(SeatStorageTest, AReadyFlagMayBeAnyNumberButNothingElse) {

@@ -196,6 +196,14 @@ TEST(StandingTouch, IsIgnoredOutsideTheStandingStep) {
   EXPECT_EQ(stateOf(wizard), (WizardState{1, 1, -1, -1})) << "at the rows of a seated section";
 }
 
+TEST(StandingTouch, IsIgnoredByAWizardThatIsDismissed) {
+  WizardRoom room(kFloor);
+  auto& wizard = room.loadAtPlan();
+  wizard.cancelTapped();
+  wizard.handleStandingDrag({99, 99});
+  EXPECT_EQ(stateOf(wizard), (WizardState{1, 0, 1, 1}));
+}
+
 TEST(StandingLayout, PlacesTheDotOnceTheAreaHasASize) {
   WizardRoom room(kFloor);
   room.inputs.hasLiveVenueSignal = true;
@@ -276,6 +284,12 @@ TEST(StandingPlanPicture, IsNotLookedForWithoutAVenue) {
     EXPECT_EQ(room.load().views().standingOverlayImageView.image, nullptr);
   }
   EXPECT_THAT(room.main.reads, IsEmpty());
+  room.inputs.venueId = 7;
+  room.load();
+  const std::size_t reads = room.main.reads.size();
+  room.inputs.venueId = 0;
+  room.load();
+  EXPECT_EQ(room.main.reads.size(), reads) << "nor after a venue";
 }
 
 TEST(StandingPlanPicture, IsDecodedOnceAVenue) {

@@ -90,6 +90,12 @@ TEST(NearestStandingSeat, WeighsBothAxesAlikeOnThePlan) {
   EXPECT_EQ(nearestTo(points, 0.3, 0.6), 2U);
 }
 
+TEST(NearestStandingSeat, IsNearestAsTheCrowFlies) {
+  // Half the plan straight up, against three tenths up and three tenths across.
+  const auto points = pointsOf({{"1", {{"a", 5, 0}, {"b", 2, 2}, {"c", 0, 10}, {"d", 10, 10}}}});
+  EXPECT_EQ(nearestTo(points, 0.5, 0.5), 1U);
+}
+
 TEST(NearestStandingSeat, ClampsThePlace) {
   const auto points = pointsOf({{"1", {{"a", 0, 0}, {"b", 10, 0}, {"c", 10, 10}}}});
   EXPECT_EQ(nearestTo(points, -4, -0.1), 0U);

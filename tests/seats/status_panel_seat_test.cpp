@@ -151,7 +151,21 @@ TEST(SeatSelection, WritesTheFlatKeysThenTheRecordAndThenWhatBecomesOfTheTables)
   for (const auto& write : bench.phone.defaults.log.entries) keys.push_back(write.key);
   EXPECT_EQ(keys, (std::vector<std::string>{"xPos", "yPos", "selectedSection", "selectedSeat",
                                             "seatSelectionByVenue", "seatLUTReadyByVenue"}));
-  EXPECT_GE(bench.phone.defaults.synchronisations, synchronisations + 3);
+  // Once for each of the three, and once more for all of a choice before its tables are begun.
+  EXPECT_GE(bench.phone.defaults.synchronisations, synchronisations + 4);
+}
+
+TEST(SeatSelection, IsShownAtOnceThoughThePanelIsStillCovered) {
+  PanelBench bench(inVenue7());
+  bench.panel().openSeatSelector();
+  const auto selector = bench.panel().presentedSeatSelector();
+  ASSERT_NE(selector, nullptr);
+  for (const std::int64_t pick : {2, 2, 1}) {
+    selector->pickerDidSelectRow(pick);
+    selector->nextTapped();
+  }
+  EXPECT_EQ(bench.summary(), "A  |  2  |  20");
+  EXPECT_EQ(bench.views().seatSelectionButton.title, "Change Seat");
 }
 
 TEST(SeatSelection, GoesToTheVenueOfTheMapWhereNoneIsInForceAnyMore) {
@@ -252,6 +266,36 @@ TEST(SeatPrecompute, IsNotStartedTwice) {
   EXPECT_TRUE(bench.isStoredReady(7));
 }
 
+TEST(SeatPrecompute, ASecondOneLeavesTheFirstAlone) {
+  PanelBench bench(inVenue7());
+  bench.putPixelMap(7, 1, {kRedWord});
+  bench.panel().showSeatLUTPrecomputeProgressWithDone(1, 3, "1");
+  bench.panel().startSeatLUTPrecomputeForVenueId(7, {5, 6});
+  EXPECT_EQ(bench.panel().seatLUTLastDone(), 1);
+  EXPECT_EQ(bench.phone.defaults.find("seatLUTReadyByVenue"), nullptr);
+  bench.settle();
+  EXPECT_EQ(bench.tables(), 0U);
+}
+
+TEST(SeatPrecompute, ItsStartAndItsReportsRefreshTheStatus) {
+  PanelBench bench(inVenue7());
+  for (int map = 1; map <= 2; ++map) bench.putPixelMap(7, map, {kRedWord});
+  bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
+  bench.tick();
+  std::vector<std::string> seen;
+  const auto setStatus = [&] {
+    bench.phone.defaults.setFromOutside("bluetoothStatus", std::to_string(seen.size()));
+  };
+  bench.phone.loop.onTurnEnded([&] {
+    seen.push_back(bench.views().statusTextLabel.text + " at " +
+                   std::to_string(bench.panel().seatLUTLastDone()));
+    setStatus();
+  });
+  setStatus();
+  bench.turn([&] { bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4}); });
+  EXPECT_EQ(seen, (std::vector<std::string>{"0 at 0", "1 at 1", "2 at 2", "3 at -1"}));
+}
+
 TEST(SeatPrecompute, OneThatReportsNothingToDoLeavesTheFlagNo) {
   PanelBench bench(inVenue7());
   bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
@@ -327,6 +371,10 @@ TEST_F(StatusDotTest, IsPlacedBesideTheSummaryText) {
   bench.summaryTextFrame = {0, 0, 50, 20};
   bench.panel().viewDidLayoutSubviews(300);
   EXPECT_EQ(bench.dot().frame, (Rect{56, 6, 8, 8}));
+  EXPECT_EQ(bench.row().seatSelectionLoadingIndicator.frame, (Rect{56, 0, 20, 20}));
+  bench.summaryTextFrame = {0, 0, 70, 20};
+  progress(1);
+  EXPECT_EQ(bench.dot().frame, (Rect{76, 6, 8, 8}));
   EXPECT_EQ(kDotCornerRadius, 4);
 }
 

@@ -399,6 +399,7 @@ TEST(StatusPanelChanges, WhatIsHiddenDoesNotCount) {
   StatusPanelViews views;
   views.settingsButton.hidden = true;
   const StatusPanelViews before = asSeen(views);
+  EXPECT_TRUE(before.settingsButton.hidden);
   views.settingsButton.title = "other";
   EXPECT_EQ(asSeen(views), before);
   views.settingsButton.hidden = false;

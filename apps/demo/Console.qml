@@ -1,0 +1,290 @@
+// SPDX-License-Identifier: Apache-2.0
+// A phone, and beside it the console of the operator whose packets it hears; or, in full screen,
+// the phone's light alone.
+import QtQuick
+import QtQuick.Templates as T
+import QtQuick.Window
+import HalvoraDemo
+
+Window {
+    id: window
+
+    required property ShowConsole desk
+    readonly property bool isBare: visibility === Window.FullScreen
+    readonly property bool isWide: width >= 1180
+    // Where the keyboard is, if the user is at the keyboard.
+    readonly property Item atKeys: {
+        const control = activeFocusItem as T.Control;
+        return control && control.visualFocus ? control : activeFocusItem as T.TextField;
+    }
+
+    objectName: "consoleWindow"
+    title: "Halvora · console"
+    width: 1320
+    height: 900
+    minimumWidth: 900
+    minimumHeight: 640
+    color: isBare ? "black" : DeskStyle.ground
+    visible: true
+    onAtKeysChanged: scroller.reveal(atKeys)
+
+    FocusScope {
+        id: room
+
+        objectName: "room"
+        anchors.fill: parent
+        focus: true
+        Keys.onEscapePressed: window.close()
+        Keys.onPressed: event => {
+            event.accepted = event.key === Qt.Key_F;
+            if (event.accepted)
+                window.visibility = window.isBare ? Window.Windowed : Window.FullScreen;
+        }
+
+        Item {
+            id: bareScreen
+
+            objectName: "bareScreen"
+            anchors.fill: parent
+            visible: window.isBare
+        }
+
+        Item {
+            id: stage
+
+            objectName: "stage"
+            visible: !window.isBare
+            width: Math.round(Math.min(440, window.width * 0.33))
+            height: parent.height
+
+            Column {
+                id: heading
+
+                objectName: "heading"
+                x: 24
+                y: 20
+                width: parent.width - 48
+                spacing: 4
+
+                DeskText {
+                    objectName: "titleText"
+                    width: parent.width
+                    font.pixelSize: 18
+                    font.weight: Font.DemiBold
+                    text: "Halvora"
+                }
+                DeskText {
+                    objectName: "statusText"
+                    width: parent.width
+                    color: DeskStyle.quiet
+                    text: "The phone " + window.desk.phoneStatus
+                }
+            }
+            Item {
+                id: stand
+
+                objectName: "stand"
+                anchors.top: heading.bottom
+                anchors.topMargin: 20
+                anchors.bottom: onAir.top
+                anchors.bottomMargin: 20
+                x: 24
+                width: parent.width - 48 - back.width - 16
+            }
+            PhoneBack {
+                id: back
+
+                objectName: "phoneBack"
+                anchors.right: parent.right
+                anchors.rightMargin: 24
+                // On the table that the phone's foot stands on.
+                y: stand.y + (stand.height + phone.fit * (window.desk.screenHeight + 24)) / 2 - height
+                isTorchOn: window.desk.isTorchOn
+            }
+            DeskButton {
+                id: onAir
+
+                objectName: "onAir"
+                x: 24
+                anchors.bottom: hint.top
+                anchors.bottomMargin: 12
+                width: parent.width - 48
+                height: 40
+                text: window.desk.isOnAir ? "On air" : "Off air"
+                isLit: window.desk.isOnAir
+                onClicked: window.desk.isOnAir = !window.desk.isOnAir
+            }
+            DeskText {
+                id: hint
+
+                objectName: "hintText"
+                x: 24
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: 16
+                color: DeskStyle.quiet
+                font.pixelSize: DeskStyle.smallSize
+                text: "F light in full screen   Esc quit"
+            }
+        }
+
+        PhoneFront {
+            id: phone
+
+            readonly property real fit: Math.min(stand.width / (window.desk.screenWidth + 24),
+                                                 stand.height / (window.desk.screenHeight + 24))
+            property real shake: 0
+
+            objectName: "phone"
+            parent: window.isBare ? bareScreen : stand
+            isBare: window.isBare
+            anchors.centerIn: parent
+            anchors.horizontalCenterOffset: shake
+            width: window.isBare ? bareScreen.width : window.desk.screenWidth
+            height: window.isBare ? bareScreen.height : window.desk.screenHeight
+            scale: window.isBare ? 1 : fit
+        }
+        SequentialAnimation {
+            id: shaking
+
+            property int strength: 1
+
+            objectName: "shaking"
+            loops: strength === 3 ? 6 : 1
+            NumberAnimation {
+                target: phone
+                property: "shake"
+                to: 2 * shaking.strength
+                duration: 40
+            }
+            NumberAnimation {
+                target: phone
+                property: "shake"
+                to: -2 * shaking.strength
+                duration: 40
+            }
+            NumberAnimation {
+                target: phone
+                property: "shake"
+                to: 0
+                duration: 40
+            }
+        }
+        Connections {
+            target: window.desk
+            function onShaken(strength: int): void {
+                shaking.strength = strength;
+                shaking.restart();
+            }
+        }
+
+        Flickable {
+            id: scroller
+
+            function reveal(control: Item): void {
+                for (let item = control; item; item = item.parent) {
+                    if (item !== contentItem)
+                        continue;
+                    const top = control.mapToItem(item, 0, 0).y - DeskStyle.inset;
+                    const least = top + control.height + 2 * DeskStyle.inset - height;
+                    contentY = Math.max(0, Math.min(Math.max(contentY, least), top));
+                }
+            }
+
+            objectName: "scroller"
+            visible: !window.isBare
+            anchors.fill: parent
+            anchors.leftMargin: stage.width
+            contentHeight: cards.y + cards.height + 24
+            boundsBehavior: Flickable.StopAtBounds
+            clip: true
+
+            T.ScrollBar.vertical: T.ScrollBar {
+                id: bar
+
+                objectName: "scrollBar"
+                width: 8
+                policy: T.ScrollBar.AsNeeded
+                visible: size < 1
+                contentItem: Rectangle {
+                    objectName: "scrollHandle"
+                    implicitWidth: 8
+                    radius: 4
+                    color: bar.pressed ? DeskStyle.accent : DeskStyle.hovered
+                }
+            }
+
+            Column {
+                id: cards
+
+                readonly property real column: window.isWide ? Math.floor((width - 16) / 2) : width
+
+                objectName: "cards"
+                y: 20
+                width: scroller.width - 24
+                spacing: 16
+
+                ModeCard {
+                    objectName: "modeCard"
+                    width: cards.width
+                    desk: window.desk
+                }
+                Grid {
+                    objectName: "cardGrid"
+                    columns: window.isWide ? 2 : 1
+                    spacing: 16
+
+                    Column {
+                        objectName: "firstColumn"
+                        spacing: 16
+
+                        ColourCard {
+                            objectName: "colourCard"
+                            width: cards.column
+                            desk: window.desk
+                        }
+                        PaletteCard {
+                            objectName: "paletteCard"
+                            width: cards.column
+                            desk: window.desk
+                        }
+                        RecordCard {
+                            objectName: "recordCard"
+                            width: cards.column
+                            desk: window.desk
+                        }
+                    }
+                    Column {
+                        objectName: "secondColumn"
+                        spacing: 16
+
+                        TorchCard {
+                            objectName: "torchCard"
+                            width: cards.column
+                            desk: window.desk
+                        }
+                        ExtrasCard {
+                            objectName: "extrasCard"
+                            width: cards.column
+                            desk: window.desk
+                        }
+                        MapCard {
+                            objectName: "mapCard"
+                            width: cards.column
+                            desk: window.desk
+                        }
+                        AirCard {
+                            objectName: "airCard"
+                            width: cards.column
+                            desk: window.desk
+                        }
+                    }
+                }
+                PacketCard {
+                    objectName: "packetCard"
+                    width: cards.width
+                    desk: window.desk
+                }
+            }
+        }
+    }
+}
