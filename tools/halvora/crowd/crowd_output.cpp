@@ -57,8 +57,14 @@ class MovieOutput final : public CrowdOutput {
 
 class FolderOutput final : public CrowdOutput {
  public:
-  FolderOutput(std::string folder, const CrowdOutputFormat& format, PictureEncoder encode)
-      : folder_(std::move(folder)), format_(format), encode_(encode) {}
+  /// A folder that is new goes again if nothing comes.
+  FolderOutput(std::string folder, bool isNew, const CrowdOutputFormat& format,
+               PictureEncoder encode)
+      : folder_(std::move(folder)), isNew_(isNew), format_(format), encode_(encode) {}
+  ~FolderOutput() override {
+    std::error_code error;
+    if (isNew_ && frames_ == 0) fs::remove(folder_, error);
+  }
 
   bool add(std::span<const std::uint8_t> rgb) override {
     char name[32];
@@ -71,6 +77,7 @@ class FolderOutput final : public CrowdOutput {
 
  private:
   std::string folder_;
+  bool isNew_;
   CrowdOutputFormat format_;
   PictureEncoder encode_;
   StandardFiles files_;
@@ -168,8 +175,10 @@ std::unique_ptr<CrowdOutput> makeCrowdOutput(const std::string& path,
     if (!isWritable(path)) return nullptr;
     return std::make_unique<SheetOutput>(path, format, tools.encodePicture);
   }
+  std::error_code error;
+  const bool isNew = !fs::exists(path, error);
   if (!isFolderMade(path)) return nullptr;
-  return std::make_unique<FolderOutput>(path, format, tools.encodePicture);
+  return std::make_unique<FolderOutput>(path, isNew, format, tools.encodePicture);
 }
 
 }  // namespace halvora
