@@ -82,13 +82,6 @@ LabelLook lookOf(const Label& label, const Reading& reading) {
   return look;
 }
 
-LabelLook lookOf(const StatusText& text, const Reading& reading) {
-  Label label = text;
-  label.lines = text.lines;
-  label.lineHeight = text.lineHeight;
-  return lookOf(label, reading);
-}
-
 ButtonLook lookOf(const Button& button, const Reading& reading) {
   ButtonLook look;
   look.shown = !button.hidden;

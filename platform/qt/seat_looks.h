@@ -106,7 +106,6 @@ Colour colourFrom(const QColor& colour);
 QString textFrom(std::string_view text);
 
 LabelLook lookOf(const Label& label, const Reading& reading);
-LabelLook lookOf(const StatusText& text, const Reading& reading);
 ButtonLook lookOf(const Button& button, const Reading& reading);
 AlertLook lookOf(const std::optional<Alert>& alert, const Reading& reading);
 

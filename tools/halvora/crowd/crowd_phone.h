@@ -84,7 +84,6 @@ class CrowdPhone {
   CrowdPhone& operator=(const CrowdPhone&) = delete;
 
   VirtualRunLoop& loop() { return loop_; }
-  const HalvoraViewController& engine() const { return engine_; }
   const CrowdSeat& seat() const { return seat_; }
 
   /// The application is opened: its view is loaded.

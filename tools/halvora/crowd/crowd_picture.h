@@ -16,8 +16,6 @@ class CrowdPicture {
  public:
   CrowdPicture(std::span<const CrowdSeat> seats, int width, int height);
 
-  int width() const { return width_; }
-  int height() const { return height_; }
   /// One light a seat; `rgb` has three bytes a pixel, rows from the top.
   void draw(std::span<const CrowdLight> lights, std::span<std::uint8_t> rgb) const;
 
