@@ -89,3 +89,13 @@ function(halvora_program target)
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${target} PRIVATE ${arg_LINK})
 endfunction()
+
+# Parses the standard library and these headers once a target instead of once a source, where the
+# build asks for it. Daily builds do not: there, each source must include what it uses.
+function(halvora_precompile target)
+  if(HALVORA_PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <array> <chrono> <functional> <map> <memory> <mutex> <optional> <span> <string>
+      <string_view> <variant> <vector> ${ARGN})
+  endif()
+endfunction()
