@@ -201,7 +201,7 @@ std::optional<bool> HalvoraViewController::seatIsWhite() const {
   if (!image) return std::nullopt;
   std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(*image);
   if (!bitmap) return std::nullopt;
-  drawImage(*image, *bitmap);
+  drawRow(*image, seat.currentYPos, *bitmap);
   const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, seat.currentYPos);
   return pixel != nullptr && pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
 }

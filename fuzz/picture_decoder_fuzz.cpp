@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   std::optional<halvora::BitmapContext> bitmap = halvora::createARGBBitmapContextFromImage(*image);
   if (!bitmap) std::abort();
-  halvora::drawImage(*image, *bitmap);
+  halvora::drawRow(*image, image->height - 1, *bitmap);
   const std::uint8_t* last = bitmap->pixelAt(image->width - 1, image->height - 1);
   if (last == nullptr || last[0] != image->rgba.back()) std::abort();
   return 0;

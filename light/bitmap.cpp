@@ -56,11 +56,12 @@ std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image
   return createARGBBitmapContextFromImage(image, system);
 }
 
-void drawImage(const Image& image, BitmapContext& context) {
-  const std::size_t pixels = std::size_t{image.width} * image.height;
-  const std::uint8_t* from = image.rgba.data();
-  std::uint8_t* to = context.data.get();
-  for (std::size_t at = 0; at < pixels; ++at, from += kBytesPerPixel, to += kBytesPerPixel) {
+void drawRow(const Image& image, std::int64_t row, BitmapContext& context) {
+  if (row < 0 || row >= image.height) return;
+  const std::size_t begin = static_cast<std::size_t>(row) * context.bytesPerRow;
+  const std::uint8_t* from = image.rgba.data() + begin;
+  std::uint8_t* to = context.data.get() + begin;
+  for (std::uint32_t at = 0; at < image.width; ++at, from += kBytesPerPixel, to += kBytesPerPixel) {
     const std::uint8_t alpha = from[3];
     to[0] = alpha;
     for (std::size_t channel = 0; channel < 3; ++channel) {

@@ -40,7 +40,8 @@ std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image
                                                               BitmapSystem& system);
 std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image);
 
-/// Draws the whole image over the whole bitmap, which has the image's size.
-void drawImage(const Image& image, BitmapContext& context);
+/// Draws that row of the image into the bitmap, which has the image's size. Whoever wants one pixel
+/// needs no more than its row; a row outside of the image draws nothing.
+void drawRow(const Image& image, std::int64_t row, BitmapContext& context);
 
 }  // namespace halvora

@@ -156,7 +156,7 @@ MaybeColour PixelMapAssets::sampleColorFromImage(const Image& image, std::int64_
   if (!bitmap) return std::nullopt;
   const std::uint8_t* pixel = bitmap->pixelAt(seatX, seatY);
   if (pixel == nullptr) return std::nullopt;
-  drawImage(image, *bitmap);
+  drawRow(image, seatY, *bitmap);
   return Colour{levelOf(pixel[1]), levelOf(pixel[2]), levelOf(pixel[3]), levelOf(pixel[0])};
 }
 

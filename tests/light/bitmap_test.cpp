@@ -59,7 +59,7 @@ std::vector<std::uint8_t> bytesOf(const BitmapContext& context) {
 std::vector<std::uint8_t> drawn(const Image& image) {
   std::optional<BitmapContext> context = createARGBBitmapContextFromImage(image);
   if (!context) return {};
-  drawImage(image, *context);
+  for (std::uint32_t row = 0; row < image.height; ++row) drawRow(image, row, *context);
   return bytesOf(*context);
 }
 
@@ -112,6 +112,17 @@ TEST(Bitmap, EveryPremultipliedLevelIsTheNearest) {
       ASSERT_TRUE(error <= 255 && error >= -255) << level << " of " << alpha;
     }
   }
+}
+
+TEST(Bitmap, ARowIsDrawnAlone) {
+  const Image image = imageOf(1, 3, {1, 2, 3, 255, 4, 5, 6, 255, 7, 8, 9, 255});
+  std::optional<BitmapContext> context = createARGBBitmapContextFromImage(image);
+  ASSERT_TRUE(context);
+  for (const std::int64_t row : {std::int64_t{-1}, std::int64_t{3}, INT64_MAX, INT64_MIN}) {
+    drawRow(image, row, *context);
+  }
+  drawRow(image, 1, *context);
+  EXPECT_EQ(bytesOf(*context), (std::vector<std::uint8_t>{0, 0, 0, 0, 255, 4, 5, 6, 0, 0, 0, 0}));
 }
 
 TEST(Bitmap, PixelsOutsideAreNone) {
