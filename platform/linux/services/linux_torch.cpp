@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/services/linux_torch.h"
+
+namespace halvora {
+
+LinuxTorch::LinuxTorch(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
+                       const std::optional<SysfsLight>& light,
+                       const LightWriterSettings& settings) {
+  if (light) writer_.emplace(loop, descriptors, buses, *light, settings);
+}
+
+LinuxTorch::~LinuxTorch() {
+  if (isOn_) writer_->leave(0);
+}
+
+void LinuxTorch::setOn(bool on) {
+  if (!writer_) return;
+  isOn_ = on;
+  writer_->write(on ? writer_->light().most : 0);
+}
+
+}  // namespace halvora
