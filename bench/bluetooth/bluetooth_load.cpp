@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What listening on a bus costs: processor time of this process a signal, what was missed of a
-// show, and how memory grows with foreign devices. Run it on a bus of its own:
+// What listening on a bus costs: processor time of this process a signal beside that of a process
+// which is only woken as often, what was missed of a show, and how memory grows with foreign
+// devices. Run it on a bus of its own:
 //   dbus-run-session -- build/release/bin/halvora_bluetooth_load [SECONDS]
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "bench/bluetooth/bare_reader.h"
 #include "bench/bluetooth/speaker.h"
 #include "platform/linux/bluetooth/bluez_central.h"
 #include "platform/linux/bus/bluez_daemon.h"
@@ -123,6 +125,14 @@ int main(int argumentCount, char** arguments) {
   std::puts(
       "| what | show packets said | heard | foreign signals | µs a signal | % of a core | "
       "bytes of heap grown |\n| --- | --: | --: | --: | --: | --: | --: |");
+  constexpr int kWakesASecond = 80;
+  const double bare = halvora::bareReaderCost(kWakesASecond, seconds);
+  if (bare < 0) {
+    std::fputs("the bare reader lost its writer\n", stderr);
+    return 1;
+  }
+  std::printf("| no bus: a bare reader woken 80 times a second | | | | %.1f | %.2f | |\n", bare,
+              bare * kWakesASecond / 1e4);
   for (const halvora::Case& measured : kCases) {
     if (!halvora::measure(measured, address)) {
       std::fprintf(stderr, "%s: packets were missed, or nothing was heard\n", measured.name);

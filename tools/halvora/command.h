@@ -17,6 +17,7 @@
 #include "platform/time.h"
 #include "platform/video_asset.h"
 #include "tools/halvora/radio.h"
+#include "tools/halvora/transmitter.h"
 
 namespace CLI {
 class App;
@@ -58,6 +59,8 @@ struct Outside {
   const MovieWriters* movies = nullptr;
   /// The machine's radio, never null; absent where there is no way to one.
   std::function<std::unique_ptr<Radio>()> openRadio = {};
+  /// The machine's transmitter, likewise.
+  std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
 };
 
 struct Call {

@@ -16,6 +16,7 @@
 #include "tools/halvora/map_commands.h"
 #include "tools/halvora/packet_commands.h"
 #include "tools/halvora/trace_command.h"
+#include "tools/halvora/transmit_command.h"
 
 namespace halvora {
 
@@ -54,6 +55,8 @@ constexpr std::array kCommands = {
     CommandRow{nullptr, "listen", "print the show packets that are in the air", makeListenCommand},
     CommandRow{nullptr, "trace", "run one phone through a scenario and print what it does",
                makeTraceCommand},
+    CommandRow{nullptr, "transmit", "advertise show packets from this machine's own adapter",
+               makeTransmitCommand},
 };
 
 // A complaint is one line, whatever a file name or an argument in it holds.

@@ -12,6 +12,7 @@
 #include "tools/halvora/commands.h"
 #include "tools/halvora/interruption.h"
 #ifdef HALVORA_HAS_BLUETOOTH
+#include "tools/halvora/bluez/system_transmitter.h"
 #include "tools/halvora/system_radio.h"
 #endif
 
@@ -33,6 +34,7 @@ int main(int argumentCount, char** arguments) {
   outside.movies = &movies;
 #ifdef HALVORA_HAS_BLUETOOTH
   outside.openRadio = halvora::openSystemRadio;
+  outside.openTransmitter = [] { return halvora::openSystemTransmitter(); };
 #endif
   if (isatty(STDERR_FILENO) != 0) {
     outside.terminal = {[](std::string_view text) { writeTo(stderr, text); },

@@ -2,14 +2,16 @@
 #include "tools/halvora/packet_commands.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "engine/broadcast.h"
 #include "tools/halvora/packet.h"
+#include "tools/halvora/packet_options.h"
 #include "tools/halvora/scenario.h"
 
 namespace halvora {
@@ -48,32 +50,15 @@ class DecodeCommand final : public ToolCommand {
 
 class EncodeCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    for (std::size_t at = 0; at < kBroadcastFields.size(); ++at) {
-      const BroadcastField& field = kBroadcastFields[at];
-      options_[at] = app.add_option("--" + std::string(field.name), values_[at],
-                                    "0 to " + std::to_string(field.largest()))
-                         ->default_str("0");
-    }
-  }
+  void describe(CLI::App& app) override { fields_.describe(app); }
   CommandResult run(const Call& call) override {
-    Broadcast broadcast;
-    for (std::size_t at = 0; at < kBroadcastFields.size(); ++at) {
-      const BroadcastField& field = kBroadcastFields[at];
-      if (options_[at]->count() == 0) continue;
-      const auto value = decimal(values_[at], field.largest());
-      if (!value) {
-        return unusable("--" + std::string(field.name) + " must be decimal digits, 0 to " +
-                        std::to_string(field.largest()) + ", not \"" + values_[at] + "\"");
-      }
-      broadcast.*field.value = static_cast<std::uint16_t>(*value);
-    }
-    return writeAll(NSDataToHex(encodeBroadcast(broadcast)) + "\n", call.output);
+    auto packet = fields_.read();
+    if (auto* refusal = std::get_if<CommandResult>(&packet)) return std::move(*refusal);
+    return writeAll(NSDataToHex(encodeBroadcast(std::get<Broadcast>(packet))) + "\n", call.output);
   }
 
  private:
-  std::array<std::string, kBroadcastFields.size()> values_;
-  std::array<CLI::Option*, kBroadcastFields.size()> options_{};
+  PacketOptions fields_;
 };
 
 }  // namespace

@@ -15,6 +15,8 @@ constexpr Duration kLastRetry = milliseconds(2000);
 constexpr Duration kRefusedRetry = milliseconds(3000);
 /// A daemon activates a monitor as soon as its adapter has power.
 constexpr Duration kActivationTime = milliseconds(2000);
+/// Of a run, in which a controller reports whatever is near, even if it never does so again.
+constexpr Duration kFirstReports = milliseconds(1000);
 /// After so many monitors that came to nothing, discovery has to do.
 constexpr int kMostMonitorFailures = 2;
 
@@ -94,6 +96,12 @@ void BluezScan::wokeUp() {
   settle();
 }
 
+// Who is heard later than that in a run repeats itself.
+void BluezScan::heard() {
+  lastHeard_ = loop_.now();
+  if (*lastHeard_ - lastStart_ > kFirstReports) hasNoRepeats_ = false;
+}
+
 const BluezAdapter* BluezScan::adapter() const {
   const auto adapters = service_.adapters();
   // A scan stays where it is for as long as it can.
@@ -124,8 +132,8 @@ void BluezScan::settleIdle() {
   const BluezAdapter* target = adapter();
   // Who is refused goes on asking, because nothing says when that changes.
   if (target == nullptr || !(isWanted_ || isRefused_)) return;
-  const Duration earliest =
-      starts_ > 0 ? std::max(notBefore_, lastStart_ + settings_.betweenStarts) : Duration();
+  const Duration between = hasNoRepeats_ ? settings_.silenceOfRepeats : settings_.betweenStarts;
+  const Duration earliest = starts_ > 0 ? std::max(notBefore_, lastStart_ + between) : Duration();
   if (earliest > loop_.now()) return settleAt(earliest);
   start(*target);
 }
@@ -140,6 +148,12 @@ void BluezScan::settleRunning() {
   const Duration end = endOfRun();
   if (end > loop_.now()) return settleAt(end);
   if (isWaitingForActivation() && !isRestartDue_ && isWanted_) ++monitorFailures_;
+  // A run may miss its first reports; that says nothing while the show is near.
+  if (hasHeard()) {
+    hasNoRepeats_ = method_ == BluezMethod::discovery && *lastHeard_ - lastStart_ <= kFirstReports;
+  } else if (!isHearing()) {
+    hasNoRepeats_ = false;
+  }
   stop();
 }
 
@@ -159,6 +173,7 @@ Duration BluezScan::endOfRun() const {
   const Duration earliest = lastStart_ + settings_.betweenStarts;
   if (isRestartDue_) return earliest;
   if (isWaitingForActivation()) return std::max(lastStart_ + kActivationTime, earliest);
+  if (hasNoRepeats_) return std::max(*lastHeard_, lastStart_) + settings_.silenceOfRepeats;
   const Duration between =
       method_ == BluezMethod::monitor ? settings_.betweenRegistrations : settings_.betweenStarts;
   const Duration silentSince = std::max(lastHeard_.value_or(Duration()), silentSince_);

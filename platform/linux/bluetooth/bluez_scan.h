@@ -17,8 +17,11 @@ struct BluezSettings {
   /// So long without a show packet, and the scan is begun anew: some controllers report a device
   /// that repeats itself only every ten seconds, and a new scan makes them report it at once.
   Duration silence = milliseconds(2000);
-  /// The shortest time between two starts, whatever the reason. Longer for a system that starves
-  /// applications which begin to scan often.
+  /// The same under a controller that was seen to report each device once a scan. Short enough for
+  /// a packet in each of the engine's seconds, which else takes the venue for left after a while.
+  Duration silenceOfRepeats = milliseconds(600);
+  /// The shortest time between two starts for any other reason. Longer, like the one above, for a
+  /// system that starves applications which begin to scan often.
   Duration betweenStarts = milliseconds(1000);
   /// The shortest time between two starts of a monitor for silence alone, which need it less: they
   /// see what a controller would hold back.
@@ -41,7 +44,7 @@ class BluezScan {
   void monitorActivated();
   void monitorReleased();
   void wokeUp();
-  void heard() { lastHeard_ = loop_.now(); }
+  void heard();
 
   /// The adapter to scan on; null if none has power.
   const BluezAdapter* adapter() const;
@@ -65,6 +68,8 @@ class BluezScan {
   void settleAt(Duration time);
   bool isLost() const;
   Duration endOfRun() const;
+  /// Something was heard in this run.
+  bool hasHeard() const { return lastHeard_ && *lastHeard_ >= lastStart_; }
   bool isWaitingForActivation() const { return method_ == BluezMethod::monitor && !isActivated_; }
 
   RunLoop& loop_;
@@ -80,6 +85,8 @@ class BluezScan {
   bool isActivated_ = false;
   /// The run is to end and to begin anew.
   bool isRestartDue_ = false;
+  /// The last run heard something as it began, and then nothing more.
+  bool hasNoRepeats_ = false;
   int failures_ = 0;
   /// Monitors that were refused or never activated, one after the other.
   int monitorFailures_ = 0;

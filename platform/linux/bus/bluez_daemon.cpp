@@ -3,9 +3,9 @@
 #include "platform/linux/bus/bluez_daemon.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <utility>
 
+#include "platform/linux/bus/bluez_errors.h"
 #include "platform/linux/bus/bus_dictionary.h"
 
 namespace halvora {
@@ -13,31 +13,12 @@ namespace halvora {
 namespace {
 
 constexpr const char* kDaemon = "org.bluez";
-constexpr std::size_t kLongestError = 300;
-
-bool isOneOf(const sd_bus_error& error, std::initializer_list<const char*> names) {
-  return std::ranges::any_of(
-      names, [&](const char* name) { return sd_bus_error_has_name(&error, name) != 0; });
-}
-
-bool isRefusal(const sd_bus_error& error) {
-  return isOneOf(error, {SD_BUS_ERROR_ACCESS_DENIED, SD_BUS_ERROR_AUTH_FAILED,
-                         SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED,
-                         "org.bluez.Error.NotPermitted", "org.bluez.Error.NotAuthorized"});
-}
+constexpr const char* kInProgress = "org.bluez.Error.InProgress";
 
 // What the answer to our first question says when it is an error.
 BluezReach reachOf(const sd_bus_error& error) {
   if (isRefusal(error)) return BluezReach::refused;
-  const bool isAbsent =
-      isOneOf(error, {SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER}) ||
-      std::string_view(error.name).starts_with("org.freedesktop.DBus.Error.Spawn.");
-  return isAbsent ? BluezReach::noDaemon : BluezReach::silent;
-}
-
-// What was asked for is there already, by a request whose answer came too late.
-bool isThereAlready(const sd_bus_error& error) {
-  return isOneOf(error, {"org.bluez.Error.InProgress", "org.bluez.Error.AlreadyExists"});
+  return isAbsence(error) ? BluezReach::noDaemon : BluezReach::silent;
 }
 
 }  // namespace
@@ -248,12 +229,27 @@ void BluezDaemon::takeAnswer(sd_bus_message* message) {
   answer_.reset();
   const sd_bus_error* error = sd_bus_message_get_error(message);
   auto outcome = BluezOutcome::done;
-  if (error != nullptr && !isStopping_ && !isThereAlready(*error)) {
+  // A monitor that exists is ours, registered by a request whose answer came too late.
+  if (error != nullptr && !isStopping_ &&
+      sd_bus_error_has_name(error, "org.bluez.Error.AlreadyExists") == 0) {
     noteError(*error);
     outcome = isRefusal(*error) ? BluezOutcome::refused : BluezOutcome::failed;
+    if (sd_bus_error_has_name(error, kInProgress) != 0) endLateDiscovery();
   }
   if (isStopping_ || outcome != BluezOutcome::done) abandon();
   listener_->answered(outcome);
+}
+
+// A discovery in progress may be ours, by a request whose answer came too late, or what is left in
+// the kernel of a daemon that died, and brings us nothing. Ours is ended, so that the next request
+// has a clear answer.
+void BluezDaemon::endLateDiscovery() {
+  const BusMessage message = newCall(scanned_, kAdapterInterface, "StopDiscovery");
+  if (message == nullptr || sd_bus_send(connection_.bus(), message.get(), nullptr) < 0) {
+    connection_.giveUp();
+  } else {
+    connection_.sent();
+  }
 }
 
 // A device that the daemon knew before we listened, and that has only repeated itself since.
@@ -279,9 +275,7 @@ void BluezDaemon::takeData(Question& question, sd_bus_message* message) {
 
 void BluezDaemon::noteError(const sd_bus_error& error) {
   ++errors_.count;
-  errors_.last = error.name;
-  if (error.message != nullptr) errors_.last.append(": ").append(error.message);
-  if (errors_.last.size() > kLongestError) errors_.last.resize(kLongestError);
+  errors_.last = textOf(error);
 }
 
 }  // namespace halvora

@@ -59,6 +59,7 @@ class BluezDaemon final : public BluezService, private BluezMonitorCalls {
   void sendDiscoveryFilter();
   /// One of an adapter's two methods for each way to scan.
   void request(const char* ofDiscovery, const char* ofMonitors);
+  void endLateDiscovery();
 
   // What is answered.
   void takeObjects(sd_bus_message* message);

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/bluetooth/bluez_central.h"
 
+#include <algorithm>
+#include <string>
+
 #include <gmock/gmock.h>
 
 #include "tests/platform/linux/bluetooth/scripted_central.h"
@@ -157,6 +160,41 @@ TEST_F(BluezCentralTest, TwoSecondsOfSilenceBeginTheScanAnewAndThenEverySecond) 
   EXPECT_EQ(central->diagnostics().restarts, 11U);
   EXPECT_EQ(central->diagnostics().starts, 12U);
   passWithShow(10);
+  EXPECT_THAT(bluez.drain(), IsEmpty());
+}
+
+TEST_F(BluezCentralTest, AControllerThatReportsADeviceOnceAScanIsHeardInEverySecond) {
+  begin();
+  bluez.drain();
+  passWithFirstReports(20);
+  const auto heard = passWithFirstReports(60);
+  ASSERT_GT(heard.size(), 60U);
+  for (std::size_t at = 1; at < heard.size(); ++at) {
+    EXPECT_LT(heard[at] - heard[at - 1], milliseconds(900));
+  }
+  // Runs that bring nothing do not end the haste at once.
+  bluez.drain();
+  loop.runFor(milliseconds(1700));
+  EXPECT_GE(std::ranges::count(bluez.drain(), std::string("discover hci0")), 2);
+  // With the show it is gone.
+  loop.runFor(milliseconds(5000));
+  bluez.drain();
+  loop.runFor(milliseconds(10000));
+  EXPECT_EQ(bluez.drain().size(), 20U);
+}
+
+TEST_F(BluezCentralTest, AShowThatIsHeardAllTheTimeIsNotInterruptedByWhatItsBeginningLookedLike) {
+  begin();
+  passWithFirstReports(5);
+  passWithShow(2);
+  bluez.drain();
+  passWithShow(10);
+  EXPECT_THAT(bluez.drain(), IsEmpty());
+  // Nor are gaps in it.
+  for (int gap = 0; gap < 10; ++gap) {
+    loop.runFor(milliseconds(1500));
+    bluez.advertise();
+  }
   EXPECT_THAT(bluez.drain(), IsEmpty());
 }
 

@@ -4,6 +4,8 @@
 
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -44,6 +46,21 @@ class BluezCentralTest : public testing::Test {
       loop.runFor(milliseconds(100));
       bluez.advertise();
     }
+  }
+  // The same under a controller that reports a device once, as a scan begins. When it was heard.
+  std::vector<Duration> passWithFirstReports(long long seconds) {
+    std::vector<Duration> heard;
+    Duration report = loop.now();
+    for (long long step = 0; step < seconds * 100; ++step) {
+      loop.runFor(milliseconds(10));
+      for (const std::string& request : bluez.drain()) {
+        if (request.starts_with("discover")) report = loop.now() + milliseconds(100);
+      }
+      if (loop.now() != report) continue;
+      bluez.advertise();
+      heard.push_back(loop.now());
+    }
+    return heard;
   }
   bool isScanning() const { return central->diagnostics().isScanning; }
 

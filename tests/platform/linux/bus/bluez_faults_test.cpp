@@ -7,6 +7,7 @@ namespace halvora {
 namespace {
 
 using testing::ElementsAre;
+using testing::StartsWith;
 
 class BluezFaults : public BluezBusTest {
  protected:
@@ -189,10 +190,26 @@ TEST_F(BluezFaults, AScanThatFailsIsTriedAgain) {
   EXPECT_EQ(central->diagnostics().errors.last, "org.bluez.Error.NotReady: as the test wants it");
 }
 
-TEST_F(BluezFaults, AScanThatGoesOnAlreadyIsAScan) {
-  bluez.errors["StartDiscovery"] = "org.bluez.Error.InProgress";
+TEST_F(BluezFaults, ADiscoveryThatADeadDaemonLeftBehindIsNoScanOfOurs) {
+  bluez.hasLeftOverDiscovery = true;
+  bluez.appear();
+  bluez.addAdapter("hci0", true);
+  scanWheneverPossible();
+  makeCentral();
+  ASSERT_TRUE(waitFor([&] { return calls("StartDiscovery") == 2; }));
+  EXPECT_FALSE(central->diagnostics().isScanning);
+  EXPECT_THAT(central->diagnostics().errors.last, StartsWith("org.bluez.Error.InProgress"));
+  bluez.hasLeftOverDiscovery = false;
+  ASSERT_TRUE(waitForScan());
+  EXPECT_TRUE(hearsAgain(1));
+}
+
+TEST_F(BluezFaults, ADiscoveryWhoseAnswerCameTooLateIsEndedAndBegunAnew) {
+  bluez.losesAnswers = 1;
   scan();
-  EXPECT_EQ(central->diagnostics().errors.count, 0U);
+  EXPECT_THAT(bluez.calls, ElementsAre("GetManagedObjects", "SetDiscoveryFilter", "StartDiscovery",
+                                       "StopDiscovery", "SetDiscoveryFilter", "StartDiscovery"));
+  EXPECT_TRUE(hearsAgain(1));
 }
 
 TEST_F(BluezFaults, WakingFromSuspendBeginsTheScanAnew) {

@@ -44,6 +44,7 @@ void FakeBluez::die() {
   connection_.close();
   for (auto& [path, adapter] : adapters_) adapter.discoverers.clear();
   monitors_.clear();
+  advertisements_.clear();
   devices_.clear();
 }
 
@@ -73,6 +74,7 @@ int FakeBluez::handleGone(sd_bus_message* message, void* self, sd_bus_error*) {
   if (*now != '\0') return 0;
   auto& fake = *static_cast<FakeBluez*>(self);
   std::erase_if(fake.monitors_, [&](const Monitor& monitor) { return monitor.client == name; });
+  std::erase_if(fake.advertisements_, [&](const Advertised& one) { return one.client == name; });
   for (auto& [path, adapter] : fake.adapters_) {
     if (adapter.discoverers.erase(name) > 0) fake.endDiscovery(path, adapter);
   }
@@ -88,6 +90,8 @@ int FakeBluez::dispatch(sd_bus_message* message) {
       {"StopDiscovery", &FakeBluez::stopDiscovery},
       {"RegisterMonitor", &FakeBluez::registerMonitor},
       {"UnregisterMonitor", &FakeBluez::unregisterMonitor},
+      {"RegisterAdvertisement", &FakeBluez::registerAdvertisement},
+      {"UnregisterAdvertisement", &FakeBluez::unregisterAdvertisement},
   };
   const std::string member = sd_bus_message_get_member(message);
   const auto method = kMethods.find(member);
@@ -159,7 +163,9 @@ int FakeBluez::startDiscovery(sd_bus_message* call) {
   Adapter* adapter = adapterOf(call);
   if (adapter == nullptr) return refuse(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "no such adapter");
   if (!adapter->isPowered) return refuse(call, "org.bluez.Error.NotReady", "Resource Not Ready");
-  if (!adapter->discoverers.insert(sd_bus_message_get_sender(call)).second) {
+  const bool isNew =
+      !hasLeftOverDiscovery && adapter->discoverers.insert(sd_bus_message_get_sender(call)).second;
+  if (!isNew || losesAnswers-- > 0) {
     return refuse(call, "org.bluez.Error.InProgress", "Operation already in progress");
   }
   heldBack_.clear();

@@ -40,6 +40,17 @@ class FakeBluez {
   /// Releases every monitor, as if they could not be kept.
   void releaseMonitors();
 
+  /// Takes every advertisement off the air, as when an adapter goes.
+  void releaseAdvertisements();
+  bool isAdvertising() const { return !advertisements_.empty(); }
+  /// The manufacturer data of the one advertisement, as it is on the air.
+  Bytes onAir() const { return advertisements_.front().data; }
+  /// What was put on the air so far, one after the other.
+  std::vector<Bytes> aired;
+  /// The type and the interval that were asked for last.
+  std::string airedType;
+  std::uint32_t airedInterval = 0;
+
   /// Any message in the daemon's name: the test fills it in.
   void signal(const std::string& path, const char* interface, const char* member,
               const std::function<void(sd_bus_message*)>& fill);
@@ -59,15 +70,22 @@ class FakeBluez {
   bool wantsRepeats = false;
   /// A controller that reports an address once until scanning begins anew.
   bool holdsRepeatsBack = false;
+  /// The kernel still discovers for a daemon that died: for nobody, and in everybody's way.
+  bool hasLeftOverDiscovery = false;
+  /// So many discoveries begin without their client being told so.
+  int losesAnswers = 0;
   /// The other order of the two tellings of a report under a monitor.
   bool tellsFoundFirst = false;
   /// Monitors are taken and then never activated.
   bool neverActivates = false;
+  /// Whether adapters that are added from now on can advertise.
+  bool canAdvertise = true;
 
  private:
   struct Adapter {
     bool isPowered = false;
     bool hasMonitors = false;
+    bool canAdvertise = true;
     /// The clients' names on the bus.
     std::set<std::string> discoverers;
   };
@@ -78,6 +96,15 @@ class FakeBluez {
     /// Its object, once its pattern was read and found good.
     std::string object;
     Bytes pattern;
+  };
+  struct Advertised {
+    std::string client;
+    std::string path;
+    /// Tells of changes.
+    BusSlot match;
+    Bytes data;
+    /// Waits for the answer, until the object was read.
+    BusMessage call;
   };
   struct Device {
     std::string adapter;
@@ -96,6 +123,12 @@ class FakeBluez {
   int stopDiscovery(sd_bus_message* call);
   int registerMonitor(sd_bus_message* call);
   int unregisterMonitor(sd_bus_message* call);
+  int registerAdvertisement(sd_bus_message* call);
+  int unregisterAdvertisement(sd_bus_message* call);
+  Advertised* advertisedBy(sd_bus_message* message, const std::string& path);
+  bool readAdvertisement(sd_bus_message* message, Advertised& advertised);
+  static int takeAdvertisement(sd_bus_message* reply, void* self, sd_bus_error*);
+  static int changeAdvertisement(sd_bus_message* signal, void* self, sd_bus_error*);
   void readMonitor(sd_bus_message* objects);
   void activate(const Monitor& monitor);
   void callMonitor(const Monitor& monitor, const char* member, const std::string& device = {});
@@ -117,6 +150,7 @@ class FakeBluez {
   std::map<std::string, Adapter> adapters_;
   std::map<std::string, Device> devices_;
   std::vector<Monitor> monitors_;
+  std::vector<Advertised> advertisements_;
   std::set<std::string> heldBack_;
 };
 

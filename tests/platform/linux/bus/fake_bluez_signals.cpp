@@ -31,7 +31,7 @@ void FakeBluez::signal(const std::string& path, const char* interface, const cha
 void FakeBluez::addAdapter(const std::string& name, bool isPowered, bool hasMonitors) {
   const std::string path = "/org/bluez/" + name;
   Adapter& adapter = adapters_[path];
-  adapter = {isPowered, hasMonitors, {}};
+  adapter = {isPowered, hasMonitors, canAdvertise, {}};
   signal("/", kObjectManager, "InterfacesAdded", [&](sd_bus_message* message) {
     sd_bus_message_append(message, "o", path.c_str());
     appendAdapter(message, adapter);
@@ -156,6 +156,10 @@ void FakeBluez::appendAdapter(sd_bus_message* message, const Adapter& adapter) {
   sd_bus_message_append(message, "{sa{sv}}", "org.bluez.Adapter1", 3, "Address", "s",
                         "00:11:22:33:44:55", "Powered", "b", static_cast<int>(adapter.isPowered),
                         "Discovering", "b", 0);
+  if (adapter.canAdvertise) {
+    sd_bus_message_append(message, "{sa{sv}}", "org.bluez.LEAdvertisingManager1", 2,
+                          "ActiveInstances", "y", 0, "SupportedInstances", "y", 5);
+  }
   if (adapter.hasMonitors) {
     sd_bus_message_append(message, "{sa{sv}}", "org.bluez.AdvertisementMonitorManager1", 2,
                           "SupportedMonitorTypes", "as", 1, "or_patterns", "SupportedFeatures",

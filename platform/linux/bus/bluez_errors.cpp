@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/bus/bluez_errors.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <string_view>
+
+namespace halvora {
+
+namespace {
+
+constexpr std::size_t kLongestText = 300;
+
+bool isOneOf(const sd_bus_error& error, std::initializer_list<const char*> names) {
+  return std::ranges::any_of(
+      names, [&](const char* name) { return sd_bus_error_has_name(&error, name) != 0; });
+}
+
+}  // namespace
+
+bool isRefusal(const sd_bus_error& error) {
+  return isOneOf(error, {SD_BUS_ERROR_ACCESS_DENIED, SD_BUS_ERROR_AUTH_FAILED,
+                         SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED,
+                         "org.bluez.Error.NotPermitted", "org.bluez.Error.NotAuthorized"});
+}
+
+bool isAbsence(const sd_bus_error& error) {
+  return isOneOf(error, {SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER}) ||
+         std::string_view(error.name).starts_with("org.freedesktop.DBus.Error.Spawn.");
+}
+
+std::string textOf(const sd_bus_error& error) {
+  std::string text = error.name;
+  if (error.message != nullptr) text.append(": ").append(error.message);
+  if (text.size() > kLongestText) text.resize(kLongestText);
+  return text;
+}
+
+}  // namespace halvora

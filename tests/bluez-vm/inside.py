@@ -1,0 +1,475 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Runs in the emulated machine: starts a bus, two controllers and the real Bluetooth daemon, lets
+the kit hear what is in their air, and says on the console what came of it. Everything is waited for
+by what tells of it; limits are only reached by what has failed."""
+
+import itertools
+import json
+import os
+import queue
+import re
+import signal
+import subprocess
+import threading
+import time
+from pathlib import Path
+
+VM = Path("/run/vm")
+HALVORA = VM / "halvora"
+DEMO = VM / "halvora-demo"
+SHOW = VM / "show.jsonl"
+LIMIT = 120
+CROWD_SECONDS = 60
+REPEATS_SECONDS = 30
+# How long hearing may take to come back.
+RESUMED_WITHIN = 5
+# A discovery whose daemon was killed goes on in the kernel, for nobody and in everybody's way.
+LEFT_OVER = 10.24
+TRANSMITTERS = 8
+RETRY_STATUS = 3
+
+PROPERTIES = "org.freedesktop.DBus.Properties"
+ADAPTER = "org.bluez.Adapter1"
+MONITOR = "org.bluez.AdvertisementMonitor1"
+
+
+class Failure(Exception):
+    pass
+
+
+class NoController(Exception):
+    pass
+
+
+class LeftOut(Exception):
+    pass
+
+
+def say(text):
+    print(text, flush=True)
+
+
+class Lines:
+    """The lines of a stream, each with the time at which it came."""
+
+    def __init__(self, stream):
+        self.all = []
+        self.new = queue.SimpleQueue()
+        threading.Thread(target=self.read, args=(stream,), daemon=True).start()
+
+    def read(self, stream):
+        for raw in stream:
+            line = (time.monotonic(), raw.decode(errors="replace").rstrip("\n"))
+            self.all.append(line)
+            self.new.put(line)
+        self.new.put(None)
+
+    def wait(self, is_it, what, limit=LIMIT, since=0.0):
+        """The next line that is what is waited for, and has come since then."""
+        end = time.monotonic() + limit
+        while True:
+            try:
+                line = self.new.get(timeout=max(end - time.monotonic(), 0.01))
+            except queue.Empty:
+                raise Failure(f"no {what} within {limit} s") from None
+            if line is None:
+                raise Failure(f"no {what}: the program has ended")
+            if line[0] >= since and is_it(line[1]):
+                return line
+
+    def forget(self):
+        while not self.new.empty():
+            self.new.get()
+
+
+def start(command, log, **options):
+    options.setdefault("stdin", subprocess.DEVNULL)
+    with open(VM / log, "ab") as file:
+        return subprocess.Popen(
+            [str(word) for word in command], stdout=subprocess.PIPE, stderr=file, **options
+        )
+
+
+def processor_seconds(process):
+    fields = Path(f"/proc/{process.pid}/stat").read_text().rsplit(") ")[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def bus_call(path, interface, member, *arguments):
+    command = ["dbus-send", "--system", "--print-reply=literal", "--dest=org.bluez", path]
+    done = subprocess.run([*command, f"{interface}.{member}", *arguments], capture_output=True, text=True)
+    return done.stdout if done.returncode == 0 else None
+
+
+def bus_get(adapter, interface, name):
+    answer = bus_call(f"/org/bluez/{adapter}", PROPERTIES, "Get", f"string:{interface}", f"string:{name}")
+    return answer and answer.removeprefix("   variant").strip()
+
+
+def flag(adapter, name):
+    return bus_get(adapter, ADAPTER, name) == "boolean true"
+
+
+def set_power(adapter, is_on):
+    value = f"variant:boolean:{'true' if is_on else 'false'}"
+    names = [f"string:{ADAPTER}", "string:Powered", value]
+    if bus_call(f"/org/bluez/{adapter}", PROPERTIES, "Set", *names) is None:
+        raise Failure("the daemon does not switch the adapter")
+
+
+class Bus:
+    """The system's bus, with an ear on everything that the daemon says."""
+
+    def __init__(self):
+        command = ["dbus-daemon", "--system", "--nofork", "--nopidfile", "--print-address"]
+        self.daemon = start(command, "dbus.log")
+        self.daemon.stdout.readline()
+        rules = [
+            "type='signal',sender='org.bluez'",
+            f"type='method_call',interface='{MONITOR}'",
+            "type='method_call',destination='org.bluez'",
+            "type='signal',member='NameOwnerChanged',arg0='org.bluez'",
+        ]
+        self.monitor = start(["dbus-monitor", "--system", "--profile", *rules], "dbus.log")
+        self.lines = Lines(self.monitor.stdout)
+        self.lines.wait(lambda line: "NameAcquired" in line or line.startswith("#"), "bus")
+
+    def wait(self, is_so, what, limit=LIMIT):
+        """Looks again whenever the daemon has said something."""
+        end = time.monotonic() + limit
+        while not is_so():
+            self.lines.wait(lambda line: True, what, end - time.monotonic())
+
+    def forget(self):
+        self.lines.forget()
+        self.lines.all.clear()
+
+    def write(self, file):
+        """What was said, for whoever wants to know why."""
+        file.write_text("".join(f"{at:.3f} {line}\n" for at, line in self.lines.all))
+
+    def daemon_came(self):
+        """When the daemon last took its name."""
+        return max(at for at, line in self.lines.all if line.endswith("\tNameOwnerChanged"))
+
+    def wait_for_member(self, member, limit=LIMIT):
+        return self.lines.wait(lambda line: line.endswith(f"\t{member}"), member, limit)
+
+
+class Daemon:
+    """The real Bluetooth daemon."""
+
+    def __init__(self, bus, has_monitors):
+        self.bus = bus
+        self.command = ["/usr/libexec/bluetooth/bluetoothd", "--nodetach"]
+        if has_monitors:
+            self.command.append("--experimental")
+        self.start()
+
+    def start(self):
+        self.process = start(self.command, "bluetoothd.log")
+        self.bus.wait(lambda: flag("hci0", "Powered") and flag("hci1", "Powered"), "adapters")
+
+    def kill(self):
+        self.process.kill()
+        self.process.wait()
+
+    def stop(self):
+        """As the system stops it."""
+        self.process.terminate()
+        self.process.wait(LIMIT)
+
+
+class Listener:
+    """`halvora listen`, until it is told to end."""
+
+    def __init__(self, machine, name, has_monitors):
+        self.record = VM / f"{name}.jsonl"
+        self.process = start([HALVORA, "listen", "--record", self.record], f"{name}.err")
+        machine.listeners.append(self.process)
+        self.lines = Lines(self.process.stdout)
+        machine.wait_for_scan(has_monitors)
+
+    def wait_for_packet(self, limit=LIMIT, is_it=lambda packet: True, since=0.0):
+        def is_packet(line):
+            packet = json.loads(line)
+            return "sequence" in packet and is_it(packet)
+
+        return self.lines.wait(is_packet, "packet", limit, since)[0]
+
+    def end(self):
+        self.process.send_signal(signal.SIGINT)
+        if self.process.wait(LIMIT) != 0:
+            raise Failure(f"listen ended with {self.process.returncode}")
+        lines = [json.loads(line) for _, line in self.lines.all]
+        self.packets = [line for line in lines if "sequence" in line]
+
+
+class Machine:
+    def __init__(self):
+        self.bus = Bus()
+        self.controllers = start([VM / "halvora_vm_controllers"], "controllers.err", stdin=subprocess.PIPE)
+        self.listeners = []
+        self.air = Lines(self.controllers.stdout)
+        self.air.wait(lambda line: line == "ready", "controllers")
+
+    def wait_for_scan(self, has_monitors):
+        if has_monitors:
+            self.bus.wait_for_member("Activate")
+        else:
+            self.bus.wait(lambda: flag("hci0", "Discovering"), "discovery")
+
+    def calm(self):
+        """Ends what a scenario that failed has left."""
+        self.wish("show 0")
+        for process in self.listeners:
+            if process.poll() is None:
+                process.kill()
+                process.wait()
+        self.listeners.clear()
+
+    def wish(self, line):
+        self.controllers.stdin.write(f"{line}\n".encode())
+        self.controllers.stdin.flush()
+
+
+def packets_of(scenario):
+    """Its packets in order, each once."""
+    packets = []
+    for line in scenario.read_text().splitlines():
+        packet = json.loads(line).get("packet")
+        if packet and packet.upper() not in packets[-1:]:
+            packets.append(packet.upper())
+    return packets
+
+
+def trace_of(scenario):
+    """What a phone does, in order, without the times."""
+    done = subprocess.run([HALVORA, "trace", scenario], capture_output=True, text=True, check=True)
+    lines = [json.loads(line) for line in done.stdout.splitlines()]
+    for line in lines:
+        del line["t"]
+        if str(line.get("defaults")).endswith("Date"):
+            del line["value"]
+    return lines
+
+
+def show(machine, name, has_monitors):
+    """A transmitter's whole show, from one adapter through the air to the other."""
+    listener = Listener(machine, name, has_monitors)
+    began = time.monotonic()
+    sender = start([HALVORA, "transmit", "--adapter", "hci1", "--scenario", SHOW], f"{name}-transmit.err")
+    (VM / f"{name}-transmitted.jsonl").write_bytes(sender.stdout.read())
+    if sender.wait(LIMIT) != 0:
+        raise Failure(f"transmit ended with {sender.returncode}: {(VM / f'{name}-transmit.err').read_text()}")
+    seconds = time.monotonic() - began
+    listener.end()
+    expected, heard = packets_of(SHOW), packets_of(listener.record)
+    if heard != expected:
+        raise Failure(f"{len(heard)} packets in the recording are not the {len(expected)} of the show")
+    shown, replayed = trace_of(SHOW), trace_of(listener.record)
+    for wanted, done in itertools.zip_longest(shown, replayed):
+        if wanted != done:
+            raise Failure(f"a phone that hears the recording does {done} for {wanted}")
+    return (
+        f"{len(expected)} packets in {len(listener.packets)} reports over {seconds:.1f} s; "
+        f"the trace of the recording is the show's, {len(shown)} lines"
+    )
+
+
+def repeats(machine, name, has_monitors):
+    """A look that stays, from a transmitter that the controller reports once a scan."""
+    machine.wish("show 100")
+    listener = Listener(machine, name, has_monitors)
+    first = listener.wait_for_packet()
+    listener.wait_for_packet(since=first + REPEATS_SECONDS)
+    listener.end()
+    times = [at for at, line in listener.lines.all if "broadcastKey" in line]
+    longest = max(later - earlier for earlier, later in zip(times, times[1:]))
+    places = [line["insideVenue"] for line in trace_of(listener.record) if "insideVenue" in line]
+    # The last one is when the recording has ended.
+    text = f"{len(times)} packets in {REPEATS_SECONDS} s, {longest:.2f} s between two at most"
+    if places != [True, False]:
+        raise Failure(f"{text}; the venue was left {places.count(False) - 1} times")
+    return f"{text}; the venue was never left"
+
+
+def resumption(machine, name, has_monitors):
+    """Power and daemon go and come back; how soon after that a packet is heard."""
+    # Else the kit would go on with the other adapter.
+    set_power("hci1", False)
+    machine.wish("show 100")
+    listener = Listener(machine, name, has_monitors)
+    listener.wait_for_packet()
+    times = []
+
+    def resumed(what, since, limit=RESUMED_WITHIN):
+        try:
+            heard = listener.wait_for_packet(limit, since=since)
+        except Failure as failure:
+            raise Failure(f"after {what} ({', '.join(times)}): {failure}") from None
+        times.append(f"{what} {heard - since:.2f} s")
+
+    for _ in range(2):
+        set_power("hci0", False)
+        machine.bus.wait(lambda: not flag("hci0", "Powered"), "end of power")
+        set_power("hci0", True)
+        resumed("power", time.monotonic())
+    machine.daemon.stop()
+    machine.daemon.start()
+    resumed("daemon stopped and started", machine.bus.daemon_came())
+    for _ in range(2):
+        machine.daemon.kill()
+        machine.daemon.start()
+        resumed(
+            "daemon killed and started",
+            machine.bus.daemon_came(),
+            RESUMED_WITHIN + (0 if has_monitors else LEFT_OVER),
+        )
+    listener.end()
+    return "heard again after " + ", ".join(times)
+
+
+def told_of_the_crowd(lines):
+    """How many messages of each kind the daemon sent, until the first of who came after the crowd."""
+    counts = {"InterfacesAdded": 0, "PropertiesChanged": 0, "DeviceFound": 0}
+    for _, line in lines:
+        path, _, member = line.split("\t")[-3:]
+        if path.endswith("dev_C0_00_00_00_00_00"):
+            break
+        if member == "InterfacesAdded" and counts[member] == TRANSMITTERS:
+            break
+        if member in counts and (member != "PropertiesChanged" or "/dev_" in path):
+            counts[member] += 1
+    return counts
+
+
+def crowd(machine, name, has_monitors):
+    """8 transmitters among 20,000 other devices, for a minute."""
+    listener = Listener(machine, name, has_monitors)
+    machine.bus.forget()
+    processes = [listener.process, machine.daemon.process]
+    before = [processor_seconds(process) for process in processes]
+    machine.wish(f"crowd {CROWD_SECONDS}")
+    told = machine.air.wait(lambda line: line.startswith("crowd "), "crowd", CROWD_SECONDS + LIMIT)
+    # What comes last on the same way says that everything before it has come.
+    machine.wish("show 100")
+    listener.wait_for_packet(is_it=lambda packet: packet["transmitter"] == 0)
+    own, daemon = (processor_seconds(process) - first for process, first in zip(processes, before))
+    listener.end()
+    shows, foreign = (int(word) for word in told[1].split()[1:])
+    heard = [packet for packet in listener.packets if packet["transmitter"] != 0]
+    different = {(packet["transmitter"], packet["sequence"]) for packet in heard}
+    counts = told_of_the_crowd(machine.bus.lines.all)
+    messages = sum(counts.values())
+    text = (
+        f"{shows} packets and {foreign} foreign reports in the air; the daemon reported "
+        f"{counts['DeviceFound']}, {counts['InterfacesAdded'] + counts['PropertiesChanged']} of them "
+        f"with new data; heard {len(heard)}, {len(different)} of them different; "
+        f"{own:.2f} s of processor time to hear and print {messages} messages, "
+        f"{own * 1e6 / max(messages, 1):.0f} µs each; the daemon {daemon * 100 / CROWD_SECONDS:.0f} % of a core"
+    )
+    is_whole = len(heard) == counts["DeviceFound"]
+    is_new = len(different) == counts["InterfacesAdded"] + counts["PropertiesChanged"]
+    if not (is_whole and is_new and heard):
+        raise Failure(text)
+    return text
+
+
+def most_of(picture):
+    """The colour that most of a picture has, and how much of it."""
+    command = ["convert", picture, "-depth", "8", "-format", "%c", "histogram:info:-"]
+    text = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+    counts = re.findall(r"^ *(\d+): \( *(\d+), *(\d+), *(\d+)", text, re.MULTILINE)
+    most = max(counts, key=lambda row: int(row[0]))
+    share = int(most[0]) / sum(int(row[0]) for row in counts)
+    return tuple(int(level) for level in most[1:]), share
+
+
+def demo(machine, name, has_monitors):
+    """The demo shows the colour of a packet from the air."""
+    if not DEMO.exists():
+        raise LeftOut("the demo is not built")
+    picture = VM / f"{name}.png"
+    surroundings = os.environ | {"QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software"}
+    command = [DEMO, "--radio", "system", "--assets", VM / "demo", "--screenshot", picture]
+    phone = start(command, f"{name}.err", env=surroundings)
+    machine.listeners.append(phone)
+    machine.wait_for_scan(has_monitors)
+    colour = (10, 200, 30)
+    fields = {"applicationId": 4242, "mode": 1, "master": 255, "transmitter": 1}
+    fields |= dict(zip(["red", "green", "blue"], colour))
+    words = [word for key, value in fields.items() for word in (f"--{key}", value)]
+    sender = start([HALVORA, "transmit", "--adapter", "hci1", *words], f"{name}-transmit.err")
+    machine.listeners.append(sender)
+    if phone.wait(LIMIT) != 0:
+        raise Failure(f"the demo ended with {phone.returncode}")
+    sender.send_signal(signal.SIGINT)
+    if sender.wait(LIMIT) != 0:
+        raise Failure(f"transmit ended with {sender.returncode}")
+    if bus_get("hci1", "org.bluez.LEAdvertisingManager1", "ActiveInstances") != "byte 0":
+        raise Failure("the advertisement is still there after Ctrl-C")
+    seen, share = most_of(picture)
+    if seen != colour or share < 0.5:
+        raise Failure(f"the demo shows {seen} on {share:.0%} of its window, not {colour}")
+    return f"{share:.0%} of its window is {seen}, as the packet says; off the air after Ctrl-C"
+
+
+# Name, what it runs, and whether under the daemon's monitors.
+SCENARIOS = [
+    ("show-discovery", show, False),
+    ("show-monitor", show, True),
+    ("repeats-discovery", repeats, False),
+    ("resumption-discovery", resumption, False),
+    ("resumption-monitor", resumption, True),
+    ("demo-monitor", demo, True),
+    ("crowd-monitor", crowd, True),
+]
+
+
+def run_all(only):
+    machine = Machine()
+    failures = 0
+    for has_monitors in (False, True):
+        chosen = [row for row in SCENARIOS if row[2] == has_monitors and (not only or row[0] in only)]
+        if not chosen:
+            continue
+        try:
+            machine.daemon = Daemon(machine.bus, has_monitors)
+        except Failure as failure:
+            raise NoController from failure
+        say(f"note bluetoothd {'with' if has_monitors else 'without'} monitors")
+        for name, scenario, _ in chosen:
+            began = time.monotonic()
+            machine.bus.forget()
+            try:
+                text = f"ok {name}: {scenario(machine, name, has_monitors)}"
+            except LeftOut as reason:
+                text = f"note {name} left out: {reason}"
+            except Failure as failure:
+                failures += 1
+                text = f"FAILED {name}: {failure}"
+            machine.calm()
+            machine.bus.write(VM / f"{name}.bus")
+            say(f"{text} [{time.monotonic() - began:.1f} s]")
+        machine.daemon.kill()
+        machine.bus.wait(lambda: bus_call("/", PROPERTIES, "GetAll") is None, "end of the daemon")
+    return failures
+
+
+def main():
+    only = [name for name in (VM / "only").read_text().split(",") if name]
+    try:
+        status = 1 if run_all(only) else 0
+    except NoController as failure:
+        say(f"note no controllers: {failure.__cause__}")
+        status = RETRY_STATUS
+    except Exception as failure:
+        say(f"FAILED {type(failure).__name__}: {failure}")
+        status = 1
+    say(f"end {status}")
+
+
+if __name__ == "__main__":
+    main()
