@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# The Qt Quick face, the demo, and the tests of both.
+# The Qt Quick face, the demo, the tests of both, and the benchmarks of the face.
 find_package(Qt6 6.4 QUIET COMPONENTS Core Gui Network Qml Quick QuickControls2)
 if(NOT Qt6_FOUND)
   message(STATUS "Qt 6.4 not found: no Qt Quick face, no demo")
@@ -28,4 +28,8 @@ endif()
 if(TARGET halvora_demo)
   halvora_own_sources(halvora_demo)
   set_target_properties(halvora_demo PROPERTIES OUTPUT_NAME halvora-demo)
+endif()
+if(HALVORA_BENCH AND TARGET halvora_qt)
+  halvora_program(halvora_window_bench
+    FOLDERS bench/window LINK halvora_qt halvora_qtplugin halvora_virtual halvora_standard)
 endif()

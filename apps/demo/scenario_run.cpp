@@ -23,10 +23,17 @@ void ScenarioRun::endAfter(Duration time, std::function<void()> ended) {
 void ScenarioRun::schedule(const ScenarioLine& line, std::uint64_t occurrence) {
   const auto time = line.timeOf(occurrence);
   if (!time) return;
-  timers_.after(begin_ + *time - loop_.now(), [this, &line, occurrence] {
+  const auto act = [this, &line, occurrence] {
     act_(line.action);
     schedule(line, occurrence + 1);
-  });
+  };
+  // A timer without a delay would be late, and with it all that a phone times from its start.
+  const Duration delay = begin_ + *time - loop_.now();
+  if (delay > Duration::zero()) {
+    timers_.after(delay, act);
+  } else {
+    timers_.soon(act);
+  }
 }
 
 }  // namespace halvora

@@ -13,8 +13,9 @@ constexpr Duration kStatusPause = milliseconds(100);
 
 }  // namespace
 
-ShowPlayer::ShowPlayer(const ShowFiles& files, QtRunLoop& loop, DemoLibraries& libraries)
-    : files_(files), loop_(loop), libraries_(libraries), title_(titleOf(files)) {}
+ShowPlayer::ShowPlayer(const ShowFiles& files, RunLoop& loop, SerialQueues& queues,
+                       DemoLibraries& libraries)
+    : files_(files), loop_(loop), queues_(queues), libraries_(libraries), title_(titleOf(files)) {}
 
 ShowPlayer::~ShowPlayer() {
   if (surface_ != nullptr) surface_->setViews(nullptr);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Plays a show over and over, each time with a fresh engine, and says for the window what is being
-// played. Made by the program, which attaches the surface to play on. Main thread.
+// Plays a show over and over in the time of a run loop, each time with a fresh engine, and says for
+// the window what is being played. Made by the program, which attaches the surface to play on.
+// Main thread.
 #pragma once
 
 #include <QObject>
@@ -14,8 +15,8 @@
 #include "apps/demo/live_show.h"
 #include "apps/demo/show_files.h"
 #include "platform/qt/light_surface.h"
-#include "platform/qt/qt_run_loop.h"
-#include "platform/standard/thread_queues.h"
+#include "platform/run_loop.h"
+#include "platform/serial_queues.h"
 
 namespace halvora {
 
@@ -31,7 +32,7 @@ class ShowPlayer : public QObject {
   Q_PROPERTY(QString status READ status NOTIFY statusChanged)
 
  public:
-  ShowPlayer(const ShowFiles& files, QtRunLoop& loop, DemoLibraries& libraries);
+  ShowPlayer(const ShowFiles& files, RunLoop& loop, SerialQueues& queues, DemoLibraries& libraries);
   ~ShowPlayer() override;
 
   /// Begins. The surface may go before the player.
@@ -51,11 +52,11 @@ class ShowPlayer : public QObject {
   void begin();
 
   const ShowFiles& files_;
-  QtRunLoop& loop_;
+  RunLoop& loop_;
+  SerialQueues& queues_;
   DemoLibraries& libraries_;
   const QString title_;
   QPointer<LightSurface> surface_;
-  ThreadQueues queues_;
   std::unique_ptr<LiveShow> show_;
   Timer statusTimer_;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/light_surface.h"
 
+#include <QAbstractAnimation>
 #include <QQuickWindow>
 #include <QSGImageNode>
 #include <QSGNode>
@@ -14,6 +15,9 @@
 namespace halvora {
 
 namespace {
+
+// One when the rhythm begins, and one of a frame that is late.
+constexpr int kMostTicksWithoutFrame = 2;
 
 // Has one child an item of the list that it drew last. It transforms nothing; but below a node
 // without any such role the software renderer draws children that come later in the wrong place.
@@ -46,7 +50,24 @@ void show(const DisplayItem& item, QSGNode& node) {
 
 }  // namespace
 
-LightSurface::LightSurface(QQuickItem* parent) : QQuickItem(parent) { setFlag(ItemHasContents); }
+// Ticks as often as Qt animates: with the screen where frames wait for it, else some 60 times a
+// second. Asking for the next frame in each one would draw thousands where nothing waits.
+class LightSurface::Rhythm final : public QAbstractAnimation {
+ public:
+  explicit Rhythm(LightSurface& surface) : surface_(surface) {}
+  int duration() const override { return -1; }
+
+ protected:
+  void updateCurrentTime(int /*time*/) override { surface_.frameIsDue(); }
+
+ private:
+  LightSurface& surface_;
+};
+
+LightSurface::LightSurface(QQuickItem* parent)
+    : QQuickItem(parent), rhythm_(std::make_unique<Rhythm>(*this)) {
+  setFlag(ItemHasContents);
+}
 
 LightSurface::~LightSurface() {
   if (views_ != nullptr) views_->setObserver(nullptr);
@@ -72,6 +93,8 @@ void LightSurface::setClips(QtClipPicture* a, QtClipPicture* b) {
   polish();
 }
 
+bool LightSurface::isMoving() const { return rhythm_->state() != Rhythm::Stopped; }
+
 void LightSurface::updatePolish() {
   for (Clip& clip : clips_) {
     const QImage picture = clip.source != nullptr ? clip.source->picture() : QImage();
@@ -82,9 +105,9 @@ void LightSurface::updatePolish() {
 
 void LightSurface::itemChange(ItemChange change, const ItemChangeData& data) {
   if (change == ItemSceneChange) {
-    disconnect(frames_);
+    disconnect(beginnings_);
     if (data.window != nullptr) {
-      frames_ =
+      beginnings_ =
           connect(data.window, &QQuickWindow::afterAnimating, this, &LightSurface::frameBegins);
     }
   }
@@ -96,12 +119,20 @@ void LightSurface::geometryChange(const QRectF& newGeometry, const QRectF& oldGe
   update();
 }
 
-// An update asked for here is drawn in this very frame, and brings on the next. One frame more than
-// the animations last: the values they end on have no change of their own.
+// Where an animation begins, or the window is drawn again after it was hidden.
 void LightSurface::frameBegins() {
+  ticksSinceFrame_ = 0;
   const bool isAnimating = views_ != nullptr && views_->isAnimating();
-  if (isAnimating || wasAnimating_) update();
-  wasAnimating_ = isAnimating;
+  if (isAnimating || isMoving()) update();
+  if (isAnimating && !isMoving()) rhythm_->start();
+}
+
+// One frame more than the animations last: the values they end on have no change of their own. A
+// window that nobody sees draws none, and asks for none either.
+void LightSurface::frameIsDue() {
+  update();
+  const bool isAnimating = views_ != nullptr && views_->isAnimating();
+  if (++ticksSinceFrame_ > kMostTicksWithoutFrame || !isAnimating) rhythm_->stop();
 }
 
 QSGNode* LightSurface::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {

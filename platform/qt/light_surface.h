@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The QML item that shows a show: it draws the view stack that a host hands it, over its whole
-// size. It asks for a frame when the stack changes, and for one after another while an animation
+// size. It asks for a frame at once when the stack changes, and in Qt's rhythm while an animation
 // runs; what a frame shows follows from its time alone. Main thread, but for the drawing itself,
 // which Qt does on its render thread while the main thread waits.
 #pragma once
@@ -10,6 +10,7 @@
 #include <QPointer>
 #include <QQuickItem>
 #include <array>
+#include <memory>
 
 #include <qqmlregistration.h>
 
@@ -32,6 +33,8 @@ class LightSurface : public QQuickItem, private ViewObserver {
   void setViews(ViewStack* views);
   /// What the stack's two players of clips show; null for a player that has no picture.
   void setClips(QtClipPicture* a, QtClipPicture* b);
+  /// Asks for frames by itself, as something may move.
+  bool isMoving() const;
 
  protected:
   void itemChange(ItemChange change, const ItemChangeData& data) override;
@@ -52,14 +55,18 @@ class LightSurface : public QQuickItem, private ViewObserver {
   void textChanged(ViewId, const std::string&) override { update(); }
   void lightChanged(const MaybeColour&) override { update(); }
 
+  class Rhythm;
+
   void frameBegins();
+  void frameIsDue();
   QImage clipOf(const DisplayItem& item) const;
   QSGNode* makeNode(const DisplayItem& item) const;
 
   ViewStack* views_ = nullptr;
   std::array<Clip, 2> clips_;
-  QMetaObject::Connection frames_;
-  bool wasAnimating_ = false;
+  QMetaObject::Connection beginnings_;
+  std::unique_ptr<Rhythm> rhythm_;
+  int ticksSinceFrame_ = 0;
 };
 
 }  // namespace halvora

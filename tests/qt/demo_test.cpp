@@ -5,81 +5,25 @@
 
 #include <QFile>
 #include <QImage>
-#include <QProcess>
-#include <QProcessEnvironment>
+#include <QPainter>
 #include <QTemporaryDir>
-#include <memory>
+#include <algorithm>
+#include <cstdlib>
 #include <set>
 #include <string>
-#include <variant>
 
 #include <gtest/gtest.h>
 
-#include "engine/broadcast.h"
-#include "engine/halvora_view_controller.h"
-#include "light/display_list.h"
-#include "platform/json/rapid_json_reader.h"
 #include "platform/qt/display_painter.h"
-#include "platform/standard/folder_bundle.h"
-#include "platform/standard/seeded_random.h"
 #include "platform/standard/standard_files.h"
-#include "platform/virtual/virtual_phone.h"
-#include "tools/halvora/scenario_player.h"
+#include "tests/qt/demo_bench.h"
 
 namespace halvora {
 namespace {
 
-const std::string kAssets = HALVORA_SOURCE_DIR "/assets/demo";
-constexpr Duration kAfterLastAction = milliseconds(2000);
-
-struct DemoRun {
-  int status = -1;
-  QString output;
-  QString error;
-};
-
-DemoRun runDemo(const QStringList& arguments,
-                const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
-  QProcess process;
-  process.setProcessEnvironment(environment);
-  process.start(QStringLiteral(HALVORA_DEMO), arguments);
-  constexpr int kFourMinutes = 240'000;
-  if (!process.waitForFinished(kFourMinutes)) return {};
-  const bool isEnded = process.exitStatus() == QProcess::NormalExit;
-  return {isEnded ? process.exitCode() : -1, QString::fromUtf8(process.readAllStandardOutput()),
-          QString::fromUtf8(process.readAllStandardError())};
-}
-
-// An engine in virtual time, with the chances that the demo draws.
-class Reference {
- public:
-  explicit Reference(const std::string& text)
-      : scenario_(std::get<Scenario>(parseScenario(text, json_))),
-        phone_(json_, setup()),
-        engine_(phone_.platform()) {
-    schedule(scenario_, phone_.loop, stage_);
-  }
-
-  Duration end() const { return scenario_.lastAction() + kAfterLastAction; }
-  DisplayList at(Duration time) {
-    EXPECT_TRUE(phone_.loop.runUntil(time));
-    return displayListOf(engine_.views(), phone_.screen.size);
-  }
-
- private:
-  VirtualPhoneSetup setup() {
-    VirtualPhoneSetup setup = setupOf(scenario_.device, std::make_unique<SeededRandom>(1));
-    setup.mainBundle = &bundle_;
-    return setup;
-  }
-
-  RapidJsonReader json_;
-  FolderBundle bundle_{kAssets, "com.example.host"};
-  Scenario scenario_;
-  VirtualPhone phone_;
-  HalvoraViewController engine_;
-  ScenarioStage stage_{phone_.bluetooth, phone_.application, phone_.defaults, engine_};
-};
+const std::string kAssets = demoAssets();
+// A picture that is scaled differs at its edges.
+constexpr int kNearlyAlike = 12;
 
 bool isNear(const QColor& a, const QColor& b) {
   return std::abs(a.red() - b.red()) <= 1 && std::abs(a.green() - b.green()) <= 1 &&
@@ -117,32 +61,13 @@ TEST(Demo, ContactSheet) {
   EXPECT_GT(colours.size(), 50U);
 }
 
-std::string packetLine(double at, std::uint16_t red, std::uint16_t green, std::uint16_t blue) {
-  Broadcast look;
-  look.applicationId = 4242;
-  look.venueId = 7;
-  look.master = 255;
-  look.red = red;
-  look.green = green;
-  look.blue = blue;
-  look.mode = 1;
-  look.sequence = static_cast<std::uint16_t>(at * 10);
-  look.transmitter = 1;
-  return "{\"at\": " + std::to_string(at) + ", \"packet\": \"" +
-         NSDataToHex(encodeBroadcast(look)) + "\"}\n";
-}
-
 // The show ends in a steady colour, so it does not matter when within that the picture is taken.
 TEST(Demo, Window) {
   const QTemporaryDir folder;
-  const QString scenario = folder.filePath(QStringLiteral("steady.jsonl"));
   const QString path = folder.filePath(QStringLiteral("window.png"));
   const std::string text =
       "{\"at\": 0, \"start\": true}\n" + packetLine(1.5, 200, 40, 40) + packetLine(2, 30, 160, 90);
-  QFile file(scenario);
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write(text.data(), static_cast<qint64>(text.size()));
-  file.close();
+  const QString scenario = writeScenario(folder.path(), text);
 
   const DemoRun run =
       runDemo({QStringLiteral("--assets"), QString::fromStdString(kAssets),
@@ -161,47 +86,119 @@ TEST(Demo, Window) {
   EXPECT_FALSE(isNear(window.pixelColor(2, window.height() / 2), seen));
 }
 
-// The example show up to a steady look, in a window of a real window system.
-TEST(Demo, RealWindow) {
-  QProcess server;
-  server.start(QStringLiteral("Xvfb"),
-               {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                QStringLiteral("0"), QStringLiteral("1400x1100x24"), QStringLiteral("-nolisten"),
-                QStringLiteral("tcp")});
-  if (!server.waitForStarted()) GTEST_SKIP() << "no Xvfb";
-  constexpr int kHalfAMinute = 30'000;
-  ASSERT_TRUE(server.waitForReadyRead(kHalfAMinute)) << server.readAllStandardError().toStdString();
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.insert(QStringLiteral("DISPLAY"),
-                     QLatin1Char(':') + QString::fromLatin1(server.readLine().trimmed()));
-  environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-
-  const auto whole = readFile(kAssets + "/example-show.jsonl", 1 << 24);
-  ASSERT_TRUE(whole.has_value());
-  const std::string text = whole->substr(0, whole->find("{\"at\": 4.4,"));
-  const QTemporaryDir folder;
-  const QString path = folder.filePath(QStringLiteral("window.png"));
-  const QString scenario = folder.filePath(QStringLiteral("begin.jsonl"));
-  QFile file(scenario);
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write(text.data(), static_cast<qint64>(text.size()));
-  file.close();
-  const DemoRun run =
-      runDemo({QStringLiteral("--assets"), QString::fromStdString(kAssets),
-               QStringLiteral("--scenario"), scenario, QStringLiteral("--screenshot"), path},
-              environment);
-  server.terminate();
-  server.waitForFinished(kHalfAMinute);
-  ASSERT_EQ(run.status, 0) << run.error.toStdString();
-
-  Reference reference(text);
-  const DisplayList list = reference.at(reference.end());
-  ASSERT_EQ(list.size(), 1U);
-  const QImage window(path);
-  ASSERT_FALSE(window.isNull());
-  const QColor seen = window.pixelColor(window.width() / 2, window.height() / 2);
-  EXPECT_TRUE(isNear(seen, colourOf(list[0].colour))) << seen.name().toStdString();
+// The picture of the phone's screen within the demo's window, as large as the phone's screen is.
+QImage screenIn(const QImage& window, QSize size) {
+  constexpr QRgb kFrame = qRgb(0x3a, 0x3c, 0x45);
+  const int middle = window.width() / 2;
+  const auto isFrame = [&](int x, int y) { return window.pixel(x, y) == kFrame; };
+  // The inner edges of the frame, on the lines through its middle.
+  int top = 0;
+  while (top < window.height() && !isFrame(middle, top)) ++top;
+  while (top < window.height() && isFrame(middle, top)) ++top;
+  int bottom = window.height() - 1;
+  while (bottom > top && !isFrame(middle, bottom)) --bottom;
+  while (bottom > top && isFrame(middle, bottom)) --bottom;
+  const double scale = (bottom + 1 - top) / static_cast<double>(size.height());
+  const double width = size.width() * scale;
+  const QRectF place((window.width() - width) / 2, top, width, bottom + 1 - top);
+  return window.copy(place.toAlignedRect())
+      .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
+
+QImage painted(const DisplayList& list, QSize size) {
+  QImage picture(size, QImage::Format_RGB32);
+  picture.fill(Qt::black);
+  QPainter painter(&picture);
+  paintDisplayList(painter, list);
+  return picture;
+}
+
+// The largest difference of any channel of the mean colours of two pictures' parts, a part being a
+// thirteenth as wide and a twenty-eighth as high, in so many rows of parts from the top. The
+// corners lie under the phone's frame.
+constexpr QSize kParts(13, 28);
+int differenceOfParts(const QImage& a, const QImage& b, int rows) {
+  const QImage left = a.scaled(kParts, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+  const QImage right = b.scaled(kParts, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+  int largest = 0;
+  for (int y = 0; y < rows; ++y) {
+    for (int x = 0; x < kParts.width(); ++x) {
+      const bool isAtSide = x == 0 || x == kParts.width() - 1;
+      if (isAtSide && (y == 0 || y == kParts.height() - 1)) continue;
+      const QColor one = left.pixelColor(x, y);
+      const QColor other = right.pixelColor(x, y);
+      largest =
+          std::max({largest, std::abs(one.red() - other.red()),
+                    std::abs(one.green() - other.green()), std::abs(one.blue() - other.blue())});
+    }
+  }
+  return largest;
+}
+
+void compareFrames(const QTemporaryDir& folder, Duration step, Reference& reference) {
+  const auto steps = static_cast<int>((reference.end() - Duration{1}) / step) + 1;
+  const QSize size(static_cast<int>(reference.screen().width),
+                   static_cast<int>(reference.screen().height));
+  int plain = 0;
+  int pictures = 0;
+  int texts = 0;
+  std::set<QRgb> colours;
+  for (int at = 0; at < steps; ++at) {
+    const QString name = QStringLiteral("frame-%1.png").arg(at, 5, 10, QLatin1Char('0'));
+    const QImage window(folder.filePath(name));
+    ASSERT_FALSE(window.isNull()) << name.toStdString();
+    const DisplayList list = reference.at(at * step);
+    const QImage screen = screenIn(window, size);
+    const bool isPlain = list.size() == 1 && list[0].opacity == 1;
+    if (isPlain) {
+      const QColor seen = window.pixelColor(window.width() / 2, window.height() / 2);
+      colours.insert(seen.rgb());
+      EXPECT_TRUE(isNear(seen, colourOf(list[0].colour)))
+          << name.toStdString() << " shows " << seen.name().toStdString();
+    }
+    plain += isPlain ? 1 : 0;
+    pictures += list.size() > 1 ? 1 : 0;
+    // The packets of a second may be one more or less where one comes as the second ends.
+    const bool hasText = std::any_of(list.begin(), list.end(), [](const DisplayItem& item) {
+      return item.content == ViewContent::text;
+    });
+    texts += hasText ? 1 : 0;
+    const int rows = hasText ? kParts.height() / 4 : kParts.height();
+    EXPECT_LE(differenceOfParts(screen, painted(list, size), rows), kNearlyAlike)
+        << name.toStdString();
+  }
+  EXPECT_FALSE(QFile::exists(
+      folder.filePath(QStringLiteral("frame-%1.png").arg(steps, 5, 10, QLatin1Char('0')))));
+  EXPECT_GT(plain, steps / 2);
+  EXPECT_GT(pictures, steps / 20);
+  EXPECT_LT(texts, steps / 20);
+  EXPECT_GT(colours.size(), static_cast<std::size_t>(steps / 10));
+}
+
+// The example show in a window of a real window system, which is asked what it shows.
+void playInRealWindow(bool hasOpenGl, Duration step) {
+  const XServer server;
+  if (!server.isInstalled()) GTEST_SKIP() << "no Xvfb";
+  QProcessEnvironment environment = server.environment();
+  if (hasOpenGl) environment.remove(QStringLiteral("QT_QUICK_BACKEND"));
+  const QTemporaryDir folder;
+  const DemoRun run = runDemo(
+      {QStringLiteral("--assets"), QString::fromStdString(kAssets), QStringLiteral("--frames"),
+       folder.path(), QStringLiteral("--step"), QString::number(toSeconds(step))},
+      environment);
+  ASSERT_EQ(run.status, 0) << run.error.toStdString();
+  // Not on the one that is taken where no window system answers.
+  EXPECT_TRUE(run.output.contains(QStringLiteral(" on xcb: "))) << run.output.toStdString();
+
+  const auto text = readFile(kAssets + "/example-show.jsonl", 1 << 24);
+  ASSERT_TRUE(text.has_value());
+  Reference reference(*text);
+  compareFrames(folder, step, reference);
+}
+
+TEST(Demo, RealWindow) { playInRealWindow(false, milliseconds(500)); }
+
+TEST(Demo, RealWindowWithOpenGl) { playInRealWindow(true, milliseconds(3900)); }
 
 // Without a scenario; what the console does is tested in virtual time.
 TEST(Demo, Console) {
@@ -223,17 +220,15 @@ TEST(Demo, Console) {
 
 TEST(Demo, BadInput) {
   const QTemporaryDir folder;
-  const QString scenario = folder.filePath(QStringLiteral("bad.jsonl"));
-  QFile file(scenario);
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write("{\"at\": 0, \"start\": true}\n{\"at\": 1, \"dance\": true}\n");
-  file.close();
+  const QString scenario =
+      writeScenario(folder.path(), "{\"at\": 0, \"start\": true}\n{\"at\": 1, \"dance\": true}\n");
   const QString assets = QString::fromStdString(kAssets);
   const QString sheet = folder.filePath(QStringLiteral("sheet.png"));
 
   const std::pair<QStringList, QString> kCases[] = {
       {{QStringLiteral("--dance")}, QStringLiteral("--dance")},
       {{QStringLiteral("--quit-after"), QStringLiteral("-1")}, QStringLiteral("--quit-after")},
+      {{QStringLiteral("--step"), QStringLiteral("1")}, QStringLiteral("--step")},
       {{QStringLiteral("--radio"), QStringLiteral("system")}, QStringLiteral("--radio system")},
       {{QStringLiteral("--radio"), QStringLiteral("tube")}, QStringLiteral("--radio")},
       {{QStringLiteral("--assets"), folder.filePath(QStringLiteral("none"))},
@@ -242,7 +237,7 @@ TEST(Demo, BadInput) {
         folder.filePath(QStringLiteral("none.jsonl"))},
        QStringLiteral("none.jsonl")},
       {{QStringLiteral("--assets"), assets, QStringLiteral("--scenario"), scenario},
-       QStringLiteral("bad.jsonl:2: ")},
+       QStringLiteral("scenario.jsonl:2: ")},
   };
   for (const auto& [arguments, expected] : kCases) {
     const DemoRun run = runDemo(arguments + QStringList{QStringLiteral("--contact-sheet"), sheet});

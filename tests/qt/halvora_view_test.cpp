@@ -145,6 +145,38 @@ TEST_F(HalvoraViewTest, BindingsFollowPermissionAndVenue) {
   EXPECT_EQ(standing(), QStringLiteral("true false"));
 }
 
+// The packets go on; only what they change is drawn.
+TEST_F(HalvoraViewTest, ASteadyColourPaintsNothingAndWakesNothingButTheNamedTimers) {
+  place(R"(
+      import QtQuick
+      import Halvora
+      Window {
+          width: 200; height: 100; color: "#0a3c14"; visible: true
+          HalvoraView { objectName: "light"; anchors.fill: parent }
+      })");
+  listen();
+  show(200, 100, 50);
+  // Clips may be played from four seconds after the start on.
+  phone.loop.runFor(milliseconds(3000));
+  EXPECT_EQ(placed->colourAt(100, 50), QColor(200, 100, 50));
+  while (light().isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  QCoreApplication::processEvents();
+  int frames = 0;
+  QObject::connect(&placed->window(), &QQuickWindow::afterAnimating, &light(), [&] { ++frames; });
+  constexpr int kTenths = 600;
+  const std::uint64_t turns = phone.loop.turns();
+  for (int tenth = 0; tenth < kTenths; ++tenth) {
+    EXPECT_TRUE(advertise());
+    phone.loop.runFor(milliseconds(100));
+    QCoreApplication::processEvents();
+  }
+  EXPECT_EQ(frames, 0);
+  // A scan cycle and a range reset a second, and two looks at the room's light.
+  EXPECT_EQ(phone.loop.turns() - turns, kTenths / 10 * 4U);
+  show(1, 2, 250);
+  while (frames == 0) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
 TEST_F(HalvoraViewTest, TellsTheEngineWhereItIsLaidOut) {
   place(kOneView);
   EXPECT_EQ(controller.frame(), (Rect{0, 0, 200, 100}));

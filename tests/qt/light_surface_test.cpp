@@ -188,6 +188,33 @@ TEST_F(LightSurfaceTest, AsksForFramesForAsLongAsAnAnimationRuns) {
   EXPECT_FALSE(views.isAnimating());
 }
 
+// At rest the change that begins an animation has asked for the first frame already.
+TEST_F(LightSurfaceTest, AnAnimationThatBeginsAtRestIsDrawnToItsEnd) {
+  views.setLightColour(kWhite);
+  waitForFrames(1);
+  EXPECT_FALSE(surface.isMoving());
+  views.animateAlpha({{ViewId::container, 1}}, {.duration = milliseconds(1000)});
+  waitForFrames(5);
+  EXPECT_TRUE(surface.isMoving());
+  loop.runFor(milliseconds(1000));
+  // The last frame shows where it ended.
+  waitForFrames(1);
+  while (surface.isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  EXPECT_EQ(seenInTheMiddle(), QColor(Qt::white));
+}
+
+TEST_F(LightSurfaceTest, AsksForNothingWhileNobodySeesIt) {
+  waitForFrames(1);
+  views.animateAlpha({{ViewId::container, 1}}, {.duration = milliseconds(1000)});
+  waitForFrames(2);
+  window.hide();
+  while (surface.isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  EXPECT_TRUE(views.isAnimating());
+  window.show();
+  waitForFrames(5);
+  EXPECT_TRUE(surface.isMoving());
+}
+
 TEST_F(LightSurfaceTest, AsksForAFrameWhenTheStackChanges) {
   waitForFrames(1);
   views.setAlpha(ViewId::container, 1);

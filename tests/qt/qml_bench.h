@@ -63,17 +63,20 @@ struct QmlBench {
   }
   /// A plain colour on the air, and the time that a show takes to fade in.
   void show(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint16_t mode = 1) {
-    Broadcast look;
-    look.applicationId = 258;
-    look.transmitter = 7;
-    look.sequence = ++sequence;
-    look.master = 255;
-    look.mode = mode;
-    look.red = red;
-    look.green = green;
-    look.blue = blue;
-    phone.bluetooth.advertise(encodeBroadcast(look));
+    onAir.applicationId = 258;
+    onAir.transmitter = 7;
+    onAir.master = 255;
+    onAir.mode = mode;
+    onAir.red = red;
+    onAir.green = green;
+    onAir.blue = blue;
+    advertise();
     phone.loop.runFor(milliseconds(1000));
+  }
+  /// The look once more, under the next sequence number; true if it was heard.
+  bool advertise() {
+    onAir.sequence = ++sequence;
+    return phone.bluetooth.advertise(encodeBroadcast(onAir));
   }
 
   const RapidJsonReader reader;
@@ -81,6 +84,7 @@ struct QmlBench {
   HalvoraViewController controller{phone.platform()};
   QQmlEngine qml;
   std::uint16_t sequence = 0;
+  Broadcast onAir;
 };
 
 }  // namespace halvora

@@ -124,6 +124,19 @@ TEST_F(QtVideoPlayerTest, ASeekCompletesWithoutAClipToo) {
   EXPECT_TRUE(isComplete);
 }
 
+// Run without any device for the sound, too: its pictures are what a clip is for.
+TEST_F(QtVideoPlayerTest, AClipWithSoundPlaysThrough) {
+  maker.run(
+      "-f lavfi -i color=c=red:s=64x64:r=30:d=1 -f lavfi -i color=c=blue:s=64x64:r=30:d=1 "
+      "-f lavfi -i sine=frequency=440:duration=2 -filter_complex concat=n=2:v=1[v] -map [v] "
+      "-map 2:a -c:a aac -pix_fmt yuv420p -g 30 -y %4.mp4");
+  player.load({"4", maker.pathOf("4.mp4")});
+  waitUntilReady();
+  player.play();
+  waitForColour(Qt::blue);
+  player.pause();
+}
+
 TEST_F(QtVideoPlayerTest, LoadingAnotherClipTakesTheFirstAway) {
   player.load({"3", makeClip(maker)});
   waitUntilReady();
