@@ -11,7 +11,8 @@ Window {
 
     required property ShowConsole desk
     readonly property bool isBare: visibility === Window.FullScreen
-    readonly property bool isWide: width >= 1180
+    readonly property bool isVenue: desk.venue.isOpen
+    readonly property bool isWide: width >= 1180 && !isVenue
     // Where the keyboard is, if the user is at the keyboard.
     readonly property Item atKeys: {
         const control = activeFocusItem as T.Control;
@@ -34,7 +35,10 @@ Window {
         objectName: "room"
         anchors.fill: parent
         focus: true
-        Keys.onEscapePressed: window.close()
+        Keys.onEscapePressed: {
+            if (!window.desk.venue.goBack())
+                window.close();
+        }
         Keys.onPressed: event => {
             event.accepted = event.key === Qt.Key_F;
             if (event.accepted)
@@ -54,7 +58,8 @@ Window {
 
             objectName: "stage"
             visible: !window.isBare
-            width: Math.round(Math.min(440, window.width * 0.33))
+            width: Math.round(window.isVenue ? window.width - Math.min(456, window.width * 0.47)
+                                             : Math.min(440, window.width * 0.33))
             height: parent.height
 
             Column {
@@ -79,11 +84,33 @@ Window {
                     color: DeskStyle.quiet
                     text: "The phone " + window.desk.phoneStatus
                 }
+                DeskChoices {
+                    objectName: "views"
+                    topPadding: 8
+                    width: Math.min(parent.width, 240)
+                    columns: 2
+                    entries: [{number: 0, name: "Phone"}, {number: 1, name: "Venue"}]
+                    current: window.isVenue ? 1 : 0
+                    what: "view"
+                    onChosen: number => window.desk.venue.isOpen = number === 1
+                }
+            }
+            VenueStage {
+                objectName: "venueStage"
+                visible: window.isVenue
+                anchors.top: heading.bottom
+                anchors.topMargin: 16
+                anchors.bottom: onAir.top
+                anchors.bottomMargin: 16
+                x: 24
+                width: parent.width - 32
+                desk: window.desk
             }
             Item {
                 id: stand
 
                 objectName: "stand"
+                visible: !window.isVenue
                 anchors.top: heading.bottom
                 anchors.topMargin: 20
                 anchors.bottom: onAir.top
@@ -95,6 +122,7 @@ Window {
                 id: back
 
                 objectName: "phoneBack"
+                visible: !window.isVenue
                 anchors.right: parent.right
                 anchors.rightMargin: 24
                 // On the table that the phone's foot stands on.
@@ -108,7 +136,7 @@ Window {
                 x: 24
                 anchors.bottom: hint.top
                 anchors.bottomMargin: 12
-                width: parent.width - 48
+                width: window.isVenue ? parent.width - 32 : parent.width - 48
                 height: 40
                 text: window.desk.isOnAir ? "On air" : "Off air"
                 isLit: window.desk.isOnAir
@@ -123,7 +151,7 @@ Window {
                 anchors.bottomMargin: 16
                 color: DeskStyle.quiet
                 font.pixelSize: DeskStyle.smallSize
-                text: "F light in full screen   Esc quit"
+                text: window.isVenue ? "F light in full screen   Esc back" : "F light in full screen   Esc quit"
             }
         }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/demo/desk_words.h"
 
+#include "light/mode_tables.h"
 #include "light/palettes.h"
 #include "light/show_state.h"
 
@@ -70,6 +71,15 @@ constexpr MeaningRow kMeanings[] = {
 };
 
 }  // namespace
+
+std::string statusOf(bool isInsideVenue, std::uint32_t mode) {
+  if (!isInsideVenue) return "hears no show";
+  if (mode == 0) return "waits for the show";
+  if (mode == kPixelMapMode) return "shows its seat's pixel";
+  if (mode == kNoSeatMode) return "has no seat for the pixel map";
+  const std::string number = "shows mode " + std::to_string(mode);
+  return mode < kModeNames.size() ? number + ", " + kModeNames[mode] : number;
+}
 
 std::string meaningOf(const BroadcastField& field, const Broadcast& packet) {
   for (const MeaningRow& row : kMeanings) {

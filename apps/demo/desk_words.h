@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "engine/broadcast.h"
@@ -25,6 +26,9 @@ inline constexpr std::array<const char*, 10> kTorchModeNames = {
 
 inline constexpr std::array<const char*, 4> kVibrationNames = {"None", "Light tap", "Heavy tap",
                                                                "Buzz"};
+
+/// What a phone does that is in a mode, as the rest of a sentence.
+std::string statusOf(bool isInsideVenue, std::uint32_t mode);
 
 /// What that field of the packet means to a phone; empty where the number says it all.
 std::string meaningOf(const BroadcastField& field, const Broadcast& packet);

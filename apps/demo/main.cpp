@@ -18,10 +18,18 @@
 #include "apps/demo/options.h"
 #include "apps/demo/show_console.h"
 #include "apps/demo/show_files.h"
+#include "apps/demo/show_frames.h"
 #include "apps/demo/show_player.h"
+#include "platform/qt/halvora_view_item.h"
 #include "platform/qt/light_surface.h"
 #include "platform/qt/qt_run_loop.h"
 #include "platform/standard/thread_queues.h"
+#include "platform/virtual/virtual_devices.h"
+#include "platform/virtual/virtual_run_loop.h"
+
+#ifdef HALVORA_HAS_BLUETOOTH
+#include "apps/demo/system_phone.h"
+#endif
 
 Q_IMPORT_QML_PLUGIN(HalvoraPlugin)
 Q_IMPORT_QML_PLUGIN(HalvoraDemoPlugin)
@@ -31,6 +39,7 @@ namespace halvora {
 namespace {
 
 constexpr const char* kDefaultSheet = "./halvora-contact-sheet.png";
+constexpr const char* kNoWindow = "the window cannot be made";
 constexpr Duration kLongestSheet = std::chrono::hours(24);
 /// The phone begins to listen after a second, and a show fades in for another one.
 constexpr Duration kFirstLook = milliseconds(3000);
@@ -40,14 +49,23 @@ int fail(const DemoRefusal& refusal) {
   return refusal.status;
 }
 
-bool hasDisplay() {
+constexpr const char* kPlatform = "QT_QPA_PLATFORM";
+constexpr const char* kNoDisplay = "offscreen";
+
+// The window systems to try. Qt ends a process that none of them answers, so the last one always
+// does.
+QByteArray platformsToTry() {
+  QByteArray platforms = qgetenv(kPlatform);
 #ifdef Q_OS_LINUX
-  return !qEnvironmentVariableIsEmpty("DISPLAY") ||
-         !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
-         !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
-#else
-  return true;
+  if (platforms.isEmpty()) {
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";
+    platforms += kNoDisplay;
+  } else if (!platforms.contains(kNoDisplay)) {
+    platforms = platforms + ';' + kNoDisplay;
+  }
 #endif
+  return platforms;
 }
 
 int writeContactSheet(const ShowFiles& files, DemoLibraries& libraries, const std::string& path) {
@@ -85,21 +103,46 @@ int runWindow(RunLoop& loop, const DemoOptions& options) {
   return QCoreApplication::exec();
 }
 
+LightSurface* surfaceOf(QQuickWindow* window) {
+  return window == nullptr ? nullptr
+                           : window->findChild<LightSurface*>(QStringLiteral("lightSurface"));
+}
+
 int showScenario(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
   QtRunLoop loop;
-  ShowPlayer player(files, loop, libraries);
+  ThreadQueues queues;
+  ShowPlayer player(files, loop, queues, libraries);
   QQmlApplicationEngine qml;
   QQuickWindow* window = openWindow(qml, "Main.qml", "player", player);
-  auto* surface = window == nullptr
-                      ? nullptr
-                      : window->findChild<LightSurface*>(QStringLiteral("lightSurface"));
-  if (surface == nullptr) return fail({"the window cannot be made", 1});
+  LightSurface* surface = surfaceOf(window);
+  if (surface == nullptr) return fail({kNoWindow, 1});
   if (!options.screenshot.empty()) {
     QObject::connect(&player, &ShowPlayer::ended, window,
                      [window, &options] { saveWindow(*window, options.screenshot); });
   }
   player.play(*surface);
   return runWindow(loop, options);
+}
+
+// In the show's own time, which waits for each frame.
+int saveFrames(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
+  VirtualRunLoop loop;
+  VirtualQueues queues(loop);
+  ShowPlayer player(files, loop, queues, libraries);
+  QQmlApplicationEngine qml;
+  QQuickWindow* window = openWindow(qml, "Main.qml", "player", player);
+  LightSurface* surface = surfaceOf(window);
+  if (surface == nullptr) return fail({kNoWindow, 1});
+  QObject::connect(&player, &ShowPlayer::ended, window, [] { QCoreApplication::exit(0); });
+  player.play(*surface);
+  ShowFrames frames(loop, options.step, *window, options.frames, [](const std::string& why) {
+    QCoreApplication::exit(fail({why, 1}));
+  });
+  const int status = runWindow(loop, options);
+  if (status != 0) return status;
+  std::printf("%d frames of %s on %s: %s\n", frames.count(), files.name.c_str(),
+              qPrintable(QGuiApplication::platformName()), options.frames.c_str());
+  return 0;
 }
 
 int showConsole(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
@@ -109,20 +152,74 @@ int showConsole(const ShowFiles& files, DemoLibraries& libraries, const DemoOpti
   QQmlApplicationEngine qml;
   console.install(qml);
   QQuickWindow* window = openWindow(qml, "Console.qml", "desk", console);
-  if (window == nullptr) return fail({"the window cannot be made", 1});
+  if (window == nullptr) return fail({kNoWindow, 1});
+  if (options.map > 0) console.set(QStringLiteral("pixelMapId"), options.map);
+  VenueShow& venue = *console.venue();
+  if (options.venue) {
+    venue.setPhones(*options.venue);
+    venue.setOpen(true);
+  }
   Timer picture;
-  if (!options.screenshot.empty()) {
+  const auto takePicture = [&] {
     picture = Timer(loop, loop.after(kFirstLook, [window, &options] {
       saveWindow(*window, options.screenshot);
     }));
+  };
+  if (!options.screenshot.empty() && !options.venue) takePicture();
+  if (!options.screenshot.empty() && options.venue) {
+    QObject::connect(&venue, &VenueShow::stateChanged, window, [&] {
+      if (venue.isReady() || !venue.failure().isEmpty()) takePicture();
+    });
   }
   return runWindow(loop, options);
 }
+
+#ifdef HALVORA_HAS_BLUETOOTH
+constexpr Duration kFadedIn = milliseconds(1500);
+
+// The picture is of the first show, once it has faded in, or of what there is at the end.
+int showSystem(const ShowFiles& files, const DemoOptions& options) {
+  // Nobody sees the phone, and nobody asked for a picture of it.
+  if (!options.contactSheet.empty()) {
+    return fail({"--radio system: no display to open the phone on (see --screenshot)", 1});
+  }
+  SystemPhone phone(files.assets);
+  QQmlApplicationEngine qml;
+  phone.install(qml);
+  QQuickWindow* window = openWindow(qml, "SystemWindow.qml", "system", phone);
+  auto* light =
+      window == nullptr ? nullptr : window->findChild<HalvoraViewItem*>(QStringLiteral("light"));
+  if (light == nullptr) return fail({kNoWindow, 1});
+  if (options.screenshot.empty()) return runWindow(phone.loop(), options);
+  Timer picture;
+  const auto takePictureAfter = [&](Duration pause) {
+    picture = Timer(phone.loop(),
+                    phone.loop().after(pause, [&] { saveWindow(*window, options.screenshot); }));
+  };
+  QObject::connect(
+      light, &HalvoraViewItem::lightShowStarted, window, [&] { takePictureAfter(kFadedIn); },
+      Qt::SingleShotConnection);
+  if (options.quitAfter) takePictureAfter(*options.quitAfter);
+  return QCoreApplication::exec();
+}
+#endif
 
 std::filesystem::path programFolder(const char* program) {
   std::error_code error;
   const auto path = std::filesystem::canonical("/proc/self/exe", error);
   return (error ? std::filesystem::absolute(program, error) : path).parent_path();
+}
+
+int show(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
+#ifdef HALVORA_HAS_BLUETOOTH
+  if (options.isOnSystemRadio) return showSystem(files, options);
+#endif
+  if (!options.contactSheet.empty()) {
+    return writeContactSheet(files, libraries, options.contactSheet);
+  }
+  if (!options.frames.empty()) return saveFrames(files, libraries, options);
+  return options.scenario.empty() ? showConsole(files, libraries, options)
+                                  : showScenario(files, libraries, options);
 }
 
 int run(int argumentCount, char** arguments) {
@@ -136,15 +233,8 @@ int run(int argumentCount, char** arguments) {
   DemoLibraries libraries;
   const auto files = openShow(options, programFolder(arguments[0]), libraries.json);
   if (const auto* refusal = std::get_if<DemoRefusal>(&files)) return fail(*refusal);
-  const auto& show = std::get<ShowFiles>(files);
-
-  if (!hasDisplay() && options.contactSheet.empty() && options.screenshot.empty()) {
-    options.contactSheet = kDefaultSheet;
-  }
-  if (!hasDisplay() || !options.contactSheet.empty()) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QT_QUICK_BACKEND", "software");
-  }
+  const bool isAskedFor = qgetenv(kPlatform).contains(kNoDisplay);
+  qputenv(kPlatform, options.contactSheet.empty() ? platformsToTry() : QByteArray(kNoDisplay));
   // Qt waits 5 ms for further changes before it draws; a light that follows a beat cannot.
   if (!qEnvironmentVariableIsSet("QT_QPA_UPDATE_IDLE_TIME"))
     qputenv("QT_QPA_UPDATE_IDLE_TIME", "0");
@@ -152,10 +242,14 @@ int run(int argumentCount, char** arguments) {
   const QGuiApplication application(argumentCount, arguments);
   libraries.documents =
       QStandardPaths::writableLocation(QStandardPaths::CacheLocation).toStdString();
-  if (!options.contactSheet.empty())
-    return writeContactSheet(show, libraries, options.contactSheet);
-  return options.scenario.empty() ? showConsole(show, libraries, options)
-                                  : showScenario(show, libraries, options);
+  if (QGuiApplication::platformName() == QLatin1String(kNoDisplay)) {
+    QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
+    const bool wantsPicture = !options.screenshot.empty() || !options.frames.empty();
+    if (!isAskedFor && !wantsPicture && options.contactSheet.empty()) {
+      options.contactSheet = kDefaultSheet;
+    }
+  }
+  return show(std::get<ShowFiles>(files), libraries, options);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // The demo's command line. A value, read once at the start.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <variant>
@@ -16,7 +17,15 @@ struct DemoOptions {
   std::string assets;
   std::string contactSheet;
   std::string screenshot;
+  std::string frames;
+  Duration step = milliseconds(500);
   std::optional<Duration> quitAfter;
+  /// No console: the phone is this machine, and hears what is really in the air.
+  bool isOnSystemRadio = false;
+  /// The console opens the venue, with about so many phones; 0 for one a seat.
+  std::optional<std::size_t> venue;
+  /// The pixel map that the console begins with; 0 for none.
+  int map = 0;
 };
 
 /// Why there is nothing to run: a text for the user, and the exit status that goes with it.

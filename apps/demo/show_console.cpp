@@ -10,7 +10,6 @@
 
 #include "apps/demo/desk_choices.h"
 #include "apps/demo/desk_words.h"
-#include "light/mode_tables.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "platform/qt/halvora_host.h"
@@ -67,7 +66,15 @@ ShowConsole::ShowConsole(const std::string& assets, RunLoop& loop, SerialQueues&
       swatches_(halvora::swatches()),
       palettes_(paletteChoices(assets, libraries.json)),
       gobos_(goboChoices(assets)),
-      fields_(packetParts()) {
+      fields_(packetParts()),
+      venue_({loop,
+              queues,
+              libraries,
+              phone_.mainBundle,
+              phone_.kitBundle,
+              {},
+              desk_.look().venueId}) {
+  connect(this, &ShowConsole::packetsSentChanged, &venue_, &VenueShow::chosenStatusChanged);
   takeSeat();
   findMaps();
   phone_.torch.changed = [this] { emit torchChanged(); };
@@ -176,6 +183,7 @@ void ShowConsole::transmit(std::span<const std::uint8_t> packet) {
   // A recording is of the show and not of the air's whims.
   if (recording_) recording_->add(loop_.now(), packet);
   if (!desk_.losesPacket() && phone_.bluetooth.advertise(packet)) ++packetsHeard_;
+  venue_.hear(packet, desk_.loss() / 100.0);
   if (formatOf(packet) != BroadcastFormat::valid) return;
   const Broadcast sent = decodeBroadcast(packet);
   if (sent == packet_) return;
@@ -207,6 +215,7 @@ void ShowConsole::replay() {
   // The phone has heard newer packets than the file's. Opening the application again makes it
   // forget the show within a second, and so before a recording's first packet.
   phone_.application.becomeActive();
+  venue_.becomeActive();
   run_.emplace(scenario_.lines, 0, loop_, [this](const ScenarioAction& action) {
     const auto* packet = std::get_if<PacketAction>(&action);
     if (packet == nullptr) return;
@@ -274,14 +283,8 @@ QStringList ShowConsole::packetMeanings() const {
 }
 
 QString ShowConsole::phoneStatus() const {
-  if (!engine_.isInsideVenue()) return tr("hears no show");
-  const std::uint32_t mode = engine_.state().screen.currentMode;
-  if (mode == 0) return tr("waits for the show");
-  if (mode == kPixelMapMode) return tr("shows its seat's pixel");
-  if (mode == kNoSeatMode) return tr("has no seat for the pixel map");
-  return mode < kModeNames.size()
-             ? tr("shows mode %1, %2").arg(mode).arg(QString::fromLatin1(kModeNames[mode]))
-             : tr("shows mode %1").arg(mode);
+  return QString::fromStdString(
+      statusOf(engine_.isInsideVenue(), engine_.state().screen.currentMode));
 }
 
 }  // namespace halvora

@@ -21,6 +21,7 @@
 #include "apps/demo/scenario_run.h"
 #include "apps/demo/show_desk.h"
 #include "apps/demo/show_recording.h"
+#include "apps/demo/venue_show.h"
 #include "engine/halvora_view_controller.h"
 #include "platform/run_loop.h"
 #include "platform/serial_queues.h"
@@ -74,6 +75,8 @@ class ShowConsole : public QObject {
   Q_PROPERTY(QVariantList maps MEMBER maps_ CONSTANT)
   /// The packet's parts in their order: `name`, `offset` and `bytes`.
   Q_PROPERTY(QVariantList fields MEMBER fields_ CONSTANT)
+  /// The other phones that hear the console.
+  Q_PROPERTY(halvora::VenueShow* venue READ venue CONSTANT)
 
   Q_PROPERTY(halvora::ConsoleLook look READ look NOTIFY lookChanged)
   Q_PROPERTY(bool isOnAir READ isOnAir WRITE setOnAir NOTIFY stateChanged)
@@ -150,6 +153,7 @@ class ShowConsole : public QObject {
   bool isRecording() const { return recording_.has_value(); }
   bool isReplaying() const { return run_.has_value(); }
   const QString& message() const { return message_; }
+  VenueShow* venue() { return &venue_; }
 
   const Broadcast& packet() const { return packet_; }
   HalvoraViewController& engine() { return engine_; }
@@ -189,6 +193,7 @@ class ShowConsole : public QObject {
   const QVariantList gobos_;
   QVariantList maps_;
   QVariantList fields_;
+  VenueShow venue_;
   bool isOnAir_ = true;
   int frames_ = 0;
   Broadcast packet_;

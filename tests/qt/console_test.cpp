@@ -4,123 +4,22 @@
 #include <QAccessible>
 #include <QCoreApplication>
 #include <QFile>
-#include <QImage>
-#include <QKeyEvent>
-#include <QMouseEvent>
-#include <QQmlComponent>
-#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTemporaryDir>
-#include <memory>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "apps/demo/libraries.h"
-#include "apps/demo/show_console.h"
 #include "platform/standard/standard_files.h"
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_run_loop.h"
+#include "tests/qt/console_bench.h"
 #include "tools/halvora/scenario.h"
 
 namespace halvora {
 namespace {
-
-/// The phone listens after a second, and its first show fades in for another one.
-constexpr Duration kFirstLook = milliseconds(2500);
-
-// What a repeater makes has no other parent than the item that it lies in.
-QQuickItem* find(QQuickItem& within, const QString& name) {
-  if (within.objectName() == name) return &within;
-  for (QQuickItem* child : within.childItems()) {
-    if (QQuickItem* found = find(*child, name)) return found;
-  }
-  return nullptr;
-}
-
-struct ConsoleTest : testing::Test {
-  ConsoleTest() {
-    qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    desk.install(qml);
-    QQmlComponent component(&qml, QUrl(QStringLiteral("qrc:/qt/qml/HalvoraDemo/Console.qml")));
-    root.reset(component.createWithInitialProperties(
-        {{QStringLiteral("desk"), QVariant::fromValue(&desk)}}));
-    EXPECT_TRUE(root) << component.errorString().toStdString();
-    if (!root) return;
-    while (!window().isActive() || !window().isExposed()) {
-      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    settle();
-  }
-  ~ConsoleTest() override {
-    root.reset();
-    settle();
-  }
-
-  QQuickWindow& window() { return *qobject_cast<QQuickWindow*>(root.get()); }
-  QQuickItem& item(const char* name) {
-    QQuickItem* found = find(*window().contentItem(), QString::fromLatin1(name));
-    if (found == nullptr) throw std::runtime_error(std::string("no item ") + name);
-    return *found;
-  }
-  QPointF middleOf(const char* name) {
-    QQuickItem& found = item(name);
-    return found.mapToScene(QPointF(found.width() / 2, found.height() / 2));
-  }
-
-  static void settle() {
-    for (int round = 0; round < 5; ++round) {
-      QCoreApplication::sendPostedEvents();
-      QCoreApplication::processEvents();
-    }
-  }
-  void pass(Duration time) {
-    loop.runFor(time);
-    settle();
-  }
-  void click(const char* name) {
-    const QPointF place = middleOf(name);
-    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-      const bool isPress = type == QEvent::MouseButtonPress;
-      QMouseEvent event(type, place, window().mapToGlobal(place), Qt::LeftButton,
-                        isPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
-      QCoreApplication::sendEvent(&window(), &event);
-      settle();
-    }
-  }
-  void key(Qt::Key key, const QString& text = {}) {
-    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-      QKeyEvent event(type, key, Qt::NoModifier, text);
-      QCoreApplication::sendEvent(&window(), &event);
-      settle();
-    }
-  }
-  QColor phoneColour() { return window().grabWindow().pixelColor(middleOf("light").toPoint()); }
-  /// Lets the phone and its light settle in a plain colour.
-  void showSwatch(const char* swatch) {
-    click("mode1");
-    click(swatch);
-    pass(milliseconds(500));
-  }
-
-  VirtualRunLoop loop;
-  VirtualQueues queues{loop};
-  DemoLibraries libraries;
-  ShowConsole desk{HALVORA_SOURCE_DIR "/assets/demo", loop, queues, libraries};
-  QQmlEngine qml;
-  std::unique_ptr<QObject> root;
-};
-
-void expectNear(const QColor& seen, const QColor& expected) {
-  EXPECT_LE(std::abs(seen.red() - expected.red()), 2) << seen.name().toStdString();
-  EXPECT_LE(std::abs(seen.green() - expected.green()), 2) << seen.name().toStdString();
-  EXPECT_LE(std::abs(seen.blue() - expected.blue()), 2) << seen.name().toStdString();
-}
 
 TEST_F(ConsoleTest, ALookIsOnTheAirFromTheBeginning) {
   pass(milliseconds(2000));

@@ -3,61 +3,22 @@
 // tests/qt/pictures. Text is drawn with DejaVu Sans everywhere; versions of its rasteriser differ
 // by shades at the edges of letters, which the tolerance lets pass, and a moved line does not. To
 // renew the pictures run these tests with HALVORA_RENEW_PICTURES=1, and look at every one.
-#include <QDir>
-#include <QImage>
-#include <QString>
-#include <algorithm>
-#include <cstdlib>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "tests/qt/committed_picture.h"
 #include "tests/qt/status_bench.h"
 
 namespace halvora {
 namespace {
 
-/// A pixel is another one if a channel differs by more than this, of 255.
-constexpr int kSameShade = 48;
-/// So many of a thousand pixels may be.
-constexpr int kMayDiffer = 4;
 constexpr QSize kPanelWindow(360, 290);
 constexpr QSize kPhone(360, 640);
 
-int differenceOf(QRgb a, QRgb b) {
-  return std::max({std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
-                   std::abs(qBlue(a) - qBlue(b))});
-}
-
-int differingPixels(const QImage& a, const QImage& b) {
-  int count = 0;
-  for (int y = 0; y < a.height(); ++y) {
-    for (int x = 0; x < a.width(); ++x) {
-      if (differenceOf(a.pixel(x, y), b.pixel(x, y)) > kSameShade) ++count;
-    }
-  }
-  return count;
-}
-
-QString folder() { return QStringLiteral(HALVORA_SOURCE_DIR "/tests/qt/pictures/"); }
-
 void expectPicture(StatusBench& bench, const char* name) {
   bench.settle();
-  const QImage seen = bench.picture();
-  const QString file = folder() + QString::fromLatin1(name) + QStringLiteral(".png");
-  if (qEnvironmentVariableIsSet("HALVORA_RENEW_PICTURES")) {
-    ASSERT_TRUE(QDir().mkpath(folder()));
-    ASSERT_TRUE(seen.save(file, "PNG", 0));
-    return;
-  }
-  const QImage expected(file);
-  ASSERT_EQ(seen.size(), expected.size()) << name;
-  const int differing = differingPixels(seen, expected);
-  if (differing * 1000 <= kMayDiffer * seen.width() * seen.height()) return;
-  // Beside the program, for whoever wants to know what it looks like now.
-  const QString kept = QDir::current().filePath(QString::fromLatin1(name) + "-seen.png");
-  seen.save(kept);
-  ADD_FAILURE() << name << ": " << differing << " pixels differ; see " << kept.toStdString();
+  halvora::expectPicture(bench.picture(), name);
 }
 
 StatusBenchSetup panelSetup() {

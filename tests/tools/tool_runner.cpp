@@ -34,9 +34,10 @@ ToolRun runTool(const std::vector<std::string>& arguments, const ToolSetup& setu
   const PixmapDecoder images;
   const WordVideos videos;
   const std::atomic<bool> isNotInterrupted{false};
-  const Outside outside{images, setup.videos != nullptr ? *setup.videos : videos,
-                        setup.isInterrupted != nullptr ? *setup.isInterrupted : isNotInterrupted,
-                        setup.terminal, pixmapOfImage};
+  Outside outside{images, setup.videos != nullptr ? *setup.videos : videos,
+                  setup.isInterrupted != nullptr ? *setup.isInterrupted : isNotInterrupted,
+                  setup.terminal, pixmapOfImage};
+  outside.openRadio = setup.openRadio;
   ToolRun run;
   const Output output = setup.output ? setup.output : [&run](std::string_view text) {
     run.output += text;

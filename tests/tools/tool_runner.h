@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,13 +22,15 @@ struct ToolRun {
 };
 
 /// What is around a run, where it is not what a script has: files as `WordVideos` reads them, no
-/// terminal, nobody who interrupts.
+/// terminal, no radio, nobody who interrupts.
 struct ToolSetup {
   const VideoAssets* videos = nullptr;
   const std::atomic<bool>* isInterrupted = nullptr;
   Terminal terminal = {};
   /// Takes the output in place of the result's text.
   Output output = {};
+  /// None where it is absent.
+  std::function<std::unique_ptr<Radio>()> openRadio = {};
 };
 
 /// `halvora ARGUMENTS...`

@@ -92,6 +92,42 @@ TEST(CrowdPicture, SeatsFarApartAndAloneAreDrawnToo) {
   }
 }
 
+TEST(CrowdPicture, SeatsDrawnOneByOneMakeTheSamePicture) {
+  const Plan plan(rowOf(11, false));
+  std::vector<CrowdLight> lights;
+  for (int at = 0; at < 11; ++at)
+    lights.push_back(lightOf(at * 20, 255 - at * 20, at, at % 3 == 0));
+  std::vector<std::uint8_t> rgb(plan.rgb);
+  plan.picture.draw(lights, rgb);
+  std::vector<std::uint32_t> words(rgb.size() / 3);
+  plan.picture.drawHall(words);
+  const std::vector<CrowdLight> before(11, lightOf(1, 2, 3, true));
+  for (const auto& shown : {before, lights}) {
+    for (std::uint32_t seat = 0; seat < 11; ++seat) {
+      plan.picture.drawSeats(shown, std::array{seat}, words);
+    }
+  }
+  for (std::size_t at = 0; at < words.size(); ++at) {
+    const std::uint32_t word = 0xFF000000U | std::uint32_t{rgb[at * 3]} << 16 |
+                               std::uint32_t{rgb[at * 3 + 1]} << 8 | rgb[at * 3 + 2];
+    ASSERT_EQ(words[at], word) << at;
+  }
+}
+
+TEST(CrowdPicture, DiscsMayLieBeyondTheEdges) {
+  const std::vector<CrowdDisc> discs = {
+      {0, 0, 4, false}, {1e9, -1e9, 3, false}, {-50, 8, 100, true}, {20, 8, 3, false}};
+  const CrowdPicture picture(std::span<const CrowdDisc>(discs), 40, 16);
+  const std::vector<CrowdLight> lights = {lightOf(255, 0, 0), lightOf(1, 1, 1), lightOf(0, 0, 255),
+                                          lightOf(0, 255, 0)};
+  std::vector<std::uint32_t> words(40 * 16);
+  picture.drawHall(words);
+  picture.drawSeats(lights, std::array{0U, 1U, 2U, 3U}, words);
+  EXPECT_EQ(words[0], 0xFFFF1A1AU);
+  EXPECT_EQ(words[8 * 40 + 20], 0xFF1A1AFFU) << "the first of those that cover all of it";
+  EXPECT_EQ(words[15 * 40 + 39], 0xFF1A1AFFU);
+}
+
 TEST(DistancesToNearest, AreTheNearestsWhereverTheyLie) {
   const std::vector<CrowdSeat> seats = {{{0, 0}, "A", false},   {{3, 4}, "A", false},
                                         {{100, 0}, "A", false}, {{100, 1}, "A", false},

@@ -45,6 +45,8 @@ std::uint64_t mixed(std::uint64_t seed, std::uint64_t one, std::uint64_t other) 
   return spread(spread(spread(seed + kGolden) + one + kGolden) + other + kGolden);
 }
 
+bool isLost(std::uint64_t chance, double loss) { return upperShare(chance) < loss; }
+
 std::optional<Air> Air::of(const Scenario& scenario, const AirSettings& settings, Duration end) {
   Air air(settings);
   if (!air.expand(scenario, end)) return std::nullopt;
@@ -140,7 +142,7 @@ std::optional<Duration> Air::arrival(std::size_t sent, std::uint32_t phone,
   if (!settings_.reaches.empty() && !isInReach(packets_[one.packet], seat)) return std::nullopt;
   if (settings_.loss <= 0 && settings_.jitter <= Duration::zero()) return one.time;
   const std::uint64_t chance = mixed(settings_.seed, phone, sent);
-  if (upperShare(chance) < settings_.loss) return std::nullopt;
+  if (isLost(chance, settings_.loss)) return std::nullopt;
   const auto late = static_cast<std::int64_t>(lowerShare(chance) *
                                               static_cast<double>(settings_.jitter.count() + 1));
   return one.time + Duration(late);

@@ -87,6 +87,9 @@ class Air {
   std::vector<Duration> looks_;
 };
 
+/// Whether a packet with that chance, one of all 64-bit numbers, is among the share that is lost.
+bool isLost(std::uint64_t chance, double loss);
+
 /// A number that depends on all three, evenly spread.
 std::uint64_t mixed(std::uint64_t seed, std::uint64_t one, std::uint64_t other);
 

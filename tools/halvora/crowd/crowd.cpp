@@ -6,6 +6,8 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/virtual/virtual_run_loop.h"
+
 namespace halvora {
 
 namespace {
@@ -49,8 +51,12 @@ std::uint16_t linearOf(std::uint8_t level) {
 
 struct Crowd::Member {
   Member(const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed)
-      : phone(parts, seat, seed) {}
+      : phone(loop, queues, parts, seat, seed) {
+    queues.log.isKept = false;
+  }
 
+  VirtualRunLoop loop;
+  VirtualQueues queues{loop};
   CrowdPhone phone;
   std::uint32_t nextAct = 0;
   /// The first look that it has not shown.
@@ -246,7 +252,7 @@ void Crowd::runChunk(const Slice& slice, Chunk& chunk) {
 bool Crowd::runMember(const Slice& slice, std::size_t index, Chunk& chunk) {
   Member& member = *members_[index];
   collectMoments(slice, index, chunk);
-  VirtualRunLoop& loop = member.phone.loop();
+  VirtualRunLoop& loop = member.loop;
   for (const Moment& moment : chunk.moments) {
     switch (moment.kind) {
       case Kind::open:
@@ -324,8 +330,7 @@ void Crowd::hear(std::size_t sent, Member& member, Chunk& chunk) {
   if (!member.phone.hear(packet.data) || !packet.broadcast) return;
   // Who shows a look has no more use for the ones before it.
   for (; member.nextLook <= one.look; ++member.nextLook) {
-    chunk.looks.add(member.nextLook,
-                    member.phone.loop().now() - parts_.air.looks()[member.nextLook]);
+    chunk.looks.add(member.nextLook, member.loop.now() - parts_.air.looks()[member.nextLook]);
   }
 }
 

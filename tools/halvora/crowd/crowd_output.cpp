@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -32,11 +31,21 @@ Image imageOf(std::span<const std::uint8_t> rgb, int width, int height) {
 
 class MovieOutput final : public CrowdOutput {
  public:
-  MovieOutput(std::string path, std::string part, std::unique_ptr<MovieWriter> movie)
-      : path_(std::move(path)), part_(std::move(part)), movie_(std::move(movie)) {}
+  /// `part` is the movie until it is whole; this object's to remove.
+  MovieOutput(std::string path, std::string part)
+      : path_(std::move(path)), part_(std::move(part)) {}
   ~MovieOutput() override {
+    movie_.reset();
     std::error_code error;
     if (!isDone_) fs::remove(part_, error);
+  }
+  MovieOutput(const MovieOutput&) = delete;
+  MovieOutput& operator=(const MovieOutput&) = delete;
+
+  bool begin(const MovieWriters& movies, const CrowdOutputFormat& format) {
+    if (part_.empty()) return false;
+    movie_ = movies.make(part_, {format.width, format.height, format.framesPerSecond});
+    return movie_ != nullptr;
   }
 
   bool add(std::span<const std::uint8_t> rgb) override { return movie_->add(rgb); }
@@ -142,14 +151,28 @@ class SheetOutput final : public CrowdOutput {
   std::vector<std::uint8_t> pixels_;
 };
 
+// An empty file beside that one, of a name that nobody had; empty where none can be made.
+std::string fileBeside(const std::string& path) {
+  constexpr int kMostTries = 1000;
+  for (int at = 0; at < kMostTries; ++at) {
+    std::string name = path + ".part-" + std::to_string(at);
+    // "x" leaves alone what is there.
+    if (std::FILE* file = std::fopen(name.c_str(), "wbx")) {
+      std::fclose(file);
+      return name;
+    }
+    std::error_code error;
+    if (!fs::exists(fs::symlink_status(name, error))) return {};
+  }
+  return {};
+}
+
 // Whether a file could be written there.
 bool isWritable(const std::string& path) {
   std::error_code error;
   if (fs::is_directory(path, error)) return false;
-  const std::string trial = path + ".part";
-  const bool isGood = std::ofstream(trial, std::ios::binary).is_open();
-  fs::remove(trial, error);
-  return isGood;
+  const std::string trial = fileBeside(path);
+  return !trial.empty() && fs::remove(trial, error);
 }
 
 bool isFolderMade(const std::string& path) {
@@ -164,11 +187,10 @@ std::unique_ptr<CrowdOutput> makeCrowdOutput(const std::string& path,
                                              const CrowdOutputFormat& format,
                                              const CrowdOutputTools& tools) {
   if (path.ends_with(".mp4")) {
-    if (tools.movies == nullptr || !isWritable(path)) return nullptr;
-    std::string part = path.substr(0, path.size() - 4) + ".part.mp4";
-    auto movie = tools.movies->make(part, {format.width, format.height, format.framesPerSecond});
-    if (!movie) return nullptr;
-    return std::make_unique<MovieOutput>(path, std::move(part), std::move(movie));
+    std::error_code error;
+    if (tools.movies == nullptr || fs::is_directory(path, error)) return nullptr;
+    auto output = std::make_unique<MovieOutput>(path, fileBeside(path));
+    return output->begin(*tools.movies, format) ? std::move(output) : nullptr;
   }
   if (tools.encodePicture == nullptr) return nullptr;
   if (path.ends_with(".png")) {

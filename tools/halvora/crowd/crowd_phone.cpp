@@ -32,24 +32,27 @@ std::uint8_t byteOf(double level) {
 
 }  // namespace
 
-CrowdPhone::CrowdPhone(const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed)
-    : random_(seed),
+CrowdPhone::CrowdPhone(RunLoop& loop, SerialQueues& queues, const CrowdParts& parts,
+                       const CrowdSeat& seat, std::uint64_t seed)
+    : wallClock_(loop),
+      random_(seed),
+      bluetooth_(loop),
       screen_(parts.device.bounds, parts.device.brightness),
       seat_(seat),
-      engine_(platform(parts), parts.engine) {
+      engine_(platform(loop, queues, parts), parts.engine) {
   engine_.setAllowedTransmitterIds(parts.allowedTransmitterIds);
 }
 
-Platform CrowdPhone::platform(const CrowdParts& parts) {
-  queues_.log.isKept = bluetooth_.log.isKept = screen_.log.isKept = haptics_.log.isKept = false;
-  defaults_.log.isKept = http_.log.isKept = torch_.log.isKept = false;
-  torch_.isFitted = torch_.isFlashFitted = parts.device.torch;
+Platform CrowdPhone::platform(RunLoop& loop, SerialQueues& queues, const CrowdParts& parts) {
+  bluetooth_.log.isKept = screen_.log.isKept = haptics_.log.isKept = false;
+  defaults_.log.isKept = http_.log.isKept = false;
+  torch_.isFitted = parts.device.torch;
   bluetooth_.setAuthorization(parts.device.authorization);
   bluetooth_.setState(parts.device.state);
   defaults_.setFromOutside("xPos", seat_.at.x);
   defaults_.setFromOutside("yPos", seat_.at.y);
   defaults_.setFromOutside("selectedSection", std::string(seat_.section));
-  return {loop_,         queues_,     wallClock_,   calendar_,    random_,
+  return {loop,          queues,      wallClock_,   calendar_,    random_,
           bluetooth_,    screen_,     haptics_,     application_, defaults_,
           parts.bundles, http_,       parts.json,   torch_,       parts.images,
           parts.players, parts.files, parts.videos, parts.workers};

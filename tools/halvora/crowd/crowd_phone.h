@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // One phone of a crowd: a real engine on a virtual phone that keeps no logs, at a seat of the
-// venue. Whoever makes it drives its loop; what phones have in common must outlive it. One thread
-// at a time.
+// venue, in the time of any run loop. Loop, queues, seat and what phones have in common must
+// outlive it. One thread at a time.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -12,11 +13,12 @@
 #include <vector>
 
 #include "engine/halvora_view_controller.h"
+#include "platform/run_loop.h"
+#include "platform/serial_queues.h"
 #include "platform/standard/seeded_random.h"
+#include "platform/torch.h"
 #include "platform/virtual/virtual_bluetooth.h"
 #include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_media.h"
-#include "platform/virtual/virtual_run_loop.h"
 #include "platform/virtual/virtual_storage.h"
 #include "tools/halvora/scenario.h"
 #include "tools/halvora/scenario_player.h"
@@ -60,9 +62,27 @@ struct CrowdParts {
 
 struct CrowdSeat {
   SeatPosition at;
-  /// Lives as long as the venue's map.
+  /// Names live as long as the venue's map.
   std::string_view section;
   bool isStanding = false;
+  std::string_view row = {};
+  std::string_view name = {};
+};
+
+class CrowdTorch final : public Torch {
+ public:
+  bool hasTorch() const override { return isFitted; }
+  bool hasFlash() const override { return isFitted; }
+  void setOn(bool on) override {
+    if (on == isOn) return;
+    isOn = on;
+    if (changed) changed();
+  }
+
+  bool isFitted = true;
+  bool isOn = false;
+  /// After each change; may stay absent.
+  std::function<void()> changed;
 };
 
 /// What a phone shows at a moment.
@@ -79,12 +99,16 @@ struct CrowdLight {
 
 class CrowdPhone {
  public:
-  CrowdPhone(const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed);
+  CrowdPhone(RunLoop& loop, SerialQueues& queues, const CrowdParts& parts, const CrowdSeat& seat,
+             std::uint64_t seed);
   CrowdPhone(const CrowdPhone&) = delete;
   CrowdPhone& operator=(const CrowdPhone&) = delete;
 
-  VirtualRunLoop& loop() { return loop_; }
   const CrowdSeat& seat() const { return seat_; }
+  ViewStack& views() { return engine_.views(); }
+  const ViewStack& views() const { return engine_.views(); }
+  const EngineState& state() const { return engine_.state(); }
+  CrowdTorch& torch() { return torch_; }
 
   /// The application is opened: its view is loaded.
   void open() { engine_.viewDidLoad(); }
@@ -101,21 +125,19 @@ class CrowdPhone {
   Colour plainLight() const;
 
  private:
-  Platform platform(const CrowdParts& parts);
+  Platform platform(RunLoop& loop, SerialQueues& queues, const CrowdParts& parts);
 
-  VirtualRunLoop loop_;
-  VirtualQueues queues_{loop_};
-  VirtualWallClock wallClock_{loop_};
+  VirtualWallClock wallClock_;
   VirtualCalendar calendar_;
   SeededRandom random_;
-  VirtualBluetooth bluetooth_{loop_};
+  VirtualBluetooth bluetooth_;
   VirtualScreen screen_;
   VirtualHaptics haptics_;
   VirtualApplication application_;
   VirtualDefaults defaults_;
   VirtualHttp http_;
-  VirtualTorch torch_;
-  CrowdSeat seat_;
+  CrowdTorch torch_;
+  const CrowdSeat& seat_;
   bool hasLeft_ = false;
   HalvoraViewController engine_;
 };

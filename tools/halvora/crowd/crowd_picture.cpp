@@ -13,6 +13,7 @@ namespace {
 using Rgb = std::array<std::uint8_t, 3>;
 
 constexpr Rgb kHall{12, 13, 16};
+constexpr Rgb kTorch{255, 255, 255};
 // What a dark seat looks like, so that it is not lost in the hall.
 constexpr std::uint8_t kDarkSeat = 26;
 constexpr double kMargin = 12;
@@ -34,6 +35,10 @@ double middle(std::vector<double> values) {
 
 std::uint8_t mix(int back, int front, int cover) {
   return static_cast<std::uint8_t>((back * (255 - cover) + front * cover + 127) / 255);
+}
+
+constexpr std::uint32_t wordOf(const Rgb& colour) {
+  return 0xFF000000U | std::uint32_t{colour[0]} << 16 | std::uint32_t{colour[1]} << 8 | colour[2];
 }
 
 std::uint8_t onDarkSeat(std::uint8_t level) {
@@ -73,11 +78,8 @@ std::vector<double> distancesToNearest(std::span<const CrowdSeat> seats) {
   return distances;
 }
 
-CrowdPicture::CrowdPicture(std::span<const CrowdSeat> seats, int width, int height)
-    : width_(width),
-      height_(height),
-      pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {
-  if (seats.empty()) return;
+std::vector<CrowdDisc> discsOf(std::span<const CrowdSeat> seats, int width, int height) {
+  if (seats.empty()) return {};
   auto [left, right] = std::minmax_element(
       seats.begin(), seats.end(),
       [](const CrowdSeat& one, const CrowdSeat& other) { return one.at.x < other.at.x; });
@@ -93,50 +95,116 @@ CrowdPicture::CrowdPicture(std::span<const CrowdSeat> seats, int width, int heig
 
   const std::vector<double> distances = distancesToNearest(seats);
   const double usual = middle(distances);
+  std::vector<CrowdDisc> discs;
   for (std::size_t at = 0; at < seats.size(); ++at) {
     const CrowdSeat& seat = seats[at];
     const double own = distances[at] > 0 ? distances[at] : usual;
     const double half = scale / 2 * (seat.isStanding ? own : std::min(own, usual) * kDiscShare);
-    place(static_cast<std::uint32_t>(at), originX + (static_cast<double>(seat.at.x) + 0.5) * scale,
-          originY + (static_cast<double>(seat.at.y) + 0.5) * scale,
-          std::clamp(half, kLeastRadius, kMostRadius), seat.isStanding);
+    discs.push_back({originX + (static_cast<double>(seat.at.x) + 0.5) * scale,
+                     originY + (static_cast<double>(seat.at.y) + 0.5) * scale,
+                     std::clamp(half, kLeastRadius, kMostRadius), seat.isStanding});
+  }
+  return discs;
+}
+
+namespace {
+
+// What of a pixel belongs to whom.
+struct Share {
+  std::uint32_t seat = 0;
+  std::uint8_t cover = 0;
+  bool isCore = false;
+};
+
+// Calls `take` with the pixels that the disc covers, and how much of each.
+template <class Take>
+void forEachPixel(const CrowdDisc& disc, int width, int height, const Take& take) {
+  const auto first = [](double value, int size) {
+    return static_cast<int>(std::clamp(std::floor(value), 0.0, size * 1.0));
+  };
+  const auto last = [](double value, int size) {
+    return static_cast<int>(std::clamp(std::ceil(value), -1.0, size - 1.0));
+  };
+  const double reach = disc.radius + 1;
+  for (int row = first(disc.y - reach, height); row <= last(disc.y + reach, height); ++row) {
+    for (int column = first(disc.x - reach, width); column <= last(disc.x + reach, width);
+         ++column) {
+      const double across = std::abs(column + 0.5 - disc.x);
+      const double down = std::abs(row + 0.5 - disc.y);
+      const double distance = disc.isSquare ? std::max(across, down) : std::hypot(across, down);
+      // Squares meet without a seam; a disc's rim is smooth.
+      const double within = disc.radius + 0.5 - distance;
+      const double cover = disc.isSquare ? (within >= 0 ? 1 : 0) : std::clamp(within, 0.0, 1.0);
+      const auto covered = static_cast<std::uint8_t>(std::lround(cover * 255));
+      if (covered == 0) continue;
+      take(static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
+               static_cast<std::size_t>(column),
+           covered, distance <= disc.radius * kCoreShare);
+    }
   }
 }
 
-void CrowdPicture::place(std::uint32_t seat, double x, double y, double radius, bool isSquare) {
-  const auto first = [](double value) { return std::max(0, static_cast<int>(std::floor(value))); };
-  const auto last = [](double value, int size) {
-    return std::min(size - 1, static_cast<int>(std::ceil(value)));
-  };
-  for (int row = first(y - radius - 1); row <= last(y + radius + 1, height_); ++row) {
-    for (int column = first(x - radius - 1); column <= last(x + radius + 1, width_); ++column) {
-      const double across = std::abs(column + 0.5 - x);
-      const double down = std::abs(row + 0.5 - y);
-      const double distance = isSquare ? std::max(across, down) : std::hypot(across, down);
-      // Squares meet without a seam; a disc's rim is smooth.
-      const double within = radius + 0.5 - distance;
-      const double cover = isSquare ? (within >= 0 ? 1 : 0) : std::clamp(within, 0.0, 1.0);
-      Pixel& pixel = pixels_[static_cast<std::size_t>(row) * static_cast<std::size_t>(width_) +
-                             static_cast<std::size_t>(column)];
-      const auto covered = static_cast<std::uint8_t>(std::lround(cover * 255));
-      if (covered <= pixel.cover) continue;
-      pixel = {seat, covered, distance <= radius * kCoreShare};
+}  // namespace
+
+CrowdPicture::CrowdPicture(std::span<const CrowdDisc> discs, int width, int height)
+    : size_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)),
+      firsts_(discs.size() + 1) {
+  // A pixel is whose covers most of it.
+  std::vector<Share> shares(size_);
+  for (std::size_t seat = 0; seat < discs.size(); ++seat) {
+    forEachPixel(discs[seat], width, height, [&](std::size_t at, std::uint8_t cover, bool isCore) {
+      if (cover <= shares[at].cover) return;
+      shares[at] = {static_cast<std::uint32_t>(seat), cover, isCore};
+    });
+  }
+  for (const Share& share : shares) {
+    if (share.cover > 0) ++firsts_[share.seat + 1];
+  }
+  for (std::size_t seat = 0; seat < discs.size(); ++seat) firsts_[seat + 1] += firsts_[seat];
+  pixels_.resize(firsts_.back());
+  std::vector<std::uint32_t> next = firsts_;
+  for (std::size_t at = 0; at < size_; ++at) {
+    const Share& share = shares[at];
+    if (share.cover == 0) continue;
+    pixels_[next[share.seat]++] = {static_cast<std::uint32_t>(at), share.cover, share.isCore};
+  }
+}
+
+template <class Put>
+void CrowdPicture::drawSeat(std::uint32_t seat, const CrowdLight& light, const Put& put) const {
+  const Rgb screen{onDarkSeat(light.red), onDarkSeat(light.green), onDarkSeat(light.blue)};
+  for (std::uint32_t index = firsts_[seat]; index < firsts_[seat + 1]; ++index) {
+    const Pixel& pixel = pixels_[index];
+    const Rgb& front = light.isTorchOn && pixel.isCore ? kTorch : screen;
+    if (pixel.cover == 255) {
+      put(pixel.at, front);
+    } else {
+      put(pixel.at, Rgb{mix(kHall[0], front[0], pixel.cover), mix(kHall[1], front[1], pixel.cover),
+                        mix(kHall[2], front[2], pixel.cover)});
     }
   }
 }
 
 void CrowdPicture::draw(std::span<const CrowdLight> lights, std::span<std::uint8_t> rgb) const {
-  std::uint8_t* to = rgb.data();
-  for (const Pixel& pixel : pixels_) {
-    Rgb front = kHall;
-    if (pixel.cover > 0) {
-      const CrowdLight& light = lights[pixel.seat];
-      front = {onDarkSeat(light.red), onDarkSeat(light.green), onDarkSeat(light.blue)};
-      if (light.isTorchOn && pixel.isCore) front = {255, 255, 255};
-    }
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-      *to++ = mix(kHall[channel], front[channel], pixel.cover);
-    }
+  const auto put = [&rgb](std::size_t at, const Rgb& colour) {
+    std::copy(colour.begin(), colour.end(), rgb.begin() + static_cast<std::ptrdiff_t>(at * 3));
+  };
+  for (std::size_t at = 0; at < size_; ++at) put(at, kHall);
+  for (std::uint32_t seat = 0; seat + 1 < firsts_.size(); ++seat) {
+    drawSeat(seat, lights[seat], put);
+  }
+}
+
+void CrowdPicture::drawHall(std::span<std::uint32_t> words) const {
+  std::fill(words.begin(), words.end(), wordOf(kHall));
+}
+
+void CrowdPicture::drawSeats(std::span<const CrowdLight> lights,
+                             std::span<const std::uint32_t> seats,
+                             std::span<std::uint32_t> words) const {
+  for (const std::uint32_t seat : seats) {
+    drawSeat(seat, lights[seat],
+             [&words](std::size_t at, const Rgb& colour) { words[at] = wordOf(colour); });
   }
 }
 

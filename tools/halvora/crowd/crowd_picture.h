@@ -12,27 +12,49 @@
 
 namespace halvora {
 
+/// A seat as it is drawn; in pixels.
+struct CrowdDisc {
+  double x = 0;
+  double y = 0;
+  double radius = 0;
+  bool isSquare = false;
+};
+
+/// All seats, as large as a picture of that size can show them.
+std::vector<CrowdDisc> discsOf(std::span<const CrowdSeat> seats, int width, int height);
+
 class CrowdPicture {
  public:
-  CrowdPicture(std::span<const CrowdSeat> seats, int width, int height);
+  CrowdPicture(std::span<const CrowdSeat> seats, int width, int height)
+      : CrowdPicture(discsOf(seats, width, height), width, height) {}
+  /// Discs may lie beyond the picture's edges.
+  CrowdPicture(std::span<const CrowdDisc> discs, int width, int height);
 
   /// One light a seat; `rgb` has three bytes a pixel, rows from the top.
   void draw(std::span<const CrowdLight> lights, std::span<std::uint8_t> rgb) const;
+  /// The hall without a seat, one word 0xFFRRGGBB a pixel.
+  void drawHall(std::span<std::uint32_t> words) const;
+  /// Those seats over what `drawHall` and earlier calls have drawn.
+  void drawSeats(std::span<const CrowdLight> lights, std::span<const std::uint32_t> seats,
+                 std::span<std::uint32_t> words) const;
 
  private:
   struct Pixel {
-    std::uint32_t seat = 0;
-    /// How much of it the seat covers, of 255; 0 for nobody's.
+    /// From the picture's first.
+    std::uint32_t at = 0;
+    /// How much of it the seat covers, of 255.
     std::uint8_t cover = 0;
     /// In the middle of the seat, where the torch is seen.
     bool isCore = false;
   };
 
-  void place(std::uint32_t seat, double x, double y, double radius, bool isSquare);
+  template <class Put>
+  void drawSeat(std::uint32_t seat, const CrowdLight& light, const Put& put) const;
 
-  int width_;
-  int height_;
+  std::size_t size_;
+  /// Seat after seat; those of seat s begin at firsts_[s].
   std::vector<Pixel> pixels_;
+  std::vector<std::uint32_t> firsts_;
 };
 
 /// How far each seat is from the one nearest to it, in the map's pixels; 0 for a seat alone, and

@@ -4,15 +4,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <filesystem>
 #include <optional>
 #include <set>
 #include <utility>
 
-#include "light/palettes.h"
-#include "platform/json.h"
 #include "platform/json/rapid_json_reader.h"
-#include "platform/linux/mapped_file.h"
 #include "platform/standard/folder_bundle.h"
 #include "platform/standard/standard_files.h"
 #include "platform/standard/stopwatch.h"
@@ -20,10 +16,11 @@
 #include "platform/virtual/virtual_storage.h"
 #include "platform/virtual/virtual_video.h"
 #include "seats/seat_map_document.h"
-#include "seats/seat_names.h"
 #include "tools/halvora/crowd/crowd_output.h"
 #include "tools/halvora/crowd/crowd_picture.h"
 #include "tools/halvora/crowd/crowd_summary.h"
+#include "tools/halvora/crowd/crowd_venue.h"
+#include "tools/halvora/crowd/shared_stills.h"
 #include "tools/halvora/progress_bar.h"
 
 namespace halvora {
@@ -31,8 +28,6 @@ namespace halvora {
 namespace {
 
 using Failure = std::optional<CommandResult>;
-
-constexpr std::size_t kLargestPaletteFile = 4 << 20;
 
 class CrowdRun {
  public:
@@ -59,10 +54,6 @@ class CrowdRun {
   Failure buildTable(const PixelMapVideoEntry& map);
   Failure show();
   bool drawSlice(const Crowd& crowd, const CrowdPicture& picture);
-  std::shared_ptr<const std::vector<Palette>> palettes() const;
-  std::string venueFolder() const {
-    return "HVAssets/Maps/Venue-" + std::to_string(request_.venueId);
-  }
 
   const CrowdRequest& request_;
   const Outside& outside_;
@@ -78,7 +69,7 @@ class CrowdRun {
   std::size_t seatCount_ = 0;
   std::optional<Air> air_;
   /// The memory that the tables lie in.
-  std::vector<MappedFile> rooms_;
+  TableRooms rooms_;
   std::optional<VenueTables> tables_;
   std::unique_ptr<CrowdOutput> output_;
   std::size_t framesWritten_ = 0;
@@ -87,20 +78,11 @@ class CrowdRun {
 };
 
 Failure CrowdRun::readVenue() {
-  const std::string path = venueFolder() + "/map.json";
+  const std::string path = seatMapPath(request_.venueId);
   const auto document = mainBundle_.readResource(path, kLargestSeatMap);
   if (!document) return unusable(request_.assets + "/" + path + ": cannot be read");
   map_ = parseSeatMapSectionsFromJSON(*document, seatMapTexts(kitBundle_), json_);
-  for (std::size_t section = 0; section < map_.sectionCount(); ++section) {
-    const SeatMap::SectionItem item = map_.section(section);
-    const bool isStanding = isStandingName(item.displayName());
-    for (std::size_t row = 0; row < item.rowCount(); ++row) {
-      for (std::size_t at = 0; at < item.row(row).seatCount(); ++at) {
-        const SeatMap::SeatItem seat = item.row(row).seat(at);
-        seats_.push_back({{seat.xPos, seat.yPos}, item.displayName(), isStanding});
-      }
-    }
-  }
+  seats_ = seatsOf(map_);
   seatCount_ = seats_.size();
   if (seats_.empty()) return unusable(request_.assets + "/" + path + ": has no seats");
   if (request_.phones > seatCount_) {
@@ -108,14 +90,7 @@ Failure CrowdRun::readVenue() {
                     std::to_string(request_.venueId) + " has only " + std::to_string(seatCount_) +
                     " seats");
   }
-  if (request_.phones > 0) {
-    // Spread over the venue, in the order of the seats.
-    std::vector<CrowdSeat> chosen;
-    for (std::size_t at = 0; at < request_.phones; ++at) {
-      chosen.push_back(seats_[at * seatCount_ / request_.phones]);
-    }
-    seats_ = std::move(chosen);
-  }
+  if (request_.phones > 0) seats_ = spreadOver(std::move(seats_), request_.phones);
   return std::nullopt;
 }
 
@@ -166,14 +141,7 @@ Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
       .workers = workers_,
       .isCancelled = [this] { return outside_.isInterrupted.load(); },
       .onFrame = [&bar](int done) { bar.show(static_cast<std::uint64_t>(done)); }};
-  const auto room = [this](std::size_t words) -> std::span<std::uint32_t> {
-    std::error_code error;
-    const std::string folder = std::filesystem::temp_directory_path(error).string();
-    auto file = MappedFile::make(folder, words * sizeof(std::uint32_t));
-    if (!file) return {};
-    rooms_.push_back(std::move(*file));
-    return {reinterpret_cast<std::uint32_t*>(rooms_.back().bytes().data()), words};
-  };
+  const auto room = [this](std::size_t words) { return rooms_.make(words); };
   switch (tables_->build(map, outside_.videos, control, room)) {
     case VenueTables::End::built:
       return std::nullopt;
@@ -187,26 +155,22 @@ Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
   return interrupted();
 }
 
-std::shared_ptr<const std::vector<Palette>> CrowdRun::palettes() const {
-  const auto text = mainBundle_.readResource("HVAssets/palettes.json", kLargestPaletteFile);
-  const auto document = text ? json_.parse(*text, nullptr) : std::nullopt;
-  return std::make_shared<const std::vector<Palette>>(document ? parsePalettes(*document)
-                                                               : std::vector<Palette>());
-}
-
 Failure CrowdRun::show() {
   NoClips clips;
   const VideoPlayers players{clips, clips};
   const NoVideos videos;
   InlineWorkers alone;
-  const CrowdParts parts{bundles_,
+  SharedResources resources(mainBundle_);
+  const Bundles bundles{resources, kitBundle_};
+  const SharedPictures pictures(outside_.images);
+  const CrowdParts parts{bundles,
                          json_,
-                         outside_.images,
+                         pictures,
                          files_,
                          videos,
                          players,
                          alone,
-                         {.palettes = palettes(), .seatLuts = &*tables_},
+                         {.palettes = sharedPalettes(mainBundle_, json_), .seatLuts = &*tables_},
                          request_.scenario.device,
                          request_.allowedTransmitterIds};
   const CrowdPicture picture(seats_, request_.width, request_.height);

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the phones of a small crowd share, all of it in memory. Owned by a test; one thread.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "engine/broadcast.h"
+#include "platform/json/rapid_json_reader.h"
+#include "platform/virtual/virtual_files.h"
+#include "platform/virtual/virtual_media.h"
+#include "platform/virtual/virtual_storage.h"
+#include "platform/virtual/virtual_video.h"
+#include "tools/halvora/crowd/crowd_phone.h"
+
+namespace halvora {
+
+struct CrowdBench {
+  /// So many seats in a row, beginning in the picture's corner.
+  static std::vector<CrowdSeat> rowOf(int count) {
+    std::vector<CrowdSeat> seats;
+    for (int at = 0; at < count; ++at) seats.push_back({{at, 0}, "A", false, "1", "1"});
+    return seats;
+  }
+
+  CrowdParts parts(const SeatLutSource* tables = nullptr) {
+    return {bundles, json,    images,  files,
+            videos,  players, workers, {.palettes = palettes, .seatLuts = tables},
+            {}};
+  }
+
+  VirtualBundle main{"com.example.host"};
+  VirtualBundle kit{"com.halvora.sdk"};
+  const Bundles bundles{main, kit};
+  const RapidJsonReader json;
+  const NoPictures images;
+  VirtualFiles files;
+  const NoVideos videos;
+  NoClips clips;
+  const VideoPlayers players{clips, clips};
+  InlineWorkers workers;
+  std::shared_ptr<const std::vector<Palette>> palettes =
+      std::make_shared<const std::vector<Palette>>();
+};
+
+/// A steady look of transmitter 1 at venue 7.
+inline Broadcast plainLook(std::uint16_t sequence, std::uint16_t red, std::uint16_t green = 0,
+                           std::uint16_t blue = 0) {
+  Broadcast look;
+  look.applicationId = 1;
+  look.venueId = 7;
+  look.master = 255;
+  look.mode = 1;
+  look.red = red;
+  look.green = green;
+  look.blue = blue;
+  look.sequence = sequence;
+  look.transmitter = 1;
+  return look;
+}
+
+}  // namespace halvora

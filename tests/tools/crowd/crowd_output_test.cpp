@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/halvora/crowd/crowd_output.h"
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/tools/tool_runner.h"
+
+namespace halvora {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+std::string encoded(const Image& image) {
+  return std::to_string(image.width) + "x" + std::to_string(image.height);
+}
+std::string encodedToNothing(const Image& /*image*/) { return {}; }
+
+// Movies that are the number of their frames, and that fail when they are told to.
+struct CountedMovies final : MovieWriters {
+  struct Movie final : MovieWriter {
+    Movie(std::string its, bool fails) : path(std::move(its)), isGood(!fails) {}
+    bool add(std::span<const std::uint8_t> /*rgb*/) override {
+      ++frames;
+      return isGood;
+    }
+    bool finish() override {
+      std::ofstream(path) << frames;
+      return isGood;
+    }
+    std::string path;
+    bool isGood;
+    int frames = 0;
+  };
+
+  std::unique_ptr<MovieWriter> make(const std::string& path,
+                                    const MovieFormat& /*format*/) const override {
+    if (canNotBegin) return nullptr;
+    return std::make_unique<Movie>(path, fails);
+  }
+  bool canNotBegin = false;
+  bool fails = false;
+};
+
+struct CrowdOutputRoom : testing::Test {
+  std::string at(const std::string& name) const { return (folder.path() / name).string(); }
+  std::unique_ptr<CrowdOutput> make(const std::string& name, PictureEncoder encode = encoded) {
+    return makeCrowdOutput(at(name), {2, 2, 30, 3}, {&movies, encode});
+  }
+  std::vector<std::string> contents() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder.path())) {
+      names.push_back(fs::relative(entry.path(), folder.path()).string());
+    }
+    return names;
+  }
+
+  TestFolder folder;
+  CountedMovies movies;
+  const std::vector<std::uint8_t> frame = std::vector<std::uint8_t>(2 * 2 * 3);
+};
+
+TEST_F(CrowdOutputRoom, AMovieAppearsWhenItIsWhole) {
+  auto output = make("show.mp4");
+  ASSERT_NE(output, nullptr);
+  EXPECT_TRUE(output->add(frame));
+  EXPECT_FALSE(fs::exists(at("show.mp4")));
+  EXPECT_TRUE(output->finish());
+  output.reset();
+  EXPECT_THAT(contents(), ElementsAre("show.mp4"));
+  EXPECT_EQ(contentsOf(at("show.mp4")), "1");
+}
+
+TEST_F(CrowdOutputRoom, FilesOfTheUsersAreLeftAlone) {
+  const std::vector<std::string> names = {"show.part.mp4", "show.mp4.part", "show.mp4.part-0",
+                                          "show.png.part", "show.png.part-0"};
+  for (const std::string& name : names) folder.write(name, "the user's");
+  for (const char* name : {"show.mp4", "show.png"}) {
+    auto output = make(name);
+    ASSERT_NE(output, nullptr);
+    EXPECT_TRUE(output->add(frame));
+    EXPECT_TRUE(output->finish());
+  }
+  EXPECT_EQ(contents().size(), names.size() + 2);
+  for (const std::string& name : names) EXPECT_EQ(contentsOf(at(name)), "the user's") << name;
+}
+
+TEST_F(CrowdOutputRoom, ALinkIsNotFollowedToAnotherFile) {
+  folder.write("precious", "the user's");
+  fs::create_symlink(at("precious"), at("show.mp4.part-0"));
+  fs::create_symlink(at("missing"), at("show.mp4.part-1"));
+  auto output = make("show.mp4");
+  ASSERT_NE(output, nullptr);
+  EXPECT_TRUE(output->add(frame));
+  EXPECT_TRUE(output->finish());
+  EXPECT_EQ(contentsOf(at("precious")), "the user's");
+  EXPECT_FALSE(fs::exists(at("missing")));
+}
+
+TEST_F(CrowdOutputRoom, AMovieThatFailsLeavesNothingBehind) {
+  movies.fails = true;
+  auto output = make("show.mp4");
+  ASSERT_NE(output, nullptr);
+  EXPECT_FALSE(output->add(frame));
+  EXPECT_FALSE(output->finish());
+  output.reset();
+  EXPECT_THAT(contents(), IsEmpty());
+  movies.canNotBegin = true;
+  EXPECT_EQ(make("show.mp4"), nullptr);
+  EXPECT_THAT(contents(), IsEmpty());
+}
+
+TEST_F(CrowdOutputRoom, AFolderHasAPictureAFrame) {
+  auto output = make("frames");
+  ASSERT_NE(output, nullptr);
+  for (int at = 0; at < 2; ++at) EXPECT_TRUE(output->add(frame));
+  EXPECT_TRUE(output->finish());
+  EXPECT_THAT(contents(),
+              UnorderedElementsAre("frames", "frames/frame-000001.png", "frames/frame-000002.png"));
+  EXPECT_EQ(contentsOf(at("frames/frame-000002.png")), "2x2");
+}
+
+TEST_F(CrowdOutputRoom, AFolderThatCannotTakeAPictureSaysSo) {
+  auto output = make("frames", encodedToNothing);
+  ASSERT_NE(output, nullptr);
+  EXPECT_FALSE(output->add(frame));
+  EXPECT_FALSE(output->add(frame));
+  EXPECT_FALSE(output->finish());
+
+  // A folder stands where the second picture is to be.
+  auto other = make("others");
+  fs::create_directories(at("others/frame-000002.png/in"));
+  EXPECT_TRUE(other->add(frame));
+  EXPECT_FALSE(other->add(frame));
+  EXPECT_FALSE(other->add(frame));
+  EXPECT_FALSE(other->finish());
+}
+
+TEST_F(CrowdOutputRoom, ANewFolderWithoutPicturesGoesAgain) {
+  make("new").reset();
+  EXPECT_FALSE(fs::exists(at("new")));
+  fs::create_directory(at("old"));
+  make("old").reset();
+  EXPECT_TRUE(fs::exists(at("old")));
+}
+
+TEST_F(CrowdOutputRoom, ASheetWithoutPicturesIsNone) {
+  auto output = make("sheet.png");
+  ASSERT_NE(output, nullptr);
+  EXPECT_FALSE(output->finish());
+  EXPECT_THAT(contents(), IsEmpty());
+}
+
+TEST_F(CrowdOutputRoom, NothingIsMadeWhereAFolderHasTheName) {
+  fs::create_directories(at("show.mp4"));
+  fs::create_directories(at("show.png"));
+  EXPECT_EQ(make("show.mp4"), nullptr);
+  EXPECT_EQ(make("show.png"), nullptr);
+}
+
+}  // namespace
+}  // namespace halvora
