@@ -72,9 +72,10 @@ class VirtualTransmitter final : public Transmitter {
   const std::string& failure() const override { return failure_; }
 
  private:
-  void ask(std::function<void()> answered) {
+  template <class Answered>
+  void ask(Answered answered) {
     isBusy_ = true;
-    loop_.after(script_.answer, [this, answered = std::move(answered)] {
+    loop_.after(script_.answer, [this, answered] {
       isBusy_ = false;
       answered();
     });
