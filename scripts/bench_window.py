@@ -102,7 +102,7 @@ class Table:
 
     def at_most(self, surface, what, value, most, unit):
         """OpenGL is reckoned by the processor in an X server without a screen: no target there."""
-        target = "" if surface == OPENGL else f"at most {most:.0f} {unit}"
+        target = "" if surface == OPENGL else f"at most {most:g} {unit}"
         self.add(surface, what, f"{value:.1f} {unit}", target, value <= most or not target)
 
     def print(self, is_markdown):
@@ -193,13 +193,17 @@ def add_wizard(table, surface):
     add_pauses(table, name, "the sheet's sliding in", found["slide"])
 
 
-def run(options, display):
+def run(options, display, servers):
     surfaces = [
         Surface(name, display, options)
         for name in options.surfaces
         if display is not None or name == SURFACES[0]
     ]
-    idle = [(surface, surface.begin("steady", options.steady)) for surface in surfaces]
+    # On a screen of its own: a window that others lay over is drawn anew when they go.
+    idle = []
+    for surface in surfaces:
+        own = Surface(surface.name, servers.enter_context(x_server()), options)
+        idle.append((own, own.begin("steady", options.steady)))
     table = Table()
     for surface in surfaces:
         add_start(table, surface)
@@ -227,8 +231,8 @@ def main():
     if not options.program.is_file():
         sys.exit("no such program; build it: cmake --preset release && "
                  "cmake --build --preset release --target halvora_window_bench")
-    with x_server() as display:
-        table = run(options, display)
+    with contextlib.ExitStack() as servers:
+        table = run(options, servers.enter_context(x_server()), servers)
     table.print(options.markdown)
     return 0 if table.is_met else 1
 
