@@ -67,7 +67,7 @@ if(TARGET halvora_tests)
         --device "${PROJECT_SOURCE_DIR}/tests/platform/linux/services/phone_lights.umockdev"
         -- $<TARGET_FILE:halvora_tests> --gtest_filter=KernelLights.*)
     set_tests_properties(kernel_lights PROPERTIES TIMEOUT 120
-      PASS_REGULAR_EXPRESSION "\\[  PASSED  \\] 2 tests" FAIL_REGULAR_EXPRESSION "SKIPPED")
+      FAIL_REGULAR_EXPRESSION "SKIPPED;0 tests from 0 test suites ran")
   endif()
 endif()
 

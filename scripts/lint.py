@@ -23,7 +23,7 @@ FOLDERS = ("platform", "light", "usage", "pixelmap", "engine", "seats", "host", 
 NOT_CORE = ("platform/qt/",)
 ROOT = Path(__file__).resolve().parent.parent
 # The build's compiler has warnings that clang does not know. A function's paths are followed through
-# so many states and no further: the last ones took as long as all the rest.
+# so many states and no further: in some sources the last ones took as long as all the rest.
 EXTRA = ("-Wno-unknown-warning-option", "-Xclang", "-analyzer-config", "-Xclang", "max-nodes=40000")
 
 

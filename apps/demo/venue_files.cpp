@@ -10,7 +10,7 @@ namespace halvora {
 
 namespace {
 
-// Every so-manieth seat of each row, every other row by half of that further on: a pattern without
+// Every n-th seat of each row, every other row by half of that further on: a pattern without
 // gaps, as far as the rows are straight. What is left has no neighbours whose squares could meet.
 std::vector<CrowdSeat> thinned(const std::vector<CrowdSeat>& seats, std::size_t count) {
   const std::size_t stride = (seats.size() + count - 1) / count;

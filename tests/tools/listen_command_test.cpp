@@ -8,11 +8,8 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/virtual/virtual_media.h"
-#include "platform/virtual/virtual_video.h"
 #include "tests/tools/tool_runner.h"
 #include "tests/tools/virtual_radio.h"
-#include "tools/halvora/commands.h"
 
 namespace halvora {
 namespace {
@@ -32,26 +29,15 @@ class Listen : public testing::Test {
   }
 
   ToolRun run(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"halvora", "listen"});
-    std::vector<const char*> pointers;
-    for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
+    arguments.insert(arguments.begin(), "listen");
     std::atomic<bool> isInterrupted = false;
-    const NoPictures images;
-    const VirtualVideoAssets videos;
-    Outside outside{images, videos, isInterrupted};
+    ToolSetup setup;
+    setup.isInterrupted = &isInterrupted;
+    setup.isOutputClosed = isOutputClosed;
     if (hasRadio) {
-      outside.openRadio = [&] { return std::make_unique<VirtualRadio>(air, isInterrupted); };
+      setup.openRadio = [&] { return std::make_unique<VirtualRadio>(air, isInterrupted); };
     }
-    ToolRun result;
-    const CommandResult ended = runCommand(static_cast<int>(pointers.size()), pointers.data(),
-                                           outside, [&](std::string_view text) {
-                                             if (isOutputClosed) return false;
-                                             result.output += text;
-                                             return true;
-                                           });
-    result.status = ended.status;
-    result.error = ended.error;
-    return result;
+    return runTool(arguments, setup);
   }
 
   VirtualAir air;

@@ -38,8 +38,10 @@ ToolRun runTool(const std::vector<std::string>& arguments, const ToolSetup& setu
                   setup.isInterrupted != nullptr ? *setup.isInterrupted : isNotInterrupted,
                   setup.terminal, pixmapOfImage};
   outside.openRadio = setup.openRadio;
+  outside.openTransmitter = setup.openTransmitter;
   ToolRun run;
-  const Output output = setup.output ? setup.output : [&run](std::string_view text) {
+  const Output output = setup.output ? setup.output : [&](std::string_view text) {
+    if (setup.isOutputClosed) return false;
     run.output += text;
     return true;
   };

@@ -29,8 +29,11 @@ struct ToolSetup {
   Terminal terminal = {};
   /// Takes the output in place of the result's text.
   Output output = {};
-  /// None where it is absent.
+  /// None where they are absent.
   std::function<std::unique_ptr<Radio>()> openRadio = {};
+  std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
+  /// Nothing can be written to the result's text.
+  bool isOutputClosed = false;
 };
 
 /// `halvora ARGUMENTS...`

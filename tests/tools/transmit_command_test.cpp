@@ -11,11 +11,8 @@
 #include <gmock/gmock.h>
 
 #include "engine/broadcast.h"
-#include "platform/virtual/virtual_media.h"
 #include "platform/virtual/virtual_run_loop.h"
-#include "platform/virtual/virtual_video.h"
 #include "tests/tools/tool_runner.h"
-#include "tools/halvora/commands.h"
 #include "tools/halvora/transmitter.h"
 
 namespace halvora {
@@ -93,28 +90,17 @@ class Transmit : public testing::Test {
   static constexpr const char* kBlue = "09C91092000000FF0000FF010000000000000000000000000201";
 
   ToolRun run(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"halvora", "transmit"});
-    std::vector<const char*> pointers;
-    for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
+    arguments.insert(arguments.begin(), "transmit");
     std::atomic<bool> isInterrupted = false;
-    const NoPictures images;
-    const VirtualVideoAssets videos;
-    Outside outside{images, videos, isInterrupted};
+    ToolSetup setup;
+    setup.isInterrupted = &isInterrupted;
+    setup.isOutputClosed = isOutputClosed;
     if (hasTransmitter) {
-      outside.openTransmitter = [&] {
+      setup.openTransmitter = [&] {
         return std::make_unique<VirtualTransmitter>(script, isInterrupted);
       };
     }
-    ToolRun result;
-    const CommandResult ended = runCommand(static_cast<int>(pointers.size()), pointers.data(),
-                                           outside, [&](std::string_view text) {
-                                             if (isOutputClosed) return false;
-                                             result.output += text;
-                                             return true;
-                                           });
-    result.status = ended.status;
-    result.error = ended.error;
-    return result;
+    return runTool(arguments, setup);
   }
   ToolRun runScenario(std::string_view lines, std::vector<std::string> more = {}) {
     more.insert(more.begin(), {"--scenario", folder.write("show.jsonl", lines)});
