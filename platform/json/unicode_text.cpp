@@ -112,4 +112,24 @@ std::size_t utf8Length(std::string_view text) {
   return length;
 }
 
+std::string_view validUtf8(std::string_view text, std::string& storage) {
+  constexpr std::uint32_t kReplacement = 0xFFFD;
+  bool isValid = true;
+  storage.clear();
+  for (std::size_t at = 0; at < text.size();) {
+    const bool isAscii = static_cast<std::uint8_t>(text[at]) < 0x80;
+    const std::size_t length = isAscii ? 1 : utf8Length(text.substr(at));
+    if (length == 0) {
+      if (isValid) storage.assign(text.substr(0, at));
+      isValid = false;
+      appendUtf8(storage, kReplacement);
+      ++at;
+      continue;
+    }
+    if (!isValid) storage.append(text.substr(at, length));
+    at += length;
+  }
+  return isValid ? text : storage;
+}
+
 }  // namespace halvora

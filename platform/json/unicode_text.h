@@ -31,4 +31,8 @@ void appendUtf8(std::string& text, std::uint32_t character);
 /// cut short, longer than need be, half a surrogate pair or beyond Unicode.
 std::size_t utf8Length(std::string_view text);
 
+/// The text with a replacement character for each byte that belongs to no character of UTF-8: the
+/// names of files may hold any bytes, JSON may not. `storage` must outlive the answer.
+std::string_view validUtf8(std::string_view text, std::string& storage);
+
 }  // namespace halvora

@@ -19,11 +19,9 @@
 #include "tools/halvora/radio.h"
 #include "tools/halvora/transmitter.h"
 
-namespace CLI {
-class App;
-}  // namespace CLI
-
 namespace halvora {
+
+class CommandOptions;
 
 /// Takes text for standard output; false when it cannot be written.
 using Output = std::function<bool(std::string_view)>;
@@ -73,8 +71,8 @@ struct Call {
 class ToolCommand {
  public:
   virtual ~ToolCommand() = default;
-  /// Adds its options to `app`, which outlives the command.
-  virtual void describe(CLI::App& app) = 0;
+  /// Adds its options; their values come before it runs.
+  virtual void describe(CommandOptions& options) = 0;
   /// Once, after the options have been read.
   virtual CommandResult run(const Call& call) = 0;
 };

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <variant>
 
+#include "platform/json/unicode_text.h"
+
 namespace halvora {
 
 namespace {
@@ -45,7 +47,7 @@ std::string colourText(const MaybeColour& colour) {
 
 JsonLine& JsonLine::add(std::string_view name, std::string_view text) {
   key(name);
-  writer_.String(text.data(), sizeOf(text));
+  write(text);
   return *this;
 }
 
@@ -81,15 +83,19 @@ std::string_view JsonLine::end() {
 
 void JsonLine::key(std::string_view name) { writer_.Key(name.data(), sizeOf(name)); }
 
+void JsonLine::write(std::string_view text) {
+  std::string storage;
+  const std::string_view valid = validUtf8(text, storage);
+  writer_.String(valid.data(), sizeOf(valid));
+}
+
 void JsonLine::write(const DefaultsValue& value) {
   struct Visitor {
     JsonLine& line;
     void operator()(bool flag) const { line.writer_.Bool(flag); }
     void operator()(std::int64_t number) const { line.writer_.Int64(number); }
     void operator()(double number) const { line.writer_.Double(number); }
-    void operator()(const std::string& text) const {
-      line.writer_.String(text.data(), sizeOf(text));
-    }
+    void operator()(const std::string& text) const { line.write(std::string_view(text)); }
     void operator()(const Date& date) const {
       line.writer_.Int64(static_cast<std::int64_t>(std::floor(date.secondsSince1970)));
     }

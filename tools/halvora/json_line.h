@@ -48,6 +48,7 @@ class JsonLine {
 
  private:
   void key(std::string_view key);
+  void write(std::string_view text);
   void write(const DefaultsValue& value);
 
   rapidjson::StringBuffer buffer_;

@@ -6,9 +6,8 @@
 #include <optional>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "engine/broadcast.h"
+#include "tools/halvora/command_line.h"
 #include "tools/halvora/json_line.h"
 #include "tools/halvora/packet.h"
 #include "tools/halvora/radio.h"
@@ -117,20 +116,20 @@ class Listening final : private CentralManagerDelegate {
 
 class ListenCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    forOption_ = app.add_option("--for", for_, "seconds to listen (default: until Ctrl-C)");
-    app.add_option("--record", record_, "file to write as a scenario that trace replays");
-    app.footer(
+  void describe(CommandOptions& options) override {
+    options.optional("--for", for_, "seconds to listen (default: until Ctrl-C)");
+    options.optional("--record", record_, "file to write as a scenario that trace replays");
+    options.footer(
         "Prints each show packet as it is heard, and at the end a summary of each "
         "transmitter:\nwhat was received, and by the gaps in its sequence what was lost.");
   }
 
   CommandResult run(const Call& call) override {
     std::optional<Duration> longest;
-    if (forOption_->count() > 0) {
-      const auto seconds = plainNumber(for_);
+    if (for_) {
+      const auto seconds = plainNumber(*for_);
       if (!seconds || *seconds < 0 || *seconds > kLongestListening) {
-        return unusable("--for must be seconds, 0 or more, not \"" + for_ + "\"");
+        return unusable("--for must be seconds, 0 or more, not \"" + *for_ + "\"");
       }
       longest = fromSeconds(*seconds);
     }
@@ -164,9 +163,8 @@ class ListenCommand final : public ToolCommand {
     return done();
   }
 
-  std::string for_;
+  std::optional<std::string> for_;
   std::string record_;
-  CLI::Option* forOption_ = nullptr;
 };
 
 }  // namespace

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "platform/standard/thread_workers.h"
+#include "tools/halvora/command_line.h"
 #include "tools/halvora/lut_build.h"
 #include "tools/halvora/lut_commands.h"
 
@@ -23,23 +23,19 @@ bool isReadableFile(const std::string& path) {
 
 class BuildCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    app.add_option("VIDEO", video_, "the video of the pixel map")->required();
-    app.add_option("--seat", seats_, "a seat, as X,Y: its pixel in the video; may be repeated")
-        ->required()
-        ->allow_extra_args(false);
-    documents_.option = app.add_option("--documents", documents_.text,
-                                       "the private documents folder that the tables go to");
-    raw_.option = app.add_option("--raw", raw_.text,
-                                 "write only the table's bytes, to this file instead (one seat)");
-    center_.option = app.add_option("--center", center_.text,
-                                    "only the frames around this one (with --radius and --raw)");
-    radius_.option = app.add_option("--radius", radius_.text,
-                                    "how many frames before and after the one in the centre");
-    threads_.option = app.add_option("--threads", threads_.text,
-                                     "decode on so many threads (default: one a processor)");
-    app.add_flag("--no-progress", isQuiet_, "show no progress on a terminal");
-    app.footer(
+  void describe(CommandOptions& options) override {
+    options.required("VIDEO", video_, "the video of the pixel map");
+    options.required("--seat", seats_, "a seat, as X,Y: its pixel in the video; may be repeated");
+    options.optional("--documents", documents_,
+                     "the private documents folder that the tables go to");
+    options.optional("--raw", raw_,
+                     "write only the table's bytes, to this file instead (one seat)");
+    options.optional("--center", center_,
+                     "only the frames around this one (with --radius and --raw)");
+    options.optional("--radius", radius_, "how many frames before and after the one in the centre");
+    options.optional("--threads", threads_, "decode on so many threads (default: one a processor)");
+    options.flag("--no-progress", isQuiet_, "show no progress on a terminal");
+    options.footer(
         "Prints an object for each seat: frameCount, and the paths of the files data and meta.\n"
         "With --raw nothing is printed.");
   }
@@ -57,21 +53,15 @@ class BuildCommand final : public ToolCommand {
 
  private:
   using Refusal = std::optional<CommandResult>;
-  struct TextOption {
-    const CLI::Option* option = nullptr;
-    std::string text;
-
-    bool isGiven() const { return option->count() > 0; }
-  };
 
   Refusal checkOptions(LutBuildRequest& /*request*/) const {
-    if (!raw_.isGiven() && !documents_.isGiven()) {
+    if (!raw_ && !documents_) {
       return unusable("--documents or --raw must say where the tables go");
     }
-    if (raw_.isGiven() && seats_.size() > 1) return unusable("--raw takes one --seat");
-    if (center_.isGiven() != radius_.isGiven())
+    if (raw_ && seats_.size() > 1) return unusable("--raw takes one --seat");
+    if (center_.has_value() != radius_.has_value())
       return unusable("--center and --radius go together");
-    if (center_.isGiven() && !raw_.isGiven()) {
+    if (center_ && !raw_) {
       return unusable("--center needs --raw: a table of some of the frames is not kept");
     }
     return std::nullopt;
@@ -83,18 +73,18 @@ class BuildCommand final : public ToolCommand {
       if (!seat) return notASeat(text);
       request.seats.push_back(*seat);
     }
-    if (center_.isGiven()) {
-      const auto center = wholeNumber(center_.text);
-      const auto radius = wholeNumber(radius_.text);
-      if (!center) return unusable("--center must be a whole number, not \"" + center_.text + "\"");
-      if (!radius) return unusable("--radius must be a whole number, not \"" + radius_.text + "\"");
+    if (center_) {
+      const auto center = wholeNumber(*center_);
+      const auto radius = wholeNumber(*radius_);
+      if (!center) return unusable("--center must be a whole number, not \"" + *center_ + "\"");
+      if (!radius) return unusable("--radius must be a whole number, not \"" + *radius_ + "\"");
       request.seed = LutSeed{*center, *radius};
     }
-    if (threads_.isGiven()) {
-      const auto threads = decimal(threads_.text, ThreadWorkers::kMost);
+    if (threads_) {
+      const auto threads = decimal(*threads_, ThreadWorkers::kMost);
       if (!threads || *threads == 0) {
         return unusable("--threads must be 1 to " + std::to_string(ThreadWorkers::kMost) +
-                        ", not \"" + threads_.text + "\"");
+                        ", not \"" + *threads_ + "\"");
       }
       request.threads = static_cast<int>(*threads);
     }
@@ -103,30 +93,30 @@ class BuildCommand final : public ToolCommand {
 
   Refusal readPaths(LutBuildRequest& request) const {
     std::error_code error;
-    if (documents_.isGiven() && !mayBeFolder(documents_.text)) return notAFolder(documents_.text);
-    if (raw_.isGiven() && (raw_.text.empty() || fs::is_directory(raw_.text, error))) {
-      return unusable(raw_.text + ": not a file (--raw)");
+    if (documents_ && !mayBeFolder(*documents_)) return notAFolder(*documents_);
+    if (raw_ && (raw_->empty() || fs::is_directory(*raw_, error))) {
+      return unusable(*raw_ + ": not a file (--raw)");
     }
     if (!isReadableFile(video_)) return unusable(video_ + ": cannot be read");
-    if (raw_.isGiven() && fs::equivalent(raw_.text, video_, error)) {
-      return unusable(raw_.text + ": is the video itself (--raw)");
+    if (raw_ && fs::equivalent(*raw_, video_, error)) {
+      return unusable(*raw_ + ": is the video itself (--raw)");
     }
     request.video = absolutePath(video_);
-    if (raw_.isGiven()) {
-      request.raw = absolutePath(raw_.text);
+    if (raw_) {
+      request.raw = absolutePath(*raw_);
     } else {
-      request.documents = absolutePath(documents_.text);
+      request.documents = absolutePath(*documents_);
     }
     return std::nullopt;
   }
 
   std::string video_;
   std::vector<std::string> seats_;
-  TextOption documents_;
-  TextOption raw_;
-  TextOption center_;
-  TextOption radius_;
-  TextOption threads_;
+  std::optional<std::string> documents_;
+  std::optional<std::string> raw_;
+  std::optional<std::string> center_;
+  std::optional<std::string> radius_;
+  std::optional<std::string> threads_;
   bool isQuiet_ = false;
 };
 

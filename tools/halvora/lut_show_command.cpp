@@ -4,11 +4,10 @@
 #include <string>
 #include <variant>
 
-#include <CLI/CLI.hpp>
-
 #include "pixelmap/seat_lut_files.h"
 #include "platform/json/rapid_json_reader.h"
 #include "platform/standard/standard_files.h"
+#include "tools/halvora/command_line.h"
 #include "tools/halvora/json_line.h"
 #include "tools/halvora/lut_commands.h"
 
@@ -38,11 +37,10 @@ std::string wordsText(std::span<const std::uint32_t> words) {
 
 class ShowCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    app.add_option("VIDEO", video_, "the video that the table was made from")->required();
-    app.add_option("--seat", seat_, "the seat, as X,Y: its pixel in the video")->required();
-    app.add_option("--documents", documents_, "the private documents folder with the tables")
-        ->required();
+  void describe(CommandOptions& options) override {
+    options.required("VIDEO", video_, "the video that the table was made from");
+    options.required("--seat", seat_, "the seat, as X,Y: its pixel in the video");
+    options.required("--documents", documents_, "the private documents folder with the tables");
   }
 
   CommandResult run(const Call& call) override {

@@ -3,9 +3,8 @@
 #include <optional>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "platform/json/rapid_json_reader.h"
+#include "tools/halvora/command_line.h"
 #include "tools/halvora/map_commands.h"
 #include "tools/halvora/map_input.h"
 #include "tools/halvora/map_report.h"
@@ -21,14 +20,14 @@ namespace fs = std::filesystem;
 
 class CheckCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    input_.describe(app);
-    assetsOption_ = app.add_option("--assets", assets_,
-                                   "the folder that holds HVAssets, for a FILE that lies elsewhere "
-                                   "than in the venue's folder (with --venue)");
-    venueOption_ = app.add_option("--venue", venue_, "the venue's number (with --assets)");
-    app.add_flag("--json", isJson_, "print the report as one JSON object");
-    app.footer(
+  void describe(CommandOptions& options) override {
+    input_.describe(options);
+    options.optional("--assets", assets_,
+                     "the folder that holds HVAssets, for a FILE that lies elsewhere than in the "
+                     "venue's folder (with --venue)");
+    options.optional("--venue", venue_, "the venue's number (with --assets)");
+    options.flag("--json", isJson_, "print the report as one JSON object");
+    options.footer(
         "Counts what is in the map and in the venue's folder, which is the one that FILE lies in,\n"
         "and lists what is wrong. Exit status 0: nothing; 1: there are findings.");
   }
@@ -37,7 +36,7 @@ class CheckCommand final : public ToolCommand {
     const RapidJsonReader json;
     std::string folder;
     if (const auto refusal = findFolder(folder)) return *refusal;
-    if (const auto refusal = input_.read(json)) return *refusal;
+    if (const auto refusal = input_.read(json, call.outside.isInterrupted)) return *refusal;
     const SeatMap map = seatMapOf(input_.document(), input_.strings(), json);
     VenueAssets assets = venueAssetsIn(absolutePath(folder), call.outside);
     if (call.outside.isInterrupted) return interrupted();
@@ -51,29 +50,27 @@ class CheckCommand final : public ToolCommand {
 
  private:
   std::optional<CommandResult> findFolder(std::string& folder) const {
-    if ((assetsOption_->count() > 0) != (venueOption_->count() > 0)) {
+    if (assets_.has_value() != venue_.has_value()) {
       return unusable("--assets and --venue go together");
     }
-    if (assetsOption_->count() == 0) {
+    if (!assets_) {
       folder = fs::path(input_.file()).parent_path().string();
       if (folder.empty()) folder = ".";
       return std::nullopt;
     }
-    const auto venue = decimal(venue_, INT64_MAX);
+    const auto venue = decimal(*venue_, INT64_MAX);
     if (!venue || *venue == 0) {
-      return unusable("--venue must be a whole number from 1 on, not \"" + venue_ + "\"");
+      return unusable("--venue must be a whole number from 1 on, not \"" + *venue_ + "\"");
     }
-    folder = assets_ + "/HVAssets/Maps/Venue-" + std::to_string(*venue);
+    folder = *assets_ + "/HVAssets/Maps/Venue-" + std::to_string(*venue);
     std::error_code error;
     if (fs::is_directory(folder, error)) return std::nullopt;
     return unusable(folder + ": not a folder (--assets, --venue)");
   }
 
   MapInput input_;
-  const CLI::Option* assetsOption_ = nullptr;
-  std::string assets_;
-  const CLI::Option* venueOption_ = nullptr;
-  std::string venue_;
+  std::optional<std::string> assets_;
+  std::optional<std::string> venue_;
   bool isJson_ = false;
 };
 

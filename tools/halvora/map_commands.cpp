@@ -3,9 +3,8 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "platform/json/rapid_json_reader.h"
+#include "tools/halvora/command_line.h"
 #include "tools/halvora/map_dump.h"
 
 namespace halvora {
@@ -14,14 +13,14 @@ namespace {
 
 class DumpCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    input_.describe(app);
-    app.footer("Prints the sections as one JSON array; [] where the kit finds none.");
+  void describe(CommandOptions& options) override {
+    input_.describe(options);
+    options.footer("Prints the sections as one JSON array; [] where the kit finds none.");
   }
 
   CommandResult run(const Call& call) override {
     const RapidJsonReader json;
-    if (const auto refusal = input_.read(json)) return *refusal;
+    if (const auto refusal = input_.read(json, call.outside.isInterrupted)) return *refusal;
     return writeAll(dumpSeatMap(input_.document(), input_.strings(), json), call.output);
   }
 

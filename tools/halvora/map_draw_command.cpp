@@ -3,9 +3,8 @@
 #include <optional>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "platform/json/rapid_json_reader.h"
+#include "tools/halvora/command_line.h"
 #include "tools/halvora/map_commands.h"
 #include "tools/halvora/map_input.h"
 #include "tools/halvora/seat_plan.h"
@@ -19,11 +18,11 @@ namespace fs = std::filesystem;
 
 class DrawCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    input_.describe(app);
-    app.add_option("--out", out_, "the picture to write, a PNG")->required();
-    app.add_option("--size", size_, "pixels of the plan's longer side (default: 1600)");
-    app.footer("Draws all seats, a colour a section; seats that share a pixel are red.");
+  void describe(CommandOptions& options) override {
+    input_.describe(options);
+    options.required("--out", out_, "the picture to write, a PNG");
+    options.optional("--size", size_, "pixels of the plan's longer side (default: 1600)");
+    options.footer("Draws all seats, a colour a section; seats that share a pixel are red.");
   }
 
   CommandResult run(const Call& call) override {
@@ -33,7 +32,7 @@ class DrawCommand final : public ToolCommand {
       return unusable("--size must be " + std::to_string(kSmallestPlan) + " to " +
                       std::to_string(kLargestPlan) + ", not \"" + size_ + "\"");
     }
-    if (const auto refusal = input_.read(json)) return *refusal;
+    if (const auto refusal = input_.read(json, call.outside.isInterrupted)) return *refusal;
     if (const auto refusal = checkOut()) return *refusal;
     const SeatMap map = seatMapOf(input_.document(), input_.strings(), json);
     if (map.isEmpty()) return failed(input_.file() + ": holds no seats");

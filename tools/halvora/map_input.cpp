@@ -3,11 +3,10 @@
 
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
-#include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_storage.h"
 #include "seats/seat_map_document.h"
+#include "tools/halvora/command_line.h"
+#include "tools/halvora/input_file.h"
 
 namespace halvora {
 
@@ -33,21 +32,22 @@ SeatMap seatMapOf(std::string_view document, const StringTable& strings, const J
   return parseSeatMapSectionsFromJSON(document, seatMapTexts(kit), json);
 }
 
-void MapInput::describe(CLI::App& app) {
-  app.add_option("FILE", file_, "the venue's seat map document")->required();
-  stringsOption_ = app.add_option("--strings", stringsFile_,
-                                  "texts for names that the document lacks, a flat JSON object");
+void MapInput::describe(CommandOptions& options) {
+  options.required("FILE", file_, "the venue's seat map document");
+  options.optional("--strings", stringsFile_,
+                   "texts for names that the document lacks, a flat JSON object");
 }
 
-std::optional<CommandResult> MapInput::read(const JsonReader& json) {
-  auto document = readFile(file_, kLargestSeatMap);
-  if (!document) return unusable(file_ + ": cannot be read, or has more than 64 MiB");
-  document_ = std::move(*document);
-  if (stringsOption_->count() == 0) return std::nullopt;
-  const auto text = readFile(stringsFile_, kLargestStringTable);
-  if (!text) return unusable(stringsFile_ + ": cannot be read, or has more than 1 MiB");
-  auto table = readStringTable(*text, json);
-  if (!table) return unusable(stringsFile_ + ": not a flat JSON object of texts");
+std::optional<CommandResult> MapInput::read(const JsonReader& json,
+                                            const std::atomic<bool>& isInterrupted) {
+  auto document = readInput(file_, kLargestSeatMap, isInterrupted);
+  if (auto* refusal = std::get_if<CommandResult>(&document)) return std::move(*refusal);
+  document_ = std::get<std::string>(std::move(document));
+  if (!stringsFile_) return std::nullopt;
+  auto text = readInput(*stringsFile_, kLargestStringTable, isInterrupted);
+  if (auto* refusal = std::get_if<CommandResult>(&text)) return std::move(*refusal);
+  auto table = readStringTable(std::get<std::string>(text), json);
+  if (!table) return unusable(*stringsFile_ + ": not a flat JSON object of texts");
   strings_ = std::move(*table);
   return std::nullopt;
 }

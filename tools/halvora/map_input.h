@@ -3,6 +3,7 @@
 // lacks. Main thread.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <optional>
@@ -12,10 +13,6 @@
 #include "platform/json.h"
 #include "seats/seat_map.h"
 #include "tools/halvora/command.h"
-
-namespace CLI {
-class Option;
-}  // namespace CLI
 
 namespace halvora {
 
@@ -32,10 +29,9 @@ SeatMap seatMapOf(std::string_view document, const StringTable& strings, const J
 /// FILE and `--strings FILE`.
 class MapInput {
  public:
-  /// Adds them to `app`, which outlives this.
-  void describe(CLI::App& app);
+  void describe(CommandOptions& options);
   /// Reads both files; a refusal where one cannot be used.
-  std::optional<CommandResult> read(const JsonReader& json);
+  std::optional<CommandResult> read(const JsonReader& json, const std::atomic<bool>& isInterrupted);
 
   const std::string& file() const { return file_; }
   const std::string& document() const { return document_; }
@@ -43,8 +39,7 @@ class MapInput {
 
  private:
   std::string file_;
-  const CLI::Option* stringsOption_ = nullptr;
-  std::string stringsFile_;
+  std::optional<std::string> stringsFile_;
   std::string document_;
   StringTable strings_;
 };

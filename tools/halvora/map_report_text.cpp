@@ -6,6 +6,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include "platform/json/unicode_text.h"
 #include "tools/halvora/json_line.h"
 #include "tools/halvora/placed_seats.h"
 
@@ -114,7 +115,11 @@ rapidjson::SizeType sizeOf(std::string_view text) {
   return static_cast<rapidjson::SizeType>(text.size());
 }
 
-void write(Writer& writer, std::string_view text) { writer.String(text.data(), sizeOf(text)); }
+void write(Writer& writer, std::string_view text) {
+  std::string storage;
+  const std::string_view valid = validUtf8(text, storage);
+  writer.String(valid.data(), sizeOf(valid));
+}
 
 void write(Writer& writer, const char* key, std::string_view text) {
   writer.Key(key);

@@ -7,9 +7,8 @@
 #include <variant>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "engine/broadcast.h"
+#include "tools/halvora/command_line.h"
 #include "tools/halvora/packet.h"
 #include "tools/halvora/packet_options.h"
 #include "tools/halvora/scenario.h"
@@ -24,9 +23,8 @@ CommandResult notHexadecimal(const std::string& text) {
 
 class DecodeCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    app.add_option("HEX", packets_, "manufacturer data as hexadecimal digits, one packet each")
-        ->required();
+  void describe(CommandOptions& options) override {
+    options.required("HEX", packets_, "manufacturer data as hexadecimal digits, one packet each");
   }
   CommandResult run(const Call& call) override {
     // The command line library takes brackets for a list of its own and drops them; here they are
@@ -50,7 +48,7 @@ class DecodeCommand final : public ToolCommand {
 
 class EncodeCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override { fields_.describe(app); }
+  void describe(CommandOptions& options) override { fields_.describe(options); }
   CommandResult run(const Call& call) override {
     auto packet = fields_.read();
     if (auto* refusal = std::get_if<CommandResult>(&packet)) return std::move(*refusal);

@@ -4,22 +4,19 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <variant>
 
 #include "engine/broadcast.h"
 #include "tools/halvora/command.h"
 
-namespace CLI {
-class Option;
-}  // namespace CLI
-
 namespace halvora {
 
 class PacketOptions {
  public:
   /// `packet` has the values of the fields that are not given.
-  void describe(CLI::App& app, const Broadcast& packet = {});
+  void describe(CommandOptions& options, const Broadcast& packet = {});
   /// Whether any field was given.
   bool isGiven() const;
   /// The packet, or why one of its fields is unusable.
@@ -27,8 +24,7 @@ class PacketOptions {
 
  private:
   Broadcast packet_;
-  std::array<std::string, kBroadcastFields.size()> values_;
-  std::array<CLI::Option*, kBroadcastFields.size()> options_{};
+  std::array<std::optional<std::string>, kBroadcastFields.size()> values_;
 };
 
 }  // namespace halvora

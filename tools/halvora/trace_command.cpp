@@ -7,12 +7,12 @@
 #include <utility>
 #include <variant>
 
-#include <CLI/CLI.hpp>
-
 #include "platform/json/rapid_json_reader.h"
 #include "platform/standard/seeded_random.h"
 #include "platform/standard/thread_workers.h"
 #include "platform/virtual/virtual_devices.h"
+#include "tools/halvora/command_line.h"
+#include "tools/halvora/input_file.h"
 #include "tools/halvora/interruptible_videos.h"
 #include "tools/halvora/scenario.h"
 #include "tools/halvora/scratch_folder.h"
@@ -23,27 +23,23 @@ namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
 constexpr double kLatestEnd = 1e9;
 
 class TraceCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    app.add_option("SCENARIO", file_, "JSON Lines file of what happens around the phone")
-        ->required();
-    app.add_option("--assets", assets_, "folder that holds HVAssets (default: none)");
-    documentsOption_ =
-        app.add_option("--documents", documents_,
-                       "the phone's private documents folder (default: an empty temporary one)");
-    app.add_option("--random", chance_,
-                   "how draws fall: min, max, or the seed of a generator (default: 1)");
-    untilOption_ = app.add_option("--until", until_,
-                                  "seconds at which the trace ends (default: 10 after the last "
-                                  "action)");
-    app.add_option("--allow", options_.allowedTransmitterIds,
-                   "a transmitter to obey, as application:number; may be repeated (default: all)")
-        ->allow_extra_args(false);
-    app.footer(
+  void describe(CommandOptions& options) override {
+    options.required("SCENARIO", file_, "JSON Lines file of what happens around the phone");
+    options.optional("--assets", assets_, "folder that holds HVAssets (default: none)");
+    options.optional("--documents", documents_,
+                     "the phone's private documents folder (default: an empty temporary one)");
+    options.optional("--random", chance_,
+                     "how draws fall: min, max, or the seed of a generator (default: 1)");
+    options.optional("--until", until_,
+                     "seconds at which the trace ends (default: 10 after the last action)");
+    options.optional(
+        "--allow", options_.allowedTransmitterIds,
+        "a transmitter to obey, as application:number; may be repeated (default: all)");
+    options.footer(
         "Each line of the scenario is an object with \"at\" (seconds) and one of: device, start, "
         "bluetooth,\npacket (with every and until to repeat it), app, defaults, precompute, "
         "invalidate, playVideo.");
@@ -52,21 +48,17 @@ class TraceCommand final : public ToolCommand {
   CommandResult run(const Call& call) override {
     auto random = randomOf(chance_);
     if (const auto refusal = checkOptions(random != nullptr)) return *refusal;
-    const auto text = readFile(file_, kLargestScenario);
-    if (!text) return unusable(file_ + ": cannot be read");
-    auto parsed = parseScenario(*text, json_);
-    if (const auto* bad = std::get_if<ScenarioError>(&parsed)) {
-      return unusable(file_ + ":" + std::to_string(bad->line) + ": " + bad->what);
-    }
+    auto scenario = readScenario(file_, json_, call.outside.isInterrupted);
+    if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
     options_.assets = absolutePath(assets_);
-    if (documentsOption_->count() > 0) {
-      options_.documents = absolutePath(documents_);
-      return trace(std::get<Scenario>(parsed), std::move(random), call);
+    if (documents_) {
+      options_.documents = absolutePath(*documents_);
+      return trace(std::get<Scenario>(scenario), std::move(random), call);
     }
     const ScratchFolder documents;
     if (documents.path().empty()) return failed("no temporary folder can be made");
     options_.documents = documents.path();
-    return trace(std::get<Scenario>(parsed), std::move(random), call);
+    return trace(std::get<Scenario>(scenario), std::move(random), call);
   }
 
  private:
@@ -87,16 +79,16 @@ class TraceCommand final : public ToolCommand {
     if (!assets_.empty() && !std::filesystem::is_directory(assets_, error)) {
       return unusable(assets_ + ": no such folder (--assets)");
     }
-    if (documentsOption_->count() > 0 && !mayBeFolder(documents_)) {
-      return unusable(documents_ + ": not a folder (--documents)");
+    if (documents_ && !mayBeFolder(*documents_)) {
+      return unusable(*documents_ + ": not a folder (--documents)");
     }
     if (!isChanceKnown) {
       return unusable("--random must be min, max or a whole number, not \"" + chance_ + "\"");
     }
-    if (untilOption_->count() == 0) return std::nullopt;
-    const std::optional<double> seconds = plainNumber(until_);
+    if (!until_) return std::nullopt;
+    const std::optional<double> seconds = plainNumber(*until_);
     if (!seconds || *seconds < 0 || *seconds > kLatestEnd) {
-      return unusable("--until must be seconds, 0 or more, not \"" + until_ + "\"");
+      return unusable("--until must be seconds, 0 or more, not \"" + *until_ + "\"");
     }
     options_.until = fromSeconds(*seconds);
     return std::nullopt;
@@ -125,11 +117,9 @@ class TraceCommand final : public ToolCommand {
   const RapidJsonReader json_{};
   std::string file_;
   std::string assets_;
-  std::string documents_;
+  std::optional<std::string> documents_;
   std::string chance_ = "1";
-  std::string until_;
-  CLI::Option* documentsOption_ = nullptr;
-  CLI::Option* untilOption_ = nullptr;
+  std::optional<std::string> until_;
   TraceOptions options_;
 };
 

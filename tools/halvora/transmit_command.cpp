@@ -9,10 +9,9 @@
 #include <variant>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "platform/json/rapid_json_reader.h"
-#include "platform/standard/standard_files.h"
+#include "tools/halvora/command_line.h"
+#include "tools/halvora/input_file.h"
 #include "tools/halvora/packet.h"
 #include "tools/halvora/packet_options.h"
 #include "tools/halvora/scenario.h"
@@ -22,7 +21,6 @@ namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
 constexpr double kLongestShow = 1e9;
 /// Bluetooth's own limits of an advertisement's interval, in milliseconds.
 constexpr std::uint64_t kLongestInterval = 10240;
@@ -87,20 +85,19 @@ class Broadcasting {
 
 class TransmitCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    scenarioOption_ = app.add_option("--scenario", scenario_,
-                                     "JSON Lines file whose packets go on the air, each at its "
-                                     "time");
-    app.add_option("--adapter", settings_.adapter,
-                   "the adapter, as hci1 (default: the first one with power)");
-    forOption_ = app.add_option("--for", for_,
-                                "seconds (default: until Ctrl-C, or a second after the scenario's "
-                                "last action)");
-    app.add_option("--interval", interval_,
-                   "milliseconds from one advertisement to the next, 20 to 10240, as far as the "
-                   "system allows (default: 100)");
-    fields_.describe(app, {.sequence = 1});
-    app.footer(
+  void describe(CommandOptions& options) override {
+    options.optional("--scenario", scenario_,
+                     "JSON Lines file whose packets go on the air, each at its time");
+    options.optional("--adapter", settings_.adapter,
+                     "the adapter, as hci1 (default: the first one with power)");
+    options.optional("--for", for_,
+                     "seconds (default: until Ctrl-C, or a second after the scenario's last "
+                     "action)");
+    options.optional("--interval", interval_,
+                     "milliseconds from one advertisement to the next, 20 to 10240, as far as the "
+                     "system allows (default: 100)");
+    fields_.describe(options, {.sequence = 1});
+    options.footer(
         "Advertises one show packet, or a scenario's packets one after the other, until it ends "
         "or the user\nends it, and prints each as it goes on the air. One transmitter at a time: "
         "each packet replaces the\none before. A phone obeys only a sequence number above the last "
@@ -109,7 +106,8 @@ class TransmitCommand final : public ToolCommand {
 
   CommandResult run(const Call& call) override {
     if (const auto refusal = readSettings()) return *refusal;
-    auto programme = scenarioOption_->count() > 0 ? readScenario() : readFields();
+    auto programme =
+        scenario_ ? readScenario(*scenario_, call.outside.isInterrupted) : readFields();
     if (const auto* refusal = std::get_if<CommandResult>(&programme)) return *refusal;
     if (!call.outside.openTransmitter) return failed("this halvora was built without Bluetooth");
     auto& read = std::get<Programme>(programme);
@@ -124,10 +122,10 @@ class TransmitCommand final : public ToolCommand {
       return unusable("--interval must be milliseconds, 20 to 10240, not \"" + interval_ + "\"");
     }
     settings_.interval = milliseconds(static_cast<long long>(*interval));
-    if (forOption_->count() == 0) return std::nullopt;
-    const auto seconds = plainNumber(for_);
+    if (!for_) return std::nullopt;
+    const auto seconds = plainNumber(*for_);
     if (!seconds || *seconds < 0 || *seconds > kLongestShow) {
-      return unusable("--for must be seconds, 0 or more, not \"" + for_ + "\"");
+      return unusable("--for must be seconds, 0 or more, not \"" + *for_ + "\"");
     }
     longest_ = fromSeconds(*seconds);
     return std::nullopt;
@@ -142,27 +140,24 @@ class TransmitCommand final : public ToolCommand {
     return Programme{{std::move(line)}, std::nullopt};
   }
 
-  std::variant<Programme, CommandResult> readScenario() const {
+  std::variant<Programme, CommandResult> readScenario(
+      const std::string& file, const std::atomic<bool>& isInterrupted) const {
     if (fields_.isGiven()) return unusable("--scenario has the packets; no fields beside it");
-    const auto text = readFile(scenario_, kLargestScenario);
-    if (!text) return unusable(scenario_ + ": cannot be read");
-    auto parsed = parseScenario(*text, RapidJsonReader());
-    if (const auto* bad = std::get_if<ScenarioError>(&parsed)) {
-      return unusable(scenario_ + ":" + std::to_string(bad->line) + ": " + bad->what);
-    }
-    auto& scenario = std::get<Scenario>(parsed);
+    auto read = halvora::readScenario(file, RapidJsonReader(), isInterrupted);
+    if (auto* refusal = std::get_if<CommandResult>(&read)) return std::move(*refusal);
+    auto& scenario = std::get<Scenario>(read);
     Programme programme{{}, scenario.lastAction() + kLastShown};
     for (ScenarioLine& line : scenario.lines) {
       const auto* packet = std::get_if<PacketAction>(&line.action);
       if (packet == nullptr) continue;
       const std::size_t size = packet->data.size();
       if (size < kLeastAdvertised || size > kMostAdvertised) {
-        return unusable(scenario_ + ":" + std::to_string(line.number) + ": " +
-                        std::to_string(size) + " bytes; an advertisement holds 2 to 29");
+        return unusable(file + ":" + std::to_string(line.number) + ": " + std::to_string(size) +
+                        " bytes; an advertisement holds 2 to 29");
       }
       programme.lines.push_back(std::move(line));
     }
-    if (programme.lines.empty()) return unusable(scenario_ + ": no packets");
+    if (programme.lines.empty()) return unusable(file + ": no packets");
     return programme;
   }
 
@@ -185,14 +180,12 @@ class TransmitCommand final : public ToolCommand {
     return transmitter.failure().empty() ? done() : failed(transmitter.failure());
   }
 
-  std::string scenario_;
-  std::string for_;
+  std::optional<std::string> scenario_;
+  std::optional<std::string> for_;
   std::string interval_ = "100";
   PacketOptions fields_;
   TransmitterSettings settings_;
   std::optional<Duration> longest_;
-  CLI::Option* scenarioOption_ = nullptr;
-  CLI::Option* forOption_ = nullptr;
 };
 
 }  // namespace

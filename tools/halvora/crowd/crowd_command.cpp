@@ -11,17 +11,15 @@
 #include <variant>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "platform/json/rapid_json_reader.h"
-#include "platform/standard/standard_files.h"
+#include "tools/halvora/command_line.h"
 #include "tools/halvora/crowd/crowd_run.h"
+#include "tools/halvora/input_file.h"
 
 namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
 constexpr double kLatestEnd = 24 * 3600;
 constexpr Duration kAfterLastAction = milliseconds(2000);
 
@@ -40,50 +38,46 @@ std::vector<std::string> split(const std::string& text, std::string_view separat
 
 class CrowdCommand final : public ToolCommand {
  public:
-  void describe(CLI::App& app) override {
-    app.add_option("--assets", assets_, "folder that holds HVAssets")->required();
-    app.add_option("--venue", venue_, "the venue's number")->required();
-    app.add_option("--scenario", scenario_, "JSON Lines file of the show, as for trace")
-        ->required();
-    app.add_option("--out", out_,
-                   "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures")
-        ->required();
-    app.add_option("--phones", phones_, "so many phones, spread over the seats (default: all)");
-    app.add_option("--loss", loss_, "share of packets that a phone misses, 0 to 1 (default: 0)");
-    app.add_option("--jitter", jitter_, "a packet may come so many ms late (default: 0)");
-    app.add_option("--interval", interval_,
-                   "a transmitter repeats its last packet every so many ms (default: never)");
-    app.add_option("--reach", reaches_,
-                   "a transmitter's place and reach in the map's pixels, as NUMBER@X,Y,RADIUS; may "
-                   "be repeated (default: everywhere)")
-        ->allow_extra_args(false);
-    app.add_option("--late", late_,
-                   "share of phones that open late, and by how many seconds at "
-                   "most, as SHARE,SECONDS");
-    app.add_option("--leave", leave_, "share of phones that leave before the end (default: 0)");
-    app.add_option("--allow", allowed_,
-                   "a transmitter to obey, as application:number; may be "
-                   "repeated (default: all)")
-        ->allow_extra_args(false);
-    app.add_option("--seed", seed_, "whole number that all chances follow from (default: 1)");
-    app.add_option("--threads", threads_, "so many threads (default: one a processor)");
-    app.add_option("--fps", fps_, "frames a second, 1 to 120 (default: 30)");
-    app.add_option("--size", size_, "of a picture, as WIDTHxHEIGHT, even (default: 1280x720)");
-    app.add_option("--until", until_,
-                   "seconds at which the show ends (default: 2 after the last "
-                   "action)");
-    app.add_flag("--no-progress", isQuiet_, "show no progress on a terminal");
-    app.footer(
+  void describe(CommandOptions& options) override {
+    options.required("--assets", assets_, "folder that holds HVAssets");
+    options.required("--venue", venue_, "the venue's number");
+    options.required("--scenario", scenario_, "JSON Lines file of the show, as for trace");
+    options.required("--out", out_,
+                     "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures");
+    options.optional("--phones", phones_, "so many phones, spread over the seats (default: all)");
+    options.optional("--loss", loss_, "share of packets that a phone misses, 0 to 1 (default: 0)");
+    options.optional("--jitter", jitter_, "a packet may come so many ms late (default: 0)");
+    options.optional("--interval", interval_,
+                     "a transmitter repeats its last packet every so many ms (default: never)");
+    options.optional(
+        "--reach", reaches_,
+        "a transmitter's place and reach in the map's pixels, as NUMBER@X,Y,RADIUS; may "
+        "be repeated (default: everywhere)");
+    options.optional(
+        "--late", late_,
+        "share of phones that open late, and by how many seconds at most, as SHARE,SECONDS");
+    options.optional("--leave", leave_, "share of phones that leave before the end (default: 0)");
+    options.optional(
+        "--allow", allowed_,
+        "a transmitter to obey, as application:number; may be repeated (default: all)");
+    options.optional("--seed", seed_, "whole number that all chances follow from (default: 1)");
+    options.optional("--threads", threads_, "so many threads (default: one a processor)");
+    options.optional("--fps", fps_, "frames a second, 1 to 120 (default: 30)");
+    options.optional("--size", size_, "of a picture, as WIDTHxHEIGHT, even (default: 1280x720)");
+    options.optional("--until", until_,
+                     "seconds at which the show ends (default: 2 after the last action)");
+    options.flag("--no-progress", isQuiet_, "show no progress on a terminal");
+    options.footer(
         "Prints a report as one JSON document. Everything in it but the speed is the same "
         "for the same\nseed, whatever the number of threads.");
   }
 
   CommandResult run(const Call& call) override {
     CrowdRequest request;
-    for (const auto step : {&CrowdCommand::readNumbers, &CrowdCommand::readAir,
-                            &CrowdCommand::readScenario, &CrowdCommand::readPaths}) {
-      if (auto refusal = (this->*step)(request)) return *refusal;
-    }
+    if (auto refusal = readNumbers(request)) return *refusal;
+    if (auto refusal = readAir(request)) return *refusal;
+    if (auto refusal = readScenario(request, call.outside.isInterrupted)) return *refusal;
+    if (auto refusal = readPaths(request)) return *refusal;
     Outside outside = call.outside;
     if (isQuiet_) outside.terminal.write = {};
     return runCrowd(request, {call.arguments, outside, call.output});
@@ -166,15 +160,11 @@ class CrowdCommand final : public ToolCommand {
     return std::nullopt;
   }
 
-  Refusal readScenario(CrowdRequest& request) {
+  Refusal readScenario(CrowdRequest& request, const std::atomic<bool>& isInterrupted) {
     const RapidJsonReader json;
-    const auto text = readFile(scenario_, kLargestScenario);
-    if (!text) return unusable(scenario_ + ": cannot be read");
-    auto parsed = parseScenario(*text, json);
-    if (const auto* bad = std::get_if<ScenarioError>(&parsed)) {
-      return unusable(scenario_ + ":" + std::to_string(bad->line) + ": " + bad->what);
-    }
-    request.scenario = std::move(std::get<Scenario>(parsed));
+    auto scenario = halvora::readScenario(scenario_, json, isInterrupted);
+    if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
+    request.scenario = std::get<Scenario>(std::move(scenario));
     double until = toSeconds(request.scenario.lastAction() + kAfterLastAction);
     if (until_.empty() && until > kLatestEnd) {
       return unusable(scenario_ + ": longer than a day; say how long with --until");
