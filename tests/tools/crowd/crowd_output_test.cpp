@@ -68,6 +68,41 @@ struct CrowdOutputRoom : testing::Test {
   const std::vector<std::uint8_t> frame = std::vector<std::uint8_t>(2 * 2 * 3);
 };
 
+TEST(CrowdOutputKinds, GoByTheEndOfTheName) {
+  using Kind = CrowdOutputKind;
+  for (const auto& [name, kind] :
+       std::vector<std::pair<std::string, Kind>>{{"show.mp4", Kind::movie},
+                                                 {"show.MP4", Kind::movie},
+                                                 {"show.Png", Kind::sheet},
+                                                 {"show.avi", Kind::other},
+                                                 {"a.mp4/show.WEBM", Kind::other},
+                                                 {"show.jpg", Kind::other},
+                                                 {"show", Kind::folder},
+                                                 {"show.mp4/", Kind::folder},
+                                                 {"show.v2", Kind::folder},
+                                                 {".png", Kind::folder},
+                                                 {"", Kind::folder}}) {
+    EXPECT_EQ(crowdOutputKindOf(name), kind) << name;
+  }
+}
+
+TEST_F(CrowdOutputRoom, AKindThatIsNotWrittenMakesNothing) {
+  EXPECT_EQ(make("show.avi"), nullptr);
+  EXPECT_THAT(contents(), IsEmpty());
+}
+
+TEST_F(CrowdOutputRoom, AShorterShowLeavesNoPicturesOfALongerOneBefore) {
+  for (const int frames : {4, 2}) {
+    folder.write("show/frame-000009.png", "somebody's own");
+    auto output = make("show");
+    ASSERT_NE(output, nullptr);
+    for (int at = 0; at < frames; ++at) EXPECT_TRUE(output->add(frame));
+    EXPECT_TRUE(output->finish());
+  }
+  EXPECT_THAT(contents(), UnorderedElementsAre("show", "show/frame-000001.png",
+                                               "show/frame-000002.png", "show/frame-000009.png"));
+}
+
 TEST_F(CrowdOutputRoom, AMovieAppearsWhenItIsWhole) {
   auto output = make("show.mp4");
   ASSERT_NE(output, nullptr);

@@ -2,8 +2,10 @@
 #include "tools/halvora/crowd/crowd_output.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -76,15 +78,29 @@ class FolderOutput final : public CrowdOutput {
   }
 
   bool add(std::span<const std::uint8_t> rgb) override {
-    char name[32];
-    std::snprintf(name, sizeof name, "/frame-%06lld.png", static_cast<long long>(++frames_));
+    ++frames_;
     const std::string bytes = encode_(imageOf(rgb, format_.width, format_.height));
-    isGood_ = isGood_ && !bytes.empty() && files_.replace(folder_ + name, bytes);
+    isGood_ = isGood_ && !bytes.empty() && files_.replace(nameOf(frames_), bytes);
     return isGood_;
   }
-  bool finish() override { return isGood_; }
+  bool finish() override {
+    removeOlder();
+    return isGood_;
+  }
 
  private:
+  std::string nameOf(std::int64_t frame) const {
+    char name[32];
+    std::snprintf(name, sizeof name, "/frame-%06lld.png", static_cast<long long>(frame));
+    return folder_ + name;
+  }
+  // Pictures of a longer show before this one would be taken for its end.
+  void removeOlder() const {
+    std::error_code error;
+    for (std::int64_t frame = frames_ + 1; fs::remove(nameOf(frame), error); ++frame) {
+    }
+  }
+
   std::string folder_;
   bool isNew_;
   CrowdOutputFormat format_;
@@ -175,6 +191,11 @@ bool isWritable(const std::string& path) {
   return !trial.empty() && fs::remove(trial, error);
 }
 
+// Names that people mean as one file: a folder of that name would not be what they asked for.
+constexpr std::array<std::string_view, 13> kOtherKinds = {".avi",  ".bmp",  ".gif", ".jpeg", ".jpg",
+                                                          ".m4v",  ".mkv",  ".mov", ".mpeg", ".mpg",
+                                                          ".tiff", ".webm", ".webp"};
+
 bool isFolderMade(const std::string& path) {
   std::error_code error;
   fs::create_directories(path, error);
@@ -183,17 +204,30 @@ bool isFolderMade(const std::string& path) {
 
 }  // namespace
 
+CrowdOutputKind crowdOutputKindOf(const std::string& path) {
+  std::string kind = fs::path(path).extension().string();
+  std::ranges::transform(kind, kind.begin(), [](char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+  });
+  if (kind == ".mp4") return CrowdOutputKind::movie;
+  if (kind == ".png") return CrowdOutputKind::sheet;
+  const bool isOther = std::ranges::find(kOtherKinds, kind) != kOtherKinds.end();
+  return isOther ? CrowdOutputKind::other : CrowdOutputKind::folder;
+}
+
 std::unique_ptr<CrowdOutput> makeCrowdOutput(const std::string& path,
                                              const CrowdOutputFormat& format,
                                              const CrowdOutputTools& tools) {
-  if (path.ends_with(".mp4")) {
+  const CrowdOutputKind kind = crowdOutputKindOf(path);
+  if (kind == CrowdOutputKind::other) return nullptr;
+  if (kind == CrowdOutputKind::movie) {
     std::error_code error;
     if (tools.movies == nullptr || fs::is_directory(path, error)) return nullptr;
     auto output = std::make_unique<MovieOutput>(path, fileBeside(path));
     return output->begin(*tools.movies, format) ? std::move(output) : nullptr;
   }
   if (tools.encodePicture == nullptr) return nullptr;
-  if (path.ends_with(".png")) {
+  if (kind == CrowdOutputKind::sheet) {
     if (!isWritable(path)) return nullptr;
     return std::make_unique<SheetOutput>(path, format, tools.encodePicture);
   }

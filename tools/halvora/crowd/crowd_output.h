@@ -38,8 +38,19 @@ struct CrowdOutputTools {
   PictureEncoder encodePicture = nullptr;
 };
 
-/// A name that ends in ".mp4" is a movie, one in ".png" a sheet, any other a folder. Null where it
-/// cannot be made, or what writes such files is missing.
+enum class CrowdOutputKind : std::uint8_t {
+  movie,
+  sheet,
+  folder,
+  /// A file of a kind that is not written.
+  other,
+};
+
+/// By the end of the name, in small or large letters: ".mp4" is a movie, ".png" a sheet. What is
+/// neither, nor the name of another kind of picture or movie, is a folder.
+CrowdOutputKind crowdOutputKindOf(const std::string& path);
+
+/// Null where it cannot be made, or what writes such files is missing.
 std::unique_ptr<CrowdOutput> makeCrowdOutput(const std::string& path,
                                              const CrowdOutputFormat& format,
                                              const CrowdOutputTools& tools);
