@@ -61,9 +61,10 @@ class SeatPhone {
 
   RapidJsonReader json_;
   VirtualPhone phone_{json_, setup()};
+  const Platform platform_ = phone_.platform();
 
  public:
-  PixelMapSeatLuts luts{phone_.platform(), {[] { return 0; }, [] {}}};
+  PixelMapSeatLuts luts{platform_, {[] { return 0; }, [] {}}};
 };
 
 void lookUp(benchmark::State& state) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/command_processor.h"
 
+#include "engine/show_assets.h"
 #include "light/brightness.h"
 #include "light/random_number.h"
 #include "light/screen_modes.h"
@@ -143,7 +144,7 @@ bool CommandProcessor::takeColour(Command& command) {
   const auto byte = [](std::uint16_t value) { return static_cast<std::uint8_t>(value); };
   const Broadcast& broadcast = command.broadcast;
   choosePaletteColour(
-      rooms_.state.colour, *rooms_.palettesArray, rooms_.platform.random, broadcast.paletteId,
+      rooms_.state.colour, rooms_.assets->palettes, rooms_.platform.random, broadcast.paletteId,
       colourOfBytes(byte(broadcast.red), byte(broadcast.green), byte(broadcast.blue)));
   return true;
 }
@@ -264,8 +265,14 @@ bool CommandProcessor::changeMode(Command& command) {
   return true;
 }
 
+// By a copy: a callback may put another one in its place.
+void CommandProcessor::tell(std::function<void()> ShowCallbacks::*what) const {
+  if (!rooms_.callbacks) return;
+  if (const auto callback = (*rooms_.callbacks).*what) callback();
+}
+
 void CommandProcessor::beginShow() {
-  if (const auto callback = rooms_.callbacks.lightShowStarted) callback();
+  tell(&ShowCallbacks::lightShowStarted);
   rooms_.views.animateAlpha({{ViewId::container, 1}}, {.duration = kShowFade, .name = "Fade Out"});
   rooms_.platform.screen.setBrightness(1.0);
   rooms_.state.isStatusBarHidden = true;
@@ -276,7 +283,7 @@ void CommandProcessor::beginShow() {
 }
 
 void CommandProcessor::endShow() {
-  if (const auto callback = rooms_.callbacks.lightShowStopped) callback();
+  tell(&ShowCallbacks::lightShowStopped);
   rooms_.views.animateAlpha({{ViewId::container, 0}}, {.duration = kShowFade, .name = "Fade In"});
   rooms_.brightness.originalScreenBrightness();
   rooms_.state.isStatusBarHidden = false;

@@ -60,6 +60,7 @@ class CommandProcessor {
 
   void showVideo(int videoId, int videoStatus);
   void hideVideo(bool showEnds);
+  void tell(std::function<void()> ShowCallbacks::*what) const;
   void beginShow();
   void endShow();
   void showGobo(std::uint32_t mode, Duration fade);

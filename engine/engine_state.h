@@ -54,13 +54,15 @@ class ScreenModes;
 class TimerSet;
 class ViewStack;
 struct Platform;
+struct ShowAssets;
 struct ShowParts;
 
 struct EngineRooms {
   const Platform& platform;
   EngineState& state;
-  const std::shared_ptr<const std::vector<Palette>>& palettesArray;
-  const ShowCallbacks& callbacks;
+  const std::shared_ptr<const ShowAssets>& assets;
+  /// Null while the host wants to be told nothing.
+  const std::unique_ptr<ShowCallbacks>& callbacks;
   TimerSet& timers;
   ViewStack& views;
   BrightnessRamps& brightness;

@@ -12,14 +12,8 @@ namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestPaletteFile = 4 << 20;
-constexpr std::size_t kLargestStill = 32 << 20;
 constexpr Duration kLowLightPoll = milliseconds(500);
 constexpr Duration kShowFade = milliseconds(1000);
-
-std::string assetFolder(const Bundle& bundle) {
-  return bundle.resourcePath().empty() ? "" : bundle.resourcePath() + "/HVAssets";
-}
 
 // A bucket is a folder within the documents; a text that leads out of them names none.
 std::string goboDocuments(const std::string& documents, const std::string& bucket) {
@@ -40,9 +34,9 @@ HalvoraViewController& HalvoraViewController::sharedInstance(const Platform& pla
 HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOptions options,
                                              std::optional<ShowParts> parts)
     : platform_(platform),
-      hasOwnPalettes_(options.palettes == nullptr),
-      palettesArray_(hasOwnPalettes_ ? std::make_shared<const std::vector<Palette>>()
-                                     : std::move(options.palettes)),
+      hasOwnAssets_(options.assets == nullptr),
+      assets_(hasOwnAssets_ ? std::make_shared<const ShowAssets>() : std::move(options.assets)),
+      stills_(options.stills),
       timers_(platform.runLoop),
       views_(timers_),
       overlays_(state_.screen, views_, timers_),
@@ -58,8 +52,8 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
       brightness_(platform.screen, timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
              [this] { return seatLight(); }),
-      processor_({platform_, state_, palettesArray_, callbacks_, timers_, views_, brightness_,
-                  modes_, parts_}),
+      processor_(
+          {platform_, state_, assets_, callbacks_, timers_, views_, brightness_, modes_, parts_}),
       usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
              platform.bundles.main.identifier(), std::move(options.usageEndpoints)),
       scanner_(platform_, state_.presence, timers_, *this) {}
@@ -74,7 +68,7 @@ HalvoraViewController::~HalvoraViewController() {
 void HalvoraViewController::viewDidLoad() {
   state_.isStatusBarHidden = false;
   platform_.application.addObserver(*this);
-  if (hasOwnPalettes_) loadPalettes();
+  if (hasOwnAssets_) assets_ = loadShowAssets(platform_.bundles, platform_.json);
   pixelMapLUTDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.lut.decode");
   pixelMapLiveDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.live.decode");
   seatLut_.useQueues(*pixelMapLUTDecodeQueue_, *pixelMapLiveDecodeQueue_);
@@ -82,17 +76,12 @@ void HalvoraViewController::viewDidLoad() {
   pairedBucketID_ = textForKey(platform_.defaults, "pairedBucketID").value_or("");
   platform_.application.useAudioPlaybackCategory();
 
-  views_.setText(ViewId::pairingCodeLabel, "0000");
-  const std::string assets = assetFolder(platform_.bundles.main);
-  gobo_.build({goboDocuments(getPrivateDocumentsDirectory(), pairedBucketID_),
-               assets.empty() ? assets : assets + "/Gobos"});
-  video_.build(assets);
+  views_.setText(ViewId::pairingCodeLabel, SharedText(assets_, &assets_->pairingCode));
+  gobo_.build(goboFolders());
+  video_.build(SharedText(assets_, &assets_->folder));
   views_.setAlpha(ViewId::dimmerView, 1.0 - state_.colour.currentMaster);
-  overlays_.build(
-      hvLocalizedStringForKey("hv_map_no_seat_overlay_message",
-                              "No seat selected for this part of the light show.\n"
-                              "Keep the app open to continue taking part."),
-      hvLocalizedStringForKey("hv_low_light_hint", "Light show active. Please keep the app open."));
+  overlays_.build(SharedText(assets_, &assets_->mapNoSeatText),
+                  SharedText(assets_, &assets_->lowLightText));
   timers_.invalidate(lowLightHintTimer_);
   lowLightHintTimer_ =
       timers_.every(kLowLightPoll, [this] { parts_.overlays.updateLowLightHintState(); });
@@ -103,15 +92,17 @@ void HalvoraViewController::viewDidLoad() {
   state_.screen.lastTurnOn = true;
 }
 
-// Whatever is wrong with the file, the show goes on in the commands' own colours.
-void HalvoraViewController::loadPalettes() {
-  const auto text =
-      platform_.bundles.main.readResource("HVAssets/palettes.json", kLargestPaletteFile);
-  if (!text) return;
-  const std::optional<JsonValue> document = platform_.json.parse(*text);
-  if (document) {
-    palettesArray_ = std::make_shared<const std::vector<Palette>>(parsePalettes(*document));
-  }
+ShowCallbacks& HalvoraViewController::callbacks() {
+  if (!callbacks_) callbacks_ = std::make_unique<ShowCallbacks>();
+  return *callbacks_;
+}
+
+// Without downloaded content they are the same for all engines.
+std::shared_ptr<const GoboFolders> HalvoraViewController::goboFolders() const {
+  std::string documents = goboDocuments(getPrivateDocumentsDirectory(), pairedBucketID_);
+  if (documents.empty()) return {assets_, &assets_->goboFolders};
+  return std::make_shared<const GoboFolders>(
+      GoboFolders{std::move(documents), assets_->goboFolders.bundle});
 }
 
 void HalvoraViewController::viewWillLayoutSubviews(const std::optional<Rect>& superviewBounds) {
@@ -120,8 +111,7 @@ void HalvoraViewController::viewWillLayoutSubviews(const std::optional<Rect>& su
 
 std::string HalvoraViewController::hvLocalizedStringForKey(std::string_view key,
                                                            std::string_view fallback) const {
-  std::string text = platform_.bundles.kit.localizedString(key);
-  return text.empty() || text == key ? std::string(fallback) : text;
+  return kitText(platform_.bundles, key, fallback);
 }
 
 PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
@@ -194,6 +184,12 @@ std::optional<bool> HalvoraViewController::seatIsWhite() const {
   const std::string name = "Maps/v" + std::to_string(seat.currentVenueId) + "_m" +
                            std::to_string(seat.currentPixelMapId) + "_f" +
                            std::to_string(seat.currentVideoMinutes) + ".jpg";
+  if (stills_ != nullptr) {
+    const auto still = stills_->find(name);
+    if (!still) return std::nullopt;
+    if (!hasSeat()) return false;
+    return *still ? std::optional(isWhiteAtSeat(**still)) : std::nullopt;
+  }
   const auto bytes = platform_.bundles.main.readResource(name, kLargestStill);
   if (!bytes) return std::nullopt;
   if (!hasSeat()) return false;
@@ -202,7 +198,11 @@ std::optional<bool> HalvoraViewController::seatIsWhite() const {
   std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(*image);
   if (!bitmap) return std::nullopt;
   drawRow(*image, seat.currentYPos, *bitmap);
-  const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, seat.currentYPos);
+  return isWhiteAtSeat(*bitmap);
+}
+
+bool HalvoraViewController::isWhiteAtSeat(const BitmapContext& still) const {
+  const std::uint8_t* pixel = still.pixelAt(state_.seat.currentXPos, state_.seat.currentYPos);
   return pixel != nullptr && pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
 }
 

@@ -16,6 +16,8 @@
 #include "engine/command_processor.h"
 #include "engine/engine_state.h"
 #include "engine/scanner.h"
+#include "engine/show_assets.h"
+#include "engine/still_source.h"
 #include "light/brightness.h"
 #include "light/gobo_animator.h"
 #include "light/overlays.h"
@@ -35,10 +37,11 @@ namespace halvora {
 
 struct EngineOptions {
   UsageEndpoints usageEndpoints = {};
-  /// What many engines of one process share instead of each reading its own: the palettes of the
-  /// main bundle, and ready seat tables, which must outlive the engine. Null: its own.
-  std::shared_ptr<const std::vector<Palette>> palettes = nullptr;
+  /// What many engines of one process share instead of each reading its own: what a show takes from
+  /// the bundles, and ready seat tables and stills, which must outlive the engine. Null: its own.
+  std::shared_ptr<const ShowAssets> assets = nullptr;
   const SeatLutSource* seatLuts = nullptr;
+  const StillSource* stills = nullptr;
 };
 
 class HalvoraViewController : private ScannerClient, private ApplicationObserver {
@@ -74,9 +77,9 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   bool prefersStatusBarHidden() const { return state_.isStatusBarHidden; }
 
   /// Called on every change of mode or speed to a mode other than 0. May stay absent.
-  std::function<void()>& lightShowStartedCallback() { return callbacks_.lightShowStarted; }
+  std::function<void()>& lightShowStartedCallback() { return callbacks().lightShowStarted; }
   /// Called on every change of speed or mode to mode 0. May stay absent.
-  std::function<void()>& lightShowStoppedCallback() { return callbacks_.lightShowStopped; }
+  std::function<void()>& lightShowStoppedCallback() { return callbacks().lightShowStopped; }
   /// The transmitter keys ("application:number") to obey; none means all.
   void setAllowedTransmitterIds(std::vector<std::string> ids) {
     scanner_.setAllowedTransmitterIds(std::move(ids));
@@ -117,7 +120,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   ViewStack& views() { return views_; }
   const ViewStack& views() const { return views_; }
   const EngineState& state() const { return state_; }
-  const std::vector<Palette>& palettes() const { return *palettesArray_; }
+  const std::vector<Palette>& palettes() const { return assets_->palettes; }
   BrightnessRamps& brightness() { return brightness_; }
   Scanner& scanner() { return scanner_; }
   const PixelMapSeatLuts& seatLuts() const { return seatLut_; }
@@ -132,17 +135,21 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   void showReceptionRate(int packets) override;
   void dropShow() override;
   void videoReady() override { state_.video.videoCanPlay = true; }
-  void loadPalettes();
+  ShowCallbacks& callbacks();
+  std::shared_ptr<const GoboFolders> goboFolders() const;
   SeatLight seatLight();
   void refreshMode21ColorIfNeeded();
   bool hasSeat() const;
   std::optional<bool> seatIsWhite() const;
+  bool isWhiteAtSeat(const BitmapContext& still) const;
 
   Platform platform_;
   EngineState state_;
-  ShowCallbacks callbacks_;
-  bool hasOwnPalettes_;
-  std::shared_ptr<const std::vector<Palette>> palettesArray_;
+  /// Null until the host asks for one.
+  std::unique_ptr<ShowCallbacks> callbacks_;
+  bool hasOwnAssets_;
+  std::shared_ptr<const ShowAssets> assets_;
+  const StillSource* stills_;
   std::string pairedBucketID_;
   Rect frame_;
   TimerSet timers_;

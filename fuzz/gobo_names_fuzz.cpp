@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -67,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   halvora::GoboState state;
   halvora::GoboAnimator gobo(state, views, random);
   state.currentGobo = number;
-  gobo.build({folder(), ""});
+  gobo.build(std::make_shared<const halvora::GoboFolders>(halvora::GoboFolders{folder(), ""}));
   for (int change = 0; change < 3; ++change) {
     gobo.changeGobo();
     const std::string& shown = views.text(halvora::ViewId::goboImage);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/halvora_view.h"
 
+#include <utility>
+
 #include "platform/run_loop.h"
 
 namespace halvora {
@@ -9,10 +11,10 @@ namespace {
 
 // The engine may call in the middle of a look; the host hears of it when that is done.
 std::function<void()> inATurnOfItsOwn(RunLoop& loop, const std::function<void()>& callback) {
-  return [&loop, callback] {
-    // A copy that is not constant, as tasks are moved.
-    loop.post([called = callback] {
-      if (called) called();
+  auto shared = std::make_shared<const std::function<void()>>(callback);
+  return [&loop, shared = std::move(shared)] {
+    loop.post([called = shared] {
+      if (*called) (*called)();
     });
   };
 }

@@ -30,20 +30,27 @@ std::optional<std::int64_t> variantsNamedBy(std::string_view name, int gobo) {
   return hasThreeParts ? integerValue(name.substr(second + 1)) : -1;
 }
 
-void GoboAnimator::build(GoboFolders folders) {
+void GoboAnimator::build(std::shared_ptr<const GoboFolders> folders) {
   folders_ = std::move(folders);
-  show(folders_.bundle.empty() ? "" : folders_.bundle + "/1" + std::string(kExtension));
+  const std::string& bundle = this->folders().bundle;
+  show(bundle.empty() ? "" : bundle + "/1" + std::string(kExtension));
+}
+
+const GoboFolders& GoboAnimator::folders() const {
+  static const GoboFolders kNone;
+  return folders_ ? *folders_ : kNone;
 }
 
 void GoboAnimator::changeGobo() {
+  const GoboFolders& from = folders();
   const std::string name = "/" + std::to_string(state_.currentGobo) + std::string(kExtension);
-  if (!folders_.documents.empty() && isFile(folders_.documents + name)) {
-    return show(folders_.documents + name);
+  if (!from.documents.empty() && isFile(from.documents + name)) {
+    return show(from.documents + name);
   }
-  for (const std::string& folder : {folders_.documents, folders_.bundle}) {
+  for (const std::string& folder : {from.documents, from.bundle}) {
     if (const auto count = variantsIn(folder)) return show(drawVariant(folder, *count));
   }
-  show(folders_.bundle.empty() ? "" : folders_.bundle + name);
+  show(from.bundle.empty() ? "" : from.bundle + name);
 }
 
 // Systems list a folder in any order; by taking the greatest name for the last one every phone of a

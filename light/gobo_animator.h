@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,7 +31,7 @@ class GoboAnimator final : public GoboPart {
       : state_(state), views_(views), random_(random) {}
 
   /// Takes the folders, and shows the bundle's first gobo, hidden until a look asks for one.
-  void build(GoboFolders folders);
+  void build(std::shared_ptr<const GoboFolders> folders);
 
   void changeGobo() override;
   void goboPulse() override;
@@ -42,6 +43,7 @@ class GoboAnimator final : public GoboPart {
   std::optional<std::int64_t> variantsIn(const std::string& folder) const;
   std::string drawVariant(const std::string& folder, std::int64_t count);
   void show(const std::string& path);
+  const GoboFolders& folders() const;
   /// One cycle of a pulse, again for as long as the gobo's mode is `mode`.
   void pulse(std::uint32_t mode, Duration delay);
   void fadeIn(std::uint32_t mode, const AnimationTiming& timing);
@@ -50,7 +52,8 @@ class GoboAnimator final : public GoboPart {
   GoboState& state_;
   ViewStack& views_;
   Random& random_;
-  GoboFolders folders_;
+  /// Null for no folders.
+  std::shared_ptr<const GoboFolders> folders_;
 };
 
 /// How many variants the name of a gobo picture speaks of; -1 for a name that does not have three

@@ -19,7 +19,7 @@ constexpr float kNearBlack = 15;
 
 }  // namespace
 
-void Overlays::build(std::string noSeatText, std::string lowLightText) {
+void Overlays::build(SharedText noSeatText, SharedText lowLightText) {
   views_.setText(ViewId::mapNoSeatOverlayLabel, std::move(noSeatText));
   views_.setText(ViewId::lowLightHintLabel, std::move(lowLightText));
 }

@@ -3,8 +3,6 @@
 // still a running show. Owned by the engine; main thread.
 #pragma once
 
-#include <string>
-
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/view_stack.h"
@@ -17,7 +15,7 @@ class Overlays final : public OverlaysPart {
       : screen_(screen), views_(views), timers_(timers) {}
 
   /// Gives the two labels their texts.
-  void build(std::string noSeatText, std::string lowLightText);
+  void build(SharedText noSeatText, SharedText lowLightText);
 
   void showMapNoSeatOverlay() override;
   void hideMapNoSeatOverlay() override;

@@ -18,9 +18,9 @@ constexpr Duration kCatchUpDelay = milliseconds(2000);
 }  // namespace
 
 VideoItem SynchronisedVideo::getPlayerItem(const std::string& name) const {
-  std::string path = folder_ + "/" + name + ".mp4";
+  std::string path = (folder_ ? *folder_ : std::string()) + "/" + name + ".mp4";
   std::error_code error;
-  if (folder_.empty() || !std::filesystem::is_regular_file(path, error)) path.clear();
+  if (!folder_ || folder_->empty() || !std::filesystem::is_regular_file(path, error)) path.clear();
   return {name, std::move(path)};
 }
 
@@ -56,6 +56,7 @@ void SynchronisedVideo::startVideo() {
   // Whole seconds: every phone drops the fraction alike.
   const int lead = state_.isCatchingUp ? kCatchUpLead : kLead;
   const int seconds = (state_.currentVideoMilliseconds + lead) / 1000;
+  if (!isAlive_) isAlive_ = std::make_shared<const bool>(true);
   player.seek(milliseconds(seconds * 1000LL), [this, alive = std::weak_ptr<const bool>(isAlive_)] {
     if (!alive.expired() && !state_.isCatchingUp) active().play();
   });

@@ -21,7 +21,7 @@ class SynchronisedVideo final : public VideoPart {
       : state_(state), views_(views), timers_(timers), players_(players) {}
 
   /// Takes the folder that clips lie in, as NAME.mp4.
-  void build(std::string folder) { folder_ = std::move(folder); }
+  void build(SharedText folder) { folder_ = std::move(folder); }
 
   void playVideo(const std::string& name) override;
   void pausePlayers() override;
@@ -39,9 +39,9 @@ class SynchronisedVideo final : public VideoPart {
   ViewStack& views_;
   TimerSet& timers_;
   VideoPlayers players_;
-  std::string folder_;
-  /// A seek may complete after the engine is gone.
-  std::shared_ptr<const bool> isAlive_ = std::make_shared<const bool>(true);
+  SharedText folder_;
+  /// A seek may complete after the engine is gone. Null before the first.
+  std::shared_ptr<const bool> isAlive_;
 };
 
 }  // namespace halvora

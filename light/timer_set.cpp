@@ -2,12 +2,13 @@
 #include "light/timer_set.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace halvora {
 
 namespace {
 
-constexpr std::size_t kSmallestSweep = 16;
+constexpr std::size_t kSmallestRoom = 8;
 
 }  // namespace
 
@@ -21,9 +22,13 @@ void TimerSet::invalidate(TimerId& named) {
 }
 
 TimerId TimerSet::keep(TimerId timer) {
-  if (timers_.size() >= sweepAt_) {
+  if (timers_.size() == timers_.capacity()) {
     std::erase_if(timers_, [this](TimerId id) { return !loop_.isPending(id); });
-    sweepAt_ = std::max(kSmallestSweep, timers_.size() * 2);
+    // Where most were pending the next sweep would come too soon.
+    const bool isCrowded = timers_.size() * 4 > timers_.capacity() * 3;
+    if (isCrowded || timers_.capacity() == 0) {
+      timers_.reserve(std::max(kSmallestRoom, timers_.capacity() * 2));
+    }
   }
   timers_.push_back(timer);
   return timer;

@@ -4,7 +4,6 @@
 // up then. What is still pending when the engine goes is cancelled here. Main thread.
 #pragma once
 
-#include <cstddef>
 #include <vector>
 
 #include "platform/run_loop.h"
@@ -34,7 +33,6 @@ class TimerSet {
 
   RunLoop& loop_;
   std::vector<TimerId> timers_;
-  std::size_t sweepAt_ = 16;
 };
 
 }  // namespace halvora

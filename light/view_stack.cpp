@@ -13,13 +13,15 @@ Colour drawn(const MaybeColour& colour) { return colour.value_or(Colour{0, 0, 0,
 
 }  // namespace
 
-ViewStack::ViewStack(TimerSet& timers) : timers_(timers), values_() {
-  for (std::size_t at = 0; at < kViewCount; ++at)
-    values_[at] = {kViews[at].alpha, kViews[at].hidden};
+ViewStack::ViewStack(TimerSet& timers) : timers_(timers), alphas_() {
+  for (std::size_t at = 0; at < kViewCount; ++at) {
+    alphas_[at] = kViews[at].alpha;
+    hidden_[at] = kViews[at].hidden;
+  }
 }
 
 void ViewStack::setAlpha(ViewId view, double alpha) {
-  values_[indexOf(view)].alpha = alpha;
+  alphas_[indexOf(view)] = alpha;
   if (observer_ != nullptr) observer_->alphaChanged(view, alpha, Duration::zero());
 }
 
@@ -31,7 +33,7 @@ void ViewStack::animateAlpha(std::initializer_list<AlphaChange> changes,
     const double from = shownAlpha(change.view);
     cutAlphaTween(change.view);
     alphaTweens_.push_back({run, change.view, from, change.alpha});
-    values_[indexOf(change.view)].alpha = change.alpha;
+    alphas_[indexOf(change.view)] = change.alpha;
     if (observer_ != nullptr) {
       observer_->alphaChanged(change.view, change.alpha, timing.duration);
     }
@@ -41,7 +43,7 @@ void ViewStack::animateAlpha(std::initializer_list<AlphaChange> changes,
 void ViewStack::removeAnimations(ViewId view) { cutAlphaTween(view); }
 
 void ViewStack::setHidden(ViewId view, bool hidden) {
-  values_[indexOf(view)].hidden = hidden;
+  hidden_[indexOf(view)] = hidden;
   if (observer_ != nullptr) observer_->hiddenChanged(view, hidden);
 }
 
@@ -49,15 +51,20 @@ const std::string& ViewStack::text(ViewId view) const {
   static const std::string kNone;
   const auto found = std::find_if(texts_.begin(), texts_.end(),
                                   [view](const Text& text) { return text.view == view; });
-  return found == texts_.end() ? kNone : found->text;
+  return found == texts_.end() ? kNone : *found->text;
 }
 
 void ViewStack::setText(ViewId view, std::string text) {
+  static const SharedText kNone = std::make_shared<const std::string>();
+  setText(view, text.empty() ? kNone : std::make_shared<const std::string>(std::move(text)));
+}
+
+void ViewStack::setText(ViewId view, SharedText text) {
   const auto found = std::find_if(texts_.begin(), texts_.end(),
                                   [view](const Text& known) { return known.view == view; });
   Text& changed = found == texts_.end() ? texts_.emplace_back(Text{view, {}}) : *found;
   changed.text = std::move(text);
-  if (observer_ != nullptr) observer_->textChanged(view, changed.text);
+  if (observer_ != nullptr) observer_->textChanged(view, *changed.text);
 }
 
 void ViewStack::setLightColour(const MaybeColour& colour) {

@@ -5,8 +5,10 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +42,9 @@ class ViewObserver {
   virtual void lightAnimationEnded(bool /*finished*/) {}
 };
 
+/// A text that many may show; never null.
+using SharedText = std::shared_ptr<const std::string>;
+
 struct AlphaChange {
   ViewId view;
   double alpha;
@@ -57,7 +62,7 @@ class ViewStack {
   /// At most one observer, which outlives the stack or takes itself off with null.
   void setObserver(ViewObserver* observer) { observer_ = observer; }
 
-  double alpha(ViewId view) const { return values_[indexOf(view)].alpha; }
+  double alpha(ViewId view) const { return alphas_[indexOf(view)]; }
   /// Sets the value and leaves a running animation alone: what is shown follows that to its end,
   /// then this.
   void setAlpha(ViewId view, double alpha);
@@ -66,11 +71,12 @@ class ViewStack {
   /// Ends the view's animation unfinished, in a turn of its own at the present time.
   void removeAnimations(ViewId view);
 
-  bool isHidden(ViewId view) const { return values_[indexOf(view)].hidden; }
+  bool isHidden(ViewId view) const { return hidden_[indexOf(view)]; }
   void setHidden(ViewId view, bool hidden);
 
   /// The text of a label, or the name of the picture in an image view.
   const std::string& text(ViewId view) const;
+  void setText(ViewId view, SharedText text);
   void setText(ViewId view, std::string text);
 
   /// The colour of the light, as set; the only way in which an effect shows a colour. None clears
@@ -89,10 +95,6 @@ class ViewStack {
  private:
   using AnimationId = std::uint32_t;
 
-  struct Value {
-    double alpha;
-    bool hidden;
-  };
   struct Run {
     AnimationId animation;
     Duration begin;
@@ -119,7 +121,7 @@ class ViewStack {
   };
   struct Text {
     ViewId view;
-    std::string text;
+    SharedText text;
   };
 
   Run start(const AnimationTiming& timing, std::size_t tweens, bool isLight, Completion completion);
@@ -131,7 +133,8 @@ class ViewStack {
 
   TimerSet& timers_;
   ViewObserver* observer_ = nullptr;
-  std::array<Value, kViewCount> values_;
+  std::array<double, kViewCount> alphas_;
+  std::bitset<kViewCount> hidden_;
   std::vector<Text> texts_;
   MaybeColour light_ = kBlack;
   std::optional<LightTween> lightTween_;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -59,14 +60,59 @@ struct PixelMapSeatLuts::PrecomputeRun {
   PrecomputeCompletion completion;
 };
 
+/// The video looked up last, so that a show does not go through folders at every packet.
+struct PixelMapSeatLuts::FoundVideo {
+  int venueId = -1;
+  int pixelMapId = -1;
+  SeatPosition seat;
+  std::string url;
+  std::string key;
+};
+
+struct PixelMapSeatLuts::Work {
+  explicit Work(const Platform& platform)
+      : assets(platform.bundles, platform.files, platform.videoAssets, platform.images) {}
+
+  PixelMapAssets assets;
+  std::unique_ptr<LiveSampler> sampler;
+  SeatLutState state;
+  /// Builds that have been asked for and not yet ended, by key: every packet of a map without a
+  /// table asks anew.
+  std::map<std::string, std::uint64_t, std::less<>> building;
+  std::uint64_t builds = 0;
+  FoundVideo foundVideo;
+};
+
 PixelMapSeatLuts::PixelMapSeatLuts(const Platform& platform, Listener listener,
                                    const SeatLutSource* ready)
-    : listener_(std::move(listener)),
-      assets_(platform.bundles, platform.files, platform.videoAssets, platform.images),
-      sampler_(assets_, platform.videoAssets),
-      shared_(std::make_shared<Shared>(platform, ready)) {}
+    : platform_(platform), ready_(ready), listener_(std::move(listener)) {}
 
 PixelMapSeatLuts::~PixelMapSeatLuts() { end(); }
+
+PixelMapSeatLuts::Work& PixelMapSeatLuts::work() {
+  if (!work_) work_ = std::make_unique<Work>(platform_);
+  return *work_;
+}
+
+const std::shared_ptr<PixelMapSeatLuts::Shared>& PixelMapSeatLuts::shared() {
+  if (!shared_) shared_ = std::make_shared<Shared>(platform_, ready_);
+  return shared_;
+}
+
+const SeatLutState& PixelMapSeatLuts::state() const {
+  static const SeatLutState kNone;
+  return work_ ? work_->state : kNone;
+}
+
+LiveSampler& PixelMapSeatLuts::sampler() {
+  Work& here = work();
+  if (!here.sampler) {
+    here.sampler = std::make_unique<LiveSampler>(here.assets, platform_.videoAssets);
+  }
+  return *here.sampler;
+}
+
+PixelMapAssets& PixelMapSeatLuts::assets() { return work().assets; }
 
 void PixelMapSeatLuts::useQueues(SerialQueue& lutDecode, SerialQueue& liveDecode) {
   pixelMapLUTDecodeQueue_ = &lutDecode;
@@ -74,8 +120,16 @@ void PixelMapSeatLuts::useQueues(SerialQueue& lutDecode, SerialQueue& liveDecode
 }
 
 void PixelMapSeatLuts::end() {
-  shared_->isEnding = true;
-  sampler_.stopPixelMapLiveSampler();
+  if (shared_) shared_->isEnding = true;
+  stopPixelMapLiveSampler();
+}
+
+void PixelMapSeatLuts::clearActiveSeatLUT() {
+  if (work_) work_->state = {};
+}
+
+void PixelMapSeatLuts::stopPixelMapLiveSampler() {
+  if (work_ && work_->sampler) work_->sampler->stopPixelMapLiveSampler();
 }
 
 void PixelMapSeatLuts::preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMapId,
@@ -83,35 +137,36 @@ void PixelMapSeatLuts::preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMa
   if (seatX < 0 || seatY < 0) return;
   const FoundVideo& video = findVideo(venueId, pixelMapId, {seatX, seatY});
   if (video.url.empty()) {
-    assets_.setPixelMapDebugText("Missing video.mp4 (Venue-" + std::to_string(venueId) + "/" +
-                                 std::to_string(pixelMapId) + ") using JPG fallback");
+    assets().setPixelMapDebugText("Missing video.mp4 (Venue-" + std::to_string(venueId) + "/" +
+                                  std::to_string(pixelMapId) + ") using JPG fallback");
     clearActiveSeatLUT();
     stopPixelMapLiveSampler();
     return;
   }
-  assets_.setPixelMapDebugText(std::nullopt);
-  SeatLut lut = shared_->findReady(video.url, video.seat);
-  if (!lut) lut = shared_->pixelMapSeatLUTCache.find(video.key);
+  assets().setPixelMapDebugText(std::nullopt);
+  SeatLut lut = ready_ != nullptr ? ready_->find(video.url, video.seat) : nullptr;
+  if (!lut) lut = shared()->pixelMapSeatLUTCache.find(video.key);
   if (!lut) {
-    lut = shared_->files.loadPersistedPixelMapSeatLUTForVideoURL(video.url, video.seat);
-    if (lut) shared_->pixelMapSeatLUTCache.store(video.key, lut);
+    lut = shared()->files.loadPersistedPixelMapSeatLUTForVideoURL(video.url, video.seat);
+    if (lut) shared()->pixelMapSeatLUTCache.store(video.key, lut);
   }
   if (!lut) {
     // A copy: what a listener does may look for another video.
     buildSoon(FoundVideo(video));
     return;
   }
-  state_.pixelMapSeatLUTRequestedKey = video.key;
+  work().state.pixelMapSeatLUTRequestedKey = video.key;
   if (adopt(video.key, lut)) listener_.refreshMode21ColorIfNeeded();
 }
 
 // The phone goes black at once rather than show another map's colour.
 void PixelMapSeatLuts::buildSoon(const FoundVideo& video) {
-  const bool wasRequested = state_.pixelMapSeatLUTRequestedKey == video.key;
+  Work& here = work();
+  const bool wasRequested = here.state.pixelMapSeatLUTRequestedKey == video.key;
   clearActiveSeatLUT();
-  state_.pixelMapSeatLUTRequestedKey = video.key;
+  here.state.pixelMapSeatLUTRequestedKey = video.key;
   if (pixelMapLiveDecodeQueue_ != nullptr) {
-    sampler_.startPixelMapLiveSamplerForVideoURL(
+    sampler().startPixelMapLiveSamplerForVideoURL(
         {video.url, video.venueId, video.pixelMapId, video.key, video.seat,
          listener_.currentVideoMinutes()},
         *pixelMapLiveDecodeQueue_);
@@ -122,11 +177,11 @@ void PixelMapSeatLuts::buildSoon(const FoundVideo& video) {
 
 const PixelMapSeatLuts::FoundVideo& PixelMapSeatLuts::findVideo(int venueId, int pixelMapId,
                                                                 SeatPosition seat) {
-  FoundVideo& found = foundVideo_;
+  FoundVideo& found = work().foundVideo;
   const bool isSame = !found.url.empty() && found.venueId == venueId &&
                       found.pixelMapId == pixelMapId && found.seat == seat;
   if (!isSame) {
-    std::string url = assets_.pixelMapVideoURLForVenueId(venueId, pixelMapId);
+    std::string url = assets().pixelMapVideoURLForVenueId(venueId, pixelMapId);
     std::string key = pixelMapSeatLUTCacheKeyForVideoPath(url, seat);
     found = {venueId, pixelMapId, seat, std::move(url), std::move(key)};
   }
@@ -135,16 +190,17 @@ const PixelMapSeatLuts::FoundVideo& PixelMapSeatLuts::findVideo(int venueId, int
 
 // True if another table was in force before.
 bool PixelMapSeatLuts::adopt(const std::string& key, const SeatLut& lut) {
-  const bool isNew = state_.pixelMapSeatLUTLoadedKey != key;
-  state_.pixelMapSeatLUTLoadedKey = key;
-  state_.pixelMapSeatLUTActiveData = lut;
-  state_.pixelMapSeatLUTFrameCount = frameCountOf(lut);
+  SeatLutState& state = work().state;
+  const bool isNew = state.pixelMapSeatLUTLoadedKey != key;
+  state.pixelMapSeatLUTLoadedKey = key;
+  state.pixelMapSeatLUTActiveData = lut;
+  state.pixelMapSeatLUTFrameCount = frameCountOf(lut);
   stopPixelMapLiveSampler();
   return isNew;
 }
 
 void PixelMapSeatLuts::requestBuild(const FoundVideo& video) {
-  if (pixelMapLUTDecodeQueue_ == nullptr || building_.contains(video.key)) return;
+  if (pixelMapLUTDecodeQueue_ == nullptr || work().building.contains(video.key)) return;
   struct Job {
     std::weak_ptr<Shared> weak;
     PixelMapSeatLuts* luts;
@@ -155,8 +211,8 @@ void PixelMapSeatLuts::requestBuild(const FoundVideo& video) {
     SeatLut lut;
   };
   auto job = std::make_unique<Job>(
-      Job{shared_, this, ++builds_, video.url, video.key, video.seat, nullptr});
-  building_[video.key] = job->number;
+      Job{shared(), this, ++work().builds, video.url, video.key, video.seat, nullptr});
+  work().building[video.key] = job->number;
   pixelMapLUTDecodeQueue_->dispatch([job = std::move(job)]() mutable {
     const auto shared = job->weak.lock();
     if (!shared) return;
@@ -170,20 +226,22 @@ void PixelMapSeatLuts::requestBuild(const FoundVideo& video) {
 
 void PixelMapSeatLuts::buildEnded(std::uint64_t number, const std::string& key,
                                   const SeatLut& lut) {
-  const auto building = building_.find(key);
-  if (building != building_.end() && building->second == number) building_.erase(building);
-  if (state_.pixelMapSeatLUTRequestedKey != key || !lut) return;
-  shared_->pixelMapSeatLUTCache.store(key, lut);
+  auto& builds = work().building;
+  const auto building = builds.find(key);
+  if (building != builds.end() && building->second == number) builds.erase(building);
+  if (state().pixelMapSeatLUTRequestedKey != key || !lut) return;
+  shared()->pixelMapSeatLUTCache.store(key, lut);
   if (adopt(key, lut)) listener_.refreshMode21ColorIfNeeded();
 }
 
 MaybeColour PixelMapSeatLuts::colorFromActivePixelMapSeatLUTForFrameIndex(int frameIndex) {
-  if (!state_.pixelMapSeatLUTActiveData || state_.pixelMapSeatLUTFrameCount <= 0) {
+  const SeatLutState& table = state();
+  if (!table.pixelMapSeatLUTActiveData || table.pixelMapSeatLUTFrameCount <= 0) {
     return std::nullopt;
   }
-  const int frame = std::max(frameIndex, 0) % state_.pixelMapSeatLUTFrameCount;
+  const int frame = std::max(frameIndex, 0) % table.pixelMapSeatLUTFrameCount;
   const std::uint32_t word =
-      state_.pixelMapSeatLUTActiveData.words()[static_cast<std::size_t>(frame)];
+      table.pixelMapSeatLUTActiveData.words()[static_cast<std::size_t>(frame)];
   return word == kNoColourWord ? std::nullopt : std::optional(colourOfWord(word));
 }
 
@@ -192,20 +250,20 @@ void PixelMapSeatLuts::precomputePixelMapLUTsForVenueId(std::int64_t venueId, Se
                                                         PrecomputeCompletion completion) {
   std::vector<PixelMapVideoEntry> entries;
   if (venueId >= 1 && seat.x >= 0 && seat.y >= 0) {
-    entries = assets_.pixelMapVideoEntriesForVenueId(venueId);
+    entries = assets().pixelMapVideoEntriesForVenueId(venueId);
   }
   if (entries.empty() || pixelMapLUTDecodeQueue_ == nullptr) {
     reportCompletion(std::move(completion), 0, 0);
     return;
   }
-  foundVideo_ = {};
+  work().foundVideo = {};
   std::uint64_t generation = 0;
   {
-    const std::lock_guard lock(shared_->lock);
-    generation = ++shared_->pixelMapPersistentPrecomputeGeneration;
+    const std::lock_guard lock(shared()->lock);
+    generation = ++shared()->pixelMapPersistentPrecomputeGeneration;
   }
   auto run = std::make_unique<PrecomputeRun>(PrecomputeRun{
-      shared_, generation, std::move(entries), seat, std::move(progress), std::move(completion)});
+      shared(), generation, std::move(entries), seat, std::move(progress), std::move(completion)});
   pixelMapLUTDecodeQueue_->dispatch([run = std::move(run)] { precompute(*run); });
 }
 
@@ -253,29 +311,29 @@ void PixelMapSeatLuts::precompute(const PrecomputeRun& run) {
 void PixelMapSeatLuts::reportCompletion(PrecomputeCompletion completion, int done, int total) {
   if (!completion) return;
   auto boxed = std::make_unique<PrecomputeCompletion>(std::move(completion));
-  shared_->runLoop.post(
-      [boxed = std::move(boxed), done, total, weak = std::weak_ptr<Shared>(shared_)] {
+  platform_.runLoop.post(
+      [boxed = std::move(boxed), done, total, weak = std::weak_ptr<Shared>(shared())] {
         if (!weak.expired()) (*boxed)(done, total);
       });
 }
 
 void PixelMapSeatLuts::invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {
   if (venueId < 1) return;
-  std::vector<PixelMapVideoEntry> entries = assets_.pixelMapVideoEntriesForVenueId(venueId);
+  std::vector<PixelMapVideoEntry> entries = assets().pixelMapVideoEntriesForVenueId(venueId);
   {
-    const std::lock_guard lock(shared_->lock);
-    ++shared_->pixelMapPersistentPrecomputeGeneration;
-    shared_->pixelMapSeatLUTCache.clear();
+    const std::lock_guard lock(shared()->lock);
+    ++shared()->pixelMapPersistentPrecomputeGeneration;
+    shared()->pixelMapSeatLUTCache.clear();
     clearActiveSeatLUT();
   }
-  building_.clear();
-  foundVideo_ = {};
+  work().building.clear();
+  work().foundVideo = {};
   if (pixelMapLUTDecodeQueue_ == nullptr) return;
   struct Removal {
     std::weak_ptr<Shared> shared;
     std::vector<PixelMapVideoEntry> entries;
   };
-  auto removal = std::make_unique<Removal>(Removal{shared_, std::move(entries)});
+  auto removal = std::make_unique<Removal>(Removal{shared(), std::move(entries)});
   pixelMapLUTDecodeQueue_->dispatch([removal = std::move(removal)] {
     const auto shared = removal->shared.lock();
     if (!shared) return;

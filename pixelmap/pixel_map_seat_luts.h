@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -41,9 +40,11 @@ class PixelMapSeatLuts final : public SeatLutPart {
     std::function<void()> refreshMode21ColorIfNeeded;
   };
 
-  /// Before all else a table is looked for in `ready`, if there is one.
+  /// Before all else a table is looked for in `ready`, if there is one. Platform and tables must
+  /// outlive this.
   PixelMapSeatLuts(const Platform& platform, Listener listener,
                    const SeatLutSource* ready = nullptr);
+  PixelMapSeatLuts(Platform&&, Listener, const SeatLutSource* = nullptr) = delete;
   ~PixelMapSeatLuts() override;
   PixelMapSeatLuts(const PixelMapSeatLuts&) = delete;
   PixelMapSeatLuts& operator=(const PixelMapSeatLuts&) = delete;
@@ -56,8 +57,8 @@ class PixelMapSeatLuts final : public SeatLutPart {
 
   void preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMapId, std::int64_t seatX,
                                         std::int64_t seatY) override;
-  void clearActiveSeatLUT() override { state_ = {}; }
-  void stopPixelMapLiveSampler() override { sampler_.stopPixelMapLiveSampler(); }
+  void clearActiveSeatLUT() override;
+  void stopPixelMapLiveSampler() override;
   MaybeColour colorFromActivePixelMapSeatLUTForFrameIndex(int frameIndex) override;
 
   void precomputePixelMapLUTsForVenueId(std::int64_t venueId, SeatPosition seat,
@@ -65,15 +66,20 @@ class PixelMapSeatLuts final : public SeatLutPart {
                                         PrecomputeCompletion completion);
   void invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId);
 
-  const SeatLutState& state() const { return state_; }
-  const LiveSampler& liveSampler() const { return sampler_; }
-  PixelMapAssets& assets() { return assets_; }
+  /// Empty before the first pixel map.
+  const SeatLutState& state() const;
+  const LiveSampler& liveSampler() { return sampler(); }
+  PixelMapAssets& assets();
 
  private:
   struct Shared;
+  struct Work;
   struct PrecomputeRun;
-
   struct FoundVideo;
+
+  Work& work();
+  LiveSampler& sampler();
+  const std::shared_ptr<Shared>& shared();
   const FoundVideo& findVideo(int venueId, int pixelMapId, SeatPosition seat);
   bool adopt(const std::string& key, const SeatLut& lut);
   void buildSoon(const FoundVideo& video);
@@ -82,26 +88,15 @@ class PixelMapSeatLuts final : public SeatLutPart {
   static void precompute(const PrecomputeRun& run);
   void reportCompletion(PrecomputeCompletion completion, int done, int total);
 
+  const Platform& platform_;
+  const SeatLutSource* const ready_;
   Listener listener_;
-  PixelMapAssets assets_;
-  LiveSampler sampler_;
-  SeatLutState state_;
-  /// What background jobs may reach, and only through weak references.
+  /// Made for the first pixel map; most phones that ever listen see none.
+  std::unique_ptr<Work> work_;
+  /// What background jobs may reach, and only through weak references. Made for the first job.
   std::shared_ptr<Shared> shared_;
   SerialQueue* pixelMapLUTDecodeQueue_ = nullptr;
   SerialQueue* pixelMapLiveDecodeQueue_ = nullptr;
-  /// Builds that have been asked for and not yet ended, by key: every packet of a map without a
-  /// table asks anew.
-  std::map<std::string, std::uint64_t, std::less<>> building_;
-  std::uint64_t builds_ = 0;
-  /// The video looked up last, so that a show does not go through folders at every packet.
-  struct FoundVideo {
-    int venueId = -1;
-    int pixelMapId = -1;
-    SeatPosition seat;
-    std::string url;
-    std::string key;
-  } foundVideo_;
 };
 
 }  // namespace halvora

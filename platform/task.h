@@ -17,7 +17,7 @@ class Callable;
 template <class Result, class... Arguments>
 class Callable<Result(Arguments...)> {
  public:
-  static constexpr std::size_t kCapacity = 48;
+  static constexpr std::size_t kCapacity = 32;
 
   Callable() = default;
 
@@ -27,7 +27,7 @@ class Callable<Result(Arguments...)> {
       Callable(Function&& function) {  // NOLINT(google-explicit-constructor): a lambda is a task
     using Stored = std::decay_t<Function>;
     static_assert(sizeof(Stored) <= kCapacity, "capture less, or capture a pointer");
-    static_assert(alignof(Stored) <= alignof(std::max_align_t));
+    static_assert(alignof(Stored) <= alignof(void*));
     static_assert(std::is_nothrow_move_constructible_v<Stored>);
     ::new (storage()) Stored(std::forward<Function>(function));
     operations_ = &kOperationsOf<Stored>;
@@ -83,7 +83,7 @@ class Callable<Result(Arguments...)> {
   }
 
   const Operations* operations_ = nullptr;
-  alignas(std::max_align_t) std::byte storage_[kCapacity];
+  alignas(void*) std::byte storage_[kCapacity];
 };
 
 using Task = Callable<void()>;

@@ -39,27 +39,36 @@ std::optional<Date> storedDate(const UserDefaults& defaults, std::string_view ke
   return std::abs(seconds) <= kFarthest ? std::optional(Date{seconds}) : std::nullopt;
 }
 
+bool isNone(const UsageEndpoints& endpoints) {
+  return endpoints.appOpened.empty() && endpoints.device.empty() &&
+         endpoints.receivedSignal.empty();
+}
+
 }  // namespace
 
 UsagePings::UsagePings(const WallClock& clock, const Calendar& calendar, UserDefaults& defaults,
-                       HttpClient& http, std::string applicationId, UsageEndpoints endpoints)
+                       HttpClient& http, const std::string& applicationId, UsageEndpoints endpoints)
     : clock_(clock),
       calendar_(calendar),
       defaults_(defaults),
       http_(http),
-      applicationId_(std::move(applicationId)),
-      endpoints_(std::move(endpoints)) {}
+      applicationId_(applicationId),
+      endpoints_(isNone(endpoints) ? nullptr
+                                   : std::make_unique<const UsageEndpoints>(std::move(endpoints))) {
+}
 
 void UsagePings::appOpened() {
-  send(endpoints_.appOpened);
+  send(&UsageEndpoints::appOpened);
   uniqueDevice();
 }
 
-void UsagePings::uniqueDevice() { sendOnceADay(kDeviceKey, endpoints_.device); }
+void UsagePings::uniqueDevice() { sendOnceADay(kDeviceKey, &UsageEndpoints::device); }
 
-void UsagePings::recievedSignal() { sendOnceADay(kSignalKey, endpoints_.receivedSignal); }
+void UsagePings::recievedSignal() { sendOnceADay(kSignalKey, &UsageEndpoints::receivedSignal); }
 
-void UsagePings::send(const std::string& endpoint) {
+void UsagePings::send(Endpoint which) {
+  if (!endpoints_) return;
+  const std::string& endpoint = (*endpoints_).*which;
   if (endpoint.empty()) return;
   const bool hasSlash = endpoint.back() == '/';
   const std::string url = endpoint + (hasSlash ? "?appID=" : "/?appID=") + applicationId_;
@@ -68,7 +77,7 @@ void UsagePings::send(const std::string& endpoint) {
 
 // The day counts as done even where nothing could be sent: a counter that fails is not worth a
 // retry a second.
-void UsagePings::sendOnceADay(std::string_view key, const std::string& endpoint) {
+void UsagePings::sendOnceADay(std::string_view key, Endpoint endpoint) {
   const Date now = clock_.now();
   const DayComponents today = calendar_.componentsOf(now);
   const std::optional<Date> last = storedDate(defaults_, key);

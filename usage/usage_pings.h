@@ -4,6 +4,7 @@
 // main thread.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -24,9 +25,9 @@ struct UsageEndpoints {
 
 class UsagePings {
  public:
-  /// `applicationId` is the host's bundle identifier.
+  /// `applicationId` is the host's bundle identifier; it must outlive this, like the rest.
   UsagePings(const WallClock& clock, const Calendar& calendar, UserDefaults& defaults,
-             HttpClient& http, std::string applicationId, UsageEndpoints endpoints);
+             HttpClient& http, const std::string& applicationId, UsageEndpoints endpoints);
 
   /// Counts an activation, then the device.
   void appOpened();
@@ -36,15 +37,18 @@ class UsagePings {
   void recievedSignal();
 
  private:
-  void send(const std::string& endpoint);
-  void sendOnceADay(std::string_view key, const std::string& endpoint);
+  using Endpoint = std::string UsageEndpoints::*;
+
+  void send(Endpoint endpoint);
+  void sendOnceADay(std::string_view key, Endpoint endpoint);
 
   const WallClock& clock_;
   const Calendar& calendar_;
   UserDefaults& defaults_;
   HttpClient& http_;
-  std::string applicationId_;
-  UsageEndpoints endpoints_;
+  const std::string& applicationId_;
+  /// Null where nothing is sent.
+  std::unique_ptr<const UsageEndpoints> endpoints_;
 };
 
 /// Whether the date lies on the day of those components, in that calendar.

@@ -37,13 +37,14 @@ struct VenueShow::Reading {
   VenueShow* venue;
   std::atomic<bool> isCancelled{false};
   std::atomic<int> percent{0};
+  /// What came of it, and why nothing did. The queue's until it posts them.
+  std::unique_ptr<VenueFiles> files;
+  std::string failure;
 
   void run(const std::shared_ptr<Reading>& self) {
-    std::string failure;
-    auto files = readVenueFiles(order, videos, json, workers, failure);
-    loop.post([self, files = std::make_shared<std::unique_ptr<VenueFiles>>(std::move(files)),
-               failure = std::make_shared<std::string>(std::move(failure))] {
-      if (self->venue != nullptr) self->venue->readEnded(std::move(*files), *failure);
+    files = readVenueFiles(order, videos, json, workers, failure);
+    loop.post([self] {
+      if (self->venue != nullptr) self->venue->readEnded(std::move(self->files), self->failure);
     });
   }
 
@@ -61,9 +62,8 @@ struct VenueShow::Reading {
 
 VenueShow::VenueShow(const Parts& parts)
     : parts_(parts),
-      resources_(parts.mainBundle),
-      bundles_{resources_, parts.kitBundle},
-      pictures_(parts.libraries.images),
+      bundles_{parts.mainBundle, parts.kitBundle},
+      stills_(parts.mainBundle, parts.libraries.images),
       queue_(parts.queues.make("venue")) {}
 
 VenueShow::~VenueShow() {
@@ -103,7 +103,7 @@ void VenueShow::read() {
                               parts_.libraries.images);
   showProgress(0);
   reading_ = std::make_shared<Reading>(*this);
-  reading_->order = {resources_.readResource(seatMapPath(parts_.venueId), kLargestSeatMap),
+  reading_->order = {parts_.mainBundle.readResource(seatMapPath(parts_.venueId), kLargestSeatMap),
                      seatMapTexts(parts_.kitBundle),
                      assets.pixelMapVideoEntriesForVenueId(parts_.venueId),
                      phones_,
@@ -129,16 +129,17 @@ void VenueShow::showProgress(double share) {
 }
 
 void VenueShow::seatPhones() {
-  crowdParts_.emplace(CrowdParts{
-      bundles_,
-      parts_.libraries.json,
-      pictures_,
-      parts_.libraries.files,
-      noVideos_,
-      noPlayers_,
-      noWorkers_,
-      {.palettes = sharedPalettes(resources_, parts_.libraries.json), .seatLuts = &*files_->tables},
-      parts_.device});
+  crowdParts_.emplace(CrowdParts{bundles_,
+                                 parts_.libraries.json,
+                                 parts_.libraries.images,
+                                 parts_.libraries.files,
+                                 noVideos_,
+                                 noPlayers_,
+                                 noWorkers_,
+                                 {.assets = loadShowAssets(bundles_, parts_.libraries.json),
+                                  .seatLuts = &*files_->tables,
+                                  .stills = &stills_},
+                                 parts_.device});
   crowd_ = std::make_unique<LiveCrowd>(parts_.loop, *crowdParts_, files_->seats);
   crowd_->mayHaveChanged = [this] { emit lightsMayHaveChanged(); };
 }

@@ -130,9 +130,8 @@ class VenueShow : public QObject {
   NoClips noClips_;
   const VideoPlayers noPlayers_{noClips_, noClips_};
   InlineWorkers noWorkers_;
-  SharedResources resources_;
   const Bundles bundles_;
-  const SharedPictures pictures_;
+  const SharedStills stills_;
   /// One, because the show goes on meanwhile.
   ThreadWorkers workers_{1};
   std::size_t phones_ = kUsualPhones;

@@ -18,13 +18,13 @@ constexpr double kMostDays = 1e7;
 
 class VirtualQueue final : public SerialQueue {
  public:
-  VirtualQueue(VirtualRunLoop& loop, std::string_view label) : loop_(loop), label_(label) {}
+  VirtualQueue(VirtualRunLoop& loop, const std::string& label) : loop_(loop), label_(label) {}
   const std::string& label() const override { return label_; }
   void dispatch(Task task) override { loop_.runInBackground(std::move(task)); }
 
  private:
   VirtualRunLoop& loop_;
-  std::string label_;
+  const std::string& label_;
 };
 
 }  // namespace
@@ -77,7 +77,7 @@ std::uint32_t ScriptedRandom::below(std::uint32_t bound) {
 
 std::unique_ptr<SerialQueue> VirtualQueues::make(std::string_view label) {
   log.add(std::string(label));
-  return std::make_unique<VirtualQueue>(loop_, label);
+  return std::make_unique<VirtualQueue>(loop_, *labels_.emplace(label).first);
 }
 
 }  // namespace halvora

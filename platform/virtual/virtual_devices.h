@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -124,7 +126,7 @@ class ScriptedRandom final : public Random {
   std::size_t next_ = 0;
 };
 
-/// Serial queues whose tasks run when the turn that gave them ends.
+/// Serial queues whose tasks run when the turn that gave them ends. It must outlive them.
 class VirtualQueues final : public SerialQueues {
  public:
   explicit VirtualQueues(VirtualRunLoop& loop) : loop_(loop) {}
@@ -135,6 +137,8 @@ class VirtualQueues final : public SerialQueues {
 
  private:
   VirtualRunLoop& loop_;
+  /// Of the queues, each once.
+  std::set<std::string, std::less<>> labels_;
 };
 
 }  // namespace halvora

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/command_processor.h"
+#include "engine/show_assets.h"
 #include "light/brightness.h"
 #include "light/gobo_animator.h"
 #include "light/overlays.h"
@@ -47,9 +48,8 @@ class ClipStep : public testing::Test, private ViewObserver {
   VirtualPhone phone{json};
   Platform platform = phone.platform();
   EngineState state;
-  std::shared_ptr<const std::vector<Palette>> palettes =
-      std::make_shared<const std::vector<Palette>>();
-  ShowCallbacks callbacks;
+  std::shared_ptr<const ShowAssets> assets = std::make_shared<const ShowAssets>();
+  std::unique_ptr<ShowCallbacks> callbacks;
   TimerSet timers{phone.loop};
   ViewStack views{timers};
   BrightnessRamps brightness{phone.screen, timers, state.colour};
@@ -67,7 +67,7 @@ class ClipStep : public testing::Test, private ViewObserver {
                     overlays,
                     [] { return SeatLight{}; }};
   CommandProcessor processor{
-      {platform, state, palettes, callbacks, timers, views, brightness, modes, parts}};
+      {platform, state, assets, callbacks, timers, views, brightness, modes, parts}};
   std::vector<std::string> animations;
 
  private:

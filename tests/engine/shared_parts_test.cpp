@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Engines of one process that share what is the same for all of them.
+#include <algorithm>
+#include <cstdint>
 #include <memory>
-#include <vector>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -14,22 +18,46 @@ namespace {
 
 constexpr Colour kViolet{0.5F, 0, 1, 1};
 
+/// One white pixel in frame 3, nothing to see in frame 4, no still in any other.
+class TwoStills final : public StillSource {
+ public:
+  std::optional<Still> find(const std::string& name) const override {
+    if (name == "Maps/v7_m5_f4.jpg") return Still();
+    if (name != "Maps/v7_m5_f3.jpg") return std::nullopt;
+    auto white = std::make_unique<std::uint8_t[]>(4);
+    std::fill_n(white.get(), 4, std::uint8_t{255});
+    return std::make_shared<const BitmapContext>(BitmapContext{1, 1, 4, std::move(white)});
+  }
+};
+
 struct SharedParts : testing::Test {
+  static std::shared_ptr<const ShowAssets> violetAssets() {
+    ShowAssets assets;
+    assets.palettes = {{3, {kViolet}}};
+    assets.mapNoSeatText = "no seat";
+    assets.lowLightText = "dark";
+    return std::make_shared<const ShowAssets>(std::move(assets));
+  }
+
   RapidJsonReader json;
   VirtualPhone phone{json};
 };
 
-TEST_F(SharedParts, PalettesThatAreHandedInAreUsedAndNoneAreRead) {
+TEST_F(SharedParts, AssetsThatAreHandedInAreUsedAndNoneAreRead) {
   phone.mainBundle.resources["HVAssets/palettes.json"] =
       R"({"palettes": [{"id": 1, "colours": ["#FF0000"]}]})";
-  const auto palettes =
-      std::make_shared<const std::vector<Palette>>(std::vector<Palette>{{3, {kViolet}}});
-  HalvoraViewController one(phone.platform(), {.palettes = palettes});
-  HalvoraViewController other(phone.platform(), {.palettes = palettes});
+  const std::shared_ptr<const ShowAssets> assets = violetAssets();
+  HalvoraViewController one(phone.platform(), {.assets = assets});
+  HalvoraViewController other(phone.platform(), {.assets = assets});
   one.viewDidLoad();
   other.viewDidLoad();
-  EXPECT_EQ(&one.palettes(), palettes.get());
-  EXPECT_EQ(&other.palettes(), palettes.get());
+  EXPECT_EQ(&one.palettes(), &assets->palettes);
+  EXPECT_EQ(&other.palettes(), &assets->palettes);
+  for (HalvoraViewController* engine : {&one, &other}) {
+    const ViewStack& views = engine->views();
+    EXPECT_EQ(&views.text(ViewId::mapNoSeatOverlayLabel), &assets->mapNoSeatText);
+    EXPECT_EQ(&views.text(ViewId::lowLightHintLabel), &assets->lowLightText);
+  }
 
   Broadcast look;
   look.applicationId = 1;
@@ -41,14 +69,39 @@ TEST_F(SharedParts, PalettesThatAreHandedInAreUsedAndNoneAreRead) {
   EXPECT_EQ(one.views().lightColour(), kViolet);
 }
 
-TEST_F(SharedParts, PalettesOutliveWhoeverHandedThemIn) {
-  auto palettes =
-      std::make_shared<const std::vector<Palette>>(std::vector<Palette>{{3, {kViolet}}});
-  HalvoraViewController engine(phone.platform(), {.palettes = palettes});
-  palettes.reset();
+TEST_F(SharedParts, AssetsOutliveWhoeverHandedThemIn) {
+  std::shared_ptr<const ShowAssets> assets = violetAssets();
+  HalvoraViewController engine(phone.platform(), {.assets = assets});
+  assets.reset();
   engine.viewDidLoad();
   ASSERT_EQ(engine.palettes().size(), 1U);
   EXPECT_EQ(engine.palettes()[0].id, 3);
+}
+
+TEST_F(SharedParts, StillsThatAreHandedInAreUsedAndNoneAreRead) {
+  // Its decoder knows no picture, so that a still of its own would leave the torch as it is.
+  phone.mainBundle.resources["Maps/v7_m5_f3.jpg"] = "a picture";
+  const TwoStills stills;
+  HalvoraViewController engine(phone.platform(), {.stills = &stills});
+  engine.viewDidLoad();
+  const auto torchAfter = [&](std::uint16_t frame, const char* section, bool before) {
+    phone.defaults.setFromOutside("selectedSection", std::string(section));
+    Broadcast look{.applicationId = 1, .venueId = 7, .pixelMapId = 5};
+    look.minutes = 1;
+    look.ledMode = before ? 1 : 0;
+    engine.processEffect(look);
+    look.minutes = frame;
+    look.ledMode = 9;
+    engine.processEffect(look);
+    return phone.torch.isOn;
+  };
+  EXPECT_TRUE(torchAfter(3, "A", false));
+  EXPECT_FALSE(torchAfter(3, "", true));
+  for (const bool before : {false, true}) {
+    EXPECT_EQ(torchAfter(4, "A", before), before) << "one that cannot be decoded";
+    EXPECT_EQ(torchAfter(2, "A", before), before) << "a missing one";
+  }
+  EXPECT_FALSE(torchAfter(4, "", true));
 }
 
 }  // namespace

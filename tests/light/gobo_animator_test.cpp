@@ -2,6 +2,7 @@
 #include "light/gobo_animator.h"
 
 #include <filesystem>
+#include <memory>
 #include <set>
 #include <utility>
 
@@ -25,7 +26,8 @@ class GoboRoom final : private ViewObserver {
 
   void build(std::initializer_list<const char*> names) {
     for (const char* name : names) files.write(name, "");
-    gobo.build({files.path() + "/documents", files.path() + "/bundle"});
+    gobo.build(std::make_shared<const GoboFolders>(
+        GoboFolders{files.path() + "/documents", files.path() + "/bundle"}));
     events.clear();
   }
   /// Picks a picture for the gobo in force and says which.
@@ -142,7 +144,7 @@ TEST(GoboChoice, MissingVariantShowsNothingAndLooksNowhereElse) {
 
 TEST(GoboChoice, WithoutFoldersShowsNothing) {
   GoboRoom room;
-  room.gobo.build({});
+  room.gobo.build(std::make_shared<const GoboFolders>(GoboFolders{}));
   EXPECT_EQ(room.change(), "-");
 }
 
@@ -164,7 +166,8 @@ TEST(GoboVariants, AreAllShownInTheLongRun) {
       {"documents/3_1_4.png", "documents/3_2_4.png", "documents/3_3_4.png", "documents/3_4_4.png"});
   SeededRandom random(1);
   GoboAnimator gobo(room.state, room.views, random);
-  gobo.build({room.files.path() + "/documents", ""});
+  gobo.build(
+      std::make_shared<const GoboFolders>(GoboFolders{room.files.path() + "/documents", ""}));
   std::set<std::string> all;
   std::string last;
   for (int change = 0; change < 200; ++change) {
@@ -234,11 +237,11 @@ TEST(GoboFolder, ThatCannotBeListedHoldsNoSet) {
   std::filesystem::create_directory_symlink(root + "/loop", root + "/loop");
   for (const std::string& folder :
        {root + "/absent", root + "/a_file", root + "/loop", root + "/" + std::string(300, 'x')}) {
-    room.gobo.build({folder, root + "/bundle"});
+    room.gobo.build(std::make_shared<const GoboFolders>(GoboFolders{folder, root + "/bundle"}));
     EXPECT_EQ(room.change(), "bundle/3.png") << folder;
-    room.gobo.build({root + "/bundle", folder});
+    room.gobo.build(std::make_shared<const GoboFolders>(GoboFolders{root + "/bundle", folder}));
     EXPECT_EQ(room.change(), "bundle/3.png") << folder;
-    room.gobo.build({"", folder});
+    room.gobo.build(std::make_shared<const GoboFolders>(GoboFolders{"", folder}));
     EXPECT_EQ(room.change(), "-") << folder;
   }
 }

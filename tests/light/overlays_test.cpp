@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "light/overlays.h"
 
+#include <memory>
+#include <string>
 #include <tuple>
 #include <utility>
 
@@ -98,7 +100,8 @@ TEST(NoticeLook, ColoursAndSizes) {
 
 TEST(NoticeLook, RestHiddenAndTransparentWithTheirTexts) {
   NoticeRoom room;
-  room.overlays.build("a seat", "still on");
+  room.overlays.build(std::make_shared<const std::string>("a seat"),
+                      std::make_shared<const std::string>("still on"));
   EXPECT_EQ(room.views.text(ViewId::mapNoSeatOverlayLabel), "a seat");
   EXPECT_EQ(room.views.text(kHint), "still on");
   for (const ViewId view : {kNotice, kHint}) {

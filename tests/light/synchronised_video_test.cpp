@@ -28,7 +28,7 @@ class VideoRoom final : private ViewObserver {
 
   void make() {
     video = std::make_unique<SynchronisedVideo>(state, views, timers, VideoPlayers{a, b});
-    video->build(files.path());
+    video->build(std::make_shared<const std::string>(files.path()));
   }
   Events play(const std::string& name) {
     video->playVideo(name);
@@ -257,7 +257,7 @@ TEST(MissingClip, IsAlsoAFolderOfThatNameAndAnyNameWithoutAssets) {
   room.files.write("6.mp4/inside", "");
   room.play("6");
   EXPECT_EQ(room.a.item().path, "");
-  room.video->build("");
+  room.video->build(std::make_shared<const std::string>());
   room.play("3");
   EXPECT_EQ(room.b.item().path, "");
   EXPECT_EQ(room.b.item().name, "3");

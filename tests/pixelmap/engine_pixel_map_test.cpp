@@ -71,9 +71,8 @@ class EnginePixelMap : public testing::Test {
     Broadcast broadcast{.applicationId = 258, .venueId = 7, .master = 100, .red = 255, .mode = 1};
     broadcast.sequence = ++sequence_;
     for (const auto& [field, value] : fields) broadcast.*field = static_cast<std::uint16_t>(value);
-    actAt(ms, [this, data = encodeBroadcast(broadcast)] {
-      EXPECT_TRUE(phone_.bluetooth.advertise(data));
-    });
+    const BroadcastBytes data = encodeBroadcast(broadcast);
+    actAt(ms, [this, &data] { EXPECT_TRUE(phone_.bluetooth.advertise(data)); });
   }
   void hearFrameAt(long long ms, int frame, int map = 5) {
     hearAt(ms, {{&B::pixelMapId, map}, {&B::minutes, frame}});

@@ -26,7 +26,7 @@ VirtualPhoneSetup phoneSetup() {
 PixelMapBench::PixelMapBench() : phone(jsonReader(), phoneSetup()) {
   phone.mainBundle.folder = "/main";
   luts_ = std::make_unique<PixelMapSeatLuts>(
-      phone.platform(),
+      platform,
       PixelMapSeatLuts::Listener{
           [this] { return currentVideoMinutes; },
           [this] { log.add("refresh " + state().pixelMapSeatLUTLoadedKey); }},

@@ -73,6 +73,7 @@ class PixelMapBench {
   };
 
   VirtualPhone phone;
+  const Platform platform = phone.platform();
   ReadyTables ready;
   StepQueue lutQueue{"lut"};
   StepQueue liveQueue{"live"};

@@ -364,7 +364,8 @@ TEST_F(SeatLutPreload, WithoutQueuesNothingIsBuilt) {
   VirtualPhone& phone = bench_.phone;
   bench_.putMap("5", kRedGreen);
   bench_.putMapWithTable("6", kBlue);
-  PixelMapSeatLuts luts(phone.platform(), {[] { return 0; }, [] {}});
+  const Platform platform = phone.platform();
+  PixelMapSeatLuts luts(platform, {[] { return 0; }, [] {}});
   luts.preloadPixelMapSeatLUTForVenueId(7, 5, 2, 1);
   EXPECT_EQ(luts.state().pixelMapSeatLUTRequestedKey, PixelMapBench::keyOf("5"));
   luts.preloadPixelMapSeatLUTForVenueId(7, 6, 2, 1);

@@ -65,8 +65,9 @@ class SeatLutsThreads : public testing::Test {
   void makeLuts() {
     lutQueue_ = threadQueues_.make("lut");
     liveQueue_ = threadQueues_.make("live");
+    lutsPlatform_ = std::make_unique<const Platform>(platform());
     luts_ = std::make_unique<PixelMapSeatLuts>(
-        platform(),
+        *lutsPlatform_,
         PixelMapSeatLuts::Listener{[] { return 0; },
                                    [this] {
                                      EXPECT_EQ(std::this_thread::get_id(), main_);
@@ -148,6 +149,7 @@ class SeatLutsThreads : public testing::Test {
   ThreadWorkers workers_{3};
   std::unique_ptr<SerialQueue> lutQueue_;
   std::unique_ptr<SerialQueue> liveQueue_;
+  std::unique_ptr<const Platform> lutsPlatform_;
   std::unique_ptr<PixelMapSeatLuts> luts_;
   /// The loaded key at each refresh.
   std::vector<std::string> shown_;

@@ -26,9 +26,7 @@ using Urls = std::vector<std::string>;
 
 class UsagePingsTest : public testing::Test {
  protected:
-  UsagePings pings(const std::string& applicationId = "com.example.host") {
-    return {clock_, calendar_, defaults_, http_, applicationId, endpoints_};
-  }
+  UsagePings pings() { return {clock_, calendar_, defaults_, http_, applicationId_, endpoints_}; }
 
   void goTo(double secondsSince1970) { clock_.begin = Date{secondsSince1970}; }
 
@@ -38,6 +36,7 @@ class UsagePingsTest : public testing::Test {
     return date == nullptr ? Date{-1} : *date;
   }
 
+  std::string applicationId_ = "com.example.host";
   VirtualRunLoop loop_;
   VirtualWallClock clock_{loop_};
   VirtualCalendar calendar_;
@@ -171,7 +170,8 @@ TEST_F(UsagePingsTest, OnTheSameDayNothingIsWritten) {
 
 TEST_F(UsagePingsTest, AnInvalidIdentifierSendsNothingButStillStoresTheDay) {
   goTo(kFirstOf2026);
-  UsagePings usage = pings("com example host");
+  applicationId_ = "com example host";
+  UsagePings usage = pings();
   usage.appOpened();
   usage.recievedSignal();
   EXPECT_EQ(http_.log.entries, Urls{});
@@ -180,25 +180,30 @@ TEST_F(UsagePingsTest, AnInvalidIdentifierSendsNothingButStillStoresTheDay) {
 }
 
 TEST_F(UsagePingsTest, ADayThatCouldNotBeSentIsNotSentLater) {
-  pings("com example host").recievedSignal();
+  applicationId_ = "com example host";
+  pings().recievedSignal();
+  applicationId_ = "com.example.host";
   pings().recievedSignal();
   EXPECT_EQ(http_.log.entries, Urls{});
 }
 
 TEST_F(UsagePingsTest, IdentifiersWithCharactersThatNoUrlHasAreInvalid) {
   for (const char* identifier : {"a\"b", "a<b", "a\nb", "\xC3\xA4", "a\\b", "a{b}", "a|b", "a^b"}) {
-    pings(identifier).appOpened();
+    applicationId_ = identifier;
+    pings().appOpened();
     EXPECT_EQ(http_.log.entries, Urls{}) << identifier;
   }
 }
 
 TEST_F(UsagePingsTest, TheIdentifierIsInsertedAsItIs) {
-  pings("a&b=c/d?e#f+g").recievedSignal();
+  applicationId_ = "a&b=c/d?e#f+g";
+  pings().recievedSignal();
   EXPECT_EQ(http_.log.entries, Urls{"https://signals.example/?appID=a&b=c/d?e#f+g"});
 }
 
 TEST_F(UsagePingsTest, AnEmptyIdentifierIsSentAsEmpty) {
-  pings("").recievedSignal();
+  applicationId_ = "";
+  pings().recievedSignal();
   EXPECT_EQ(http_.log.entries, Urls{"https://signals.example/?appID="});
 }
 

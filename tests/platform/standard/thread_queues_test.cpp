@@ -92,30 +92,32 @@ TEST(ThreadsQueue, QueuesDoNotWaitForEachOther) {
 
 // The chain never ends by itself: one task is always waiting, so one is always dropped.
 struct EndlessTask {
+  struct Counts {
+    std::atomic<int> given = 1;
+    std::atomic<int> ran = 0;
+    std::promise<void> begun;
+  };
+
   SerialQueue* queue;
-  std::atomic<int>* given;
-  std::atomic<int>* ran;
-  std::promise<void>* begun;
+  Counts* counts;
   std::shared_ptr<int> token;
 
   void operator()() {
-    if (++*ran == 1) begun->set_value();
-    ++*given;
+    if (++counts->ran == 1) counts->begun.set_value();
+    ++counts->given;
     queue->dispatch(std::move(*this));
   }
 };
 
 TEST(ThreadsQueue, DestructionFinishesTheTaskUnderWayAndDropsTheOthers) {
-  std::atomic<int> given = 1;
-  std::atomic<int> ran = 0;
-  std::promise<void> begun;
+  EndlessTask::Counts counts;
   const auto token = std::make_shared<int>();
   {
     const auto queue = ThreadQueues().make("queue");
-    queue->dispatch(EndlessTask{queue.get(), &given, &ran, &begun, token});
-    begun.get_future().wait();
+    queue->dispatch(EndlessTask{queue.get(), &counts, token});
+    counts.begun.get_future().wait();
   }
-  EXPECT_EQ(given, ran + 1);
+  EXPECT_EQ(counts.given, counts.ran + 1);
   EXPECT_EQ(token.use_count(), 1);
 }
 

@@ -26,7 +26,7 @@ struct CrowdBench {
 
   CrowdParts parts(const SeatLutSource* tables = nullptr) {
     return {bundles, json,    images,  files,
-            videos,  players, workers, {.palettes = palettes, .seatLuts = tables},
+            videos,  players, workers, {.assets = assets, .seatLuts = tables},
             {}};
   }
 
@@ -40,8 +40,7 @@ struct CrowdBench {
   NoClips clips;
   const VideoPlayers players{clips, clips};
   InlineWorkers workers;
-  std::shared_ptr<const std::vector<Palette>> palettes =
-      std::make_shared<const std::vector<Palette>>();
+  std::shared_ptr<const ShowAssets> assets = std::make_shared<const ShowAssets>();
 };
 
 /// A steady look of transmitter 1 at venue 7.

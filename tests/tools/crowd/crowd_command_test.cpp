@@ -108,6 +108,28 @@ double number(const rapidjson::Value& value, const char* outer, const char* inne
   return value[outer][inner].GetDouble();
 }
 
+// Whoever missed the looks between and is still on the one that comes back shows it.
+TEST_F(CrowdRoom, ALookThatComesBackIsShownByWhoeverNeverLeftIt) {
+  std::string alternating = start;
+  std::string distinct = start;
+  for (std::uint16_t at = 1; at <= 40; ++at) {
+    const double time = 1.5 + at * 0.1;
+    alternating += packet(time, colour(at, static_cast<std::uint16_t>(at % 2 * 100 + 50)));
+    distinct += packet(time, colour(at, static_cast<std::uint16_t>(at * 5)));
+  }
+  const Words air = {"--loss", "0.5", "--jitter", "80"};
+  const auto looks = [&](const std::string& show) {
+    const rapidjson::Document json = report(show, air);
+    rapidjson::StringBuffer text;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+    json["looks"].Accept(writer);
+    return std::string(text.GetString());
+  };
+  const std::string expected = looks(distinct);
+  EXPECT_THAT(expected, HasSubstr("\"count\":40"));
+  EXPECT_EQ(looks(alternating), expected);
+}
+
 TEST_F(CrowdRoom, ThePhonesTogetherShowTheVideoExactly) {
   const auto json = report(mapShow());
   EXPECT_EQ(json["phones"].GetInt(), 4);

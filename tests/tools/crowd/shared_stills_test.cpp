@@ -13,62 +13,78 @@
 namespace halvora {
 namespace {
 
-/// "3" is a picture of three pixels with that level, anything else none.
+/// "3" is a picture of three pixels with that level and half seen through, anything else none.
 class CountingDecoder final : public ImageDecoder {
  public:
   std::optional<Image> decode(std::string_view bytes) const override {
     ++decoded;
     if (bytes.size() != 1) return std::nullopt;
-    const auto size = static_cast<std::uint32_t>(bytes[0] - '0');
-    return Image{size, 1, std::vector<std::uint8_t>(size * 4, static_cast<std::uint8_t>(size))};
+    const auto size = static_cast<std::uint8_t>(bytes[0] - '0');
+    Image image{size, 1, std::vector<std::uint8_t>(std::size_t{size} * 4, size)};
+    for (std::size_t at = 3; at < image.rgba.size(); at += 4) image.rgba[at] = 128;
+    return image;
   }
   mutable std::atomic<int> decoded{0};
 };
 
+/// A still is its own name, but for "missing".
 class CountingBundle final : public Bundle {
  public:
   const std::string& identifier() const override { return name_; }
   const std::string& resourcePath() const override { return name_; }
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override {
     ++reads;
-    if (path == "missing" || path.size() > limit) return std::nullopt;
+    EXPECT_EQ(limit, kLargestStill);
+    if (path == "missing") return std::nullopt;
     return std::string(path);
   }
-  std::string localizedString(std::string_view key) const override {
-    return "a text for " + std::string(key);
-  }
-  mutable int reads = 0;
+  std::string localizedString(std::string_view key) const override { return std::string(key); }
+  mutable std::atomic<int> reads{0};
 
  private:
   const std::string name_ = "a name";
 };
 
-TEST(SharedPictures, AreDecodedOnce) {
+TEST(SharedStills, AreReadAndDecodedOnce) {
+  const CountingBundle bundle;
   const CountingDecoder decoder;
-  const SharedPictures pictures(decoder);
+  const SharedStills stills(bundle, decoder);
   for (int at = 0; at < 3; ++at) {
-    const auto picture = pictures.decode("3");
-    ASSERT_TRUE(picture.has_value());
-    EXPECT_EQ(picture->width, 3U);
-    EXPECT_EQ(picture->rgba, std::vector<std::uint8_t>(12, 3));
-    EXPECT_FALSE(pictures.decode("no picture").has_value());
-    EXPECT_EQ(pictures.decode("5")->width, 5U);
+    const auto still = stills.find("3");
+    ASSERT_TRUE(still && *still);
+    EXPECT_EQ((*still)->width, 3U);
+    EXPECT_EQ((*still)->height, 1U);
+    EXPECT_EQ(stills.find("3"), still);
+    EXPECT_EQ((*stills.find("5"))->width, 5U);
   }
-  EXPECT_EQ(decoder.decoded, 3);
+  EXPECT_EQ(bundle.reads, 2);
+  EXPECT_EQ(decoder.decoded, 2);
 }
 
-TEST(SharedResources, AreReadOnce) {
+TEST(SharedStills, AreDrawnWholeAndPremultiplied) {
   const CountingBundle bundle;
-  const SharedResources resources(bundle);
-  for (int at = 0; at < 3; ++at) {
-    EXPECT_EQ(resources.readResource("still", 100), "still");
-    EXPECT_EQ(resources.readResource("missing", 100), std::nullopt);
-    EXPECT_EQ(resources.readResource("still", 2), std::nullopt);
+  const CountingDecoder decoder;
+  const auto still = SharedStills(bundle, decoder).find("8");
+  ASSERT_TRUE(still && *still);
+  for (int column = 0; column < 8; ++column) {
+    const std::uint8_t* pixel = (*still)->pixelAt(column, 0);
+    EXPECT_EQ(std::vector<std::uint8_t>(pixel, pixel + 4),
+              (std::vector<std::uint8_t>{128, 4, 4, 4}));
   }
-  EXPECT_EQ(bundle.reads, 3);
-  EXPECT_EQ(resources.identifier(), "a name");
-  EXPECT_EQ(resources.resourcePath(), "a name");
-  EXPECT_EQ(resources.localizedString("key"), "a text for key");
+}
+
+TEST(SharedStills, TellAMissingOneFromABrokenOneAndAskForNeitherAgain) {
+  const CountingBundle bundle;
+  const CountingDecoder decoder;
+  const SharedStills stills(bundle, decoder);
+  for (int at = 0; at < 3; ++at) {
+    EXPECT_FALSE(stills.find("missing").has_value());
+    const auto broken = stills.find("no picture");
+    ASSERT_TRUE(broken.has_value());
+    EXPECT_EQ(*broken, nullptr);
+  }
+  EXPECT_EQ(bundle.reads, 2);
+  EXPECT_EQ(decoder.decoded, 1);
 }
 
 TEST(RecentValues, ForgetWhatWasNotAskedForTheLongest) {
@@ -102,17 +118,17 @@ TEST(RecentValues, KeepOneThatIsTooLargeUntilTheNext) {
   EXPECT_EQ(get("a"), 3);
 }
 
-TEST(SharedPicturesThreads, AskSideBySide) {
+TEST(SharedStillsThreads, AskSideBySide) {
+  const CountingBundle bundle;
   const CountingDecoder decoder;
-  const SharedPictures pictures(decoder);
+  const SharedStills stills(bundle, decoder);
   std::atomic<int> wrong{0};
   std::vector<std::thread> threads;
   for (int thread = 0; thread < 4; ++thread) {
     threads.emplace_back([&] {
       for (int at = 0; at < 200; ++at) {
-        const char name = static_cast<char>('1' + at % 9);
-        const auto picture = pictures.decode(std::string_view(&name, 1));
-        if (!picture || picture->width != static_cast<std::uint32_t>(name - '0')) ++wrong;
+        const auto still = stills.find(std::to_string(1 + at % 9));
+        if (!still || (*still)->width != static_cast<std::uint32_t>(1 + at % 9)) ++wrong;
       }
     });
   }

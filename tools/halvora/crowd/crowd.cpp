@@ -15,6 +15,8 @@ namespace {
 constexpr Duration kInstant{1};
 constexpr Duration kWatch = milliseconds(10);
 constexpr double kLinearOne = 65535;
+// After all acts of a time.
+constexpr std::uint64_t kLooking = UINT64_MAX;
 
 enum class Kind : std::uint8_t { open, act, packet, leave, frame, watch };
 
@@ -49,26 +51,31 @@ std::uint16_t linearOf(std::uint8_t level) {
   return kTable[level];
 }
 
-struct Crowd::Member {
-  Member(const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed)
-      : phone(loop, queues, parts, seat, seed) {
-    queues.log.isKept = false;
-  }
+struct Crowd::Block {
+  Block() { queues.log.isKept = false; }
 
   VirtualRunLoop loop;
   VirtualQueues queues{loop};
+  CrowdGround ground{loop, queues};
+};
+
+struct Crowd::Member {
+  Member(CrowdGround& ground, const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed)
+      : phone(ground, parts, seat, seed) {}
+
   CrowdPhone phone;
   std::uint32_t nextAct = 0;
   /// The first look that it has not shown.
   std::uint32_t nextLook = 0;
 };
 
-// Something that happens to one phone.
+// Something that happens to one phone, or a look at all of a block.
 struct Crowd::Moment {
   Duration time{};
   /// Acts at one time come in the order of their lines, before what only looks.
   std::uint64_t order = 0;
   Kind kind{};
+  std::uint32_t phone = 0;
   std::size_t at = 0;
 
   friend bool operator<(const Moment& one, const Moment& other) {
@@ -88,6 +95,7 @@ struct Crowd::Slice {
   std::size_t endSent = 0;
 };
 
+// The blocks of one thread.
 struct Crowd::Chunk {
   std::size_t first = 0;
   std::size_t end = 0;
@@ -119,26 +127,35 @@ void Crowd::seatPhones() {
   const std::size_t count = parts_.seats.size();
   members_.resize(count);
   presences_.resize(count);
+  blocks_.resize((count + kBlock - 1) / kBlock);
   const auto threads = static_cast<std::size_t>(std::max(parts_.workers.count(), 1));
-  chunks_.resize(std::min(threads, std::max<std::size_t>(count, 1)));
+  chunks_.resize(std::clamp<std::size_t>(blocks_.size(), 1, threads));
   std::vector<Task> tasks;
   for (std::size_t at = 0; at < chunks_.size(); ++at) {
-    chunks_[at].first = count * at / chunks_.size();
-    chunks_[at].end = count * (at + 1) / chunks_.size();
+    chunks_[at].first = blocks_.size() * at / chunks_.size();
+    chunks_[at].end = blocks_.size() * (at + 1) / chunks_.size();
     tasks.emplace_back([this, &chunk = chunks_[at]] {
-      for (std::size_t index = chunk.first; index < chunk.end; ++index) {
-        auto member = std::make_unique<Member>(parts_.phones, parts_.seats[index],
-                                               mixed(settings_.seed, index, kSeedDraw));
-        Presence& presence = presences_[index];
-        presence = presenceOf(index);
-        const auto looks = parts_.air.looks();
-        member->nextLook = static_cast<std::uint32_t>(
-            std::lower_bound(looks.begin(), looks.end(), presence.opens) - looks.begin());
-        members_[index] = std::move(member);
-      }
+      for (std::size_t block = chunk.first; block < chunk.end; ++block) seatBlock(block);
     });
   }
   parts_.workers.run(tasks);
+}
+
+void Crowd::seatBlock(std::size_t block) {
+  blocks_[block] = std::make_unique<Block>();
+  for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
+    members_[phone] =
+        std::make_unique<Member>(blocks_[block]->ground, parts_.phones, parts_.seats[phone],
+                                 mixed(settings_.seed, phone, kSeedDraw));
+    presences_[phone] = presenceOf(phone);
+    const auto looks = parts_.air.looks();
+    members_[phone]->nextLook = static_cast<std::uint32_t>(
+        std::lower_bound(looks.begin(), looks.end(), presences_[phone].opens) - looks.begin());
+  }
+}
+
+std::size_t Crowd::endOf(std::size_t block) const {
+  return std::min((block + 1) * kBlock, members_.size());
 }
 
 Crowd::Presence Crowd::presenceOf(std::size_t phone) const {
@@ -244,93 +261,106 @@ void Crowd::runChunk(const Slice& slice, Chunk& chunk) {
   chunk.frames.assign(slice.frames.size(), {});
   chunk.looks = OpenLooks(nextLook_);
   chunk.packets = {};
-  for (std::size_t index = chunk.first; index < chunk.end; ++index) {
-    chunk.isGood = runMember(slice, index, chunk) && chunk.isGood;
+  for (std::size_t block = chunk.first; block < chunk.end; ++block) {
+    chunk.isGood = runBlock(slice, block, chunk) && chunk.isGood;
   }
 }
 
-bool Crowd::runMember(const Slice& slice, std::size_t index, Chunk& chunk) {
-  Member& member = *members_[index];
-  collectMoments(slice, index, chunk);
-  VirtualRunLoop& loop = member.loop;
+bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
+  collectMoments(slice, block, chunk);
+  VirtualRunLoop& loop = blocks_[block]->loop;
   for (const Moment& moment : chunk.moments) {
-    switch (moment.kind) {
-      case Kind::open:
-        if (!loop.actAt(moment.time, [&] { member.phone.open(); })) return false;
-        break;
-      case Kind::act:
-        if (!loop.actAt(moment.time, [&] { member.phone.act(acts_[moment.at].line->action); })) {
-          return false;
-        }
-        break;
-      case Kind::packet:
-        if (!loop.actAt(moment.time, [&] { hear(moment.at, member, chunk); })) return false;
-        break;
-      case Kind::leave:
-        if (!loop.actAt(moment.time, [&] { member.phone.leave(); })) return false;
-        break;
-      case Kind::frame:
-        if (!loop.runUntil(moment.time)) return false;
-        look(slice, moment.at, index, chunk);
-        break;
-      case Kind::watch:
-        if (!loop.runUntil(moment.time)) return false;
-        watch(member.phone.light(), moment.time);
-        break;
+    if (moment.kind != Kind::frame && moment.kind != Kind::watch) {
+      if (!loop.actAt(moment.time, [&] { act(moment, loop.now(), chunk); })) return false;
+      continue;
+    }
+    if (!loop.runUntil(moment.time)) return false;
+    if (moment.kind == Kind::watch) {
+      watch(members_[moment.phone]->phone.light(), moment.time);
+      continue;
+    }
+    for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
+      look(slice, moment.at, phone, chunk);
     }
   }
   return loop.runUntil(slice.end - kInstant);
 }
 
+void Crowd::act(const Moment& moment, Duration now, Chunk& chunk) {
+  Member& member = *members_[moment.phone];
+  switch (moment.kind) {
+    case Kind::open:
+      return member.phone.open();
+    case Kind::act:
+      return member.phone.act(acts_[moment.at].line->action);
+    case Kind::packet:
+      return hear(moment.at, member, now, chunk);
+    case Kind::leave:
+      return member.phone.leave();
+    case Kind::frame:
+    case Kind::watch:
+      return;
+  }
+}
+
 // In the order in which they happen.
-void Crowd::collectMoments(const Slice& slice, std::size_t index, Chunk& chunk) {
-  constexpr std::uint64_t kLooking = UINT64_MAX;
-  Member& member = *members_[index];
-  const Presence& presence = presences_[index];
+void Crowd::collectMoments(const Slice& slice, std::size_t block, Chunk& chunk) {
   std::vector<Moment>& moments = chunk.moments;
   moments.clear();
-  const auto isNow = [&](Duration time) { return time >= slice.begin && time < slice.end; };
-
-  const std::size_t before = parts_.scenario.linesBeforeLoading();
-  const std::uint64_t opening = before == 0 ? 0 : parts_.scenario.lines[before - 1].number * 2 + 1;
-  if (isNow(presence.opens)) moments.push_back({presence.opens, opening, Kind::open, 0});
-  for (; member.nextAct < acts_.size(); ++member.nextAct) {
-    const Act& act = acts_[member.nextAct];
-    const Duration time = act.time + presence.opens;
-    if (time >= slice.end) break;
-    moments.push_back({time, act.line->number * 2, Kind::act, member.nextAct});
+  for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
+    collectMomentsOf(slice, phone, chunk);
   }
-  for (std::size_t at = slice.firstSent; at < slice.endSent; ++at) {
-    const Sent& sent = parts_.air.sent()[at];
-    const bool isOffered = presence.isOpen(sent.time);
-    if (isOffered && isNow(sent.time)) ++chunk.packets.offered;
-    const auto arrival =
-        parts_.air.arrival(at, static_cast<std::uint32_t>(index), member.phone.seat().at);
-    if (!arrival || !isOffered || !isNow(*arrival)) continue;
-    moments.push_back({*arrival, parts_.air.packet(sent).line * 2, Kind::packet, at});
-  }
-  if (isNow(presence.leaves)) moments.push_back({presence.leaves, kLooking - 1, Kind::leave, 0});
   for (std::size_t at = 0; at < slice.frames.size(); ++at) {
-    moments.push_back({slice.frames[at], kLooking, Kind::frame, at});
+    moments.push_back({slice.frames[at], kLooking, Kind::frame, 0, at});
   }
-  if (index == 0) {
+  if (block == 0) {
     const Duration first = (slice.begin + kWatch - kInstant) / kWatch * kWatch;
     for (Duration time = first; time < slice.end; time += kWatch) {
-      moments.push_back({time, kLooking, Kind::watch, 0});
+      moments.push_back({time, kLooking, Kind::watch, 0, 0});
     }
   }
   std::stable_sort(moments.begin(), moments.end());
 }
 
-void Crowd::hear(std::size_t sent, Member& member, Chunk& chunk) {
+void Crowd::collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk) {
+  Member& member = *members_[phone];
+  const Presence& presence = presences_[phone];
+  const auto number = static_cast<std::uint32_t>(phone);
+  std::vector<Moment>& moments = chunk.moments;
+  const auto isNow = [&](Duration time) { return time >= slice.begin && time < slice.end; };
+
+  const std::size_t before = parts_.scenario.linesBeforeLoading();
+  const std::uint64_t opening = before == 0 ? 0 : parts_.scenario.lines[before - 1].number * 2 + 1;
+  if (isNow(presence.opens)) moments.push_back({presence.opens, opening, Kind::open, number, 0});
+  for (; member.nextAct < acts_.size(); ++member.nextAct) {
+    const Act& act = acts_[member.nextAct];
+    const Duration time = act.time + presence.opens;
+    if (time >= slice.end) break;
+    moments.push_back({time, act.line->number * 2, Kind::act, number, member.nextAct});
+  }
+  for (std::size_t at = slice.firstSent; at < slice.endSent; ++at) {
+    const Sent& sent = parts_.air.sent()[at];
+    const bool isOffered = presence.isOpen(sent.time);
+    if (isOffered && isNow(sent.time)) ++chunk.packets.offered;
+    const auto arrival = parts_.air.arrival(at, number, member.phone.seat().at);
+    if (!arrival || !isOffered || !isNow(*arrival)) continue;
+    moments.push_back({*arrival, parts_.air.packet(sent).line * 2, Kind::packet, number, at});
+  }
+  if (isNow(presence.leaves)) {
+    moments.push_back({presence.leaves, kLooking - 1, Kind::leave, number, 0});
+  }
+}
+
+void Crowd::hear(std::size_t sent, Member& member, Duration now, Chunk& chunk) {
   const Sent& one = parts_.air.sent()[sent];
   const AirPacket& packet = parts_.air.packet(one);
   if (!member.phone.isScanning()) return;
   ++chunk.packets.heard;
-  if (!member.phone.hear(packet.data) || !packet.broadcast) return;
+  // A phone that missed a look may be on the next one already, where that is the one before again.
+  if (member.phone.hear(packet.data) == CrowdPhone::Heard::nothing || !packet.broadcast) return;
   // Who shows a look has no more use for the ones before it.
   for (; member.nextLook <= one.look; ++member.nextLook) {
-    chunk.looks.add(member.nextLook, member.loop.now() - parts_.air.looks()[member.nextLook]);
+    chunk.looks.add(member.nextLook, now - parts_.air.looks()[member.nextLook]);
   }
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // A whole venue in virtual time: one engine a seat, all hearing the same show, each through its own
-// air. It runs slice by slice, phone after phone within a slice, because a phone's few kilobytes
-// then stay near the processor; phones never hear of each other, so any number of threads gives the
-// same result. Owned by whoever drives it, from one thread.
+// air. It runs slice by slice, block after block within a slice: the phones of a block share a run
+// loop, and their few kilobytes stay near the processor. Phones never hear of each other, so any
+// number of threads gives the same result. Owned by whoever drives it, from one thread.
 #pragma once
 
 #include <cstddef>
@@ -54,7 +54,11 @@ struct CrowdFrame {
 
 class Crowd {
  public:
-  static constexpr Duration kSlice = milliseconds(1000);
+  /// Short, because the lights of all its frames are kept.
+  static constexpr Duration kSlice = milliseconds(250);
+  /// The phones of a block. Each has up to seven timers at once, and 512 is what their loop then
+  /// has room for.
+  static constexpr std::size_t kBlock = 72;
 
   /// All of it must outlive the crowd.
   struct Parts {
@@ -99,19 +103,24 @@ class Crowd {
     Duration leaves{};
     bool isOpen(Duration time) const { return opens <= time && time < leaves; }
   };
+  struct Block;
   struct Member;
   struct Moment;
   struct Slice;
   struct Chunk;
 
   void seatPhones();
+  void seatBlock(std::size_t block);
   Presence presenceOf(std::size_t phone) const;
   const std::string& urlOf(const Broadcast& broadcast);
   void plan(Slice& slice);
   void runChunk(const Slice& slice, Chunk& chunk);
-  bool runMember(const Slice& slice, std::size_t index, Chunk& chunk);
-  void collectMoments(const Slice& slice, std::size_t index, Chunk& chunk);
-  void hear(std::size_t sent, Member& member, Chunk& chunk);
+  std::size_t endOf(std::size_t block) const;
+  bool runBlock(const Slice& slice, std::size_t block, Chunk& chunk);
+  void collectMoments(const Slice& slice, std::size_t block, Chunk& chunk);
+  void collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk);
+  void act(const Moment& moment, Duration now, Chunk& chunk);
+  void hear(std::size_t sent, Member& member, Duration now, Chunk& chunk);
   void watch(const CrowdLight& light, Duration time);
   /// The newest look on the air; null before the first.
   const Broadcast* onAir(Duration time) const;
@@ -129,6 +138,7 @@ class Crowd {
   };
   std::vector<Act> acts_;
   std::vector<Presence> presences_;
+  std::vector<std::unique_ptr<Block>> blocks_;
   std::vector<std::unique_ptr<Member>> members_;
   std::vector<Chunk> chunks_;
   Duration now_{};

@@ -14,14 +14,6 @@ namespace {
 constexpr std::array<std::string_view, 5> kSeatKeys = {"xPos", "yPos", "selectedSection",
                                                        "selectedRow", "selectedSeat"};
 
-DefaultsAction withoutSeat(const DefaultsAction& action) {
-  DefaultsAction rest;
-  std::ranges::copy_if(action.writes, std::back_inserter(rest.writes), [](const auto& write) {
-    return std::ranges::find(kSeatKeys, write.first) == kSeatKeys.end();
-  });
-  return rest;
-}
-
 double visible(const ViewStack& views, ViewId view) {
   return views.isHidden(view) ? 0 : std::clamp(views.shownAlpha(view), 0.0, 1.0);
 }
@@ -32,52 +24,77 @@ std::uint8_t byteOf(double level) {
 
 }  // namespace
 
-CrowdPhone::CrowdPhone(RunLoop& loop, SerialQueues& queues, const CrowdParts& parts,
-                       const CrowdSeat& seat, std::uint64_t seed)
-    : wallClock_(loop),
-      random_(seed),
-      bluetooth_(loop),
+CrowdPhone::CrowdPhone(CrowdGround& ground, const CrowdParts& parts, const CrowdSeat& seat,
+                       std::uint64_t seed)
+    : random_(seed),
+      radio_(ground.loop, parts.device),
       screen_(parts.device.bounds, parts.device.brightness),
+      defaults_(ground.defaults, seat),
+      torch_(parts.device.torch),
       seat_(seat),
-      engine_(platform(loop, queues, parts), parts.engine) {
+      engine_(platform(ground, parts), parts.engine) {
   engine_.setAllowedTransmitterIds(parts.allowedTransmitterIds);
 }
 
-Platform CrowdPhone::platform(RunLoop& loop, SerialQueues& queues, const CrowdParts& parts) {
-  bluetooth_.log.isKept = screen_.log.isKept = haptics_.log.isKept = false;
-  defaults_.log.isKept = http_.log.isKept = false;
-  torch_.isFitted = parts.device.torch;
-  bluetooth_.setAuthorization(parts.device.authorization);
-  bluetooth_.setState(parts.device.state);
-  defaults_.setFromOutside("xPos", seat_.at.x);
-  defaults_.setFromOutside("yPos", seat_.at.y);
-  defaults_.setFromOutside("selectedSection", std::string(seat_.section));
-  return {loop,          queues,      wallClock_,   calendar_,    random_,
-          bluetooth_,    screen_,     haptics_,     application_, defaults_,
-          parts.bundles, http_,       parts.json,   torch_,       parts.images,
-          parts.players, parts.files, parts.videos, parts.workers};
+Platform CrowdPhone::platform(CrowdGround& ground, const CrowdParts& parts) {
+  return {ground.loop,   ground.queues, ground.wallClock, ground.calendar, random_,
+          radio_,        screen_,       ground.haptics,   application_,    defaults_,
+          parts.bundles, ground.http,   parts.json,       torch_,          parts.images,
+          parts.players, parts.files,   parts.videos,     parts.workers};
 }
 
 void CrowdPhone::leave() {
   hasLeft_ = true;
-  bluetooth_.setState(CentralState::poweredOff);
+  radio_.setState(CentralState::poweredOff);
 }
 
-void CrowdPhone::act(const ScenarioAction& action) {
-  const ScenarioStage stage{bluetooth_, application_, defaults_, engine_};
-  if (const auto* precompute = std::get_if<PrecomputeAction>(&action)) {
-    perform(PrecomputeAction{precompute->venueId, seat_.at.x, seat_.at.y}, stage);
-  } else if (const auto* defaults = std::get_if<DefaultsAction>(&action)) {
-    perform(withoutSeat(*defaults), stage);
-  } else {
-    perform(action, stage);
+void CrowdPhone::write(const DefaultsAction& action) {
+  for (const auto& [key, value] : action.writes) {
+    if (std::ranges::find(kSeatKeys, key) != kSeatKeys.end()) continue;
+    if (value) {
+      defaults_.set(key, *value);
+    } else {
+      defaults_.remove(key);
+    }
   }
 }
 
-bool CrowdPhone::hear(std::span<const std::uint8_t> data) {
-  const std::uint64_t before = engine_.diagnostics()[PacketFate::processed];
-  bluetooth_.advertise({data});
-  return engine_.diagnostics()[PacketFate::processed] != before;
+struct CrowdPhone::Actor {
+  CrowdPhone& phone;
+
+  void operator()(const StartAction&) const { phone.engine_.start(); }
+  void operator()(const BluetoothAction& action) const {
+    if (action.authorization) phone.radio_.setAuthorization(*action.authorization);
+    if (action.state) phone.radio_.setState(*action.state);
+  }
+  void operator()(const PacketAction& action) const { phone.hear(action.data); }
+  void operator()(const AppAction& action) const {
+    if (action.isActive) {
+      phone.application_.becomeActive();
+    } else {
+      phone.application_.resignActive();
+    }
+  }
+  void operator()(const DefaultsAction& action) const { phone.write(action); }
+  void operator()(const PlayVideoAction& action) const { phone.engine_.playVideo(action.name); }
+  void operator()(const PrecomputeAction& action) const {
+    phone.engine_.precomputePixelMapLUTsForVenueId(action.venueId, phone.seat_.at.x,
+                                                   phone.seat_.at.y);
+  }
+  void operator()(const InvalidateAction& action) const {
+    phone.engine_.invalidatePixelMapSeatLUTCacheForVenueId(action.venueId);
+  }
+};
+
+void CrowdPhone::act(const ScenarioAction& action) { std::visit(Actor{*this}, action); }
+
+CrowdPhone::Heard CrowdPhone::hear(std::span<const std::uint8_t> data) {
+  const ScanDiagnostics& fates = engine_.diagnostics();
+  const std::uint64_t processed = fates[PacketFate::processed];
+  const std::uint64_t same = fates[PacketFate::sameBroadcast];
+  radio_.advertise(data);
+  if (fates[PacketFate::processed] != processed) return Heard::newLook;
+  return fates[PacketFate::sameBroadcast] != same ? Heard::sameLook : Heard::nothing;
 }
 
 Colour CrowdPhone::plainLight() const {
@@ -88,7 +105,7 @@ CrowdLight CrowdPhone::light() const {
   CrowdLight light;
   if (hasLeft_) return light;
   const ViewStack& views = engine_.views();
-  light.isTorchOn = torch_.isOn;
+  light.isTorchOn = torch_.isOn();
   const double shown = visible(views, ViewId::container);
   light.isShowing = shown > 0;
   const Colour plain = plainLight();

@@ -1,27 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// One phone of a crowd: a real engine on a virtual phone that keeps no logs, at a seat of the
-// venue, in the time of any run loop. Loop, queues, seat and what phones have in common must
-// outlive it. One thread at a time.
+// One phone of a crowd: a real engine on the smallest of phones, at a seat of the venue, in the
+// time of any run loop. The ground, the seat and what all phones have in common must outlive it.
+// One thread at a time.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "engine/halvora_view_controller.h"
-#include "platform/run_loop.h"
-#include "platform/serial_queues.h"
 #include "platform/standard/seeded_random.h"
-#include "platform/torch.h"
-#include "platform/virtual/virtual_bluetooth.h"
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_storage.h"
+#include "tools/halvora/crowd/crowd_devices.h"
 #include "tools/halvora/scenario.h"
-#include "tools/halvora/scenario_player.h"
 
 namespace halvora {
 
@@ -60,31 +52,6 @@ struct CrowdParts {
   std::vector<std::string> allowedTransmitterIds = {};
 };
 
-struct CrowdSeat {
-  SeatPosition at;
-  /// Names live as long as the venue's map.
-  std::string_view section;
-  bool isStanding = false;
-  std::string_view row = {};
-  std::string_view name = {};
-};
-
-class CrowdTorch final : public Torch {
- public:
-  bool hasTorch() const override { return isFitted; }
-  bool hasFlash() const override { return isFitted; }
-  void setOn(bool on) override {
-    if (on == isOn) return;
-    isOn = on;
-    if (changed) changed();
-  }
-
-  bool isFitted = true;
-  bool isOn = false;
-  /// After each change; may stay absent.
-  std::function<void()> changed;
-};
-
 /// What a phone shows at a moment.
 struct CrowdLight {
   /// As seen: with its master and its fade.
@@ -99,7 +66,7 @@ struct CrowdLight {
 
 class CrowdPhone {
  public:
-  CrowdPhone(RunLoop& loop, SerialQueues& queues, const CrowdParts& parts, const CrowdSeat& seat,
+  CrowdPhone(CrowdGround& ground, const CrowdParts& parts, const CrowdSeat& seat,
              std::uint64_t seed);
   CrowdPhone(const CrowdPhone&) = delete;
   CrowdPhone& operator=(const CrowdPhone&) = delete;
@@ -114,28 +81,33 @@ class CrowdPhone {
   void open() { engine_.viewDidLoad(); }
   /// The application is closed: what is on the air reaches nobody any more.
   void leave();
-  bool isScanning() const { return bluetooth_.isScanning(); }
+  bool isScanning() const { return radio_.isScanning(); }
   /// An action of the scenario that is no packet. What concerns one seat concerns this phone's.
   void act(const ScenarioAction& action);
-  /// True if the phone obeyed it and shows another look since.
-  bool hear(std::span<const std::uint8_t> data);
+  enum class Heard : std::uint8_t {
+    /// The phone did not hear it, or does not obey it.
+    nothing,
+    /// It shows that look already.
+    sameLook,
+    newLook,
+  };
+  Heard hear(std::span<const std::uint8_t> data);
 
   CrowdLight light() const;
   /// The light as the show set it, before master and fade; black for none.
   Colour plainLight() const;
 
  private:
-  Platform platform(RunLoop& loop, SerialQueues& queues, const CrowdParts& parts);
+  struct Actor;
 
-  VirtualWallClock wallClock_;
-  VirtualCalendar calendar_;
+  void write(const DefaultsAction& action);
+  Platform platform(CrowdGround& ground, const CrowdParts& parts);
+
   SeededRandom random_;
-  VirtualBluetooth bluetooth_;
-  VirtualScreen screen_;
-  VirtualHaptics haptics_;
-  VirtualApplication application_;
-  VirtualDefaults defaults_;
-  VirtualHttp http_;
+  CrowdRadio radio_;
+  CrowdScreen screen_;
+  CrowdApplication application_;
+  CrowdDefaults defaults_;
   CrowdTorch torch_;
   const CrowdSeat& seat_;
   bool hasLeft_ = false;

@@ -101,6 +101,10 @@ Failure CrowdRun::fillAir() {
 }
 
 Failure CrowdRun::openOutput() {
+  if (crowdOutputKindOf(request_.out) == CrowdOutputKind::other) {
+    return unusable(request_.out +
+                    ": only a movie NAME.mp4, a sheet NAME.png or a folder can be written");
+  }
   const int fps = request_.settings.framesPerSecond;
   const auto frames = static_cast<std::int64_t>(toSeconds(request_.settings.end) * fps) + 1;
   output_ = makeCrowdOutput(request_.out, {request_.width, request_.height, fps, frames},
@@ -160,19 +164,18 @@ Failure CrowdRun::show() {
   const VideoPlayers players{clips, clips};
   const NoVideos videos;
   InlineWorkers alone;
-  SharedResources resources(mainBundle_);
-  const Bundles bundles{resources, kitBundle_};
-  const SharedPictures pictures(outside_.images);
-  const CrowdParts parts{bundles,
-                         json_,
-                         pictures,
-                         files_,
-                         videos,
-                         players,
-                         alone,
-                         {.palettes = sharedPalettes(mainBundle_, json_), .seatLuts = &*tables_},
-                         request_.scenario.device,
-                         request_.allowedTransmitterIds};
+  const SharedStills stills(mainBundle_, outside_.images);
+  const CrowdParts parts{
+      bundles_,
+      json_,
+      outside_.images,
+      files_,
+      videos,
+      players,
+      alone,
+      {.assets = loadShowAssets(bundles_, json_), .seatLuts = &*tables_, .stills = &stills},
+      request_.scenario.device,
+      request_.allowedTransmitterIds};
   const CrowdPicture picture(seats_, request_.width, request_.height);
   rgb_.resize(static_cast<std::size_t>(request_.width) * static_cast<std::size_t>(request_.height) *
               3);

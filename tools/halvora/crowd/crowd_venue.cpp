@@ -9,12 +9,6 @@
 
 namespace halvora {
 
-namespace {
-
-constexpr std::size_t kLargestPaletteFile = 4 << 20;
-
-}  // namespace
-
 std::string seatMapPath(std::int64_t venueId) {
   return "HVAssets/Maps/Venue-" + std::to_string(venueId) + "/map.json";
 }
@@ -44,14 +38,6 @@ std::vector<CrowdSeat> spreadOver(std::vector<CrowdSeat> seats, std::size_t coun
   std::vector<CrowdSeat> chosen;
   for (std::size_t at = 0; at < count; ++at) chosen.push_back(seats[at * seats.size() / count]);
   return chosen;
-}
-
-std::shared_ptr<const std::vector<Palette>> sharedPalettes(const Bundle& main,
-                                                           const JsonReader& json) {
-  const auto text = main.readResource("HVAssets/palettes.json", kLargestPaletteFile);
-  const auto document = text ? json.parse(*text, nullptr) : std::nullopt;
-  return std::make_shared<const std::vector<Palette>>(document ? parsePalettes(*document)
-                                                               : std::vector<Palette>());
 }
 
 std::span<std::uint32_t> TableRooms::make(std::size_t words) {

@@ -1,18 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a crowd finds in a venue's files: where people are, the colours that all phones share, and
-// room for the tables of all seats. Values; any thread.
+// What a crowd finds in a venue's files: where people are, and room for the tables of all seats.
+// Values; any thread.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "light/palettes.h"
-#include "platform/bundle.h"
-#include "platform/json.h"
 #include "platform/linux/mapped_file.h"
 #include "seats/seat_map.h"
 #include "tools/halvora/crowd/crowd_phone.h"
@@ -27,10 +23,6 @@ std::vector<CrowdSeat> seatsOf(const SeatMap& map);
 
 /// So many of the seats, evenly spread, in their order; all where there are no more.
 std::vector<CrowdSeat> spreadOver(std::vector<CrowdSeat> seats, std::size_t count);
-
-/// Those of the main bundle; none where they cannot be read.
-std::shared_ptr<const std::vector<Palette>> sharedPalettes(const Bundle& main,
-                                                           const JsonReader& json);
 
 /// Room for tables that would be too much for the machine's own memory, gone with this object.
 class TableRooms {

@@ -33,14 +33,11 @@ std::unique_ptr<SerialQueue> LoopQueues::make(std::string_view label) {
   return std::make_unique<LoopQueue>(loop_, label);
 }
 
-struct LiveCrowd::Member final : private ViewObserver {
-  Member(LiveCrowd& its, std::size_t place, RunLoop& loop, const CrowdParts& parts,
-         const CrowdSeat& seat)
-      : crowd(its),
-        index(place),
-        phone(loop, its.queues_, parts, seat, mixed(kPhoneSeed, place, 0)) {
+struct LiveCrowd::Member final : private ViewObserver, private CrowdTorch::Observer {
+  Member(LiveCrowd& its, std::size_t place, const CrowdParts& parts, const CrowdSeat& seat)
+      : crowd(its), index(place), phone(its.ground_, parts, seat, mixed(kPhoneSeed, place, 0)) {
     observe(true);
-    phone.torch().changed = [this] { touch(); };
+    phone.torch().setObserver(this);
   }
 
   void observe(bool isOn) { phone.views().setObserver(isOn ? this : nullptr); }
@@ -53,6 +50,7 @@ struct LiveCrowd::Member final : private ViewObserver {
   void hiddenChanged(ViewId, bool) override { touch(); }
   void lightChanged(const MaybeColour&) override { touch(); }
   void lightAnimationStarted(const MaybeColour&, Duration) override { touch(); }
+  void torchChanged() override { touch(); }
 
   LiveCrowd& crowd;
   const std::size_t index;
@@ -62,10 +60,10 @@ struct LiveCrowd::Member final : private ViewObserver {
 };
 
 LiveCrowd::LiveCrowd(RunLoop& loop, const CrowdParts& parts, std::span<const CrowdSeat> seats)
-    : queues_(loop), lights_(seats.size()) {
+    : queues_(loop), ground_(loop, queues_), lights_(seats.size()) {
   members_.reserve(seats.size());
   for (const CrowdSeat& seat : seats) {
-    members_.push_back(std::make_unique<Member>(*this, members_.size(), loop, parts, seat));
+    members_.push_back(std::make_unique<Member>(*this, members_.size(), parts, seat));
     members_.back()->phone.open();
     members_.back()->phone.act(StartAction{});
   }
@@ -85,7 +83,7 @@ void LiveCrowd::hear(std::span<const std::uint8_t> packet, double loss) {
   std::copy_n(packet.begin(), std::min(packet.size(), bytes.size()), bytes.begin());
   for (const auto& member : members_) {
     if (loss > 0 && isLost(mixed(kAirSeed, member->index, sent_), loss)) continue;
-    if (member->phone.hear(packet)) member->obeyed = bytes;
+    if (member->phone.hear(packet) == CrowdPhone::Heard::newLook) member->obeyed = bytes;
   }
   ++sent_;
 }

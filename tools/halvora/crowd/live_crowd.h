@@ -71,6 +71,7 @@ class LiveCrowd {
   void touch(std::size_t index);
 
   LoopQueues queues_;
+  CrowdGround ground_;
   std::vector<CrowdLight> lights_;
   /// Phones to be looked at.
   std::vector<std::uint32_t> touched_;

@@ -3,20 +3,23 @@
 
 namespace halvora {
 
-std::optional<std::string> SharedResources::readResource(std::string_view path,
-                                                         std::size_t limit) const {
-  const std::string key = std::to_string(limit) + ':' + std::string(path);
+std::optional<StillSource::Still> SharedStills::find(const std::string& name) const {
   return recent_.get(
-      key, [&] { return bundle_.readResource(path, limit); },
-      [](const std::optional<std::string>& text) { return text ? text->size() : 0; });
+      name, [&] { return read(name); },
+      [](const std::optional<Still>& still) {
+        return still && *still ? (*still)->bytesPerRow * (*still)->height : 0;
+      });
 }
 
-std::optional<Image> SharedPictures::decode(std::string_view bytes) const {
-  // The copy for the caller is made after the lock is let go.
-  const auto picture = recent_.get(
-      bytes, [&] { return std::make_shared<const std::optional<Image>>(decoder_.decode(bytes)); },
-      [](const auto& kept) { return *kept ? (*kept)->rgba.size() : 0; });
-  return *picture;
+std::optional<StillSource::Still> SharedStills::read(const std::string& name) const {
+  const auto bytes = bundle_.readResource(name, kLargestStill);
+  if (!bytes) return std::nullopt;
+  const std::optional<Image> image = decoder_.decode(*bytes);
+  if (!image) return Still();
+  std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(*image);
+  if (!bitmap) return Still();
+  for (std::uint32_t row = 0; row < image->height; ++row) drawRow(*image, row, *bitmap);
+  return std::make_shared<const BitmapContext>(std::move(*bitmap));
 }
 
 }  // namespace halvora

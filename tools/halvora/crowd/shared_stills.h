@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// A torch pixel map makes every phone read and decode the still of each frame. These two stand
-// before a bundle and a decoder and do it once for all phones of a crowd; what was asked for last
-// is kept, up to a limit. Any thread.
+// A torch pixel map makes every phone ask for the still of each frame. Here each is read and
+// decoded once for all phones of a crowd; what was asked for last is kept, up to a limit. Any
+// thread.
 #pragma once
 
 #include <cstddef>
@@ -14,6 +14,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "engine/still_source.h"
 #include "platform/bundle.h"
 #include "platform/image.h"
 
@@ -65,36 +66,23 @@ class RecentValues {
   std::unordered_map<std::string_view, typename std::list<Entry>::iterator> places_;
 };
 
-/// Takes for granted that a resource stays as it is.
-class SharedResources final : public Bundle {
- public:
-  static constexpr std::size_t kMostResourceBytes = std::size_t{32} << 20;
-
-  explicit SharedResources(const Bundle& bundle) : bundle_(bundle), recent_(kMostResourceBytes) {}
-  const std::string& identifier() const override { return bundle_.identifier(); }
-  const std::string& resourcePath() const override { return bundle_.resourcePath(); }
-  std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
-  std::string localizedString(std::string_view key) const override {
-    return bundle_.localizedString(key);
-  }
-
- private:
-  const Bundle& bundle_;
-  mutable RecentValues<std::optional<std::string>> recent_;
-};
-
-class SharedPictures final : public ImageDecoder {
+/// Takes for granted that a still stays as it is.
+class SharedStills final : public StillSource {
  public:
   /// More than a second's stills, which is what a crowd comes back to phone after phone.
-  static constexpr std::size_t kMostPictureBytes = std::size_t{256} << 20;
+  static constexpr std::size_t kMostBytes = std::size_t{256} << 20;
 
-  explicit SharedPictures(const ImageDecoder& decoder)
-      : decoder_(decoder), recent_(kMostPictureBytes) {}
-  std::optional<Image> decode(std::string_view bytes) const override;
+  /// Both must outlive it.
+  SharedStills(const Bundle& bundle, const ImageDecoder& decoder)
+      : bundle_(bundle), decoder_(decoder), recent_(kMostBytes) {}
+  std::optional<Still> find(const std::string& name) const override;
 
  private:
+  std::optional<Still> read(const std::string& name) const;
+
+  const Bundle& bundle_;
   const ImageDecoder& decoder_;
-  mutable RecentValues<std::shared_ptr<const std::optional<Image>>> recent_;
+  mutable RecentValues<std::optional<Still>> recent_;
 };
 
 }  // namespace halvora

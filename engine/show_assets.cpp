@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "engine/show_assets.h"
+
+#include <cstddef>
+#include <optional>
+
+#include "platform/json.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr std::size_t kLargestPaletteFile = 4 << 20;
+
+std::vector<Palette> loadPalettes(const Bundle& bundle, const JsonReader& json) {
+  const auto text = bundle.readResource("HVAssets/palettes.json", kLargestPaletteFile);
+  if (!text) return {};
+  const std::optional<JsonValue> document = json.parse(*text);
+  return document ? parsePalettes(*document) : std::vector<Palette>();
+}
+
+}  // namespace
+
+std::shared_ptr<const ShowAssets> loadShowAssets(const Bundles& bundles, const JsonReader& json) {
+  auto assets = std::make_shared<ShowAssets>();
+  assets->palettes = loadPalettes(bundles.main, json);
+  assets->mapNoSeatText = kitText(bundles, "hv_map_no_seat_overlay_message",
+                                  "No seat selected for this part of the light show.\n"
+                                  "Keep the app open to continue taking part.");
+  assets->lowLightText =
+      kitText(bundles, "hv_low_light_hint", "Light show active. Please keep the app open.");
+  const std::string& resources = bundles.main.resourcePath();
+  if (!resources.empty()) {
+    assets->folder = resources + "/HVAssets";
+    assets->goboFolders.bundle = assets->folder + "/Gobos";
+  }
+  return assets;
+}
+
+std::string kitText(const Bundles& bundles, std::string_view key, std::string_view fallback) {
+  std::string text = bundles.kit.localizedString(key);
+  return text.empty() || text == key ? std::string(fallback) : text;
+}
+
+}  // namespace halvora
