@@ -15,6 +15,11 @@ namespace {
 constexpr Duration kLowLightPoll = milliseconds(500);
 constexpr Duration kShowFade = milliseconds(1000);
 
+// Of a bitmap's pixel, whose colour is multiplied by its alpha.
+bool isWhite(const std::uint8_t* pixel) {
+  return pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
+}
+
 // A bucket is a folder within the documents; a text that leads out of them names none.
 std::string goboDocuments(const std::string& documents, const std::string& bucket) {
   const std::string within = "/" + bucket + "/";
@@ -188,7 +193,9 @@ std::optional<bool> HalvoraViewController::seatIsWhite() const {
     const auto still = stills_->find(name);
     if (!still) return std::nullopt;
     if (!hasSeat()) return false;
-    return *still ? std::optional(isWhiteAtSeat(**still)) : std::nullopt;
+    if (!*still) return std::nullopt;
+    const auto pixel = drawnPixel(**still, seat.currentXPos, seat.currentYPos);
+    return pixel && isWhite(pixel->data());
   }
   const auto bytes = platform_.bundles.main.readResource(name, kLargestStill);
   if (!bytes) return std::nullopt;
@@ -198,12 +205,8 @@ std::optional<bool> HalvoraViewController::seatIsWhite() const {
   std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(*image);
   if (!bitmap) return std::nullopt;
   drawRow(*image, seat.currentYPos, *bitmap);
-  return isWhiteAtSeat(*bitmap);
-}
-
-bool HalvoraViewController::isWhiteAtSeat(const BitmapContext& still) const {
-  const std::uint8_t* pixel = still.pixelAt(state_.seat.currentXPos, state_.seat.currentYPos);
-  return pixel != nullptr && pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
+  const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, seat.currentYPos);
+  return pixel != nullptr && isWhite(pixel);
 }
 
 }  // namespace halvora

@@ -141,7 +141,6 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   void refreshMode21ColorIfNeeded();
   bool hasSeat() const;
   std::optional<bool> seatIsWhite() const;
-  bool isWhiteAtSeat(const BitmapContext& still) const;
 
   Platform platform_;
   EngineState state_;

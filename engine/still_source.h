@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "light/bitmap.h"
+#include "platform/image.h"
 
 namespace halvora {
 
@@ -17,8 +17,8 @@ inline constexpr std::size_t kLargestStill = std::size_t{32} << 20;
 
 class StillSource {
  public:
-  /// The whole still; null for one that cannot be decoded.
-  using Still = std::shared_ptr<const BitmapContext>;
+  /// Null for one that cannot be decoded.
+  using Still = std::shared_ptr<const Image>;
 
   virtual ~StillSource() = default;
   /// By its path in the main bundle; none where there is no such file.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "light/bitmap.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <new>
 #include <utility>
@@ -14,6 +15,13 @@ constexpr std::size_t kBytesPerPixel = 4;
 // Rounded to the nearest level.
 std::uint8_t premultiplied(std::uint8_t level, std::uint8_t alpha) {
   return static_cast<std::uint8_t>((level * alpha + 127) / 255);
+}
+
+// A pixel of an image as one of a bitmap.
+std::array<std::uint8_t, 4> drawn(const std::uint8_t* rgba) {
+  const std::uint8_t alpha = rgba[3];
+  return {alpha, premultiplied(rgba[0], alpha), premultiplied(rgba[1], alpha),
+          premultiplied(rgba[2], alpha)};
 }
 
 }  // namespace
@@ -56,17 +64,21 @@ std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image
   return createARGBBitmapContextFromImage(image, system);
 }
 
+std::optional<std::array<std::uint8_t, 4>> drawnPixel(const Image& image, std::int64_t column,
+                                                      std::int64_t row) {
+  if (column < 0 || row < 0 || column >= image.width || row >= image.height) return std::nullopt;
+  const std::size_t at =
+      static_cast<std::size_t>(row) * image.width + static_cast<std::size_t>(column);
+  return drawn(image.rgba.data() + at * kBytesPerPixel);
+}
+
 void drawRow(const Image& image, std::int64_t row, BitmapContext& context) {
   if (row < 0 || row >= image.height) return;
   const std::size_t begin = static_cast<std::size_t>(row) * context.bytesPerRow;
   const std::uint8_t* from = image.rgba.data() + begin;
   std::uint8_t* to = context.data.get() + begin;
   for (std::uint32_t at = 0; at < image.width; ++at, from += kBytesPerPixel, to += kBytesPerPixel) {
-    const std::uint8_t alpha = from[3];
-    to[0] = alpha;
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-      to[channel + 1] = premultiplied(from[channel], alpha);
-    }
+    std::ranges::copy(drawn(from), to);
   }
 }
 

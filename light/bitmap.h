@@ -3,6 +3,7 @@
 // Stateless; any thread.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -39,6 +40,10 @@ struct BitmapContext {
 std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image,
                                                               BitmapSystem& system);
 std::optional<BitmapContext> createARGBBitmapContextFromImage(const Image& image);
+
+/// Alpha, red, green and blue of one pixel as they are drawn; none outside of the image.
+std::optional<std::array<std::uint8_t, 4>> drawnPixel(const Image& image, std::int64_t column,
+                                                      std::int64_t row);
 
 /// Draws that row of the image into the bitmap, which has the image's size. Whoever wants one pixel
 /// needs no more than its row; a row outside of the image draws nothing.

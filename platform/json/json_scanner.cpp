@@ -14,6 +14,7 @@ namespace halvora {
 namespace {
 
 constexpr const char* kUnended = "The document ends too early.";
+constexpr const char* kUnclosed = "The document does not end with a brace or a bracket.";
 constexpr const char* kLoneSurrogate = "Half a surrogate pair.";
 
 constexpr bool isBlank(char character) {
@@ -85,7 +86,7 @@ JsonScanner::JsonScanner(std::string_view text, JsonEvents& events)
 bool JsonScanner::scan() {
   At at = begin_;
   if (at == end_) return refuse("The document is empty.") != nullptr;
-  if (end_[-1] != '}' && end_[-1] != ']') return refuse(kUnended) != nullptr;
+  if (end_[-1] != '}' && end_[-1] != ']') return refuse(kUnclosed) != nullptr;
   at = skipBlanks(at);
   if (*at != '{' && *at != '[') return refuse("Neither an object nor an array.") != nullptr;
   at = container(at, {});

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Engines of one process that share what is the same for all of them.
-#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -24,9 +24,7 @@ class TwoStills final : public StillSource {
   std::optional<Still> find(const std::string& name) const override {
     if (name == "Maps/v7_m5_f4.jpg") return Still();
     if (name != "Maps/v7_m5_f3.jpg") return std::nullopt;
-    auto white = std::make_unique<std::uint8_t[]>(4);
-    std::fill_n(white.get(), 4, std::uint8_t{255});
-    return std::make_shared<const BitmapContext>(BitmapContext{1, 1, 4, std::move(white)});
+    return std::make_shared<const Image>(Image{1, 1, std::vector<std::uint8_t>(4, 255)});
   }
 };
 

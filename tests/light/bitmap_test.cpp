@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "light/bitmap.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -123,6 +127,31 @@ TEST(Bitmap, ARowIsDrawnAlone) {
   }
   drawRow(image, 1, *context);
   EXPECT_EQ(bytesOf(*context), (std::vector<std::uint8_t>{0, 0, 0, 0, 255, 4, 5, 6, 0, 0, 0, 0}));
+}
+
+TEST(DrawnPixel, IsWhatItsRowDraws) {
+  const Image image = imageOf(3, 2, {255, 255, 255, 255, 255, 200, 1, 128, 1,  255, 0,  127,
+                                     255, 255, 255, 254, 7,   8,   9, 255, 10, 11,  12, 0});
+  std::optional<BitmapContext> context = createARGBBitmapContextFromImage(image);
+  ASSERT_TRUE(context);
+  for (std::int64_t row = 0; row < 2; ++row) {
+    drawRow(image, row, *context);
+    for (std::int64_t column = 0; column < 3; ++column) {
+      const std::uint8_t* expected = context->pixelAt(column, row);
+      const auto pixel = drawnPixel(image, column, row);
+      ASSERT_TRUE(pixel);
+      EXPECT_TRUE(std::equal(pixel->begin(), pixel->end(), expected)) << column << " " << row;
+    }
+  }
+}
+
+TEST(DrawnPixel, OutsideIsNone) {
+  const Image image = imageOf(2, 3, std::vector<std::uint8_t>(24, 255));
+  for (const auto& [column, row] : std::vector<std::pair<std::int64_t, std::int64_t>>{
+           {-1, 0}, {0, -1}, {2, 0}, {0, 3}, {INT64_MAX, 0}, {0, INT64_MIN}, {1LL << 32, 0}}) {
+    EXPECT_EQ(drawnPixel(image, column, row), std::nullopt) << column << " " << row;
+  }
+  EXPECT_EQ(drawnPixel({}, 0, 0), std::nullopt);
 }
 
 TEST(Bitmap, PixelsOutsideAreNone) {

@@ -157,8 +157,8 @@ std::string PanelBench::flat(std::string_view key) const {
   return textForKey(phone.defaults, key).value_or("-");
 }
 
-void PanelBench::turn(std::function<void()> act) {
-  phone.loop.soon([act = std::move(act)] { act(); });
+void PanelBench::turn(const std::function<void()>& act) {
+  phone.loop.soon([&act] { act(); });
   phone.loop.runFor({});
 }
 

@@ -58,7 +58,7 @@ class PanelBench {
   std::string flat(std::string_view key) const;
 
   /// Does something in a turn, and then all that it leads to at this instant.
-  void turn(std::function<void()> act);
+  void turn(const std::function<void()>& act);
   void settle() {
     turn([] {});
   }

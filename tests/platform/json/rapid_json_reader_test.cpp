@@ -283,5 +283,16 @@ TEST(JsonReason, IsGivenOnFailureOnly) {
   }
 }
 
+TEST(JsonReason, SaysWhatIsWrongWithTheEnd) {
+  const RapidJsonReader reader;
+  std::string reason;
+  for (const char* text : {"null", "5", "{} x", "[1, 2", "{\"a\": 1"}) {
+    EXPECT_FALSE(reader.parse(text, &reason)) << text;
+    EXPECT_EQ(reason, "The document does not end with a brace or a bracket.") << text;
+  }
+  EXPECT_FALSE(reader.parse("[[1]", &reason));
+  EXPECT_EQ(reason, "The document ends too early.");
+}
+
 }  // namespace
 }  // namespace halvora

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/crowd/venue_tables.h"
 
+#include <cstdint>
 #include <deque>
+#include <functional>
+#include <optional>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -30,19 +34,41 @@ struct VenueTablesRoom : testing::Test {
 TEST_F(VenueTablesRoom, HoldTheWordsOfEachSeat) {
   videos.put("a", VirtualVideo::ofPlaces(3, 4, 3));
   ASSERT_EQ(build("a"), VenueTables::End::built);
-  EXPECT_EQ(tables.frameCount("a"), 3);
+  const VenueTables::Block* block = tables.block("a");
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(block->frameCount, 3);
+  EXPECT_THAT(block->row(tables.rowOf({3, 0}).value()),
+              ElementsAre(0xFF000300, 0xFF010300, 0xFF020300));
   EXPECT_THAT(tables.find("a", {1, 2}).words(), ElementsAre(0xFF000102, 0xFF010102, 0xFF020102));
   EXPECT_THAT(tables.find("a", {3, 0}).words(), ElementsAre(0xFF000300, 0xFF010300, 0xFF020300));
 }
 
-TEST_F(VenueTablesRoom, SeatsThatShareAPixelShareATable) { EXPECT_EQ(tables.seatCount(), 2); }
+TEST_F(VenueTablesRoom, SeatsThatShareAPixelShareATable) {
+  EXPECT_EQ(tables.seatCount(), 2);
+  EXPECT_EQ(tables.rowOf({1, 2}), 0U);
+  EXPECT_EQ(tables.rowOf({3, 0}), 1U);
+}
+
+TEST(VenueTablesRows, AreFoundForEverySeatAndNoOther) {
+  // Seats far apart, close together, and where the numbers end.
+  std::vector<SeatPosition> seats = {{INT64_MIN, INT64_MAX}, {INT64_MAX, INT64_MIN}, {-1, -1}};
+  for (std::int64_t at = 0; at < 3000; ++at) seats.push_back({at % 60 * 2, at / 60});
+  const VenueTables tables(seats);
+  EXPECT_EQ(tables.seatCount(), seats.size());
+  for (std::size_t at = 0; at < seats.size(); ++at) EXPECT_EQ(tables.rowOf(seats[at]), at);
+  for (std::int64_t at = 0; at < 3000; ++at) {
+    EXPECT_EQ(tables.rowOf({at % 60 * 2 + 1, at / 60}), std::nullopt);
+  }
+  EXPECT_EQ(VenueTables({}).rowOf({0, 0}), std::nullopt);
+}
 
 TEST_F(VenueTablesRoom, KnowNothingOfOtherSeatsAndVideos) {
   videos.put("a", VirtualVideo::ofPlaces(3, 4, 3));
   ASSERT_EQ(build("a"), VenueTables::End::built);
   EXPECT_FALSE(tables.find("a", {2, 2}));
   EXPECT_FALSE(tables.find("b", {1, 2}));
-  EXPECT_EQ(tables.frameCount("b"), 0);
+  EXPECT_EQ(tables.block("b"), nullptr);
+  EXPECT_EQ(tables.rowOf({2, 2}), std::nullopt);
 }
 
 TEST_F(VenueTablesRoom, KeepTheTablesOfSeveralMapsApart) {

@@ -234,9 +234,10 @@ void Crowd::plan(Slice& slice) {
     const Broadcast* broadcast = onAir(time);
     auto& map = slice.maps.emplace_back();
     if (broadcast == nullptr || broadcast->pixelMapId == 0 || broadcast->mode == 0) continue;
-    const std::string& url = urlOf(*broadcast);
-    const int frames = parts_.tables.frameCount(url);
-    if (frames > 0) map = MapMoment{url, cueToken(*broadcast) % frames};
+    const VenueTables::Block* const tables = tablesOf(*broadcast);
+    if (tables != nullptr && tables->frameCount > 0) {
+      map = MapMoment{tables, cueToken(*broadcast) % tables->frameCount};
+    }
   }
   const auto sent = parts_.air.sent();
   const auto firstAt = [&](Duration time) {
@@ -249,12 +250,13 @@ void Crowd::plan(Slice& slice) {
   slice.endSent = firstAt(slice.end);
 }
 
-const std::string& Crowd::urlOf(const Broadcast& broadcast) {
-  const auto [url, isNew] = urls_.try_emplace({broadcast.venueId, broadcast.pixelMapId});
+const VenueTables::Block* Crowd::tablesOf(const Broadcast& broadcast) {
+  const auto [found, isNew] = tables_.try_emplace({broadcast.venueId, broadcast.pixelMapId});
   if (isNew) {
-    url->second = parts_.assets.pixelMapVideoURLForVenueId(broadcast.venueId, broadcast.pixelMapId);
+    found->second = parts_.tables.block(
+        parts_.assets.pixelMapVideoURLForVenueId(broadcast.venueId, broadcast.pixelMapId));
   }
-  return url->second;
+  return found->second;
 }
 
 void Crowd::runChunk(const Slice& slice, Chunk& chunk) {
@@ -380,9 +382,9 @@ void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk
 
   const std::optional<MapMoment>& map = slice.maps[frame];
   if (!map) return;
-  const SeatLut lut = parts_.tables.find(map->videoURL, member.phone.seat().at);
-  if (!lut) return;
-  const std::uint32_t word = lut.words()[static_cast<std::size_t>(map->frame)];
+  const auto row = parts_.tables.rowOf(member.phone.seat().at);
+  if (!row) return;
+  const std::uint32_t word = map->tables->row(*row)[static_cast<std::size_t>(map->frame)];
   const Colour shown = member.phone.plainLight();
   std::uint32_t error = 0;
   for (const auto& [level, shift] : {std::pair(shown.red, 16), {shown.green, 8}, {shown.blue, 0}}) {

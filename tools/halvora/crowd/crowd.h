@@ -37,7 +37,7 @@ struct CrowdSettings {
 
 /// Which frame of which pixel map is on the air.
 struct MapMoment {
-  std::string videoURL;
+  const VenueTables::Block* tables;
   int frame = 0;
 };
 
@@ -112,7 +112,7 @@ class Crowd {
   void seatPhones();
   void seatBlock(std::size_t block);
   Presence presenceOf(std::size_t phone) const;
-  const std::string& urlOf(const Broadcast& broadcast);
+  const VenueTables::Block* tablesOf(const Broadcast& broadcast);
   void plan(Slice& slice);
   void runChunk(const Slice& slice, Chunk& chunk);
   std::size_t endOf(std::size_t block) const;
@@ -145,8 +145,8 @@ class Crowd {
   std::int64_t nextFrame_ = 0;
   std::vector<CrowdLight> lights_;
   std::vector<CrowdFrame> frames_;
-  /// Of the maps seen so far, by venue and map.
-  std::map<std::pair<std::uint16_t, std::uint16_t>, std::string> urls_;
+  /// Of the maps seen so far, by venue and map; null for one without.
+  std::map<std::pair<std::uint16_t, std::uint16_t>, const VenueTables::Block*> tables_;
   PacketCounts packets_;
   OpenLooks looks_;
   std::uint32_t nextLook_ = 0;

@@ -3,6 +3,7 @@
 // The memory is whoever's makes it, and outlives it. Once it is made, any thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -10,7 +11,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "pixelmap/pixel_map_assets.h"
@@ -33,24 +33,30 @@ class VenueTables final : public SeatLutSource {
             const Room& room);
 
   SeatLut find(std::string_view videoURL, SeatPosition seat) const override;
-  /// The frames of a video's tables; 0 for a video without.
-  int frameCount(std::string_view videoURL) const;
-  std::size_t seatCount() const { return seats_.size(); }
 
- private:
+  /// The tables of one map, a row of `frameCount` words for each place.
   struct Block {
     std::span<const std::uint32_t> words;
     int frameCount = 0;
-  };
-  struct HashSeat {
-    std::size_t operator()(const SeatPosition& seat) const {
-      return static_cast<std::size_t>(static_cast<std::uint64_t>(seat.x) * 0x9E3779B97F4A7C15U ^
-                                      static_cast<std::uint64_t>(seat.y));
+
+    std::span<const std::uint32_t> row(std::size_t at) const {
+      const auto frames = static_cast<std::size_t>(frameCount);
+      return words.subspan(at * frames, frames);
     }
   };
+  /// Null for a video without.
+  const Block* block(std::string_view videoURL) const;
+  /// The row of a seat in every block; none for a seat that has no table.
+  std::optional<std::size_t> rowOf(SeatPosition seat) const;
+  std::size_t seatCount() const { return seats_.size(); }
+
+ private:
+  std::size_t slotOf(SeatPosition seat) const;
 
   std::vector<SeatPosition> seats_;
-  std::unordered_map<SeatPosition, std::size_t, HashSeat> rows_;
+  /// A hash table at most half full, with linear probing: rows from 1, 0 for a free slot. Every
+  /// look at a pixel map asks it, once a phone.
+  std::vector<std::uint32_t> slots_;
   std::map<std::string, Block, std::less<>> blocks_;
 };
 
