@@ -97,6 +97,19 @@ TEST_F(CrowdDefaultsTest, NeighboursHaveTheirOwn) {
   EXPECT_EQ(defaults_.find("selectedSection"), others.find("selectedSection"));
 }
 
+TEST_F(CrowdDefaultsTest, EqualValuesAreOne) {
+  const CrowdSeat next{{13, -3}, "another"};
+  CrowdDefaults others(shared_, next);
+  for (const DefaultsValue& value :
+       {DefaultsValue(std::string("YES")), DefaultsValue(DefaultsArray{std::int64_t{1}})}) {
+    defaults_.set("key", value);
+    others.set("another key", value);
+    EXPECT_EQ(defaults_.find("key"), others.find("another key"));
+    others.set("another key", std::string("NO"));
+    EXPECT_EQ(*defaults_.find("key"), value);
+  }
+}
+
 /// Writes down what its managers tell it, and when.
 class Listener final : public CentralManagerDelegate {
  public:

@@ -22,8 +22,11 @@ SharedDefaults::Key& SharedDefaults::key(std::string_view name) {
 }
 
 const DefaultsValue& SharedDefaults::value(DefaultsValue value) {
-  const auto found = std::ranges::find(values_, value);
-  return found != values_.end() ? *found : values_.emplace_back(std::move(value));
+  if (const auto* text = std::get_if<std::string>(&value.storage)) {
+    return texts_.try_emplace(*text, *text).first->second;
+  }
+  const auto found = std::ranges::find(others_, value);
+  return found != others_.end() ? *found : others_.emplace_back(std::move(value));
 }
 
 const DefaultsValue* CrowdDefaults::find(std::string_view key) const {

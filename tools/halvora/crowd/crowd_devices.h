@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <variant>
 #include <vector>
 
@@ -62,7 +63,10 @@ class SharedDefaults {
 
  private:
   std::list<Key> keys_;
-  std::list<DefaultsValue> values_;
+  /// A long show may write many texts.
+  std::unordered_map<std::string, DefaultsValue> texts_;
+  /// Arrays and dictionaries, which no show writes.
+  std::list<DefaultsValue> others_;
 };
 
 /// What phones on one loop share. Loop and queues must outlive it.
