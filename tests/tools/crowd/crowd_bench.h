@@ -2,8 +2,10 @@
 // What the phones of a small crowd share, all of it in memory. Owned by a test; one thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "engine/broadcast.h"
@@ -12,6 +14,7 @@
 #include "platform/virtual/virtual_media.h"
 #include "platform/virtual/virtual_storage.h"
 #include "platform/virtual/virtual_video.h"
+#include "tools/halvora/crowd/crowd.h"
 #include "tools/halvora/crowd/crowd_phone.h"
 
 namespace halvora {
@@ -42,6 +45,19 @@ struct CrowdBench {
   InlineWorkers workers;
   std::shared_ptr<const ShowAssets> assets = std::make_shared<const ShowAssets>();
 };
+
+/// So many phones that four threads have a block each, and one is left over.
+inline constexpr std::size_t kSeveralBlocks = 4 * Crowd::kBlock + 1;
+
+/// The document of a venue with so many seats in one row, which share six pixels.
+inline std::string mapOfSeats(std::size_t count) {
+  std::string seats;
+  for (std::size_t at = 0; at < count; ++at) {
+    seats += std::string(at > 0 ? "," : "") + "{\"name\": \"" + std::to_string(at) +
+             "\", \"x\": " + std::to_string(at % 3) + ", \"y\": " + std::to_string(at % 2) + "}";
+  }
+  return R"({"sections": [{"name": "A", "rows": [{"name": "1", "seats": [)" + seats + "]}]}]}";
+}
 
 /// A steady look of transmitter 1 at venue 7.
 inline Broadcast plainLook(std::uint16_t sequence, std::uint16_t red, std::uint16_t green = 0,

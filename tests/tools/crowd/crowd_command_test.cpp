@@ -11,6 +11,7 @@
 #include <rapidjson/writer.h>
 
 #include "engine/broadcast.h"
+#include "tests/tools/crowd/crowd_bench.h"
 #include "tests/tools/lut_folder.h"
 
 namespace halvora {
@@ -210,12 +211,14 @@ TEST_F(CrowdRoom, RepeatsMakeUpForLoss) {
 }
 
 TEST_F(CrowdRoom, SaysTheSameForOneSeedWhateverTheNumberOfThreads) {
+  folder.write("HVAssets/Maps/Venue-7/map.json", mapOfSeats(kSeveralBlocks));
   const Words options{"--loss", "0.3", "--jitter", "30", "--late", "0.5,1", "--leave", "0.5"};
   const auto textWith = [&](const char* threads) {
     Words all = options;
     all.insert(all.end(), {"--threads", threads});
     auto json = report(mapShow(), all);
     json.RemoveMember("simulatedSecondsPerSecond");
+    EXPECT_EQ(json["phones"].GetUint(), kSeveralBlocks);
     EXPECT_GT(number(json, "packets", "lost"), 0);
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
@@ -225,6 +228,14 @@ TEST_F(CrowdRoom, SaysTheSameForOneSeedWhateverTheNumberOfThreads) {
   const std::string one = textWith("1");
   EXPECT_EQ(textWith("3"), one);
   EXPECT_EQ(textWith("4"), one);
+}
+
+TEST_F(CrowdRoom, ThePhonesOfAllBlocksShowTheVideoExactly) {
+  folder.write("HVAssets/Maps/Venue-7/map.json", mapOfSeats(kSeveralBlocks));
+  const auto json = report(mapShow(), {"--threads", "2"});
+  EXPECT_EQ(json["phones"].GetUint(), kSeveralBlocks);
+  EXPECT_GT(number(json, "pixelMap", "frames"), 30);
+  EXPECT_EQ(number(json, "pixelMap", "exact"), number(json, "pixelMap", "frames"));
 }
 
 TEST_F(CrowdRoom, AnotherSeedIsAnotherCrowd) {

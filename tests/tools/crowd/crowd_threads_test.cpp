@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/broadcast.h"
+#include "tests/tools/crowd/crowd_bench.h"
 #include "tests/tools/lut_folder.h"
 
 namespace halvora {
@@ -13,14 +14,7 @@ namespace {
 
 TEST(CrowdThreads, ShareWhatAllPhonesHaveInCommon) {
   const TestFolder folder;
-  std::string seats;
-  for (int at = 0; at < 12; ++at) {
-    seats += std::string(at > 0 ? "," : "") + "{\"name\": \"" + std::to_string(at) +
-             "\", \"x\": " + std::to_string(at % 3) + ", \"y\": " + std::to_string(at % 2) + "}";
-  }
-  folder.write(
-      "HVAssets/Maps/Venue-7/map.json",
-      R"({"sections": [{"name": "A", "rows": [{"name": "1", "seats": [)" + seats + "]}]}]}");
+  folder.write("HVAssets/Maps/Venue-7/map.json", mapOfSeats(kSeveralBlocks));
   folder.write("HVAssets/Maps/Venue-7/1/video.mp4", kPlaces);
   folder.write("HVAssets/palettes.json",
                R"({"palettes": [{"id": 1, "colours": ["#FF0000", "#00FF00"]}]})");
@@ -48,7 +42,7 @@ TEST(CrowdThreads, ShareWhatAllPhonesHaveInCommon) {
                folder.write("show.jsonl", show), "--out", (folder.path() / "sheet.png").string(),
                "--size", "64x32", "--loss", "0.2", "--jitter", "20", "--threads", "4"});
   EXPECT_EQ(run.status, 0) << run.error;
-  EXPECT_EQ(jsonOf(run.output)["phones"].GetInt(), 12);
+  EXPECT_EQ(jsonOf(run.output)["phones"].GetUint(), kSeveralBlocks);
 }
 
 }  // namespace

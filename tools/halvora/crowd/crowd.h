@@ -56,8 +56,8 @@ class Crowd {
  public:
   /// Short, because the lights of all its frames are kept.
   static constexpr Duration kSlice = milliseconds(250);
-  /// The phones of a block. Each has up to seven timers at once, and 512 is what their loop then
-  /// has room for.
+  /// The phones of a block. Each has six timers at once when it is opened and its effects may add
+  /// some later; 512 is what their loop then has room for.
   static constexpr std::size_t kBlock = 72;
 
   /// All of it must outlive the crowd.
