@@ -40,8 +40,8 @@ halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
     $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)
 if(TARGET halvora_tests)
-  target_compile_definitions(halvora_tests PRIVATE
-    HALVORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  set_source_files_properties("${PROJECT_SOURCE_DIR}/tests/support/source_tree.cpp" PROPERTIES
+    COMPILE_DEFINITIONS HALVORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}" SKIP_PRECOMPILE_HEADERS ON)
   # Tests are compiled far longer than they run: only what they test is worth optimising.
   target_compile_options(halvora_tests PRIVATE $<$<CONFIG:Debug>:-O0>)
   halvora_precompile(halvora_tests <gmock/gmock.h> <gtest/gtest.h>)

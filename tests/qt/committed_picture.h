@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/source_tree.h"
+
 namespace halvora {
 
 /// A pixel is another one if a channel differs by more than this, of 255.
@@ -33,7 +35,10 @@ inline int differingPixels(const QImage& a, const QImage& b) {
   return count;
 }
 
-inline QString pictureFolder() { return QStringLiteral(HALVORA_SOURCE_DIR "/tests/qt/pictures/"); }
+inline QString pictureFolder() {
+  return return QString::fromStdString(sourceTree() + "/tests/qt/pictures/");
+  ;
+}
 
 inline void expectPicture(const QImage& seen, const char* name) {
   const QString file = pictureFolder() + QString::fromLatin1(name) + QStringLiteral(".png");

@@ -24,6 +24,7 @@
 #include "apps/demo/show_console.h"
 #include "platform/virtual/virtual_devices.h"
 #include "platform/virtual/virtual_run_loop.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 
@@ -41,7 +42,7 @@ inline QQuickItem* find(QQuickItem& within, const QString& name) {
 
 struct ConsoleTest : testing::Test {
   /// The folder that holds HVAssets.
-  explicit ConsoleTest(const std::string& assets = HALVORA_SOURCE_DIR "/assets/demo")
+  explicit ConsoleTest(const std::string& assets = sourceTree() + "/assets/demo")
       : desk(assets, loop, queues, libraries) {
     qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
     desk.install(qml);

@@ -11,6 +11,7 @@
 
 #include "engine/broadcast.h"
 #include "platform/standard/seeded_random.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 
@@ -22,7 +23,7 @@ constexpr int kFourMinutes = 240'000;
 
 }  // namespace
 
-std::string demoAssets() { return HALVORA_SOURCE_DIR "/assets/demo"; }
+std::string demoAssets() { return sourceTree() + "/assets/demo"; }
 
 DemoRun runDemo(const QStringList& arguments, const QProcessEnvironment& environment,
                 const QString& folder) {

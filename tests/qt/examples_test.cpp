@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/qt/qml_bench.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 namespace {
@@ -17,7 +18,8 @@ struct ExamplesTest : testing::Test, QmlBench {};
 
 TEST_F(ExamplesTest, TheQmlHostShowsTheLightByItself) {
   QQmlComponent component(
-      &qml, QUrl::fromLocalFile(QStringLiteral(HALVORA_SOURCE_DIR "/examples/qml-host/Main.qml")));
+      &qml,
+      QUrl::fromLocalFile(QString::fromStdString(sourceTree() + "/examples/qml-host/Main.qml")));
   const std::unique_ptr<QObject> root(component.create());
   auto* window = qobject_cast<QQuickWindow*>(root.get());
   ASSERT_TRUE(window) << component.errorString().toStdString();

@@ -15,6 +15,7 @@
 
 #include "platform/json/rapid_json_reader.h"
 #include "platform/standard/folder_bundle.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 namespace {
@@ -22,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using Table = std::map<std::string, std::string>;
 
-const fs::path kRoot = HALVORA_SOURCE_DIR;
+const fs::path kRoot = sourceTree();
 const fs::path kTables[] = {kRoot / "assets/kit/strings", kRoot / "assets/demo/strings"};
 
 std::string contentOf(const fs::path& file) {

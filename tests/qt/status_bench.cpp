@@ -17,6 +17,7 @@
 
 #include "platform/qt/halvora_host.h"
 #include "platform/standard/standard_files.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 
@@ -26,9 +27,7 @@ constexpr const char* kVenue = "/HVAssets/Maps/Venue-7/";
 constexpr std::size_t kLargestMap = std::size_t{64} << 20;
 constexpr std::uint64_t kSlowly = 200;
 
-std::string assets(const char* folder) {
-  return std::string(HALVORA_SOURCE_DIR "/assets/") + folder;
-}
+std::string assets(const char* folder) { return sourceTree() + "/assets/" + folder; }
 
 // A phone's home screen of a host: dark, with the panel at its top.
 QString windowText(const StatusBenchSetup& setup) {

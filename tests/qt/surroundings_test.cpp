@@ -18,6 +18,7 @@
 #include "platform/user_defaults.h"
 #include "platform/virtual/virtual_bluetooth.h"
 #include "tests/qt/qml_bench.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 namespace {
@@ -268,7 +269,7 @@ QColor shownOn(const QString& assets, const QString& documents) {
 
 TEST_P(DamagedAssets, LeaveThePlainLightAsItIs) {
   const QTemporaryDir folder;
-  const QString good = QStringLiteral(HALVORA_SOURCE_DIR "/assets/demo");
+  const QString good = QString::fromStdString(sourceTree() + "/assets/demo");
   for (const auto& [name, damage] : damages()) {
     const QString assets = folder.filePath(QString::fromLatin1(name));
     copyTree(good, assets);

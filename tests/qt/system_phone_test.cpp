@@ -15,13 +15,14 @@
 #include "platform/standard/standard_files.h"
 #include "tests/platform/linux/services/fake_login.h"
 #include "tests/qt/system_bench.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 namespace {
 
 using testing::Contains;
 
-const std::string kAssets = HALVORA_SOURCE_DIR "/assets/demo";
+const std::string kAssets = sourceTree() + "/assets/demo";
 
 Broadcast steadyLook() {
   Broadcast look;

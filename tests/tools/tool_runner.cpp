@@ -9,6 +9,7 @@
 #include <stdlib.h>
 
 #include "tests/support/pixmap_decoder.h"
+#include "tests/support/source_tree.h"
 #include "tests/tools/word_videos.h"
 #include "tools/halvora/commands.h"
 
@@ -80,7 +81,7 @@ std::string contentsOf(const std::filesystem::path& file) {
 }
 
 std::filesystem::path toolTests() {
-  return std::filesystem::path(HALVORA_SOURCE_DIR) / "tests" / "tools";
+  return std::filesystem::path(sourceTree()) / "tests" / "tools";
 }
 
 TestFolder::TestFolder() {

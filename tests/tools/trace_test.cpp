@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
+#include "tests/support/source_tree.h"
 #include "tests/tools/tool_runner.h"
 #include "tests/tools/trace_lines.h"
 
@@ -185,7 +186,7 @@ TEST_F(Trace, NothingIsWrittenBesideTheScenario) {
 }
 
 TEST(ExampleShow, GoesFromStartedToDark) {
-  const std::filesystem::path demo = std::filesystem::path(HALVORA_SOURCE_DIR) / "assets" / "demo";
+  const std::filesystem::path demo = std::filesystem::path(sourceTree()) / "assets" / "demo";
   const ToolRun run =
       runTool({"trace", (demo / "example-show.jsonl").string(), "--assets", demo.string()});
   ASSERT_EQ(run.status, 0) << run.error;
@@ -205,7 +206,7 @@ TEST(ExampleShow, GoesFromStartedToDark) {
 }
 
 TEST(ExampleShow, IsTheSameEveryTime) {
-  const std::filesystem::path demo = std::filesystem::path(HALVORA_SOURCE_DIR) / "assets" / "demo";
+  const std::filesystem::path demo = std::filesystem::path(sourceTree()) / "assets" / "demo";
   const Words words{
       "trace", (demo / "example-show.jsonl").string(), "--assets", demo.string(), "--random", "7"};
   EXPECT_EQ(runTool(words).output, runTool(words).output);

@@ -9,6 +9,7 @@
 
 #include "platform/standard/standard_files.h"
 #include "tests/engine/allocation_count.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 namespace {
@@ -20,7 +21,7 @@ const Pixels kSixColours = {255, 0,   0,   255, 0, 255, 0, 255, 0,  0,   255, 25
                             255, 255, 255, 255, 0, 0,   0, 255, 64, 128, 192, 255};
 
 std::string fixture(const std::string& name) {
-  const std::string path = std::string(HALVORA_SOURCE_DIR) + "/tests/platform/image/data/" + name;
+  const std::string path = sourceTree() + "/tests/platform/image/data/" + name;
   const auto bytes = readFile(path, 1 << 20);
   EXPECT_TRUE(bytes) << path;
   return bytes.value_or("");
