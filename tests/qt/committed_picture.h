@@ -36,7 +36,7 @@ inline int differingPixels(const QImage& a, const QImage& b) {
 }
 
 inline QString pictureFolder() {
-  return return QString::fromStdString(sourceTree() + "/tests/qt/pictures/");
+  return QString::fromStdString(sourceTree() + "/tests/qt/pictures/");
   ;
 }
 
