@@ -14,8 +14,8 @@ function(halvora_header_library target folder header package)
   target_include_directories(${target} SYSTEM INTERFACE "${include}")
 endfunction()
 
-halvora_header_library(halvora_rapidjson rapidjson document.h rapidjson-dev)
 if(HALVORA_TOOLS)
+  halvora_header_library(halvora_rapidjson rapidjson document.h rapidjson-dev)
   halvora_header_library(halvora_cli11 CLI CLI.hpp libcli11-dev)
 endif()
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The JSON need: every Unicode encoding, bounded nesting, numbers of any length. Our own scanner
-// reads the text, RapidJSON rounds the numbers with a fraction or an exponent. Stateless; any
-// thread.
+// The JSON need: every Unicode encoding, bounded nesting, numbers of any length, in any locale.
+// Stateless; any thread.
 #pragma once
 
 #include "platform/json.h"

@@ -2,26 +2,16 @@
 #include "platform/json/real_number.h"
 
 #include <array>
+#include <clocale>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <cstdlib>
 #include <optional>
 #include <string>
-
-#include <rapidjson/memorystream.h>
-#include <rapidjson/reader.h>
 
 namespace halvora {
 
 namespace {
-
-struct RealHandler : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, RealHandler> {
-  double value = 0;
-  bool Double(double number) {
-    value = number;
-    return true;
-  }
-};
 
 // A plain decimal of few digits: both parts of the division are exact, so its result is the nearest
 // double.
@@ -47,26 +37,19 @@ std::optional<double> shortDecimal(std::string_view written) {
   return isNegative ? -value : value;
 }
 
+// The locale that no host changes. The C library has it ready: asking for it allocates nothing and
+// cannot fail.
+locale_t plainLocale() {
+  static const locale_t kPlain = newlocale(LC_ALL_MASK, "C", nullptr);
+  return kPlain;
+}
+
 }  // namespace
 
 double realNumber(std::string_view written) {
   if (const auto value = shortDecimal(written)) return *value;
-  // RapidJSON looks for the highest bit of the digits, whether or not there is one.
-  const std::string_view digits = written.substr(0, written.find_first_of("eE"));
-  if (digits.find_first_of("123456789") == std::string_view::npos) {
-    return written.starts_with('-') ? -0.0 : 0.0;
-  }
-  // With a fraction the parser takes every number for a double.
-  const bool isInteger = written.find_first_of(".eE") == std::string_view::npos;
-  const std::string text = std::string(written) + (isInteger ? ".0" : "");
-  rapidjson::MemoryStream stream(text.data(), text.size());
-  rapidjson::Reader reader;
-  RealHandler handler;
-  if (reader.Parse<rapidjson::kParseFullPrecisionFlag>(stream, handler).IsError()) {
-    const double infinity = std::numeric_limits<double>::infinity();
-    return text.front() == '-' ? -infinity : infinity;
-  }
-  return handler.value;
+  const std::string text(written);
+  return strtod_l(text.c_str(), nullptr, plainLocale());
 }
 
 }  // namespace halvora
