@@ -12,7 +12,7 @@ add_subdirectory("${HALVORA_GOOGLETEST}" "${PROJECT_BINARY_DIR}/googletest"
   EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
-set(elsewhere tests/qt/ tests/bluez-vm/)
+set(elsewhere tests/qt/ tests/bluez-vm/ tests/failures/)
 if(NOT TARGET halvora_image)
   list(APPEND elsewhere tests/platform/image/)
 endif()
@@ -69,6 +69,20 @@ if(TARGET halvora_tests)
     set_tests_properties(kernel_lights PROPERTIES TIMEOUT 120
       FAIL_REGULAR_EXPRESSION "SKIPPED;0 tests from 0 test suites ran")
   endif()
+endif()
+
+# Failure as a test has a heap and system calls of its own, and so a program of its own; sanitizers
+# have theirs, and arm64's programs have no FFmpeg.
+if(TARGET halvora_ffmpeg AND TARGET halvora_image AND NOT HALVORA_STATIC_PROGRAMS
+    AND NOT HALVORA_SANITIZE AND NOT HALVORA_TEST_SUITES)
+  halvora_program(halvora_failures FILES tests/failures/*.cpp tests/support/source_tree.cpp
+    LINK halvora_tool halvora_image halvora_ffmpeg halvora_json halvora_virtual halvora_standard
+      halvora_core ${CMAKE_DL_LIBS})
+  target_compile_options(halvora_failures PRIVATE $<$<CONFIG:Debug>:-O0>)
+  foreach(shard RANGE 1)
+    add_test(NAME halvora_failures/${shard} COMMAND halvora_failures --shard ${shard}/2)
+    set_tests_properties(halvora_failures/${shard} PROPERTIES TIMEOUT 600)
+  endforeach()
 endif()
 
 # The air of the emulated machine; tests/bluez-vm/run builds what it needs itself.

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+// Defaults in a file: read at the start, saved, and saved again after a failure.
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/json/rapid_json_reader.h"
+#include "platform/standard/file_defaults.h"
+#include "platform/standard/standard_files.h"
+#include "platform/virtual/virtual_devices.h"
+#include "platform/virtual/virtual_run_loop.h"
+#include "tests/failures/trial.h"
+
+namespace halvora {
+
+namespace {
+
+const RapidJsonReader kJson;
+
+/// A process's defaults and what they need, without threads.
+struct DefaultsRoom {
+  explicit DefaultsRoom(const std::string& path) : defaults(path, {files, kJson, loop, queues}) {}
+  StandardFiles files;
+  VirtualRunLoop loop;
+  VirtualQueues queues{loop};
+  FileDefaults defaults;
+};
+
+std::string textOf(std::int64_t number) {
+  return std::string(3000, static_cast<char>('a' + number % 26));
+}
+
+void write(FileDefaults& defaults, std::int64_t number) {
+  defaults.set("first", number);
+  defaults.set("text", textOf(number));
+  defaults.set("zLast", number);
+}
+
+/// Which state is stored; none where it is neither.
+std::optional<std::int64_t> stateOf(const std::string& path) {
+  const DefaultsRoom room(path);
+  const std::int64_t number = integerForKey(room.defaults, "first");
+  if (integerForKey(room.defaults, "zLast") != number) return std::nullopt;
+  if (number > 0 && textForKey(room.defaults, "text") != textOf(number)) return std::nullopt;
+  return number;
+}
+
+class DefaultsTrial : public Trial {
+ protected:
+  explicit DefaultsTrial(const std::string& folder) : path_(folder + "/sub/defaults.json") {
+    DefaultsRoom room(path_);
+    write(room.defaults, 1);
+  }
+
+  const std::string path_;
+};
+
+class DefaultsLoad final : public DefaultsTrial {
+ public:
+  explicit DefaultsLoad(const std::string& folder) : DefaultsTrial(folder) {}
+
+  // A start without memory is an exception for whoever makes the defaults.
+  void act() override {
+    try {
+      const DefaultsRoom room(path_);
+      number_ = integerForKey(room.defaults, "first");
+    } catch (const std::bad_alloc&) {
+      number_ = -1;
+    }
+  }
+
+  Verdict judge() override {
+    if (stateOf(path_) != 1) return wrong("what was stored is lost");
+    return number_ == 1 ? whole() : refused();
+  }
+
+ private:
+  std::int64_t number_ = 0;
+};
+
+class DefaultsSave final : public DefaultsTrial {
+ public:
+  explicit DefaultsSave(const std::string& folder)
+      : DefaultsTrial(folder), room_(std::make_unique<DefaultsRoom>(path_)) {}
+
+  void act() override {
+    room_->loop.actAt(room_->loop.now(), [this] {
+      try {
+        write(room_->defaults, 2);
+        room_->defaults.synchronize();
+      } catch (const std::bad_alloc&) {
+        isRefused_ = true;
+      }
+    });
+  }
+
+  Verdict judge() override {
+    const auto stored = stateOf(path_);
+    if (!stored || *stored < 1 || *stored > 2) return wrong("a mixture is stored");
+    if (stored == 2) isRefused_ = false;
+    // The next save, a second later, and the end of the process bring it in.
+    write(room_->defaults, 3);
+    room_.reset();
+    if (stateOf(path_) != 3) return wrong("nothing can be saved afterwards");
+    return isRefused_ || stored == 1 ? refused() : whole();
+  }
+
+ private:
+  std::unique_ptr<DefaultsRoom> room_;
+  bool isRefused_ = false;
+};
+
+template <class Made>
+std::unique_ptr<Trial> make(const std::string& folder) {
+  return std::make_unique<Made>(folder);
+}
+
+constexpr FailureCase kCases[] = {
+    {"defaults-load", {.files = true}, make<DefaultsLoad>, true},
+    {"defaults-save", {.files = true}, make<DefaultsSave>, true},
+};
+
+}  // namespace
+
+std::span<const FailureCase> storageCases() { return kCases; }
+
+}  // namespace halvora

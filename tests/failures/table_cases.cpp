@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+// Seat tables out of a real video: of one seat with one worker and several, and of so many seats
+// that each stretch has a thread that gathers.
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "pixelmap/frame_time.h"
+#include "pixelmap/seat_lut_builder.h"
+#include "platform/ffmpeg/ffmpeg_videos.h"
+#include "platform/standard/thread_workers.h"
+#include "tests/failures/trial.h"
+
+namespace halvora {
+
+namespace {
+
+using Words = std::vector<std::uint32_t>;
+
+const FfmpegVideoAssets kVideos;
+
+Words wordsOf(const SeatLut& lut) {
+  return lut ? Words(lut.words().begin(), lut.words().end()) : Words();
+}
+
+/// What tables have to be: made once, before anything fails.
+template <class Make>
+const Words& expected(const Make& make) {
+  static const Words kWords = make();
+  return kWords;
+}
+
+template <int kWorkers>
+class TableBuild final : public Trial {
+ public:
+  void act() override { lut_ = build(); }
+
+  Verdict judge() override {
+    const Words& right = expected([this] { return wordsOf(build()); });
+    if (lut_) return wordsOf(lut_) == right ? whole() : wrong("the table is not the right one");
+    return wordsOf(build()) == right ? refused() : wrong("no table can be built afterwards");
+  }
+
+ private:
+  SeatLut build() {
+    return buildPixelMapSeatLUTForVideoURL(kVideos, preparedClip(), {20, 10},
+                                           {.workers = workers_});
+  }
+
+  ThreadWorkers workers_{kWorkers};
+  SeatLut lut_ = nullptr;
+};
+
+/// As the command builds: it has its table, and is told of memory by an exception.
+class ManySeats final : public Trial {
+ public:
+  void act() override {
+    try {
+      isBuilt_ = build(words_);
+    } catch (const std::bad_alloc&) {
+      isBuilt_ = false;
+    }
+  }
+
+  Verdict judge() override {
+    const Words& right = expected([this] {
+      Words words(words_.size());
+      return build(words) ? words : Words();
+    });
+    if (isBuilt_) return words_ == right ? whole() : wrong("the tables are not the right ones");
+    Words again(words_.size());
+    return build(again) && again == right ? refused() : wrong("no tables can be built afterwards");
+  }
+
+ private:
+  static constexpr std::size_t kSeats = 600;
+  static constexpr std::size_t kFrames = 32;
+
+  static std::vector<SeatPosition> seats() {
+    std::vector<SeatPosition> all;
+    for (std::int64_t at = 0; at < static_cast<std::int64_t>(kSeats); ++at) {
+      all.push_back({at % 64, at * 7 % 64});
+    }
+    return all;
+  }
+  bool build(Words& words) {
+    const auto asset = kVideos.open(preparedClip());
+    if (!asset || pixelMapFrameCount(asset->durationSeconds()) != static_cast<int>(kFrames)) {
+      return false;
+    }
+    return buildSeatTables(*asset, seats_, words, {.workers = workers_}) == BuildEnd::built;
+  }
+
+  ThreadWorkers workers_{2};
+  std::vector<SeatPosition> seats_ = seats();
+  Words words_ = Words(kSeats * kFrames);
+  bool isBuilt_ = false;
+};
+
+template <class Made>
+std::unique_ptr<Trial> make(const std::string& /*folder*/) {
+  return std::make_unique<Made>();
+}
+
+constexpr FailureCase kCases[] = {
+    {"table-1-worker", {.threads = true, .files = true}, make<TableBuild<1>>, true},
+    {"table-2-workers", {.threads = true, .files = true}, make<TableBuild<2>>, true},
+    {"table-8-workers", {.threads = true, .files = true}, make<TableBuild<8>>, true},
+    {"table-600-seats", {.threads = true, .files = true}, make<ManySeats>, true},
+};
+
+}  // namespace
+
+std::span<const FailureCase> tableCases() { return kCases; }
+
+}  // namespace halvora
