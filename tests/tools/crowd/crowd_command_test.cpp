@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // `halvora crowd` as a venue crew uses it: a small venue, a show, and what is said of it.
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -396,6 +400,54 @@ TEST_F(Refused, NumbersOutOfTheirRange) {
 
 TEST_F(Refused, ASizeThatIsNoNumberNamesTheOption) {
   expectRefused(run(busyShow(), {"--size", "widexhigh"}), "--size must be");
+}
+
+// Calls `act` once, while the crowd runs.
+Terminal whileSimulating(std::function<void()> act) {
+  return {.write =
+              [act = std::move(act), isDone = false](std::string_view text) mutable {
+                if (text.find("simulating") == std::string_view::npos) return;
+                if (!std::exchange(isDone, true)) act();
+              },
+          .now = [time = Duration{}]() mutable { return time += milliseconds(200); }};
+}
+
+TEST_F(Refused, APictureThatCannotBeWrittenEndsTheRun) {
+  const ToolRun run = this->run(busyShow(), {"--out", at("frames")},
+                                {.terminal = whileSimulating([this] {
+                                   fs::create_directories(at("frames/frame-000040.png/in"));
+                                 })});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "");
+  EXPECT_THAT(run.error, EndsWith("frames: cannot be written"));
+  EXPECT_TRUE(fs::exists(at("frames/frame-000039.png")));
+  EXPECT_FALSE(fs::exists(at("frames/frame-000041.png")));
+}
+
+TEST_F(Refused, ASheetThatCannotBeWrittenInTheEndIsSaid) {
+  const ToolRun run = this->run(
+      busyShow(), {},
+      {.terminal = whileSimulating([this] { fs::create_directories(at("sheet.png/in")); })});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "");
+  EXPECT_THAT(run.error, EndsWith("sheet.png: cannot be written"));
+}
+
+TEST_F(Refused, NoRoomForTheTables) {
+  const char* before = std::getenv("TMPDIR");
+  const std::optional<std::string> kept =
+      before != nullptr ? std::optional<std::string>(before) : std::nullopt;
+  setenv("TMPDIR", at("missing").c_str(), 1);
+  const ToolRun run = this->run(mapShow());
+  if (kept) {
+    setenv("TMPDIR", kept->c_str(), 1);
+  } else {
+    unsetenv("TMPDIR");
+  }
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(run.error, "no room for the seat tables in the temporary folder");
+  EXPECT_FALSE(fs::exists(at("sheet.png")));
 }
 
 TEST_F(CrowdRoom, InterruptedItKeepsTheFramesSoFar) {

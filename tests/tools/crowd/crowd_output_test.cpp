@@ -153,6 +153,16 @@ TEST_F(CrowdOutputRoom, AMovieThatFailsLeavesNothingBehind) {
   EXPECT_THAT(contents(), IsEmpty());
 }
 
+TEST_F(CrowdOutputRoom, AMovieThatCannotBePutInPlaceLeavesNothingBehind) {
+  auto output = make("show.mp4");
+  ASSERT_NE(output, nullptr);
+  EXPECT_TRUE(output->add(frame));
+  fs::create_directories(at("show.mp4/in"));
+  EXPECT_FALSE(output->finish());
+  output.reset();
+  EXPECT_THAT(contents(), UnorderedElementsAre("show.mp4", "show.mp4/in"));
+}
+
 TEST_F(CrowdOutputRoom, AFolderHasAPictureAFrame) {
   auto output = make("frames");
   ASSERT_NE(output, nullptr);

@@ -36,6 +36,16 @@ TEST(FlashCount, LooksAtTheBusiestSecondOnly) {
   EXPECT_EQ(count.generalFlashes(), 4);
 }
 
+TEST(FlashCount, TwoChangesThatAreASecondApartArePairedAndNoFurther) {
+  for (const int apart : {1000, 1001}) {
+    FlashCount count;
+    count.add(milliseconds(0), kDark);
+    count.add(milliseconds(100), kLit);
+    count.add(milliseconds(100 + apart), kDark);
+    EXPECT_EQ(count.generalFlashes(), apart == 1000 ? 1 : 0) << apart;
+  }
+}
+
 TEST(FlashCount, AChangeBelowATenthIsNone) {
   EXPECT_EQ(flashing(5, {0.3, 0.3, 0.3}, {0.39, 0.39, 0.39}).generalFlashes(), 0);
   EXPECT_EQ(flashing(5, {0.3, 0.3, 0.3}, {0.41, 0.41, 0.41}).generalFlashes(), 5);

@@ -87,6 +87,10 @@ TEST_F(VenueTablesRoom, SayWhyThereAreNone) {
   EXPECT_EQ(tables.build({"1", "a"}, videos, {.workers = workers},
                          [](std::size_t) { return std::span<std::uint32_t>(); }),
             VenueTables::End::noRoom);
+  std::vector<std::uint32_t> tooSmall(2 * 3 - 1);
+  EXPECT_EQ(tables.build({"1", "a"}, videos, {.workers = workers},
+                         [&](std::size_t) { return std::span(tooSmall); }),
+            VenueTables::End::noRoom);
   EXPECT_FALSE(tables.find("a", {1, 2}));
 }
 

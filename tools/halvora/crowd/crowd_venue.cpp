@@ -43,6 +43,7 @@ std::vector<CrowdSeat> spreadOver(std::vector<CrowdSeat> seats, std::size_t coun
 std::span<std::uint32_t> TableRooms::make(std::size_t words) {
   std::error_code error;
   const std::string folder = std::filesystem::temp_directory_path(error).string();
+  if (error) return {};
   auto file = MappedFile::make(folder, words * sizeof(std::uint32_t));
   if (!file) return {};
   files_.push_back(std::move(*file));
