@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+// Linked with the tests and the sources that scripts/mutate.py prepared: chooses the mutant, and on
+// request writes down which test reaches which.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+static constexpr std::size_t kMost = std::size_t{1} << 20;
+
+static unsigned char reachedHere[kMost];
+static std::FILE* reachedFile = nullptr;
+
+extern "C" {
+int halvoraMutant = 0;
+unsigned char* halvoraReached = reachedHere;
+}
+
+namespace {
+
+// A line a test: its name, how long it took, the numbers that it reached.
+class Writer : public testing::EmptyTestEventListener {
+  void OnTestEnd(const testing::TestInfo& test) override {
+    std::fprintf(reachedFile, "%s.%s\t%s\t%d\t%lld\t", test.test_suite_name(), test.name(),
+                 test.file(), test.result()->Failed() ? 1 : 0,
+                 static_cast<long long>(test.result()->elapsed_time()));
+    for (std::size_t at = 0; at < kMost; ++at) {
+      const auto* next =
+          static_cast<unsigned char*>(std::memchr(halvoraReached + at, 1, kMost - at));
+      if (next == nullptr) break;
+      at = static_cast<std::size_t>(next - halvoraReached);
+      std::fprintf(reachedFile, "%zu ", at);
+    }
+    std::memset(halvoraReached, 0, kMost);
+    std::fputc('\n', reachedFile);
+    std::fflush(reachedFile);
+  }
+};
+
+}  // namespace
+
+// Before all other objects are made, some of which have mutants.
+__attribute__((constructor(101))) static void choose() {
+  if (const char* number = std::getenv("HALVORA_MUTANT")) halvoraMutant = std::atoi(number);
+  const char* path = std::getenv("HALVORA_REACHED");
+  if (path == nullptr) return;
+  // What a child process of a test reaches counts too.
+  void* shared = mmap(nullptr, kMost, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (shared == MAP_FAILED) std::abort();
+  halvoraReached = static_cast<unsigned char*>(shared);
+  reachedFile = std::fopen(path, "we");
+  if (reachedFile == nullptr) std::abort();
+}
+
+static const bool isListening = [] {
+  if (reachedFile != nullptr) testing::UnitTest::GetInstance()->listeners().Append(new Writer);
+  return true;
+}();
