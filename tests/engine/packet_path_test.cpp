@@ -243,6 +243,15 @@ TEST_F(PacketPath, OnlyListedKeysAreObeyed) {
             PacketFate::processed);
 }
 
+TEST_F(PacketPath, ANewListAllowsNothingOfTheOneBefore) {
+  allow({"300:1", "258:7"});
+  EXPECT_EQ(bench_.hear(numbered(1)), PacketFate::processed);
+  allow({"300:1"});
+  EXPECT_EQ(bench_.hear(numbered(2, 3)), PacketFate::notAllowed);
+  allow({"258:7"});
+  EXPECT_EQ(bench_.hear(numbered(3, 3)), PacketFate::processed);
+}
+
 TEST_F(PacketPath, TextsThatOnlyLookLikeTheKeyAllowNothing) {
   int sequence = 0;
   for (const char* text :

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/standard/due_queue.h"
+#include "tests/engine/allocation_count.h"
 
 namespace halvora {
 namespace {
@@ -106,6 +109,46 @@ TEST_F(DueQueueOrderTest, AnIdIsNotUsedAgain) {
   EXPECT_NE(first, second);
   queue.cancel(first);
   EXPECT_TRUE(queue.isPending(second));
+}
+
+// Most of them cancelled, in no order, so that the queue cleans up in between.
+TEST_F(DueQueueOrderTest, TheRestKeepsItsOrderAfterManyCancellations) {
+  constexpr int kTimers = 1009;
+  std::vector<int> times;
+  std::vector<TimerId> timers(kTimers);
+  const auto timeOf = [](int at) { return at * 389 % kTimers; };
+  for (int at = 0; at < kTimers; ++at) {
+    const int time = timeOf(at);
+    timers[static_cast<std::size_t>(at)] =
+        queue.schedule(milliseconds(time), {}, [&times, time] { times.push_back(time); });
+  }
+  std::vector<int> expected;
+  for (int at = 0; at < kTimers; ++at) {
+    if (at % 7 == 0) {
+      expected.push_back(timeOf(at));
+    } else {
+      queue.cancel(timers[static_cast<std::size_t>(at)]);
+    }
+  }
+  std::sort(expected.begin(), expected.end());
+  runAt(milliseconds(kTimers));
+  EXPECT_EQ(times, expected);
+}
+
+TEST_F(DueQueueOrderTest, CancelledOnesTakeNoMoreRoomThanThereWasOnce) {
+  if (!countsAllocations()) GTEST_SKIP() << "this build does not count";
+  const auto scheduleAndCancel = [this] {
+    for (int at = 0; at < 1000; ++at) {
+      queue.cancel(queue.schedule(milliseconds(1000 + at), {}, [] {}));
+    }
+  };
+  queue.schedule(milliseconds(5000), {}, note('a'));
+  scheduleAndCancel();
+  const AllocationCount count;
+  for (int turn = 0; turn < 10; ++turn) scheduleAndCancel();
+  EXPECT_EQ(count.allocations(), 0);
+  runAt(milliseconds(5000));
+  EXPECT_EQ(ran, "a");
 }
 
 // What a task holds may cancel timers while the task itself is being cancelled.

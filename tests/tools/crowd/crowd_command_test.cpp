@@ -284,6 +284,26 @@ TEST_F(CrowdRoom, CountsTheFlashesOfAPhoneAndOfTheCrowd) {
   EXPECT_EQ(report(start + packet(2, colour(1, 255)))["flashes"]["crowd"]["general"].GetInt(), 0);
 }
 
+TEST_F(CrowdRoom, WhatIsAsBlueAsItIsRedIsNoRedFlash) {
+  std::string show = start;
+  for (std::uint16_t at = 0; at < 40; ++at) {
+    Broadcast purple = colour(static_cast<std::uint16_t>(at + 1), at % 2 == 0 ? 255 : 0);
+    purple.blue = purple.red;
+    show += packet(3 + at * 0.1, purple);
+  }
+  const auto json = report(show);
+  for (const char* whose : {"phone", "crowd"}) {
+    EXPECT_EQ(json["flashes"][whose]["red"].GetInt(), 0) << whose;
+    EXPECT_EQ(json["flashes"][whose]["general"].GetInt(), 5) << whose;
+  }
+}
+
+TEST_F(CrowdRoom, ASinglePhoneIsComparedWithTheVideoToo) {
+  const auto json = report(mapShow(), {"--phones", "1"});
+  EXPECT_GT(number(json, "pixelMap", "frames"), 30);
+  EXPECT_EQ(number(json, "pixelMap", "exact"), number(json, "pixelMap", "frames"));
+}
+
 TEST_F(CrowdRoom, ASeatOfTheScenarioIsNobodysHere) {
   const std::string seat =
       "{\"at\": 0, \"defaults\": {\"selectedSection\": null, \"xPos\": \"2\", \"yPos\": \"1\"}}\n";

@@ -197,6 +197,51 @@ TEST_F(CrowdOutputRoom, ANewFolderWithoutPicturesGoesAgain) {
   EXPECT_TRUE(fs::exists(at("old")));
 }
 
+// Of 60 frames 24 are taken, the first one of each 2.5.
+TEST_F(CrowdOutputRoom, ASheetTakesItsPicturesEvenlyAndLaysThemOutInRows) {
+  static Image sheet;
+  constexpr int kWidth = 3;
+  constexpr int kHeight = 2;
+  const auto output = makeCrowdOutput(at("sheet.png"), {kWidth, kHeight, 30, 60},
+                                      {&movies, [](const Image& image) {
+                                         sheet = image;
+                                         return std::string("a picture");
+                                       }});
+  ASSERT_NE(output, nullptr);
+  std::vector<std::uint8_t> rgb(kWidth * kHeight * 3);
+  std::vector<int> taken;
+  for (int number = 0; number < 61; ++number) {
+    if (output->wantsNext()) taken.push_back(number);
+    for (std::size_t byte = 0; byte < rgb.size(); ++byte) {
+      rgb[byte] = static_cast<std::uint8_t>(100 + number + static_cast<int>(byte) * 5);
+    }
+    EXPECT_TRUE(output->add(rgb));
+  }
+  EXPECT_TRUE(output->finish());
+  EXPECT_THAT(taken, ElementsAre(0, 2, 5, 7, 10, 12, 15, 17, 20, 22, 25, 27, 30, 32, 35, 37, 40, 42,
+                                 45, 47, 50, 52, 55, 57));
+  // Four columns and six rows, 6 pixels around each.
+  ASSERT_EQ(sheet.width, 6 + 4 * (3 + 6));
+  ASSERT_EQ(sheet.height, 6 + 6 * (2 + 6));
+  ASSERT_EQ(sheet.rgba.size(), std::size_t{sheet.width} * sheet.height * 4);
+  for (int y = 0; y < static_cast<int>(sheet.height); ++y) {
+    for (int x = 0; x < static_cast<int>(sheet.width); ++x) {
+      const int column = x % 9 - 6;
+      const int row = y % 8 - 6;
+      const bool isOfATile = column >= 0 && row >= 0;
+      const std::size_t tile = static_cast<std::size_t>(y / 8 * 4 + x / 9);
+      for (int channel = 0; channel < 3; ++channel) {
+        const int byte = (row * kWidth + column) * 3 + channel;
+        const int expected = isOfATile ? (100 + taken[tile] + byte * 5) % 256 : 40;
+        const auto pixel = static_cast<std::size_t>(y * static_cast<int>(sheet.width) + x);
+        ASSERT_EQ(sheet.rgba[pixel * 4 + static_cast<std::size_t>(channel)], expected)
+            << x << ", " << y;
+        ASSERT_EQ(sheet.rgba[pixel * 4 + 3], 255);
+      }
+    }
+  }
+}
+
 TEST_F(CrowdOutputRoom, ASheetWithoutPicturesIsNone) {
   auto output = make("sheet.png");
   ASSERT_NE(output, nullptr);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/crowd/crowd_picture.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -112,6 +114,80 @@ TEST(CrowdPicture, SeatsDrawnOneByOneMakeTheSamePicture) {
                                std::uint32_t{rgb[at * 3 + 1]} << 8 | rgb[at * 3 + 2];
     ASSERT_EQ(words[at], word) << at;
   }
+}
+
+// The same picture, worked out pixel by pixel.
+TEST(CrowdPicture, EveryPixelIsMixedAsFarAsItsSeatCoversIt) {
+  constexpr int kWidth = 34;
+  constexpr int kHeight = 20;
+  const std::vector<CrowdDisc> discs = {
+      {10.3, 8.6, 5.2, false}, {14.9, 9.2, 4.4, false}, {25.5, 9.5, 4, true}, {1, 18, 3, false}};
+  const std::vector<CrowdLight> lights = {lightOf(255, 100, 3), lightOf(0, 0, 0, true),
+                                          lightOf(7, 200, 90, true), lightOf(1, 2, 250)};
+  const CrowdPicture picture(std::span<const CrowdDisc>(discs), kWidth, kHeight);
+  std::vector<std::uint8_t> rgb(kWidth * kHeight * 3);
+  picture.draw(lights, rgb);
+  int mixed = 0;
+  for (int y = 0; y < kHeight; ++y) {
+    for (int x = 0; x < kWidth; ++x) {
+      long most = 0;
+      Rgb expected{12, 13, 16};
+      for (std::size_t at = 0; at < discs.size(); ++at) {
+        const double across = std::abs(x + 0.5 - discs[at].x);
+        const double down = std::abs(y + 0.5 - discs[at].y);
+        const double distance =
+            discs[at].isSquare ? std::max(across, down) : std::sqrt(across * across + down * down);
+        const double within = discs[at].radius + 0.5 - distance;
+        const double share = discs[at].isSquare ? (within < 0 ? 0 : 1) : std::clamp(within, 0., 1.);
+        const long cover = std::lround(share * 255);
+        if (cover <= most) continue;
+        most = cover;
+        mixed += cover < 255 ? 1 : 0;
+        const bool isTorch = lights[at].isTorchOn && distance <= discs[at].radius * 0.45;
+        const Rgb hall{12, 13, 16};
+        const Rgb light{lights[at].red, lights[at].green, lights[at].blue};
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+          const long front = isTorch ? 255 : 26 + light[channel] * 229 / 255;
+          expected[channel] =
+              static_cast<int>((hall[channel] * (255 - cover) + front * cover + 127) / 255);
+        }
+      }
+      const auto first = static_cast<std::size_t>(y * kWidth + x) * 3;
+      EXPECT_EQ((Rgb{rgb[first], rgb[first + 1], rgb[first + 2]}), expected) << x << ", " << y;
+    }
+  }
+  EXPECT_GT(mixed, 30);
+}
+
+// A picture with room for 12 by 20 beside its margins, for 3 by 4 of the map: 4 a step, in the
+// middle.
+TEST(CrowdDiscs, LieWhereTheirSeatsAreAndReachHalfWayToTheNext) {
+  const std::vector<CrowdSeat> seats = {
+      {{100, 50}, "A", false}, {{102, 50}, "A", false}, {{100, 53}, "Standing", true}};
+  const std::vector<CrowdDisc> discs = discsOf(seats, 36, 44);
+  ASSERT_EQ(discs.size(), 3);
+  const double expected[3][3] = {{14, 16, 3.68}, {22, 16, 3.68}, {14, 28, 6}};
+  for (std::size_t at = 0; at < 3; ++at) {
+    EXPECT_DOUBLE_EQ(discs[at].x, expected[at][0]);
+    EXPECT_DOUBLE_EQ(discs[at].y, expected[at][1]);
+    EXPECT_DOUBLE_EQ(discs[at].radius, expected[at][2]);
+    EXPECT_EQ(discs[at].isSquare, at == 2);
+  }
+  const std::vector<CrowdSeat> turned = {
+      {{50, 100}, "A", false}, {{50, 102}, "A", false}, {{53, 100}, "A", false}};
+  const std::vector<CrowdDisc> high = discsOf(turned, 44, 36);
+  EXPECT_DOUBLE_EQ(high[1].x, 16);
+  EXPECT_DOUBLE_EQ(high[1].y, 22);
+  EXPECT_DOUBLE_EQ(high[2].radius, 3.68) << "no seat is drawn larger than most are";
+}
+
+TEST(CrowdDiscs, AreNeitherTooSmallToBeSeenNorTooLarge) {
+  const std::vector<CrowdSeat> far = {
+      {{0, 0}, "A", false}, {{1, 0}, "A", false}, {{5000, 0}, "A", false}};
+  EXPECT_DOUBLE_EQ(discsOf(far, 36, 36)[0].radius, 0.6);
+  const std::vector<CrowdSeat> alone = {{{3, 3}, "A", false}};
+  EXPECT_DOUBLE_EQ(discsOf(alone, 1000, 1000)[0].radius, 14);
+  EXPECT_DOUBLE_EQ(discsOf(alone, 44, 44)[0].radius, 9.2) << "half of all the room there is";
 }
 
 TEST(CrowdPicture, DiscsMayLieBeyondTheEdges) {

@@ -90,6 +90,15 @@ TEST(FrameCounts, TheWorstPhoneIsTheSameInWhateverOrderTheyAreAdded) {
   EXPECT_EQ(forwards.squaredError, 19);
 }
 
+TEST(FrameCounts, AFrameInWhichNothingWasComparedHasNoWorstPhone) {
+  FrameCounts counts = compared(5, 0);
+  counts.add({});
+  EXPECT_EQ(counts.worstPhone, 5);
+  FrameCounts first;
+  first.add(compared(5, 0));
+  EXPECT_EQ(first.worstPhone, 5);
+}
+
 TEST(Psnr, IsThatOfEightBitLevels) {
   EXPECT_EQ(psnr(0, 300), std::nullopt);
   EXPECT_NEAR(*psnr(255 * 255, 1), 0, 1e-9);

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Small shows of which every number that a crowd reports is known.
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <regex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -37,18 +40,12 @@ struct CrowdShow : testing::Test {
 
   /// The report but for its last line, which says how fast it was.
   std::string report(const std::string& show, const Words& options) {
-    Words words{"crowd",
-                "--assets",
-                folder.path().string(),
-                "--venue",
-                "7",
-                "--scenario",
-                folder.write("show.jsonl", show),
-                "--out",
-                (folder.path() / "sheet.png").string(),
-                "--size",
+    const bool hasOut = std::find(options.begin(), options.end(), "--out") != options.end();
+    Words words{"crowd", "--assets",   folder.path().string(),           "--venue",
+                "7",     "--scenario", folder.write("show.jsonl", show), "--size",
                 "64x32"};
     words.insert(words.end(), options.begin(), options.end());
+    if (!hasOut) words.insert(words.end(), {"--out", (folder.path() / "sheet.png").string()});
     const ToolRun run = runTool(words);
     EXPECT_EQ(run.status, 0) << run.error;
     return std::regex_replace(run.output, std::regex(",\n  \"simulatedSecondsPerSecond.*\n"), "\n");
@@ -129,6 +126,33 @@ TEST_F(CrowdShow, ALookThatReachesThePhonesOneAfterTheOther) {
   "mostTorches": 0
 }
 )");
+}
+
+// What each of the four shows at some times of the fade and after it, from the pictures.
+TEST_F(CrowdShow, EachPictureIsOfItsOwnTimeAndEachPlaceOfItsOwnPhone) {
+  std::string show = "{\"at\": 0, \"start\": true}\n";
+  show += packet(1500, from(1, plainLook(1, 255)));
+  show += packet(1850, from(3, plainLook(1, 255)));
+  show += packet(3000, from(3, plainLook(2, 0, 255)));
+  const std::string frames = (folder.path() / "frames").string();
+  report(show, {"--reach", "1@0,0,1", "--fps", "10", "--until", "5", "--out", frames});
+  const auto greatest = [&](int frame, std::size_t channel) {
+    const std::string bytes =
+        contentsOf(frames + "/frame-" + std::to_string(1'000'000 + frame).substr(1) + ".png");
+    const std::size_t head = std::string_view("P6 64 32 255\n").size();
+    std::vector<int> levels;
+    // The middles of the four places, 10 pixels apart.
+    for (const std::size_t column : {17U, 27U, 37U, 47U}) {
+      levels.push_back(static_cast<unsigned char>(bytes[head + (16 * 64 + column) * 3 + channel]));
+    }
+    return levels;
+  };
+  EXPECT_THAT(greatest(15, 0), testing::ElementsAre(26, 26, 26, 26));
+  EXPECT_THAT(greatest(24, 0), testing::ElementsAre(230, 230, 122, 122));
+  EXPECT_THAT(greatest(30, 0), testing::ElementsAre(255, 255, 255, 255));
+  EXPECT_THAT(greatest(30, 1), testing::ElementsAre(26, 26, 26, 26));
+  EXPECT_THAT(greatest(31, 0), testing::ElementsAre(26, 26, 26, 26));
+  EXPECT_THAT(greatest(31, 1), testing::ElementsAre(255, 255, 255, 255));
 }
 
 // The chances of seed 5: the second phone goes at 1.49 s, before the show; the third at 6.14 s; the

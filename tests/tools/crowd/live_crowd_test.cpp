@@ -2,6 +2,7 @@
 #include "tools/halvora/crowd/live_crowd.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <vector>
 
@@ -57,6 +58,33 @@ TEST_F(LiveCrowdRoom, AllPhonesShowWhatTheyHear) {
   pass(milliseconds(1500));
   EXPECT_THAT(changed(), UnorderedElementsAre(0, 1, 2, 3));
   EXPECT_THAT(crowd.lights(), Each(lightOf(255, 0, 128)));
+}
+
+TEST_F(LiveCrowdRoom, ALightIsWhatTheScreenLetsThrough) {
+  Broadcast look = plainLook(1, 255, 100, 20);
+  look.master = 102;
+  send(look);
+  pass(milliseconds(500));
+  const double fade = crowd.phone(0).views().shownAlpha(ViewId::container);
+  EXPECT_GT(fade, 0.1);
+  EXPECT_LT(fade, 0.9);
+  const auto shown = [&](double level) {
+    return static_cast<int>(std::lround(level * 0.4 * fade));
+  };
+  EXPECT_EQ(crowd.phone(0).light(), lightOf(shown(255), shown(100), shown(20)));
+  pass(milliseconds(1000));
+  EXPECT_EQ(crowd.phone(0).light(), lightOf(102, 40, 8));
+}
+
+TEST_F(LiveCrowdRoom, APhoneThatHasLeftShowsNothing) {
+  Broadcast look = plainLook(1, 255);
+  look.ledMode = 1;
+  send(look);
+  pass(milliseconds(1500));
+  EXPECT_TRUE(crowd.phone(0).light().isTorchOn);
+  crowd.phone(0).leave();
+  EXPECT_EQ(crowd.phone(0).light(), CrowdLight{});
+  EXPECT_NE(crowd.phone(1).light(), CrowdLight{});
 }
 
 TEST_F(LiveCrowdRoom, SaysOnceThatALightMayHaveChanged) {
