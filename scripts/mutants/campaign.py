@@ -3,6 +3,7 @@
 
 import hashlib
 import json
+import os
 import sys
 import time
 from pathlib import Path
@@ -14,8 +15,8 @@ from program import HERE, ROOT, WORK, Trouble  # noqa: F401
 EQUIVALENT = HERE / "equivalent.txt"
 NOTICED = ("killed", "endless")
 # Milliseconds of tests that a mutant gets at most, as they were measured.
-LONGEST = 30_000
-ALONE = WORK / "halvora_alone"
+LONGEST = 6_000
+ALONE = WORK / f"halvora_alone-{os.getpid()}"
 
 
 def equivalents():
@@ -153,13 +154,21 @@ class Campaign:
         """Of a folder's mutants, by verdict; as many as the sample asks for."""
         found = {"killed": [], "endless": [], "survived": [], "unreached": [], "equivalent": []}
         most = len(mutants) if self.arguments.all else self.arguments.sample
+        verdicts = []
         for mutant in mutants:
-            if sum(map(len, found.values())) - len(found["equivalent"]) >= most:
+            if len(verdicts) == most:
                 break
             verdict = self.verdict(mutant)
-            if verdict not in (None, "stillborn"):
-                is_equal = verdict not in NOTICED and place_of(mutant) in self.equivalents
-                found["equivalent" if is_equal else verdict].append(mutant)
+            if verdict not in NOTICED and place_of(mutant) in self.equivalents:
+                found["equivalent"].append(mutant)
+            elif verdict != "stillborn":
+                verdicts.append((verdict, mutant))
+        # What no test reaches is known at once: of a campaign cut short it would be too many.
+        while verdicts and verdicts[-1][0] in (None, "unreached"):
+            verdicts.pop()
+        for verdict, mutant in verdicts:
+            if verdict is not None:
+                found[verdict].append(mutant)
         return found
 
     def try_all(self):
@@ -198,7 +207,7 @@ class Campaign:
         if test_program is None:
             entry["status"] = "stillborn"
         else:
-            status, killer = self.run_tests(test_program, mutant, tests)
+            status, killer = self.run_tests(test_program, mutant, list(tests))
             entry |= {"status": status, "killer": killer}
             if killer not in self.tests.file:
                 killer = entry["killer"] = None
@@ -212,20 +221,21 @@ class Campaign:
 
     def run_tests(self, test_program, mutant, tests):
         """A few first: most mutants end there."""
+        most = 5
         while tests:
             batch, cost = [], 0
-            most = 5 if not tests_done(tests, self.reaching(mutant)) else len(tests)
             while tests and len(batch) < most:
                 batch.append(tests.pop(0))
                 cost += self.tests.milliseconds[batch[-1]]
             status, killer = program.notice(test_program, mutant.number, batch, cost)
             if status != "survived":
                 return status, killer
+            most = len(tests)
         return "survived", None
 
     def alone(self, source, mutant):
         """A program whose one source was compiled with this mutant and no other."""
-        output = WORK / "alone.o"
+        output = ALONE.with_suffix(".o")
         text = operators.edited(source.text, mutant.single)
         if source.compiled(text, output) is not None:
             return None
@@ -262,10 +272,6 @@ class Campaign:
         print(f"{count} survivors")
 
 
-def tests_done(rest, everything):
-    return len(rest) < len(everything)
-
-
 def is_of_the_file(source, mutant):
     """In what is made before any test begins."""
     text = operators.top_items(source.text)
@@ -293,5 +299,9 @@ def run(arguments):
         campaign.list_survivors()
         return 0
     if not arguments.summary:
-        campaign.try_all()
+        try:
+            campaign.try_all()
+        finally:
+            for left in (ALONE, ALONE.with_suffix(".o")):
+                left.unlink(missing_ok=True)
     return 0 if campaign.summary() else 1

@@ -5,6 +5,7 @@ It reads tokens, not C++: the tree's formatter sets binary operators apart from 
 and signs by their spaces. What is taken for a place and is none does not compile, and is left out.
 """
 
+import bisect
 import re
 from dataclasses import dataclass, field
 
@@ -110,8 +111,17 @@ class Source:
         item = self.item_of(offset)
         if item is not None and "constexpr" in item[2] and ")" not in item[2].split("=")[0]:
             return True
-        begin = max(self.code.rfind(sign, 0, offset) for sign in ";}")
-        return re.match(r"[;}\s{]*(static |inline )*constexpr\b", self.code[begin:offset]) is not None
+        at = bisect.bisect_left(self.tokens, (offset,)) - 1
+        while at >= 0:
+            word = self.word(at)
+            if word in CLOSING:
+                at = self.partner.get(at, 0)
+            elif word == ";" or (word == "{" and self.word(at - 1) in (")", "const", "else", "do")):
+                return False
+            elif word == "constexpr" and self.word(at - 1) != "if":
+                return True
+            at -= 1
+        return False
 
 
 def blanked(match):

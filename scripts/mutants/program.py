@@ -5,6 +5,7 @@ import functools
 import hashlib
 import json
 import os
+import pickle
 import re
 import resource
 import shlex
@@ -84,12 +85,25 @@ class Prepared:
         self.digest = digest(self.text)
         self.kept = WORK / "prepared" / (path + ".json")
         self.object = WORK / "prepared" / (path + ".o")
-        self.mutants = operators.find(path, self.text)
+        self.mutants = self.found()
         if len(self.mutants) >= operators.STEP:
             raise Trouble(f"{path} has too many places")
         for at, mutant in enumerate(self.mutants):
             mutant.number = base + at + 1
         self.how, self.passes = {}, 0
+
+    def found(self):
+        """The mutants, as they were found before where neither the source nor the finder changed."""
+        file = WORK / "found" / (self.path + ".pickle")
+        key = digest(self.text, digest_of(operators.__file__))
+        if file.exists():
+            known, mutants = pickle.loads(file.read_bytes())
+            if known == key:
+                return mutants
+        mutants = operators.find(self.path, self.text)
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_bytes(pickle.dumps((key, mutants)))
+        return mutants
 
     def compile(self):
         everything = [m for m in self.mutants if not m.is_fixed]
@@ -342,7 +356,7 @@ def notice(program, number, names, milliseconds):
                 preexec_fn=limits(seconds),
                 env=environment(scratch / "in") | {"HALVORA_MUTANT": str(number)})  # fmt: skip
             try:
-                status = process.wait(timeout=15 + 8 * seconds)
+                status = process.wait(timeout=10 + 3 * seconds)
             except subprocess.TimeoutExpired:
                 status = None
             finally:
