@@ -16,8 +16,10 @@ class SerialQueue {
  public:
   virtual ~SerialQueue() = default;
   virtual const std::string& label() const = 0;
-  /// Runs `task` off the main thread, after every task dispatched to this queue before it.
-  virtual void dispatch(Task task) = 0;
+  /// Runs `task` off the main thread, after every task dispatched to this queue before it. False,
+  /// and the task is gone without having run, where there is no thread or memory for it. What a
+  /// task throws is lost: whoever must know of a failure catches it within the task.
+  virtual bool dispatch(Task task) = 0;
 };
 
 class SerialQueues {

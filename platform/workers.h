@@ -3,11 +3,20 @@
 // stretches. Any thread but the main one.
 #pragma once
 
+#include <cstdint>
 #include <span>
 
 #include "platform/task.h"
 
 namespace halvora {
+
+enum class WorkEnd : std::uint8_t {
+  done,
+  /// There were no threads, or no memory for them: no task has begun.
+  notBegun,
+  /// A task threw; as a rule memory was short.
+  failed,
+};
 
 class Workers {
  public:
@@ -17,8 +26,31 @@ class Workers {
   /// Whether the tasks of one `run` go on side by side, so that one may wait for another. Where
   /// they do not, they run one after the other in their order.
   virtual bool areParallel() const = 0;
-  /// Runs every task and returns when all have ended.
-  virtual void run(std::span<Task> tasks) = 0;
+  /// Runs every task and returns when all have ended. A task that throws has ended; the others go
+  /// on.
+  virtual WorkEnd run(std::span<Task> tasks) = 0;
 };
+
+/// Whether the task came to its end without throwing.
+inline bool ranToItsEnd(Task& task) noexcept {
+  try {
+    task();
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+/// For tasks of which none waits for another: where there are no threads, the caller's own does
+/// them one after the other. Never `notBegun`.
+inline WorkEnd runAnyway(Workers& workers, std::span<Task> tasks) {
+  WorkEnd end = workers.run(tasks);
+  if (end != WorkEnd::notBegun) return end;
+  end = WorkEnd::done;
+  for (Task& task : tasks) {
+    if (!ranToItsEnd(task)) end = WorkEnd::failed;
+  }
+  return end;
+}
 
 }  // namespace halvora

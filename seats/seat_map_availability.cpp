@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "seats/seat_map_availability.h"
 
+#include <atomic>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -30,9 +32,11 @@ class SeatMapAvailability::Loader {
     const bool isSame = path == path_ && file && file_ && file->size == file_->size &&
                         file->modifiedAt == file_->modifiedAt;
     if (isSame) return loaded_;
+    // Without a path until there is a result: what throws is to be read anew.
+    path_.clear();
+    loaded_ = file ? read(path) : LoadedSeatMap();
     path_ = std::move(path);
     file_ = file;
-    loaded_ = file ? read() : LoadedSeatMap();
     return loaded_;
   }
 
@@ -40,8 +44,8 @@ class SeatMapAvailability::Loader {
   std::string mapPath(std::int64_t venueId) const {
     return folder_ + "/HVAssets/Maps/Venue-" + std::to_string(venueId) + "/map.json";
   }
-  LoadedSeatMap read() const {
-    const std::optional<std::string> document = files_.read(path_, kLargestSeatMap);
+  LoadedSeatMap read(const std::string& path) const {
+    const std::optional<std::string> document = files_.read(path, kLargestSeatMap);
     if (!document) return {};
     return {std::make_shared<const SeatMap>(parseSeatMapSectionsFromJSON(*document, texts_, json_)),
             mapVersionInfoFromJSON(*document, json_)};
@@ -58,10 +62,15 @@ class SeatMapAvailability::Loader {
 };
 
 struct SeatMapAvailability::Job {
+  Job(const std::shared_ptr<Loader>& loader, SeatMapAvailability* its, std::int64_t venue)
+      : weak(loader), self(its), venueId(venue) {}
+
   std::weak_ptr<Loader> weak;
   SeatMapAvailability* self;
   std::int64_t venueId;
-  LoadedSeatMap result;
+  LoadedSeatMap result = {};
+  /// Memory was short for it, or for telling that it is there: nobody will be told any more.
+  std::atomic<bool> isLost{false};
 };
 
 SeatMapAvailability::SeatMapAvailability(const Platform& platform, std::function<void()> loaded)
@@ -83,18 +92,26 @@ void SeatMapAvailability::preloadSeatMapForVenueId(std::int64_t venueId) {
   }
   const bool hasSections = isLoaded(venueId) && !loaded_.sections->isEmpty();
   // Asking at once for what has just come without sections would never end.
-  if (hasSections || seatMapLoadingVenueId_ == venueId || justLoadedVenueId_ == venueId) return;
+  const bool isComing = seatMapLoadingVenueId_ == venueId && !(job_ && job_->isLost);
+  if (hasSections || isComing || justLoadedVenueId_ == venueId) return;
   if (!seatMapParseQueue_) return;
-  seatMapLoadingVenueId_ = venueId;
-  auto job = std::make_unique<Job>(Job{loader_, this, venueId, {}});
-  seatMapParseQueue_->dispatch([job = std::move(job), &runLoop = platform_.runLoop]() mutable {
+  const auto job = std::make_shared<Job>(loader_, this, venueId);
+  const auto load = [job, &runLoop = platform_.runLoop] {
     const auto loader = job->weak.lock();
     if (!loader) return;
-    job->result = loader->loadSeatMapSectionsForVenueId(job->venueId);
-    runLoop.post([job = std::move(job)] {
-      if (!job->weak.expired()) job->self->loadEnded(*job);
-    });
-  });
+    try {
+      job->result = loader->loadSeatMapSectionsForVenueId(job->venueId);
+      runLoop.post([job] {
+        if (!job->weak.expired()) job->self->loadEnded(*job);
+      });
+    } catch (const std::bad_alloc&) {
+      job->isLost = true;
+    }
+  };
+  // Where it cannot begin, the next refresh asks again.
+  const bool isBegun = seatMapParseQueue_->dispatch(load);
+  seatMapLoadingVenueId_ = isBegun ? venueId : 0;
+  job_ = job;
 }
 
 void SeatMapAvailability::loadEnded(const Job& job) {

@@ -67,6 +67,8 @@ class SeatMapAvailability {
   std::int64_t justLoadedVenueId_ = 0;
   /// What background jobs may reach, and only through weak references.
   std::shared_ptr<Loader> loader_;
+  /// The load that was begun last.
+  std::shared_ptr<const Job> job_;
   std::unique_ptr<SerialQueue> seatMapParseQueue_;
 };
 

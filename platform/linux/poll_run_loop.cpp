@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <ctime>
+#include <new>
 #include <utility>
 
 #include <sys/eventfd.h>
@@ -134,7 +135,14 @@ void PollRunLoop::takePosted() {
     [[maybe_unused]] const auto size = read(postedSignal_, &count, sizeof count);
     posted.swap(posted_);
   }
-  for (Task& task : posted) soon(std::move(task));
+  for (Task& task : posted) {
+    try {
+      soon(std::move(task));
+    } catch (const std::bad_alloc&) {
+      // Rather at once than never.
+      task();
+    }
+  }
 }
 
 }  // namespace halvora

@@ -2,6 +2,7 @@
 #include "platform/qt/qt_run_loop.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace halvora {
@@ -36,13 +37,17 @@ TimerId QtRunLoop::every(Duration interval, Task&& task) {
 TimerId QtRunLoop::soon(Task&& task) { return schedule(now(), {}, std::move(task)); }
 
 void QtRunLoop::post(Task&& task) {
-  {
-    const std::lock_guard lock(postedMutex_);
-    posted_.push_back(std::move(task));
-    if (posted_.size() > 1) return;
+  const std::lock_guard lock(postedMutex_);
+  posted_.push_back(std::move(task));
+  if (posted_.size() > 1) return;
+  try {
+    QMetaObject::invokeMethod(
+        &timer_, [this] { takePosted(); }, Qt::QueuedConnection);
+  } catch (...) {
+    // Those that come later would wait for this one to be taken.
+    posted_.clear();
+    throw;
   }
-  QMetaObject::invokeMethod(
-      &timer_, [this] { takePosted(); }, Qt::QueuedConnection);
 }
 
 TimerId QtRunLoop::schedule(Duration time, Duration interval, Task&& task) {
@@ -51,13 +56,30 @@ TimerId QtRunLoop::schedule(Duration time, Duration interval, Task&& task) {
   return id;
 }
 
+// The library that calls lets no exception through: it would end the process.
+template <class Turn>
+void QtRunLoop::run(const Turn& turn) {
+  try {
+    turn();
+  } catch (const std::bad_alloc&) {
+    ++failedTurns_;
+  }
+}
+
 void QtRunLoop::takePosted() {
   std::vector<Task> posted;
   {
     const std::lock_guard lock(postedMutex_);
     posted.swap(posted_);
   }
-  for (Task& task : posted) soon(std::move(task));
+  for (Task& task : posted) {
+    try {
+      soon(std::move(task));
+    } catch (const std::bad_alloc&) {
+      // Rather at once than never.
+      run([&task] { task(); });
+    }
+  }
 }
 
 // Runs what was due when it was called; what that makes due in turn waits for the next call, so
@@ -66,7 +88,7 @@ void QtRunLoop::runDue() {
   waitedFor_.reset();
   const Duration end = now();
   for (auto time = queue_.earliest(); time && *time <= end; time = queue_.earliest()) {
-    queue_.runEarliest(now());
+    run([this] { queue_.runEarliest(now()); });
   }
   waitForEarliest();
 }

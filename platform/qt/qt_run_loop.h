@@ -7,6 +7,7 @@
 
 #include <QTimer>
 #include <chrono>
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -30,7 +31,12 @@ class QtRunLoop final : public RunLoop {
   bool isPending(TimerId timer) const override { return queue_.isPending(timer); }
   void post(Task&& task) override;
 
+  /// Turns that memory was short for, and that were left at that.
+  std::uint64_t failedTurns() const { return failedTurns_; }
+
  private:
+  template <class Turn>
+  void run(const Turn& turn);
   TimerId schedule(Duration time, Duration interval, Task&& task);
   void takePosted();
   void runDue();
@@ -43,6 +49,7 @@ class QtRunLoop final : public RunLoop {
   std::optional<Duration> waitedFor_;
   std::mutex postedMutex_;
   std::vector<Task> posted_;
+  std::uint64_t failedTurns_ = 0;
 };
 
 }  // namespace halvora

@@ -59,19 +59,24 @@ bool DueQueue::runEarliest(Duration now) {
   } else {
     release(due.slot);
   }
-  task();
-  Slot& slot = slots_[due.slot];
-  if (interval > Duration::zero() && slot.isPending && slot.generation == due.generation) {
-    slot.task = std::move(task);
+  const auto putBack = [&] {
+    Slot& slot = slots_[due.slot];
+    if (interval > Duration::zero() && slot.isPending && slot.generation == due.generation) {
+      slot.task = std::move(task);
+    }
+  };
+  try {
+    task();
+  } catch (...) {
+    putBack();
+    throw;
   }
+  putBack();
   return due.order >= kFirstOrder;
 }
 
 TimerId DueQueue::add(Duration time, Duration interval, std::uint64_t order, Task&& task) {
-  if (freeSlots_.empty()) {
-    freeSlots_.push_back(static_cast<std::uint32_t>(slots_.size()));
-    slots_.emplace_back();
-  }
+  makeRoom();
   const std::uint32_t index = freeSlots_.back();
   freeSlots_.pop_back();
   Slot& slot = slots_[index];
@@ -80,6 +85,19 @@ TimerId DueQueue::add(Duration time, Duration interval, std::uint64_t order, Tas
   slot.isPending = true;
   push({time, order, index, slot.generation});
   return idOf(index, slot.generation);
+}
+
+// For one more. Here is all that may throw: what runs, and what is cancelled, needs no memory.
+void DueQueue::makeRoom() {
+  if (queue_.size() == queue_.capacity())
+    queue_.reserve(std::max<std::size_t>(2 * queue_.size(), 8));
+  if (!freeSlots_.empty()) return;
+  if (slots_.size() == slots_.capacity())
+    slots_.reserve(std::max<std::size_t>(2 * slots_.size(), 8));
+  // Room for all of them to be free.
+  freeSlots_.reserve(slots_.capacity());
+  freeSlots_.push_back(static_cast<std::uint32_t>(slots_.size()));
+  slots_.emplace_back();
 }
 
 std::uint64_t DueQueue::nextOrder() { return kFirstOrder + lastOrder_++; }

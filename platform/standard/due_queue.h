@@ -17,7 +17,8 @@ namespace halvora {
 
 class DueQueue {
  public:
-  /// Runs at `time`, and with an `interval` above zero again and again.
+  /// Runs at `time`, and with an `interval` above zero again and again. Where it throws, because
+  /// memory is short, the task is still the caller's.
   TimerId schedule(Duration time, Duration interval, Task&& task);
   /// Comes before everything of that time that `schedule` was given, in ascending `order`.
   TimerId scheduleFirst(Duration time, std::uint64_t order, Task&& task);
@@ -28,7 +29,8 @@ class DueQueue {
   std::optional<Duration> earliest();
   /// Runs the next one, which there must be. A repeating one counts as scheduled now, and is due
   /// again at the first of its multiples after `now`: what a hiccup made it miss stays missed.
-  /// True if `schedule` was given it, and not `scheduleFirst`.
+  /// True if `schedule` was given it, and not `scheduleFirst`. Throws what the task does, which has
+  /// run then all the same.
   bool runEarliest(Duration now);
 
  private:
@@ -46,6 +48,7 @@ class DueQueue {
   };
 
   TimerId add(Duration time, Duration interval, std::uint64_t order, Task&& task);
+  void makeRoom();
   std::uint64_t nextOrder();
   const Slot* find(TimerId timer) const;
   bool isStale(const Due& due) const;

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -27,6 +28,8 @@ class FileDefaults::Saver {
       document = std::exchange(document_, std::nullopt);
     }
     if (!document) return;
+    // Until it is there: what throws has failed as well.
+    hasFailed_ = true;
     hasFailed_ = !files_.makeFolder(folder_) || !files_.replace(path_, *document);
   }
 
@@ -51,10 +54,14 @@ FileDefaults::FileDefaults(const std::string& path, const Needs& needs)
 
 FileDefaults::~FileDefaults() {
   saveTimer_.invalidate();
-  if (isChanged_ || saver_->hasFailed()) handOver();
-  // The queue waits for the job under way and forgets the others.
-  queue_.reset();
-  saver_->save();
+  try {
+    if (isChanged_ || saver_->hasFailed()) handOver();
+    // The queue waits for the job under way and forgets the others.
+    queue_.reset();
+    saver_->save();
+  } catch (const std::bad_alloc&) {
+    // The file stays as it was saved last.
+  }
 }
 
 // What a process left behind that died while it saved.
@@ -117,14 +124,16 @@ void FileDefaults::synchronize() {
   saveTimer_.invalidate();
   if (!isChanged_ && !saver_->hasFailed()) return;
   handOver();
-  queue_->dispatch([weak = std::weak_ptr<Saver>(saver_)] {
+  const bool isBegun = queue_->dispatch([weak = std::weak_ptr<Saver>(saver_)] {
     if (const auto saver = weak.lock()) saver->save();
   });
+  // Tried again after a while, as if it had just been set.
+  if (!isBegun) changed();
 }
 
 void FileDefaults::handOver() {
-  isChanged_ = false;
   saver_->give(defaultsDocument(values_));
+  isChanged_ = false;
 }
 
 }  // namespace halvora

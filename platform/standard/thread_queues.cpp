@@ -3,9 +3,12 @@
 
 #include <condition_variable>
 #include <deque>
+#include <exception>
 #include <mutex>
 #include <thread>
 #include <utility>
+
+#include "platform/workers.h"
 
 namespace halvora {
 
@@ -26,13 +29,17 @@ class ThreadQueue final : public SerialQueue {
 
   const std::string& label() const override { return label_; }
 
-  void dispatch(Task task) override {
-    {
+  bool dispatch(Task task) override {
+    try {
       const std::lock_guard lock(mutex_);
-      tasks_.push_back(std::move(task));
+      // First, so that there is nothing to take back: without a thread nothing is waiting.
       if (!worker_.joinable()) worker_ = std::thread([this] { work(); });
+      tasks_.push_back(std::move(task));
+    } catch (const std::exception&) {
+      return false;
     }
     changed_.notify_one();
+    return true;
   }
 
  private:
@@ -46,7 +53,8 @@ class ThreadQueue final : public SerialQueue {
         task = std::move(tasks_.front());
         tasks_.pop_front();
       }
-      task();
+      // Its own failures are the task's to catch; here they must not end the process.
+      static_cast<void>(ranToItsEnd(task));
     }
   }
 

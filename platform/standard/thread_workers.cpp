@@ -2,8 +2,9 @@
 #include "platform/standard/thread_workers.h"
 
 #include <algorithm>
-#include <future>
-#include <system_error>
+#include <atomic>
+#include <exception>
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -13,26 +14,30 @@ ThreadWorkers::ThreadWorkers(int count)
     : count_(std::clamp(count > 0 ? count : static_cast<int>(std::thread::hardware_concurrency()),
                         1, kMost)) {}
 
-void ThreadWorkers::run(std::span<Task> tasks) {
-  if (tasks.empty()) return;
+WorkEnd ThreadWorkers::run(std::span<Task> tasks) {
+  if (tasks.empty()) return WorkEnd::done;
   // One may wait for another, so none begins before all have their thread.
-  std::promise<bool> start;
-  const std::shared_future<bool> mayBegin = start.get_future().share();
+  enum Start { waiting, refused, given };
+  std::atomic<Start> start = waiting;
+  std::atomic<bool> hasFailed = false;
+  const auto work = [&start, &hasFailed](Task& task) {
+    start.wait(waiting);
+    if (start == given && !ranToItsEnd(task)) hasFailed = true;
+  };
   std::vector<std::thread> threads;
-  threads.reserve(tasks.size() - 1);
-  bool areThere = true;
+  Start answer = given;
   try {
-    for (Task& task : tasks.subspan(1)) {
-      threads.emplace_back([mayBegin, &task] {
-        if (mayBegin.get()) task();
-      });
-    }
-  } catch (const std::system_error&) {
-    areThere = false;
+    threads.reserve(tasks.size() - 1);
+    for (Task& task : tasks.subspan(1)) threads.emplace_back(work, std::ref(task));
+  } catch (const std::exception&) {
+    answer = refused;
   }
-  start.set_value(areThere);
-  if (areThere) tasks.front()();
+  start = answer;
+  start.notify_all();
+  work(tasks.front());
   for (std::thread& thread : threads) thread.join();
+  if (answer == refused) return WorkEnd::notBegun;
+  return hasFailed ? WorkEnd::failed : WorkEnd::done;
 }
 
 }  // namespace halvora

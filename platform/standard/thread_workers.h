@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Workers on threads of their own, which live as long as one run. Where the system has no threads
-// to give, no task of a run is done. Any thread.
+// Workers on threads of their own, which live as long as one run. Any thread.
 #pragma once
 
 #include "platform/workers.h"
@@ -16,7 +15,7 @@ class ThreadWorkers final : public Workers {
   explicit ThreadWorkers(int count = 0);
   int count() const override { return count_; }
   bool areParallel() const override { return true; }
-  void run(std::span<Task> tasks) override;
+  WorkEnd run(std::span<Task> tasks) override;
 
  private:
   int count_;

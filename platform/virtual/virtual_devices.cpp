@@ -20,7 +20,10 @@ class VirtualQueue final : public SerialQueue {
  public:
   VirtualQueue(VirtualRunLoop& loop, const std::string& label) : loop_(loop), label_(label) {}
   const std::string& label() const override { return label_; }
-  void dispatch(Task task) override { loop_.runInBackground(std::move(task)); }
+  bool dispatch(Task task) override {
+    loop_.runInBackground(std::move(task));
+    return true;
+  }
 
  private:
   VirtualRunLoop& loop_;

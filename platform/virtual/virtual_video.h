@@ -68,8 +68,12 @@ class InlineWorkers final : public Workers {
  public:
   int count() const override { return 1; }
   bool areParallel() const override { return false; }
-  void run(std::span<Task> tasks) override {
-    for (Task& task : tasks) task();
+  WorkEnd run(std::span<Task> tasks) override {
+    WorkEnd end = WorkEnd::done;
+    for (Task& task : tasks) {
+      if (!ranToItsEnd(task)) end = WorkEnd::failed;
+    }
+    return end;
   }
 };
 

@@ -16,7 +16,10 @@ class StepQueue final : public SerialQueue {
  public:
   explicit StepQueue(std::string label = "queue") : label_(std::move(label)) {}
   const std::string& label() const override { return label_; }
-  void dispatch(Task task) override { tasks_.push_back(std::move(task)); }
+  bool dispatch(Task task) override {
+    if (!isRefusing) tasks_.push_back(std::move(task));
+    return !isRefusing;
+  }
 
   std::size_t waiting() const { return tasks_.size(); }
   /// Runs the oldest task, if there is one.
@@ -30,6 +33,9 @@ class StepQueue final : public SerialQueue {
   void runAll() {
     while (!tasks_.empty()) runNext();
   }
+
+  /// As a queue does that can have no thread.
+  bool isRefusing = false;
 
  private:
   std::string label_;

@@ -2,6 +2,7 @@
 #include "platform/standard/due_queue.h"
 
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -76,6 +77,27 @@ TEST_F(DueQueueTest, ACancelledTaskMayCancelAnotherAsItGoes) {
   queue_.cancel(first);
   EXPECT_EQ(queue_.earliest(), std::nullopt);
   EXPECT_EQ(runAt(10), "");
+}
+
+TEST_F(DueQueueTest, ATaskThatThrowsHasRunAndComesAgainIfItRepeats) {
+  int runs = 0;
+  queue_.schedule(milliseconds(1), milliseconds(1), [&runs] {
+    if (++runs % 2 == 1) throw std::bad_alloc();
+  });
+  queue_.schedule(milliseconds(2), {}, [] { throw std::bad_alloc(); });
+  queue_.schedule(milliseconds(3), {}, noting("b"));
+  int failures = 0;
+  for (int step = 0; step < 5; ++step) {
+    const Duration now = *queue_.earliest();
+    try {
+      queue_.runEarliest(now);
+    } catch (const std::bad_alloc&) {
+      ++failures;
+    }
+  }
+  EXPECT_EQ(runs, 3) << "at 1, 2 and 3 ms";
+  EXPECT_EQ(failures, 3);
+  EXPECT_EQ(names_, "b");
 }
 
 }  // namespace

@@ -4,11 +4,15 @@
 #include <atomic>
 #include <future>
 #include <memory>
+#include <new>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "tests/support/no_threads.h"
 
 namespace halvora {
 namespace {
@@ -134,6 +138,48 @@ TEST(ThreadsQueue, DestructionWaitsForTheTaskUnderWay) {
     begun.get_future().wait();
   }
   EXPECT_TRUE(ended);
+}
+
+TEST(ThreadsQueue, TaskThatThrowsEndsNoOther) {
+  const auto queue = ThreadQueues().make("queue");
+  int ended = 0;
+  EXPECT_TRUE(queue->dispatch([] { throw std::bad_alloc(); }));
+  EXPECT_TRUE(queue->dispatch([&ended] { ++ended; }));
+  EXPECT_TRUE(queue->dispatch([] { throw std::runtime_error("nobody hears this"); }));
+  EXPECT_TRUE(queue->dispatch([&ended] { ++ended; }));
+  waitFor(*queue);
+  EXPECT_EQ(ended, 2);
+}
+
+TEST(ThreadsQueue, WithoutAThreadATaskIsRefusedAndGone) {
+  const auto queue = ThreadQueues().make("queue");
+  const auto token = std::make_shared<int>();
+  std::atomic<int> ended{0};
+  {
+    const NoThreads none;
+    EXPECT_FALSE(queue->dispatch([&ended, token] { ++ended; }));
+    EXPECT_FALSE(queue->dispatch([&ended, token] { ++ended; }));
+    EXPECT_EQ(token.use_count(), 1);
+  }
+  EXPECT_TRUE(queue->dispatch([&ended, token] { ended += 10; })) << "and taken once there is one";
+  waitFor(*queue);
+  EXPECT_EQ(ended, 10);
+}
+
+TEST(ThreadsQueue, AQueueThatHasItsThreadNeedsNoOther) {
+  const auto queue = ThreadQueues().make("queue");
+  waitFor(*queue);
+  const NoThreads none;
+  bool hasEnded = false;
+  EXPECT_TRUE(queue->dispatch([&hasEnded] { hasEnded = true; }));
+  waitFor(*queue);
+  EXPECT_TRUE(hasEnded);
+}
+
+TEST(ThreadsQueue, AQueueThatNeverHadAThreadGoesQuietly) {
+  const auto queue = ThreadQueues().make("queue");
+  const NoThreads none;
+  EXPECT_FALSE(queue->dispatch([] {}));
 }
 
 }  // namespace

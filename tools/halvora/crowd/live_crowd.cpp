@@ -20,7 +20,10 @@ class LoopQueue final : public SerialQueue {
  public:
   LoopQueue(RunLoop& loop, std::string_view label) : loop_(loop), label_(label) {}
   const std::string& label() const override { return label_; }
-  void dispatch(Task task) override { loop_.post(std::move(task)); }
+  bool dispatch(Task task) override {
+    loop_.post(std::move(task));
+    return true;
+  }
 
  private:
   RunLoop& loop_;
