@@ -2,7 +2,8 @@
 // Video files as a need: the frames of a file's first video track, one after the other or by their
 // time. An asset, its readers and its generators are each used by one thread at a time; different
 // ones of one asset may be used side by side, and must go before it. Opening is allowed on any
-// thread.
+// thread. Where memory is short, all of it throws std::bad_alloc, so that nobody takes that for a
+// fault of the video.
 #pragma once
 
 #include <cstdint>

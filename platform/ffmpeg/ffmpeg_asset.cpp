@@ -25,12 +25,12 @@ DisplayTurn turnOf(const AVStream& stream) {
 // What only the video itself says: how large its pictures are, of what kind, and how many are held
 // back until they are in order. Nothing is decoded for it.
 PictureNeed needOf(const AVCodecParameters& video, const AVPacket& packet) {
-  LibavPointer<AVCodecParameters> found(avcodec_parameters_alloc());
-  LibavPointer<AVCodecContext> context(avcodec_alloc_context3(nullptr));
-  AVCodecParserContext* parser = av_parser_init(video.codec_id);
-  const bool canParse = parser != nullptr && found != nullptr && context != nullptr &&
-                        avcodec_parameters_copy(found.get(), &video) >= 0 &&
-                        avcodec_parameters_to_context(context.get(), &video) >= 0;
+  const auto found = madeByLibav(avcodec_parameters_alloc());
+  const auto context = madeByLibav(avcodec_alloc_context3(nullptr));
+  const bool isCopied = checkedForMemory(avcodec_parameters_copy(found.get(), &video)) >= 0 &&
+                        checkedForMemory(avcodec_parameters_to_context(context.get(), &video)) >= 0;
+  AVCodecParserContext* parser = isCopied ? av_parser_init(video.codec_id) : nullptr;
+  const bool canParse = parser != nullptr;
   if (canParse) {
     context->log_level_offset = kSilence;
     parser->flags |= PARSER_FLAG_COMPLETE_FRAMES;
@@ -43,7 +43,7 @@ PictureNeed needOf(const AVCodecParameters& video, const AVPacket& packet) {
     found->height = std::max(video.height, parser->coded_height);
     found->video_delay = std::max(video.video_delay, context->has_b_frames);
   }
-  if (parser != nullptr) av_parser_close(parser);
+  av_parser_close(parser);
   return PictureNeed::of(canParse ? *found : video);
 }
 
@@ -62,11 +62,11 @@ std::unique_ptr<FfmpegAsset> FfmpegAsset::open(const std::string& path, std::str
 const char* FfmpegAsset::prepare() {
   constexpr const char* kUnreadable = "cannot be read";
   const auto demuxer = MovieDemuxer::open(*file_);
-  LibavPointer<AVPacket> packet(av_packet_alloc());
-  video_.parameters.reset(avcodec_parameters_alloc());
+  const auto packet = madeByLibav(av_packet_alloc());
+  video_.parameters = madeByLibav(avcodec_parameters_alloc());
   AVCodecParameters* video = video_.parameters.get();
-  if (demuxer == nullptr || packet == nullptr || video == nullptr ||
-      avcodec_parameters_copy(video, demuxer->stream().codecpar) < 0) {
+  if (demuxer == nullptr ||
+      checkedForMemory(avcodec_parameters_copy(video, demuxer->stream().codecpar)) < 0) {
     return kUnreadable;
   }
   const AVCodec* codec = avcodec_find_decoder(video->codec_id);
@@ -107,6 +107,8 @@ std::vector<std::unique_ptr<FrameReader>> FfmpegAsset::readers(int most) const {
     if (parts > 1) {
       first.reset();
       first = stream(parts);
+      // The system may have no threads to give.
+      if (first == nullptr) first = stream();
     }
     auto only = StretchReader::of(std::move(first), std::nullopt);
     if (only != nullptr) readers.push_back(std::move(only));

@@ -20,7 +20,8 @@ class PictureStream;
 
 class FfmpegAsset final : public VideoAsset {
  public:
-  /// Null, and a short `reason` if one is asked for, where the file must not be read.
+  /// Null, and a short `reason` if one is asked for, where the file must not be read. Throws
+  /// std::bad_alloc where memory is short, as whatever it gives out does.
   static std::unique_ptr<FfmpegAsset> open(const std::string& path, std::string* reason);
 
   double durationSeconds() const override;

@@ -9,6 +9,7 @@ extern "C" {
 }
 
 #include <memory>
+#include <new>
 
 namespace halvora {
 
@@ -22,6 +23,19 @@ struct LibavDeleter {
 
 template <class Object>
 using LibavPointer = std::unique_ptr<Object, LibavDeleter>;
+
+/// What the library was to make. It makes nothing only where memory is short: std::bad_alloc, as
+/// everywhere.
+template <class Object>
+LibavPointer<Object> madeByLibav(Object* object) {
+  if (object == nullptr) throw std::bad_alloc();
+  return LibavPointer<Object>(object);
+}
+/// A result of the library's, where it is not for want of memory.
+inline int checkedForMemory(int result) {
+  if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
+  return result;
+}
 
 /// What a context adds to the level of its messages, so that none is severe enough to be printed.
 /// The level itself, and what becomes of messages, belong to the host. Above 255 begin the colours.

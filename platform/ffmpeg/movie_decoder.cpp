@@ -22,10 +22,11 @@ std::unique_ptr<MovieDecoder> MovieDecoder::open(const MovieVideo& video, AVRati
   const AVCodec* codec = avcodec_find_decoder(video.parameters->codec_id);
   if (codec == nullptr) return nullptr;
   std::unique_ptr<MovieDecoder> decoder(new MovieDecoder(budget));
-  decoder->context_.reset(avcodec_alloc_context3(codec));
+  decoder->context_ = madeByLibav(avcodec_alloc_context3(codec));
   AVCodecContext* context = decoder->context_.get();
-  if (context == nullptr || avcodec_parameters_to_context(context, video.parameters.get()) < 0)
+  if (checkedForMemory(avcodec_parameters_to_context(context, video.parameters.get())) < 0) {
     return nullptr;
+  }
   context->log_level_offset = kSilence;
   if (context->width <= 0 || context->height <= 0) {
     // Then the video itself says, and no one complains aloud about the half of a size.
@@ -40,19 +41,30 @@ std::unique_ptr<MovieDecoder> MovieDecoder::open(const MovieVideo& video, AVRati
     decoder->share_ = BudgetShare::of(budget, video.need.mostOf(threads));
     if (decoder->share_ == nullptr) return nullptr;
   }
-  if (avcodec_open2(context, codec, nullptr) < 0) return nullptr;
+  if (checkedForMemory(avcodec_open2(context, codec, nullptr)) < 0) return nullptr;
   return decoder;
+}
+
+// Refusing a picture for the budget is told as a want of memory too, because the library knows no
+// other word for it.
+int MovieDecoder::checked(int result) {
+  const bool isShort = result == AVERROR(ENOMEM) && !buffers_.hasRefused();
+  if (isShort || buffers_.wasMemoryShort()) {
+    buffers_.forget();
+    throw std::bad_alloc();
+  }
+  return result;
 }
 
 void MovieDecoder::send(const AVPacket* packet) {
   isEnding_ = packet == nullptr;
   // A packet that cannot be decoded is as good as none.
-  static_cast<void>(avcodec_send_packet(context_.get(), packet));
+  static_cast<void>(checked(avcodec_send_packet(context_.get(), packet)));
 }
 
 MovieDecoder::Outcome MovieDecoder::receive(AVFrame& frame) {
   while (!buffers_.hasRefused() && failuresAtEnd_ < kMostFailuresAtEnd) {
-    const int result = avcodec_receive_frame(context_.get(), &frame);
+    const int result = checked(avcodec_receive_frame(context_.get(), &frame));
     if (result == 0 && isWhole(frame) && !buffers_.hasRefused()) return Outcome::picture;
     if (result == AVERROR_EOF) break;
     if (result == AVERROR(EAGAIN)) {

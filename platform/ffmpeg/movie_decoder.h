@@ -27,7 +27,9 @@ class MovieDecoder {
     ended,
   };
 
-  /// Null where nobody can decode that, or the budget does not allow for it.
+  /// Null where nobody can decode that, or the budget does not allow for it. Throws std::bad_alloc
+  /// where memory is short, as all that follow do: a picture that is missing for that would look
+  /// like one that the video lacks.
   static std::unique_ptr<MovieDecoder> open(const MovieVideo& video, AVRational unit,
                                             const std::shared_ptr<PictureBudget>& budget,
                                             int threads);
@@ -40,6 +42,7 @@ class MovieDecoder {
 
  private:
   explicit MovieDecoder(const std::shared_ptr<PictureBudget>& budget) : buffers_(budget) {}
+  int checked(int result);
 
   // Freed in this order: the decoder gives its pictures back to its buffers.
   std::unique_ptr<BudgetShare> share_;

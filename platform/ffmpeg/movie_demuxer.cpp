@@ -24,7 +24,7 @@ void silence(AVFormatContext& context) {
   context.metadata_header_padding = kSilence;
 }
 
-int refuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
+int refuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) noexcept {
   return AVERROR(EACCES);
 }
 
@@ -34,7 +34,7 @@ struct MovieDemuxer::Input {
   const MovieFile& file;
   std::uint64_t at = 0;
 
-  static int read(void* opaque, std::uint8_t* buffer, int size) {
+  static int read(void* opaque, std::uint8_t* buffer, int size) noexcept {
     auto& input = *static_cast<Input*>(opaque);
     const std::size_t count =
         input.file.read(input.at, {buffer, static_cast<std::size_t>(std::max(size, 0))});
@@ -42,7 +42,7 @@ struct MovieDemuxer::Input {
     return count > 0 ? static_cast<int>(count) : AVERROR_EOF;
   }
 
-  static std::int64_t seek(void* opaque, std::int64_t offset, int whence) {
+  static std::int64_t seek(void* opaque, std::int64_t offset, int whence) noexcept {
     auto& input = *static_cast<Input*>(opaque);
     const auto size = static_cast<std::int64_t>(input.file.bytes->size());
     if ((whence & AVSEEK_SIZE) != 0) return size;
@@ -61,7 +61,7 @@ void MovieDemuxer::InputDeleter::operator()(AVIOContext* context) const {
 }
 
 MovieDemuxer::MovieDemuxer(const MovieFile& file)
-    : file_(file), input_(new Input{file}), pending_(av_packet_alloc()) {}
+    : file_(file), input_(new Input{file}), pending_(madeByLibav(av_packet_alloc())) {}
 
 MovieDemuxer::~MovieDemuxer() = default;
 
@@ -71,20 +71,24 @@ std::unique_ptr<MovieDemuxer> MovieDemuxer::open(const MovieFile& file) {
 }
 
 bool MovieDemuxer::open() {
+  const AVInputFormat* format = av_find_input_format("mov");
+  if (format == nullptr) return false;
   auto* buffer = static_cast<unsigned char*>(av_malloc(kInputBuffer));
-  if (buffer == nullptr || pending_ == nullptr) return false;
+  if (buffer == nullptr) throw std::bad_alloc();
   inputContext_.reset(avio_alloc_context(buffer, kInputBuffer, 0, input_.get(), &Input::read,
                                          nullptr, &Input::seek));
-  AVFormatContext* context = avformat_alloc_context();
-  if (inputContext_ == nullptr || context == nullptr) return false;
+  if (inputContext_ == nullptr) {
+    av_free(buffer);
+    throw std::bad_alloc();
+  }
+  AVFormatContext* context = madeByLibav(avformat_alloc_context()).release();
   silence(*context);
   context->pb = inputContext_.get();
   context->io_open = &refuseToOpen;
   // The times of a packet are the file's own, not what a parser makes of them.
   context->flags |= AVFMT_FLAG_NOPARSE | AVFMT_FLAG_NOFILLIN;
   // On failure the context is freed.
-  const AVInputFormat* format = av_find_input_format("mov");
-  if (format == nullptr || avformat_open_input(&context, "", format, nullptr) < 0) return false;
+  if (checkedForMemory(avformat_open_input(&context, "", format, nullptr)) < 0) return false;
   format_.reset(context);
   for (unsigned int index = 0; index < format_->nb_streams; ++index) {
     AVStream* stream = format_->streams[index];
@@ -119,7 +123,7 @@ const AVIndexEntry& MovieDemuxer::sample(std::size_t number) const {
 bool MovieDemuxer::readPacket(AVPacket& packet) {
   for (;;) {
     av_packet_unref(&packet);
-    if (av_read_frame(format_.get(), &packet) < 0) return false;
+    if (checkedForMemory(av_read_frame(format_.get(), &packet)) < 0) return false;
     // The file has become shorter since it was opened.
     if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0) return false;
     if (packet.stream_index == stream_->index) return true;
@@ -160,8 +164,8 @@ std::optional<std::size_t> MovieDemuxer::numberOf(const AVPacket& packet) const 
 
 bool MovieDemuxer::seekNear(std::int64_t timestamp) {
   hasPending_ = false;
-  if (av_seek_frame(format_.get(), stream_->index, timestamp,
-                    AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY) < 0) {
+  if (checkedForMemory(av_seek_frame(format_.get(), stream_->index, timestamp,
+                                     AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY)) < 0) {
     return false;
   }
   if (!readPacket(*pending_)) return false;

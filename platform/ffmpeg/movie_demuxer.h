@@ -15,7 +15,8 @@ namespace halvora {
 
 class MovieDemuxer {
  public:
-  /// Null where the file cannot be read.
+  /// Null where the file cannot be read. Throws std::bad_alloc where memory is short, as all that
+  /// follow do.
   static std::unique_ptr<MovieDemuxer> open(const MovieFile& file);
   ~MovieDemuxer();
 

@@ -20,28 +20,6 @@ constexpr int kPlanes = 4;
 
 std::size_t aligned(std::size_t bytes) { return (bytes + kAlignment - 1) & ~(kAlignment - 1); }
 
-void releaseBuffer(void* opaque, std::uint8_t* data) {
-  av_free(data);
-  delete static_cast<BudgetShare*>(opaque);
-}
-
-AVBufferRef* allocateBuffer(void* opaque, std::size_t bytes) {
-  const auto& budget = *static_cast<std::shared_ptr<PictureBudget>*>(opaque);
-  std::unique_ptr<BudgetShare> share = BudgetShare::of(budget, bytes);
-  if (share == nullptr) return nullptr;
-  auto* data = static_cast<std::uint8_t*>(av_malloc(bytes));
-  if (data == nullptr) return nullptr;
-  AVBufferRef* buffer = av_buffer_create(data, bytes, &releaseBuffer, share.get(), 0);
-  if (buffer == nullptr) {
-    av_free(data);
-  } else {
-    static_cast<void>(share.release());
-  }
-  return buffer;
-}
-
-void forgetBudget(void* opaque) { delete static_cast<std::shared_ptr<PictureBudget>*>(opaque); }
-
 // Rows as long as the decoder's instructions need them.
 bool rowsOf(AVCodecContext& decoder, const AVFrame& frame, int& height,
             std::array<int, kPlanes>& rows) {
@@ -111,9 +89,43 @@ bool PictureBudget::take(std::uint64_t bytes) {
 
 std::unique_ptr<BudgetShare> BudgetShare::of(std::shared_ptr<PictureBudget> budget,
                                              std::uint64_t bytes) {
-  if (!budget->take(bytes)) return nullptr;
-  return std::make_unique<BudgetShare>(std::move(budget), bytes);
+  // The room first: what throws must have taken nothing.
+  std::unique_ptr<BudgetShare> share(new BudgetShare(std::move(budget)));
+  if (!share->budget_->take(bytes)) return nullptr;
+  share->bytes_ = bytes;
+  return share;
 }
+
+struct PictureBuffers::PoolRoom {
+  std::shared_ptr<PictureBudget> budget;
+  bool hasRefused = false;
+
+  // What follows is called by the decoder's library, through which no exception may go: it would
+  // leave its own locks locked.
+  static AVBufferRef* allocate(void* opaque, std::size_t bytes) noexcept {
+    auto& room = *static_cast<PoolRoom*>(opaque);
+    try {
+      std::unique_ptr<BudgetShare> share = BudgetShare::of(room.budget, bytes);
+      room.hasRefused = share == nullptr;
+      auto* data = share != nullptr ? static_cast<std::uint8_t*>(av_malloc(bytes)) : nullptr;
+      if (data == nullptr) return nullptr;
+      AVBufferRef* buffer = av_buffer_create(data, bytes, &PoolRoom::release, share.get(), 0);
+      if (buffer == nullptr) {
+        av_free(data);
+      } else {
+        static_cast<void>(share.release());
+      }
+      return buffer;
+    } catch (...) {
+      return nullptr;
+    }
+  }
+  static void release(void* opaque, std::uint8_t* data) noexcept {
+    av_free(data);
+    delete static_cast<BudgetShare*>(opaque);
+  }
+  static void free(void* opaque) noexcept { delete static_cast<PoolRoom*>(opaque); }
+};
 
 void PictureBuffers::serve(AVCodecContext& decoder) {
   decoder.opaque = this;
@@ -131,31 +143,41 @@ void PictureBuffers::forget() {
   av_buffer_pool_uninit(&pool_);
 }
 
-int PictureBuffers::getBuffer(AVCodecContext* decoder, AVFrame* frame, int flags) {
+int PictureBuffers::getBuffer(AVCodecContext* decoder, AVFrame* frame, int flags) noexcept {
+  auto& buffers = *static_cast<PictureBuffers*>(decoder->opaque);
   // Such decoders know of no other memory; their share was taken when they were opened.
   if ((decoder->codec->capabilities & AV_CODEC_CAP_DR1) == 0) {
-    return avcodec_default_get_buffer2(decoder, frame, flags);
+    const int result = avcodec_default_get_buffer2(decoder, frame, flags);
+    if (result == AVERROR(ENOMEM)) buffers.wasMemoryShort_ = true;
+    return result;
   }
-  auto& buffers = *static_cast<PictureBuffers*>(decoder->opaque);
-  if (buffers.fill(*decoder, *frame)) return 0;
-  buffers.hasRefused_ = true;
+  Answer answer = Answer::noMemory;
+  try {
+    answer = buffers.fill(*decoder, *frame);
+  } catch (...) {
+    // As it was said.
+  }
+  if (answer == Answer::given) return 0;
+  (answer == Answer::refused ? buffers.hasRefused_ : buffers.wasMemoryShort_) = true;
   return AVERROR(ENOMEM);
 }
 
-bool PictureBuffers::fill(AVCodecContext& decoder, AVFrame& frame) {
+PictureBuffers::Answer PictureBuffers::fill(AVCodecContext& decoder, AVFrame& frame) {
   int height = 0;
   std::array<int, kPlanes> rows = {};
-  if (!rowsOf(decoder, frame, height, rows)) return false;
+  if (!rowsOf(decoder, frame, height, rows)) return Answer::refused;
   std::array<std::ptrdiff_t, kPlanes> strides = {};
   std::copy(rows.begin(), rows.end(), strides.begin());
   std::array<std::size_t, kPlanes> sizes = {};
   const auto format = static_cast<AVPixelFormat>(frame.format);
-  if (av_image_fill_plane_sizes(sizes.data(), format, height, strides.data()) < 0) return false;
+  if (av_image_fill_plane_sizes(sizes.data(), format, height, strides.data()) < 0) {
+    return Answer::refused;
+  }
   std::size_t total = kAlignment;
   for (const std::size_t size : sizes) total += size > 0 ? aligned(size) + kAlignment : 0;
 
-  frame.buf[0] = bufferOf(total);
-  if (frame.buf[0] == nullptr) return false;
+  const Answer answer = bufferOf(total, frame.buf[0]);
+  if (answer != Answer::given) return answer;
   const auto start = reinterpret_cast<std::uintptr_t>(frame.buf[0]->data);
   std::size_t offset = aligned(start) - start;
   for (std::size_t plane = 0; plane < kPlanes && sizes[plane] > 0; ++plane) {
@@ -164,20 +186,23 @@ bool PictureBuffers::fill(AVCodecContext& decoder, AVFrame& frame) {
     offset += aligned(sizes[plane]) + kAlignment;
   }
   frame.extended_data = frame.data;
-  return true;
+  return Answer::given;
 }
 
-AVBufferRef* PictureBuffers::bufferOf(std::size_t bytes) {
+PictureBuffers::Answer PictureBuffers::bufferOf(std::size_t bytes, AVBufferRef*& buffer) {
   const std::lock_guard lock(mutex_);
   if (pool_ == nullptr || bufferBytes_ != bytes) {
     av_buffer_pool_uninit(&pool_);
-    auto budget = std::make_unique<std::shared_ptr<PictureBudget>>(budget_);
-    pool_ = av_buffer_pool_init2(bytes, budget.get(), &allocateBuffer, &forgetBudget);
-    if (pool_ == nullptr) return nullptr;
-    static_cast<void>(budget.release());
+    auto room = std::make_unique<PoolRoom>(PoolRoom{budget_});
+    pool_ = av_buffer_pool_init2(bytes, room.get(), &PoolRoom::allocate, &PoolRoom::free);
+    if (pool_ == nullptr) return Answer::noMemory;
+    room_ = room.release();
     bufferBytes_ = bytes;
   }
-  return av_buffer_pool_get(pool_);
+  room_->hasRefused = false;
+  buffer = av_buffer_pool_get(pool_);
+  if (buffer != nullptr) return Answer::given;
+  return room_->hasRefused ? Answer::refused : Answer::noMemory;
 }
 
 PictureNeed PictureNeed::of(const AVCodecParameters& video) {

@@ -38,15 +38,15 @@ class BudgetShare {
   static std::unique_ptr<BudgetShare> of(std::shared_ptr<PictureBudget> budget,
                                          std::uint64_t bytes);
 
-  BudgetShare(std::shared_ptr<PictureBudget> budget, std::uint64_t bytes)
-      : budget_(std::move(budget)), bytes_(bytes) {}
   ~BudgetShare() { budget_->giveBack(bytes_); }
   BudgetShare(const BudgetShare&) = delete;
   BudgetShare& operator=(const BudgetShare&) = delete;
 
  private:
+  explicit BudgetShare(std::shared_ptr<PictureBudget> budget) : budget_(std::move(budget)) {}
+
   std::shared_ptr<PictureBudget> budget_;
-  std::uint64_t bytes_;
+  std::uint64_t bytes_ = 0;
 };
 
 /// Buffers that a decoder uses again and again; they are never cleared.
@@ -63,17 +63,26 @@ class PictureBuffers {
   void forget();
   /// Whether a picture was refused, for the budget or its kind.
   bool hasRefused() const { return hasRefused_.load(); }
+  /// Whether there was no memory for a picture that the budget allows for. The decoder itself may
+  /// make less of that than it is, and go on with the next one.
+  bool wasMemoryShort() const { return wasMemoryShort_.load(); }
 
  private:
-  static int getBuffer(AVCodecContext* decoder, AVFrame* frame, int flags);
-  bool fill(AVCodecContext& decoder, AVFrame& frame);
-  AVBufferRef* bufferOf(std::size_t bytes);
+  enum class Answer : std::uint8_t { given, refused, noMemory };
+
+  static int getBuffer(AVCodecContext* decoder, AVFrame* frame, int flags) noexcept;
+  Answer fill(AVCodecContext& decoder, AVFrame& frame);
+  Answer bufferOf(std::size_t bytes, AVBufferRef*& buffer);
 
   std::shared_ptr<PictureBudget> budget_;
   std::atomic<bool> hasRefused_ = false;
+  std::atomic<bool> wasMemoryShort_ = false;
   // Decoding threads ask as well.
   std::mutex mutex_;
   AVBufferPool* pool_ = nullptr;
+  /// What the pool asks for room; its own to free.
+  struct PoolRoom;
+  PoolRoom* room_ = nullptr;
   std::size_t bufferBytes_ = 0;
 };
 

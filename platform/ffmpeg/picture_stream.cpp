@@ -70,8 +70,7 @@ void PictureStream::feed() {
 }
 
 std::unique_ptr<DecodedFrame> PictureStream::next() {
-  LibavPointer<AVFrame> frame(av_frame_alloc());
-  if (frame == nullptr || packet_ == nullptr) return nullptr;
+  LibavPointer<AVFrame> frame = madeByLibav(av_frame_alloc());
   for (;;) {
     switch (decoder_->receive(*frame)) {
       case MovieDecoder::Outcome::picture:

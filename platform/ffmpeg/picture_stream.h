@@ -16,7 +16,8 @@ namespace halvora {
 
 class PictureStream {
  public:
-  /// Null where the file cannot be read, or the budget does not allow for another decoder.
+  /// Null where the file cannot be read, or the budget does not allow for another decoder. Throws
+  /// std::bad_alloc where memory is short, as all that follow do.
   static std::unique_ptr<PictureStream> open(const MovieFile& file, const MovieVideo& video,
                                              const std::shared_ptr<PictureBudget>& budget,
                                              int threads);
@@ -44,7 +45,7 @@ class PictureStream {
       : demuxer_(std::move(demuxer)),
         accessPoints_(file, *demuxer_),
         decoder_(std::move(decoder)),
-        packet_(av_packet_alloc()) {}
+        packet_(madeByLibav(av_packet_alloc())) {}
 
   void feed();
 

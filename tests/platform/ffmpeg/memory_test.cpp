@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <climits>
+#include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/ffmpeg/ffmpeg_asset.h"
+#include "platform/ffmpeg/libav.h"
 #include "tests/platform/ffmpeg/clip_maker.h"
 
 namespace halvora {
@@ -126,6 +130,48 @@ TEST(FfmpegMemory, ABudgetGivesNoMoreThanItHas) {
   EXPECT_FALSE(budget.take(11));
   EXPECT_TRUE(budget.take(10));
   EXPECT_EQ(budget.mostTaken(), PictureBudget::kMostBytes);
+}
+
+/// No single allocation of the library's may be larger, for as long as one lives.
+class MostAtOnce {
+ public:
+  explicit MostAtOnce(std::size_t bytes) { av_max_alloc(bytes); }
+  ~MostAtOnce() { av_max_alloc(INT_MAX); }
+  MostAtOnce(const MostAtOnce&) = delete;
+  MostAtOnce& operator=(const MostAtOnce&) = delete;
+};
+
+int framesOf(const FfmpegAsset& asset) {
+  const auto reader = asset.reader();
+  int frames = 0;
+  while (reader->next()) ++frames;
+  return frames;
+}
+
+// The second decoder makes nothing of a picture that it gets no room for, and goes on.
+TEST(FfmpegMemory, ShortOfItIsNotTheEndOfTheVideo) {
+  const ClipMaker clips;
+  for (const char* encoder : {"-c:v mjpeg -pix_fmt yuvj420p", "-c:v libx264 -preset ultrafast"}) {
+    SCOPED_TRACE(encoder);
+    const auto asset = flatClip(clips, "640x480", 30, encoder);
+    ASSERT_TRUE(asset);
+    {
+      const MostAtOnce tooLittle(200'000);
+      EXPECT_THROW(framesOf(*asset), std::bad_alloc);
+      EXPECT_THROW(asset->generator()->imageAt({0, 1}), std::bad_alloc);
+    }
+    EXPECT_EQ(framesOf(*asset), 30) << "and with enough of it all is there";
+    EXPECT_EQ(asset->budget().taken(), 0U);
+  }
+}
+
+TEST(FfmpegMemory, ShortOfItWhenTheFileIsOpenedIsNoFaultOfTheFile) {
+  const ClipMaker clips;
+  ASSERT_TRUE(flatClip(clips, "64x64", 3, "-c:v mjpeg -pix_fmt yuvj420p"));
+  const MostAtOnce tooLittle(1000);
+  std::string reason = "none";
+  EXPECT_THROW(FfmpegAsset::open(clips.pathOf("flat.mp4"), &reason), std::bad_alloc);
+  EXPECT_EQ(reason, "none");
 }
 
 }  // namespace
