@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/halvora_view_controller.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <new>
 #include <utility>
 
 #include "light/bitmap.h"
@@ -120,7 +123,17 @@ std::string HalvoraViewController::hvLocalizedStringForKey(std::string_view key,
 }
 
 PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
-  return processor_.process(broadcast);
+  try {
+    return processor_.process(broadcast);
+  } catch (const std::bad_alloc&) {
+    // Steps act on changes only: what is in force is as no look can be, so that the next one is
+    // shown whole.
+    state_.screen.currentModeSpeed = -1;
+    state_.torch.currentLEDSpeed = -1;
+    state_.gobo.currentGobo = -1;
+    state_.seat.currentVideoMinutes = -1;
+    throw;
+  }
 }
 
 void HalvoraViewController::appDidBecomeActive() {
@@ -182,9 +195,18 @@ bool HalvoraViewController::hasSeat() const {
   return hasSelectedSection(platform_.defaults) && state_.seat.hasPosition();
 }
 
+// A still that there is no memory for is one that cannot be decoded: the rest of the look counts.
+std::optional<bool> HalvoraViewController::seatIsWhite() const {
+  try {
+    return seatIsWhiteInStill();
+  } catch (const std::bad_alloc&) {
+    return std::nullopt;
+  }
+}
+
 // A missing still leaves the torch as it is, seat or no seat; one that no seat looks at is not
 // decoded.
-std::optional<bool> HalvoraViewController::seatIsWhite() const {
+std::optional<bool> HalvoraViewController::seatIsWhiteInStill() const {
   const SeatState& seat = state_.seat;
   const std::string name = "Maps/v" + std::to_string(seat.currentVenueId) + "_m" +
                            std::to_string(seat.currentPixelMapId) + "_f" +
@@ -200,12 +222,15 @@ std::optional<bool> HalvoraViewController::seatIsWhite() const {
   const auto bytes = platform_.bundles.main.readResource(name, kLargestStill);
   if (!bytes) return std::nullopt;
   if (!hasSeat()) return false;
-  const std::optional<Image> image = platform_.images.decode(*bytes);
-  if (!image) return std::nullopt;
-  std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(*image);
+  auto row = platform_.images.decodeRow(*bytes, seat.currentYPos);
+  if (!row) return std::nullopt;
+  const Image line{row->width, std::min<std::uint32_t>(row->height, 1), std::move(row->rgba)};
+  std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(line);
   if (!bitmap) return std::nullopt;
-  drawRow(*image, seat.currentYPos, *bitmap);
-  const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, seat.currentYPos);
+  // The seat lies above or below the picture.
+  if (line.rgba.empty()) return false;
+  drawRow(line, 0, *bitmap);
+  const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, 0);
   return pixel != nullptr && isWhite(pixel);
 }
 

@@ -95,7 +95,8 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   /// The kit's own text for a key, or `fallback` when its table has none.
   std::string hvLocalizedStringForKey(std::string_view key, std::string_view fallback) const;
 
-  /// Shows a look, as if it had just been heard and were new.
+  /// Shows a look, as if it had just been heard and were new. Throws std::bad_alloc where memory is
+  /// short; some of the look may be shown then, and the next one is shown whole.
   PacketFate processEffect(const Broadcast& broadcast) override;
   void playVideo(const std::string& name) { parts_.video.playVideo(name); }
 
@@ -141,6 +142,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   void refreshMode21ColorIfNeeded();
   bool hasSeat() const;
   std::optional<bool> seatIsWhite() const;
+  std::optional<bool> seatIsWhiteInStill() const;
 
   Platform platform_;
   EngineState state_;

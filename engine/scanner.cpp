@@ -2,6 +2,7 @@
 #include "engine/scanner.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "platform/bundle.h"
@@ -142,7 +143,12 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
   ++state_.activeFPS;
   std::ranges::copy(key, state_.currentBroadcast.begin());
   state_.hasCurrentBroadcast = true;
-  return client_.processEffect(decodeBroadcast(data));
+  try {
+    return client_.processEffect(decodeBroadcast(data));
+  } catch (const std::bad_alloc&) {
+    state_.hasCurrentBroadcast = false;
+    return PacketFate::noMemory;
+  }
 }
 
 bool Scanner::isAllowed(std::uint32_t applicationId, std::uint32_t transmitter) const {

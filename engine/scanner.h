@@ -31,8 +31,10 @@ enum class PacketFate : std::uint8_t {
   noApplication,
   badSyncFlag,
   processed,
+  /// Memory was short for it. Heard again, it is obeyed again.
+  noMemory,
 };
-inline constexpr std::size_t kPacketFateCount = 10;
+inline constexpr std::size_t kPacketFateCount = 11;
 
 /// How many advertisements met each fate since the engine was made; a host may read it at any time.
 struct ScanDiagnostics {

@@ -2,6 +2,7 @@
 // Pictures as a need: encoded bytes in, pixels out. JPEG and PNG at least. Stateless; any thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -18,6 +19,14 @@ struct Image {
   std::vector<std::uint8_t> rgba;
 };
 
+/// One row of a picture, and the size of all of it.
+struct ImageRow {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  /// As in an image; empty where the picture has no such row.
+  std::vector<std::uint8_t> rgba;
+};
+
 class ImageDecoder {
  public:
   /// A picture that claims more pixels is refused before any of them is decoded.
@@ -26,6 +35,18 @@ class ImageDecoder {
   virtual ~ImageDecoder() = default;
   /// None for anything that is not a whole picture of a known kind, or that is too large.
   virtual std::optional<Image> decode(std::string_view bytes) const = 0;
+  /// That row of what `decode` would give, and none where it would give none; for less memory where
+  /// the kind of picture allows for it. Throws std::bad_alloc where memory is short.
+  virtual std::optional<ImageRow> decodeRow(std::string_view bytes, std::int64_t row) const {
+    std::optional<Image> image = decode(bytes);
+    if (!image) return std::nullopt;
+    ImageRow found{image->width, image->height, {}};
+    if (row < 0 || row >= image->height) return found;
+    const auto size = static_cast<std::ptrdiff_t>(std::size_t{4} * image->width);
+    const auto begin = image->rgba.begin() + static_cast<std::ptrdiff_t>(row) * size;
+    found.rgba.assign(begin, begin + size);
+    return found;
+  }
 };
 
 }  // namespace halvora

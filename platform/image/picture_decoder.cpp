@@ -3,9 +3,12 @@
 
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include <png.h>
 #include <turbojpeg.h>
+
+#include "platform/image/jpeg_row.h"
 
 namespace halvora {
 
@@ -17,32 +20,66 @@ bool isAllowed(std::uint64_t width, std::uint64_t height) {
   return width > 0 && height > 0 && width <= ImageDecoder::kMostPixels / height;
 }
 
+bool isJpeg(std::string_view bytes) { return bytes.starts_with("\xFF\xD8\xFF"); }
+
 Image emptyImage(std::uint32_t width, std::uint32_t height) {
   return {width, height, std::vector<std::uint8_t>(std::size_t{width} * height * kBytesPerPixel)};
 }
 
-std::optional<Image> decodeJpeg(std::string_view bytes) {
-  const std::unique_ptr<void, int (*)(tjhandle)> handle(tjInitDecompress(), tjDestroy);
-  if (!handle) return std::nullopt;
-  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+using JpegHandle = std::unique_ptr<void, int (*)(tjhandle)>;
+
+const unsigned char* dataOf(std::string_view bytes) {
+  return reinterpret_cast<const unsigned char*>(bytes.data());
+}
+
+struct JpegSize {
   int width = 0;
   int height = 0;
+};
+
+// None for what is no JPEG, of a kind that is not decoded, or too large.
+std::optional<JpegSize> sizeOfJpeg(const JpegHandle& handle, std::string_view bytes) {
+  JpegSize size;
   int subsampling = 0;
   int colourSpace = 0;
-  if (tjDecompressHeader3(handle.get(), data, bytes.size(), &width, &height, &subsampling,
-                          &colourSpace) != 0 ||
-      width <= 0 || height <= 0 ||
-      !isAllowed(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height))) {
+  const bool isRead =
+      handle && tjDecompressHeader3(handle.get(), dataOf(bytes), bytes.size(), &size.width,
+                                    &size.height, &subsampling, &colourSpace) == 0;
+  if (!isRead || size.width <= 0 || size.height <= 0 ||
+      !isAllowed(static_cast<std::uint64_t>(size.width), static_cast<std::uint64_t>(size.height))) {
     return std::nullopt;
   }
-  Image image = emptyImage(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
+  return size;
+}
+
+std::optional<Image> decodeJpeg(std::string_view bytes) {
+  const JpegHandle handle(tjInitDecompress(), tjDestroy);
+  const auto size = sizeOfJpeg(handle, bytes);
+  if (!size) return std::nullopt;
+  Image image =
+      emptyImage(static_cast<std::uint32_t>(size->width), static_cast<std::uint32_t>(size->height));
   // A warning means that the data ended early or is damaged; half a picture is none.
   const int flags = TJFLAG_ACCURATEDCT | TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS;
-  if (tjDecompress2(handle.get(), data, bytes.size(), image.rgba.data(), width, 0, height,
-                    TJPF_RGBA, flags) != 0) {
+  if (tjDecompress2(handle.get(), dataOf(bytes), bytes.size(), image.rgba.data(), size->width, 0,
+                    size->height, TJPF_RGBA, flags) != 0) {
     return std::nullopt;
   }
   return image;
+}
+
+std::optional<ImageRow> decodeJpegRow(std::string_view bytes, std::int64_t row) {
+  const auto size = sizeOfJpeg(JpegHandle(tjInitDecompress(), tjDestroy), bytes);
+  if (!size) return std::nullopt;
+  ImageRow found{
+      static_cast<std::uint32_t>(size->width), static_cast<std::uint32_t>(size->height), {}};
+  // Wherever the row is, a picture that is damaged anywhere is none.
+  const bool isInside = row >= 0 && row < size->height;
+  std::vector<std::uint8_t> rgba(std::size_t{found.width} * kBytesPerPixel);
+  if (!readJpegRow(bytes, isInside ? static_cast<std::uint32_t>(row) : 0, rgba)) {
+    return std::nullopt;
+  }
+  if (isInside) found.rgba = std::move(rgba);
+  return found;
 }
 
 std::optional<Image> decodePng(std::string_view bytes) {
@@ -65,9 +102,13 @@ std::optional<Image> decodePng(std::string_view bytes) {
 }  // namespace
 
 std::optional<Image> PictureDecoder::decode(std::string_view bytes) const {
-  if (bytes.starts_with("\xFF\xD8\xFF")) return decodeJpeg(bytes);
+  if (isJpeg(bytes)) return decodeJpeg(bytes);
   if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return decodePng(bytes);
   return std::nullopt;
+}
+
+std::optional<ImageRow> PictureDecoder::decodeRow(std::string_view bytes, std::int64_t row) const {
+  return isJpeg(bytes) ? decodeJpegRow(bytes, row) : ImageDecoder::decodeRow(bytes, row);
 }
 
 }  // namespace halvora

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <new>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -307,6 +309,21 @@ TEST_F(PacketPath, DiagnosticsCountEveryFate) {
   EXPECT_EQ(counts[PacketFate::sameBroadcast], 1U);
   EXPECT_EQ(counts[PacketFate::processed], 2U);
   EXPECT_EQ(counts[PacketFate::notAllowed], 0U);
+}
+
+TEST_F(PacketPath, LookThatMemoryWasShortForIsCountedAndShownWholeByItsNextPacket) {
+  bool isShort = true;
+  bench_.engine().lightShowStartedCallback() = [&isShort] {
+    if (isShort) throw std::bad_alloc();
+  };
+  EXPECT_EQ(bench_.hear(numbered(1)), PacketFate::noMemory);
+  EXPECT_EQ(bench_.hear(numbered(2)), PacketFate::noMemory);
+  isShort = false;
+  EXPECT_EQ(bench_.hear(numbered(3)), PacketFate::processed);
+  EXPECT_EQ(bench_.hear(numbered(4)), PacketFate::sameBroadcast);
+  EXPECT_EQ(bench_.engine().diagnostics()[PacketFate::noMemory], 2U);
+  EXPECT_EQ(bench_.views().alpha(ViewId::container), 1);
+  EXPECT_TRUE(bench_.state().isStatusBarHidden);
 }
 
 }  // namespace

@@ -92,6 +92,8 @@ class CrowdPhone {
     newLook,
   };
   Heard hear(std::span<const std::uint8_t> data);
+  /// Whether there was ever too little memory to obey a packet.
+  bool wasMemoryShort() const { return engine_.diagnostics()[PacketFate::noMemory] != 0; }
 
   CrowdLight light() const;
   /// The light as the show set it, before master and fade; black for none.
