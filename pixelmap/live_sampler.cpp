@@ -2,6 +2,7 @@
 #include "pixelmap/live_sampler.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "pixelmap/frame_time.h"
@@ -64,9 +65,20 @@ struct DecodeJob {
   LiveRequest request;
   const VideoAssets& videos;
 
-  void run() const {
+  void run() const noexcept {
     const Sampling sampling{state.lock(), generation, request.cacheKey};
-    if (!sampling.state || !sampling.isWanted()) return;
+    if (!sampling.state) return;
+    try {
+      decode(sampling);
+    } catch (...) {
+      const std::lock_guard lock(sampling.state->lock);
+      ++sampling.state->failures;
+    }
+  }
+
+ private:
+  void decode(const Sampling& sampling) const {
+    if (!sampling.isWanted()) return;
     const auto asset = videos.open(request.videoURL);
     if (!asset) return;
     const int frameCount = pixelMapFrameCount(asset->durationSeconds());
@@ -80,6 +92,22 @@ struct DecodeJob {
 
 void LiveSampler::startPixelMapLiveSamplerForVideoURL(const LiveRequest& request,
                                                       SerialQueue& queue) {
+  {
+    const std::lock_guard lock(state_->lock);
+    const bool isRunning = !request.cacheKey.empty() &&
+                           state_->pixelMapLiveRequestedKey == request.cacheKey &&
+                           state_->signature == request.signature;
+    if (isRunning) return;
+  }
+  try {
+    start(request, queue);
+  } catch (const std::bad_alloc&) {
+    stopPixelMapLiveSampler();
+    noteFailure();
+  }
+}
+
+void LiveSampler::start(const LiveRequest& request, SerialQueue& queue) {
   const auto asset = request.videoURL.empty() || request.cacheKey.empty()
                          ? nullptr
                          : videos_.open(request.videoURL);
@@ -89,18 +117,18 @@ void LiveSampler::startPixelMapLiveSamplerForVideoURL(const LiveRequest& request
   }
   const int frameCount = pixelMapFrameCount(asset->durationSeconds());
   const int center = normalizedPixelMapFrameIndex(request.centerFrame, frameCount);
+  std::string key = request.cacheKey;
+  std::vector<std::uint32_t> words(static_cast<std::size_t>(frameCount), kNoColourWord);
+  std::vector<std::uint8_t> hasColour(static_cast<std::size_t>(frameCount), 0);
   std::uint64_t generation = 0;
   {
     const std::lock_guard lock(state_->lock);
-    const bool isRunning = state_->pixelMapLiveRequestedKey == request.cacheKey &&
-                           !state_->pixelMapLiveFrameData.empty() &&
-                           state_->pixelMapLiveFrameCount == frameCount;
-    if (isRunning) return;
     generation = ++state_->pixelMapLiveGeneration;
-    state_->pixelMapLiveRequestedKey = request.cacheKey;
+    state_->pixelMapLiveRequestedKey = std::move(key);
+    state_->signature = request.signature;
     state_->pixelMapLiveFrameCount = frameCount;
-    state_->pixelMapLiveFrameData.assign(static_cast<std::size_t>(frameCount), kNoColourWord);
-    state_->pixelMapLiveHasColorData.assign(static_cast<std::size_t>(frameCount), 0);
+    state_->pixelMapLiveFrameData = std::move(words);
+    state_->pixelMapLiveHasColorData = std::move(hasColour);
   }
   const MaybeColour colour = assets_.colorFromPixelMapVideoFrameForVenueId(
       request.venueId, request.pixelMapId, center, request.seat.x, request.seat.y);
@@ -108,7 +136,7 @@ void LiveSampler::startPixelMapLiveSamplerForVideoURL(const LiveRequest& request
     Sampling{state_, generation, request.cacheKey}.store(center, wordOfColour(*colour));
   }
   auto job = std::make_unique<DecodeJob>(DecodeJob{state_, generation, request, videos_});
-  queue.dispatch([job = std::move(job)] { job->run(); });
+  if (!queue.dispatch([job = std::move(job)] { job->run(); })) noteFailure();
 }
 
 void LiveSampler::stopPixelMapLiveSampler() {
@@ -119,6 +147,16 @@ void LiveSampler::stopPixelMapLiveSampler() {
   state_->pixelMapLiveFrameData = {};
   state_->pixelMapLiveHasColorData = {};
   state_->pixelMapLiveFrameCount = 0;
+}
+
+void LiveSampler::noteFailure() {
+  const std::lock_guard lock(state_->lock);
+  ++state_->failures;
+}
+
+std::uint64_t LiveSampler::failures() const {
+  const std::lock_guard lock(state_->lock);
+  return state_->failures;
 }
 
 MaybeColour LiveSampler::colorFromLivePixelMapSeatBufferForFrameIndex(

@@ -114,8 +114,10 @@ std::shared_ptr<const Image> PixelMapAssets::copyPixelMapFrameImageForVenueId(
   if (cache_.pixelMapVideoCachedFrameImage && cache_.pixelMapVideoCachedFrameIndex == frame) {
     return cache_.pixelMapVideoCachedFrameImage;
   }
-  std::optional<Image> image =
-      cache_.pixelMapVideoFrameGenerator->imageAt(pixelMapFrameTime(frame));
+  // Back in its place only where it did not throw: one that memory was short for is worth no more.
+  auto generator = std::move(cache_.pixelMapVideoFrameGenerator);
+  std::optional<Image> image = generator->imageAt(pixelMapFrameTime(frame));
+  cache_.pixelMapVideoFrameGenerator = std::move(generator);
   if (!image) return nullptr;
   cache_.pixelMapVideoCachedFrameImage = std::make_shared<const Image>(std::move(*image));
   cache_.pixelMapVideoCachedFrameIndex = frame;

@@ -4,60 +4,122 @@
 #include <algorithm>
 #include <atomic>
 #include <map>
-#include <mutex>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "pixelmap/seat_lut_builder.h"
-#include "pixelmap/seat_lut_cache.h"
 #include "pixelmap/seat_lut_files.h"
+#include "pixelmap/seat_lut_maker.h"
 #include "platform/run_loop.h"
 
 namespace halvora {
 
+namespace {
+
+// How often the main thread looks for results of which it was not told.
+constexpr Duration kWatch = milliseconds(1000);
+
+}  // namespace
+
+/// What jobs have in common with the main thread.
 struct PixelMapSeatLuts::Shared {
-  Shared(const Platform& platform, const SeatLutSource* readyTables)
-      : ready(readyTables),
-        runLoop(platform.runLoop),
-        videos(platform.videoAssets),
-        workers(platform.workers),
-        files(platform.files, platform.json, platform.bundles.documents) {}
+  Shared(const Platform& platform, const SeatLutSource* ready)
+      : runLoop(platform.runLoop), maker(platform, ready) {}
 
-  SeatLut findReady(const std::string& videoURL, SeatPosition seat) const {
-    return ready != nullptr ? ready->find(videoURL, seat) : nullptr;
-  }
-  SeatLut build(const std::string& videoURL, SeatPosition seat) const {
-    return buildPixelMapSeatLUTForVideoURL(
-        videos, videoURL, seat,
-        {.workers = workers, .isCancelled = [this] { return isEnding.load(); }});
-  }
-  SeatLut buildAndPersist(const std::string& videoURL, SeatPosition seat) const {
-    const auto signature = files.pixelMapVideoFileSignatureForURL(videoURL);
-    SeatLut lut = build(videoURL, seat);
-    if (lut && signature) files.persistPixelMapSeatLUTData(lut, videoURL, seat, signature);
-    return lut;
+  /// Has the main thread take what there is of a job. Where it cannot be told, its watch sees it.
+  template <class Job>
+  void tell(const std::shared_ptr<Job>& job) noexcept {
+    try {
+      runLoop.post([job] {
+        if (!job->shared.expired()) job->luts->take(job);
+      });
+    } catch (...) {
+      maker.count(SeatLutFailure::noMemory);
+    }
   }
 
-  const SeatLutSource* const ready;
   RunLoop& runLoop;
-  const VideoAssets& videos;
-  Workers& workers;
-  const SeatLutFiles files;
-  SeatLutCache pixelMapSeatLUTCache;
-  std::atomic<bool> isEnding{false};
-  std::mutex lock;
-  /// A precompute of another generation is cancelled. Under the lock.
-  std::uint64_t pixelMapPersistentPrecomputeGeneration = 0;
+  SeatLutMaker maker;
+  /// A precompute of another generation is cancelled.
+  std::atomic<std::uint64_t> pixelMapPersistentPrecomputeGeneration{0};
 };
 
-struct PixelMapSeatLuts::PrecomputeRun {
+/// A table on its way. The queue's until it has ended, then the main thread's.
+struct PixelMapSeatLuts::Build {
+  static void run(const std::shared_ptr<Build>& self) noexcept {
+    const auto here = self->shared.lock();
+    if (!here) return;
+    self->lut = here->maker.buildAndPersist(self->videoURL, self->seat, self->end);
+    self->hasEnded = true;
+    here->tell(self);
+  }
+
   std::weak_ptr<Shared> shared;
-  std::uint64_t generation;
+  PixelMapSeatLuts* luts;
+  std::string videoURL;
+  std::string key;
+  SeatPosition seat;
+  SeatLut lut = nullptr;
+  BuildEnd end = BuildEnd::cancelled;
+  std::atomic<bool> hasEnded{false};
+};
+
+/// A table that was asked for and is not there.
+struct PixelMapSeatLuts::Attempt {
+  void failed(Duration now) {
+    build.reset();
+    rest = std::min(rest > Duration::zero() ? rest * 2 : kFirstRest, kLongestRest);
+    restsUntil = now + rest;
+  }
+
+  /// Null while none is under way.
+  std::shared_ptr<Build> build;
+  /// The video's, when the last build of it was asked for.
+  std::optional<VideoFileSignature> signature;
+  Duration rest{};
+  Duration restsUntil{};
+};
+
+/// A precompute's share that the queue knows: nothing of the host's.
+struct PixelMapSeatLuts::PrecomputeJob {
+  enum class State : std::uint8_t { running, cancelled, ended };
+
+  static void run(const std::shared_ptr<PrecomputeJob>& self) noexcept {
+    const auto here = self->shared.lock();
+    if (!here) return;
+    for (const PixelMapVideoEntry& entry : self->entries) {
+      if (here->maker.isEnding() ||
+          here->pixelMapPersistentPrecomputeGeneration != self->generation) {
+        self->state = State::cancelled;
+        here->tell(self);
+        return;
+      }
+      here->maker.prepare(entry.videoURL, self->seat);
+      ++self->done;
+      here->tell(self);
+    }
+    self->state = State::ended;
+    here->tell(self);
+  }
+
+  std::weak_ptr<Shared> shared;
+  PixelMapSeatLuts* luts;
   std::vector<PixelMapVideoEntry> entries;
   SeatPosition seat;
+  std::uint64_t generation = 0;
+  std::atomic<int> done{0};
+  std::atomic<State> state{State::running};
+};
+
+/// What the host wants to know of it. Main thread.
+struct PixelMapSeatLuts::Precompute {
+  std::shared_ptr<PrecomputeJob> job;
   PrecomputeProgress progress;
   PrecomputeCompletion completion;
+  /// Maps that it has been told of.
+  int told = 0;
 };
 
 /// The video looked up last, so that a show does not go through folders at every packet.
@@ -76,10 +138,12 @@ struct PixelMapSeatLuts::Work {
   PixelMapAssets assets;
   std::unique_ptr<LiveSampler> sampler;
   SeatLutState state;
-  /// Builds that have been asked for and not yet ended, by key: every packet of a map without a
-  /// table asks anew.
-  std::map<std::string, std::uint64_t, std::less<>> building;
-  std::uint64_t builds = 0;
+  /// Tables that are not there, by key: every packet of their maps asks anew.
+  std::map<std::string, Attempt, std::less<>> attempts;
+  /// In the order in which they were asked for.
+  std::vector<std::shared_ptr<Precompute>> precomputes;
+  /// While anything is under way.
+  Timer watch;
   FoundVideo foundVideo;
 };
 
@@ -120,8 +184,18 @@ void PixelMapSeatLuts::useQueues(SerialQueue& lutDecode, SerialQueue& liveDecode
 }
 
 void PixelMapSeatLuts::end() {
-  if (shared_) shared_->isEnding = true;
+  if (shared_) shared_->maker.end();
   stopPixelMapLiveSampler();
+  if (work_) work_->watch.invalidate();
+}
+
+SeatLutFailures PixelMapSeatLuts::failures() const {
+  SeatLutFailures failures = shared_ ? shared_->maker.failures() : SeatLutFailures();
+  if (work_ && work_->sampler) {
+    failures.counts[static_cast<std::size_t>(SeatLutFailure::noMemory)] +=
+        work_->sampler->failures();
+  }
+  return failures;
 }
 
 void PixelMapSeatLuts::clearActiveSeatLUT() {
@@ -145,11 +219,7 @@ void PixelMapSeatLuts::preloadPixelMapSeatLUTForVenueId(int venueId, int pixelMa
   }
   assets().setPixelMapDebugText(std::nullopt);
   SeatLut lut = ready_ != nullptr ? ready_->find(video.url, video.seat) : nullptr;
-  if (!lut) lut = shared()->pixelMapSeatLUTCache.find(video.key);
-  if (!lut) {
-    lut = shared()->files.loadPersistedPixelMapSeatLUTForVideoURL(video.url, video.seat);
-    if (lut) shared()->pixelMapSeatLUTCache.store(video.key, lut);
-  }
+  if (!lut) lut = shared()->maker.findKept(video.url, video.seat, video.key);
   if (!lut) {
     // A copy: what a listener does may look for another video.
     buildSoon(FoundVideo(video));
@@ -165,14 +235,28 @@ void PixelMapSeatLuts::buildSoon(const FoundVideo& video) {
   const bool wasRequested = here.state.pixelMapSeatLUTRequestedKey == video.key;
   clearActiveSeatLUT();
   here.state.pixelMapSeatLUTRequestedKey = video.key;
-  if (pixelMapLiveDecodeQueue_ != nullptr) {
+  const auto signature = shared()->maker.files().pixelMapVideoFileSignatureForURL(video.url);
+  const bool isAskedFor = !isResting(video, signature);
+  if (!isAskedFor) {
+    stopPixelMapLiveSampler();
+  } else if (pixelMapLiveDecodeQueue_ != nullptr) {
     sampler().startPixelMapLiveSamplerForVideoURL(
         {video.url, video.venueId, video.pixelMapId, video.key, video.seat,
-         listener_.currentVideoMinutes()},
+         listener_.currentVideoMinutes(), signature},
         *pixelMapLiveDecodeQueue_);
   }
   if (!wasRequested) listener_.refreshMode21ColorIfNeeded();
-  requestBuild(video);
+  if (isAskedFor) requestBuild(video, signature);
+}
+
+// Whether a build of that very video has failed only just now. Opening it for every packet would
+// cost more than the show.
+bool PixelMapSeatLuts::isResting(const FoundVideo& video,
+                                 const std::optional<VideoFileSignature>& signature) {
+  const auto& attempts = work().attempts;
+  const auto found = attempts.find(video.key);
+  if (found == attempts.end() || found->second.build) return false;
+  return found->second.signature == signature && platform_.runLoop.now() < found->second.restsUntil;
 }
 
 const PixelMapSeatLuts::FoundVideo& PixelMapSeatLuts::findVideo(int venueId, int pixelMapId,
@@ -199,39 +283,81 @@ bool PixelMapSeatLuts::adopt(const std::string& key, const SeatLut& lut) {
   return isNew;
 }
 
-void PixelMapSeatLuts::requestBuild(const FoundVideo& video) {
-  if (pixelMapLUTDecodeQueue_ == nullptr || work().building.contains(video.key)) return;
-  struct Job {
-    std::weak_ptr<Shared> weak;
-    PixelMapSeatLuts* luts;
-    std::uint64_t number;
-    std::string videoURL;
-    std::string key;
-    SeatPosition seat;
-    SeatLut lut;
-  };
-  auto job = std::make_unique<Job>(
-      Job{shared(), this, ++work().builds, video.url, video.key, video.seat, nullptr});
-  work().building[video.key] = job->number;
-  pixelMapLUTDecodeQueue_->dispatch([job = std::move(job)]() mutable {
-    const auto shared = job->weak.lock();
-    if (!shared) return;
-    job->lut = shared->buildAndPersist(job->videoURL, job->seat);
-    shared->runLoop.post([job = std::move(job)] {
-      if (job->weak.expired()) return;
-      job->luts->buildEnded(job->number, job->key, job->lut);
-    });
-  });
+void PixelMapSeatLuts::requestBuild(const FoundVideo& video,
+                                    const std::optional<VideoFileSignature>& signature) {
+  if (pixelMapLUTDecodeQueue_ == nullptr) return;
+  Attempt& attempt = work().attempts[video.key];
+  if (attempt.build) return;
+  if (attempt.signature != signature) attempt.rest = {};
+  attempt.signature = signature;
+  SeatLutFailure failure = SeatLutFailure::noMemory;
+  try {
+    beginWatch();
+    attempt.build = std::make_shared<Build>();
+    Build& build = *attempt.build;
+    build.shared = shared();
+    build.luts = this;
+    build.videoURL = video.url;
+    build.key = video.key;
+    build.seat = video.seat;
+    if (pixelMapLUTDecodeQueue_->dispatch([job = attempt.build] { Build::run(job); })) return;
+    failure = SeatLutFailure::noThread;
+  } catch (const std::bad_alloc&) {
+    // As it was said.
+  }
+  shared()->maker.count(failure);
+  attempt.failed(platform_.runLoop.now());
+  endWatch();
 }
 
-void PixelMapSeatLuts::buildEnded(std::uint64_t number, const std::string& key,
-                                  const SeatLut& lut) {
-  auto& builds = work().building;
-  const auto building = builds.find(key);
-  if (building != builds.end() && building->second == number) builds.erase(building);
-  if (state().pixelMapSeatLUTRequestedKey != key || !lut) return;
-  shared()->pixelMapSeatLUTCache.store(key, lut);
-  if (adopt(key, lut)) listener_.refreshMode21ColorIfNeeded();
+// False where it has been taken already, or is not there yet.
+bool PixelMapSeatLuts::take(const std::shared_ptr<Build>& build) {
+  if (!build->hasEnded.exchange(false)) return false;
+  auto& attempts = work().attempts;
+  const auto attempt = attempts.find(build->key);
+  if (attempt != attempts.end() && attempt->second.build == build) {
+    if (build->lut || build->end == BuildEnd::cancelled) {
+      attempts.erase(attempt);
+    } else {
+      attempt->second.failed(platform_.runLoop.now());
+    }
+  }
+  endWatch();
+  if (state().pixelMapSeatLUTRequestedKey != build->key || !build->lut) return true;
+  shared()->maker.cache().store(build->key, build->lut);
+  if (adopt(build->key, build->lut)) listener_.refreshMode21ColorIfNeeded();
+  return true;
+}
+
+// Results of which the main thread could not be told for want of memory would be waited for for
+// ever.
+void PixelMapSeatLuts::beginWatch() {
+  Timer& watch = work().watch;
+  if (watch.isValid()) return;
+  watch = Timer(platform_.runLoop, platform_.runLoop.every(kWatch, [this] {
+    // What is taken may have the host destroy this.
+    const std::weak_ptr<Shared> weak = shared_;
+    while (!weak.expired() && takeNext()) {
+    }
+  }));
+}
+
+void PixelMapSeatLuts::endWatch() {
+  const auto isUnderWay = [](const auto& row) { return row.second.build != nullptr; };
+  Work& here = work();
+  if (here.precomputes.empty() && std::ranges::none_of(here.attempts, isUnderWay)) {
+    here.watch.invalidate();
+  }
+}
+
+bool PixelMapSeatLuts::takeNext() {
+  const Work& here = work();
+  for (const auto& [key, attempt] : here.attempts) {
+    if (attempt.build && attempt.build->hasEnded) return take(std::shared_ptr(attempt.build));
+  }
+  return std::ranges::any_of(here.precomputes, [this](const auto& precompute) {
+    return take(std::shared_ptr(precompute->job));
+  });
 }
 
 MaybeColour PixelMapSeatLuts::colorFromActivePixelMapSeatLUTForFrameIndex(int frameIndex) {
@@ -252,95 +378,76 @@ void PixelMapSeatLuts::precomputePixelMapLUTsForVenueId(std::int64_t venueId, Se
   if (venueId >= 1 && seat.x >= 0 && seat.y >= 0) {
     entries = assets().pixelMapVideoEntriesForVenueId(venueId);
   }
-  if (entries.empty() || pixelMapLUTDecodeQueue_ == nullptr) {
-    reportCompletion(std::move(completion), 0, 0);
-    return;
+  const bool hasWork = !entries.empty() && pixelMapLUTDecodeQueue_ != nullptr;
+  if (!hasWork) entries.clear();
+  auto job = std::make_shared<PrecomputeJob>();
+  job->shared = shared();
+  job->luts = this;
+  job->entries = std::move(entries);
+  job->seat = seat;
+  auto precompute =
+      std::make_shared<Precompute>(Precompute{job, std::move(progress), std::move(completion)});
+  beginWatch();
+  work().precomputes.push_back(std::move(precompute));
+  if (hasWork) {
+    work().foundVideo = {};
+    job->generation = ++shared()->pixelMapPersistentPrecomputeGeneration;
+    if (pixelMapLUTDecodeQueue_->dispatch([job] { PrecomputeJob::run(job); })) return;
+    shared()->maker.count(SeatLutFailure::noThread);
   }
-  work().foundVideo = {};
-  std::uint64_t generation = 0;
-  {
-    const std::lock_guard lock(shared()->lock);
-    generation = ++shared()->pixelMapPersistentPrecomputeGeneration;
-  }
-  auto run = std::make_unique<PrecomputeRun>(PrecomputeRun{
-      shared(), generation, std::move(entries), seat, std::move(progress), std::move(completion)});
-  pixelMapLUTDecodeQueue_->dispatch([run = std::move(run)] { precompute(*run); });
+  job->state = PrecomputeJob::State::ended;
+  shared()->tell(job);
 }
 
-// On the queue.
-void PixelMapSeatLuts::precompute(const PrecomputeRun& run) {
-  const auto shared = run.shared.lock();
-  if (!shared) return;
-  const auto total = static_cast<int>(run.entries.size());
-  int done = 0;
-  for (const PixelMapVideoEntry& entry : run.entries) {
-    {
-      const std::lock_guard lock(shared->lock);
-      if (shared->pixelMapPersistentPrecomputeGeneration != run.generation) return;
-    }
-    if (shared->isEnding) return;
-    if (!shared->findReady(entry.videoURL, run.seat)) {
-      SeatLut lut = shared->files.loadPersistedPixelMapSeatLUTForVideoURL(entry.videoURL, run.seat);
-      if (!lut) lut = shared->buildAndPersist(entry.videoURL, run.seat);
-      if (lut) {
-        shared->pixelMapSeatLUTCache.store(
-            pixelMapSeatLUTCacheKeyForVideoPath(entry.videoURL, run.seat), std::move(lut));
-      }
-    }
-    ++done;
-    struct Report {
-      std::weak_ptr<Shared> shared;
-      PrecomputeProgress progress;
-      int done;
-      int total;
-      std::string mapId;
-    };
-    auto report =
-        std::make_unique<Report>(Report{run.shared, run.progress, done, total, entry.mapId});
-    shared->runLoop.post([report = std::move(report)] {
-      if (report->shared.expired() || !report->progress) return;
-      report->progress(report->done, report->total, report->mapId);
-    });
+// Tells the host of one thing, each in a turn of its own; false where there is none to tell.
+bool PixelMapSeatLuts::take(const std::shared_ptr<PrecomputeJob>& job) {
+  auto& precomputes = work().precomputes;
+  const auto found = std::ranges::find(precomputes, job, &Precompute::job);
+  if (found == precomputes.end()) return false;
+  // What the host does may be the end of this, or begin another.
+  const std::shared_ptr<Precompute> precompute = *found;
+  const PrecomputeJob::State state = job->state;
+  const int done = job->done;
+  const auto total = static_cast<int>(job->entries.size());
+  if (precompute->told < done) {
+    const int told = ++precompute->told;
+    if (!precompute->progress) return true;
+    precompute->progress(told, total, job->entries[static_cast<std::size_t>(told - 1)].mapId);
+    return true;
   }
-  auto completion = std::make_unique<PrecomputeCompletion>(run.completion);
-  shared->runLoop.post([weak = run.shared, completion = std::move(completion), done, total] {
-    if (!weak.expired() && *completion) (*completion)(done, total);
-  });
-}
-
-void PixelMapSeatLuts::reportCompletion(PrecomputeCompletion completion, int done, int total) {
-  if (!completion) return;
-  auto boxed = std::make_unique<PrecomputeCompletion>(std::move(completion));
-  platform_.runLoop.post(
-      [boxed = std::move(boxed), done, total, weak = std::weak_ptr<Shared>(shared())] {
-        if (!weak.expired()) (*boxed)(done, total);
-      });
+  if (state == PrecomputeJob::State::running) return false;
+  precomputes.erase(found);
+  endWatch();
+  if (state == PrecomputeJob::State::ended && precompute->completion) {
+    precompute->completion(done, total);
+  }
+  return true;
 }
 
 void PixelMapSeatLuts::invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {
   if (venueId < 1) return;
-  std::vector<PixelMapVideoEntry> entries = assets().pixelMapVideoEntriesForVenueId(venueId);
-  {
-    const std::lock_guard lock(shared()->lock);
-    ++shared()->pixelMapPersistentPrecomputeGeneration;
-    shared()->pixelMapSeatLUTCache.clear();
-    clearActiveSeatLUT();
-  }
-  work().building.clear();
-  work().foundVideo = {};
-  if (pixelMapLUTDecodeQueue_ == nullptr) return;
   struct Removal {
+    void run() const {
+      const auto here = shared.lock();
+      if (!here) return;
+      for (const PixelMapVideoEntry& entry : entries)
+        here->maker.files().removeTables(entry.videoURL);
+    }
+
     std::weak_ptr<Shared> shared;
     std::vector<PixelMapVideoEntry> entries;
   };
-  auto removal = std::make_unique<Removal>(Removal{shared(), std::move(entries)});
-  pixelMapLUTDecodeQueue_->dispatch([removal = std::move(removal)] {
-    const auto shared = removal->shared.lock();
-    if (!shared) return;
-    for (const PixelMapVideoEntry& entry : removal->entries) {
-      shared->files.removeTables(entry.videoURL);
-    }
-  });
+  const auto removal = std::make_shared<const Removal>(
+      Removal{shared(), assets().pixelMapVideoEntriesForVenueId(venueId)});
+  ++shared()->pixelMapPersistentPrecomputeGeneration;
+  shared()->maker.cache().clear();
+  clearActiveSeatLUT();
+  work().attempts.clear();
+  work().foundVideo = {};
+  endWatch();
+  if (pixelMapLUTDecodeQueue_ == nullptr) return;
+  // Tables that stayed would be taken for the new ones.
+  if (!pixelMapLUTDecodeQueue_->dispatch([removal] { removal->run(); })) removal->run();
 }
 
 }  // namespace halvora

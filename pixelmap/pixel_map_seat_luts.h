@@ -8,14 +8,18 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "light/show_parts.h"
 #include "pixelmap/live_sampler.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "pixelmap/seat_lut.h"
+#include "pixelmap/seat_lut_failure.h"
+#include "pixelmap/seat_lut_files.h"
 #include "platform/platform.h"
 #include "platform/serial_queues.h"
+#include "platform/time.h"
 
 namespace halvora {
 
@@ -33,6 +37,11 @@ using PrecomputeCompletion = std::function<void(int done, int total)>;
 
 class PixelMapSeatLuts final : public SeatLutPart {
  public:
+  /// A table that could not be had is asked for again after the first of these, then after twice as
+  /// long, up to the last, by whatever packet comes then; at once where the video is another.
+  static constexpr Duration kFirstRest = milliseconds(1000);
+  static constexpr Duration kLongestRest = milliseconds(64'000);
+
   struct Listener {
     /// The frame on the air, around which live sampling begins.
     std::function<int()> currentVideoMinutes;
@@ -61,6 +70,9 @@ class PixelMapSeatLuts final : public SeatLutPart {
   void stopPixelMapLiveSampler() override;
   MaybeColour colorFromActivePixelMapSeatLUTForFrameIndex(int frameIndex) override;
 
+  /// The two are called, copied and destroyed on the main thread. They may do anything, but for
+  /// destroying the engine's platform. Where the work cannot begin, `completion` is told of fewer
+  /// maps than there are.
   void precomputePixelMapLUTsForVenueId(std::int64_t venueId, SeatPosition seat,
                                         PrecomputeProgress progress,
                                         PrecomputeCompletion completion);
@@ -68,13 +80,17 @@ class PixelMapSeatLuts final : public SeatLutPart {
 
   /// Empty before the first pixel map.
   const SeatLutState& state() const;
+  SeatLutFailures failures() const;
   const LiveSampler& liveSampler() { return sampler(); }
   PixelMapAssets& assets();
 
  private:
   struct Shared;
   struct Work;
-  struct PrecomputeRun;
+  struct Build;
+  struct Attempt;
+  struct PrecomputeJob;
+  struct Precompute;
   struct FoundVideo;
 
   Work& work();
@@ -83,10 +99,13 @@ class PixelMapSeatLuts final : public SeatLutPart {
   const FoundVideo& findVideo(int venueId, int pixelMapId, SeatPosition seat);
   bool adopt(const std::string& key, const SeatLut& lut);
   void buildSoon(const FoundVideo& video);
-  void requestBuild(const FoundVideo& video);
-  void buildEnded(std::uint64_t number, const std::string& key, const SeatLut& lut);
-  static void precompute(const PrecomputeRun& run);
-  void reportCompletion(PrecomputeCompletion completion, int done, int total);
+  bool isResting(const FoundVideo& video, const std::optional<VideoFileSignature>& signature);
+  void requestBuild(const FoundVideo& video, const std::optional<VideoFileSignature>& signature);
+  bool take(const std::shared_ptr<Build>& build);
+  bool take(const std::shared_ptr<PrecomputeJob>& job);
+  bool takeNext();
+  void beginWatch();
+  void endWatch();
 
   const Platform& platform_;
   const SeatLutSource* const ready_;

@@ -29,7 +29,7 @@ class Watch {
 
   bool mayGoOn() {
     if (control_.isCancelled && control_.isCancelled()) isCancelled_ = true;
-    return !isCancelled_;
+    return !isCancelled_ && !hasFailed_;
   }
   void frameDone() {
     const int done = framesDone_.fetch_add(1) + 1;
@@ -37,9 +37,21 @@ class Watch {
   }
   bool isCancelled() const { return isCancelled_; }
 
+  /// Runs one stretch's share. What it throws ends all stretches at their next frame.
+  template <class Work>
+  void guard(const Work& work) noexcept {
+    try {
+      work();
+    } catch (...) {
+      hasFailed_ = true;
+    }
+  }
+  bool hasFailed() const { return hasFailed_; }
+
  private:
   const BuildControl& control_;
   std::atomic<bool> isCancelled_{false};
+  std::atomic<bool> hasFailed_{false};
   std::atomic<int> framesDone_{0};
 };
 
@@ -51,16 +63,24 @@ class Stretch {
       : reader_(std::move(reader)), gatherer_(seats, tables), watch_(watch) {}
 
   void decodeAndGather() {
-    while (const auto frame = next()) gatherer_.take(*frame);
-    gatherer_.end();
+    watch_.guard([this] {
+      while (const auto frame = next()) gatherer_.take(*frame);
+      gatherer_.end();
+    });
   }
   void decode() {
-    while (auto frame = next()) channel_.push(std::move(frame));
+    watch_.guard([this] {
+      for (auto frame = next(); frame && channel_.push(std::move(frame)); frame = next()) {
+      }
+    });
     channel_.close();
   }
   void gather() {
-    while (const auto frame = channel_.pop()) gatherer_.take(*frame);
-    gatherer_.end();
+    watch_.guard([this] {
+      while (const auto frame = channel_.pop()) gatherer_.take(*frame);
+      gatherer_.end();
+    });
+    channel_.abandon();
   }
 
   int settle(int firstBehind) { return gatherer_.settle(firstBehind); }
@@ -98,10 +118,25 @@ void fillGaps(const SeatTables& tables, std::size_t seats) {
   }
 }
 
-}  // namespace
+// Every stretch from end to end. Where there are no threads for that, this one does it all.
+void run(std::deque<Stretch>& stretches, Workers& workers, bool isApart) {
+  std::vector<Task> tasks;
+  if (isApart) {
+    for (Stretch& stretch : stretches) {
+      tasks.emplace_back([&stretch] { stretch.decode(); });
+      tasks.emplace_back([&stretch] { stretch.gather(); });
+    }
+    if (workers.run(tasks) != WorkEnd::notBegun) return;
+    tasks.clear();
+  }
+  for (Stretch& stretch : stretches) {
+    tasks.emplace_back([&stretch] { stretch.decodeAndGather(); });
+  }
+  runAnyway(workers, tasks);
+}
 
-BuildEnd buildSeatTables(const VideoAsset& asset, std::span<const SeatPosition> seats,
-                         std::span<std::uint32_t> table, const BuildControl& control) {
+BuildEnd build(const VideoAsset& asset, std::span<const SeatPosition> seats,
+               std::span<std::uint32_t> table, const BuildControl& control) {
   const int frameCount = pixelMapFrameCount(asset.durationSeconds());
   std::vector<std::uint8_t> filled(static_cast<std::size_t>(frameCount), 0);
   const SeatTables tables{table, frameCount, filled};
@@ -114,18 +149,10 @@ BuildEnd buildSeatTables(const VideoAsset& asset, std::span<const SeatPosition> 
     stretches.emplace_back(std::move(reader), seats, tables, watch);
   }
 
-  const bool isApart = control.workers.areParallel() && seats.size() >= kSeatsGatheredApart;
-  std::vector<Task> tasks;
-  for (Stretch& stretch : stretches) {
-    if (isApart) {
-      tasks.emplace_back([&stretch] { stretch.decode(); });
-      tasks.emplace_back([&stretch] { stretch.gather(); });
-    } else {
-      tasks.emplace_back([&stretch] { stretch.decodeAndGather(); });
-    }
-  }
-  control.workers.run(tasks);
+  run(stretches, control.workers,
+      control.workers.areParallel() && seats.size() >= kSeatsGatheredApart);
   if (watch.isCancelled()) return BuildEnd::cancelled;
+  if (watch.hasFailed()) return BuildEnd::noMemory;
 
   int firstBehind = frameCount;
   for (auto stretch = stretches.rbegin(); stretch != stretches.rend(); ++stretch) {
@@ -136,19 +163,35 @@ BuildEnd buildSeatTables(const VideoAsset& asset, std::span<const SeatPosition> 
   return BuildEnd::built;
 }
 
-SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,
-                                        SeatPosition seat, const BuildControl& control) {
-  if (videoURL.empty()) return nullptr;
-  const auto asset = videos.open(videoURL);
-  if (!asset) return nullptr;
+}  // namespace
+
+BuildEnd buildSeatTables(const VideoAsset& asset, std::span<const SeatPosition> seats,
+                         std::span<std::uint32_t> table, const BuildControl& control) {
   try {
+    return build(asset, seats, table, control);
+  } catch (const std::bad_alloc&) {
+    return BuildEnd::noMemory;
+  }
+}
+
+SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,
+                                        SeatPosition seat, const BuildControl& control,
+                                        BuildEnd* end) {
+  BuildEnd ignored = BuildEnd::noVideo;
+  BuildEnd& result = end != nullptr ? *end : ignored;
+  result = BuildEnd::noVideo;
+  if (videoURL.empty()) return nullptr;
+  try {
+    const auto asset = videos.open(videoURL);
+    if (!asset) return nullptr;
     const int frameCount = pixelMapFrameCount(asset->durationSeconds());
     std::vector<std::uint32_t> words(static_cast<std::size_t>(frameCount), kNoColourWord);
-    if (buildSeatTables(*asset, {&seat, 1}, words, control) != BuildEnd::built) return nullptr;
-    return SeatLut(std::move(words));
+    result = buildSeatTables(*asset, {&seat, 1}, words, control);
+    if (result == BuildEnd::built) return SeatLut(std::move(words));
   } catch (const std::bad_alloc&) {
-    return nullptr;
+    result = BuildEnd::noMemory;
   }
+  return nullptr;
 }
 
 SeatLut buildSeedPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,

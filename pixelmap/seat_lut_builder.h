@@ -23,23 +23,34 @@ struct BuildControl {
   std::function<void(int framesDone)> onFrame = {};
 };
 
-enum class BuildEnd : std::uint8_t { built, noFrames, cancelled };
+enum class BuildEnd : std::uint8_t {
+  built,
+  /// There is no such video.
+  noVideo,
+  /// None of its frames can be read.
+  noFrames,
+  cancelled,
+  /// Nothing is wrong with the video, as far as was seen.
+  noMemory,
+};
 
 /// Fills the tables of many seats in one pass. `table` has one row of
 /// `pixelMapFrameCount(asset.durationSeconds())` words a seat, in the order of the seats, all 0; a
 /// seat outside of the picture gets the pixel at the edge nearest to it. Besides the table it needs
-/// room for 64 words a seat and worker. Where the end is not `built`, the table is worth nothing.
+/// room for 64 words a seat and worker. Where there are no threads, this one does everything. Where
+/// the end is not `built`, the table is worth nothing.
 BuildEnd buildSeatTables(const VideoAsset& asset, std::span<const SeatPosition> seats,
                          std::span<std::uint32_t> table, const BuildControl& control);
 
-/// The whole table of one seat, or null: there is no such video, it has no frame that can be read,
-/// or the build was cancelled.
+/// The whole table of one seat, or null. `end`, if given, receives how the build ended. Throws
+/// nothing that the control's own functions do not.
 SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,
-                                        SeatPosition seat, const BuildControl& control);
+                                        SeatPosition seat, const BuildControl& control,
+                                        BuildEnd* end = nullptr);
 
 /// The frames within `radius` of `centerFrame`, modulo the video's frames; the others have no
 /// colour. Null where none could be had. Unlike the whole table, a seat outside of the picture has
-/// no colour.
+/// no colour. Throws std::bad_alloc where memory is short.
 SeatLut buildSeedPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,
                                             SeatPosition seat, std::int64_t centerFrame,
                                             std::int64_t radius);

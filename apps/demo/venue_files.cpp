@@ -2,6 +2,7 @@
 #include "apps/demo/venue_files.h"
 
 #include <algorithm>
+#include <new>
 
 #include "pixelmap/frame_time.h"
 #include "seats/seat_map_document.h"
@@ -75,6 +76,7 @@ std::unique_ptr<VenueFiles> readVenueFiles(const VenueOrder& order, const VideoA
       failure = "There is no room for the seats' tables in the temporary folder";
       return nullptr;
     }
+    if (end == VenueTables::End::noMemory) throw std::bad_alloc();
     framesBefore += frames[at];
   }
   if (order.isCancelled()) return nullptr;

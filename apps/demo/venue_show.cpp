@@ -3,6 +3,7 @@
 
 #include <QStringList>
 #include <array>
+#include <new>
 #include <utility>
 
 #include "apps/demo/desk_words.h"
@@ -12,6 +13,8 @@
 namespace halvora {
 
 namespace {
+
+constexpr const char* kNoMemory = "There is too little memory for this venue";
 
 QString text(std::string_view utf8) {
   return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
@@ -42,7 +45,11 @@ struct VenueShow::Reading {
   std::string failure;
 
   void run(const std::shared_ptr<Reading>& self) {
-    files = readVenueFiles(order, videos, json, workers, failure);
+    try {
+      files = readVenueFiles(order, videos, json, workers, failure);
+    } catch (const std::bad_alloc&) {
+      failure = kNoMemory;
+    }
     loop.post([self] {
       if (self->venue != nullptr) self->venue->readEnded(std::move(self->files), self->failure);
     });
@@ -112,7 +119,9 @@ void VenueShow::read() {
   reading_->order.isCancelled = [reading = reading_.get()] { return reading->isCancelled.load(); };
   reading_->order.progress = [reading = reading_.get(), weak = std::weak_ptr<Reading>(reading_)](
                                  double share) { reading->show(share, weak); };
-  queue_->dispatch([reading = reading_] { reading->run(reading); });
+  if (!queue_->dispatch([reading = reading_] { reading->run(reading); })) {
+    readEnded(nullptr, kNoMemory);
+  }
 }
 
 void VenueShow::readEnded(std::unique_ptr<VenueFiles> files, const std::string& failure) {

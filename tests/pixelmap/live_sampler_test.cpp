@@ -43,7 +43,10 @@ class LiveSampling : public testing::Test {
     return "/main/HVAssets/Maps/Venue-7/" + map + "/video.mp4";
   }
   void start(std::int64_t center = 0, const std::string& key = "key", SeatPosition seat = {2, 1}) {
-    sampler_->startPixelMapLiveSamplerForVideoURL({pathOf("5"), 7, 5, key, seat, center}, queue_);
+    const auto file = files_.attributes(pathOf("5"));
+    sampler_->startPixelMapLiveSamplerForVideoURL(
+        {pathOf("5"), 7, 5, key, seat, center, VideoFileSignature{file->size, file->modifiedAt}},
+        queue_);
   }
   void startOther() {
     sampler_->startPixelMapLiveSamplerForVideoURL({pathOf("6"), 7, 6, "other", {2, 1}, 0}, queue_);
@@ -197,10 +200,18 @@ TEST_F(LiveSampling, SecondStartForTheSameKeyDoesNothing) {
   EXPECT_EQ(frames().size(), 10U) << "what it has stays";
 }
 
-TEST_F(LiveSampling, VideoOfAnotherLengthStartsAnew) {
+TEST_F(LiveSampling, SecondStartForTheSameKeyDoesNotOpenTheVideo) {
+  start(3);
+  const int opens = videos_.counts.opens;
+  for (int look = 0; look < 10; ++look) start(3);
+  EXPECT_EQ(videos_.counts.opens, opens);
+}
+
+TEST_F(LiveSampling, AnotherVideoInItsPlaceStartsAnew) {
   start(0);
   queue_.runAll();
   putVideo(VirtualVideo::ofPlaces(20, 4, 3));
+  files_.touch(pathOf("5"), 2e9);
   start(0);
   EXPECT_EQ(queue_.waiting(), 1U);
   EXPECT_EQ(at(5), std::nullopt);

@@ -249,5 +249,48 @@ TEST_F(Precompute, MapAskedForMeanwhileIsShownByTheNextPacketAfterIt) {
   EXPECT_EQ(wordsOf(bench_.state().pixelMapSeatLUTActiveData), kRedGreen);
 }
 
+TEST_F(Precompute, EngineMayGoWithinAReport) {
+  putThreeMaps();
+  int reports = 0;
+  bench_.luts().precomputePixelMapLUTsForVenueId(
+      7, {2, 1},
+      [this, &reports, kept = std::string("what the host kept for itself")](
+          int, int, const std::string& map) {
+        ++reports;
+        bench_.destroy();
+        EXPECT_EQ(kept, "what the host kept for itself") << "it lives as long as it is called";
+        EXPECT_EQ(map, "1");
+      },
+      [&reports](int, int) { reports += 100; });
+  bench_.lutQueue.runAll();
+  bench_.turn();
+  EXPECT_EQ(reports, 1);
+}
+
+TEST_F(Precompute, EngineMayGoWithinTheEndOfIt) {
+  bench_.putMap("1", kRedGreen);
+  int ends = 0;
+  bench_.luts().precomputePixelMapLUTsForVenueId(
+      7, {2, 1}, {}, [this, &ends, kept = std::string("what the host kept for itself")](int, int) {
+        bench_.destroy();
+        EXPECT_EQ(kept, "what the host kept for itself");
+        ++ends;
+      });
+  bench_.lutQueue.runAll();
+  bench_.turn();
+  EXPECT_EQ(ends, 1);
+}
+
+TEST_F(Precompute, OneMayBeginWithinAnothersEnd) {
+  putThreeMaps();
+  bench_.luts().precomputePixelMapLUTsForVenueId(7, {2, 1}, {}, [this](int, int) {
+    bench_.precompute({2, 1}, 7, "second ");
+  });
+  bench_.settle();
+  bench_.settle();
+  EXPECT_THAT(bench_.log.drain(),
+              ElementsAre("second 1/3 1", "second 2/3 2", "second 3/3 10", "second done 3/3"));
+}
+
 }  // namespace
 }  // namespace halvora

@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <numeric>
+#include <optional>
+#include <span>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -10,6 +16,7 @@
 #include "platform/standard/thread_workers.h"
 #include "platform/virtual/virtual_video.h"
 #include "tests/pixelmap/sample_video.h"
+#include "tests/support/no_threads.h"
 
 namespace halvora {
 namespace {
@@ -133,6 +140,82 @@ TEST_P(SeatLutBuilderThreads, CancelledFromTheStartReadsNothing) {
                 videos, "/video", kSeat, {.workers = workers_, .isCancelled = [] { return true; }}),
             nullptr);
   EXPECT_EQ(videos.counts.framesRead, 0);
+}
+
+/// A video of whose reading one step throws: so many steps in, of all readers together.
+class ThrowingVideo final : public VideoAsset {
+ public:
+  enum class Step : std::uint8_t { reading, sampling };
+
+  ThrowingVideo(const SampleVideo& video, Step step, int after)
+      : video_(video), step_(step), left_(after) {}
+  double durationSeconds() const override { return video_.durationSeconds(); }
+  std::unique_ptr<FrameReader> reader(const std::optional<MediaTimeRange>& range) const override {
+    return video_.reader(range);
+  }
+  std::vector<std::unique_ptr<FrameReader>> readers(int most) const override {
+    auto readers = video_.readers(most);
+    for (auto& reader : readers) reader = std::make_unique<Reader>(*this, std::move(reader));
+    return readers;
+  }
+  std::unique_ptr<FrameGenerator> generator() const override { return nullptr; }
+
+ private:
+  struct Frame final : VideoFrame {
+    Frame(const ThrowingVideo& its, std::unique_ptr<VideoFrame> frame)
+        : video(its), inner(std::move(frame)) {}
+    double seconds() const override { return inner->seconds(); }
+    std::uint32_t width() const override { return inner->width(); }
+    std::uint32_t height() const override { return inner->height(); }
+    void sample(std::span<const PixelPosition> positions,
+                std::span<std::uint32_t> words) const override {
+      video.go(Step::sampling);
+      inner->sample(positions, words);
+    }
+    const ThrowingVideo& video;
+    std::unique_ptr<VideoFrame> inner;
+  };
+  struct Reader final : FrameReader {
+    Reader(const ThrowingVideo& its, std::unique_ptr<FrameReader> reader)
+        : video(its), inner(std::move(reader)) {}
+    std::unique_ptr<VideoFrame> next() override {
+      video.go(Step::reading);
+      auto frame = inner->next();
+      return frame ? std::make_unique<Frame>(video, std::move(frame)) : nullptr;
+    }
+    const ThrowingVideo& video;
+    std::unique_ptr<FrameReader> inner;
+  };
+
+  void go(Step step) const {
+    if (step == step_ && --left_ < 0) throw std::bad_alloc();
+  }
+
+  const SampleVideo& video_;
+  Step step_;
+  mutable std::atomic<int> left_;
+};
+
+TEST_P(SeatLutBuilderThreads, MemoryThatRunsShortEndsTheBuildAndNobodyWaits) {
+  const SampleVideo video = steadyVideo(3, 30);
+  // One thread a stretch; and two, of which either may be the one that fails.
+  for (const std::size_t seatCount : {std::size_t{2}, std::size_t{520}}) {
+    const auto seats = manySeats(seatCount);
+    for (const auto step : {ThrowingVideo::Step::reading, ThrowingVideo::Step::sampling}) {
+      for (const int after : {0, 1, 5, 40, 89}) {
+        const ThrowingVideo failing(video, step, after);
+        std::vector<std::uint32_t> table(seatCount * 90);
+        EXPECT_EQ(buildSeatTables(failing, seats, table, {.workers = workers_}), BuildEnd::noMemory)
+            << seatCount << " " << after;
+      }
+    }
+  }
+}
+
+TEST_P(SeatLutBuilderThreads, WithoutThreadsTheTablesAreTheSame) {
+  const NoThreads none;
+  expectTablesOf(steadyVideo(2, 30), 3);
+  expectTablesOf(steadyVideo(2, 30), 520);
 }
 
 }  // namespace

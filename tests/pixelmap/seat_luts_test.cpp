@@ -236,7 +236,7 @@ TEST_F(SeatLutPreload, ManyPacketsOfAnUnbuiltMapMakeOneBuild) {
   EXPECT_EQ(bench_.framesRead(), 2);
 }
 
-TEST_F(SeatLutPreload, BuildThatFailedIsTriedAgainByTheNextPacket) {
+TEST_F(SeatLutPreload, BuildThatFailedIsTriedAgainByTheNextPacketAfterItsRest) {
   bench_.putMap("5", {});
   bench_.preload(5);
   bench_.settle();
@@ -244,6 +244,9 @@ TEST_F(SeatLutPreload, BuildThatFailedIsTriedAgainByTheNextPacket) {
   EXPECT_FALSE(bench_.isSaved("5"));
   taken();
   bench_.putMap("5", kRedGreen);
+  bench_.preload(5);
+  EXPECT_EQ(bench_.lutQueue.waiting(), 0U);
+  bench_.phone.loop.runFor(PixelMapSeatLuts::kFirstRest);
   bench_.preload(5);
   EXPECT_THAT(taken(), IsEmpty()) << "it is still the one asked for";
   bench_.settle();

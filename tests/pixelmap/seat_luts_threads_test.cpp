@@ -17,6 +17,7 @@
 #include "platform/standard/thread_workers.h"
 #include "platform/virtual/virtual_phone.h"
 #include "tests/pixelmap/seat_lut_bench.h"
+#include "tests/support/no_threads.h"
 #include "tests/support/posted_turns.h"
 
 namespace halvora {
@@ -319,6 +320,120 @@ TEST_F(SeatLutsThreads, EngineThatGoesDuringABuildEndsItAtItsNextFrame) {
   EXPECT_LE(frames, workers_.count() + 1);
   turns_.runPosted();
   EXPECT_FALSE(phone_.virtualFiles.attributes("/documents").has_value());
+}
+
+/// What a host may catch with its callbacks: it lives on the main thread.
+class Caught {
+ public:
+  Caught(std::thread::id main, std::atomic<int>& astray) : main_(main), astray_(&astray) {}
+  Caught(const Caught& other) : main_(other.main_), astray_(other.astray_) { look(); }
+  Caught(Caught&& other) noexcept : main_(other.main_), astray_(other.astray_) { look(); }
+  Caught& operator=(const Caught&) = delete;
+  Caught& operator=(Caught&&) = delete;
+  ~Caught() { look(); }
+  void look() const {
+    if (std::this_thread::get_id() != main_) ++*astray_;
+  }
+
+ private:
+  std::thread::id main_;
+  std::atomic<int>* astray_;
+};
+
+TEST_F(SeatLutsThreads, HostsCallbacksAreCalledCopiedAndDestroyedOnTheMainThread) {
+  std::atomic<int> astray{0};
+  int ended = 0;
+  for (int map = 1; map <= 3; ++map) putMap(map, 20);
+  makeLuts();
+  const auto begin = [&] {
+    const Caught caught(main_, astray);
+    luts_->precomputePixelMapLUTsForVenueId(
+        7, kSeat, [caught](int, int, const std::string&) { caught.look(); },
+        [caught, &ended](int, int) {
+          caught.look();
+          ++ended;
+        });
+  };
+  begin();
+  turns_.runUntil([&ended] { return ended == 1; });
+  // Cancelled by the next one, by invalidation, and by the end of everything.
+  begin();
+  begin();
+  turns_.runUntil([&ended] { return ended >= 2; });
+  begin();
+  luts_->invalidatePixelMapSeatLUTCacheForVenueId(7);
+  settle();
+  begin();
+  destroy();
+  turns_.runPosted();
+  EXPECT_EQ(astray, 0);
+}
+
+TEST_F(SeatLutsThreads, GenerationIsReadWhileItChanges) {
+  constexpr int kMaps = 6;
+  for (int map = 1; map <= kMaps; ++map) putMap(map, 8);
+  makeLuts();
+  std::vector<std::vector<std::string>> reports(200);
+  for (auto& report : reports) precompute(report);
+  settle();
+  EXPECT_EQ(reports.back().size(), std::size_t{kMaps + 1});
+}
+
+TEST_F(SeatLutsThreads, LiveSamplerIsStoppedWhileItDecodes) {
+  // Nothing but the sampler's own lock orders the two threads.
+  std::atomic<bool> isAtFrame{false};
+  std::atomic<bool> isStopped{false};
+  putMap(1, 100, [&](std::size_t frame) {
+    if (frame != 5) return;
+    isAtFrame.store(true, std::memory_order_relaxed);
+    while (!isStopped.load(std::memory_order_relaxed)) std::this_thread::yield();
+  });
+  makeLuts();
+  lutQueue_->dispatch([this] { gate_.pass(); });
+  preload(1);
+  while (!isAtFrame.load(std::memory_order_relaxed)) std::this_thread::yield();
+  luts_->stopPixelMapLiveSampler();
+  isStopped.store(true, std::memory_order_relaxed);
+  const LiveSampler& live = luts_->liveSampler();
+  for (int frame = 0; frame < 100; ++frame) {
+    EXPECT_EQ(live.colorFromLivePixelMapSeatBufferForFrameIndex(frame), std::nullopt);
+  }
+  bool isOver = false;
+  liveQueue_->dispatch([&] { turns_.post([&isOver] { isOver = true; }); });
+  turns_.runUntil([&] { return isOver; });
+  EXPECT_EQ(framesRead(), 6);
+  gate_.open();
+  settle();
+}
+
+TEST_F(SeatLutsThreads, WithoutThreadsNothingIsWaitedFor) {
+  putMap(1, 30);
+  makeLuts();
+  std::vector<std::string> reports;
+  {
+    const NoThreads none;
+    preload(1);
+    precompute(reports);
+    turns_.runUntil([&reports] { return !reports.empty(); });
+  }
+  EXPECT_THAT(reports, ElementsAre("done"));
+  EXPECT_EQ(luts_->failures()[SeatLutFailure::noThread], 2U);
+  EXPECT_FALSE(isLoaded(1));
+  precompute(reports);
+  turns_.runUntil([&reports] { return reports.size() == 3; });
+  EXPECT_TRUE(isSaved(1));
+}
+
+TEST_F(SeatLutsThreads, WorkersWithoutThreadsStillBuildTheTable) {
+  putMap(1, 90);
+  makeLuts();
+  lutQueue_->dispatch([this] { gate_.pass(); });
+  gate_.waitForArrival();
+  preload(1);
+  const NoThreads none;
+  gate_.open();
+  runUntilLoaded(1);
+  EXPECT_EQ(activeWords(), tableOf(1, 90));
 }
 
 TEST_F(SeatLutsThreads, EverythingAtOnceEndsInOrder) {

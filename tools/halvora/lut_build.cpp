@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -140,6 +141,7 @@ Failure LutBuild::buildAll() {
       {.workers = workers,
        .isCancelled = [this] { return outside_.isInterrupted.load(); },
        .onFrame = [&bar](int count) { bar.show(static_cast<std::uint64_t>(count)); }});
+  if (end == BuildEnd::noMemory) throw std::bad_alloc();
   if (end != BuildEnd::built) return noTable("no frame of it can be read");
   return std::nullopt;
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include "platform/virtual/virtual_run_loop.h"
@@ -138,7 +139,7 @@ void Crowd::seatPhones() {
       for (std::size_t block = chunk.first; block < chunk.end; ++block) seatBlock(block);
     });
   }
-  parts_.workers.run(tasks);
+  if (runAnyway(parts_.workers, tasks) == WorkEnd::failed) throw std::bad_alloc();
 }
 
 void Crowd::seatBlock(std::size_t block) {
@@ -182,7 +183,7 @@ bool Crowd::run() {
   for (Chunk& chunk : chunks_) {
     tasks.emplace_back([this, &slice, &chunk] { runChunk(slice, chunk); });
   }
-  parts_.workers.run(tasks);
+  if (runAnyway(parts_.workers, tasks) == WorkEnd::failed) throw std::bad_alloc();
 
   std::vector<FrameCounts> counts(slice.frames.size());
   bool isGood = true;
@@ -359,7 +360,10 @@ void Crowd::hear(std::size_t sent, Member& member, Duration now, Chunk& chunk) {
   if (!member.phone.isScanning()) return;
   ++chunk.packets.heard;
   // A phone that missed a look may be on the next one already, where that is the one before again.
-  if (member.phone.hear(packet.data) == CrowdPhone::Heard::nothing || !packet.broadcast) return;
+  const CrowdPhone::Heard heard = member.phone.hear(packet.data);
+  // A phone that could not obey would make the report wrong.
+  if (member.phone.wasMemoryShort()) throw std::bad_alloc();
+  if (heard == CrowdPhone::Heard::nothing || !packet.broadcast) return;
   // Who shows a look has no more use for the ones before it.
   for (; member.nextLook <= one.look; ++member.nextLook) {
     chunk.looks.add(member.nextLook, now - parts_.air.looks()[member.nextLook]);

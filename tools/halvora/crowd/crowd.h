@@ -71,6 +71,7 @@ class Crowd {
     Workers& workers;
   };
 
+  /// Throws std::bad_alloc where memory is short, as `run` does; the crowd is worth nothing then.
   Crowd(const Parts& parts, const CrowdSettings& settings);
   ~Crowd();
   Crowd(const Crowd&) = delete;

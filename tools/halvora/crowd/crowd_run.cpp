@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <new>
 #include <optional>
 #include <set>
 #include <utility>
@@ -153,6 +154,8 @@ Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
       return unusable(map.videoURL + ": cannot be read as a video");
     case VenueTables::End::noRoom:
       return failed("no room for the seat tables in the temporary folder");
+    case VenueTables::End::noMemory:
+      throw std::bad_alloc();
     case VenueTables::End::cancelled:
       break;
   }

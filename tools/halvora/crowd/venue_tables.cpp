@@ -37,11 +37,19 @@ VenueTables::End VenueTables::build(const PixelMapVideoEntry& map, const VideoAs
   const std::size_t size = seats_.size() * static_cast<std::size_t>(frameCount);
   const std::span<std::uint32_t> words = room(size);
   if (words.size() != size) return End::noRoom;
-  const BuildEnd end = buildSeatTables(*asset, seats_, words, control);
-  if (end == BuildEnd::cancelled) return End::cancelled;
-  if (end == BuildEnd::noFrames) return End::noVideo;
-  blocks_[map.videoURL] = {words, frameCount};
-  return End::built;
+  switch (buildSeatTables(*asset, seats_, words, control)) {
+    case BuildEnd::built:
+      blocks_[map.videoURL] = {words, frameCount};
+      return End::built;
+    case BuildEnd::cancelled:
+      return End::cancelled;
+    case BuildEnd::noMemory:
+      return End::noMemory;
+    case BuildEnd::noVideo:
+    case BuildEnd::noFrames:
+      break;
+  }
+  return End::noVideo;
 }
 
 SeatLut VenueTables::find(std::string_view videoURL, SeatPosition seat) const {

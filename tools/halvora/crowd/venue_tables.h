@@ -27,7 +27,7 @@ class VenueTables final : public SeatLutSource {
   /// Seats that share a pixel share a table.
   explicit VenueTables(std::span<const SeatPosition> seats);
 
-  enum class End : std::uint8_t { built, noVideo, noRoom, cancelled };
+  enum class End : std::uint8_t { built, noVideo, noRoom, cancelled, noMemory };
   /// Adds the tables of one map.
   End build(const PixelMapVideoEntry& map, const VideoAssets& videos, const BuildControl& control,
             const Room& room);
