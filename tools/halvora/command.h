@@ -23,7 +23,8 @@ namespace halvora {
 
 class CommandOptions;
 
-/// Takes text for standard output; false when it cannot be written.
+/// Takes whole lines for standard output, which whoever reads along a pipe sees at once; false when
+/// they cannot be written.
 using Output = std::function<bool(std::string_view)>;
 
 struct CommandResult {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <new>
 #include <span>
 #include <string>
@@ -67,7 +68,10 @@ CommandResult runCommand(int argumentCount, const char* const* arguments, const 
     const std::span words(arguments, static_cast<std::size_t>(argumentCount));
     result = runCommandLine(kPurpose, kCommands, {words, outside, output});
   } catch (const std::bad_alloc&) {
+    // Short enough to need no memory.
     result = failed("out of memory");
+  } catch (const std::exception& error) {
+    result = failed(error.what());
   }
   result.error = oneLine(std::move(result.error));
   return result;

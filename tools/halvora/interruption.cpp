@@ -4,6 +4,8 @@
 #include <csignal>
 #include <initializer_list>
 
+#include "tools/halvora/leftover.h"
+
 namespace halvora {
 
 namespace {
@@ -11,9 +13,12 @@ namespace {
 std::atomic<bool> isInterrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
+// Who asks again cannot wait.
 void interrupt(int signal) {
-  isInterrupted = true;
+  if (!isInterrupted.exchange(true)) return;
+  removeLeftovers();
   std::signal(signal, SIG_DFL);
+  std::raise(signal);
 }
 
 }  // namespace

@@ -8,11 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include "light/colour.h"
 #include "platform/user_defaults.h"
+#include "tools/halvora/json_buffer.h"
 
 namespace halvora {
 
@@ -51,8 +49,8 @@ class JsonLine {
   void write(std::string_view text);
   void write(const DefaultsValue& value);
 
-  rapidjson::StringBuffer buffer_;
-  rapidjson::Writer<rapidjson::StringBuffer> writer_;
+  JsonBuffer buffer_;
+  JsonWriter writer_;
 };
 
 }  // namespace halvora

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/listen_command.h"
 
-#include <cstdio>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -97,11 +96,7 @@ class Listening final : private CentralManagerDelegate {
     *recording_ << line.begin().addLevel("at", at).add("packet", NSDataToHex(data)).end();
   }
 
-  void print(std::string_view line) {
-    isWritable_ = isWritable_ && output_(line);
-    // Whoever reads along a pipe sees it now.
-    std::fflush(stdout);
-  }
+  void print(std::string_view line) { isWritable_ = isWritable_ && output_(line); }
 
   Radio& radio_;
   const Output& output_;

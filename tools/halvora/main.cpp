@@ -11,6 +11,7 @@
 #include "platform/standard/stopwatch.h"
 #include "tools/halvora/commands.h"
 #include "tools/halvora/interruption.h"
+#include "tools/halvora/whole_lines.h"
 #ifdef HALVORA_HAS_BLUETOOTH
 #include "tools/halvora/bluez/system_transmitter.h"
 #include "tools/halvora/system_radio.h"
@@ -18,8 +19,8 @@
 
 namespace {
 
-bool writeTo(std::FILE* file, std::string_view text) {
-  return std::fwrite(text.data(), 1, text.size(), file) == text.size();
+void writeTo(std::FILE* file, std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), file);
 }
 
 }  // namespace
@@ -40,11 +41,12 @@ int main(int argumentCount, char** arguments) {
     outside.terminal = {[](std::string_view text) { writeTo(stderr, text); },
                         [&watch] { return watch.elapsed(); }};
   }
+  halvora::WholeLines output(STDOUT_FILENO);
   const halvora::CommandResult result =
       halvora::runCommand(argumentCount, arguments, outside,
-                          [](std::string_view text) { return writeTo(stdout, text); });
+                          [&output](std::string_view text) { return output.write(text); });
+  // Whoever closes the pipe has what they wanted.
+  if (output.isClosed()) return 0;
   if (!result.error.empty()) std::fprintf(stderr, "halvora: %s\n", result.error.c_str());
-  if (std::fflush(stdout) == 0) return result.status;
-  if (result.status == 0) std::fputs("halvora: standard output cannot be written\n", stderr);
-  return result.status == 0 ? 1 : result.status;
+  return result.status;
 }

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/map_dump.h"
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
+#include "tools/halvora/json_buffer.h"
 
 namespace halvora {
 
 namespace {
 
-using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
+using Writer = JsonWriter;
 
 void writeName(Writer& writer, std::string_view name) {
   writer.Key("displayName");
@@ -49,7 +48,7 @@ void writeSection(Writer& writer, const SeatMap::SectionItem& section) {
 std::string dumpSeatMap(std::string_view document, const StringTable& strings,
                         const JsonReader& json) {
   const SeatMap map = seatMapOf(document, strings, json);
-  rapidjson::StringBuffer buffer;
+  JsonBuffer buffer;
   Writer writer(buffer);
   writer.StartArray();
   for (std::size_t at = 0; at < map.sectionCount(); ++at) writeSection(writer, map.section(at));

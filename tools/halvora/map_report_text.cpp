@@ -3,10 +3,8 @@
 
 #include <algorithm>
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include "platform/json/unicode_text.h"
+#include "tools/halvora/json_buffer.h"
 #include "tools/halvora/json_line.h"
 #include "tools/halvora/placed_seats.h"
 
@@ -14,7 +12,7 @@ namespace halvora {
 
 namespace {
 
-using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
+using Writer = JsonWriter;
 
 /// Lines with a label in front, aligned.
 class Page {
@@ -214,7 +212,7 @@ std::string pageOf(const MapReport& report, std::string_view file, std::string_v
 }
 
 std::string jsonOf(const MapReport& report) {
-  rapidjson::StringBuffer buffer;
+  JsonBuffer buffer;
   Writer writer(buffer);
   const auto writeItem = [&writer](const auto& item) { write(writer, item); };
   writer.StartObject();

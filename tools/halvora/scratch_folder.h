@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <string>
 
+#include "tools/halvora/leftover.h"
+
 namespace halvora {
 
 class ScratchFolder {
@@ -14,19 +16,15 @@ class ScratchFolder {
     std::error_code error;
     path_ = (std::filesystem::temp_directory_path(error) / "halvora-XXXXXX").string();
     if (error || mkdtemp(path_.data()) == nullptr) path_.clear();
+    leftover_.watch(path_);
   }
-  ~ScratchFolder() {
-    std::error_code error;
-    if (!path_.empty()) std::filesystem::remove_all(path_, error);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
 
   /// Empty where none could be made.
   const std::string& path() const { return path_; }
 
  private:
   std::string path_;
+  Leftover leftover_;
 };
 
 }  // namespace halvora

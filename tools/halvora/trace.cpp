@@ -34,10 +34,18 @@ bool runInParts(VirtualRunLoop& loop, Duration end, const std::function<bool()>&
   return true;
 }
 
+// The engine goes on without what there is no memory for; a trace that did would lie.
+bool wasShortOfMemory(const HalvoraViewController& engine) {
+  const SeatLutFailures tables = engine.seatLuts().failures();
+  return engine.diagnostics()[PacketFate::noMemory] != 0 || tables[SeatLutFailure::noMemory] != 0 ||
+         tables[SeatLutFailure::noThread] != 0;
+}
+
 }  // namespace
 
-bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique_ptr<Random> random,
-              const TraceLibraries& libraries, const std::function<void(std::string_view)>& write) {
+TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
+                  std::unique_ptr<Random> random, const TraceLibraries& libraries,
+                  const std::function<void(std::string_view)>& write) {
   // Without string tables, so that a trace is the same on every machine.
   FolderBundle mainBundle(options.assets, "com.example.host");
   VirtualPhoneSetup setup = setupOf(scenario.device, std::move(random));
@@ -64,7 +72,10 @@ bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique
   stage.completion = [&writer](int done, int total) { writer.precomputeCompleted(done, total); };
   schedule(scenario, phone.loop, stage);
   const Duration end = options.until.value_or(scenario.lastAction() + kAfterLastAction);
-  return options.goesOn ? runInParts(phone.loop, end, options.goesOn) : phone.loop.runUntil(end);
+  const bool isWhole =
+      options.goesOn ? runInParts(phone.loop, end, options.goesOn) : phone.loop.runUntil(end);
+  if (wasShortOfMemory(engine)) return TraceEnd::noMemory;
+  return isWhole ? TraceEnd::whole : TraceEnd::endless;
 }
 
 }  // namespace halvora

@@ -43,10 +43,18 @@ struct TraceLibraries {
   Workers* workers = nullptr;
 };
 
+enum class TraceEnd : std::uint8_t {
+  whole,
+  /// The phone came to an instant at which its turns never end.
+  endless,
+  /// Memory or threads were short for something that the phone would have done.
+  noMemory,
+};
+
 /// Writes JSON Lines through `write`, one or more whole lines a call. The engine draws from
-/// `random`. False if the phone came to an instant at which its turns never end; what it did before
-/// that has been written.
-bool runTrace(const Scenario& scenario, const TraceOptions& options, std::unique_ptr<Random> random,
-              const TraceLibraries& libraries, const std::function<void(std::string_view)>& write);
+/// `random`. Whatever the end, what the phone did before that has been written.
+TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
+                  std::unique_ptr<Random> random, const TraceLibraries& libraries,
+                  const std::function<void(std::string_view)>& write);
 
 }  // namespace halvora

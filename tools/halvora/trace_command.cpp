@@ -24,6 +24,7 @@ namespace halvora {
 namespace {
 
 constexpr double kLatestEnd = 1e9;
+constexpr std::size_t kBatch = std::size_t{1} << 16;
 
 class TraceCommand final : public ToolCommand {
  public:
@@ -101,16 +102,26 @@ class TraceCommand final : public ToolCommand {
     ThreadWorkers workers;
     bool isWritable = true;
     options_.goesOn = [&] { return isWritable && !isInterrupted; };
-    const bool ended = runTrace(scenario, options_, std::move(random),
-                                {json_, call.outside.images, &files, &videos, &workers},
-                                [&](std::string_view lines) {
-                                  // What a phone shows of a video that ended too soon is not what
-                                  // it would show.
-                                  if (!isInterrupted) isWritable = isWritable && call.output(lines);
-                                });
+    // A call of the system's a line would cost more than the line.
+    std::string batch;
+    batch.reserve(2 * kBatch);
+    const auto write = [&] {
+      if (!batch.empty()) isWritable = isWritable && call.output(batch);
+      batch.clear();
+    };
+    const TraceEnd end = runTrace(scenario, options_, std::move(random),
+                                  {json_, call.outside.images, &files, &videos, &workers},
+                                  [&](std::string_view lines) {
+                                    // What a phone shows of a video that ended too soon is not
+                                    // what it would show.
+                                    if (!isInterrupted) batch += lines;
+                                    if (batch.size() >= kBatch) write();
+                                  });
+    write();
     if (isInterrupted) return interrupted();
     if (!isWritable) return failed("standard output cannot be written");
-    if (!ended) return failed(file_ + ": the phone never comes to rest");
+    if (end == TraceEnd::noMemory) return failed("out of memory");
+    if (end == TraceEnd::endless) return failed(file_ + ": the phone never comes to rest");
     return done();
   }
 

@@ -2,7 +2,6 @@
 #include "tools/halvora/transmit_command.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <optional>
 #include <string>
 #include <utility>
@@ -71,8 +70,6 @@ class Broadcasting {
     const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(elapsed()).count();
     isWritable_ = isWritable_ &&
                   output_("{\"t\":" + std::to_string(time) + "," + describePacket(data).substr(1));
-    // Whoever reads along a pipe sees it now.
-    std::fflush(stdout);
   }
 
   Transmitter& transmitter_;

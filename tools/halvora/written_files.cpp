@@ -2,15 +2,21 @@
 #include "tools/halvora/written_files.h"
 
 #include <filesystem>
+#include <utility>
+
+#include <unistd.h>
 
 namespace halvora {
 
 namespace fs = std::filesystem;
 
 bool WrittenFiles::replace(const std::string& path, std::string_view bytes) {
-  const bool isWritten = !isInterrupted_ && files_.replace(path, bytes);
+  // Room to write it down first: what was written and not written down could not be taken back.
+  std::string name = path;
   const std::lock_guard lock(mutex_);
-  if (isWritten) written_.push_back(path);
+  written_.reserve(written_.size() + 1);
+  const bool isWritten = !isInterrupted_ && files_.replace(path, bytes);
+  if (isWritten) written_.push_back(std::move(name));
   return isDone(isWritten, path);
 }
 
@@ -21,21 +27,18 @@ bool WrittenFiles::makeFolder(const std::string& path) {
        folder = folder.parent_path()) {
     missing.push_back(folder.string());
   }
-  const bool isMade = !isInterrupted_ && files_.makeFolder(path);
   const std::lock_guard lock(mutex_);
-  // Of a folder that could not be made, those above it may have been.
+  // Of a folder that cannot be made, those above it may be.
   made_.insert(made_.end(), missing.rbegin(), missing.rend());
-  return isDone(isMade, path);
+  return isDone(!isInterrupted_ && files_.makeFolder(path), path);
 }
 
-void WrittenFiles::takeBack() {
+void WrittenFiles::takeBack() noexcept {
   const std::lock_guard lock(mutex_);
-  std::error_code error;
-  for (const std::string& file : written_) fs::remove(file, error);
-  for (auto folder = made_.rbegin(); folder != made_.rend(); ++folder) {
-    // Removing fails where there is something in it.
-    if (fs::is_directory(fs::symlink_status(*folder, error))) fs::remove(*folder, error);
-  }
+  // Nothing here needs memory: there may be none left.
+  for (const std::string& file : written_) unlink(file.c_str());
+  // Fails where there is something in it.
+  for (auto folder = made_.rbegin(); folder != made_.rend(); ++folder) rmdir(folder->c_str());
   written_.clear();
   made_.clear();
 }

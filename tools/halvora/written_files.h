@@ -35,7 +35,7 @@ class WrittenFiles final : public Files {
   void removeFolder(const std::string& path) override { files_.removeFolder(path); }
 
   /// Removes what was written and made so far, folders only where they are empty by then.
-  void takeBack();
+  void takeBack() noexcept;
   /// The first path that could not be written or made; empty for none.
   std::string firstFailure() const;
 

@@ -10,7 +10,10 @@
 #include <utility>
 #include <vector>
 
+#include <unistd.h>
+
 #include "platform/standard/standard_files.h"
+#include "tools/halvora/leftover.h"
 
 namespace halvora {
 
@@ -31,20 +34,29 @@ Image imageOf(std::span<const std::uint8_t> rgb, int width, int height) {
   return image;
 }
 
+// An empty file beside that one, of a name that nobody had; empty where none can be made.
+std::string fileBeside(const std::string& path, Leftover& leftover) {
+  constexpr int kMostTries = 1000;
+  for (int at = 0; at < kMostTries; ++at) {
+    std::string name = path + ".part-" + std::to_string(at);
+    // "x" leaves alone what is there.
+    if (std::FILE* file = std::fopen(name.c_str(), "wbx")) {
+      leftover.watch(name);
+      std::fclose(file);
+      return name;
+    }
+    std::error_code error;
+    if (!fs::exists(fs::symlink_status(name, error))) return {};
+  }
+  return {};
+}
+
 class MovieOutput final : public CrowdOutput {
  public:
-  /// `part` is the movie until it is whole; this object's to remove.
-  MovieOutput(std::string path, std::string part)
-      : path_(std::move(path)), part_(std::move(part)) {}
-  ~MovieOutput() override {
-    movie_.reset();
-    std::error_code error;
-    if (!isDone_) fs::remove(part_, error);
-  }
-  MovieOutput(const MovieOutput&) = delete;
-  MovieOutput& operator=(const MovieOutput&) = delete;
+  explicit MovieOutput(std::string path) : path_(std::move(path)) {}
 
   bool begin(const MovieWriters& movies, const CrowdOutputFormat& format) {
+    part_ = fileBeside(path_, leftover_);
     if (part_.empty()) return false;
     movie_ = movies.make(part_, {format.width, format.height, format.framesPerSecond});
     return movie_ != nullptr;
@@ -52,18 +64,17 @@ class MovieOutput final : public CrowdOutput {
 
   bool add(std::span<const std::uint8_t> rgb) override { return movie_->add(rgb); }
   bool finish() override {
-    std::error_code error;
-    isDone_ = movie_->finish();
-    if (isDone_) fs::rename(part_, path_, error);
-    isDone_ = isDone_ && !error;
-    return isDone_;
+    const bool isDone = movie_->finish() && std::rename(part_.c_str(), path_.c_str()) == 0;
+    if (isDone) leftover_.keep();
+    return isDone;
   }
 
  private:
   std::string path_;
+  /// The movie until it is whole.
   std::string part_;
+  Leftover leftover_;
   std::unique_ptr<MovieWriter> movie_;
-  bool isDone_ = false;
 };
 
 class FolderOutput final : public CrowdOutput {
@@ -73,8 +84,7 @@ class FolderOutput final : public CrowdOutput {
                PictureEncoder encode)
       : folder_(std::move(folder)), isNew_(isNew), format_(format), encode_(encode) {}
   ~FolderOutput() override {
-    std::error_code error;
-    if (isNew_ && frames_ == 0) fs::remove(folder_, error);
+    if (isNew_ && frames_ == 0) rmdir(folder_.c_str());
   }
 
   bool add(std::span<const std::uint8_t> rgb) override {
@@ -167,28 +177,12 @@ class SheetOutput final : public CrowdOutput {
   std::vector<std::uint8_t> pixels_;
 };
 
-// An empty file beside that one, of a name that nobody had; empty where none can be made.
-std::string fileBeside(const std::string& path) {
-  constexpr int kMostTries = 1000;
-  for (int at = 0; at < kMostTries; ++at) {
-    std::string name = path + ".part-" + std::to_string(at);
-    // "x" leaves alone what is there.
-    if (std::FILE* file = std::fopen(name.c_str(), "wbx")) {
-      std::fclose(file);
-      return name;
-    }
-    std::error_code error;
-    if (!fs::exists(fs::symlink_status(name, error))) return {};
-  }
-  return {};
-}
-
 // Whether a file could be written there.
 bool isWritable(const std::string& path) {
   std::error_code error;
   if (fs::is_directory(path, error)) return false;
-  const std::string trial = fileBeside(path);
-  return !trial.empty() && fs::remove(trial, error);
+  Leftover trial;
+  return !fileBeside(path, trial).empty();
 }
 
 // Names that people mean as one file: a folder of that name would not be what they asked for.
@@ -223,7 +217,7 @@ std::unique_ptr<CrowdOutput> makeCrowdOutput(const std::string& path,
   if (kind == CrowdOutputKind::movie) {
     std::error_code error;
     if (tools.movies == nullptr || fs::is_directory(path, error)) return nullptr;
-    auto output = std::make_unique<MovieOutput>(path, fileBeside(path));
+    auto output = std::make_unique<MovieOutput>(path);
     return output->begin(*tools.movies, format) ? std::move(output) : nullptr;
   }
   if (tools.encodePicture == nullptr) return nullptr;

@@ -4,17 +4,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
-
+#include "tools/halvora/json_buffer.h"
 #include "tools/halvora/json_line.h"
 
 namespace halvora {
 
 namespace {
 
-using Buffer = rapidjson::StringBuffer;
-using Writer = rapidjson::PrettyWriter<Buffer>;
+using Writer = PrettyJsonWriter;
 
 constexpr int kShares[] = {50, 95, 99};
 constexpr double kLinearOne = 65535;
@@ -159,7 +156,7 @@ void CrowdSummary::add(const Crowd& crowd) {
 }
 
 std::string CrowdSummary::json(const Crowd& crowd, const Facts& facts) const {
-  Buffer buffer;
+  JsonBuffer buffer;
   Writer writer(buffer);
   writer.SetIndent(' ', 2);
   writer.SetFormatOptions(rapidjson::kFormatSingleLineArray);
