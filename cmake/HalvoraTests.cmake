@@ -75,7 +75,7 @@ endif()
 # have theirs, and arm64's programs have no FFmpeg.
 if(TARGET halvora_ffmpeg AND TARGET halvora_image AND NOT HALVORA_STATIC_PROGRAMS
     AND NOT HALVORA_SANITIZE AND NOT HALVORA_TEST_SUITES)
-  halvora_program(halvora_failures FILES tests/failures/*.cpp tests/support/source_tree.cpp
+  halvora_program(halvora_failures FILES tests/failures/*.cpp tests/support/*.cpp
     LINK halvora_tool halvora_image halvora_ffmpeg halvora_json halvora_virtual halvora_standard
       halvora_core ${CMAKE_DL_LIBS})
   target_compile_options(halvora_failures PRIVATE $<$<CONFIG:Debug>:-O0>)

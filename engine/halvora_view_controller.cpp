@@ -125,7 +125,7 @@ std::string HalvoraViewController::hvLocalizedStringForKey(std::string_view key,
 PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
   try {
     return processor_.process(broadcast);
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
     // Steps act on changes only: what is in force is as no look can be, so that the next one is
     // shown whole.
     state_.screen.currentModeSpeed = -1;
@@ -138,11 +138,13 @@ PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
 
 void HalvoraViewController::appDidBecomeActive() {
   state_.presence.resetApp = true;
-  if (state_.presence.scanningAllowed) usage_.appOpened();
+  scanner_.guard([this] {
+    if (state_.presence.scanningAllowed) usage_.appOpened();
+  });
 }
 
 void HalvoraViewController::appWillResignActive() {
-  platform_.application.setIdleTimerDisabled(false);
+  scanner_.guard([this] { platform_.application.setIdleTimerDisabled(false); });
 }
 
 void HalvoraViewController::showReceptionRate(int packets) {

@@ -2,7 +2,6 @@
 #include "engine/scanner.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 #include "platform/bundle.h"
@@ -87,14 +86,16 @@ std::string Scanner::currentBroadcast() const {
 }
 
 void Scanner::centralManagerDidUpdateState(CentralState state) {
-  if (state == CentralState::poweredOn) {
-    state_.scanningAllowed = true;
-    publishStatus(BluetoothState::ok);
-  } else {
-    publishStatus(state == CentralState::unauthorised ? BluetoothState::notAuthorised
-                                                      : BluetoothState::off);
-  }
-  platform_.defaults.synchronize();
+  guard([this, state] {
+    if (state == CentralState::poweredOn) {
+      state_.scanningAllowed = true;
+      publishStatus(BluetoothState::ok);
+    } else {
+      publishStatus(state == CentralState::unauthorised ? BluetoothState::notAuthorised
+                                                        : BluetoothState::off);
+    }
+    platform_.defaults.synchronize();
+  });
 }
 
 void Scanner::publishStatus(BluetoothState state) {
@@ -145,7 +146,8 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
   state_.hasCurrentBroadcast = true;
   try {
     return client_.processEffect(decodeBroadcast(data));
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
+    // Neither the radio nor the system's run loop knows what to do with an exception.
     state_.hasCurrentBroadcast = false;
     return PacketFate::noMemory;
   }

@@ -31,7 +31,7 @@ enum class PacketFate : std::uint8_t {
   noApplication,
   badSyncFlag,
   processed,
-  /// Memory was short for it. Heard again, it is obeyed again.
+  /// Memory was short for it, or a host's callback threw. Heard again, it is obeyed again.
   noMemory,
 };
 inline constexpr std::size_t kPacketFateCount = 11;
@@ -39,6 +39,9 @@ inline constexpr std::size_t kPacketFateCount = 11;
 /// How many advertisements met each fate since the engine was made; a host may read it at any time.
 struct ScanDiagnostics {
   std::array<std::uint64_t, kPacketFateCount> counts{};
+  /// Other calls of the system that were cut short: the radio's state, the application's. What a
+  /// timer began is counted by the run loop.
+  std::uint64_t failedCalls = 0;
   std::uint64_t operator[](PacketFate fate) const { return counts[static_cast<std::size_t>(fate)]; }
 };
 
@@ -100,6 +103,15 @@ class Scanner : private CentralManagerDelegate {
   /// The hexadecimal text of the look in force, empty for none.
   std::string currentBroadcast() const;
   const ScanDiagnostics& diagnostics() const { return diagnostics_; }
+  /// Does what the system asks for. It knows nothing of exceptions: they end here, and are counted.
+  template <class Act>
+  void guard(const Act& act) {
+    try {
+      act();
+    } catch (...) {
+      ++diagnostics_.failedCalls;
+    }
+  }
 
   void startScan();
   void restartScan();

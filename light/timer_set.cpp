@@ -21,17 +21,14 @@ void TimerSet::invalidate(TimerId& named) {
   named = 0;
 }
 
-TimerId TimerSet::keep(TimerId timer) {
-  if (timers_.size() == timers_.capacity()) {
-    std::erase_if(timers_, [this](TimerId id) { return !loop_.isPending(id); });
-    // Where most were pending the next sweep would come too soon.
-    const bool isCrowded = timers_.size() * 4 > timers_.capacity() * 3;
-    if (isCrowded || timers_.capacity() == 0) {
-      timers_.reserve(std::max(kSmallestRoom, timers_.capacity() * 2));
-    }
+void TimerSet::makeRoom() {
+  if (timers_.size() < timers_.capacity()) return;
+  std::erase_if(timers_, [this](TimerId id) { return !loop_.isPending(id); });
+  // Where most were pending the next sweep would come too soon.
+  const bool isCrowded = timers_.size() * 4 > timers_.capacity() * 3;
+  if (isCrowded || timers_.capacity() == 0) {
+    timers_.reserve(std::max(kSmallestRoom, timers_.capacity() * 2));
   }
-  timers_.push_back(timer);
-  return timer;
 }
 
 }  // namespace halvora

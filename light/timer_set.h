@@ -17,11 +17,18 @@ class TimerSet {
   TimerSet(const TimerSet&) = delete;
   TimerSet& operator=(const TimerSet&) = delete;
 
-  TimerId after(Duration delay, Task&& task) { return keep(loop_.after(delay, std::move(task))); }
-  TimerId every(Duration interval, Task&& task) {
-    return keep(loop_.every(interval, std::move(task)));
+  TimerId after(Duration delay, Task&& task) {
+    makeRoom();
+    return timers_.emplace_back(loop_.after(delay, std::move(task)));
   }
-  TimerId soon(Task&& task) { return keep(loop_.soon(std::move(task))); }
+  TimerId every(Duration interval, Task&& task) {
+    makeRoom();
+    return timers_.emplace_back(loop_.every(interval, std::move(task)));
+  }
+  TimerId soon(Task&& task) {
+    makeRoom();
+    return timers_.emplace_back(loop_.soon(std::move(task)));
+  }
 
   /// Ends the timer that `named` names, if it still runs, and clears the name.
   void invalidate(TimerId& named);
@@ -29,7 +36,8 @@ class TimerSet {
   Duration now() const { return loop_.now(); }
 
  private:
-  TimerId keep(TimerId timer);
+  /// For one more. A timer that could not be kept would outlive its engine, so this comes first.
+  void makeRoom();
 
   RunLoop& loop_;
   std::vector<TimerId> timers_;

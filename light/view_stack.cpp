@@ -11,6 +11,12 @@ namespace {
 // A light without a colour lets the black behind it through.
 Colour drawn(const MaybeColour& colour) { return colour.value_or(Colour{0, 0, 0, 0}); }
 
+template <class Element>
+void makeRoom(std::vector<Element>& elements, std::size_t more) {
+  const std::size_t size = elements.size() + more;
+  if (size > elements.capacity()) elements.reserve(std::max(size, elements.capacity() * 2));
+}
+
 }  // namespace
 
 ViewStack::ViewStack(TimerSet& timers) : timers_(timers), alphas_() {
@@ -103,6 +109,9 @@ MaybeColour ViewStack::shownLight() const {
 
 ViewStack::Run ViewStack::start(const AnimationTiming& timing, std::size_t tweens, bool isLight,
                                 Completion completion) {
+  // Room first: what cannot be remembered must not begin.
+  makeRoom(animations_, 1);
+  if (!isLight) makeRoom(alphaTweens_, tweens);
   const AnimationId id = ++lastAnimation_;
   const TimerId timer = timers_.after(timing.delay + timing.duration, [this, id] { end(id); });
   animations_.push_back(
@@ -123,8 +132,10 @@ void ViewStack::cut(AnimationId id) {
                                       [id](const Animation& known) { return known.id == id; });
   animation->wasCut = true;
   if (--animation->tweensLeft > 0) return;
+  // Where no turn can be had the animation ends at its own time.
+  const TimerId soon = timers_.soon([this, id] { end(id); });
   timers_.invalidate(animation->end);
-  animation->end = timers_.soon([this, id] { end(id); });
+  animation->end = soon;
 }
 
 void ViewStack::end(AnimationId id) {

@@ -2,9 +2,10 @@
 #include "platform/linux/poll_run_loop.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <ctime>
-#include <new>
+#include <system_error>
 #include <utility>
 
 #include <sys/eventfd.h>
@@ -13,6 +14,8 @@
 namespace halvora {
 
 namespace {
+
+constexpr Duration kUntilNextTry = milliseconds(100);
 
 short pollEvents(DescriptorEvents events) {
   int mask = 0;
@@ -32,12 +35,24 @@ timespec toTimespec(Duration span) {
 
 }  // namespace
 
-PollRunLoop::PollRunLoop() : postedSignal_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+PollRunLoop::PollRunLoop() {
+  makeRoom();
+  postedSignal_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (postedSignal_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
   watched_.push_back({0, {}});
   polled_.push_back({postedSignal_, POLLIN, 0});
 }
 
 PollRunLoop::~PollRunLoop() { close(postedSignal_); }
+
+void PollRunLoop::makeRoom() {
+  constexpr std::size_t kSmallestRoom = 8;
+  const std::size_t size = std::max(kSmallestRoom, watched_.size() + 1);
+  if (size <= watched_.capacity()) return;
+  ready_.reserve(size * 2);
+  polled_.reserve(size * 2);
+  watched_.reserve(size * 2);
+}
 
 Duration PollRunLoop::now() const {
   return std::chrono::duration_cast<Duration>(std::chrono::steady_clock::now() - begin_);
@@ -64,6 +79,7 @@ void PollRunLoop::post(Task&& task) {
 }
 
 WatchId PollRunLoop::watch(int descriptor, DescriptorEvents events, Task&& task) {
+  makeRoom();
   watched_.push_back({++lastWatch_, std::move(task)});
   polled_.push_back({descriptor, pollEvents(events), 0});
   return lastWatch_;
@@ -93,6 +109,9 @@ bool PollRunLoop::runUntil(const std::function<bool()>& isDone, std::optional<Du
 void PollRunLoop::waitUntil(std::optional<Duration> end) {
   std::optional<Duration> due = queue_.earliest();
   if (end && (!due || *end < *due)) due = end;
+  // What was posted and found no room would wake it at once, and for ever.
+  polled_.front().events = hasLeftPosted_ ? 0 : POLLIN;
+  if (hasLeftPosted_) due = std::min(due.value_or(Duration::max()), now() + kUntilNextTry);
   const timespec wait = toTimespec(due ? std::max(*due - now(), Duration::zero()) : Duration());
   // An interrupted wait reports nothing, and `revents` may be those of the wait before.
   if (ppoll(polled_.data(), polled_.size(), due ? &wait : nullptr, nullptr) >= 0) return;
@@ -100,7 +119,7 @@ void PollRunLoop::waitUntil(std::optional<Duration> end) {
 }
 
 void PollRunLoop::runReady() {
-  if (polled_.front().revents != 0) takePosted();
+  if (polled_.front().revents != 0 || hasLeftPosted_) takePosted();
   ready_.clear();
   for (std::size_t at = 1; at < polled_.size(); ++at) {
     if (polled_[at].revents != 0) ready_.push_back(watched_[at].id);
@@ -113,7 +132,7 @@ void PollRunLoop::runWatched(WatchId id) {
   auto watched = std::ranges::find(watched_, id, &Watched::id);
   if (watched == watched_.end()) return;
   Task task = std::move(watched->task);
-  task();
+  queue_.run(task);
   watched = std::ranges::find(watched_, id, &Watched::id);
   if (watched != watched_.end()) watched->task = std::move(task);
 }
@@ -127,22 +146,24 @@ void PollRunLoop::runDue() {
   }
 }
 
+bool PollRunLoop::hasRoomFor(std::size_t posted) noexcept {
+  Task make = [this, posted] { queue_.makeRoom(posted); };
+  const std::uint64_t failures = queue_.failures();
+  queue_.run(make);
+  return queue_.failures() == failures;
+}
+
 void PollRunLoop::takePosted() {
   std::vector<Task> posted;
   {
     const std::lock_guard lock(postedMutex_);
+    hasLeftPosted_ = !hasRoomFor(posted_.size());
+    if (hasLeftPosted_) return;
     std::uint64_t count = 0;
     [[maybe_unused]] const auto size = read(postedSignal_, &count, sizeof count);
     posted.swap(posted_);
   }
-  for (Task& task : posted) {
-    try {
-      soon(std::move(task));
-    } catch (const std::bad_alloc&) {
-      // Rather at once than never.
-      task();
-    }
-  }
+  for (Task& task : posted) soon(std::move(task));
 }
 
 }  // namespace halvora

@@ -5,6 +5,9 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -20,6 +23,7 @@ namespace halvora {
 
 class PollRunLoop final : public RunLoop, public Descriptors {
  public:
+  /// Throws `std::system_error` where the process has no descriptor left.
   PollRunLoop();
   ~PollRunLoop() override;
   PollRunLoop(const PollRunLoop&) = delete;
@@ -40,6 +44,11 @@ class PollRunLoop final : public RunLoop, public Descriptors {
   /// gets. False if `longest` has passed before.
   bool runUntil(const std::function<bool()>& isDone, std::optional<Duration> longest = {});
 
+  /// Turns that threw, as where memory is short: each ended there, the others went on. Null, or
+  /// what the first of them threw.
+  std::uint64_t failures() const { return queue_.failures(); }
+  const std::exception_ptr& firstFailure() const { return queue_.firstFailure(); }
+
  private:
   struct Watched {
     WatchId id;
@@ -51,13 +60,18 @@ class PollRunLoop final : public RunLoop, public Descriptors {
   void runWatched(WatchId id);
   void runDue();
   void takePosted();
+  bool hasRoomFor(std::size_t posted) noexcept;
+  /// For one more watch, everywhere.
+  void makeRoom();
 
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
   DueQueue queue_;
   /// Readable while there is something posted.
-  int postedSignal_;
+  int postedSignal_ = -1;
   std::mutex postedMutex_;
   std::vector<Task> posted_;
+  /// There was no memory to take what was posted.
+  bool hasLeftPosted_ = false;
   WatchId lastWatch_ = 0;
   /// Side by side; the signal for what is posted comes first, and has no task.
   std::vector<Watched> watched_;

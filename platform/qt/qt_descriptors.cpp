@@ -31,7 +31,11 @@ void QtDescriptors::run(WatchId watch) {
   auto watched = watched_.find(watch);
   if (watched == watched_.end()) return;
   Task task = std::move(watched->second.task);
-  task();
+  try {
+    task();
+  } catch (...) {
+    ++failures_;
+  }
   watched = watched_.find(watch);
   if (watched != watched_.end()) watched->second.task = std::move(task);
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QSocketNotifier>
+#include <cstdint>
 #include <map>
 #include <memory>
 
@@ -19,6 +20,9 @@ class QtDescriptors final : public Descriptors {
 
   WatchId watch(int descriptor, DescriptorEvents events, Task&& task) override;
   void forget(WatchId watch) override { watched_.erase(watch); }
+
+  /// Tasks that threw, as where memory is short: Qt's event loop cannot bear exceptions.
+  std::uint64_t failures() const { return failures_; }
 
  private:
   /// A notifier may be given up in the midst of what it tells.
@@ -40,6 +44,7 @@ class QtDescriptors final : public Descriptors {
 
   WatchId lastWatch_ = 0;
   std::map<WatchId, Watched> watched_;
+  std::uint64_t failures_ = 0;
 };
 
 }  // namespace halvora

@@ -2,7 +2,6 @@
 #include "platform/qt/qt_run_loop.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 namespace halvora {
@@ -12,6 +11,7 @@ namespace {
 // A timer of Qt's cannot be set for longer than an int of milliseconds; waking once a day in vain
 // costs nothing.
 constexpr std::chrono::milliseconds kLongestWait = std::chrono::hours(24);
+constexpr Duration kUntilNextTry = milliseconds(100);
 
 }  // namespace
 
@@ -37,17 +37,13 @@ TimerId QtRunLoop::every(Duration interval, Task&& task) {
 TimerId QtRunLoop::soon(Task&& task) { return schedule(now(), {}, std::move(task)); }
 
 void QtRunLoop::post(Task&& task) {
-  const std::lock_guard lock(postedMutex_);
-  posted_.push_back(std::move(task));
-  if (posted_.size() > 1) return;
-  try {
-    QMetaObject::invokeMethod(
-        &timer_, [this] { takePosted(); }, Qt::QueuedConnection);
-  } catch (...) {
-    // Those that come later would wait for this one to be taken.
-    posted_.clear();
-    throw;
+  {
+    const std::lock_guard lock(postedMutex_);
+    posted_.push_back(std::move(task));
+    if (posted_.size() > 1) return;
   }
+  QMetaObject::invokeMethod(
+      &timer_, [this] { takePosted(); }, Qt::QueuedConnection);
 }
 
 TimerId QtRunLoop::schedule(Duration time, Duration interval, Task&& task) {
@@ -56,45 +52,41 @@ TimerId QtRunLoop::schedule(Duration time, Duration interval, Task&& task) {
   return id;
 }
 
-// The library that calls lets no exception through: it would end the process.
-template <class Turn>
-void QtRunLoop::run(const Turn& turn) {
-  try {
-    turn();
-  } catch (const std::bad_alloc&) {
-    ++failedTurns_;
-  }
-}
-
 void QtRunLoop::takePosted() {
   std::vector<Task> posted;
   {
     const std::lock_guard lock(postedMutex_);
-    posted.swap(posted_);
+    hasLeftPosted_ = !hasRoomFor(posted_.size());
+    if (!hasLeftPosted_) posted.swap(posted_);
   }
-  for (Task& task : posted) {
-    try {
-      soon(std::move(task));
-    } catch (const std::bad_alloc&) {
-      // Rather at once than never.
-      run([&task] { task(); });
-    }
-  }
+  if (hasLeftPosted_) return waitForEarliest();
+  for (Task& task : posted) soon(std::move(task));
+}
+
+bool QtRunLoop::hasRoomFor(std::size_t posted) noexcept {
+  Task make = [this, posted] { queue_.makeRoom(posted); };
+  const std::uint64_t failures = queue_.failures();
+  queue_.run(make);
+  return queue_.failures() == failures;
 }
 
 // Runs what was due when it was called; what that makes due in turn waits for the next call, so
 // that frames and input get theirs in between.
 void QtRunLoop::runDue() {
   waitedFor_.reset();
+  if (hasLeftPosted_) takePosted();
   const Duration end = now();
   for (auto time = queue_.earliest(); time && *time <= end; time = queue_.earliest()) {
-    run([this] { queue_.runEarliest(now()); });
+    queue_.runEarliest(now());
   }
   waitForEarliest();
 }
 
 void QtRunLoop::waitForEarliest() {
   waitedFor_ = queue_.earliest();
+  if (hasLeftPosted_) {
+    waitedFor_ = std::min(waitedFor_.value_or(Duration::max()), now() + kUntilNextTry);
+  }
   if (!waitedFor_) return;
   const auto wait = std::chrono::ceil<std::chrono::milliseconds>(*waitedFor_ - now());
   timer_.start(std::clamp(wait, std::chrono::milliseconds::zero(), kLongestWait));

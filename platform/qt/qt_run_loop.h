@@ -7,6 +7,7 @@
 
 #include <QTimer>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -31,14 +32,14 @@ class QtRunLoop final : public RunLoop {
   bool isPending(TimerId timer) const override { return queue_.isPending(timer); }
   void post(Task&& task) override;
 
-  /// Turns that memory was short for, and that were left at that.
-  std::uint64_t failedTurns() const { return failedTurns_; }
+  /// Turns that threw, as where memory is short: each ended there, the others went on. Nothing of
+  /// it reaches Qt's event loop, which cannot bear exceptions.
+  std::uint64_t failures() const { return queue_.failures(); }
 
  private:
-  template <class Turn>
-  void run(const Turn& turn);
   TimerId schedule(Duration time, Duration interval, Task&& task);
   void takePosted();
+  bool hasRoomFor(std::size_t posted) noexcept;
   void runDue();
   void waitForEarliest();
 
@@ -49,7 +50,8 @@ class QtRunLoop final : public RunLoop {
   std::optional<Duration> waitedFor_;
   std::mutex postedMutex_;
   std::vector<Task> posted_;
-  std::uint64_t failedTurns_ = 0;
+  /// There was no memory to take what was posted; tried again soon.
+  bool hasLeftPosted_ = false;
 };
 
 }  // namespace halvora

@@ -18,6 +18,12 @@ constexpr auto kLater = [](const auto& a, const auto& b) {
   return std::tie(a.time, a.order) > std::tie(b.time, b.order);
 };
 
+// As a vector grows by itself: twice as large, so that it seldom moves.
+template <class Element>
+void reserveMore(std::vector<Element>& elements, std::size_t size) {
+  if (size > elements.capacity()) elements.reserve(std::max(size, elements.capacity() * 2));
+}
+
 constexpr TimerId idOf(std::uint32_t slot, std::uint32_t generation) {
   return TimerId{generation} << 32 | slot;
 }
@@ -59,24 +65,37 @@ bool DueQueue::runEarliest(Duration now) {
   } else {
     release(due.slot);
   }
-  const auto putBack = [&] {
-    Slot& slot = slots_[due.slot];
-    if (interval > Duration::zero() && slot.isPending && slot.generation == due.generation) {
-      slot.task = std::move(task);
-    }
-  };
-  try {
-    task();
-  } catch (...) {
-    putBack();
-    throw;
+  run(task);
+  Slot& slot = slots_[due.slot];
+  if (interval > Duration::zero() && slot.isPending && slot.generation == due.generation) {
+    slot.task = std::move(task);
   }
-  putBack();
   return due.order >= kFirstOrder;
 }
 
+void DueQueue::run(Task& task) noexcept {
+  try {
+    task();
+  } catch (...) {
+    if (failures_++ == 0) firstFailure_ = std::current_exception();
+  }
+}
+
+void DueQueue::makeRoom(std::size_t more) {
+  const std::size_t slots = slots_.size() + more;
+  reserveMore(slots_, slots);
+  reserveMore(freeSlots_, slots);
+  reserveMore(queue_, queue_.size() + more);
+}
+
 TimerId DueQueue::add(Duration time, Duration interval, std::uint64_t order, Task&& task) {
-  makeRoom();
+  // All that may fail comes before all that changes something.
+  reserveMore(queue_, queue_.size() + 1);
+  if (freeSlots_.empty()) {
+    reserveMore(freeSlots_, slots_.size() + 1);
+    slots_.emplace_back();
+    freeSlots_.push_back(static_cast<std::uint32_t>(slots_.size() - 1));
+  }
   const std::uint32_t index = freeSlots_.back();
   freeSlots_.pop_back();
   Slot& slot = slots_[index];
@@ -85,19 +104,6 @@ TimerId DueQueue::add(Duration time, Duration interval, std::uint64_t order, Tas
   slot.isPending = true;
   push({time, order, index, slot.generation});
   return idOf(index, slot.generation);
-}
-
-// For one more. Here is all that may throw: what runs, and what is cancelled, needs no memory.
-void DueQueue::makeRoom() {
-  if (queue_.size() == queue_.capacity())
-    queue_.reserve(std::max<std::size_t>(2 * queue_.size(), 8));
-  if (!freeSlots_.empty()) return;
-  if (slots_.size() == slots_.capacity())
-    slots_.reserve(std::max<std::size_t>(2 * slots_.size(), 8));
-  // Room for all of them to be free.
-  freeSlots_.reserve(slots_.capacity());
-  freeSlots_.push_back(static_cast<std::uint32_t>(slots_.size()));
-  slots_.emplace_back();
 }
 
 std::uint64_t DueQueue::nextOrder() { return kFirstOrder + lastOrder_++; }

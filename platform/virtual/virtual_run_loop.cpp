@@ -43,7 +43,7 @@ void VirtualRunLoop::endTurn() {
   // A job may give further jobs.
   for (std::size_t at = 0; at < background_.size(); ++at) {
     Task job = std::move(background_[at]);
-    job();
+    queue_.run(job);
   }
   background_.clear();
   if (turnEnded_) turnEnded_();

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <vector>
 
@@ -55,6 +56,11 @@ class VirtualRunLoop final : public RunLoop {
 
   /// Called after each turn, when its background work is done.
   void onTurnEnded(std::function<void()> callback) { turnEnded_ = std::move(callback); }
+
+  /// Turns and background jobs that threw, as where memory is short: each ended there, the others
+  /// went on. Null, or what the first of them threw.
+  std::uint64_t failures() const { return queue_.failures(); }
+  const std::exception_ptr& firstFailure() const { return queue_.firstFailure(); }
 
   /// Turns run so far.
   std::uint64_t turns() const { return turns_; }

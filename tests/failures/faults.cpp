@@ -61,6 +61,8 @@ struct State {
   std::atomic<std::uint64_t> injected{0};
   Call surveyed = Call::allocate;
   std::span<std::uint32_t> callers;
+  std::atomic<std::uint64_t> outside{0};
+  std::atomic<std::uint64_t>* progress = nullptr;
   bool keepsTraces = false;
   std::array<void*, kTraceDepth> trace{};
   int traceSize = 0;
@@ -80,15 +82,33 @@ void noteCaller(std::uint64_t number) {
   state.callers[number - 1] = static_cast<std::uint32_t>(mixed >> 32);
 }
 
+constexpr Kind kHalf{"half", Call::write, 0, true};
+
+[[noreturn]] void die() {
+  kill(getpid(), SIGKILL);
+  for (;;) pause();
+}
+
+/// What a call other than for memory is to do: null for all of it.
+const Kind* deadly(Call call) {
+  const std::uint64_t number = ++state.outside;
+  if (state.progress != nullptr) ++*state.progress;
+  if (!state.plan.isDeadly || number != state.plan.first) return nullptr;
+  if (call == Call::write) return &kHalf;
+  die();
+}
+
 /// Whether this call is to fail, or to do half only.
 const Kind* failing(Call call) {
   if (!isArmed.load(std::memory_order_acquire)) return nullptr;
   const std::uint64_t number = ++state.calls[static_cast<std::size_t>(call)];
+  if (call != Call::allocate) {
+    if (const Kind* half = deadly(call)) return half;
+  }
   if (call == state.surveyed && number <= state.callers.size()) noteCaller(number);
   const Plan& plan = state.plan;
   if (plan.kind == nullptr || plan.kind->call != call || number < plan.first) return nullptr;
   if (number > plan.first && !plan.isForGood) return nullptr;
-  if (plan.isDeadly) kill(getpid(), SIGKILL);
   if (++state.injected == 1 && state.keepsTraces) {
     state.traceSize = backtrace(state.trace.data(), static_cast<int>(state.trace.size()));
   }
@@ -116,7 +136,11 @@ template <class Transfer>
 ssize_t transfer(Call call, std::size_t size, const Transfer& real) {
   const Kind* kind = failing(call);
   if (kind == nullptr) return real(size);
-  if (kind->error == 0) return real(half(size));
+  if (kind->error == 0) {
+    const ssize_t done = real(half(size));
+    if (kind == &kHalf) die();
+    return done;
+  }
   errno = kind->error;
   return -1;
 }
@@ -135,6 +159,7 @@ void begin(const Plan& plan) {
   end();
   state.plan = plan;
   for (auto& count : state.calls) count = 0;
+  state.outside = 0;
   state.injected = 0;
   state.traceSize = 0;
   isArmed.store(true, std::memory_order_release);
@@ -146,6 +171,8 @@ void survey(Call call, std::span<std::uint32_t> callers) {
 }
 
 const Plan& plan() { return state.plan; }
+
+void showProgress(std::atomic<std::uint64_t>* progress) { state.progress = progress; }
 
 void end() { isArmed.store(false, std::memory_order_release); }
 

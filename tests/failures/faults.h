@@ -5,9 +5,9 @@
 // calls may come from any thread. Meant for a child process that ends after one plan.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string_view>
 
@@ -48,12 +48,17 @@ struct Plan {
   /// The first call to fail, from 1.
   std::uint64_t first = 1;
   bool isForGood = false;
-  /// The process dies of SIGKILL at that call, before it is done.
+  /// The process dies of SIGKILL in the midst of the call of that number: before it is done, or
+  /// when half of it is. Then `kind` is null, and all calls count but those for memory.
   bool isDeadly = false;
 };
 
 /// From here on calls are counted and fail as planned.
 void begin(const Plan& plan);
+/// Calls that count for a deadly plan since the last `begin` are counted here too, for whoever
+/// watches the process from outside. To be said before.
+void showProgress(std::atomic<std::uint64_t>* progress);
+
 /// From here on nothing fails any more.
 void end();
 /// The plan in force, or the last one.

@@ -27,6 +27,7 @@
 #include <unistd.h>
 
 #include "tests/failures/faults.h"
+#include "tests/failures/kills.h"
 #include "tests/failures/trial.h"
 
 namespace halvora {
@@ -42,6 +43,7 @@ constexpr const char* kHelp = R"(halvora_failures [options]
   --n N            only the N-th call; says where it failed and what became of it
   --sample N       so many calls of a case, kind and mode at most (default: 40)
   --seed N         of the sample (default: 1)
+  --kills N        so many deaths of each kind of work (default: 40; 1,000 with --all)
   --shard I/N      every N-th case, from the I-th on (from 0)
   --pending        also what is known to fail still
   --list           the cases and the kinds
@@ -59,6 +61,7 @@ struct Options {
   std::uint64_t n = 0;
   std::size_t sample = 40;
   std::uint64_t seed = 1;
+  std::optional<std::uint64_t> kills;
   std::size_t shard = 0;
   std::size_t shards = 1;
   bool isList = false;
@@ -264,6 +267,22 @@ class Runner {
     }
   }
 
+  void kill(const KillCase& one) {
+    const std::uint64_t deaths = options_.kills.value_or(options_.all ? 1000 : 40);
+    const Kills kills = runKills(one, (root_ / "work").string(), deaths, options_.seed);
+    std::printf("%-26s %llu deaths, %llu ends before one%s%s\n", one.name,
+                static_cast<unsigned long long>(kills.deaths),
+                static_cast<unsigned long long>(kills.ends), kills.flaw.empty() ? "" : ": ",
+                kills.flaw.c_str());
+    if (kills.flaw.empty()) return;
+    ++failures_;
+    std::printf(
+        "FAILED %s, seed %llu: %s\n"
+        "  again: halvora_failures --case %s --kills %llu --seed %llu\n",
+        one.name, static_cast<unsigned long long>(options_.seed), kills.flaw.c_str(), one.name,
+        static_cast<unsigned long long>(deaths), static_cast<unsigned long long>(options_.seed));
+  }
+
   bool isGood() const { return failures_ == 0; }
 
   void print() const {
@@ -407,6 +426,8 @@ std::optional<Options> read(int count, char** words) {
       options.sample = std::strtoull(value().c_str(), nullptr, 10);
     } else if (word == "--seed") {
       options.seed = std::strtoull(value().c_str(), nullptr, 10);
+    } else if (word == "--kills") {
+      options.kills = std::strtoull(value().c_str(), nullptr, 10);
     } else if (word == "--shard") {
       const std::string text = value();
       options.shard = std::strtoull(text.c_str(), nullptr, 10);
@@ -435,6 +456,7 @@ std::vector<FailureCase> allCases() {
 int runAll(const Options& options) {
   const std::vector<FailureCase> cases = allCases();
   if (options.isList) {
+    for (const KillCase& one : killCases()) std::printf("%s\n", one.name);
     for (const FailureCase& one : cases) std::printf("%s\n", one.name);
     for (const faults::Kind& kind : faults::kinds()) std::printf("  %s\n", kind.name);
     return 0;
@@ -442,9 +464,12 @@ int runAll(const Options& options) {
   Runner runner(options);
   std::size_t number = 0;
   std::size_t met = 0;
+  const auto isMeant = [&](const char* name) {
+    return number++ % options.shards == options.shard &&
+           std::string_view(name).find(options.onlyCase) != std::string_view::npos;
+  };
   for (const FailureCase& one : cases) {
-    if (number++ % options.shards != options.shard) continue;
-    if (std::string_view(one.name).find(options.onlyCase) == std::string_view::npos) continue;
+    if (!isMeant(one.name)) continue;
     ++met;
     // Asked for by its name, or by the word.
     if (one.isPending && !options.hasPending && options.onlyCase.empty()) {
@@ -452,6 +477,11 @@ int runAll(const Options& options) {
       continue;
     }
     runner.run(one);
+  }
+  for (const KillCase& one : killCases()) {
+    if (!isMeant(one.name)) continue;
+    ++met;
+    runner.kill(one);
   }
   runner.print();
   if (met == 0) std::printf("FAILED: no such case\n");

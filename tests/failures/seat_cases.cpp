@@ -3,11 +3,14 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "platform/json/rapid_json_reader.h"
 #include "seats/seat_map_document.h"
 #include "tests/failures/trial.h"
+#include "tests/seats/wizard_room.h"
 #include "tools/halvora/map_dump.h"
+#include "tools/halvora/map_input.h"
 
 namespace halvora {
 
@@ -48,6 +51,52 @@ class MapParse final : public Trial {
   std::string dump_;
 };
 
+/// The wizard from its first step to the seat; whoever it is tried by tries a step again that had
+/// no memory.
+class Wizard final : public Trial {
+ public:
+  Wizard() {
+    // What is the test's own is not what may fail.
+    room_.chosen.reserve(1);
+    room_.inputs.map = std::make_shared<const SeatMap>(seatMapOf(mapDocument(), {}, kJson));
+  }
+
+  void act() override { walk(); }
+
+  Verdict judge() override {
+    const bool isWhole = refusals_ == 0;
+    for (int again = 0; room_.chosen.empty() && again < 8; ++again) walk();
+    if (room_.chosen.size() != 1) return wrong("a seat was chosen not once");
+    const Chosen right{"B", "1", "\u00e4", 9, 1};
+    if (!(room_.chosen.front() == right)) return wrong("another seat was chosen");
+    return isWhole ? whole() : refused();
+  }
+
+ private:
+  template <class Act>
+  bool tried(const Act& act) {
+    try {
+      act();
+      return true;
+    } catch (const std::bad_alloc&) {
+      ++refusals_;
+      return false;
+    }
+  }
+  void walk() {
+    if (wizard_ == nullptr && !tried([this] { wizard_ = &room_.load(); })) return;
+    for (int turns = 0; room_.chosen.empty() && turns < 12; ++turns) {
+      const std::int64_t row = wizard_->currentStep() == 0 ? 3 : 1;
+      if (!tried([&] { wizard_->pickerDidSelectRow(row); })) return;
+      if (!tried([&] { wizard_->nextTapped(); })) return;
+    }
+  }
+
+  WizardRoom room_{{}};
+  HalvoraSeatSelectorViewController* wizard_ = nullptr;
+  int refusals_ = 0;
+};
+
 template <class Made>
 std::unique_ptr<Trial> make(const std::string& /*folder*/) {
   return std::make_unique<Made>();
@@ -55,6 +104,7 @@ std::unique_ptr<Trial> make(const std::string& /*folder*/) {
 
 constexpr FailureCase kCases[] = {
     {"map-parse", {}, make<MapParse>, true},
+    {"wizard", {}, make<Wizard>, true},
 };
 
 }  // namespace

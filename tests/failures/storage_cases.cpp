@@ -6,12 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "platform/image/picture_decoder.h"
 #include "platform/json/rapid_json_reader.h"
 #include "platform/standard/file_defaults.h"
 #include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_devices.h"
 #include "platform/virtual/virtual_run_loop.h"
 #include "tests/failures/trial.h"
+#include "tests/support/source_tree.h"
 
 namespace halvora {
 
@@ -72,7 +74,9 @@ class DefaultsLoad final : public DefaultsTrial {
   }
 
   Verdict judge() override {
-    if (stateOf(path_) != 1) return wrong("what was stored is lost");
+    if (stateOf(path_) != 1 && stateOf(path_ + ".damaged") != 1) {
+      return wrong("what was stored is lost");
+    }
     return number_ == 1 ? whole() : refused();
   }
 
@@ -112,6 +116,36 @@ class DefaultsSave final : public DefaultsTrial {
   bool isRefused_ = false;
 };
 
+/// A picture of the demo's own assets, as a still or a gobo is.
+template <const char* kName>
+class Picture final : public Trial {
+ public:
+  explicit Picture(const std::string& /*folder*/)
+      : bytes_(readFile(sourceTree() + kName, std::size_t{1} << 26).value_or("")) {}
+
+  void act() override {
+    try {
+      image_ = kDecoder.decode(bytes_);
+    } catch (const std::bad_alloc&) {
+      image_.reset();
+    }
+  }
+  Verdict judge() override {
+    const std::optional<Image> right = kDecoder.decode(bytes_);
+    if (!right) return wrong("it cannot be decoded afterwards");
+    if (!image_) return refused();
+    return image_->rgba == right->rgba ? whole() : wrong("another picture");
+  }
+
+ private:
+  static inline const PictureDecoder kDecoder;
+  const std::string bytes_;
+  std::optional<Image> image_;
+};
+
+constexpr char kPng[] = "/assets/demo/HVAssets/Gobos/1.png";
+constexpr char kJpeg[] = "/assets/demo/HVAssets/Maps/Venue-7/1/f1.jpg";
+
 template <class Made>
 std::unique_ptr<Trial> make(const std::string& folder) {
   return std::make_unique<Made>(folder);
@@ -120,6 +154,8 @@ std::unique_ptr<Trial> make(const std::string& folder) {
 constexpr FailureCase kCases[] = {
     {"defaults-load", {.files = true}, make<DefaultsLoad>, true},
     {"defaults-save", {.files = true}, make<DefaultsSave>, true},
+    {"picture-png", {}, make<Picture<kPng>>, true},
+    {"picture-jpeg", {}, make<Picture<kJpeg>>, true},
 };
 
 }  // namespace

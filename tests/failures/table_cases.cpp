@@ -4,12 +4,18 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "engine/halvora_view_controller.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/seat_lut_builder.h"
+#include "pixelmap/seat_lut_files.h"
 #include "platform/ffmpeg/ffmpeg_videos.h"
+#include "platform/json/rapid_json_reader.h"
+#include "platform/standard/standard_files.h"
 #include "platform/standard/thread_workers.h"
+#include "platform/virtual/virtual_phone.h"
 #include "tests/failures/trial.h"
 
 namespace halvora {
@@ -19,6 +25,7 @@ namespace {
 using Words = std::vector<std::uint32_t>;
 
 const FfmpegVideoAssets kVideos;
+const RapidJsonReader kJson;
 
 Words wordsOf(const SeatLut& lut) {
   return lut ? Words(lut.words().begin(), lut.words().end()) : Words();
@@ -98,9 +105,86 @@ class ManySeats final : public Trial {
   bool isBuilt_ = false;
 };
 
+/// A phone that builds its seat's tables before the show.
+class Precompute final : public Trial {
+ public:
+  explicit Precompute(const std::string& folder) : documents_(folder + "/documents") { begin(); }
+
+  void act() override { precompute(); }
+
+  Verdict judge() override {
+    const bool isWhole = phone_->loop.failures() == 0 && isSaved();
+    phone_->loop.runFor(milliseconds(10'000));
+    if (completions_ != 1) return wrong("told of an end so often: " + std::to_string(completions_));
+    if (const std::string flaw = flawOfTable(); !flaw.empty()) return wrong(flaw);
+    end();
+    begin();
+    precompute();
+    if (completions_ != 1 || !isSaved()) return wrong("nothing can be built afterwards");
+    if (const std::string flaw = flawOfTable(); !flaw.empty()) return wrong(flaw);
+    end();
+    return isWhole ? whole() : refused();
+  }
+
+ private:
+  void begin() {
+    completions_ = 0;
+    VirtualPhoneSetup setup;
+    setup.documents = documents_;
+    setup.files = &files_;
+    setup.videoAssets = &kVideos;
+    setup.workers = &workers_;
+    phone_ = std::make_unique<VirtualPhone>(kJson, std::move(setup));
+    phone_->mainBundle.folder = preparedAssets();
+    engine_ = std::make_unique<HalvoraViewController>(phone_->platform());
+    engine_->viewDidLoad();
+  }
+  void end() {
+    engine_.reset();
+    phone_.reset();
+  }
+  // A host that is told of want of memory at once has no completion to wait for.
+  void precompute() {
+    phone_->loop.actAt(phone_->loop.now(), [this] {
+      try {
+        engine_->precomputePixelMapLUTsForVenueId(
+            7, 20, 10, {}, [this](int /*done*/, int /*total*/) { ++completions_; });
+      } catch (const std::bad_alloc&) {
+        ++completions_;
+      }
+    });
+    phone_->loop.runFor(milliseconds(10'000));
+  }
+  SeatLut saved() {
+    return SeatLutFiles(files_, kJson, documents_)
+        .loadPersistedPixelMapSeatLUTForVideoURL(preparedClip(), {20, 10});
+  }
+  bool isSaved() { return static_cast<bool>(saved()); }
+  std::string flawOfTable() {
+    const Words& right = expected([this] {
+      return wordsOf(buildPixelMapSeatLUTForVideoURL(kVideos, preparedClip(), {20, 10},
+                                                     {.workers = workers_}));
+    });
+    const SeatLut table = saved();
+    return table && wordsOf(table) != right ? "a table that is not the right one was kept" : "";
+  }
+
+  const std::string documents_;
+  StandardFiles files_;
+  ThreadWorkers workers_{2};
+  std::unique_ptr<VirtualPhone> phone_;
+  std::unique_ptr<HalvoraViewController> engine_;
+  int completions_ = 0;
+};
+
 template <class Made>
 std::unique_ptr<Trial> make(const std::string& /*folder*/) {
   return std::make_unique<Made>();
+}
+
+template <class Made>
+std::unique_ptr<Trial> makeIn(const std::string& folder) {
+  return std::make_unique<Made>(folder);
 }
 
 constexpr FailureCase kCases[] = {
@@ -108,6 +192,7 @@ constexpr FailureCase kCases[] = {
     {"table-2-workers", {.threads = true, .files = true}, make<TableBuild<2>>, true},
     {"table-8-workers", {.threads = true, .files = true}, make<TableBuild<8>>, true},
     {"table-600-seats", {.threads = true, .files = true}, make<ManySeats>, true},
+    {"precompute", {.threads = true, .files = true}, makeIn<Precompute>, true},
 };
 
 }  // namespace

@@ -62,9 +62,11 @@ std::span<const FailureCase> storageCases();
 std::span<const FailureCase> seatCases();
 std::span<const FailureCase> commandCases();
 
-/// Made once before all trials, and only read by them: a clip of 32 frames, 32 by 32, with an
-/// IDR picture every fourth; every frame one colour.
+/// Made once before all trials, and only read by them: a clip of 32 frames, 64 by 64, with an IDR
+/// picture every fourth.
 const std::string& preparedClip();
+/// A folder with the map of venue 7, which has that clip as its pixel map 1.
+const std::string& preparedAssets();
 void prepareInputs(const std::string& folder);
 
 }  // namespace halvora

@@ -4,7 +4,9 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <functional>
+#include <new>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -50,6 +52,18 @@ TEST_F(QtDescriptorsTest, WatchesForAsLongAsThereIsSomethingToRead) {
   put('b');
   runUntil([&] { return ran == "ab"; });
   EXPECT_EQ(ran, "ab");
+}
+
+TEST_F(QtDescriptorsTest, WhatATaskThrowsNeverReachesQt) {
+  bool hasThrown = false;
+  const DescriptorWatch watch(descriptors,
+                              descriptors.watch(ends[0], DescriptorEvents::readable, [&] {
+                                if (!std::exchange(hasThrown, true)) throw std::bad_alloc();
+                                take();
+                              }));
+  put('a');
+  runUntil([&] { return ran == "a"; });
+  EXPECT_EQ(descriptors.failures(), 1U);
 }
 
 TEST_F(QtDescriptorsTest, WatchesForRoomToWrite) {

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -40,6 +41,18 @@ TEST_F(QtRunLoopTest, EqualDelaysRunInTheOrderOfScheduling) {
   for (char name = 'a'; name <= 'f'; ++name) last = loop.after(milliseconds(5), note(name));
   runTo(last);
   EXPECT_EQ(ran, "abcdef");
+}
+
+TEST_F(QtRunLoopTest, WhatATurnThrowsNeverReachesQt) {
+  loop.soon([] { throw std::bad_alloc(); });
+  loop.post([] { throw std::bad_alloc(); });
+  int runs = 0;
+  const TimerId repeating = loop.every(milliseconds(1), [&runs] {
+    if (++runs == 1) throw std::bad_alloc();
+  });
+  while (runs < 3) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  loop.cancel(repeating);
+  EXPECT_EQ(loop.failures(), 3U);
 }
 
 TEST_F(QtRunLoopTest, ATimerIsNeverEarly) {

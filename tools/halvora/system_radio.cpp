@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/system_radio.h"
 
+#include <exception>
+
 #include "platform/linux/bluetooth/bluez_central.h"
 #include "platform/linux/bus/bluez_daemon.h"
 #include "platform/linux/poll_run_loop.h"
@@ -18,8 +20,11 @@ class SystemRadio final : public Radio {
   RunLoop& loop() override { return loop_; }
   BluetoothCentral& bluetooth() override { return central_; }
   void runUntil(const std::function<bool()>& isDone) override {
-    while (!loop_.runUntil(isDone, kLongestWait)) {
+    const auto isOver = [&] { return isDone() || loop_.failures() > 0; };
+    while (!loop_.runUntil(isOver, kLongestWait)) {
     }
+    // A command that lost a turn has nothing true to say any more.
+    if (loop_.failures() > 0) std::rethrow_exception(loop_.firstFailure());
   }
 
  private:

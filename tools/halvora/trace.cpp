@@ -35,9 +35,10 @@ bool runInParts(VirtualRunLoop& loop, Duration end, const std::function<bool()>&
 }
 
 // The engine goes on without what there is no memory for; a trace that did would lie.
-bool wasShortOfMemory(const HalvoraViewController& engine) {
+bool wasShortOfMemory(const VirtualPhone& phone, const HalvoraViewController& engine) {
   const SeatLutFailures tables = engine.seatLuts().failures();
-  return engine.diagnostics()[PacketFate::noMemory] != 0 || tables[SeatLutFailure::noMemory] != 0 ||
+  return phone.loop.failures() != 0 || engine.diagnostics().failedCalls != 0 ||
+         engine.diagnostics()[PacketFate::noMemory] != 0 || tables[SeatLutFailure::noMemory] != 0 ||
          tables[SeatLutFailure::noThread] != 0;
 }
 
@@ -63,7 +64,9 @@ TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
   HalvoraViewController engine(phone.platform(), {traceEndpoints()});
   engine.setAllowedTransmitterIds(options.allowedTransmitterIds);
   TraceWriter writer(phone, engine, {options.assets, options.documents}, write);
-  phone.loop.onTurnEnded([&writer] { writer.turnEnded(); });
+  phone.loop.onTurnEnded([&] {
+    if (!wasShortOfMemory(phone, engine)) writer.turnEnded();
+  });
 
   ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};
   stage.progress = [&writer](int done, int total, const std::string& mapId) {
@@ -74,7 +77,7 @@ TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
   const Duration end = options.until.value_or(scenario.lastAction() + kAfterLastAction);
   const bool isWhole =
       options.goesOn ? runInParts(phone.loop, end, options.goesOn) : phone.loop.runUntil(end);
-  if (wasShortOfMemory(engine)) return TraceEnd::noMemory;
+  if (wasShortOfMemory(phone, engine)) return TraceEnd::noMemory;
   return isWhole ? TraceEnd::whole : TraceEnd::endless;
 }
 

@@ -4,9 +4,11 @@
 
 #include <atomic>
 #include <csignal>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -161,6 +163,23 @@ TEST_F(PollRunLoopTest, TimersAndDescriptorsTakeTurns) {
   const DescriptorWatch watch(loop, loop.watch(ends[1], DescriptorEvents::writable, [] {}));
   EXPECT_TRUE(runTo(loop.after(milliseconds(1), note('t'))));
   EXPECT_EQ(ran, "t");
+}
+
+TEST_F(PollRunLoopTest, WhatATurnThrowsEndsThatTurnAlone) {
+  loop.soon([] { throw std::bad_alloc(); });
+  loop.post([] { throw std::bad_alloc(); });
+  const TimerId last = loop.after(milliseconds(1), note('a'));
+  runTo(last);
+  EXPECT_EQ(ran, "a");
+  bool hasThrown = false;
+  const WatchId watch = loop.watch(ends[0], DescriptorEvents::readable, [&] {
+    if (!std::exchange(hasThrown, true)) throw std::bad_alloc();
+    take();
+  });
+  put('b');
+  EXPECT_TRUE(loop.runUntil([this] { return ran == "ab"; }, milliseconds(30'000)));
+  loop.forget(watch);
+  EXPECT_EQ(loop.failures(), 3U);
 }
 
 TEST_F(PollRunLoopTest, ASignalMakesItAskWhetherItIsDone) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/bluez/system_transmitter.h"
 
+#include <exception>
+
 #include "platform/linux/poll_run_loop.h"
 #include "tools/halvora/bluez/bluez_advertiser.h"
 
@@ -19,8 +21,11 @@ class SystemTransmitter final : public Transmitter {
 
   RunLoop& loop() override { return loop_; }
   void runUntil(const std::function<bool()>& isDone) override {
-    while (!loop_.runUntil(isDone, kLongestWait)) {
+    const auto isOver = [&] { return isDone() || loop_.failures() > 0; };
+    while (!loop_.runUntil(isOver, kLongestWait)) {
     }
+    // A command that lost a turn has nothing true to say any more.
+    if (loop_.failures() > 0) std::rethrow_exception(loop_.firstFailure());
   }
   void open(const TransmitterSettings& settings) override { advertiser_.open(settings); }
   void show(std::span<const std::uint8_t> data) override { advertiser_.show(data); }

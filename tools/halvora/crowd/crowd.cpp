@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -286,7 +287,10 @@ bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
       look(slice, moment.at, phone, chunk);
     }
   }
-  return loop.runUntil(slice.end - kInstant);
+  const bool hasEnded = loop.runUntil(slice.end - kInstant);
+  // A phone goes on after a turn that failed, but then it shows what no other one would.
+  if (loop.failures() > 0) std::rethrow_exception(loop.firstFailure());
+  return hasEnded;
 }
 
 void Crowd::act(const Moment& moment, Duration now, Chunk& chunk) {
