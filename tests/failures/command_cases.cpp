@@ -164,12 +164,12 @@ class CommandTrial final : public Trial {
     if (run_.status() == 0) {
       if (!run_.error().empty()) return wrong("done, and yet: " + run_.error());
       if (mayDiffer()) return refused();
-      if (!varies_ && run_.printed() != right_.printed) return wrong("printed something else");
+      if (!varies_ && run_.printed() != right_.printed) return wrong(otherPrint());
       return tree == right_.tree ? whole() : wrong("wrote something else" + difference(tree));
     }
     if (run_.error().empty()) return wrong("ended without a reason");
     const bool isPart = varies_ || mayDiffer() || right_.printed.starts_with(run_.printed());
-    if (!isPart) return wrong("printed something else");
+    if (!isPart) return wrong(otherPrint());
     for (const auto& [name, bytes] : tree) {
       const auto known = right_.tree.find(name);
       if (known == right_.tree.end()) return wrong("left " + name + " behind");
@@ -189,6 +189,16 @@ class CommandTrial final : public Trial {
     const faults::Kind* kind = faults::plan().kind;
     return tellsWhatItFinds_ && kind != nullptr && kind->call != faults::Call::allocate &&
            run_.printed() != right_.printed;
+  }
+
+  std::string otherPrint() const {
+    const std::string& printed = run_.printed();
+    std::size_t at = 0;
+    while (at < printed.size() && at < right_.printed.size() && printed[at] == right_.printed[at]) {
+      ++at;
+    }
+    return "printed something else, and ended with " + std::to_string(run_.status()) + " (" +
+           run_.error() + "): ..." + printed.substr(at, 120);
   }
 
   std::string difference(const Tree& tree) const {

@@ -165,7 +165,7 @@ void act(Trial& trial) {
 }
 
 /// What became of a child: nothing where all is well.
-std::string flawOf(int status) {
+std::string flawOf(int status, std::size_t libraryLoses) {
   static constexpr const char* kPhases[] = {"while it was made", "while it acted",
                                             "while it was judged", "while it was destroyed", ""};
   if (WIFSIGNALED(status)) {
@@ -176,7 +176,7 @@ std::string flawOf(int status) {
   }
   if (record->phase != Record::Phase::done) return "ended early";
   if (record->outcome == Outcome::wrong) return record->why.data();
-  if (record->leak.blocks > 0) {
+  if (record->leak.bytes > libraryLoses) {
     return "leaks " + std::to_string(record->leak.bytes) + " bytes in " +
            std::to_string(record->leak.blocks) + " blocks";
   }
@@ -334,7 +334,7 @@ class Runner {
     int status = 0;
     while (waitpid(id, &status, 0) < 0 && errno == EINTR) {
     }
-    return flawOf(status);
+    return flawOf(status, one.libraryLoses);
   }
 
   std::vector<std::uint64_t> numbers(const faults::Kind& kind, std::uint64_t most) const {

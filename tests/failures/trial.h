@@ -4,6 +4,7 @@
 // threads that the trial itself starts and ends.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -53,6 +54,8 @@ struct FailureCase {
   std::unique_ptr<Trial> (*make)(const std::string& folder);
   /// Known to fail still: left out unless it is asked for.
   bool isPending = false;
+  /// Bytes that a library itself loses where its own start fails.
+  std::size_t libraryLoses = 0;
 };
 
 /// All cases, by their subject.
