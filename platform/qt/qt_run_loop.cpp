@@ -40,10 +40,16 @@ void QtRunLoop::post(Task&& task) {
   {
     const std::lock_guard lock(postedMutex_);
     posted_.push_back(std::move(task));
-    if (posted_.size() > 1) return;
+    if (std::exchange(isWoken_, true)) return;
   }
-  QMetaObject::invokeMethod(
-      &timer_, [this] { takePosted(); }, Qt::QueuedConnection);
+  try {
+    QMetaObject::invokeMethod(
+        &timer_, [this] { takePosted(); }, Qt::QueuedConnection);
+  } catch (...) {
+    // It is there and waits: whoever posts next wakes the loop for both.
+    const std::lock_guard lock(postedMutex_);
+    isWoken_ = false;
+  }
 }
 
 TimerId QtRunLoop::schedule(Duration time, Duration interval, Task&& task) {
@@ -56,6 +62,7 @@ void QtRunLoop::takePosted() {
   std::vector<Task> posted;
   {
     const std::lock_guard lock(postedMutex_);
+    isWoken_ = false;
     hasLeftPosted_ = !hasRoomFor(posted_.size());
     if (!hasLeftPosted_) posted.swap(posted_);
   }

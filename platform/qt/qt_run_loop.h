@@ -50,6 +50,8 @@ class QtRunLoop final : public RunLoop {
   std::optional<Duration> waitedFor_;
   std::mutex postedMutex_;
   std::vector<Task> posted_;
+  /// Qt's loop has been asked to take what is posted. Under the mutex.
+  bool isWoken_ = false;
   /// There was no memory to take what was posted; tried again soon.
   bool hasLeftPosted_ = false;
 };
