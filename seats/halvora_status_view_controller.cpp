@@ -170,8 +170,10 @@ void HalvoraStatusViewController::showStatus(const std::string& bluetoothStatus)
       engine_.isInsideVenue() ? localizedText(bundles.main, "inside_venue", "") : bluetoothStatus;
   label.lineHeight = kStatusLineHeight;
   // Looked up just as the status was when it was written, so that they are equal without a table.
-  views_.settingsButton.hidden =
-      bluetoothStatus != bundles.kit.localizedString("bluetooth_notAuthorised");
+  const bool isRefused = bluetoothStatus == bundles.kit.localizedString("bluetooth_notAuthorised");
+  const bool isOff = fields_.offersSettingsWhenOff &&
+                     bluetoothStatus == bundles.kit.localizedString("bluetooth_off");
+  views_.settingsButton.hidden = !isRefused && !isOff;
 }
 
 bool HalvoraStatusViewController::hasSeatControls(std::int64_t venueId) const {

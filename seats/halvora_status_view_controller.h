@@ -41,6 +41,9 @@ struct StatusPanelFields {
   double actionButtonHeight = 44;
   /// The venue as long as no transmitter has been heard; below 1 for none.
   std::int64_t defaultVenueId = 0;
+  /// The settings button is there for who has Bluetooth switched off, too, and not only for who is
+  /// not allowed to use it: where opening the settings switches it on.
+  bool offersSettingsWhenOff = false;
   friend bool operator==(const StatusPanelFields&, const StatusPanelFields&) = default;
 };
 

@@ -33,6 +33,7 @@ Window {
             objectName: "phone"
             anchors.fill: parent
             isBare: true
+            offersSettingsWhenOff: true
         }
         // Readable on any light.
         Rectangle {

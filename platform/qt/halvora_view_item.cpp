@@ -28,6 +28,8 @@ QtClipPicture* pictureOf(VideoPlayer& player) { return dynamic_cast<QtClipPictur
 }  // namespace
 
 HalvoraViewItem::~HalvoraViewItem() {
+  // Nobody is to hear of what is half gone.
+  blockSignals(true);
   if (host_) host_->leave(*this);
 }
 
@@ -46,12 +48,25 @@ HalvoraView HalvoraViewItem::view() {
   return HalvoraView(
       EmbeddedEngine(host_->platform(), host_->controller()),
       [self] {
-        if (self) emit self->lightShowStarted();
+        if (self) self->tellShow(&HalvoraViewItem::lightShowStarted);
       },
       [self] {
-        if (self) emit self->lightShowStopped();
+        if (self) self->tellShow(&HalvoraViewItem::lightShowStopped);
       },
       textsOf(allowedTransmitterIds_));
+}
+
+// The bar first: whoever hears of the show may have destroyed the item, and the other way round.
+void HalvoraViewItem::tellShow(void (HalvoraViewItem::*signal)()) {
+  const QPointer<HalvoraViewItem> self(this);
+  lookAtStatusBar();
+  if (self) emit(this->*signal)();
+}
+
+// The engine changes it where it tells of a show's start or stop, and nowhere else.
+void HalvoraViewItem::lookAtStatusBar() {
+  const bool isHidden = coordinator_ && coordinator_->mainViewController.prefersStatusBarHidden();
+  if (std::exchange(isStatusBarHidden_, isHidden) != isHidden) emit statusBarHiddenChanged();
 }
 
 void HalvoraViewItem::setShown(bool shown) {
@@ -63,6 +78,7 @@ void HalvoraViewItem::setShown(bool shown) {
     const VideoPlayers& players = host_->platform().videoPlayers;
     setClips(pictureOf(players.a), pictureOf(players.b));
     layOut();
+    lookAtStatusBar();
     return;
   }
   setViews(nullptr);
@@ -73,6 +89,7 @@ void HalvoraViewItem::setShown(bool shown) {
   engine.halvoraView = nullptr;
   engine.viewWillLayoutSubviews(std::nullopt);
   coordinator_.reset();
+  lookAtStatusBar();
 }
 
 void HalvoraViewItem::start() {

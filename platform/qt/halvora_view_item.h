@@ -26,6 +26,9 @@ class HalvoraViewItem : public halvora::LightSurface {
                  setAllowedTransmitterIds NOTIFY allowedTransmitterIdsChanged)
   Q_PROPERTY(bool isPermissionGranted READ isPermissionGranted NOTIFY isPermissionGrantedChanged)
   Q_PROPERTY(bool isInsideVenue READ isInsideVenue NOTIFY isInsideVenueChanged)
+  /// Whether the show wants the whole screen, without the system's bars: a host whose window can
+  /// have it makes it full screen for as long.
+  Q_PROPERTY(bool statusBarHidden READ statusBarHidden NOTIFY statusBarHiddenChanged)
 
  public:
   explicit HalvoraViewItem(QQuickItem* parent = nullptr) : LightSurface(parent) {}
@@ -40,6 +43,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   void setAllowedTransmitterIds(const QStringList& ids);
   bool isPermissionGranted();
   bool isInsideVenue();
+  bool statusBarHidden() const { return isStatusBarHidden_; }
 
   /// For the host alone, which knows whose turn it is.
   void setShown(bool shown);
@@ -50,6 +54,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   void allowedTransmitterIdsChanged();
   void isPermissionGrantedChanged();
   void isInsideVenueChanged();
+  void statusBarHiddenChanged();
 
  protected:
   void classBegin() override;
@@ -59,6 +64,9 @@ class HalvoraViewItem : public halvora::LightSurface {
  private:
   HalvoraView view();
   void layOut();
+  /// A show has started or stopped, whichever signal says so.
+  void tellShow(void (HalvoraViewItem::*signal)());
+  void lookAtStatusBar();
   void watch();
   void look();
 
@@ -68,6 +76,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   std::unique_ptr<HalvoraView::Coordinator> coordinator_;
   bool wasPermissionGranted_ = false;
   bool wasInsideVenue_ = false;
+  bool isStatusBarHidden_ = false;
   Timer watch_;
 };
 

@@ -73,6 +73,7 @@ StatusPanelFields StatusPanel::fields() const {
   fields.actionButtonTitleFontSize = actionButtonTitleFontSize_;
   fields.actionButtonHeight = actionButtonHeight_;
   fields.defaultVenueId = defaultVenueId_;
+  fields.offersSettingsWhenOff = offersSettingsWhenOff_;
   return fields;
 }
 

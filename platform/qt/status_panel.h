@@ -35,6 +35,7 @@ class StatusPanel : public QObject {
   Q_PROPERTY(qreal actionButtonTitleFontSize MEMBER actionButtonTitleFontSize_ NOTIFY fieldsChanged)
   Q_PROPERTY(qreal actionButtonHeight MEMBER actionButtonHeight_ NOTIFY fieldsChanged)
   Q_PROPERTY(int defaultVenueId MEMBER defaultVenueId_ NOTIFY fieldsChanged)
+  Q_PROPERTY(bool offersSettingsWhenOff MEMBER offersSettingsWhenOff_ NOTIFY fieldsChanged)
   /// All texts are so many times their size; at first what the system asks for.
   Q_PROPERTY(qreal textScale MEMBER textScale_ NOTIFY textScaleChanged)
 
@@ -108,6 +109,7 @@ class StatusPanel : public QObject {
   qreal actionButtonTitleFontSize_ = 0;
   qreal actionButtonHeight_ = 0;
   int defaultVenueId_ = 0;
+  bool offersSettingsWhenOff_ = false;
   qreal textScale_ = 1;
 
   qreal viewWidth_ = 0;

@@ -117,6 +117,63 @@ TEST_F(HalvoraViewTest, TellsOfAShowThatStartsAndStops) {
   EXPECT_EQ(number("stopped"), 1);
 }
 
+// A host binds its window to it.
+TEST_F(HalvoraViewTest, SaysForHowLongTheStatusBarIsToBeHidden) {
+  place(R"(
+    import QtQuick
+    import Halvora
+    Window {
+        width: 200; height: 100; visible: true
+        visibility: light.statusBarHidden ? Window.FullScreen : Window.Windowed
+        property string told
+        HalvoraView {
+            id: light
+            objectName: "light"
+            anchors.fill: parent
+            onStatusBarHiddenChanged: told += statusBarHidden ? "hidden " : "back "
+            onLightShowStarted: told += "started "
+            onLightShowStopped: told += "stopped "
+        }
+    })");
+  const auto told = [this] { return placed->window().property("told").toString().toStdString(); };
+  listen();
+  EXPECT_FALSE(light().statusBarHidden());
+  EXPECT_EQ(placed->window().visibility(), QWindow::Windowed);
+  show(200, 100, 50);
+  show(100, 100, 50);
+  EXPECT_TRUE(light().statusBarHidden());
+  EXPECT_EQ(placed->window().visibility(), QWindow::FullScreen);
+  EXPECT_EQ(told(), "hidden started ");
+  show(200, 100, 50, 0);
+  EXPECT_FALSE(light().statusBarHidden());
+  EXPECT_EQ(placed->window().visibility(), QWindow::Windowed);
+  EXPECT_EQ(told(), "hidden started back stopped ");
+}
+
+TEST_F(HalvoraViewTest, OnlyTheViewThatShowsTheLightHasAWordOnTheStatusBar) {
+  placeTwo();
+  listen();
+  show(200, 100, 50);
+  const auto isHidden = [this](const char* loader) {
+    return qobject_cast<HalvoraViewItem*>(placed->find(loader)->property("item").value<QObject*>())
+        ->statusBarHidden();
+  };
+  EXPECT_TRUE(isHidden("right"));
+  EXPECT_FALSE(isHidden("left"));
+  unload("right");
+  EXPECT_TRUE(isHidden("left"));
+}
+
+TEST_F(HalvoraViewTest, MayBeDestroyedByWhoeverHearsOfTheStatusBar) {
+  place(kOneView);
+  listen();
+  QObject::connect(&light(), &HalvoraViewItem::statusBarHiddenChanged, &light(),
+                   [this] { delete &light(); });
+  show(200, 100, 50);
+  EXPECT_EQ(placed->find("light"), nullptr);
+  EXPECT_EQ(number("started"), 0);
+}
+
 TEST_F(HalvoraViewTest, ObeysTheTransmittersThatItIsGiven) {
   place(kOneView);
   listen();

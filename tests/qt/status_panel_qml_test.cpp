@@ -64,6 +64,20 @@ TEST(StatusPanelQml, OffersTheSettingsWhereBluetoothIsForbidden) {
   EXPECT_EQ(bench.phone.application.settingsOpened, 1);
 }
 
+TEST(StatusPanelQml, OffersTheSettingsWhereBluetoothIsOffIfTheHostSaysSo) {
+  for (const bool isOffered : {false, true}) {
+    StatusBenchSetup setup = withStatus("x");
+    if (isOffered) setup.properties += "\noffersSettingsWhenOff: true";
+    StatusBench bench(setup);
+    bench.phone.defaults.setFromOutside("bluetoothStatus",
+                                        bench.kit.localizedString("bluetooth_off"));
+    bench.tick();
+    EXPECT_EQ(bench.isShown("settingsButton"), isOffered);
+    if (isOffered) bench.click("settingsButton");
+    EXPECT_EQ(bench.phone.application.settingsOpened, isOffered ? 1 : 0);
+  }
+}
+
 TEST(StatusPanelQml, ShowsTheSeatWithAnAmberAndThenAGreenDot) {
   StatusBench bench;
   bench.store({"A", "2", "7"}, {3, 4});

@@ -81,6 +81,26 @@ TEST(StatusPanel, FollowsWhatTheEngineWritesOfBluetooth) {
   EXPECT_TRUE(bench.views().settingsButton.hidden);
 }
 
+TEST(StatusPanel, OffersTheSettingsWhereBluetoothIsOffToAHostThatWantsIt) {
+  PanelBench bench;
+  bench.turn([&] { bench.engine().start(); });
+  bench.phone.bluetooth.setState(CentralState::poweredOff);
+  bench.tick();
+  EXPECT_TRUE(bench.views().settingsButton.hidden);
+  StatusPanelFields fields = bench.panel().fields();
+  fields.offersSettingsWhenOff = true;
+  bench.panel().setFields(fields);
+  bench.tick();
+  EXPECT_EQ(bench.views().statusTextLabel.text, "kit: off");
+  EXPECT_FALSE(bench.views().settingsButton.hidden);
+  bench.phone.bluetooth.setState(CentralState::unauthorised);
+  bench.tick();
+  EXPECT_FALSE(bench.views().settingsButton.hidden);
+  bench.phone.bluetooth.setState(CentralState::poweredOn);
+  bench.tick();
+  EXPECT_TRUE(bench.views().settingsButton.hidden);
+}
+
 TEST(StatusPanel, InsideTheVenueTheHostsTextIsShown) {
   PanelBench bench;
   bench.turn([&] { bench.engine().initBluetoothPermission(); });
