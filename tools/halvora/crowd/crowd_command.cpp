@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <locale>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -102,6 +103,7 @@ class CrowdCommand final : public ToolCommand {
       return std::nullopt;
     }
     std::ostringstream range;
+    range.imbue(std::locale::classic());
     range << (std::is_integral_v<Number> ? "a whole number" : "a number") << " from " << least
           << " to " << most;
     return refuse(option, range.str(), text);
