@@ -72,7 +72,7 @@ void Scanner::setAllowedTransmitterIds(std::vector<std::string> ids) {
     if (application < 0 || application > 0xFFFF || transmitter < 0 || transmitter > 0xFF) continue;
     // Only a text that is written just as a packet's own key can equal one.
     if (transmitterKey(static_cast<std::uint16_t>(application),
-                       static_cast<std::uint16_t>(transmitter)) != id) {
+                       static_cast<std::uint8_t>(transmitter)) != id) {
       continue;
     }
     allowedKeys_.push_back(packedKey(static_cast<std::uint32_t>(application),

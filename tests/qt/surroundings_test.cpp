@@ -52,8 +52,8 @@ struct HostileHost : testing::Test, QmlBench {
 TEST_F(HostileHost, DestroysTheViewInTheMiddleOfEveryEffect) {
   QmlWindow placed(qml, kLoadedView);
   listen();
-  constexpr std::uint16_t kModes = 20;
-  for (std::uint16_t mode = 1; mode <= kModes; ++mode) {
+  constexpr std::uint8_t kModes = 20;
+  for (std::uint8_t mode = 1; mode <= kModes; ++mode) {
     onAir.speed = 200;
     show(200, 100, 50, mode);
     placed.colourAt(100, 50);

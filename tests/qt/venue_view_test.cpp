@@ -384,7 +384,7 @@ struct VenueAlone : VenueFolder, testing::Test {
     ConsoleTest::settle();
     frames = 0;
   }
-  void send(std::uint16_t sequence, std::uint16_t red, std::uint16_t mode = 1) {
+  void send(std::uint16_t sequence, std::uint8_t red, std::uint8_t mode = 1) {
     Broadcast look;
     look.applicationId = 4242;
     look.venueId = 7;

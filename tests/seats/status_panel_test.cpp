@@ -19,7 +19,7 @@ Broadcast packet(int venueId, int sequence) {
   Broadcast broadcast;
   broadcast.applicationId = 258;
   broadcast.transmitter = 7;
-  broadcast.venueId = static_cast<std::uint16_t>(venueId);
+  broadcast.venueId = static_cast<std::uint8_t>(venueId);
   broadcast.sequence = static_cast<std::uint16_t>(sequence);
   return broadcast;
 }
