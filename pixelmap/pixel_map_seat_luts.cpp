@@ -35,7 +35,10 @@ struct PixelMapSeatLuts::Shared {
   SeatLut buildAndPersist(const std::string& videoURL, SeatPosition seat) const {
     const auto signature = files.pixelMapVideoFileSignatureForURL(videoURL);
     SeatLut lut = build(videoURL, seat);
-    if (lut && signature) files.persistPixelMapSeatLUTData(lut, videoURL, seat, signature);
+    if (lut && signature) {
+      files.removeLeftovers(videoURL);
+      files.persistPixelMapSeatLUTData(lut, videoURL, seat, signature);
+    }
     return lut;
   }
 

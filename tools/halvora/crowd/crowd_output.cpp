@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/standard/standard_files.h"
+#include "platform/linux/linux_files.h"
 
 namespace halvora {
 
@@ -85,6 +85,7 @@ class FolderOutput final : public CrowdOutput {
   }
   bool finish() override {
     removeOlder();
+    files_.removeLeftovers(folder_ + "/frame-");
     return isGood_;
   }
 
@@ -105,7 +106,7 @@ class FolderOutput final : public CrowdOutput {
   bool isNew_;
   CrowdOutputFormat format_;
   PictureEncoder encode_;
-  StandardFiles files_;
+  LinuxFiles files_;
   std::int64_t frames_ = 0;
   bool isGood_ = true;
 };
@@ -133,7 +134,9 @@ class SheetOutput final : public CrowdOutput {
   bool finish() override {
     if (taken_ == 0) return false;
     const std::string bytes = encode_(sheet());
-    return !bytes.empty() && StandardFiles().replace(path_, bytes);
+    LinuxFiles files;
+    files.removeLeftovers(path_);
+    return !bytes.empty() && files.replace(path_, bytes);
   }
 
  private:
