@@ -16,6 +16,7 @@
 
 #include "light/gobo_animator.h"
 #include "light/view_stack.h"
+#include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_devices.h"
 #include "platform/virtual/virtual_run_loop.h"
 
@@ -66,7 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   halvora::ViewStack views(timers);
   halvora::ScriptedRandom random(halvora::ScriptedRandom::Rule::greatest);
   halvora::GoboState state;
-  halvora::GoboAnimator gobo(state, views, random);
+  const halvora::StandardFiles files;
+  halvora::GoboAnimator gobo(state, views, files, random);
   state.currentGobo = number;
   gobo.build(std::make_shared<const halvora::GoboFolders>(halvora::GoboFolders{folder(), ""}));
   for (int change = 0; change < 3; ++change) {
