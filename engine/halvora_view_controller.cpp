@@ -40,6 +40,7 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
                                              std::optional<ShowParts> parts)
     : platform_(platform),
       hasOwnAssets_(options.assets == nullptr),
+      usageReports_(options.usageReports),
       assets_(hasOwnAssets_ ? std::make_shared<const ShowAssets>() : std::move(options.assets)),
       stills_(options.stills),
       timers_(platform.runLoop),
@@ -125,7 +126,16 @@ PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
 
 void HalvoraViewController::appDidBecomeActive() {
   state_.presence.resetApp = true;
-  if (state_.presence.scanningAllowed) usage_.appOpened();
+  if (state_.presence.scanningAllowed && usageReports_) usage_.appOpened();
+}
+
+void HalvoraViewController::setUsageReports(bool isOn) {
+  usageReports_ = isOn;
+  if (!isOn) platform_.http.cancelAll();
+}
+
+void HalvoraViewController::recievedSignal() {
+  if (usageReports_) usage_.recievedSignal();
 }
 
 void HalvoraViewController::appWillResignActive() {

@@ -37,6 +37,8 @@ namespace halvora {
 
 struct EngineOptions {
   UsageEndpoints usageEndpoints = {};
+  /// Whether the usage counters are sent at all, from the start; `setUsageReports` changes it.
+  bool usageReports = true;
   /// What many engines of one process share instead of each reading its own: what a show takes from
   /// the bundles, and ready seat tables and stills, which must outlive the engine. Null: its own.
   std::shared_ptr<const ShowAssets> assets = nullptr;
@@ -87,6 +89,10 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   const std::vector<std::string>& allowedTransmitterIds() const {
     return scanner_.allowedTransmitterIds();
   }
+  /// Whether the usage counters are sent, for a host that asks its user. Switching them off gives
+  /// up those under way; while they are off nothing is counted, nor noted in the defaults.
+  bool usageReports() const { return usageReports_; }
+  void setUsageReports(bool isOn);
   /// For the host: the view that it placed the engine in, and a central manager of its own. The
   /// engine uses neither.
   void* halvoraView = nullptr;
@@ -131,7 +137,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   const std::string& pairedBucketID() const { return pairedBucketID_; }
 
  private:
-  void recievedSignal() override { usage_.recievedSignal(); }
+  void recievedSignal() override;
   void showReceptionRate(int packets) override;
   void dropShow() override;
   void videoReady() override { state_.video.videoCanPlay = true; }
@@ -147,6 +153,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   /// Null until the host asks for one.
   std::unique_ptr<ShowCallbacks> callbacks_;
   bool hasOwnAssets_;
+  bool usageReports_;
   std::shared_ptr<const ShowAssets> assets_;
   const StillSource* stills_;
   std::string pairedBucketID_;

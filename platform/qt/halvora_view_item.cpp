@@ -43,7 +43,7 @@ void HalvoraViewItem::classBegin() {
 // A show that starts or stops is told in a later turn; the item may be gone by then.
 HalvoraView HalvoraViewItem::view() {
   const QPointer<HalvoraViewItem> self(this);
-  return HalvoraView(
+  HalvoraView view(
       EmbeddedEngine(host_->platform(), host_->controller()),
       [self] {
         if (self) emit self->lightShowStarted();
@@ -52,6 +52,8 @@ HalvoraView HalvoraViewItem::view() {
         if (self) emit self->lightShowStopped();
       },
       textsOf(allowedTransmitterIds_));
+  view.usageReports = usageReports_;
+  return view;
 }
 
 void HalvoraViewItem::setShown(bool shown) {
@@ -88,6 +90,19 @@ void HalvoraViewItem::setAllowedTransmitterIds(const QStringList& ids) {
   allowedTransmitterIds_ = ids;
   if (coordinator_) view().makeController(*coordinator_);
   emit allowedTransmitterIdsChanged();
+}
+
+bool HalvoraViewItem::usageReports() const {
+  if (usageReports_) return *usageReports_;
+  return !host_ || host_->controller().usageReports();
+}
+
+void HalvoraViewItem::setUsageReports(bool isOn) {
+  if (usageReports_ == isOn) return;
+  const bool wasOn = usageReports();
+  usageReports_ = isOn;
+  if (coordinator_) view().makeController(*coordinator_);
+  if (isOn != wasOn) emit usageReportsChanged();
 }
 
 bool HalvoraViewItem::isPermissionGranted() {

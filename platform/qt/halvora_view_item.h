@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QStringList>
 #include <memory>
+#include <optional>
 
 #include <qqmlregistration.h>
 
@@ -24,6 +25,8 @@ class HalvoraViewItem : public halvora::LightSurface {
   /// The transmitter keys ("application:number") to obey; none means all.
   Q_PROPERTY(QStringList allowedTransmitterIds READ allowedTransmitterIds WRITE
                  setAllowedTransmitterIds NOTIFY allowedTransmitterIdsChanged)
+  /// Whether usage counters are sent; unless it is set, whatever the engine was made with.
+  Q_PROPERTY(bool usageReports READ usageReports WRITE setUsageReports NOTIFY usageReportsChanged)
   Q_PROPERTY(bool isPermissionGranted READ isPermissionGranted NOTIFY isPermissionGrantedChanged)
   Q_PROPERTY(bool isInsideVenue READ isInsideVenue NOTIFY isInsideVenueChanged)
 
@@ -38,6 +41,8 @@ class HalvoraViewItem : public halvora::LightSurface {
 
   QStringList allowedTransmitterIds() const { return allowedTransmitterIds_; }
   void setAllowedTransmitterIds(const QStringList& ids);
+  bool usageReports() const;
+  void setUsageReports(bool isOn);
   bool isPermissionGranted();
   bool isInsideVenue();
 
@@ -48,6 +53,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   void lightShowStarted();
   void lightShowStopped();
   void allowedTransmitterIdsChanged();
+  void usageReportsChanged();
   void isPermissionGrantedChanged();
   void isInsideVenueChanged();
 
@@ -64,6 +70,8 @@ class HalvoraViewItem : public halvora::LightSurface {
 
   QPointer<HalvoraHost> host_;
   QStringList allowedTransmitterIds_;
+  /// None until it is set.
+  std::optional<bool> usageReports_;
   /// While the engine's view is here.
   std::unique_ptr<HalvoraView::Coordinator> coordinator_;
   bool wasPermissionGranted_ = false;

@@ -13,6 +13,7 @@
 #include "platform/ffmpeg/ffmpeg_videos.h"
 #include "platform/image/picture_decoder.h"
 #include "platform/json/rapid_json_reader.h"
+#include "platform/linux/linux_files.h"
 #include "platform/qt/qt_absent_services.h"
 #include "platform/qt/qt_application.h"
 #include "platform/qt/qt_http.h"
@@ -22,7 +23,6 @@
 #include "platform/standard/file_defaults.h"
 #include "platform/standard/folder_bundle.h"
 #include "platform/standard/seeded_random.h"
-#include "platform/standard/standard_files.h"
 #include "platform/standard/system_clock.h"
 #include "platform/standard/thread_queues.h"
 #include "platform/standard/thread_workers.h"
@@ -82,7 +82,8 @@ std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& j
 
 struct QtPlatform::Needs {
   explicit Needs(const QtPlatformOptions& options)
-      : engineOptions{.usageEndpoints = options.usageEndpoints},
+      : engineOptions{.usageEndpoints = options.usageEndpoints,
+                      .usageReports = options.usageReports},
         documents(documentsOf(options)),
         defaults(documents + "/defaults.json", {files, json, runLoop, queues}),
         main(assetsOf(options), identifierOf(options), languages(), json),
@@ -99,7 +100,7 @@ struct QtPlatform::Needs {
   SeededRandom random{QRandomGenerator::global()->generate64()};
   RapidJsonReader json;
   PictureDecoder images;
-  StandardFiles files;
+  LinuxFiles files;
   FfmpegVideoAssets videoAssets;
   ThreadWorkers workers;
   FileDefaults defaults;

@@ -26,6 +26,8 @@ struct QtPlatformOptions {
   std::string identifier = {};
   /// Empty ones are not sent, and ones of plain http only if that is allowed.
   UsageEndpoints usageEndpoints = {};
+  /// Whether they are sent before the host says otherwise, such as while its user was not asked.
+  bool usageReports = true;
   bool allowsPlainHttp = false;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The QML type `HalvoraView` in a real window, off screen, on a virtual phone.
 #include <QMetaObject>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QVariant>
 #include <memory>
@@ -127,6 +128,27 @@ TEST_F(HalvoraViewTest, ObeysTheTransmittersThatItIsGiven) {
   light().setAllowedTransmitterIds({QStringLiteral("258:8"), QStringLiteral("258:7")});
   show(200, 100, 50);
   EXPECT_EQ(placed->colourAt(100, 50), QColor(200, 100, 50));
+}
+
+TEST_F(HalvoraViewTest, UsageReportsAreSwitchedWhileItRuns) {
+  place(kOneView);
+  QSignalSpy changes(&light(), &HalvoraViewItem::usageReportsChanged);
+  EXPECT_TRUE(light().property("usageReports").toBool());
+  EXPECT_TRUE(controller.usageReports());
+  light().setProperty("usageReports", false);
+  EXPECT_FALSE(light().property("usageReports").toBool());
+  EXPECT_FALSE(controller.usageReports());
+  light().setProperty("usageReports", true);
+  EXPECT_TRUE(controller.usageReports());
+  light().setProperty("usageReports", true);
+  EXPECT_EQ(changes.count(), 2);
+}
+
+TEST_F(HalvoraViewTest, UsageReportsThatItDoesNotNameAreTheEngines) {
+  controller.setUsageReports(false);
+  place(kOneView);
+  EXPECT_FALSE(controller.usageReports());
+  EXPECT_FALSE(light().property("usageReports").toBool());
 }
 
 TEST_F(HalvoraViewTest, BindingsFollowPermissionAndVenue) {
