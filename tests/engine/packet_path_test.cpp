@@ -300,5 +300,16 @@ TEST_F(PacketPath, DiagnosticsCountEveryFate) {
   EXPECT_EQ(counts[PacketFate::notAllowed], 0U);
 }
 
+TEST_F(PacketPath, AnAllowListThatIsReplacedAllowsNoneOfTheOldOnes) {
+  allow({"1:1", "258:7", "300:9"});
+  EXPECT_EQ(bench_.hear(numbered(1)), PacketFate::processed);
+  allow({"300:9", "2:2"});
+  EXPECT_EQ(bench_.hear(numbered(2)), PacketFate::notAllowed);
+  allow({"258:8"});
+  EXPECT_EQ(bench_.hear(numbered(3)), PacketFate::notAllowed);
+  allow({});
+  EXPECT_NE(bench_.hear(numbered(4)), PacketFate::notAllowed);
+}
+
 }  // namespace
 }  // namespace halvora
