@@ -2,6 +2,7 @@
 #include "platform/linux/linux_files.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -133,6 +134,15 @@ bool put(const std::string& path, std::string_view bytes, bool isLasting) {
   return false;
 }
 
+// Rounded once, as the standard library does: tables on the disk hold a video's time to the last
+// bit.
+double secondsOf(const timespec& time) {
+  constexpr std::int64_t kASecond = 1'000'000'000;
+  constexpr std::int64_t kFarthest = INT64_MAX / kASecond - 1;
+  if (time.tv_sec > kFarthest || time.tv_sec < -kFarthest) return static_cast<double>(time.tv_sec);
+  return static_cast<double>(time.tv_sec * kASecond + time.tv_nsec) / static_cast<double>(kASecond);
+}
+
 void removeIfLeft(const std::string& path) {
   const Descriptor file(uninterrupted(
       [&path] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK); }));
@@ -149,11 +159,9 @@ std::optional<FileAttributes> LinuxFiles::attributes(const std::string& path) co
   if (stat(path.c_str(), &status) != 0) return std::nullopt;
   const bool isFile = S_ISREG(status.st_mode);
   if (!isFile && !S_ISDIR(status.st_mode)) return std::nullopt;
-  constexpr double kNanosecond = 1e-9;
   return FileAttributes{.isFolder = !isFile,
                         .size = isFile ? static_cast<std::uint64_t>(status.st_size) : 0,
-                        .modifiedAt = static_cast<double>(status.st_mtim.tv_sec) +
-                                      static_cast<double>(status.st_mtim.tv_nsec) * kNanosecond};
+                        .modifiedAt = secondsOf(status.st_mtim)};
 }
 
 bool LinuxFiles::replace(const std::string& path, std::string_view bytes) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -40,6 +41,20 @@ class LinuxFilesTest : public testing::Test {
   TemporaryFolder folder_;
   LinuxFiles files_;
 };
+
+TEST_F(LinuxFilesTest, TellsATimeToTheBitAsTheStandardLibraryDoes) {
+  const std::string path = folder_.write("file", "");
+  const StandardFiles standard;
+  std::mt19937_64 random(20261122);
+  for (int count = 0; count < 2000; ++count) {
+    const timespec time{static_cast<time_t>(random() % 4'000'000'000),
+                        static_cast<long>(random() % 1'000'000'000)};
+    const timespec times[2] = {time, time};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    ASSERT_EQ(files_.attributes(path)->modifiedAt, standard.attributes(path)->modifiedAt)
+        << time.tv_sec << "." << time.tv_nsec;
+  }
+}
 
 using LastingFile = LinuxFilesTest;
 using Leftovers = LinuxFilesTest;
