@@ -13,6 +13,7 @@
 #include "platform/platform.h"
 #include "platform/screen.h"
 #include "platform/user_defaults.h"
+#include "platform/witness.h"
 
 namespace halvora {
 
@@ -59,11 +60,13 @@ const std::array<CommandProcessor::Step, 18>& CommandProcessor::steps() {
 }
 
 PacketFate CommandProcessor::process(const Broadcast& broadcast) {
-  Command command{.broadcast = broadcast};
+  Witness engine(rooms_.life);
+  engine.setMayGo(false);
+  Command command{.broadcast = broadcast, .engine = engine};
   for (const Step& step : steps()) {
     if (!(this->*step.run)(command)) break;
   }
-  return command.fate;
+  return engine.isGone() ? PacketFate::engineGone : command.fate;
 }
 
 bool CommandProcessor::takeApplicationId(Command& command) {
@@ -254,42 +257,50 @@ bool CommandProcessor::changeMode(Command& command) {
   rooms_.modes.stopEffect();
   rooms_.views.removeLightAnimations();
   rooms_.views.setAlpha(ViewId::fpsLabel, command.mode == kFrameRateMode ? 1 : 0);
-  if (command.mode != 0) {
-    beginShow();
-  } else {
-    endShow();
-  }
+  if (!(command.mode != 0 ? beginShow(command.engine) : endShow(command.engine))) return false;
   // The modes below are steady; the later steps paint them.
   constexpr std::uint32_t kFirstEffectMode = 3;
   if (command.mode >= kFirstEffectMode) rooms_.modes.processMode(command.mode, speed);
   return true;
 }
 
-// By a copy: a callback may put another one in its place.
-void CommandProcessor::tell(std::function<void()> ShowCallbacks::*what) const {
-  if (!rooms_.callbacks) return;
-  if (const auto callback = (*rooms_.callbacks).*what) callback();
+template <class Act>
+bool CommandProcessor::letHost(Witness& engine, const Act& act) {
+  engine.setMayGo(true);
+  act();
+  engine.setMayGo(false);
+  return !engine.isGone();
 }
 
-void CommandProcessor::beginShow() {
-  tell(&ShowCallbacks::lightShowStarted);
+// By a copy: a callback may put another one in its place.
+bool CommandProcessor::tell(Witness& engine, std::function<void()> ShowCallbacks::*what) const {
+  if (!rooms_.callbacks) return true;
+  const auto callback = (*rooms_.callbacks).*what;
+  return !callback || letHost(engine, callback);
+}
+
+// Also the application has the host's ear: whoever presents something is told to take it back.
+bool CommandProcessor::beginShow(Witness& engine) {
+  if (!tell(engine, &ShowCallbacks::lightShowStarted)) return false;
   rooms_.views.animateAlpha({{ViewId::container, 1}}, {.duration = kShowFade, .name = "Fade Out"});
   rooms_.platform.screen.setBrightness(1.0);
   rooms_.state.isStatusBarHidden = true;
-  Application& application = rooms_.platform.application;
-  application.setStatusBarHidden(true);
-  application.setIdleTimerDisabled(true);
-  application.dismissPresentedScreens();
+  return letHost(engine, [&application = rooms_.platform.application] {
+    application.setStatusBarHidden(true);
+    application.setIdleTimerDisabled(true);
+    application.dismissPresentedScreens();
+  });
 }
 
-void CommandProcessor::endShow() {
-  tell(&ShowCallbacks::lightShowStopped);
+bool CommandProcessor::endShow(Witness& engine) {
+  if (!tell(engine, &ShowCallbacks::lightShowStopped)) return false;
   rooms_.views.animateAlpha({{ViewId::container, 0}}, {.duration = kShowFade, .name = "Fade In"});
   rooms_.brightness.originalScreenBrightness();
   rooms_.state.isStatusBarHidden = false;
-  Application& application = rooms_.platform.application;
-  application.setStatusBarHidden(false);
-  application.setIdleTimerDisabled(false);
+  return letHost(engine, [&application = rooms_.platform.application] {
+    application.setStatusBarHidden(false);
+    application.setIdleTimerDisabled(false);
+  });
 }
 
 bool CommandProcessor::restartPixelMap(Command& command) {

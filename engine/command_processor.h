@@ -13,9 +13,13 @@
 
 namespace halvora {
 
+class Witness;
+
 /// A look on its way through the steps.
 struct Command {
   Broadcast broadcast;
+  /// Of the engine, which a host may destroy while it is told of the look.
+  Witness& engine;
   /// The screen mode; the pixel map may override the one that was sent.
   std::uint32_t mode = 0;
   bool hasSection = false;
@@ -28,7 +32,8 @@ class CommandProcessor {
  public:
   explicit CommandProcessor(const EngineRooms& rooms) : rooms_(rooms) {}
 
-  /// Processed, or why the look was dropped before it changed anything but the defaults.
+  /// Processed, or why the look was dropped before it changed anything but the defaults, or that
+  /// the host destroyed the engine: then nothing of the look is done any more.
   PacketFate process(const Broadcast& broadcast);
 
   /// A step says whether the next one follows.
@@ -60,9 +65,12 @@ class CommandProcessor {
 
   void showVideo(int videoId, int videoStatus);
   void hideVideo(bool showEnds);
-  void tell(std::function<void()> ShowCallbacks::*what) const;
-  void beginShow();
-  void endShow();
+  /// Lets the host act, who may destroy the engine. False if that has happened.
+  template <class Act>
+  static bool letHost(Witness& engine, const Act& act);
+  bool tell(Witness& engine, std::function<void()> ShowCallbacks::*what) const;
+  bool beginShow(Witness& engine);
+  bool endShow(Witness& engine);
   void showGobo(std::uint32_t mode, Duration fade);
   void fadeGobo(double alpha, Duration fade, bool thenChange);
   void hideGoboAtOnce();

@@ -43,7 +43,7 @@ struct EngineState {
   bool isStatusBarHidden = false;
 };
 
-/// What the host wants to be told; either may be absent.
+/// What the host wants to be told; either may be absent, and may destroy the engine.
 struct ShowCallbacks {
   std::function<void()> lightShowStarted;
   std::function<void()> lightShowStopped;
@@ -53,6 +53,7 @@ class BrightnessRamps;
 class ScreenModes;
 class TimerSet;
 class ViewStack;
+class Witnessed;
 struct Platform;
 struct ShowAssets;
 struct ShowParts;
@@ -68,6 +69,8 @@ struct EngineRooms {
   BrightnessRamps& brightness;
   ScreenModes& modes;
   const ShowParts& parts;
+  /// The engine's.
+  Witnessed& life;
 };
 
 }  // namespace halvora

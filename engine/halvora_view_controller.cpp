@@ -57,8 +57,8 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
       brightness_(platform.screen, timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
              [this] { return seatLight(); }),
-      processor_(
-          {platform_, state_, assets_, callbacks_, timers_, views_, brightness_, modes_, parts_}),
+      processor_({platform_, state_, assets_, callbacks_, timers_, views_, brightness_, modes_,
+                  parts_, life_}),
       usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
              platform.bundles.main.identifier(), std::move(options.usageEndpoints)),
       scanner_(platform_, state_.presence, timers_, *this) {}

@@ -31,6 +31,7 @@
 #include "platform/platform.h"
 #include "platform/screen.h"
 #include "platform/serial_queues.h"
+#include "platform/witness.h"
 #include "usage/usage_pings.h"
 
 namespace halvora {
@@ -76,9 +77,14 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   bool isInsideVenue() const { return state_.presence.insideVenue; }
   bool prefersStatusBarHidden() const { return state_.isStatusBarHidden; }
 
-  /// Called on every change of mode or speed to a mode other than 0. May stay absent.
+  /// Who keeps the address of an engine that others may destroy has a `Witness` of this.
+  Witnessed& life() { return life_; }
+
+  /// Called on every change of mode or speed to a mode other than 0, in the middle of the look. May
+  /// stay absent, may be replaced and may destroy the engine within a call, and may ask anything of
+  /// it.
   std::function<void()>& lightShowStartedCallback() { return callbacks().lightShowStarted; }
-  /// Called on every change of speed or mode to mode 0. May stay absent.
+  /// Called on every change of speed or mode to mode 0, as above.
   std::function<void()>& lightShowStoppedCallback() { return callbacks().lightShowStopped; }
   /// The transmitter keys ("application:number") to obey; none means all.
   void setAllowedTransmitterIds(std::vector<std::string> ids) {
@@ -95,13 +101,15 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   /// The kit's own text for a key, or `fallback` when its table has none.
   std::string hvLocalizedStringForKey(std::string_view key, std::string_view fallback) const;
 
-  /// Shows a look, as if it had just been heard and were new.
+  /// Shows a look, as if it had just been heard and were new. `engineGone` if a callback destroyed
+  /// the engine.
   PacketFate processEffect(const Broadcast& broadcast) override;
   void playVideo(const std::string& name) { parts_.video.playVideo(name); }
 
   /// Builds the seat's table for every pixel map of the venue that has none yet, in the background.
   /// `progress` is told of each map, `completion` once at the end; (0, 0) where there is nothing to
-  /// do. Either may be absent. A newer call, and invalidation, end this one at its next map.
+  /// do. Either may be absent, is called in a turn of its own, and may destroy the engine. A newer
+  /// call, and invalidation, end this one at its next map: its completion is never called then.
   void precomputePixelMapLUTsForVenueId(std::int64_t venueId, std::int64_t seatX,
                                         std::int64_t seatY, PrecomputeProgress progress = {},
                                         PrecomputeCompletion completion = {}) {
@@ -112,6 +120,11 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   void invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {
     seatLut_.invalidatePixelMapSeatLUTCacheForVenueId(venueId);
   }
+  /// Another number with each precompute that has maps to go through and with each invalidation,
+  /// whoever asked for it: what was begun under an earlier one has been given up.
+  std::uint64_t pixelMapPrecomputeGeneration() const { return seatLut_.precomputeGeneration(); }
+  /// Whether a precompute has been begun that has neither ended nor been given up.
+  bool isPrecomputingPixelMapLUTs() const { return seatLut_.isPrecomputing(); }
 
   void handleOrientationChange() override {}
   void appDidBecomeActive() override;
@@ -167,6 +180,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   TimerId lowLightHintTimer_ = 0;
   std::unique_ptr<SerialQueue> pixelMapLUTDecodeQueue_;
   std::unique_ptr<SerialQueue> pixelMapLiveDecodeQueue_;
+  Witnessed life_;
 };
 
 }  // namespace halvora

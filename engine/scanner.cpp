@@ -110,6 +110,7 @@ void Scanner::didDiscoverPeripheral(const Advertisement& advertisement) {
   ++state_.broadcastCount;
   const PacketFate fate = advertisement.manufacturerData ? judge(*advertisement.manufacturerData)
                                                          : PacketFate::noManufacturerData;
+  if (fate == PacketFate::engineGone) return;
   ++diagnostics_.counts[static_cast<std::size_t>(fate)];
 }
 

@@ -31,7 +31,10 @@ enum class PacketFate : std::uint8_t {
   noApplication,
   badSyncFlag,
   processed,
+  /// The host destroyed the engine while it was told of the look. Nobody is left to count it.
+  engineGone,
 };
+/// Of those that are counted.
 inline constexpr std::size_t kPacketFateCount = 10;
 
 /// How many advertisements met each fate since the engine was made; a host may read it at any time.
@@ -71,6 +74,7 @@ struct PresenceState {
 class ScannerClient {
  public:
   virtual ~ScannerClient() = default;
+  /// `engineGone` if the scanner has been destroyed meanwhile.
   virtual PacketFate processEffect(const Broadcast& broadcast) = 0;
   virtual void recievedSignal() = 0;
   /// The number of packets accepted in the cycle before.

@@ -53,6 +53,7 @@ struct PixelMapSeatLuts::Shared {
 
 struct PixelMapSeatLuts::PrecomputeRun {
   std::weak_ptr<Shared> shared;
+  PixelMapSeatLuts* luts;
   std::uint64_t generation;
   std::vector<PixelMapVideoEntry> entries;
   SeatPosition seat;
@@ -80,6 +81,8 @@ struct PixelMapSeatLuts::Work {
   /// table asks anew.
   std::map<std::string, std::uint64_t, std::less<>> building;
   std::uint64_t builds = 0;
+  /// The generation of the precompute under way; 0 for none.
+  std::uint64_t precomputeUnderWay = 0;
   FoundVideo foundVideo;
 };
 
@@ -262,9 +265,11 @@ void PixelMapSeatLuts::precomputePixelMapLUTsForVenueId(std::int64_t venueId, Se
     const std::lock_guard lock(shared()->lock);
     generation = ++shared()->pixelMapPersistentPrecomputeGeneration;
   }
-  auto run = std::make_unique<PrecomputeRun>(PrecomputeRun{
-      shared(), generation, std::move(entries), seat, std::move(progress), std::move(completion)});
+  auto run = std::make_unique<PrecomputeRun>(
+      PrecomputeRun{shared(), this, generation, std::move(entries), seat, std::move(progress),
+                    std::move(completion)});
   pixelMapLUTDecodeQueue_->dispatch([run = std::move(run)] { precompute(*run); });
+  work().precomputeUnderWay = generation;
 }
 
 // On the queue.
@@ -302,11 +307,31 @@ void PixelMapSeatLuts::precompute(const PrecomputeRun& run) {
       report->progress(report->done, report->total, report->mapId);
     });
   }
-  auto completion = std::make_unique<PrecomputeCompletion>(run.completion);
-  shared->runLoop.post([weak = run.shared, completion = std::move(completion), done, total] {
-    if (!weak.expired() && *completion) (*completion)(done, total);
+  struct End {
+    std::weak_ptr<Shared> shared;
+    PixelMapSeatLuts* luts;
+    std::uint64_t generation;
+    PrecomputeCompletion completion;
+    int done;
+    int total;
+  };
+  auto end =
+      std::make_unique<End>(End{run.shared, run.luts, run.generation, run.completion, done, total});
+  shared->runLoop.post([end = std::move(end)] {
+    if (end->shared.expired()) return;
+    std::uint64_t& underWay = end->luts->work().precomputeUnderWay;
+    if (underWay == end->generation) underWay = 0;
+    if (end->completion) end->completion(end->done, end->total);
   });
 }
+
+std::uint64_t PixelMapSeatLuts::precomputeGeneration() const {
+  if (!shared_) return 0;
+  const std::lock_guard lock(shared_->lock);
+  return shared_->pixelMapPersistentPrecomputeGeneration;
+}
+
+bool PixelMapSeatLuts::isPrecomputing() const { return work_ && work_->precomputeUnderWay != 0; }
 
 void PixelMapSeatLuts::reportCompletion(PrecomputeCompletion completion, int done, int total) {
   if (!completion) return;
@@ -327,6 +352,7 @@ void PixelMapSeatLuts::invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t ven
     clearActiveSeatLUT();
   }
   work().building.clear();
+  work().precomputeUnderWay = 0;
   work().foundVideo = {};
   if (pixelMapLUTDecodeQueue_ == nullptr) return;
   struct Removal {

@@ -27,7 +27,8 @@ class ClipStep : public testing::Test, private ViewObserver {
   ClipStep() { views.setObserver(this); }
 
   void take(int videoId, int status = 1, std::uint32_t mode = 1) {
-    Command command;
+    Witness engine(life);
+    Command command{.broadcast = {}, .engine = engine};
     command.broadcast.videoId = static_cast<std::uint16_t>(videoId);
     command.broadcast.videoStatus = static_cast<std::uint16_t>(status);
     command.mode = mode;
@@ -66,8 +67,9 @@ class ClipStep : public testing::Test, private ViewObserver {
                     *phone.random,
                     overlays,
                     [] { return SeatLight{}; }};
+  Witnessed life;
   CommandProcessor processor{
-      {platform, state, assets, callbacks, timers, views, brightness, modes, parts}};
+      {platform, state, assets, callbacks, timers, views, brightness, modes, parts, life}};
   std::vector<std::string> animations;
 
  private:
