@@ -40,6 +40,10 @@ void HalvoraViewItem::classBegin() {
   host_->enter(*this);
 }
 
+HalvoraViewController* HalvoraViewItem::controller() const {
+  return host_ && host_->hasController() ? &host_->controller() : nullptr;
+}
+
 // A show that starts or stops is told in a later turn; the item may be gone by then.
 HalvoraView HalvoraViewItem::view() {
   const QPointer<HalvoraViewItem> self(this);
@@ -56,6 +60,7 @@ HalvoraView HalvoraViewItem::view() {
 
 void HalvoraViewItem::setShown(bool shown) {
   if (shown) {
+    if (controller() == nullptr) return;
     coordinator_ = view().makeCoordinator();
     HalvoraViewController& engine = view().makeController(*coordinator_);
     engine.halvoraView = this;
@@ -67,52 +72,56 @@ void HalvoraViewItem::setShown(bool shown) {
   }
   setViews(nullptr);
   setClips(nullptr, nullptr);
-  HalvoraViewController& engine = coordinator_->mainViewController;
-  engine.lightShowStartedCallback() = nullptr;
-  engine.lightShowStoppedCallback() = nullptr;
-  engine.halvoraView = nullptr;
-  engine.viewWillLayoutSubviews(std::nullopt);
-  coordinator_.reset();
+  const bool wasShown = std::exchange(coordinator_, nullptr) != nullptr;
+  HalvoraViewController* engine = controller();
+  if (!wasShown || engine == nullptr) return;
+  engine->lightShowStartedCallback() = nullptr;
+  engine->lightShowStoppedCallback() = nullptr;
+  engine->halvoraView = nullptr;
+  engine->viewWillLayoutSubviews(std::nullopt);
 }
 
 void HalvoraViewItem::start() {
-  if (host_) view().start();
+  if (controller() != nullptr) view().start();
 }
 
 void HalvoraViewItem::initBluetoothPermission() {
-  if (host_) view().initBluetoothPermission();
+  if (controller() != nullptr) view().initBluetoothPermission();
 }
 
 void HalvoraViewItem::setAllowedTransmitterIds(const QStringList& ids) {
   if (ids == allowedTransmitterIds_) return;
   allowedTransmitterIds_ = ids;
-  if (coordinator_) view().makeController(*coordinator_);
+  if (coordinator_ && controller() != nullptr) view().makeController(*coordinator_);
   emit allowedTransmitterIdsChanged();
 }
 
 bool HalvoraViewItem::isPermissionGranted() {
   watch();
-  return host_ && host_->controller().isPermissionGranted();
+  const HalvoraViewController* engine = controller();
+  return engine != nullptr && engine->isPermissionGranted();
 }
 
 bool HalvoraViewItem::isInsideVenue() {
   watch();
-  return host_ && host_->controller().isInsideVenue();
+  const HalvoraViewController* engine = controller();
+  return engine != nullptr && engine->isInsideVenue();
 }
 
 // The engine tells nobody of either, and few hosts ask: it is looked at only for those that do.
 void HalvoraViewItem::watch() {
-  if (!host_ || watch_.isValid()) return;
-  wasPermissionGranted_ = host_->controller().isPermissionGranted();
-  wasInsideVenue_ = host_->controller().isInsideVenue();
+  const HalvoraViewController* engine = controller();
+  if (engine == nullptr || watch_.isValid()) return;
+  wasPermissionGranted_ = engine->isPermissionGranted();
+  wasInsideVenue_ = engine->isInsideVenue();
   RunLoop& loop = host_->platform().runLoop;
   watch_ = Timer(loop, loop.every(kWatchPause, [this] { look(); }));
 }
 
 void HalvoraViewItem::look() {
-  if (!host_) return;
-  const bool isGranted = host_->controller().isPermissionGranted();
-  const bool isInside = host_->controller().isInsideVenue();
+  const HalvoraViewController* engine = controller();
+  const bool isGranted = engine != nullptr && engine->isPermissionGranted();
+  const bool isInside = engine != nullptr && engine->isInsideVenue();
   const bool grantedChanged = std::exchange(wasPermissionGranted_, isGranted) != isGranted;
   const bool insideChanged = std::exchange(wasInsideVenue_, isInside) != isInside;
   const QPointer<HalvoraViewItem> self(this);
@@ -132,7 +141,7 @@ void HalvoraViewItem::geometryChange(const QRectF& newGeometry, const QRectF& ol
 }
 
 void HalvoraViewItem::layOut() {
-  if (!coordinator_) return;
+  if (!coordinator_ || controller() == nullptr) return;
   std::optional<Rect> bounds;
   if (window() != nullptr) bounds = Rect{0, 0, width(), height()};
   coordinator_->mainViewController.viewWillLayoutSubviews(bounds);

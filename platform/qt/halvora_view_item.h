@@ -41,8 +41,9 @@ class HalvoraViewItem : public halvora::LightSurface {
   bool isPermissionGranted();
   bool isInsideVenue();
 
-  /// For the host alone, which knows whose turn it is.
+  // For the host alone: it knows whose turn it is, and says when it goes itself.
   void setShown(bool shown);
+  void forgetHost() { watch_.invalidate(); }
 
  signals:
   void lightShowStarted();
@@ -57,6 +58,8 @@ class HalvoraViewItem : public halvora::LightSurface {
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
 
  private:
+  /// Null for none, or none any more.
+  HalvoraViewController* controller() const;
   HalvoraView view();
   void layOut();
   void watch();

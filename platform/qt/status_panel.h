@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What stands behind the QML type HalvoraStatusView: it makes the status panel on the phone that
 // the QML engine's host has, hands it the host's values, measures the layout for it, and shows QML
-// what is to be seen as one value with one signal. Owned by the item; main thread.
+// what is to be seen as one value with one signal. With another host it is empty from then on. Any
+// of its signals may destroy it, or bring another host. Owned by the item; main thread.
 #pragma once
 
 #include <QColor>
@@ -90,6 +91,7 @@ class StatusPanel : public QObject {
   StatusPanelFields fields() const;
   HalvoraStatusView view() const { return HalvoraStatusView(*engine_, fields()); }
   StatusPanelFace face();
+  void unload();
   void applyFields();
   void applyTextScale();
   double measure(double width);
