@@ -23,6 +23,7 @@
 #include "platform/standard/folder_bundle.h"
 #include "platform/standard/seeded_random.h"
 #include "platform/standard/standard_files.h"
+#include "platform/standard/string_table.h"
 #include "platform/standard/system_clock.h"
 #include "platform/standard/thread_queues.h"
 #include "platform/standard/thread_workers.h"
@@ -70,12 +71,18 @@ std::string identifierOf(const QtPlatformOptions& options) {
   return parts.join(QLatin1Char('.')).toStdString();
 }
 
-std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& json) {
-  if (!folder.empty()) {
-    return std::make_unique<FolderBundle>(folder, kKitIdentifier, languages(), json);
-  }
+std::unique_ptr<Bundle> compiledIn(const JsonReader& json) {
   return std::make_unique<QtResourceBundle>(QStringLiteral(":/halvora/kit"), kKitIdentifier,
                                             languages(), json);
+}
+
+StringTable kitTexts(const JsonReader& json) {
+  return stringTableOf(*compiledIn(json), languages(), json);
+}
+
+std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& json) {
+  if (folder.empty()) return compiledIn(json);
+  return std::make_unique<FolderBundle>(folder, kKitIdentifier, languages(), json, kitTexts(json));
 }
 
 }  // namespace
@@ -85,7 +92,7 @@ struct QtPlatform::Needs {
       : engineOptions{.usageEndpoints = options.usageEndpoints},
         documents(documentsOf(options)),
         defaults(documents + "/defaults.json", {files, json, runLoop, queues}),
-        main(assetsOf(options), identifierOf(options), languages(), json),
+        main(assetsOf(options), identifierOf(options), languages(), json, kitTexts(json)),
         kit(kitBundle(options.kit, json)),
         http(options.allowsPlainHttp) {}
 

@@ -17,6 +17,7 @@ namespace halvora {
 
 struct QtPlatformOptions {
   /// The folder that holds HVAssets and the host's strings; empty for "assets" beside the program.
+  /// A text that neither these strings nor the kit's folder have is the one that is compiled in.
   std::string assets = {};
   /// The folder with the kit's strings; empty for those that are compiled in.
   std::string kit = {};
