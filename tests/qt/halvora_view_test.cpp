@@ -11,6 +11,7 @@
 #include "platform/qt/halvora_view_item.h"
 #include "platform/qt/qt_clip_picture.h"
 #include "platform/qt/qt_platform.h"
+#include "tests/qt/event_wait.h"
 #include "tests/qt/qml_bench.h"
 
 namespace halvora {
@@ -159,7 +160,7 @@ TEST_F(HalvoraViewTest, ASteadyColourPaintsNothingAndWakesNothingButTheNamedTime
   // Clips may be played from four seconds after the start on.
   phone.loop.runFor(milliseconds(3000));
   EXPECT_EQ(placed->colourAt(100, 50), QColor(200, 100, 50));
-  while (light().isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([this] { return !light().isMoving(); });
   QCoreApplication::processEvents();
   int frames = 0;
   QObject::connect(&placed->window(), &QQuickWindow::afterAnimating, &light(), [&] { ++frames; });
@@ -174,7 +175,7 @@ TEST_F(HalvoraViewTest, ASteadyColourPaintsNothingAndWakesNothingButTheNamedTime
   // A scan cycle and a range reset a second, and two looks at the room's light.
   EXPECT_EQ(phone.loop.turns() - turns, kTenths / 10 * 4U);
   show(1, 2, 250);
-  while (frames == 0) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([&] { return frames > 0; });
 }
 
 TEST_F(HalvoraViewTest, TellsTheEngineWhereItIsLaidOut) {

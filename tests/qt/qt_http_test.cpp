@@ -4,8 +4,6 @@
 #include "platform/qt/qt_http.h"
 
 #include <QByteArray>
-#include <QCoreApplication>
-#include <QEventLoop>
 #include <QHostAddress>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -14,6 +12,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "tests/qt/event_wait.h"
 
 namespace halvora {
 namespace {
@@ -45,9 +45,7 @@ class Server {
   QTcpServer server_;
 };
 
-void waitUntil(const std::function<bool()>& isDone) {
-  while (!isDone()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
+void waitUntil(const std::function<bool()>& isDone) { letQtWorkUntil(isDone); }
 
 TEST(QtHttp, GetsWithoutCookiesOrABody) {
   Server server;

@@ -2,13 +2,13 @@
 // Real time passes in these tests, but none of them depends on how much.
 #include "platform/qt/qt_run_loop.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "tests/qt/event_wait.h"
 
 namespace halvora {
 namespace {
@@ -16,7 +16,7 @@ namespace {
 struct QtRunLoopTest : testing::Test {
   // Runs Qt's event loop until `last` has run.
   void runTo(TimerId last) {
-    while (loop.isPending(last)) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    letQtWorkUntil([&] { return !loop.isPending(last); });
   }
   Task note(char name) {
     return [this, name] { ran += name; };
@@ -108,7 +108,7 @@ TEST_F(QtRunLoopTest, PostsOfOtherThreadsKeepTheirOrder) {
       });
     }
   });
-  while (seen.size() < kPosts) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([&] { return seen.size() >= kPosts; });
   poster.join();
   for (int post = 0; post < kPosts; ++post) EXPECT_EQ(seen[static_cast<std::size_t>(post)], post);
   EXPECT_EQ(seenOn, std::this_thread::get_id());

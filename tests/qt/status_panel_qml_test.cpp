@@ -313,7 +313,11 @@ TEST(StatusPanelQml, GoesWithItsWizardOnScreen) {
   StatusBench bench;
   bench.open();
   bench.destroyWindow();
+  const std::uint64_t turns = bench.phone.loop.turns();
   bench.phone.loop.runFor(milliseconds(2000));
+  // The engine's two looks a second at the room's light go on, and nothing of the panel's.
+  EXPECT_EQ(bench.phone.loop.turns() - turns, 4U);
+  bench.turn([&] { bench.phone.application.dismissPresentedScreens(); });
 }
 
 TEST(StatusPanelQml, AShowTakesTheWizardAway) {
@@ -324,6 +328,23 @@ TEST(StatusPanelQml, AShowTakesTheWizardAway) {
   EXPECT_FALSE(bench.wizard().isLoaded());
   bench.tick();
   bench.open();
+  EXPECT_TRUE(bench.isShown("pickerView"));
+}
+
+TEST(StatusPanelQml, AShowTakesTheWizardsAlertAwayWithIt) {
+  StatusBench bench(
+      {.map = mapWithStanding(), .isHeard = false, .properties = "defaultVenueId: 7"});
+  bench.open();
+  bench.key(Qt::Key_Down);
+  bench.key(Qt::Key_Return);
+  ASSERT_TRUE(bench.isShown("alertContent"));
+  bench.turn([&] { bench.phone.application.dismissPresentedScreens(); });
+  bench.waitUntil(
+      [&] { return !bench.isShown("seatSheetContent") && !bench.isShown("alertContent"); });
+  bench.tick();
+  // Nothing lies over the panel any more, which can be used as before.
+  bench.open();
+  EXPECT_FALSE(bench.isShown("alertContent"));
   EXPECT_TRUE(bench.isShown("pickerView"));
 }
 

@@ -17,6 +17,7 @@
 #include "platform/qt/qt_platform.h"
 #include "platform/user_defaults.h"
 #include "platform/virtual/virtual_bluetooth.h"
+#include "tests/qt/event_wait.h"
 #include "tests/qt/qml_bench.h"
 #include "tests/support/source_tree.h"
 
@@ -79,7 +80,7 @@ TEST_F(HostileHost, DestroysTheViewWhileItsFramesAreDrawn) {
     onAir.mode = 1;
     phone.bluetooth.advertise(encodeBroadcast(onAir));
     ASSERT_TRUE(controller.views().isAnimating());
-    while (!light->isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    letQtWorkUntil([light] { return light->isMoving(); });
     if (loaderFirst) setLoaded(*placed, false);
     placed.reset();
     QCoreApplication::processEvents();

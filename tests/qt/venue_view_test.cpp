@@ -3,6 +3,7 @@
 #include <set>
 
 #include "tests/qt/committed_picture.h"
+#include "tests/qt/event_wait.h"
 #include "tests/qt/venue_bench.h"
 
 namespace halvora {
@@ -354,9 +355,7 @@ struct VenueAlone : VenueFolder, testing::Test {
     light->setParent(window.contentItem());
     light->setSize(QSizeF(20, 20));
     window.show();
-    while (!window.isExposed()) {
-      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    letQtWorkUntil([this] { return window.isExposed(); });
     QObject::connect(&window, &QQuickWindow::frameSwapped, [this] { ++frames; });
   }
   ~VenueAlone() override {
