@@ -158,7 +158,7 @@ void HalvoraStatusViewController::startSeatLUTPrecomputeForVenueId(std::int64_t 
     precomputeSeatLUTs(venueId, seat);
   } catch (const std::bad_alloc&) {
     // A later refresh begins again.
-    hideSeatLUTPrecomputeProgress();
+    if (!update.isPanelGone()) hideSeatLUTPrecomputeProgress();
   }
 }
 

@@ -34,7 +34,8 @@ void SeatWizard::present(const Selector& selector) {
   }
   const QPointer<SeatWizard> self(this);
   refresh();
-  if (self) setPresented(selector && !selector->isDismissed());
+  // Unless whoever heard of it has brought another host.
+  if (self) setPresented(selector && selector == selector_ && !selector->isDismissed());
 }
 
 void SeatWizard::forget() {
