@@ -12,7 +12,7 @@ add_subdirectory("${HALVORA_GOOGLETEST}" "${PROJECT_BINARY_DIR}/googletest"
   EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
-set(elsewhere tests/qt/ tests/bluez-vm/ tests/failures/)
+set(elsewhere tests/qt/ tests/bluez-vm/ tests/failures/ tests/soak/ ${fuzz_elsewhere})
 if(NOT TARGET halvora_image)
   list(APPEND elsewhere tests/platform/image/)
 endif()
@@ -24,6 +24,7 @@ if(NOT HALVORA_BUS_FOUND)
     tests/platform/linux/services/ tests/platform/linux/bus/ tests/tools/bluez/)
 endif()
 if(HALVORA_TEST_SUITES)
+  list(APPEND elsewhere tests/fuzz/)
   file(GLOB_RECURSE tests CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*_test.cpp")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${tests})
   foreach(test IN LISTS tests)
@@ -40,8 +41,6 @@ halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
     $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)
 if(TARGET halvora_tests)
-  set_source_files_properties("${PROJECT_SOURCE_DIR}/tests/support/source_tree.cpp" PROPERTIES
-    COMPILE_DEFINITIONS HALVORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}" SKIP_PRECOMPILE_HEADERS ON)
   # Tests are compiled far longer than they run: only what they test is worth optimising.
   target_compile_options(halvora_tests PRIVATE $<$<CONFIG:Debug>:-O0>)
   halvora_precompile(halvora_tests <gmock/gmock.h> <gtest/gtest.h>)
