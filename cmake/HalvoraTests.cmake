@@ -23,6 +23,32 @@ if(NOT HALVORA_BUS_FOUND)
   list(APPEND elsewhere
     tests/platform/linux/services/ tests/platform/linux/bus/ tests/tools/bluez/)
 endif()
+# Where processors differ: in the sign of a char, in fractions of floating point, in what becomes of a
+# number that its type cannot hold, in the order of bytes and how they are aligned. The other folders
+# ask the system (files, buses, threads, a terminal), have no arithmetic of their own, or simulate crowds
+# on the machines of crews.
+set(processor_matters
+  engine              # packets and traces of the engine: bytes to numbers, numbers to milliseconds
+  light               # levels, fades, chances, texts: fractions
+  pixelmap            # places in frames, tables as bytes
+  seats               # texts byte by byte, numbers in texts
+  usage               # dates and counters
+  platform/[a-z_]*.cpp # texts and numbers of the defaults
+  platform/json       # numbers, UTF-8
+  platform/standard/defaults_document platform/standard/seeded_random
+  platform/virtual/virtual_video platform/virtual/virtual_storage
+  tools/packet tools/scenario tools/trace tools/map tools/seat_plan tools/lut
+  fuzz)               # every finding in the parsers
+if(HALVORA_TEST_PROCESSOR)
+  list(JOIN processor_matters "|" places)
+  file(GLOB_RECURSE tests CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*_test.cpp")
+  foreach(test IN LISTS tests)
+    cmake_path(RELATIVE_PATH test BASE_DIRECTORY "${PROJECT_SOURCE_DIR}")
+    if(NOT test MATCHES "^tests/(${places})")
+      list(APPEND elsewhere "${test}")
+    endif()
+  endforeach()
+endif()
 if(HALVORA_TEST_SUITES)
   file(GLOB_RECURSE tests CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*_test.cpp")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${tests})
@@ -44,6 +70,7 @@ if(TARGET halvora_tests)
     COMPILE_DEFINITIONS HALVORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}" SKIP_PRECOMPILE_HEADERS ON)
   # Tests are compiled far longer than they run: only what they test is worth optimising.
   target_compile_options(halvora_tests PRIVATE $<$<CONFIG:Debug>:-O0>)
+  halvora_unite_tests(halvora_tests)
   halvora_precompile(halvora_tests <gmock/gmock.h> <gtest/gtest.h>)
   if(HALVORA_TEST_SHARDS)
     math(EXPR last "${HALVORA_TEST_SHARDS} - 1")

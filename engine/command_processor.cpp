@@ -2,6 +2,7 @@
 #include "engine/command_processor.h"
 
 #include "engine/show_assets.h"
+#include "engine/show_fade.h"
 #include "light/brightness.h"
 #include "light/random_number.h"
 #include "light/screen_modes.h"
@@ -19,7 +20,6 @@ namespace halvora {
 namespace {
 
 constexpr std::uint16_t kCloudSync = 2;
-constexpr Duration kShowFade = milliseconds(1000);
 constexpr Duration kVideoFade = milliseconds(500);
 constexpr int kLastVideo = 10;
 constexpr LinearTime kLongestTorchPause{3900, 1100};

@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "engine/show_fade.h"
 #include "light/bitmap.h"
 #include "platform/image.h"
 #include "platform/json.h"
@@ -16,7 +17,6 @@ namespace halvora {
 namespace {
 
 constexpr Duration kLowLightPoll = milliseconds(500);
-constexpr Duration kShowFade = milliseconds(1000);
 
 // Of a bitmap's pixel, whose colour is multiplied by its alpha.
 bool isWhite(const std::uint8_t* pixel) {

@@ -8,6 +8,8 @@ mkdir -p build/logs
 [[ -w "${HOME:-}" ]] || export CCACHE_DIR="$PWD/build/ccache"
 # What the cache must overlook to know a precompiled header again.
 export CCACHE_SLOPPINESS=pch_defines,time_macros
+# What it does not know yet is compiled at once, not preprocessed first.
+export CCACHE_DEPEND=1
 
 # Lines of a log that only say that something went well.
 chatter='^\[[0-9]+/[0-9]+\] |^ +Start +[0-9]+: |^ *[0-9]+/[0-9]+ Test .* Passed +[0-9.]+ sec$'

@@ -20,7 +20,6 @@ namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
 constexpr Duration kAfterReplay = milliseconds(500);
 /// What tells an engine where its phone is.
 constexpr const char* kSeatKeys[] = {"selectedSection", "selectedRow", "selectedSeat", "xPos",

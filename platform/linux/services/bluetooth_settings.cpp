@@ -8,7 +8,7 @@ namespace halvora {
 
 namespace {
 
-constexpr Duration kLongestCall = milliseconds(5000);
+constexpr Duration kLongestSwitching = milliseconds(5000);
 
 struct SettingsRow {
   std::string_view desktop;
@@ -67,7 +67,7 @@ void BluetoothSettings::open() {
   const auto answered = [this](sd_bus_message* reply) {
     if (isError(reply)) openPage_();
   };
-  if (!call_.send(bus_, message, kLongestCall, answered)) openPage_();
+  if (!call_.send(bus_, message, kLongestSwitching, answered)) openPage_();
 }
 
 }  // namespace halvora

@@ -21,7 +21,7 @@ constexpr std::uint32_t kPortalIdle = 8;
 constexpr std::size_t kLongestHandle = 255;
 
 /// The last time to be heard of. A grant that comes later is the service's until we leave the bus.
-constexpr Duration kLongestCall = milliseconds(25'000);
+constexpr Duration kLongestInhibition = milliseconds(25'000);
 
 const BusObject& objectOf(IdleHolder holder) { return kObjects[static_cast<std::size_t>(holder)]; }
 
@@ -160,7 +160,7 @@ bool IdleInhibitor::ask(IdleHolder holder) {
       message = bus.newCall(object, "Inhibit", "ssss", "idle", application, reason, "block");
       break;
   }
-  return at(holder).call.send(bus, message, kLongestCall,
+  return at(holder).call.send(bus, message, kLongestInhibition,
                               [this, holder](sd_bus_message* reply) { answered(holder, reply); });
 }
 

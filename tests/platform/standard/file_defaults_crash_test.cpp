@@ -21,11 +21,13 @@
 #include "platform/standard/thread_queues.h"
 #include "platform/virtual/virtual_run_loop.h"
 #include "tests/platform/standard/temporary_folder.h"
+#include "tests/support/all_cases.h"
 
 namespace halvora {
 namespace {
 
-constexpr int kDeaths = 200;
+constexpr int kDeaths = 50;
+constexpr int kAllDeaths = 200;
 constexpr std::uint32_t kMostEvents = 60;
 constexpr char kWritten = 'w';
 constexpr char kSaved = 's';
@@ -128,7 +130,8 @@ TEST(FileDefaultsCrash, LeavesTheOldOrTheNewValues) {
   std::mt19937 random(20261121);
   StandardFiles files;
   std::int64_t before = 0;
-  for (int death = 0; death < kDeaths; ++death) {
+  const int deaths = wantsAllCases() ? kAllDeaths : kDeaths;
+  for (int death = 0; death < deaths; ++death) {
     ASSERT_NO_FATAL_FAILURE(killAfter(path, static_cast<std::uint32_t>(random() % kMostEvents)));
     const Process process(path, files);
     const std::int64_t stored = integerForKey(process.defaults, "first");

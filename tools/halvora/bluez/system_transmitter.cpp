@@ -10,7 +10,7 @@ namespace {
 
 /// A signal between a look at `isDone` and the wait would go unnoticed for as long as nothing else
 /// happens.
-constexpr Duration kLongestWait = milliseconds(200);
+constexpr Duration kLongestPause = milliseconds(200);
 
 class SystemTransmitter final : public Transmitter {
  public:
@@ -19,7 +19,7 @@ class SystemTransmitter final : public Transmitter {
 
   RunLoop& loop() override { return loop_; }
   void runUntil(const std::function<bool()>& isDone) override {
-    while (!loop_.runUntil(isDone, kLongestWait)) {
+    while (!loop_.runUntil(isDone, kLongestPause)) {
     }
   }
   void open(const TransmitterSettings& settings) override { advertiser_.open(settings); }
