@@ -108,6 +108,8 @@ def selected(paths, wanted, share, limit):
     random.Random(output_of("git", "rev-parse", "HEAD") or "").shuffle(order)
     first = [path for path in order if path in wanted]
     rest = [path for path in order if path not in wanted]
+    if len(first) > limit:
+        print(f"note: {len(first)} files changed, of which {limit} are looked at")
     return sorted(first[:limit] + rest[: len(rest) // share])
 
 
