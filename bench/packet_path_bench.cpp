@@ -69,10 +69,10 @@ std::vector<std::vector<std::uint8_t>> packetsOfAllKinds() {
   };
   for (int round = 0; round < 4000; ++round) {
     look.applicationId = one({4242, 4242, 4242, 77, 900, 65535, 0});
-    look.transmitter = one({1, 2, 3, 12, 255});
-    look.syncFlag = one({0, 0, 0, 2, 1, 255});
-    look.mode = one({0, 1, 1, 9, 10, 11});
-    look.red = static_cast<std::uint16_t>(random.below(4) * 85);
+    look.transmitter = static_cast<std::uint8_t>(one({1, 2, 3, 12, 255}));
+    look.syncFlag = static_cast<std::uint8_t>(one({0, 0, 0, 2, 1, 255}));
+    look.mode = static_cast<std::uint8_t>(one({0, 1, 1, 9, 10, 11}));
+    look.red = static_cast<std::uint8_t>(random.below(4) * 85);
     look.sequence = static_cast<std::uint16_t>(look.sequence + random.below(12) * 20 - 40);
     add(look, 26 + random.below(2) * 5);
   }

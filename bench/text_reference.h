@@ -94,10 +94,10 @@ class TextScanner final : public CentralManagerDelegate {
   static Broadcast decode(const std::string& text) {
     Broadcast broadcast;
     for (const BroadcastField& field : kBroadcastFields) {
-      broadcast.*field.value =
-          numberIn(text, std::size_t{field.offset} * 2, std::size_t{field.bytes} * 2);
+      const auto digits = static_cast<std::size_t>(field.value.bytes()) * 2;
+      field.value.set(broadcast, numberIn(text, std::size_t{field.offset} * 2, digits));
     }
-    broadcast.transmitter = numberIn(text, text.size() - 2, 2);
+    broadcast.transmitter = static_cast<std::uint8_t>(numberIn(text, text.size() - 2, 2));
     return broadcast;
   }
 

@@ -31,20 +31,21 @@ constexpr int kFirstPacketTenths = 11;
 // Ten packets a second, none like the one before: the strobe at full speed over ever new palettes
 // and colours for seven seconds of ten, the other fast effects in the rest.
 Broadcast busyLook(int number) {
-  constexpr std::uint16_t kOtherModes[] = {6, 3, 17};
+  constexpr std::uint8_t kStrobe = 5;
+  constexpr std::uint8_t kOtherModes[] = {6, 3, 17};
   const int second = number / kPacketsASecond % 10;
   Broadcast look;
   look.applicationId = 4242;
   look.venueId = 7;
-  look.master = static_cast<std::uint16_t>(155 + number % 100);
-  look.red = static_cast<std::uint16_t>(number * 37 % 256);
-  look.green = static_cast<std::uint16_t>(number * 91 % 256);
-  look.blue = static_cast<std::uint16_t>(255 - number * 53 % 256);
-  look.mode = second < 7 ? 5 : kOtherModes[second - 7];
+  look.master = static_cast<std::uint8_t>(155 + number % 100);
+  look.red = static_cast<std::uint8_t>(number * 37 % 256);
+  look.green = static_cast<std::uint8_t>(number * 91 % 256);
+  look.blue = static_cast<std::uint8_t>(255 - number * 53 % 256);
+  look.mode = second < 7 ? kStrobe : kOtherModes[second - 7];
   look.speed = 255;
-  look.ledMode = static_cast<std::uint16_t>(number / 5 % 2);
-  look.vibrate = static_cast<std::uint16_t>(number / 20 % 3);
-  look.paletteId = static_cast<std::uint16_t>(number % 3 == 2 ? 0 : number % 50 + 1);
+  look.ledMode = static_cast<std::uint8_t>(number / 5 % 2);
+  look.vibrate = static_cast<std::uint8_t>(number / 20 % 3);
+  look.paletteId = static_cast<std::uint8_t>(number % 3 == 2 ? 0 : number % 50 + 1);
   look.sequence = static_cast<std::uint16_t>(number + 1);
   look.transmitter = 3;
   return look;

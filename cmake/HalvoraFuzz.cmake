@@ -1,38 +1,67 @@
 # SPDX-License-Identifier: Apache-2.0
-# Fuzz targets: the whole build is compiled with clang's fuzzer and the sanitizers, so it is a build
-# of its own; see fuzz/README.md.
-option(HALVORA_FUZZ "Build the fuzz targets; needs clang" OFF)
-if(NOT HALVORA_FUZZ)
-  return()
-endif()
-if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-  message(FATAL_ERROR "HALVORA_FUZZ needs clang")
-endif()
-
-set(sanitizers address,undefined)
-set(ignored "-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignore.txt")
-foreach(library IN ITEMS halvora_core halvora_standard halvora_virtual halvora_json halvora_image
-    halvora_ffmpeg)
-  if(TARGET ${library})
-    target_compile_options(${library} PRIVATE
-      -fsanitize=fuzzer-no-link,${sanitizers} ${ignored} -fno-sanitize-recover=all
-      -fno-omit-frame-pointer)
-  endif()
-endforeach()
-
-function(halvora_fuzz target)
-  halvora_program(${target} FILES fuzz/${target}.cpp LINK ${ARGN})
-  target_compile_options(${target} PRIVATE
-    -fsanitize=fuzzer,${sanitizers} ${ignored} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(${target} PRIVATE -fsanitize=fuzzer,${sanitizers})
-endfunction()
-
-halvora_fuzz(gobo_names_fuzz halvora_core halvora_virtual)
-halvora_fuzz(seat_map_fuzz halvora_core halvora_json halvora_rapidjson)
-target_sources(seat_map_fuzz PRIVATE tests/seats/plain_seat_map.cpp tests/seats/seat_map_lines.cpp)
+# Fuzz targets, and the soak. The targets are tests too; here they become programs of their own.
+set(fuzz_parts)
+set(fuzz_elsewhere tests/fuzz/libfuzzer_main.cpp tests/fuzz/many_main.cpp)
+set(fuzz_libraries halvora_json halvora_virtual halvora_standard halvora_core
+  halvora_rapidjson)
 if(TARGET halvora_image)
-  halvora_fuzz(picture_decoder_fuzz halvora_core halvora_image)
+  list(APPEND fuzz_parts HALVORA_FUZZ_PICTURES)
+  list(APPEND fuzz_libraries halvora_image)
+else()
+  list(APPEND fuzz_elsewhere tests/fuzz/picture_fuzz.cpp)
 endif()
 if(TARGET halvora_ffmpeg)
-  halvora_fuzz(mp4_outline_fuzz halvora_core halvora_ffmpeg)
+  list(APPEND fuzz_parts HALVORA_FUZZ_VIDEO)
+  list(APPEND fuzz_libraries halvora_ffmpeg)
+else()
+  list(APPEND fuzz_elsewhere tests/fuzz/outline_fuzz.cpp tests/fuzz/video_fuzz.cpp)
+endif()
+if(HALVORA_BUS_FOUND)
+  list(APPEND fuzz_parts HALVORA_FUZZ_BUS)
+  list(APPEND fuzz_libraries halvora_linux)
+else()
+  list(APPEND fuzz_elsewhere tests/fuzz/bus_fuzz.cpp)
+endif()
+set_source_files_properties("${PROJECT_SOURCE_DIR}/tests/fuzz/fuzz_targets.cpp" PROPERTIES
+  COMPILE_DEFINITIONS "${fuzz_parts}")
+set_source_files_properties("${PROJECT_SOURCE_DIR}/tests/support/source_tree.cpp" PROPERTIES
+  COMPILE_DEFINITIONS HALVORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}" SKIP_PRECOMPILE_HEADERS ON)
+
+function(halvora_fuzz_program target main)
+  list(REMOVE_ITEM fuzz_elsewhere ${main})
+  halvora_program(${target}
+    FILES tests/support/engine_world.* tests/support/pixmap_decoder.* tests/support/source_tree.*
+      tests/seats/plain_seat_map.* tests/seats/seat_map_lines.*
+      # What they try of the command: the rest takes longer to compile than all the kit.
+      tools/halvora/command.cpp tools/halvora/json_line.cpp tools/halvora/packet.cpp
+      tools/halvora/scenario.cpp
+    FOLDERS tests/fuzz EXCLUDE ${fuzz_elsewhere} tests/fuzz/fuzz_targets_test.cpp
+    LINK ${fuzz_libraries})
+endfunction()
+
+# Clang's fuzzer: the whole build is compiled with it and the sanitizers, so it is a build of its
+# own, which `./fuzz` makes.
+option(HALVORA_FUZZ "Build the fuzzer; needs clang" OFF)
+if(HALVORA_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "HALVORA_FUZZ needs clang")
+  endif()
+  halvora_fuzz_program(halvora_fuzz tests/fuzz/libfuzzer_main.cpp)
+  target_link_options(halvora_fuzz PRIVATE -fsanitize=fuzzer)
+endif()
+
+# The same targets without a fuzzer, for very many executions; optimised builds want it.
+option(HALVORA_FUZZ_MANY "Build the fuzz targets without a fuzzer" OFF)
+if(HALVORA_FUZZ_MANY)
+  halvora_fuzz_program(halvora_fuzz_many tests/fuzz/many_main.cpp)
+endif()
+
+if((HALVORA_TESTS AND NOT HALVORA_TEST_SUITES) OR HALVORA_FUZZ_MANY)
+  halvora_program(halvora_soak
+    FILES tests/support/engine_world.* tests/support/pixmap_decoder.* FOLDERS tests/soak
+    LINK halvora_json halvora_virtual halvora_standard halvora_core)
+endif()
+if(HALVORA_TESTS AND NOT HALVORA_TEST_SUITES)
+  add_test(NAME soak COMMAND halvora_soak --phones 10 --hours 24)
+  set_tests_properties(soak PROPERTIES TIMEOUT 600)
 endif()

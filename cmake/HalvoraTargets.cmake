@@ -3,7 +3,7 @@
 
 # Our own code is compiled under these rules; other people's and generated code is not.
 set(HALVORA_WARNINGS
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+  -Wall -Wextra -Wpedantic $<$<NOT:$<BOOL:${HALVORA_UNITY}>>:-Wshadow> -Wconversion -Wsign-conversion
   -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
   # gcc 12 sees overlaps in std::string's operator+ that are not there, and only when it optimises.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
@@ -19,6 +19,11 @@ endfunction()
 function(halvora_own_sources target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
+  if(HALVORA_UNITY)
+    # A source that has options of its own is compiled on its own.
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON)
+    return()
+  endif()
   get_target_property(folder ${target} SOURCE_DIR)
   get_target_property(sources ${target} SOURCES)
   list(FILTER sources INCLUDE REGEX "\\.cpp$")
@@ -56,15 +61,22 @@ function(halvora_collect)
 endfunction()
 
 # The headers are a public header set: `all_verify_interface_header_sets` compiles each one alone.
+# FLAGS are compiler flags that the other libraries do not have.
 function(halvora_library target)
-  cmake_parse_arguments(arg "" "" "FILES;FOLDERS;EXCLUDE;LINK;PRIVATE_LINK" ${ARGN})
+  cmake_parse_arguments(arg "" "" "FILES;FOLDERS;EXCLUDE;LINK;PRIVATE_LINK;FLAGS" ${ARGN})
   halvora_collect(FILES ${arg_FILES} FOLDERS ${arg_FOLDERS} EXCLUDE ${arg_EXCLUDE})
   if(sources)
     set(scope PUBLIC)
     add_library(${target} STATIC ${sources})
     halvora_own(${target})
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${HALVORA_UNITY})
     target_link_libraries(${target} PRIVATE ${arg_PRIVATE_LINK})
-    halvora_precompile(${target})
+    target_compile_options(${target} PRIVATE ${arg_FLAGS})
+    if(target STREQUAL halvora_core OR arg_FLAGS)
+      halvora_precompile(${target})
+    else()
+      halvora_precompiled_in(${target} halvora_core)
+    endif()
   else()
     set(scope INTERFACE)
     add_library(${target} INTERFACE)
@@ -91,12 +103,53 @@ function(halvora_program target)
   target_link_libraries(${target} PRIVATE ${arg_LINK})
 endfunction()
 
-# Parses the standard library and these headers once a target instead of once a source, where the
-# build asks for it. Daily builds do not: there, each source must include what it uses.
+# Where the build asks for it, sources are compiled many at a time, those apart whose local names
+# clash: that tests share no such name is not worth anybody's care. Libraries are compiled together as
+# they come, as a host may do.
+function(halvora_unite_tests target)
+  if(NOT HALVORA_UNITY)
+    return()
+  endif()
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "\\.cpp$")
+  execute_process(
+    COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/scripts/unity_groups.py" 14 ${sources}
+    OUTPUT_VARIABLE groups OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${sources}
+    "${PROJECT_SOURCE_DIR}/scripts/unity_groups.py")
+  string(REPLACE "\n" ";" groups "${groups}")
+  foreach(group IN LISTS groups)
+    string(REPLACE "|" ";" files "${group}")
+    list(GET files 0 first)
+    cmake_path(GET first STEM name)
+    set_source_files_properties(${files} PROPERTIES UNITY_GROUP ${name})
+  endforeach()
+endfunction()
+
+# Where the build asks for it, the headers that nearly every source includes are parsed once a target,
+# and these after them. Each source still includes what it uses: `./test headers lint` compile without.
+set(HALVORA_SHARED_HEADERS
+  <algorithm> <array> <atomic> <chrono> <cmath> <cstdio> <filesystem> <fstream> <functional> <map>
+  <memory> <mutex> <optional> <span> <sstream> <string> <string_view> <utility> <variant> <vector>)
 function(halvora_precompile target)
   if(HALVORA_PRECOMPILE)
-    target_precompile_headers(${target} PRIVATE
-      <algorithm> <array> <chrono> <functional> <map> <memory> <mutex> <optional> <span> <string>
-      <string_view> <variant> <vector> ${ARGN})
+    target_precompile_headers(${target} PRIVATE ${HALVORA_SHARED_HEADERS} ${ARGN})
   endif()
+endfunction()
+
+# The same with what another target has parsed, whose flags must be the same.
+function(halvora_precompiled_in target other)
+  if(HALVORA_PRECOMPILE)
+    target_precompile_headers(${target} REUSE_FROM ${other})
+  endif()
+endfunction()
+
+# The part of Qt that a face and its tests include.
+function(halvora_precompile_qt target)
+  # With it gcc defines a macro less, so all who share these headers need it, generated sources too.
+  target_compile_options(${target} PRIVATE -Wpedantic)
+  halvora_precompile(${target} <QGuiApplication> <QImage> <QQmlEngine> <QQuickItem> <QQuickWindow>
+    ${ARGN})
 endfunction()

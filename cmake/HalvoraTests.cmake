@@ -12,7 +12,7 @@ add_subdirectory("${HALVORA_GOOGLETEST}" "${PROJECT_BINARY_DIR}/googletest"
   EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
-set(elsewhere tests/qt/ tests/bluez-vm/ tests/failures/)
+set(elsewhere tests/qt/ tests/bluez-vm/ tests/failures/ tests/soak/ ${fuzz_elsewhere})
 if(NOT TARGET halvora_image)
   list(APPEND elsewhere tests/platform/image/)
 endif()
@@ -23,7 +23,34 @@ if(NOT HALVORA_BUS_FOUND)
   list(APPEND elsewhere
     tests/platform/linux/services/ tests/platform/linux/bus/ tests/tools/bluez/)
 endif()
+# Where processors differ: in the sign of a char, in fractions of floating point, in what becomes of a
+# number that its type cannot hold, in the order of bytes and how they are aligned. The other folders
+# ask the system (files, buses, threads, a terminal), have no arithmetic of their own, or simulate crowds
+# on the machines of crews.
+set(processor_matters
+  engine              # packets and traces of the engine: bytes to numbers, numbers to milliseconds
+  light               # levels, fades, chances, texts: fractions
+  pixelmap            # places in frames, tables as bytes
+  seats               # texts byte by byte, numbers in texts
+  usage               # dates and counters
+  platform/[a-z_]*.cpp # texts and numbers of the defaults
+  platform/json       # numbers, UTF-8
+  platform/standard/defaults_document platform/standard/seeded_random
+  platform/virtual/virtual_video platform/virtual/virtual_storage
+  tools/packet tools/scenario tools/trace tools/map tools/seat_plan tools/lut
+  fuzz)               # every finding in the parsers
+if(HALVORA_TEST_PROCESSOR)
+  list(JOIN processor_matters "|" places)
+  file(GLOB_RECURSE tests CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*_test.cpp")
+  foreach(test IN LISTS tests)
+    cmake_path(RELATIVE_PATH test BASE_DIRECTORY "${PROJECT_SOURCE_DIR}")
+    if(NOT test MATCHES "^tests/(${places})")
+      list(APPEND elsewhere "${test}")
+    endif()
+  endforeach()
+endif()
 if(HALVORA_TEST_SUITES)
+  list(APPEND elsewhere tests/fuzz/)
   file(GLOB_RECURSE tests CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*_test.cpp")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${tests})
   foreach(test IN LISTS tests)
@@ -40,10 +67,9 @@ halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
     $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)
 if(TARGET halvora_tests)
-  set_source_files_properties("${PROJECT_SOURCE_DIR}/tests/support/source_tree.cpp" PROPERTIES
-    COMPILE_DEFINITIONS HALVORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}" SKIP_PRECOMPILE_HEADERS ON)
   # Tests are compiled far longer than they run: only what they test is worth optimising.
   target_compile_options(halvora_tests PRIVATE $<$<CONFIG:Debug>:-O0>)
+  halvora_unite_tests(halvora_tests)
   halvora_precompile(halvora_tests <gmock/gmock.h> <gtest/gtest.h>)
   if(HALVORA_TEST_SHARDS)
     math(EXPR last "${HALVORA_TEST_SHARDS} - 1")
@@ -75,7 +101,8 @@ endif()
 # have theirs, and arm64's programs have no FFmpeg.
 if(TARGET halvora_ffmpeg AND TARGET halvora_image AND NOT HALVORA_STATIC_PROGRAMS
     AND NOT HALVORA_SANITIZE AND NOT HALVORA_TEST_SUITES)
-  halvora_program(halvora_failures FILES tests/failures/*.cpp tests/support/*.cpp
+  halvora_program(halvora_failures
+    FILES tests/failures/*.cpp tests/support/pixmap_decoder.cpp tests/support/source_tree.cpp
     LINK halvora_tool halvora_image halvora_ffmpeg halvora_json halvora_virtual halvora_standard
       halvora_core ${CMAKE_DL_LIBS})
   target_compile_options(halvora_failures PRIVATE $<$<CONFIG:Debug>:-O0>)

@@ -16,8 +16,7 @@ Broadcast decodeBroadcast(std::span<const std::uint8_t> data) {
   Broadcast broadcast;
   for (const BroadcastField& field : kBroadcastFields) {
     const std::uint8_t* at = data.data() + field.offset;
-    broadcast.*field.value =
-        field.bytes == 2 ? static_cast<std::uint16_t>(at[0] << 8 | at[1]) : at[0];
+    field.value.set(broadcast, field.value.bytes() == 2 ? at[0] << 8 | at[1] : at[0]);
   }
   broadcast.transmitter = data.back();
   return broadcast;
@@ -27,10 +26,10 @@ BroadcastBytes encodeBroadcast(const Broadcast& broadcast) {
   BroadcastBytes data{};
   std::copy(std::begin(kCompanyPrefix), std::end(kCompanyPrefix), data.begin());
   for (const BroadcastField& field : kBroadcastFields) {
-    const std::uint16_t value = broadcast.*field.value;
+    const std::uint16_t value = field.value.of(broadcast);
     std::uint8_t* at = data.data() + field.offset;
-    if (field.bytes == 2) *at++ = static_cast<std::uint8_t>(value >> 8);
-    *at = static_cast<std::uint8_t>(value);
+    if (field.value.bytes() == 2) *at++ = static_cast<std::uint8_t>(value >> 8);
+    *at = static_cast<std::uint8_t>(value & 0xFF);
   }
   return data;
 }
@@ -46,7 +45,7 @@ std::string NSDataToHex(std::span<const std::uint8_t> data) {
   return text;
 }
 
-std::string transmitterKey(std::uint16_t applicationId, std::uint16_t transmitter) {
+std::string transmitterKey(std::uint16_t applicationId, std::uint8_t transmitter) {
   return std::to_string(applicationId) + ":" + std::to_string(transmitter);
 }
 

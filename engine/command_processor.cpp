@@ -2,6 +2,7 @@
 #include "engine/command_processor.h"
 
 #include "engine/show_assets.h"
+#include "engine/show_fade.h"
 #include "light/brightness.h"
 #include "light/random_number.h"
 #include "light/screen_modes.h"
@@ -13,13 +14,13 @@
 #include "platform/platform.h"
 #include "platform/screen.h"
 #include "platform/user_defaults.h"
+#include "platform/witness.h"
 
 namespace halvora {
 
 namespace {
 
 constexpr std::uint16_t kCloudSync = 2;
-constexpr Duration kShowFade = milliseconds(1000);
 constexpr Duration kVideoFade = milliseconds(500);
 constexpr int kLastVideo = 10;
 constexpr LinearTime kLongestTorchPause{3900, 1100};
@@ -59,10 +60,23 @@ const std::array<CommandProcessor::Step, 18>& CommandProcessor::steps() {
 }
 
 PacketFate CommandProcessor::process(const Broadcast& broadcast) {
-  Command command{.broadcast = broadcast};
-  for (const Step& step : steps()) {
-    if (!(this->*step.run)(command)) break;
+  Witness engine(rooms_.life);
+  engine.setMayGo(false);
+  Command command{.broadcast = broadcast, .engine = engine};
+  std::uint8_t number = 0;
+  try {
+    for (const Step& step : steps()) {
+      command.isForced = ++number == rooms_.state.unfinishedStep;
+      if (!(this->*step.run)(command)) break;
+    }
+  } catch (...) {
+    // Neither the radio nor the system's run loop knows what to do with an exception.
+    if (engine.isGone()) return PacketFate::engineGone;
+    rooms_.state.unfinishedStep = number;
+    return PacketFate::failed;
   }
+  if (engine.isGone()) return PacketFate::engineGone;
+  rooms_.state.unfinishedStep = 0;
   return command.fate;
 }
 
@@ -245,7 +259,8 @@ bool CommandProcessor::vibrate(Command& command) {
 bool CommandProcessor::changeMode(Command& command) {
   ScreenState& screen = rooms_.state.screen;
   const int speed = command.broadcast.speed;
-  if (command.mode == screen.currentMode && speed == screen.currentModeSpeed) return true;
+  const bool isInForce = command.mode == screen.currentMode && speed == screen.currentModeSpeed;
+  if (isInForce && !command.isForced) return true;
   screen.currentMode = command.mode;
   screen.currentModeSpeed = speed;
   rooms_.state.gobo.currentGoboMode = command.mode;
@@ -254,42 +269,61 @@ bool CommandProcessor::changeMode(Command& command) {
   rooms_.modes.stopEffect();
   rooms_.views.removeLightAnimations();
   rooms_.views.setAlpha(ViewId::fpsLabel, command.mode == kFrameRateMode ? 1 : 0);
-  if (command.mode != 0) {
-    beginShow();
-  } else {
-    endShow();
-  }
+  if (!(command.mode != 0 ? beginShow(command.engine) : endShow(command.engine))) return false;
   // The modes below are steady; the later steps paint them.
   constexpr std::uint32_t kFirstEffectMode = 3;
   if (command.mode >= kFirstEffectMode) rooms_.modes.processMode(command.mode, speed);
   return true;
 }
 
-// By a copy: a callback may put another one in its place.
-void CommandProcessor::tell(std::function<void()> ShowCallbacks::*what) const {
-  if (!rooms_.callbacks) return;
-  if (const auto callback = (*rooms_.callbacks).*what) callback();
+template <class Act>
+bool CommandProcessor::letHost(Witness& engine, const Act& act) {
+  engine.setMayGo(true);
+  try {
+    act();
+  } catch (...) {
+    engine.setMayGo(false);
+    throw;
+  }
+  engine.setMayGo(false);
+  return !engine.isGone();
 }
 
-void CommandProcessor::beginShow() {
-  tell(&ShowCallbacks::lightShowStarted);
+// By a copy: a callback may put another one in its place.
+bool CommandProcessor::tell(Witness& engine, std::function<void()> ShowCallbacks::*what) const {
+  if (!rooms_.callbacks) return true;
+  try {
+    const auto callback = (*rooms_.callbacks).*what;
+    return !callback || letHost(engine, callback);
+  } catch (...) {
+    if (engine.isGone()) return false;
+    ++rooms_.callbacks->failures;
+    return true;
+  }
+}
+
+// Also the application has the host's ear: whoever presents something is told to take it back.
+bool CommandProcessor::beginShow(Witness& engine) {
+  if (!tell(engine, &ShowCallbacks::lightShowStarted)) return false;
   rooms_.views.animateAlpha({{ViewId::container, 1}}, {.duration = kShowFade, .name = "Fade Out"});
   rooms_.platform.screen.setBrightness(1.0);
   rooms_.state.isStatusBarHidden = true;
-  Application& application = rooms_.platform.application;
-  application.setStatusBarHidden(true);
-  application.setIdleTimerDisabled(true);
-  application.dismissPresentedScreens();
+  return letHost(engine, [&application = rooms_.platform.application] {
+    application.setStatusBarHidden(true);
+    application.setIdleTimerDisabled(true);
+    application.dismissPresentedScreens();
+  });
 }
 
-void CommandProcessor::endShow() {
-  tell(&ShowCallbacks::lightShowStopped);
+bool CommandProcessor::endShow(Witness& engine) {
+  if (!tell(engine, &ShowCallbacks::lightShowStopped)) return false;
   rooms_.views.animateAlpha({{ViewId::container, 0}}, {.duration = kShowFade, .name = "Fade In"});
   rooms_.brightness.originalScreenBrightness();
   rooms_.state.isStatusBarHidden = false;
-  Application& application = rooms_.platform.application;
-  application.setStatusBarHidden(false);
-  application.setIdleTimerDisabled(false);
+  return letHost(engine, [&application = rooms_.platform.application] {
+    application.setStatusBarHidden(false);
+    application.setIdleTimerDisabled(false);
+  });
 }
 
 bool CommandProcessor::restartPixelMap(Command& command) {
@@ -298,9 +332,9 @@ bool CommandProcessor::restartPixelMap(Command& command) {
   if (!torchFollows && !screenFollows) return true;
   SeatState& seat = rooms_.state.seat;
   const int pixelMapId = command.broadcast.pixelMapId;
-  if (command.cueToken == seat.currentVideoMinutes && pixelMapId == seat.currentPixelMapId) {
-    return true;
-  }
+  const bool isInForce =
+      command.cueToken == seat.currentVideoMinutes && pixelMapId == seat.currentPixelMapId;
+  if (isInForce && !command.isForced) return true;
   seat.currentVideoMinutes = command.cueToken;
   seat.currentPixelMapId = pixelMapId;
   if (screenFollows) rooms_.modes.processMode(kPixelMapMode, command.broadcast.speed);
@@ -330,7 +364,7 @@ bool CommandProcessor::setTorch(Command& command) {
   TorchPart& part = rooms_.parts.torch;
   const int mode = command.broadcast.ledMode;
   const int speed = command.broadcast.ledSpeed;
-  if (mode != torch.currentLEDMode || speed != torch.currentLEDSpeed) {
+  if (mode != torch.currentLEDMode || speed != torch.currentLEDSpeed || command.isForced) {
     torch.currentLEDMode = mode;
     torch.currentLEDSpeed = speed;
     stopTorchEffect(torch, rooms_.timers);

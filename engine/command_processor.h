@@ -13,14 +13,20 @@
 
 namespace halvora {
 
+class Witness;
+
 /// A look on its way through the steps.
 struct Command {
   Broadcast broadcast;
+  /// Of the engine, which a host may destroy while it is told of the look.
+  Witness& engine;
   /// The screen mode; the pixel map may override the one that was sent.
   std::uint32_t mode = 0;
   bool hasSection = false;
   bool hasPosition = false;
   int cueToken = 0;
+  /// The present step was cut short in the look before: what it finds in force may be half of it.
+  bool isForced = false;
   PacketFate fate = PacketFate::processed;
 };
 
@@ -28,7 +34,9 @@ class CommandProcessor {
  public:
   explicit CommandProcessor(const EngineRooms& rooms) : rooms_(rooms) {}
 
-  /// Processed, or why the look was dropped before it changed anything but the defaults.
+  /// Processed, or why the look was dropped before it changed anything but the defaults, or failed:
+  /// a step threw, for want of memory as a rule, and the ones behind it were not done; or that the
+  /// host destroyed the engine: then nothing of the look is done any more.
   PacketFate process(const Broadcast& broadcast);
 
   /// A step says whether the next one follows.
@@ -60,9 +68,12 @@ class CommandProcessor {
 
   void showVideo(int videoId, int videoStatus);
   void hideVideo(bool showEnds);
-  void tell(std::function<void()> ShowCallbacks::*what) const;
-  void beginShow();
-  void endShow();
+  /// Lets the host act, who may destroy the engine. False if that has happened.
+  template <class Act>
+  static bool letHost(Witness& engine, const Act& act);
+  bool tell(Witness& engine, std::function<void()> ShowCallbacks::*what) const;
+  bool beginShow(Witness& engine);
+  bool endShow(Witness& engine);
   void showGobo(std::uint32_t mode, Duration fade);
   void fadeGobo(double alpha, Duration fade, bool thenChange);
   void hideGoboAtOnce();

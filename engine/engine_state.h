@@ -41,18 +41,24 @@ struct EngineState {
   SeatState seat;
   int currentVibrate = 0;
   bool isStatusBarHidden = false;
+  /// The step, from 1, that the last look was cut short in; 0 for none. The next look does it as if
+  /// nothing of it were in force.
+  std::uint8_t unfinishedStep = 0;
 };
 
-/// What the host wants to be told; either may be absent.
+/// What the host wants to be told; either may be absent, and may destroy the engine.
 struct ShowCallbacks {
   std::function<void()> lightShowStarted;
   std::function<void()> lightShowStopped;
+  /// How many calls of either ended by an exception, which ends here: the show goes on.
+  std::uint64_t failures = 0;
 };
 
 class BrightnessRamps;
 class ScreenModes;
 class TimerSet;
 class ViewStack;
+class Witnessed;
 struct Platform;
 struct ShowAssets;
 struct ShowParts;
@@ -68,6 +74,8 @@ struct EngineRooms {
   BrightnessRamps& brightness;
   ScreenModes& modes;
   const ShowParts& parts;
+  /// The engine's.
+  Witnessed& life;
 };
 
 }  // namespace halvora

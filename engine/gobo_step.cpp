@@ -28,7 +28,7 @@ bool CommandProcessor::setGobo(Command& command) {
   }
   const bool isNewGobo = gobo != state.currentGobo && mode != 0;
   const bool isNewMode = mode > kLastSteadyGoboMode && mode != rooms_.state.screen.currentMode;
-  if (!isNewGobo && !isNewMode) return true;
+  if (!isNewGobo && !isNewMode && !command.isForced) return true;
 
   state.currentGobo = gobo;
   state.currentGoboMode = mode;

@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "engine/show_fade.h"
 #include "light/bitmap.h"
 #include "platform/image.h"
 #include "platform/json.h"
@@ -16,7 +17,6 @@ namespace halvora {
 namespace {
 
 constexpr Duration kLowLightPoll = milliseconds(500);
-constexpr Duration kShowFade = milliseconds(1000);
 
 // Of a bitmap's pixel, whose colour is multiplied by its alpha.
 bool isWhite(const std::uint8_t* pixel) {
@@ -43,6 +43,7 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
                                              std::optional<ShowParts> parts)
     : platform_(platform),
       hasOwnAssets_(options.assets == nullptr),
+      usageReports_(options.usageReports),
       assets_(hasOwnAssets_ ? std::make_shared<const ShowAssets>() : std::move(options.assets)),
       stills_(options.stills),
       timers_(platform.runLoop),
@@ -50,8 +51,8 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
       overlays_(state_.screen, views_, timers_),
       torch_(state_.torch, timers_, platform.random, platform.torch,
              [this] { return seatIsWhite(); }),
-      gobo_(state_.gobo, views_, platform.random),
-      video_(state_.video, views_, timers_, platform.videoPlayers),
+      gobo_(state_.gobo, views_, platform.files, platform.random),
+      video_(state_.video, views_, timers_, platform.files, platform.videoPlayers),
       seatLut_(platform_,
                {[this] { return state_.seat.currentVideoMinutes; },
                 [this] { refreshMode21ColorIfNeeded(); }},
@@ -60,8 +61,8 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOpt
       brightness_(platform.screen, timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
              [this] { return seatLight(); }),
-      processor_(
-          {platform_, state_, assets_, callbacks_, timers_, views_, brightness_, modes_, parts_}),
+      processor_({platform_, state_, assets_, callbacks_, timers_, views_, brightness_, modes_,
+                  parts_, life_}),
       usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
              platform.bundles.main.identifier(), std::move(options.usageEndpoints)),
       scanner_(platform_, state_.presence, timers_, *this) {}
@@ -125,7 +126,7 @@ std::string HalvoraViewController::hvLocalizedStringForKey(std::string_view key,
 PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
   try {
     return processor_.process(broadcast);
-  } catch (...) {
+  } catch (const std::bad_alloc&) {
     // Steps act on changes only: what is in force is as no look can be, so that the next one is
     // shown whole.
     state_.screen.currentModeSpeed = -1;
@@ -139,8 +140,17 @@ PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
 void HalvoraViewController::appDidBecomeActive() {
   state_.presence.resetApp = true;
   scanner_.guard([this] {
-    if (state_.presence.scanningAllowed) usage_.appOpened();
+    if (state_.presence.scanningAllowed && usageReports_) usage_.appOpened();
   });
+}
+
+void HalvoraViewController::setUsageReports(bool isOn) {
+  usageReports_ = isOn;
+  if (!isOn) platform_.http.cancelAll();
+}
+
+void HalvoraViewController::recievedSignal() {
+  if (usageReports_) usage_.recievedSignal();
 }
 
 void HalvoraViewController::appWillResignActive() {

@@ -31,12 +31,15 @@
 #include "platform/platform.h"
 #include "platform/screen.h"
 #include "platform/serial_queues.h"
+#include "platform/witness.h"
 #include "usage/usage_pings.h"
 
 namespace halvora {
 
 struct EngineOptions {
   UsageEndpoints usageEndpoints = {};
+  /// Whether the usage counters are sent at all, from the start; `setUsageReports` changes it.
+  bool usageReports = true;
   /// What many engines of one process share instead of each reading its own: what a show takes from
   /// the bundles, and ready seat tables and stills, which must outlive the engine. Null: its own.
   std::shared_ptr<const ShowAssets> assets = nullptr;
@@ -76,9 +79,14 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   bool isInsideVenue() const { return state_.presence.insideVenue; }
   bool prefersStatusBarHidden() const { return state_.isStatusBarHidden; }
 
-  /// Called on every change of mode or speed to a mode other than 0. May stay absent.
+  /// Who keeps the address of an engine that others may destroy has a `Witness` of this.
+  Witnessed& life() { return life_; }
+
+  /// Called on every change of mode or speed to a mode other than 0, in the middle of the look. May
+  /// stay absent, may be replaced and may destroy the engine within a call, and may ask anything of
+  /// it.
   std::function<void()>& lightShowStartedCallback() { return callbacks().lightShowStarted; }
-  /// Called on every change of speed or mode to mode 0. May stay absent.
+  /// Called on every change of speed or mode to mode 0, as above.
   std::function<void()>& lightShowStoppedCallback() { return callbacks().lightShowStopped; }
   /// The transmitter keys ("application:number") to obey; none means all.
   void setAllowedTransmitterIds(std::vector<std::string> ids) {
@@ -87,6 +95,10 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   const std::vector<std::string>& allowedTransmitterIds() const {
     return scanner_.allowedTransmitterIds();
   }
+  /// Whether the usage counters are sent, for a host that asks its user. Switching them off gives
+  /// up those under way; while they are off nothing is counted, nor noted in the defaults.
+  bool usageReports() const { return usageReports_; }
+  void setUsageReports(bool isOn);
   /// For the host: the view that it placed the engine in, and a central manager of its own. The
   /// engine uses neither.
   void* halvoraView = nullptr;
@@ -95,14 +107,16 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   /// The kit's own text for a key, or `fallback` when its table has none.
   std::string hvLocalizedStringForKey(std::string_view key, std::string_view fallback) const;
 
-  /// Shows a look, as if it had just been heard and were new. Throws std::bad_alloc where memory is
-  /// short; some of the look may be shown then, and the next one is shown whole.
+  /// Shows a look, as if it had just been heard and were new. `failed` where memory is short: some
+  /// of it may be shown then, and the next one is shown whole. `engineGone` if a callback destroyed
+  /// the engine.
   PacketFate processEffect(const Broadcast& broadcast) override;
   void playVideo(const std::string& name) { parts_.video.playVideo(name); }
 
   /// Builds the seat's table for every pixel map of the venue that has none yet, in the background.
   /// `progress` is told of each map, `completion` once at the end; (0, 0) where there is nothing to
-  /// do. Either may be absent. A newer call, and invalidation, end this one at its next map.
+  /// do. Either may be absent, is called in a turn of its own, and may destroy the engine. A newer
+  /// call, and invalidation, end this one at its next map: its completion is never called then.
   void precomputePixelMapLUTsForVenueId(std::int64_t venueId, std::int64_t seatX,
                                         std::int64_t seatY, PrecomputeProgress progress = {},
                                         PrecomputeCompletion completion = {}) {
@@ -113,6 +127,11 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   void invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {
     seatLut_.invalidatePixelMapSeatLUTCacheForVenueId(venueId);
   }
+  /// Another number with each precompute that has maps to go through and with each invalidation,
+  /// whoever asked for it: what was begun under an earlier one has been given up.
+  std::uint64_t pixelMapPrecomputeGeneration() const { return seatLut_.precomputeGeneration(); }
+  /// Whether a precompute has been begun that has neither ended nor been given up.
+  bool isPrecomputingPixelMapLUTs() const { return seatLut_.isPrecomputing(); }
 
   void handleOrientationChange() override {}
   void appDidBecomeActive() override;
@@ -132,7 +151,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   const std::string& pairedBucketID() const { return pairedBucketID_; }
 
  private:
-  void recievedSignal() override { usage_.recievedSignal(); }
+  void recievedSignal() override;
   void showReceptionRate(int packets) override;
   void dropShow() override;
   void videoReady() override { state_.video.videoCanPlay = true; }
@@ -149,6 +168,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   /// Null until the host asks for one.
   std::unique_ptr<ShowCallbacks> callbacks_;
   bool hasOwnAssets_;
+  bool usageReports_;
   std::shared_ptr<const ShowAssets> assets_;
   const StillSource* stills_;
   std::string pairedBucketID_;
@@ -169,6 +189,7 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   TimerId lowLightHintTimer_ = 0;
   std::unique_ptr<SerialQueue> pixelMapLUTDecodeQueue_;
   std::unique_ptr<SerialQueue> pixelMapLiveDecodeQueue_;
+  Witnessed life_;
 };
 
 }  // namespace halvora

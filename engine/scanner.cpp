@@ -72,7 +72,7 @@ void Scanner::setAllowedTransmitterIds(std::vector<std::string> ids) {
     if (application < 0 || application > 0xFFFF || transmitter < 0 || transmitter > 0xFF) continue;
     // Only a text that is written just as a packet's own key can equal one.
     if (transmitterKey(static_cast<std::uint16_t>(application),
-                       static_cast<std::uint16_t>(transmitter)) != id) {
+                       static_cast<std::uint8_t>(transmitter)) != id) {
       continue;
     }
     allowedKeys_.push_back(packedKey(static_cast<std::uint32_t>(application),
@@ -112,6 +112,7 @@ void Scanner::didDiscoverPeripheral(const Advertisement& advertisement) {
   ++state_.broadcastCount;
   const PacketFate fate = advertisement.manufacturerData ? judge(*advertisement.manufacturerData)
                                                          : PacketFate::noManufacturerData;
+  if (fate == PacketFate::engineGone) return;
   ++diagnostics_.counts[static_cast<std::size_t>(fate)];
 }
 
@@ -142,15 +143,12 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
     return PacketFate::sameBroadcast;
   }
   ++state_.activeFPS;
+  state_.hasFailed = false;
   std::ranges::copy(key, state_.currentBroadcast.begin());
   state_.hasCurrentBroadcast = true;
-  try {
-    return client_.processEffect(decodeBroadcast(data));
-  } catch (...) {
-    // Neither the radio nor the system's run loop knows what to do with an exception.
-    state_.hasCurrentBroadcast = false;
-    return PacketFate::noMemory;
-  }
+  const PacketFate fate = client_.processEffect(decodeBroadcast(data));
+  if (fate == PacketFate::failed) state_.hasFailed = true;
+  return fate;
 }
 
 bool Scanner::isAllowed(std::uint32_t applicationId, std::uint32_t transmitter) const {
@@ -166,6 +164,11 @@ void Scanner::startScan() {
 
 void Scanner::restartScan() {
   if (state_.bluetoothState != BluetoothState::ok) return;
+  if (std::exchange(state_.hasFailed, false)) {
+    // Its next packet is new again, whether it has a new number or not.
+    state_.hasCurrentBroadcast = false;
+    if (state_.currentSequence > 0) --state_.currentSequence;
+  }
   if (state_.lastFPS > 0) client_.recievedSignal();
   client_.showReceptionRate(state_.lastFPS);
 

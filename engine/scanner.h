@@ -31,9 +31,13 @@ enum class PacketFate : std::uint8_t {
   noApplication,
   badSyncFlag,
   processed,
-  /// Memory was short for it, or a host's callback threw. Heard again, it is obeyed again.
-  noMemory,
+  /// Cut short half way, for want of memory as a rule. What was done of the look stays; while it is
+  /// heard it is tried again, once a second.
+  failed,
+  /// The host destroyed the engine while it was told of the look. Nobody is left to count it.
+  engineGone,
 };
+/// Of those that are counted.
 inline constexpr std::size_t kPacketFateCount = 11;
 
 /// How many advertisements met each fate since the engine was made; a host may read it at any time.
@@ -59,6 +63,8 @@ struct PresenceState {
   /// Whether the video's readiness timer has been started since the show was last dropped.
   bool setupOnce = false;
   bool hasCurrentBroadcast = false;
+  /// The look in force was cut short: the next cycle forgets it, so that it is obeyed once more.
+  bool hasFailed = false;
   BroadcastKeyBytes currentBroadcast{};
   std::uint16_t currentSequence = 0;
   std::uint16_t liveSequence = 0;
@@ -76,6 +82,7 @@ struct PresenceState {
 class ScannerClient {
  public:
   virtual ~ScannerClient() = default;
+  /// `engineGone` if the scanner has been destroyed meanwhile.
   virtual PacketFate processEffect(const Broadcast& broadcast) = 0;
   virtual void recievedSignal() = 0;
   /// The number of packets accepted in the cycle before.

@@ -15,7 +15,7 @@
 
 namespace halvora {
 
-/// The ten fields are those of the panel, in their order.
+/// The fields are those of the panel, in their order.
 class HalvoraStatusView : public StatusPanelFields {
  public:
   struct Coordinator {

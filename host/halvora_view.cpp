@@ -28,6 +28,7 @@ std::unique_ptr<HalvoraView::Coordinator> HalvoraView::makeCoordinator() const {
 HalvoraViewController& HalvoraView::makeController(const Coordinator& coordinator) const {
   HalvoraViewController& engine = coordinator.mainViewController;
   engine.setAllowedTransmitterIds(allowedTransmitterIds);
+  if (usageReports) engine.setUsageReports(*usageReports);
   RunLoop& loop = engine_.platform().runLoop;
   engine.lightShowStartedCallback() = inATurnOfItsOwn(loop, onLightShowStarted);
   engine.lightShowStoppedCallback() = inATurnOfItsOwn(loop, onLightShowStopped);

@@ -37,6 +37,8 @@ class HalvoraView {
   std::function<void()> onLightShowStopped;
   /// The transmitter keys ("application:number") to obey; none means all.
   std::vector<std::string> allowedTransmitterIds;
+  /// Whether usage counters are sent; absent for whatever the engine does already.
+  std::optional<bool> usageReports;
 
   std::unique_ptr<Coordinator> makeCoordinator() const;
   /// The engine with this view's transmitters and callbacks, which stay on it until another view's

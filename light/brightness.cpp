@@ -10,18 +10,20 @@ constexpr Duration kPause = milliseconds(10);
 
 }  // namespace
 
-void BrightnessRamps::fullScreenBrightness() {
+void BrightnessRamps::climb(int inVain) {
   const double present = screen_.brightness();
   if (!(colour_.currentMaster > present)) return;
   screen_.setBrightness(present + kStep);
-  timers_.after(kPause, [this] { fullScreenBrightness(); });
+  inVain = screen_.brightness() > present ? 0 : inVain + 1;
+  if (inVain < kMostInVain) timers_.after(kPause, [this, inVain] { climb(inVain); });
 }
 
-void BrightnessRamps::originalScreenBrightness() {
+void BrightnessRamps::fall(int inVain) {
   const double present = screen_.brightness();
   if (!(present > originalBrightness_)) return;
   screen_.setBrightness(present - kStep);
-  timers_.after(kPause, [this] { originalScreenBrightness(); });
+  inVain = screen_.brightness() < present ? 0 : inVain + 1;
+  if (inVain < kMostInVain) timers_.after(kPause, [this, inVain] { fall(inVain); });
 }
 
 }  // namespace halvora

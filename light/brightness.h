@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The two ramps of the screen's brightness: one percent every 10 ms. A ramp is a chain of timers
-// that ends by its own test; nothing cancels it, and two ramps at once climb twice as fast. Owned
-// by the engine; main thread.
+// that ends by its own test; nothing cancels it, and two ramps at once climb twice as fast. One
+// that the screen does not follow for a second ends too. Owned by the engine; main thread.
 #pragma once
 
 #include "light/palettes.h"
@@ -20,11 +20,17 @@ class BrightnessRamps {
   double originalBrightness() const { return originalBrightness_; }
 
   /// Climbs until the master level of the running show is reached or passed.
-  void fullScreenBrightness();
+  void fullScreenBrightness() { climb(0); }
   /// Falls until the brightness saved at start-up is reached or passed.
-  void originalScreenBrightness();
+  void originalScreenBrightness() { fall(0); }
 
  private:
+  /// So many writes in a row that the screen takes no notice of.
+  static constexpr int kMostInVain = 100;
+
+  void climb(int inVain);
+  void fall(int inVain);
+
   Screen& screen_;
   TimerSet& timers_;
   const ColourState& colour_;

@@ -2,7 +2,6 @@
 #include "light/gobo_animator.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <utility>
 
 #include "light/mode_tables.h"
@@ -13,11 +12,6 @@ namespace halvora {
 namespace {
 
 constexpr std::string_view kExtension = ".png";
-
-bool isFile(const std::string& path) {
-  std::error_code error;
-  return std::filesystem::is_regular_file(path, error);
-}
 
 }  // namespace
 
@@ -44,7 +38,7 @@ const GoboFolders& GoboAnimator::folders() const {
 void GoboAnimator::changeGobo() {
   const GoboFolders& from = folders();
   const std::string name = "/" + std::to_string(state_.currentGobo) + std::string(kExtension);
-  if (!from.documents.empty() && isFile(from.documents + name)) {
+  if (!from.documents.empty() && isFile(files_, from.documents + name)) {
     return show(from.documents + name);
   }
   for (const std::string& folder : {from.documents, from.bundle}) {
@@ -59,10 +53,7 @@ std::optional<std::int64_t> GoboAnimator::variantsIn(const std::string& folder) 
   std::optional<std::int64_t> count;
   if (folder.empty()) return count;
   std::string lastName;
-  std::error_code error;
-  std::filesystem::directory_iterator entry(folder, error);
-  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    std::string name = entry->path().filename().string();
+  for (std::string& name : files_.list(folder).value_or(std::vector<std::string>())) {
     const auto variants = variantsNamedBy(name, state_.currentGobo);
     if (!variants) continue;
     if (!count) count = 0;
@@ -84,7 +75,7 @@ std::string GoboAnimator::drawVariant(const std::string& folder, std::int64_t co
 }
 
 void GoboAnimator::show(const std::string& path) {
-  views_.setText(ViewId::goboImage, isFile(path) ? path : std::string());
+  views_.setText(ViewId::goboImage, isFile(files_, path) ? path : std::string());
 }
 
 void GoboAnimator::goboPulse() {

@@ -13,6 +13,7 @@
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/view_stack.h"
+#include "platform/files.h"
 #include "platform/random.h"
 
 namespace halvora {
@@ -27,8 +28,8 @@ struct GoboFolders {
 
 class GoboAnimator final : public GoboPart {
  public:
-  GoboAnimator(GoboState& state, ViewStack& views, Random& random)
-      : state_(state), views_(views), random_(random) {}
+  GoboAnimator(GoboState& state, ViewStack& views, const Files& files, Random& random)
+      : state_(state), views_(views), files_(files), random_(random) {}
 
   /// Takes the folders, and shows the bundle's first gobo, hidden until a look asks for one.
   void build(std::shared_ptr<const GoboFolders> folders);
@@ -51,6 +52,7 @@ class GoboAnimator final : public GoboPart {
 
   GoboState& state_;
   ViewStack& views_;
+  const Files& files_;
   Random& random_;
   /// Null for no folders.
   std::shared_ptr<const GoboFolders> folders_;

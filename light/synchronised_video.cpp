@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "light/synchronised_video.h"
 
-#include <filesystem>
+#include "platform/files.h"
 
 namespace halvora {
 
@@ -19,8 +19,7 @@ constexpr Duration kCatchUpDelay = milliseconds(2000);
 
 VideoItem SynchronisedVideo::getPlayerItem(const std::string& name) const {
   std::string path = (folder_ ? *folder_ : std::string()) + "/" + name + ".mp4";
-  std::error_code error;
-  if (!folder_ || folder_->empty() || !std::filesystem::is_regular_file(path, error)) path.clear();
+  if (!folder_ || folder_->empty() || !isFile(files_, path)) path.clear();
   return {name, std::move(path)};
 }
 

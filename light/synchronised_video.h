@@ -14,11 +14,13 @@
 
 namespace halvora {
 
+class Files;
+
 class SynchronisedVideo final : public VideoPart {
  public:
-  SynchronisedVideo(VideoState& state, ViewStack& views, TimerSet& timers,
+  SynchronisedVideo(VideoState& state, ViewStack& views, TimerSet& timers, const Files& files,
                     const VideoPlayers& players)
-      : state_(state), views_(views), timers_(timers), players_(players) {}
+      : state_(state), views_(views), timers_(timers), files_(files), players_(players) {}
 
   /// Takes the folder that clips lie in, as NAME.mp4.
   void build(SharedText folder) { folder_ = std::move(folder); }
@@ -38,7 +40,9 @@ class SynchronisedVideo final : public VideoPart {
   VideoState& state_;
   ViewStack& views_;
   TimerSet& timers_;
-  VideoPlayers players_;
+  const Files& files_;
+  /// A platform's own; it outlives the engine.
+  const VideoPlayers& players_;
   SharedText folder_;
   /// A seek may complete after the engine is gone. Null before the first.
   std::shared_ptr<const bool> isAlive_;

@@ -26,23 +26,34 @@ ViewStack::ViewStack(TimerSet& timers) : timers_(timers), alphas_() {
   }
 }
 
+ViewStack::~ViewStack() {
+  if (observer_ != nullptr) observer_->stackEnds();
+}
+
+template <class... Arguments>
+void ViewStack::tell(void (ViewObserver::*what)(Arguments...),
+                     const std::type_identity_t<Arguments>&... said) {
+  if (observer_ == nullptr) return;
+  Witness self(life_);
+  self.setMayGo(false);
+  (observer_->*what)(said...);
+}
+
 void ViewStack::setAlpha(ViewId view, double alpha) {
   alphas_[indexOf(view)] = alpha;
-  if (observer_ != nullptr) observer_->alphaChanged(view, alpha, Duration::zero());
+  tell(&ViewObserver::alphaChanged, view, alpha, Duration::zero());
 }
 
 void ViewStack::animateAlpha(std::initializer_list<AlphaChange> changes,
                              const AnimationTiming& timing, Completion completion) {
   const Run run = start(timing, changes.size(), false, std::move(completion));
-  if (observer_ != nullptr) observer_->alphaAnimationStarted(timing);
+  tell(&ViewObserver::alphaAnimationStarted, timing);
   for (const AlphaChange& change : changes) {
     const double from = shownAlpha(change.view);
     cutAlphaTween(change.view);
     alphaTweens_.push_back({run, change.view, from, change.alpha});
     alphas_[indexOf(change.view)] = change.alpha;
-    if (observer_ != nullptr) {
-      observer_->alphaChanged(change.view, change.alpha, timing.duration);
-    }
+    tell(&ViewObserver::alphaChanged, change.view, change.alpha, timing.duration);
   }
 }
 
@@ -50,7 +61,7 @@ void ViewStack::removeAnimations(ViewId view) { cutAlphaTween(view); }
 
 void ViewStack::setHidden(ViewId view, bool hidden) {
   hidden_[indexOf(view)] = hidden;
-  if (observer_ != nullptr) observer_->hiddenChanged(view, hidden);
+  tell(&ViewObserver::hiddenChanged, view, hidden);
 }
 
 const std::string& ViewStack::text(ViewId view) const {
@@ -70,12 +81,12 @@ void ViewStack::setText(ViewId view, SharedText text) {
                                   [view](const Text& known) { return known.view == view; });
   Text& changed = found == texts_.end() ? texts_.emplace_back(Text{view, {}}) : *found;
   changed.text = std::move(text);
-  if (observer_ != nullptr) observer_->textChanged(view, *changed.text);
+  tell(&ViewObserver::textChanged, view, *changed.text);
 }
 
 void ViewStack::setLightColour(const MaybeColour& colour) {
   light_ = colour;
-  if (observer_ != nullptr) observer_->lightChanged(light_);
+  tell(&ViewObserver::lightChanged, light_);
 }
 
 void ViewStack::animateLight(const MaybeColour& to, Duration duration, Completion completion) {
@@ -84,9 +95,8 @@ void ViewStack::animateLight(const MaybeColour& to, Duration duration, Completio
   const Run run = start({duration, {}, ""}, 1, true, std::move(completion));
   lightTween_ = LightTween{run, from, drawn(to)};
   light_ = to;
-  if (observer_ == nullptr) return;
-  observer_->lightChanged(light_);
-  observer_->lightAnimationStarted(to, duration);
+  tell(&ViewObserver::lightChanged, light_);
+  tell(&ViewObserver::lightAnimationStarted, to, duration);
 }
 
 void ViewStack::removeLightAnimations() {
@@ -146,7 +156,7 @@ void ViewStack::end(AnimationId id) {
   std::erase_if(alphaTweens_, [id](const AlphaTween& tween) { return tween.run.animation == id; });
   if (lightTween_ && lightTween_->run.animation == id) lightTween_.reset();
 
-  if (ended.isLight && observer_ != nullptr) observer_->lightAnimationEnded(!ended.wasCut);
+  if (ended.isLight) tell(&ViewObserver::lightAnimationEnded, !ended.wasCut);
   if (ended.completion) ended.completion(!ended.wasCut);
 }
 

@@ -11,12 +11,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "light/colour.h"
 #include "light/timer_set.h"
 #include "light/views.h"
 #include "platform/task.h"
+#include "platform/witness.h"
 
 namespace halvora {
 
@@ -28,7 +30,8 @@ struct AnimationTiming {
 };
 
 /// Hears of every change of a stack, in the turn that makes it. A face asks for a frame then; a
-/// trace writes it down.
+/// trace writes it down. It is called in the middle of what the show does and must not destroy the
+/// stack, or the engine that has it.
 class ViewObserver {
  public:
   virtual ~ViewObserver() = default;
@@ -40,6 +43,8 @@ class ViewObserver {
   virtual void lightChanged(const MaybeColour&) {}
   virtual void lightAnimationStarted(const MaybeColour& /*to*/, Duration /*duration*/) {}
   virtual void lightAnimationEnded(bool /*finished*/) {}
+  /// The stack is going: nothing of it may be asked for any more.
+  virtual void stackEnds() {}
 };
 
 /// A text that many may show; never null.
@@ -58,8 +63,11 @@ class ViewStack {
   using Completion = Callable<void(bool finished)>;
 
   explicit ViewStack(TimerSet& timers);
+  ~ViewStack();
+  ViewStack(const ViewStack&) = delete;
+  ViewStack& operator=(const ViewStack&) = delete;
 
-  /// At most one observer, which outlives the stack or takes itself off with null.
+  /// At most one observer, which takes itself off with null if it goes before the stack does.
   void setObserver(ViewObserver* observer) { observer_ = observer; }
 
   double alpha(ViewId view) const { return alphas_[indexOf(view)]; }
@@ -124,6 +132,10 @@ class ViewStack {
     SharedText text;
   };
 
+  /// Calls the observer, if there is one.
+  template <class... Arguments>
+  void tell(void (ViewObserver::*what)(Arguments...),
+            const std::type_identity_t<Arguments>&... said);
   Run start(const AnimationTiming& timing, std::size_t tweens, bool isLight, Completion completion);
   void cutAlphaTween(ViewId view);
   void cut(AnimationId id);
@@ -141,6 +153,7 @@ class ViewStack {
   std::vector<AlphaTween> alphaTweens_;
   std::vector<Animation> animations_;
   AnimationId lastAnimation_ = 0;
+  Witnessed life_;
 };
 
 }  // namespace halvora

@@ -7,6 +7,7 @@
 
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
+#include "pixelmap/seat_pixel.h"
 
 namespace halvora {
 
@@ -37,10 +38,6 @@ struct Sampling {
   }
 };
 
-std::uint32_t within(std::int64_t position, std::uint32_t size) {
-  return static_cast<std::uint32_t>(std::clamp<std::int64_t>(position, 0, std::int64_t{size} - 1));
-}
-
 void decodeRange(const Sampling& sampling, const VideoAsset& asset, SeatPosition seat,
                  int frameCount, int begin, int end) {
   if (begin >= end || !sampling.isWanted()) return;
@@ -51,7 +48,7 @@ void decodeRange(const Sampling& sampling, const VideoAsset& asset, SeatPosition
     if (!sampling.isWanted()) return;
     const auto number = pixelMapFrameAt(frame->seconds(), frameCount);
     if (!number || frame->width() == 0 || frame->height() == 0) continue;
-    const PixelPosition position{within(seat.x, frame->width()), within(seat.y, frame->height())};
+    const PixelPosition position = seatPixel(seat.x, seat.y, frame->width(), frame->height());
     std::uint32_t word = 0;
     frame->sample({&position, 1}, {&word, 1});
     sampling.store(*number, word);

@@ -424,6 +424,18 @@ bool PixelMapSeatLuts::take(const std::shared_ptr<PrecomputeJob>& job) {
   return true;
 }
 
+std::uint64_t PixelMapSeatLuts::precomputeGeneration() const {
+  return shared_ ? shared_->pixelMapPersistentPrecomputeGeneration.load() : 0;
+}
+
+// One that a newer one or an invalidation has ended is under way no more.
+bool PixelMapSeatLuts::isPrecomputing() const {
+  return work_ && std::ranges::any_of(work_->precomputes, [this](const auto& precompute) {
+    const PrecomputeJob& job = *precompute->job;
+    return !job.entries.empty() && job.generation == precomputeGeneration();
+  });
+}
+
 void PixelMapSeatLuts::invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {
   if (venueId < 1) return;
   struct Removal {

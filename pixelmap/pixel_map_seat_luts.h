@@ -77,6 +77,11 @@ class PixelMapSeatLuts final : public SeatLutPart {
                                         PrecomputeProgress progress,
                                         PrecomputeCompletion completion);
   void invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId);
+  /// Another one with each precompute that has maps to go through and with each invalidation: what
+  /// was begun under an earlier one has been given up.
+  std::uint64_t precomputeGeneration() const;
+  /// Whether a precompute has been begun that has neither ended nor been given up.
+  bool isPrecomputing() const;
 
   /// Empty before the first pixel map.
   const SeatLutState& state() const;

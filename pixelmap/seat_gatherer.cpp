@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "pixelmap/frame_time.h"
+#include "pixelmap/seat_pixel.h"
 
 namespace halvora {
 
@@ -13,10 +14,6 @@ namespace {
 
 // Seats that are transposed together: a line of the cache of each frame.
 constexpr std::size_t kTileSeats = 16;
-
-std::uint32_t within(std::int64_t position, std::uint32_t size) {
-  return static_cast<std::uint32_t>(std::clamp<std::int64_t>(position, 0, std::int64_t{size} - 1));
-}
 
 }  // namespace
 
@@ -46,7 +43,7 @@ void SeatGatherer::place(std::uint32_t width, std::uint32_t height) {
   width_ = width;
   height_ = height;
   std::transform(seats_.begin(), seats_.end(), positions_.begin(), [&](const SeatPosition& seat) {
-    return PixelPosition{within(seat.x, width), within(seat.y, height)};
+    return seatPixel(seat.x, seat.y, width, height);
   });
 }
 

@@ -165,6 +165,11 @@ bool SeatLutFiles::persistPixelMapSeatLUTData(
                         metaText(lut.words().size(), seat, *signature));
 }
 
+void SeatLutFiles::removeLeftovers(std::string_view videoURL) const {
+  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoURL);
+  if (!folder.empty()) files_.removeLeftovers(folder + "/");
+}
+
 std::variant<SeatLut, SeatLutFault> SeatLutFiles::read(const std::string& videoURL,
                                                        SeatPosition seat) const {
   const std::string dataURL = pixelMapSeatLUTDataURLForVideoURL(videoURL, seat);

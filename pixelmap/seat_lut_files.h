@@ -70,6 +70,10 @@ class SeatLutFiles {
                                   SeatPosition seat,
                                   const std::optional<VideoFileSignature>& builtFrom = {}) const;
 
+  /// Removes what killed builds of a video's tables have left, which takes as long as listing its
+  /// folder: once a build, not once a table.
+  void removeLeftovers(std::string_view videoURL) const;
+
   /// The table, or the first check that it does not pass.
   std::variant<SeatLut, SeatLutFault> read(const std::string& videoURL, SeatPosition seat) const;
   /// Null for a table that passes not every check.

@@ -51,7 +51,10 @@ SeatLut SeatLutMaker::buildAndPersist(const std::string& videoURL, SeatPosition 
     lut = buildPixelMapSeatLUTForVideoURL(
         videos_, videoURL, seat,
         {.workers = workers_, .isCancelled = [this] { return isEnding(); }}, &end);
-    if (lut) save(lut, videoURL, seat, signature);
+    if (lut) {
+      files_.removeLeftovers(videoURL);
+      save(lut, videoURL, seat, signature);
+    }
   } catch (...) {
     end = BuildEnd::noMemory;
   }

@@ -11,6 +11,8 @@ class HttpClient {
  public:
   virtual ~HttpClient() = default;
   virtual void get(const std::string& url) = 0;
+  /// Gives up whatever is under way.
+  virtual void cancelAll() {}
 };
 
 }  // namespace halvora

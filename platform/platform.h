@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Everything the kit needs from the system that it runs on, as references to the needs. Whoever
-// makes an engine owns these and keeps them alive for as long as the engine lives.
+// makes an engine owns these and keeps them alive for as long as the engine lives. They are called
+// in the middle of its work: none of them may destroy an engine, a panel or a wizard within a call,
+// but for the application, whose observers may. What it has to do then it posts to the run loop.
 #pragma once
 
 namespace halvora {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace halvora {
@@ -43,5 +44,9 @@ constexpr std::int64_t wholeNumber(double value) {
   if (value >= kBeyond) return INT64_MAX;
   return value > -kBeyond ? static_cast<std::int64_t>(value) : INT64_MIN;
 }
+
+/// The shortest decimal without an exponent that reads back as the same number ("7", "0.1"); "nan",
+/// "inf" and "-inf" for what is none.
+std::string plainDecimal(double value);
 
 }  // namespace halvora

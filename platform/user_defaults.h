@@ -55,7 +55,8 @@ class UserDefaults {
   virtual void synchronize() = 0;
 };
 
-/// The text under a key; a number or a flag counts as its decimal text, anything else as none.
+/// The text under a key; a number or a flag counts as its plain decimal (7.0 is "7"), anything
+/// else as none.
 inline std::optional<std::string> textForKey(const UserDefaults& defaults, std::string_view key) {
   const DefaultsValue* value = defaults.find(key);
   if (value == nullptr) return std::nullopt;
@@ -64,7 +65,7 @@ inline std::optional<std::string> textForKey(const UserDefaults& defaults, std::
     return std::to_string(*number);
   }
   if (const auto* flag = std::get_if<bool>(&value->storage)) return std::string(*flag ? "1" : "0");
-  if (const auto* real = std::get_if<double>(&value->storage)) return std::to_string(*real);
+  if (const auto* real = std::get_if<double>(&value->storage)) return plainDecimal(*real);
   return std::nullopt;
 }
 

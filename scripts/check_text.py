@@ -15,7 +15,9 @@ LICENCE = "SPDX-License-Identifier: Apache-2.0"
 MAX_COLUMNS = 100
 
 # How a file's comment lines begin: by name, then by ending. Other files need no licence line.
-COMMENT_BY_NAME = {"CMakeLists.txt": "# ", "packages.txt": "# ", "run": "# ", "test": "# "}
+COMMENT_BY_NAME = {
+    name: "# " for name in ("CMakeLists.txt", "packages.txt", "run", "test", "fuzz")
+}
 COMMENT_BY_ENDING = {
     ".h": "// ",
     ".cpp": "// ",

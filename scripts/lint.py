@@ -1,125 +1,128 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Runs clang-tidy over the core and the tools, only where something changed since it last passed.
+"""Runs clang-tidy over sources of the core and the tools, and over their headers through them.
 
-lint.py BUILD_FOLDER [--jobs N]
+lint.py BUILD_FOLDER [--all] [--jobs N]
 
-The build folder is a finished Ninja build with compile commands. What a source depends on is asked
-of the build; a source that passed leaves a stamp with the hash of all of that.
+Nearly all of its time goes to headers of the standard library, so sources are looked at in groups
+whose local names do not clash: those that changed since what landed last (or in the last commits),
+for each changed header one source that includes it, and a part of the others, another one with each
+commit. With --all every source is looked at, and alone: a few checks only look at main files.
+A source that passed is not looked at again before something changes that it depends on.
 """
 
 import argparse
-import hashlib
-import json
 import re
-import shlex
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
+from selection import ROOT, Build, Stamps, changed_files, key_of, selected
+from unity_groups import groups
+
 TIDY = "clang-tidy-14"
 FOLDERS = ("platform", "light", "usage", "pixelmap", "engine", "seats", "host", "tools")
 NOT_CORE = ("platform/qt/",)
-ROOT = Path(__file__).resolve().parent.parent
+# What a group includes counts as written in it.
+HEADERS = f"/({'|'.join(FOLDERS)})/[^ ]*\\.(h|cpp)$"
 # The build's compiler has warnings that clang does not know. A function's paths are followed through
 # so many states and no further: in some sources the last ones took as long as all the rest.
-EXTRA = ("-Wno-unknown-warning-option", "-Xclang", "-analyzer-config", "-Xclang", "max-nodes=40000")
+ANALYSER = ("-analyzer-opt-analyze-headers", "-analyzer-config", "max-nodes=40000")
+EXTRA = ("-Wno-unknown-warning-option", *(f for word in ANALYSER for f in ("-Xclang", word)))
+GROUP = 12
+# Of the sources that changed, and of the others one in so many.
+MOST_CHANGED = 150
+SHARE = 8
 
 
-def sources(build):
-    """Compile commands by the source's path from the root, each with its object file."""
-    found = {}
-    for entry in json.loads((build / "compile_commands.json").read_text(encoding="utf-8")):
-        file = Path(entry["directory"], entry["file"]).resolve()
-        if not file.is_relative_to(ROOT) or file.is_relative_to(build):
-            continue
-        path = file.relative_to(ROOT).as_posix()
-        if path.split("/")[0] in FOLDERS and not path.startswith(NOT_CORE):
-            words = shlex.split(entry["command"])
-            found[path] = entry | {"object": words[words.index("-o") + 1]}
-    return found
-
-
-def dependencies(build):
-    """What the build knows: object file to the files that it was made from."""
-    listing = subprocess.run(
-        ["ninja", "-C", build, "-t", "deps"], check=True, capture_output=True, text=True
-    ).stdout
-    found, current = {}, []
-    for line in listing.splitlines():
-        if line.startswith("    "):
-            current.append(line.strip())
-        elif line:
-            current = found.setdefault(line.split(": #deps")[0], [])
-    return found
-
-
-class Hashes:
-    """File hashes, each computed once. Headers of the system are taken by size and time."""
-
-    def __init__(self, build):
-        self.build = build
-        self.known = {}
-
-    def of(self, name):
-        if name not in self.known:
-            file = (self.build / name).resolve()
-            if not file.exists():
-                self.known[name] = "missing"
-            elif file.is_relative_to(ROOT):
-                self.known[name] = hashlib.sha256(file.read_bytes()).hexdigest()
-            else:
-                state = file.stat()
-                self.known[name] = f"{state.st_size} {state.st_mtime_ns}"
-        return self.known[name]
+def wanted_of(build, sources):
+    """Sources that changed, and one for each header that did; all if nobody knows what changed."""
+    changed = changed_files()
+    if changed is None or ".clang-tidy" in changed:
+        return None
+    wanted = {path for path in sources if path in changed}
+    seen = set().union(*(build.depends_of(path) for path in wanted))
+    headers = build.headers()
+    for header in sorted(changed & headers.keys() - seen):
+        if headers[header] in sources:
+            wanted.add(headers[header])
+    return wanted
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("build", type=Path)
+    parser.add_argument("--all", action="store_true")
     parser.add_argument("--jobs", type=int, default=2)
     arguments = parser.parse_args()
-    build = arguments.build.resolve()
-    stamps = build / "lint"
-    stamps.mkdir(exist_ok=True)
-
-    version = subprocess.run([TIDY, "--version"], check=True, capture_output=True, text=True).stdout
-    depends = dependencies(build)
-    hashes = Hashes(build)
-
-    def key_of(path, entry):
-        parts = [version, *EXTRA, entry["command"], hashes.of(str(ROOT / path))]
-        parts += [hashes.of(str(folder / ".clang-tidy")) for folder in (ROOT / path).parents]
-        parts += [f"{name} {hashes.of(name)}" for name in sorted(depends[entry["object"]])]
-        return hashlib.sha256("\n".join(parts).encode()).hexdigest()
-
-    def lint(item):
-        path, entry = item
-        stamp = stamps / (path.replace("/", "+") + ".stamp")
-        key = key_of(path, entry)
-        if stamp.exists() and stamp.read_text(encoding="utf-8") == key:
-            return path, None
-        command = [TIDY, "--quiet", *(f"--extra-arg={word}" for word in EXTRA), "-p", build]
-        run = subprocess.run([*command, ROOT / path], capture_output=True, text=True, cwd=ROOT)
-        if run.returncode == 0:
-            stamp.write_text(key, encoding="utf-8")
-            return path, ""
-        return path, re.sub(r"^\d+ warnings? generated\.\n", "", run.stdout + run.stderr, flags=re.M)
-
-    found = sources(build)
-    for path, entry in found.items():
-        if entry["object"] not in depends:
+    build = Build(arguments.build)
+    sources = {
+        path
+        for path in build.sources
+        if path.split("/")[0] in FOLDERS and not path.startswith(NOT_CORE)
+    }
+    for path in sorted(sources):
+        if build.depends_of(path) is None:
             sys.exit(f"{path} is not built: build first")
-    with ThreadPoolExecutor(arguments.jobs) as pool:
-        results = list(pool.map(lint, sorted(found.items())))
+    wanted = None if arguments.all else wanted_of(build, sources)
+    chosen = sorted(sources)
+    if wanted is not None:
+        chosen = selected(sources, wanted, SHARE, MOST_CHANGED)
 
-    failed = [(path, output) for path, output in results if output]
-    for path, output in failed:
-        print(f"{path}:\n{output}", file=sys.stderr)
-    checked = sum(output is not None for _, output in results)
-    print(f"{len(results)} sources, {checked} looked at again, {len(failed)} with findings")
-    sys.exit(1 if failed else 0)
+    folder = build.folder / "lint"
+    stamps = Stamps(folder)
+    version = subprocess.run([TIDY, "--version"], check=True, capture_output=True, text=True).stdout
+    rules = build.hash_of(".clang-tidy")
+
+    def key(path):
+        # As the build compiles, but without its precompiled headers.
+        depends = [f"{name} {build.hash_of(name)}" for name in sorted(build.depends_of(path))]
+        how = "alone" if arguments.all else "with others"
+        return key_of(version, how, rules, *EXTRA, *build.sources[path]["words"], *depends)
+
+    keys = {path: key(path) for path in chosen}
+    waiting = [path for path in chosen if not stamps.has(path, keys[path])]
+    kinds = {}
+    for path in waiting:
+        kinds.setdefault(tuple(build.sources[path]["words"]), []).append(ROOT / path)
+    size = 1 if arguments.all else GROUP
+    work = [(words, group) for words, files in kinds.items() for group in groups(files, size)]
+
+    def lint(numbered):
+        number, (words, group) = numbered
+        source = group[0]
+        if len(group) > 1:
+            source = folder / f"group_{number}.cpp"
+            lines = "".join(f'#include "{file}"\n' for file in group)
+            source.write_text(lines, encoding="utf-8")
+        command = [
+            TIDY,
+            "--quiet",
+            "--checks=-bugprone-suspicious-include",
+            f"--config-file={ROOT / '.clang-tidy'}",
+            f"--header-filter={HEADERS}",
+            *(f"--extra-arg={word}" for word in EXTRA),
+            str(source),
+            "--",
+            *words[1:],
+        ]
+        run = subprocess.run(command, capture_output=True, text=True, cwd=build.folder)
+        if run.returncode == 0:
+            for file in group:
+                path = file.relative_to(ROOT).as_posix()
+                stamps.leave(path, keys[path])
+            return ""
+        return re.sub(r"^\d+ warnings? generated\.\n", "", run.stdout + run.stderr, flags=re.M)
+
+    with ThreadPoolExecutor(arguments.jobs) as pool:
+        findings = [output for output in pool.map(lint, enumerate(work)) if output]
+    print("\n".join(findings), file=sys.stderr)
+    print(
+        f"note: {len(chosen)} of {len(sources)} sources, {len(waiting)} looked at again, "
+        f"{len(findings)} of {len(work)} groups with findings"
+    )
+    sys.exit(1 if findings else 0)
 
 
 if __name__ == "__main__":

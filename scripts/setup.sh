@@ -6,8 +6,10 @@ export LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive
 mkdir -p build/logs
 # Without a home folder the compiler's cache lives with the build.
 [[ -w "${HOME:-}" ]] || export CCACHE_DIR="$PWD/build/ccache"
-# What the cache must overlook to know a precompiled header again.
-export CCACHE_SLOPPINESS=pch_defines,time_macros
+# What the cache must overlook to know a precompiled header again, which is made just before its use.
+export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+# What it does not know yet is compiled at once, not preprocessed first.
+export CCACHE_DEPEND=1
 
 # Lines of a log that only say that something went well.
 chatter='^\[[0-9]+/[0-9]+\] |^ +Start +[0-9]+: |^ *[0-9]+/[0-9]+ Test .* Passed +[0-9.]+ sec$'

@@ -201,7 +201,15 @@ void HalvoraSeatSelectorViewController::confirm() {
   // Taken out first, so that a callback that comes back here is not called a second time.
   const auto onSeatSelected = std::exchange(inputs_.onSeatSelected, nullptr);
   const SeatMap::SeatItem seat = row->seat(static_cast<std::size_t>(selectedSeatIndex_));
+  // The items are the map's, which may go with the wizard.
+  const auto map = inputs_.map;
+  const Witness self(life_);
   if (onSeatSelected) onSeatSelected(*section, *row, seat);
+  if (!self.isGone()) dismiss();
+}
+
+void HalvoraSeatSelectorViewController::dismiss() {
+  presentedAlert_.reset();
   isDismissed_ = true;
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/bundle.h"
+#include "platform/witness.h"
 #include "seats/seat_map.h"
 #include "seats/seat_selector_views.h"
 #include "seats/standing_overlay.h"
@@ -39,7 +40,7 @@ struct SeatSelectorInputs {
 
   /// The venue's map; null for none.
   std::shared_ptr<const SeatMap> map;
-  /// Called once, on confirmation, before the wizard is dismissed; it must leave the wizard alive.
+  /// Called once, on confirmation, before the wizard is dismissed. May destroy the wizard.
   SeatCallback onSeatSelected;
   std::optional<InitialSeatSelection> initialSelection;
   /// For the standing area's plan alone.
@@ -88,7 +89,7 @@ class HalvoraSeatSelectorViewController {
 
   // Actions. A face sends none for a button that is disabled or hidden; after the wizard is
   // dismissed they do nothing.
-  void cancelTapped() { isDismissed_ = true; }
+  void cancelTapped() { dismiss(); }
   void backTapped();
   void nextTapped();
   void alertButtonTapped() { presentedAlert_.reset(); }
@@ -154,6 +155,8 @@ class HalvoraSeatSelectorViewController {
   void updateButtons();
   void updatePicker(bool reload);
   void confirm();
+  /// What stands over the wizard goes with it.
+  void dismiss();
   std::optional<SeatMap::SectionItem> sectionAtIndex(std::int64_t index) const;
   std::optional<SeatMap::RowItem> selectedRow() const;
   std::int64_t selectedIndexForStep(std::int64_t step) const;
@@ -183,6 +186,7 @@ class HalvoraSeatSelectorViewController {
   SeatSelectorViews views_;
   std::optional<Alert> presentedAlert_;
   bool isDismissed_ = false;
+  Witnessed life_;
 };
 
 }  // namespace halvora

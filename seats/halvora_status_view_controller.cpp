@@ -29,6 +29,7 @@ HalvoraStatusViewController::HalvoraStatusViewController(HalvoraViewController& 
                                                          const Platform& platform,
                                                          StatusPanelFace face)
     : engine_(engine),
+      engineLife_(engine.life()),
       platform_(platform),
       face_(std::move(face)),
       storage_(platform.defaults),
@@ -65,6 +66,7 @@ void HalvoraStatusViewController::viewDidLoad() {
   platform_.application.addObserver(*this);
   seatMap_.viewDidLoad();
   updateStatus();
+  if (update.isPanelGone()) return;
   RunLoop& loop = platform_.runLoop;
   timer_ = Timer(loop, loop.every(kStatusInterval, [this] { updateStatus(); }));
 }
@@ -101,7 +103,8 @@ void HalvoraStatusViewController::publish() {
   if (now == seen_) return;
   seen_ = std::move(now);
   ++changes_;
-  if (face_.changed) face_.changed();
+  // By a copy, which the panel does not take with it.
+  if (const auto changed = face_.changed) changed();
 }
 
 std::int64_t HalvoraStatusViewController::resolvedVenueIdFromDefaults(
@@ -134,11 +137,15 @@ HalvoraStatusViewController::presentedSeatSelector() const {
 
 void HalvoraStatusViewController::updateStatus() {
   const Update update(*this);
-  if (!isViewLoaded_ || isPresenting()) return;
+  if (!isViewLoaded_ || isPresenting() || engineLife_.isGone()) return;
   seatSelector_.reset();
   const std::int64_t venueId = resolvedVenueId();
   seatMap_.preloadSeatMapForVenueId(venueId);
   applyMapVersionPolicyForVenueId(venueId);
+  if (update.isPanelGone() || engineLife_.isGone()) return;
+  forgetAbandonedPrecompute();
+  finishSeatLUTs(venueId);
+  if (update.isPanelGone() || engineLife_.isGone()) return;
   storage_.syncSeatDefaultsForVenueId(venueId);
   updateSeatSelectionUIForVenueId(venueId);
   refreshStatusViews();
@@ -170,8 +177,10 @@ void HalvoraStatusViewController::showStatus(const std::string& bluetoothStatus)
       engine_.isInsideVenue() ? localizedText(bundles.main, "inside_venue", "") : bluetoothStatus;
   label.lineHeight = kStatusLineHeight;
   // Looked up just as the status was when it was written, so that they are equal without a table.
-  views_.settingsButton.hidden =
-      bluetoothStatus != bundles.kit.localizedString("bluetooth_notAuthorised");
+  const bool isRefused = bluetoothStatus == bundles.kit.localizedString("bluetooth_notAuthorised");
+  const bool isOff = fields_.offersSettingsWhenOff &&
+                     bluetoothStatus == bundles.kit.localizedString("bluetooth_off");
+  views_.settingsButton.hidden = !isRefused && !isOff;
 }
 
 bool HalvoraStatusViewController::hasSeatControls(std::int64_t venueId) const {
@@ -181,6 +190,7 @@ bool HalvoraStatusViewController::hasSeatControls(std::int64_t venueId) const {
 
 void HalvoraStatusViewController::initBluetoothPermission() {
   const Update update(*this);
+  if (engineLife_.isGone()) return;
   engine_.initBluetoothPermission();
   views_.joinButton.reset();
   views_.onboardingLabel.reset();
@@ -213,15 +223,24 @@ void HalvoraStatusViewController::viewDidLayoutSubviews(double viewWidth) {
 void HalvoraStatusViewController::updatePreferredContentSizeForCurrentLayout() {
   const Update update(*this);
   if (!isViewLoaded_ || isUpdatingPreferredContentSize_ || !face_.fittingHeight) return;
-  isUpdatingPreferredContentSize_ = true;
+  struct Measuring {
+    ~Measuring() {
+      if (!update.isPanelGone()) flag = false;
+    }
+    const Update& update;
+    bool& flag;
+  };
+  const Measuring measuring{update, isUpdatingPreferredContentSize_ = true};
   // The face is to measure what is to be seen now.
   publish();
+  if (update.isPanelGone()) return;
   const double width = viewWidth_ > 0 ? viewWidth_ : platform_.screen.bounds().width;
-  const double height = face_.fittingHeight(width);
+  const auto fittingHeight = face_.fittingHeight;
+  const double height = fittingHeight(width);
+  if (update.isPanelGone()) return;
   if (height > 0 && std::abs(height - preferredContentSize_.height) > kLeastHeightChange) {
     preferredContentSize_ = {width, height};
   }
-  isUpdatingPreferredContentSize_ = false;
 }
 
 void HalvoraStatusViewController::disableAncestorScrollViewsIfNeeded() {

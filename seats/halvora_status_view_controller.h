@@ -11,12 +11,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/halvora_view_controller.h"
 #include "platform/application.h"
 #include "platform/platform.h"
 #include "platform/run_loop.h"
+#include "platform/witness.h"
 #include "seats/ancestor_scroll_views.h"
 #include "seats/halvora_seat_selector_view_controller.h"
 #include "seats/seat_map_availability.h"
@@ -41,19 +43,23 @@ struct StatusPanelFields {
   double actionButtonHeight = 44;
   /// The venue as long as no transmitter has been heard; below 1 for none.
   std::int64_t defaultVenueId = 0;
+  /// The settings button is there for who has Bluetooth switched off, too, and not only for who is
+  /// not allowed to use it: where opening the settings switches it on.
+  bool offersSettingsWhenOff = false;
   friend bool operator==(const StatusPanelFields&, const StatusPanelFields&) = default;
 };
 
-/// What only a face can tell or do. Any of it may be absent.
+/// What only a face can tell or do. Any of it may be absent. What is asked must leave the panel
+/// alive, but for `fittingHeight`, which lays views out and so may let others act.
 struct StatusPanelFace {
   FontLookup hasFont;
-  /// The height that the stack of views needs at that width.
+  /// The height that the stack of views needs at that width. May destroy the panel or the engine.
   std::function<double(double width)> fittingHeight;
   /// Where the label's text, not the label, lies in the summary row.
   std::function<Rect(const StatusText& label)> summaryTextFrame;
   /// The scroll views that the panel lies in, from the inside out.
   std::function<std::vector<std::shared_ptr<ScrollView>>()> ancestorScrollViews;
-  /// Something visible has changed. Must not destroy the panel.
+  /// Something visible has changed. May destroy the panel or the engine.
   std::function<void()> changed;
 };
 
@@ -61,13 +67,14 @@ class HalvoraStatusViewController : private ApplicationObserver {
  public:
   static constexpr Duration kStatusInterval = milliseconds(500);
 
-  /// Engine and platform must outlive the panel.
+  /// The platform must outlive the panel. A panel whose engine has gone stands still.
   HalvoraStatusViewController(HalvoraViewController& engine, const Platform& platform,
                               StatusPanelFace face = {});
   ~HalvoraStatusViewController() override;
   HalvoraStatusViewController(const HalvoraStatusViewController&) = delete;
   HalvoraStatusViewController& operator=(const HalvoraStatusViewController&) = delete;
 
+  /// Not to be asked for once it has gone.
   HalvoraViewController& halvoraViewController() { return engine_; }
   /// At any time; they take effect at once.
   void setFields(StatusPanelFields fields);
@@ -153,6 +160,10 @@ class HalvoraStatusViewController : private ApplicationObserver {
   void presentSeatSelector(std::int64_t venueId);
   void seatSelected(const SeatNames& names, SeatPoint seat);
 
+  void precomputeSeatLUTs(std::int64_t venueId, SeatPoint seat);
+  void forgetAbandonedPrecompute();
+  void finishSeatLUTs(std::int64_t venueId);
+  void precomputeEnded(std::int64_t venueId, SeatPoint seat, int done, int total);
   SeatNames storedSeatNames(std::int64_t venueId) const;
   void refreshDot();
   void updateSeatLUTStatusDotForHasSelection(bool hasSelection);
@@ -162,6 +173,7 @@ class HalvoraStatusViewController : private ApplicationObserver {
   Rect besideSummaryText(double size) const;
 
   HalvoraViewController& engine_;
+  const Witness engineLife_;
   Platform platform_;
   StatusPanelFace face_;
   StatusPanelFields fields_;
@@ -186,6 +198,10 @@ class HalvoraStatusViewController : private ApplicationObserver {
   int seatLUTLastDone_ = -1;
   /// Counts the precomputes, so that what comes late of an abandoned one is told apart.
   std::uint64_t precompute_ = 0;
+  /// The engine's number of the precompute in progress.
+  std::uint64_t generation_ = 0;
+  /// Whose tables were gone through last; what is not ready then is not tried again by itself.
+  std::optional<std::pair<std::int64_t, SeatPoint>> finished_;
   /// The venue whose map the user has asked for after it had been found missing; 0 for none.
   std::int64_t missingMapVenueId_ = 0;
 
@@ -193,6 +209,7 @@ class HalvoraStatusViewController : private ApplicationObserver {
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   SeatMapAvailability seatMap_;
   Timer timer_;
+  Witnessed life_;
 };
 
 }  // namespace halvora

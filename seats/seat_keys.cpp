@@ -3,13 +3,12 @@
 
 #include <algorithm>
 
+#include "seats/digits.h"
 #include "seats/seat_texts.h"
 
 namespace halvora {
 
 namespace {
-
-constexpr bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
 /// Takes a run of digits off the text; the answer is without leading zeros.
 std::string_view takeDigits(std::string_view& text) {

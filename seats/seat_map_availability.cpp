@@ -120,7 +120,9 @@ void SeatMapAvailability::loadEnded(const Job& job) {
   loaded_ = job.result;
   seatMapLoadingVenueId_ = 0;
   justLoadedVenueId_ = job.venueId;
-  loadedCallback_();
+  // By a copy: it may destroy this.
+  const auto loaded = loadedCallback_;
+  loaded();
   if (!job.weak.expired()) justLoadedVenueId_ = 0;
 }
 

@@ -26,7 +26,7 @@ struct LoadedSeatMap {
 
 class SeatMapAvailability {
  public:
-  /// `loaded` is called whenever a load ends that is still wanted.
+  /// `loaded` is called whenever a load ends that is still wanted; it may destroy this.
   SeatMapAvailability(const Platform& platform, std::function<void()> loaded);
   ~SeatMapAvailability();
   SeatMapAvailability(const SeatMapAvailability&) = delete;

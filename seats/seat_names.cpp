@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <optional>
 
+#include "seats/digits.h"
+
 namespace halvora {
 
 namespace {
@@ -43,8 +45,6 @@ class WordFinder {
   static constexpr std::string_view kWord = "STANDING";
   std::size_t at_ = 0;
 };
-
-bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
 // One place in a format, from its percent sign on.
 struct Place {

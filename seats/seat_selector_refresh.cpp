@@ -14,7 +14,7 @@ namespace {
 using namespace seat_selector;
 
 constexpr Colour kStageRed{0.82F, 0.12F, 0.12F, 1};
-constexpr Colour kDotGreen{0.196F, 0.843F, 0.294F, 1};
+constexpr Colour kPlanDotGreen{0.196F, 0.843F, 0.294F, 1};
 constexpr Colour kPaleWhite = withAlpha(kWhite, 0.75F);
 constexpr double kCornerRadius = 8;
 constexpr double kPickerFontSize = 31;
@@ -79,7 +79,7 @@ void HalvoraSeatSelectorViewController::styleStandingViews() {
   stage.border = {1, withAlpha(kWhite, kStageBorderAlpha)};
 
   StandingDotView& dot = views_.standingDotView;
-  dot.background = inputs_.buttonBackgroundColor.value_or(kDotGreen);
+  dot.background = inputs_.buttonBackgroundColor.value_or(kPlanDotGreen);
   dot.border = {kDotBorder, textColour};
 }
 

@@ -107,11 +107,22 @@ void SeatStorage::setSeatDefaults(const SeatNames& names, SeatPoint seat) {
   finish();
 }
 
-bool SeatStorage::persistedSeatLUTReadyForVenueId(std::int64_t venueId) const {
+std::optional<bool> SeatStorage::storedSeatLUTReady(std::int64_t venueId) const {
   const DefaultsValue* value = findForVenue(seatLUTReadyStorageKey, venueId);
   // Any number but 0 is a yes, one half too.
-  const auto* real = value != nullptr ? std::get_if<double>(&value->storage) : nullptr;
-  return real != nullptr ? *real != 0 : numberOf(value).value_or(0) != 0;
+  if (const auto* real = value != nullptr ? std::get_if<double>(&value->storage) : nullptr) {
+    return *real != 0;
+  }
+  const auto number = numberOf(value);
+  return number ? std::optional(*number != 0) : std::nullopt;
+}
+
+bool SeatStorage::persistedSeatLUTReadyForVenueId(std::int64_t venueId) const {
+  return storedSeatLUTReady(venueId).value_or(false);
+}
+
+bool SeatStorage::isSeatLUTUnfinishedForVenueId(std::int64_t venueId) const {
+  return !storedSeatLUTReady(venueId).value_or(true);
 }
 
 void SeatStorage::setPersistedSeatLUTReady(bool ready, std::int64_t venueId) {

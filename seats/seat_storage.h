@@ -71,12 +71,16 @@ class SeatStorage {
   void setSeatDefaults(const SeatNames& names, SeatPoint seat);
 
   bool persistedSeatLUTReadyForVenueId(std::int64_t venueId) const;
+  /// Whether it has been stored that they are not ready, as it is when their building begins.
+  bool isSeatLUTUnfinishedForVenueId(std::int64_t venueId) const;
   void setPersistedSeatLUTReady(bool ready, std::int64_t venueId);
 
   StoredMapVersions mapVersionsForVenueId(std::int64_t venueId) const;
   void setMapVersions(const MapVersionInfo& versions, std::int64_t venueId);
 
  private:
+  /// None where no number is stored.
+  std::optional<bool> storedSeatLUTReady(std::int64_t venueId) const;
   const DefaultsValue* findForVenue(std::string_view key, std::int64_t venueId) const;
   void setForVenue(std::string_view key, std::int64_t venueId, DefaultsValue value);
   void setText(std::string_view key, std::string text);

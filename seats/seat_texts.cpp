@@ -2,10 +2,6 @@
 #include "seats/seat_texts.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <iterator>
 
 namespace halvora {
@@ -67,35 +63,6 @@ std::string_view trimmedOfBlanks(std::string_view text) {
   while (trimOnce(true)) {
   }
   return text;
-}
-
-std::string plainDecimal(double value) {
-  if (value == 0) return "0";
-  // The fewest digits that read back as the same number; whatever the locale's decimal point is, it
-  // is neither a digit nor the exponent's letter.
-  constexpr int kMostDecimals = 16;
-  std::array<char, 40> text{};
-  for (int decimals = 0; decimals <= kMostDecimals; ++decimals) {
-    std::snprintf(text.data(), text.size(), "%.*e", decimals, std::fabs(value));
-    if (std::strtod(text.data(), nullptr) == std::fabs(value)) break;
-  }
-  const std::string_view scientific = text.data();
-  const std::size_t letter = scientific.find('e');
-  std::string digits;
-  for (const char character : scientific.substr(0, letter)) {
-    if (character >= '0' && character <= '9') digits += character;
-  }
-  // How many digits stand before the decimal point; none or less, and zeros follow it.
-  const auto whole = static_cast<int>(integerValue(scientific.substr(letter + 1))) + 1;
-  const auto count = static_cast<int>(digits.size());
-  if (whole <= 0) {
-    digits.insert(0, "0." + std::string(static_cast<std::size_t>(-whole), '0'));
-  } else if (whole >= count) {
-    digits.append(static_cast<std::size_t>(whole - count), '0');
-  } else {
-    digits.insert(static_cast<std::size_t>(whole), ".");
-  }
-  return value < 0 ? "-" + digits : digits;
 }
 
 std::string_view nameOf(const JsonScalar& value, std::string& storage) {

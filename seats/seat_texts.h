@@ -44,9 +44,6 @@ inline std::string_view trimmed(std::string_view text) {
 /// The integer that a text begins with, white space as above skipped.
 inline std::int64_t leadingInteger(std::string_view text) { return integerValue(trimmed(text)); }
 
-/// The shortest decimal without an exponent that reads back as the same finite number.
-std::string plainDecimal(double value);
-
 /// A text trimmed, or a number as plain decimal; empty for what gives no name. A number needs
 /// `storage`, which must outlive the answer.
 std::string_view nameOf(const JsonScalar& value, std::string& storage);

@@ -2,6 +2,7 @@
 // The panel's seat: its map, the wizard, what is stored of it, and the tables that are built for
 // it.
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "platform/bundle.h"
@@ -46,6 +47,7 @@ void HalvoraStatusViewController::refreshSeatMapAvailability() {
 void HalvoraStatusViewController::seatMapLoaded() {
   const Update update(*this);
   updateStatus();
+  if (update.isPanelGone()) return;
   const bool isAskedFor = std::exchange(missingMapVenueId_, 0) == seatMap_.seatMapVenueId();
   if (isAskedFor && seatMap_.seatMapSections()->isEmpty() && !isPresenting()) {
     presentSeatMapMissingAlert();
@@ -122,7 +124,7 @@ void HalvoraStatusViewController::seatSelected(const SeatNames& names, SeatPoint
 void HalvoraStatusViewController::applyMapVersionPolicyForVenueId(std::int64_t venueId) {
   const Update update(*this);
   const std::optional<MapVersionInfo> versions = seatMap_.mapVersionInfoForVenueId(venueId);
-  if (!versions) return;
+  if (!versions || engineLife_.isGone()) return;
   const StoredMapVersions stored = storage_.mapVersionsForVenueId(venueId);
   const bool isSeatMapNew = stored.seatVersion && *stored.seatVersion != versions->seatVersion;
   const bool areAssetsNew =
@@ -144,11 +146,23 @@ void HalvoraStatusViewController::applyMapVersionPolicyForVenueId(std::int64_t v
 void HalvoraStatusViewController::startSeatLUTPrecomputeForVenueId(std::int64_t venueId,
                                                                    SeatPoint seat) {
   if (seat.x < 0 || seat.y < 0 || venueId < 1 || seatLUTPrecomputeInProgress_) return;
+  if (engineLife_.isGone()) return;
   const Update update(*this);
-  storage_.setPersistedSeatLUTReady(false, venueId);
-  showSeatLUTPrecomputeProgressWithDone(0, 1, "");
-  updateStatus();
+  finished_.reset();
+  generation_ = engine_.pixelMapPrecomputeGeneration();
+  try {
+    storage_.setPersistedSeatLUTReady(false, venueId);
+    showSeatLUTPrecomputeProgressWithDone(0, 1, "");
+    updateStatus();
+    if (update.isPanelGone() || engineLife_.isGone()) return;
+    precomputeSeatLUTs(venueId, seat);
+  } catch (const std::bad_alloc&) {
+    // A later refresh begins again.
+    if (!update.isPanelGone()) hideSeatLUTPrecomputeProgress();
+  }
+}
 
+void HalvoraStatusViewController::precomputeSeatLUTs(std::int64_t venueId, SeatPoint seat) {
   const std::weak_ptr<bool> weak = alive_;
   const std::uint64_t number = ++precompute_;
   const auto isWanted = [this, weak, number] { return !weak.expired() && precompute_ == number; };
@@ -160,13 +174,39 @@ void HalvoraStatusViewController::startSeatLUTPrecomputeForVenueId(std::int64_t 
         showSeatLUTPrecomputeProgressWithDone(done, std::max(total, 1), mapId);
         updateStatus();
       },
-      [this, isWanted, venueId](int done, int total) {
-        if (!isWanted()) return;
-        const Update reported(*this);
-        storage_.setPersistedSeatLUTReady(total > 0 && done >= total, venueId);
-        completeSeatLUTPrecomputeWithDone(done, std::max(total, 0));
-        updateStatus();
+      [this, isWanted, venueId, seat](int done, int total) {
+        if (isWanted()) precomputeEnded(venueId, seat, done, total);
       });
+  generation_ = engine_.pixelMapPrecomputeGeneration();
+}
+
+// The flag is that of the seat that is chosen now, and the user may have chosen another one while
+// these tables were built: its own come next.
+void HalvoraStatusViewController::precomputeEnded(std::int64_t venueId, SeatPoint seat, int done,
+                                                  int total) {
+  const Update update(*this);
+  const auto chosen = storage_.hasValidSeatSelectionForVenueId(venueId);
+  if (chosen && *chosen != seat) done = -1;
+  finished_ = {venueId, seat};
+  storage_.setPersistedSeatLUTReady(total > 0 && done >= total, venueId);
+  completeSeatLUTPrecomputeWithDone(done, std::max(total, 0));
+  updateStatus();
+}
+
+// Another panel's precompute, or the host's own, ends the one before it without a word.
+void HalvoraStatusViewController::forgetAbandonedPrecompute() {
+  if (!seatLUTPrecomputeInProgress_) return;
+  if (engine_.pixelMapPrecomputeGeneration() != generation_) hideSeatLUTPrecomputeProgress();
+}
+
+// Their building has begun and nobody goes on with it: the process died, another precompute has
+// ended it, or another seat was chosen meanwhile. Tables that are there are only looked at.
+void HalvoraStatusViewController::finishSeatLUTs(std::int64_t venueId) {
+  if (seatLUTPrecomputeInProgress_ || engine_.isPrecomputingPixelMapLUTs()) return;
+  if (!seatMap_.isLoaded(venueId) || !storage_.isSeatLUTUnfinishedForVenueId(venueId)) return;
+  const auto seat = storage_.hasValidSeatSelectionForVenueId(venueId);
+  if (!seat || finished_ == std::pair(venueId, *seat)) return;
+  startSeatLUTPrecomputeForVenueId(venueId, *seat);
 }
 
 SeatNames HalvoraStatusViewController::storedSeatNames(std::int64_t venueId) const {

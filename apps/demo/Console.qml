@@ -35,13 +35,13 @@ Window {
         objectName: "room"
         anchors.fill: parent
         focus: true
-        Keys.onEscapePressed: {
-            if (!window.desk.venue.goBack())
+        Keys.onEscapePressed: event => {
+            if (!event.isAutoRepeat && !window.desk.venue.goBack())
                 window.close();
         }
         Keys.onPressed: event => {
             event.accepted = event.key === Qt.Key_F;
-            if (event.accepted)
+            if (event.accepted && !event.isAutoRepeat)
                 window.visibility = window.isBare ? Window.Windowed : Window.FullScreen;
         }
 

@@ -20,8 +20,14 @@ T.Button {
     Accessible.name: spokenName
     Accessible.checkable: true
     Accessible.checked: isLit
-    Keys.onReturnPressed: button.clicked()
-    Keys.onEnterPressed: button.clicked()
+    // A key that is held acts once, and not on whatever it has brought.
+    Keys.onPressed: event => {
+        const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
+        event.accepted = isReturn || (event.isAutoRepeat && event.key === Qt.Key_Space);
+        if (isReturn && !event.isAutoRepeat)
+            button.clicked();
+    }
+    Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
 
     contentItem: DeskText {
         objectName: "buttonText"

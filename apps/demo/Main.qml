@@ -24,10 +24,12 @@ Window {
 
     Shortcut {
         sequence: "F"
+        autoRepeat: false
         onActivated: window.visibility = window.isBare ? Window.Windowed : Window.FullScreen
     }
     Shortcut {
         sequence: "Esc"
+        autoRepeat: false
         onActivated: window.close()
     }
 

@@ -9,6 +9,7 @@ Item {
     id: phone
 
     required property bool isBare
+    property alias offersSettingsWhenOff: status.offersSettingsWhenOff
     readonly property alias panel: status.panel
     // The corners of the screen lie under the frame as long as the frame's inner radius is not more
     // than 2.4 times its width.

@@ -22,10 +22,13 @@ Window {
         objectName: "room"
         anchors.fill: parent
         focus: true
-        Keys.onEscapePressed: window.close()
+        Keys.onEscapePressed: event => {
+            if (!event.isAutoRepeat)
+                window.close();
+        }
         Keys.onPressed: event => {
             event.accepted = event.key === Qt.Key_F;
-            if (event.accepted)
+            if (event.accepted && !event.isAutoRepeat)
                 window.visibility = window.isFull ? Window.Windowed : Window.FullScreen;
         }
 
@@ -33,6 +36,7 @@ Window {
             objectName: "phone"
             anchors.fill: parent
             isBare: true
+            offersSettingsWhenOff: true
         }
         // Readable on any light.
         Rectangle {

@@ -27,7 +27,7 @@ std::string noneOr(const char* what, std::uint16_t number) {
 using Meaning = std::string (*)(const Broadcast& packet);
 
 struct MeaningRow {
-  std::uint16_t Broadcast::*value;
+  BroadcastValue value;
   Meaning meaning;
 };
 

@@ -8,7 +8,7 @@
 #include "platform/ffmpeg/ffmpeg_videos.h"
 #include "platform/image/picture_decoder.h"
 #include "platform/json/rapid_json_reader.h"
-#include "platform/standard/standard_files.h"
+#include "platform/linux/linux_files.h"
 #include "platform/standard/thread_workers.h"
 
 namespace halvora {
@@ -17,7 +17,7 @@ struct DemoLibraries {
   RapidJsonReader json = {};
   PictureDecoder images = {};
   FfmpegVideoAssets videos = {};
-  StandardFiles files = {};
+  LinuxFiles files = {};
   ThreadWorkers workers = ThreadWorkers();
   /// Where seat tables are kept from one start to the next; empty for nowhere.
   std::string documents = {};

@@ -183,7 +183,7 @@ int showSystem(const ShowFiles& files, const DemoOptions& options) {
   if (!options.contactSheet.empty()) {
     return fail({"--radio system: no display to open the phone on (see --screenshot)", 1});
   }
-  SystemPhone phone(files.assets);
+  SystemPhone phone(files.assets, {.adapter = options.adapter});
   QQmlApplicationEngine qml;
   phone.install(qml);
   QQuickWindow* window = openWindow(qml, "SystemWindow.qml", "system", phone);

@@ -33,6 +33,9 @@ std::variant<DemoOptions, DemoRefusal> parseOptions(int argumentCount, char** ar
                  "what the phone hears: process, the console's packets (default), or system, what "
                  "is in the air; the phone is this machine then")
       ->check(CLI::IsMember({"process", "system"}));
+  app.add_option(
+      "--adapter", options.adapter,
+      "with --radio system: the adapter to listen on, as hci1 (default: whichever works)");
   app.add_option("--assets", options.assets,
                  "folder that holds HVAssets (default: the assets/demo found from here upwards)");
   CLI::Option* sheet = app.add_option("--contact-sheet", options.contactSheet,
@@ -68,6 +71,9 @@ std::variant<DemoOptions, DemoRefusal> parseOptions(int argumentCount, char** ar
     return DemoRefusal{firstLine(error.what()) + " (see --help)"};
   }
   options.isOnSystemRadio = radio == "system";
+  if (!options.adapter.empty() && !options.isOnSystemRadio) {
+    return DemoRefusal{"--adapter: only for --radio system (see --help)"};
+  }
 #ifdef HALVORA_HAS_BLUETOOTH
   if (options.isOnSystemRadio &&
       !(options.scenario + options.contactSheet + options.frames).empty()) {

@@ -22,6 +22,8 @@ struct DemoOptions {
   std::optional<Duration> quitAfter;
   /// No console: the phone is this machine, and hears what is really in the air.
   bool isOnSystemRadio = false;
+  /// The adapter of that radio, such as "hci1"; empty for whichever works.
+  std::string adapter;
   /// The console opens the venue, with about so many phones; 0 for one a seat.
   std::optional<std::size_t> venue;
   /// The pixel map that the console begins with; 0 for none.

@@ -20,7 +20,6 @@ namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
 constexpr Duration kAfterReplay = milliseconds(500);
 /// What tells an engine where its phone is.
 constexpr const char* kSeatKeys[] = {"selectedSection", "selectedRow", "selectedSeat", "xPos",
@@ -37,7 +36,7 @@ template <class Act>
 void forEachPart(Act act) {
   act(Part{"company prefix", 0, 2}, nullptr);
   for (const BroadcastField& field : kBroadcastFields) {
-    act(Part{field.name, field.offset, field.bytes}, &field);
+    act(Part{field.name, field.offset, field.value.bytes()}, &field);
   }
 }
 
@@ -268,7 +267,7 @@ QStringList ShowConsole::packetBytes() const {
 QStringList ShowConsole::packetValues() const {
   QStringList values;
   forEachPart([this, &values](const Part&, const BroadcastField* field) {
-    values.append(field != nullptr ? QString::number(packet_.*(field->value)) : QString());
+    values.append(field != nullptr ? QString::number(field->value.of(packet_)) : QString());
   });
   return values;
 }

@@ -46,7 +46,7 @@ bool ShowDesk::set(std::string_view field, int value) {
       kBroadcastFields, [field](const BroadcastField& known) { return known.name == field; });
   if (found == kBroadcastFields.end() || isNumberedHere(*found)) return false;
   if (isCue(*found)) holdFrame();
-  look_.*(found->value) = static_cast<std::uint16_t>(std::clamp(value, 0, int{found->largest()}));
+  found->value.set(look_, std::clamp(value, 0, int{found->value.largest()}));
   return true;
 }
 
@@ -60,8 +60,8 @@ void ShowDesk::setSender(int transmitter) { sender_ = std::clamp(transmitter, 0,
 void ShowDesk::setLoss(int percent) { loss_ = std::clamp(percent, 0, 100); }
 
 void ShowDesk::setFrame(int frame) {
-  look_.minutes = static_cast<std::uint16_t>(frame & 0xFF);
-  look_.seconds = static_cast<std::uint16_t>(frame >> 8);
+  look_.minutes = static_cast<std::uint8_t>(frame & 0xFF);
+  look_.seconds = static_cast<std::uint8_t>(frame >> 8);
 }
 
 void ShowDesk::showFrame(int frame) {
@@ -86,7 +86,7 @@ std::vector<BroadcastBytes> ShowDesk::send(Duration now) {
   const int first = sender_ == 0 ? 1 : sender_;
   const int last = sender_ == 0 ? transmitters_ : sender_;
   for (int transmitter = first; transmitter <= last; ++transmitter) {
-    look_.transmitter = static_cast<std::uint16_t>(transmitter);
+    look_.transmitter = static_cast<std::uint8_t>(transmitter);
     packets.push_back(encodeBroadcast(look_));
   }
   sent_ = look_;

@@ -12,7 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
 constexpr Duration kAfterLastAction = milliseconds(2000);
 
 fs::path assetsAbove(fs::path folder) {

@@ -21,7 +21,8 @@ class SystemPhone : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("The program makes the phone")
-  /// Whether the system scans, whether a show is heard, and when the last packet of one was.
+  /// Whether the system scans and on which adapter, whether a show is heard, and when the last
+  /// packet of one was.
   Q_PROPERTY(QString radio READ radio NOTIFY radioChanged)
 
  public:
@@ -40,11 +41,14 @@ class SystemPhone : public QObject {
  private:
   static QtPlatform& with(QtPlatform& platform, QtLinuxServices& services);
   void look();
+  QString missing(const BluetoothDiagnostics& found) const;
 
+  const std::string adapter_;
   QtPlatform platform_;
   QtLinuxServices services_;
   HalvoraViewController engine_;
   QString radio_;
+  bool hasComplained_ = false;
   Timer looks_;
 };
 

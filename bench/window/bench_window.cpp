@@ -171,9 +171,9 @@ Broadcast steadyLook(std::uint64_t number) {
   look.transmitter = 1;
   look.master = 255;
   look.mode = 1;
-  look.red = static_cast<std::uint16_t>(number * 89 % 251);
-  look.green = static_cast<std::uint16_t>(number * 53 % 241);
-  look.blue = static_cast<std::uint16_t>(40 + number * 31 % 211);
+  look.red = static_cast<std::uint8_t>(number * 89 % 251);
+  look.green = static_cast<std::uint8_t>(number * 53 % 241);
+  look.blue = static_cast<std::uint8_t>(40 + number * 31 % 211);
   return look;
 }
 

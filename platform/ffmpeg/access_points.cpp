@@ -96,13 +96,6 @@ std::size_t AccessPoints::atOrBefore(std::size_t sample) const {
   return sample;
 }
 
-std::size_t AccessPoints::after(std::size_t sample) const {
-  const std::size_t count = demuxer_.sampleCount();
-  do ++sample;
-  while (sample < count && !serves(sample, Purpose::entry));
-  return sample;
-}
-
 std::vector<std::size_t> AccessPoints::cuts(int parts) const {
   const std::size_t count = demuxer_.sampleCount();
   std::vector<std::uint64_t> bytesBefore(count + 1);

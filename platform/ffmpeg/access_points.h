@@ -17,8 +17,6 @@ class AccessPoints {
 
   /// The last one at or before that sample. From the first sample on everything can be decoded.
   std::size_t atOrBefore(std::size_t sample) const;
-  /// The one behind that sample, or the number of samples.
-  std::size_t after(std::size_t sample) const;
   /// Samples, ascending, that cut the track into `parts` parts of about equally many bytes, each of
   /// which can be decoded for itself and is presented before the next; none where there are no
   /// such.

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/image/picture_decoder.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include <png.h>
@@ -15,6 +18,7 @@ namespace halvora {
 namespace {
 
 constexpr std::size_t kBytesPerPixel = 4;
+constexpr std::string_view kPngMark = "\x89PNG\r\n\x1A\n";
 
 bool isAllowed(std::uint64_t width, std::uint64_t height) {
   return width > 0 && height > 0 && width <= ImageDecoder::kMostPixels / height;
@@ -82,7 +86,45 @@ std::optional<ImageRow> decodeJpegRow(std::string_view bytes, std::int64_t row) 
   return found;
 }
 
-std::optional<Image> decodePng(std::string_view bytes) {
+std::uint32_t numberAt(std::string_view bytes, std::size_t at) {
+  std::uint32_t number = 0;
+  for (const char byte : bytes.substr(at, 4))
+    number = number << 8 | static_cast<std::uint8_t>(byte);
+  return number;
+}
+
+/// A PNG without the chunks that no pixel depends on. The library would read them before it has
+/// seen a pixel, and unpack the compressed texts among them, each to a thousand times its size.
+std::string_view withoutRemarks(std::string_view png, std::string& storage) {
+  constexpr std::string_view kWanted[] = {"tRNS", "bKGD", "gAMA", "cHRM", "sRGB", "iCCP", "sBIT"};
+  constexpr std::size_t kAround = 12;  // length, name and checksum
+  constexpr char kSmallLetter = 0x20;
+  bool isChanged = false;
+  bool hasProfile = false;
+  std::size_t kept = 0;
+  for (std::size_t at = kPngMark.size(); png.size() - at >= kAround;) {
+    const std::size_t size = kAround + numberAt(png, at);
+    if (png.size() - at < size) break;
+    const std::string_view name = png.substr(at + 4, 4);
+    const bool isNeeded =
+        (name[0] & kSmallLetter) == 0 ||
+        std::find(std::begin(kWanted), std::end(kWanted), name) != std::end(kWanted);
+    // A second profile counts for nothing, and is compressed too.
+    const bool isKept = isNeeded && !(name == "iCCP" && std::exchange(hasProfile, true));
+    if (!isKept) {
+      storage += png.substr(kept, at - kept);
+      kept = at + size;
+      isChanged = true;
+    }
+    at += size;
+  }
+  if (!isChanged) return png;
+  return storage += png.substr(kept);
+}
+
+std::optional<Image> decodePng(std::string_view whole) {
+  std::string storage;
+  const std::string_view bytes = withoutRemarks(whole, storage);
   png_image png;
   std::memset(&png, 0, sizeof png);
   png.version = PNG_IMAGE_VERSION;
@@ -103,7 +145,7 @@ std::optional<Image> decodePng(std::string_view bytes) {
 
 std::optional<Image> PictureDecoder::decode(std::string_view bytes) const {
   if (isJpeg(bytes)) return decodeJpeg(bytes);
-  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return decodePng(bytes);
+  if (bytes.starts_with(kPngMark)) return decodePng(bytes);
   return std::nullopt;
 }
 

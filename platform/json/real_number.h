@@ -7,7 +7,8 @@
 
 namespace halvora {
 
-/// `written` is a number by the grammar of JSON; one beyond the range of a double is infinite.
+/// `written` is a number by the grammar of JSON, or without digits on one side of its point; one
+/// beyond the range of a double is infinite.
 double realNumber(std::string_view written);
 
 }  // namespace halvora

@@ -17,6 +17,7 @@ Item {
     property alias actionButtonTitleFontSize: panel.actionButtonTitleFontSize
     property alias actionButtonHeight: panel.actionButtonHeight
     property alias defaultVenueId: panel.defaultVenueId
+    property alias offersSettingsWhenOff: panel.offersSettingsWhenOff
 
     // For the user rather than for the host: all texts are so many times their size, and nothing
     // slides or turns by itself.

@@ -31,6 +31,9 @@ T.TextField {
     placeholderText: look.filterHint
     Accessible.name: look.filterHint
     Accessible.description: look.filterMatches
+    // A line is accepted once, however long the key is held.
+    Keys.onReturnPressed: event => event.accepted = event.isAutoRepeat
+    Keys.onEnterPressed: event => event.accepted = event.isAutoRepeat
     Keys.onEscapePressed: event => {
         event.accepted = text !== "";
         clear();

@@ -124,15 +124,17 @@ FocusScope {
             };
             event.accepted = true;
             isKeyed = true;
-            if (event.key in turns)
+            if (event.key in turns) {
                 picker.turnBy(turns[event.key]);
-            else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
-                picker.wizard.next();
-            else if (event.text.trim() !== "" && event.text >= " " && event.text !== "\x7f"
-                     && !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier)))
+            } else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
+                if (!event.isAutoRepeat)
+                    picker.wizard.next();
+            } else if (event.text.trim() !== "" && event.text >= " " && event.text !== "\x7f"
+                     && !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))) {
                 filterLine.type(event.text);
-            else
+            } else {
                 event.accepted = false;
+            }
         }
 
         T.Tumbler {

@@ -67,10 +67,10 @@ FocusScope {
             isKeyed = true;
             if (event.key in ways)
                 plan.wizard.stepOnPlan(...ways[event.key], Boolean(event.modifiers & Qt.ShiftModifier));
-            else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
-                plan.wizard.next();
-            else
+            else if (event.key !== Qt.Key_Return && event.key !== Qt.Key_Enter)
                 event.accepted = false;
+            else if (!event.isAutoRepeat)
+                plan.wizard.next();
         }
 
         Rectangle {

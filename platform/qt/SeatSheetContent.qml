@@ -34,10 +34,15 @@ FocusScope {
     LayoutMirroring.childrenInherit: true
     Accessible.role: Accessible.Dialog
     Accessible.name: content.look.titleLabel.text
-    Keys.onEscapePressed: content.wizard.close()
+    Keys.onEscapePressed: event => {
+        if (!event.isAutoRepeat)
+            content.wizard.close();
+    }
+    Keys.onBackPressed: event => {
+        if (!event.isAutoRepeat)
+            content.look.backButton.shown ? content.wizard.back() : content.wizard.close();
+    }
     onAtKeysChanged: scroller.reveal(atKeys)
-    Keys.onBackPressed: content.look.backButton.shown ? content.wizard.back()
-                                                      : content.wizard.close()
 
     Flickable {
         id: scroller

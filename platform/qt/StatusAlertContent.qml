@@ -11,6 +11,12 @@ FocusScope {
 
     signal dismissed()
 
+    // A key that is held, and may have brought the alert, does not take it away.
+    function act(isHeld: bool): void {
+        if (!isHeld)
+            content.dismissed();
+    }
+
     objectName: "alertContent"
     focus: true
     implicitHeight: words.height + 2 * 20 + button.implicitHeight + 1
@@ -19,8 +25,8 @@ FocusScope {
     Accessible.role: Accessible.AlertMessage
     Accessible.name: content.look.title.text
     Accessible.description: content.look.message.text
-    Keys.onEscapePressed: content.dismissed()
-    Keys.onBackPressed: content.dismissed()
+    Keys.onEscapePressed: event => act(event.isAutoRepeat)
+    Keys.onBackPressed: event => act(event.isAutoRepeat)
 
     Flickable {
         objectName: "alertScroller"

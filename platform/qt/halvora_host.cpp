@@ -37,6 +37,7 @@ void HalvoraHost::install(QQmlEngine& engine, const Platform& platform,
 
 HalvoraHost::~HalvoraHost() {
   if (!items_.empty()) items_.back()->setShown(false);
+  for (HalvoraViewItem* item : items_) item->forgetHost();
 }
 
 void HalvoraHost::enter(HalvoraViewItem& item) {

@@ -28,6 +28,8 @@ QtClipPicture* pictureOf(VideoPlayer& player) { return dynamic_cast<QtClipPictur
 }  // namespace
 
 HalvoraViewItem::~HalvoraViewItem() {
+  // Nobody is to hear of what is half gone.
+  blockSignals(true);
   if (host_) host_->leave(*this);
 }
 
@@ -40,22 +42,43 @@ void HalvoraViewItem::classBegin() {
   host_->enter(*this);
 }
 
+HalvoraViewController* HalvoraViewItem::controller() const {
+  return host_ && host_->hasController() ? &host_->controller() : nullptr;
+}
+
 // A show that starts or stops is told in a later turn; the item may be gone by then.
 HalvoraView HalvoraViewItem::view() {
   const QPointer<HalvoraViewItem> self(this);
-  return HalvoraView(
+  HalvoraView view(
       EmbeddedEngine(host_->platform(), host_->controller()),
       [self] {
-        if (self) emit self->lightShowStarted();
+        if (self) self->tellShow(&HalvoraViewItem::lightShowStarted);
       },
       [self] {
-        if (self) emit self->lightShowStopped();
+        if (self) self->tellShow(&HalvoraViewItem::lightShowStopped);
       },
       textsOf(allowedTransmitterIds_));
+  view.usageReports = usageReports_;
+  return view;
+}
+
+// The bar first: whoever hears of the show may have destroyed the item, and the other way round.
+void HalvoraViewItem::tellShow(void (HalvoraViewItem::*signal)()) {
+  const QPointer<HalvoraViewItem> self(this);
+  lookAtStatusBar();
+  if (self) emit(this->*signal)();
+}
+
+// The engine changes it where it tells of a show's start or stop, and nowhere else.
+void HalvoraViewItem::lookAtStatusBar() {
+  const HalvoraViewController* engine = coordinator_ ? controller() : nullptr;
+  const bool isHidden = engine != nullptr && engine->prefersStatusBarHidden();
+  if (std::exchange(isStatusBarHidden_, isHidden) != isHidden) emit statusBarHiddenChanged();
 }
 
 void HalvoraViewItem::setShown(bool shown) {
   if (shown) {
+    if (controller() == nullptr) return;
     coordinator_ = view().makeCoordinator();
     HalvoraViewController& engine = view().makeController(*coordinator_);
     engine.halvoraView = this;
@@ -63,56 +86,76 @@ void HalvoraViewItem::setShown(bool shown) {
     const VideoPlayers& players = host_->platform().videoPlayers;
     setClips(pictureOf(players.a), pictureOf(players.b));
     layOut();
+    lookAtStatusBar();
     return;
   }
   setViews(nullptr);
   setClips(nullptr, nullptr);
-  HalvoraViewController& engine = coordinator_->mainViewController;
-  engine.lightShowStartedCallback() = nullptr;
-  engine.lightShowStoppedCallback() = nullptr;
-  engine.halvoraView = nullptr;
-  engine.viewWillLayoutSubviews(std::nullopt);
-  coordinator_.reset();
+  const bool wasShown = std::exchange(coordinator_, nullptr) != nullptr;
+  HalvoraViewController* engine = controller();
+  if (wasShown && engine != nullptr) {
+    engine->lightShowStartedCallback() = nullptr;
+    engine->lightShowStoppedCallback() = nullptr;
+    engine->halvoraView = nullptr;
+    engine->viewWillLayoutSubviews(std::nullopt);
+  }
+  lookAtStatusBar();
 }
 
 void HalvoraViewItem::start() {
-  if (host_) view().start();
+  if (controller() != nullptr) view().start();
 }
 
 void HalvoraViewItem::initBluetoothPermission() {
-  if (host_) view().initBluetoothPermission();
+  if (controller() != nullptr) view().initBluetoothPermission();
 }
 
 void HalvoraViewItem::setAllowedTransmitterIds(const QStringList& ids) {
   if (ids == allowedTransmitterIds_) return;
   allowedTransmitterIds_ = ids;
-  if (coordinator_) view().makeController(*coordinator_);
+  if (coordinator_ && controller() != nullptr) view().makeController(*coordinator_);
   emit allowedTransmitterIdsChanged();
+}
+
+bool HalvoraViewItem::usageReports() const {
+  if (usageReports_) return *usageReports_;
+  return !host_ || host_->controller().usageReports();
+}
+
+void HalvoraViewItem::setUsageReports(bool isOn) {
+  if (usageReports_ == isOn) return;
+  const bool wasOn = usageReports();
+  usageReports_ = isOn;
+  if (coordinator_) view().makeController(*coordinator_);
+  if (isOn != wasOn) emit usageReportsChanged();
 }
 
 bool HalvoraViewItem::isPermissionGranted() {
   watch();
-  return host_ && host_->controller().isPermissionGranted();
+  const HalvoraViewController* engine = controller();
+  return engine != nullptr && engine->isPermissionGranted();
 }
 
 bool HalvoraViewItem::isInsideVenue() {
   watch();
-  return host_ && host_->controller().isInsideVenue();
+  const HalvoraViewController* engine = controller();
+  return engine != nullptr && engine->isInsideVenue();
 }
 
 // The engine tells nobody of either, and few hosts ask: it is looked at only for those that do.
 void HalvoraViewItem::watch() {
-  if (!host_ || watch_.isValid()) return;
-  wasPermissionGranted_ = host_->controller().isPermissionGranted();
-  wasInsideVenue_ = host_->controller().isInsideVenue();
+  const HalvoraViewController* engine = controller();
+  if (engine == nullptr || watch_.isValid()) return;
+  wasPermissionGranted_ = engine->isPermissionGranted();
+  wasInsideVenue_ = engine->isInsideVenue();
   RunLoop& loop = host_->platform().runLoop;
   watch_ = Timer(loop, loop.every(kWatchPause, [this] { look(); }));
 }
 
 void HalvoraViewItem::look() {
-  if (!host_) return;
-  const bool isGranted = host_->controller().isPermissionGranted();
-  const bool isInside = host_->controller().isInsideVenue();
+  const HalvoraViewController* engine = controller();
+  const bool isGranted = engine != nullptr && engine->isPermissionGranted();
+  const bool isInside = engine != nullptr && engine->isInsideVenue();
   const bool grantedChanged = std::exchange(wasPermissionGranted_, isGranted) != isGranted;
   const bool insideChanged = std::exchange(wasInsideVenue_, isInside) != isInside;
   const QPointer<HalvoraViewItem> self(this);
@@ -132,7 +175,7 @@ void HalvoraViewItem::geometryChange(const QRectF& newGeometry, const QRectF& ol
 }
 
 void HalvoraViewItem::layOut() {
-  if (!coordinator_) return;
+  if (!coordinator_ || controller() == nullptr) return;
   std::optional<Rect> bounds;
   if (window() != nullptr) bounds = Rect{0, 0, width(), height()};
   coordinator_->mainViewController.viewWillLayoutSubviews(bounds);

@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QStringList>
 #include <memory>
+#include <optional>
 
 #include <qqmlregistration.h>
 
@@ -24,8 +25,13 @@ class HalvoraViewItem : public halvora::LightSurface {
   /// The transmitter keys ("application:number") to obey; none means all.
   Q_PROPERTY(QStringList allowedTransmitterIds READ allowedTransmitterIds WRITE
                  setAllowedTransmitterIds NOTIFY allowedTransmitterIdsChanged)
+  /// Whether usage counters are sent; unless it is set, whatever the engine was made with.
+  Q_PROPERTY(bool usageReports READ usageReports WRITE setUsageReports NOTIFY usageReportsChanged)
   Q_PROPERTY(bool isPermissionGranted READ isPermissionGranted NOTIFY isPermissionGrantedChanged)
   Q_PROPERTY(bool isInsideVenue READ isInsideVenue NOTIFY isInsideVenueChanged)
+  /// Whether the show wants the whole screen, without the system's bars: a host whose window can
+  /// have it makes it full screen for as long.
+  Q_PROPERTY(bool statusBarHidden READ statusBarHidden NOTIFY statusBarHiddenChanged)
 
  public:
   explicit HalvoraViewItem(QQuickItem* parent = nullptr) : LightSurface(parent) {}
@@ -38,18 +44,24 @@ class HalvoraViewItem : public halvora::LightSurface {
 
   QStringList allowedTransmitterIds() const { return allowedTransmitterIds_; }
   void setAllowedTransmitterIds(const QStringList& ids);
+  bool usageReports() const;
+  void setUsageReports(bool isOn);
   bool isPermissionGranted();
   bool isInsideVenue();
+  bool statusBarHidden() const { return isStatusBarHidden_; }
 
-  /// For the host alone, which knows whose turn it is.
+  // For the host alone: it knows whose turn it is, and says when it goes itself.
   void setShown(bool shown);
+  void forgetHost() { watch_.invalidate(); }
 
  signals:
   void lightShowStarted();
   void lightShowStopped();
   void allowedTransmitterIdsChanged();
+  void usageReportsChanged();
   void isPermissionGrantedChanged();
   void isInsideVenueChanged();
+  void statusBarHiddenChanged();
 
  protected:
   void classBegin() override;
@@ -57,17 +69,25 @@ class HalvoraViewItem : public halvora::LightSurface {
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
 
  private:
+  /// Null for none, or none any more.
+  HalvoraViewController* controller() const;
   HalvoraView view();
   void layOut();
+  /// A show has started or stopped, whichever signal says so.
+  void tellShow(void (HalvoraViewItem::*signal)());
+  void lookAtStatusBar();
   void watch();
   void look();
 
   QPointer<HalvoraHost> host_;
   QStringList allowedTransmitterIds_;
+  /// None until it is set.
+  std::optional<bool> usageReports_;
   /// While the engine's view is here.
   std::unique_ptr<HalvoraView::Coordinator> coordinator_;
   bool wasPermissionGranted_ = false;
   bool wasInsideVenue_ = false;
+  bool isStatusBarHidden_ = false;
   Timer watch_;
 };
 

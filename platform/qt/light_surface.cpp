@@ -73,6 +73,11 @@ LightSurface::~LightSurface() {
   if (views_ != nullptr) views_->setObserver(nullptr);
 }
 
+void LightSurface::stackEnds() {
+  views_ = nullptr;
+  update();
+}
+
 void LightSurface::setViews(ViewStack* views) {
   if (views_ != nullptr) views_->setObserver(nullptr);
   views_ = views;

@@ -28,8 +28,8 @@ class LightSurface : public QQuickItem, private ViewObserver {
   explicit LightSurface(QQuickItem* parent = nullptr);
   ~LightSurface() override;
 
-  /// Shows that stack from now on and takes the place of its observer; null shows nothing. The
-  /// stack must not go before another one, or null, was handed in.
+  /// Shows that stack from now on and takes the place of its observer; null, or a stack that has
+  /// gone, shows nothing.
   void setViews(ViewStack* views);
   /// What the stack's two players of clips show; null for a player that has no picture.
   void setClips(QtClipPicture* a, QtClipPicture* b);
@@ -54,6 +54,7 @@ class LightSurface : public QQuickItem, private ViewObserver {
   void hiddenChanged(ViewId, bool) override { update(); }
   void textChanged(ViewId, const std::string&) override { update(); }
   void lightChanged(const MaybeColour&) override { update(); }
+  void stackEnds() override;
 
   class Rhythm;
 

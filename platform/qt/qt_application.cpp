@@ -3,7 +3,6 @@
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <algorithm>
 #include <utility>
 
 namespace halvora {
@@ -14,7 +13,7 @@ QtApplication::QtApplication(const QtPlatformServices& services)
                    [this](Qt::ApplicationState state) { stateChanged(state); });
   if (const QScreen* screen = QGuiApplication::primaryScreen()) {
     QObject::connect(screen, &QScreen::orientationChanged, &context_,
-                     [this] { tell(&ApplicationObserver::handleOrientationChange); });
+                     [this] { observers_.tell(&ApplicationObserver::handleOrientationChange); });
   }
 }
 
@@ -29,7 +28,7 @@ void QtApplication::setStatusBarHidden(bool hidden) {
 }
 
 void QtApplication::dismissPresentedScreens() {
-  tell(&ApplicationObserver::presentedScreensDismissed);
+  observers_.tell(&ApplicationObserver::presentedScreensDismissed);
 }
 
 void QtApplication::openSettings() {
@@ -39,16 +38,8 @@ void QtApplication::openSettings() {
 void QtApplication::stateChanged(Qt::ApplicationState state) {
   const bool isActive = state == Qt::ApplicationActive;
   if (std::exchange(isActive_, isActive) == isActive) return;
-  tell(isActive ? &ApplicationObserver::appDidBecomeActive
-                : &ApplicationObserver::appWillResignActive);
-}
-
-// Whoever is told may add and remove observers, itself too.
-void QtApplication::tell(void (ApplicationObserver::*what)()) {
-  const std::vector<ApplicationObserver*> told = observers_;
-  for (ApplicationObserver* observer : told) {
-    if (std::ranges::find(observers_, observer) != observers_.end()) (observer->*what)();
-  }
+  observers_.tell(isActive ? &ApplicationObserver::appDidBecomeActive
+                           : &ApplicationObserver::appWillResignActive);
 }
 
 }  // namespace halvora

@@ -4,10 +4,10 @@
 #pragma once
 
 #include <QObject>
-#include <vector>
 
 #include "platform/application.h"
 #include "platform/qt/qt_platform_services.h"
+#include "platform/standard/application_observers.h"
 
 namespace halvora {
 
@@ -19,8 +19,8 @@ class QtApplication final : public Application {
   QtApplication(const QtApplication&) = delete;
   QtApplication& operator=(const QtApplication&) = delete;
 
-  void addObserver(ApplicationObserver& observer) override { observers_.push_back(&observer); }
-  void removeObserver(ApplicationObserver& observer) override { std::erase(observers_, &observer); }
+  void addObserver(ApplicationObserver& observer) override { observers_.add(observer); }
+  void removeObserver(ApplicationObserver& observer) override { observers_.remove(observer); }
   void setIdleTimerDisabled(bool disabled) override;
   void setStatusBarHidden(bool hidden) override;
   void dismissPresentedScreens() override;
@@ -31,10 +31,9 @@ class QtApplication final : public Application {
 
  private:
   void stateChanged(Qt::ApplicationState state);
-  void tell(void (ApplicationObserver::*what)());
 
   const QtPlatformServices& services_;
-  std::vector<ApplicationObserver*> observers_;
+  ApplicationObservers observers_;
   bool isActive_ = false;
   bool isIdleTimerDisabled_ = false;
   bool isStatusBarHidden_ = false;

@@ -1,12 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/qt_http.h"
 
-#include <QNetworkReply>
-#include <QNetworkRequest>
+#include <QByteArray>
+#include <QSslSocket>
 #include <QString>
-#include <QUrl>
+#include <QTimer>
 
 namespace halvora {
+
+namespace {
+
+constexpr quint16 kHttpPort = 80;
+constexpr quint16 kHttpsPort = 443;
+constexpr qint64 kMostOfAReply = 4096;
+
+QByteArray requestTo(const QUrl& url) {
+  QByteArray target = url.path(QUrl::FullyEncoded).toLatin1();
+  if (target.isEmpty()) target = "/";
+  if (url.hasQuery()) target += '?' + url.query(QUrl::FullyEncoded).toLatin1();
+  const QByteArray host =
+      url.adjusted(QUrl::RemoveUserInfo).authority(QUrl::FullyEncoded).toLatin1();
+  return "GET " + target + " HTTP/1.1\r\nHost: " + host + "\r\nConnection: close\r\n\r\n";
+}
+
+}  // namespace
 
 bool QtHttp::isAllowed(const QUrl& url) const {
   if (!url.isValid() || url.host().isEmpty()) return false;
@@ -16,25 +33,42 @@ bool QtHttp::isAllowed(const QUrl& url) const {
 
 void QtHttp::get(const std::string& url) {
   const QUrl address(QString::fromStdString(url), QUrl::StrictMode);
-  if (!isAllowed(address) || underWay_ >= kMostRequests) return;
-  if (!manager_) {
-    manager_ = std::make_unique<QNetworkAccessManager>();
-    manager_->setTransferTimeout(static_cast<int>(kTimeout.count()));
+  if (!isAllowed(address) || underWay() >= kMostRequests) return;
+  auto* socket = new QSslSocket(&requests_);
+  underWay_.push_back(socket);
+  socket->setReadBufferSize(kMostOfAReply);
+  const auto send = [socket, request = requestTo(address)] { socket->write(request); };
+  // Whoever answers has counted.
+  QObject::connect(socket, &QSslSocket::readyRead, socket, [socket] {
+    socket->readAll();
+    socket->disconnectFromHost();
+  });
+  QObject::connect(socket, &QSslSocket::disconnected, &requests_,
+                   [this, socket] { finish(*socket); });
+  QObject::connect(socket, &QSslSocket::errorOccurred, &requests_,
+                   [this, socket] { finish(*socket); });
+  QTimer::singleShot(kTimeout, socket, [this, socket] { finish(*socket); });
+  const bool isEncrypted = address.scheme() == QLatin1String("https");
+  const auto port = static_cast<quint16>(address.port(isEncrypted ? kHttpsPort : kHttpPort));
+  if (isEncrypted) {
+    QObject::connect(socket, &QSslSocket::encrypted, socket, send);
+    socket->connectToHostEncrypted(address.host(QUrl::FullyEncoded), port);
+  } else {
+    QObject::connect(socket, &QSslSocket::connected, socket, send);
+    socket->connectToHost(address.host(QUrl::FullyEncoded), port);
   }
-  QNetworkRequest request(address);
-  // A counter is to count phones, not to know them again.
-  request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-  request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-  QNetworkReply* reply = manager_->get(request);
-  ++underWay_;
-  QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, read = qint64{0}]() mutable {
-    read += reply->readAll().size();
-    if (read > kLargestReply) reply->abort();
-  });
-  QObject::connect(reply, &QNetworkReply::finished, manager_.get(), [this, reply] {
-    --underWay_;
-    reply->deleteLater();
-  });
+}
+
+void QtHttp::cancelAll() {
+  while (!underWay_.empty()) finish(*underWay_.back());
+}
+
+// Comes twice where an error also ends the connection.
+void QtHttp::finish(QSslSocket& socket) {
+  if (std::erase(underWay_, &socket) == 0) return;
+  QObject::disconnect(&socket, nullptr, &requests_, nullptr);
+  socket.abort();
+  socket.deleteLater();
 }
 
 }  // namespace halvora

@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// HTTP GET on Qt's network library. Only https unless the host says otherwise; a reply is thrown
-// away as it comes in, and whatever takes too long, too much or too many at once is given up. Owned
-// by QtPlatform; main thread.
+// HTTP GET over a plain or encrypted socket: an address, a host and not a word more, because what
+// Qt's own client adds (the user's language, a browser's name) tells phones apart. Only https
+// unless the host says otherwise; nobody reads the reply, and whatever takes too long or is too
+// many at once is given up. Owned by QtPlatform; main thread.
 #pragma once
 
-#include <QNetworkAccessManager>
+#include <QObject>
+#include <QUrl>
 #include <chrono>
-#include <memory>
+#include <string>
+#include <vector>
 
 #include "platform/http.h"
 
-class QNetworkReply;
+class QSslSocket;
 
 namespace halvora {
 
@@ -18,21 +21,22 @@ class QtHttp final : public HttpClient {
  public:
   /// Further requests are dropped while so many are under way.
   static constexpr int kMostRequests = 8;
-  static constexpr qint64 kLargestReply = 64 << 10;
   static constexpr std::chrono::milliseconds kTimeout = std::chrono::seconds(60);
 
   explicit QtHttp(bool allowsPlainHttp = false) : allowsPlainHttp_(allowsPlainHttp) {}
   void get(const std::string& url) override;
+  void cancelAll() override;
 
-  int underWay() const { return underWay_; }
+  int underWay() const { return static_cast<int>(underWay_.size()); }
 
  private:
   bool isAllowed(const QUrl& url) const;
+  void finish(QSslSocket& socket);
 
   const bool allowsPlainHttp_;
-  int underWay_ = 0;
-  /// Made with the first request: many hosts never send one.
-  std::unique_ptr<QNetworkAccessManager> manager_;
+  std::vector<QSslSocket*> underWay_;
+  /// The sockets are its children.
+  QObject requests_;
 };
 
 }  // namespace halvora

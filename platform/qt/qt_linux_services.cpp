@@ -62,11 +62,11 @@ struct QtLinuxServices::Parts {
   Parts(RunLoop& loop, const QtLinuxOptions& options)
       : buses(busesOf(options)),
         daemon(loop, descriptors, buses.system),
-        central(loop, daemon),
+        central(loop, daemon, {.adapter = options.adapter}),
         haptics(loop, descriptors, buses, applicationOf()),
         torch(loop, descriptors, buses, findTorchLight(lightsOf(options))),
         idle(loop, descriptors, buses, reasonOf(options)),
-        settings(loop, descriptors, buses, daemon, openSettingsPage) {
+        settings(loop, descriptors, buses, daemon, openSettingsPage, options.adapter) {
     if (const auto light = findBacklight(lightsOf(options))) {
       backlight.emplace(loop, descriptors, buses, *light);
     }

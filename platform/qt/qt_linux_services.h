@@ -22,6 +22,9 @@ struct QtLinuxOptions {
   std::string lights = {};
   /// What the user is told of why the screen stays on; empty for "Light show".
   std::string reason = {};
+  /// The one Bluetooth adapter to listen on, as the system calls it ("hci1"), waited for if it is
+  /// not there; empty for whichever works. `bluetoothDiagnostics` says which that is.
+  std::string adapter = {};
 };
 
 class QtLinuxServices {

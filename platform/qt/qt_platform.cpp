@@ -13,6 +13,7 @@
 #include "platform/ffmpeg/ffmpeg_videos.h"
 #include "platform/image/picture_decoder.h"
 #include "platform/json/rapid_json_reader.h"
+#include "platform/linux/linux_files.h"
 #include "platform/qt/qt_absent_services.h"
 #include "platform/qt/qt_application.h"
 #include "platform/qt/qt_http.h"
@@ -22,7 +23,7 @@
 #include "platform/standard/file_defaults.h"
 #include "platform/standard/folder_bundle.h"
 #include "platform/standard/seeded_random.h"
-#include "platform/standard/standard_files.h"
+#include "platform/standard/string_table.h"
 #include "platform/standard/system_clock.h"
 #include "platform/standard/thread_queues.h"
 #include "platform/standard/thread_workers.h"
@@ -70,22 +71,29 @@ std::string identifierOf(const QtPlatformOptions& options) {
   return parts.join(QLatin1Char('.')).toStdString();
 }
 
-std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& json) {
-  if (!folder.empty()) {
-    return std::make_unique<FolderBundle>(folder, kKitIdentifier, languages(), json);
-  }
+std::unique_ptr<Bundle> compiledIn(const JsonReader& json) {
   return std::make_unique<QtResourceBundle>(QStringLiteral(":/halvora/kit"), kKitIdentifier,
                                             languages(), json);
+}
+
+StringTable kitTexts(const JsonReader& json) {
+  return stringTableOf(*compiledIn(json), languages(), json);
+}
+
+std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& json) {
+  if (folder.empty()) return compiledIn(json);
+  return std::make_unique<FolderBundle>(folder, kKitIdentifier, languages(), json, kitTexts(json));
 }
 
 }  // namespace
 
 struct QtPlatform::Needs {
   explicit Needs(const QtPlatformOptions& options)
-      : engineOptions{.usageEndpoints = options.usageEndpoints},
+      : engineOptions{.usageEndpoints = options.usageEndpoints,
+                      .usageReports = options.usageReports},
         documents(documentsOf(options)),
         defaults(documents + "/defaults.json", {files, json, runLoop, queues}),
-        main(assetsOf(options), identifierOf(options), languages(), json),
+        main(assetsOf(options), identifierOf(options), languages(), json, kitTexts(json)),
         kit(kitBundle(options.kit, json)),
         http(options.allowsPlainHttp) {}
 
@@ -99,7 +107,7 @@ struct QtPlatform::Needs {
   SeededRandom random{QRandomGenerator::global()->generate64()};
   RapidJsonReader json;
   PictureDecoder images;
-  StandardFiles files;
+  LinuxFiles files;
   FfmpegVideoAssets videoAssets;
   ThreadWorkers workers;
   FileDefaults defaults;

@@ -17,6 +17,7 @@ namespace halvora {
 
 struct QtPlatformOptions {
   /// The folder that holds HVAssets and the host's strings; empty for "assets" beside the program.
+  /// A text that neither these strings nor the kit's folder have is the one that is compiled in.
   std::string assets = {};
   /// The folder with the kit's strings; empty for those that are compiled in.
   std::string kit = {};
@@ -26,6 +27,8 @@ struct QtPlatformOptions {
   std::string identifier = {};
   /// Empty ones are not sent, and ones of plain http only if that is allowed.
   UsageEndpoints usageEndpoints = {};
+  /// Whether they are sent before the host says otherwise, such as while its user was not asked.
+  bool usageReports = true;
   bool allowsPlainHttp = false;
 };
 

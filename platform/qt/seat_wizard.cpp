@@ -26,17 +26,28 @@ QImage pictureOf(const PlanPixels& plan) {
 
 }  // namespace
 
+// One that is dismissed is shown once more: an alert over it goes with it.
 void SeatWizard::present(const Selector& selector) {
-  if (!selector) {
-    setPresented(false);
-    return;
-  }
-  if (selector != selector_) {
+  if (selector && selector != selector_) {
     selector_ = selector;
     reloads_ = 0;
   }
+  const QPointer<SeatWizard> self(this);
   refresh();
-  setPresented(!selector_->isDismissed());
+  // Unless whoever heard of it has brought another host.
+  if (self) setPresented(selector && selector == selector_ && !selector->isDismissed());
+}
+
+void SeatWizard::forget() {
+  selector_.reset();
+  plan_.reset();
+  planPicture_ = {};
+  look_ = {};
+  rows_.reload(nullptr);
+  const QPointer<SeatWizard> self(this);
+  emit planPictureChanged();
+  if (self) emit changed();
+  if (self) setPresented(false);
 }
 
 void SeatWizard::setPresented(bool presented) {
@@ -47,7 +58,7 @@ void SeatWizard::setPresented(bool presented) {
 
 void SeatWizard::setReading(const Reading& reading) {
   reading_ = reading;
-  if (selector_) refresh();
+  refresh();
 }
 
 // These three follow from the size alone, so QML need not ask again when the wizard changes.
@@ -61,17 +72,20 @@ SeatWizardLayout SeatWizard::layoutIn(qreal width, qreal height) const {
 }
 
 void SeatWizard::refresh() {
-  const SeatSelectorViews& views = selector_->views();
+  const Selector selector = selector_;
+  if (!selector) return;
+  const SeatSelectorViews& views = selector->views();
   const bool isReloaded = views.pickerView.reloads != reloads_;
   if (isReloaded) {
     reloads_ = views.pickerView.reloads;
-    rows_.reload(selector_);
+    rows_.reload(selector);
   }
-  look_ = lookOf(*selector_, rows_, reading_);
+  look_ = lookOf(*selector, rows_, reading_);
+  const QPointer<SeatWizard> self(this);
   takePlanPicture();
-  emit changed();
-  if (isReloaded) emit pickerMoved(look_.pickerIndex);
-  if (selector_->isDismissed()) setPresented(false);
+  if (self) emit changed();
+  if (self && isReloaded) emit pickerMoved(look_.pickerIndex);
+  if (self && selector->isDismissed()) setPresented(false);
 }
 
 void SeatWizard::takePlanPicture() {
@@ -116,8 +130,9 @@ void SeatWizard::filter(const QString& text) {
   const bool isKept = row > 0 && rows_.indexOf(row) >= 0;
   const std::int64_t shown = isKept || wanted.isEmpty() ? row : rows_.bestMatch();
   if (shown != row) selector_->pickerDidSelectRow(shown);
+  const QPointer<SeatWizard> self(this);
   refresh();
-  emit pickerMoved(look_.pickerIndex);
+  if (self) emit pickerMoved(look_.pickerIndex);
 }
 
 void SeatWizard::layOutPlan(qreal width, qreal height) {
@@ -154,12 +169,7 @@ void SeatWizard::stepOnPlan(int right, int down, bool far) {
 }
 
 void SeatWizard::leftScreen() {
-  if (isPresented_) return;
-  selector_.reset();
-  rows_.reload(nullptr);
-  plan_.reset();
-  planPicture_ = {};
-  emit planPictureChanged();
+  if (!isPresented_) forget();
 }
 
 }  // namespace halvora

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What QML sees of the seat selector that the status panel presents: its look, its picker's rows
 // and its actions. One lives as long as the panel's face; which wizard is behind it changes. It
-// keeps a dismissed one until its sheet has left the screen. Owned by StatusPanel; main thread.
+// keeps a dismissed one until its sheet has left the screen. Any of its signals may destroy it.
+// Owned by StatusPanel; main thread.
 #pragma once
 
 #include <QImage>
 #include <QObject>
 #include <QPointF>
+#include <QPointer>
 #include <QSizeF>
 #include <QString>
 #include <cstdint>
@@ -35,6 +37,8 @@ class SeatWizard : public QObject {
 
   /// The one that is on screen now; null for none.
   void present(const Selector& selector);
+  /// Lets go of the one that is there at once, whatever is on screen.
+  void forget();
   void setReading(const Reading& reading);
 
   bool isPresented() const { return isPresented_; }
@@ -75,9 +79,11 @@ class SeatWizard : public QObject {
   /// Hands the action to the wizard, if there is one, and shows what came of it.
   template <class Action>
   void act(Action action) {
-    if (!selector_) return;
-    action(*selector_);
-    refresh();
+    const Selector selector = selector_;
+    if (!selector) return;
+    const QPointer<SeatWizard> self(this);
+    action(*selector);
+    if (self) refresh();
   }
   void refresh();
   void takePlanPicture();

@@ -2,6 +2,7 @@
 #include "platform/qt/status_panel.h"
 
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQmlEngine>
 #include <QScreen>
 #include <algorithm>
@@ -73,6 +74,7 @@ StatusPanelFields StatusPanel::fields() const {
   fields.actionButtonTitleFontSize = actionButtonTitleFontSize_;
   fields.actionButtonHeight = actionButtonHeight_;
   fields.defaultVenueId = defaultVenueId_;
+  fields.offersSettingsWhenOff = offersSettingsWhenOff_;
   return fields;
 }
 
@@ -91,14 +93,32 @@ void StatusPanel::load() {
   QQmlEngine* engine = qmlEngine(this);
   if (engine == nullptr || controller_ != nullptr) return;
   const HalvoraHost& host = HalvoraHost::of(*engine);
+  if (!host.hasController()) return;
+  // The needs that the panel uses are still there when a host goes, and may not be afterwards.
+  connect(&host, &QObject::destroyed, this, &StatusPanel::unload);
   engine_.emplace(host.platform(), host.controller());
   coordinator_ = view().makeCoordinator(face());
   controller_ = &view().makeController(*coordinator_);
   reading_.isRightToLeft =
       controller_->hvLocalizedStringForKey("hv_layout_direction", "ltr") == "rtl";
+  const QPointer<StatusPanel> self(this);
   applyTextScale();
-  controller_->viewDidLoad();
-  layOut();
+  if (self && controller_ != nullptr) controller_->viewDidLoad();
+  if (self) layOut();
+}
+
+void StatusPanel::unload() {
+  controller_ = nullptr;
+  coordinator_.reset();
+  engine_.reset();
+  look_ = {};
+  dot_ = {};
+  spinnerTurn_ = 0;
+  isMoving_ = false;
+  const QPointer<StatusPanel> self(this);
+  wizard_.forget();
+  if (self) emit changed();
+  if (self) emit moved();
 }
 
 void StatusPanel::applyFields() {
@@ -107,10 +127,10 @@ void StatusPanel::applyFields() {
 
 void StatusPanel::applyTextScale() {
   reading_.textScale = std::clamp(textScale_, kLeastTextScale, kMostTextScale);
+  const QPointer<StatusPanel> self(this);
   wizard_.setReading(reading_);
-  if (controller_ == nullptr) return;
-  refresh();
-  layOutSoon();
+  if (self) refresh();
+  if (self) layOutSoon();
 }
 
 // The panel has shown what it is asked to measure: QML has its values, and heights follow from
@@ -119,7 +139,9 @@ double StatusPanel::measure(double width) {
   isMeasuring_ = true;
   const bool isOther = measuredWidth_ != width && viewWidth_ <= 0;
   measuredWidth_ = width;
+  const QPointer<StatusPanel> self(this);
   if (isOther) emit layoutWidthChanged();
+  if (!self) return 0;
   isMeasuring_ = false;
   return contentHeight_;
 }
@@ -138,7 +160,9 @@ void StatusPanel::layOutSoon() {
       Qt::QueuedConnection);
 }
 
-void StatusPanel::layOut() { controller_->viewDidLayoutSubviews(viewWidth_); }
+void StatusPanel::layOut() {
+  if (controller_ != nullptr) controller_->viewDidLayoutSubviews(viewWidth_);
+}
 
 void StatusPanel::refresh() {
   if (controller_ == nullptr) return;
@@ -146,9 +170,10 @@ void StatusPanel::refresh() {
   const QSizeF fitting = fittingSize();
   look_.preferredWidth = fitting.width();
   look_.preferredHeight = fitting.height();
+  const QPointer<StatusPanel> self(this);
   emit changed();
-  wizard_.present(controller_->presentedSeatSelector());
-  sample();
+  if (self && controller_ != nullptr) wizard_.present(controller_->presentedSeatSelector());
+  if (self) sample();
 }
 
 // Where the panel has measured nothing yet, the host's layout is free.

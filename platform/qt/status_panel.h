@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What stands behind the QML type HalvoraStatusView: it makes the status panel on the phone that
 // the QML engine's host has, hands it the host's values, measures the layout for it, and shows QML
-// what is to be seen as one value with one signal. Owned by the item; main thread.
+// what is to be seen as one value with one signal. With another host it is empty from then on. Any
+// of its signals may destroy it, or bring another host. Owned by the item; main thread.
 #pragma once
 
 #include <QColor>
@@ -35,6 +36,7 @@ class StatusPanel : public QObject {
   Q_PROPERTY(qreal actionButtonTitleFontSize MEMBER actionButtonTitleFontSize_ NOTIFY fieldsChanged)
   Q_PROPERTY(qreal actionButtonHeight MEMBER actionButtonHeight_ NOTIFY fieldsChanged)
   Q_PROPERTY(int defaultVenueId MEMBER defaultVenueId_ NOTIFY fieldsChanged)
+  Q_PROPERTY(bool offersSettingsWhenOff MEMBER offersSettingsWhenOff_ NOTIFY fieldsChanged)
   /// All texts are so many times their size; at first what the system asks for.
   Q_PROPERTY(qreal textScale MEMBER textScale_ NOTIFY textScaleChanged)
 
@@ -90,6 +92,7 @@ class StatusPanel : public QObject {
   StatusPanelFields fields() const;
   HalvoraStatusView view() const { return HalvoraStatusView(*engine_, fields()); }
   StatusPanelFace face();
+  void unload();
   void applyFields();
   void applyTextScale();
   double measure(double width);
@@ -108,6 +111,7 @@ class StatusPanel : public QObject {
   qreal actionButtonTitleFontSize_ = 0;
   qreal actionButtonHeight_ = 0;
   int defaultVenueId_ = 0;
+  bool offersSettingsWhenOff_ = false;
   qreal textScale_ = 1;
 
   qreal viewWidth_ = 0;

@@ -26,6 +26,8 @@ class DueQueue {
   TimerId scheduleFirst(Duration time, std::uint64_t order, Task&& task);
   void cancel(TimerId timer);
   bool isPending(TimerId timer) const { return find(timer) != nullptr; }
+  /// How many are.
+  std::size_t pending() const { return slots_.size() - freeSlots_.size(); }
 
   /// When the next one is due; none when nothing is.
   std::optional<Duration> earliest();

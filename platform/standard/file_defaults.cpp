@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/standard/file_defaults.h"
 
+#include <algorithm>
 #include <atomic>
+#include <exception>
 #include <mutex>
-#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -21,25 +22,38 @@ class FileDefaults::Saver {
     document_ = std::move(document);
   }
 
-  void save() {
+  /// False where that failed: the document is kept for the next time, unless there is a newer one.
+  bool save() {
     std::optional<std::string> document;
     {
       const std::lock_guard lock(mutex_);
       document = std::exchange(document_, std::nullopt);
     }
-    if (!document) return;
-    // Until it is there: what throws has failed as well.
-    hasFailed_ = true;
-    hasFailed_ = !files_.makeFolder(folder_) || !files_.replace(path_, *document);
+    if (!document || write(*document)) {
+      failuresInARow_ = 0;
+      return true;
+    }
+    ++failuresInARow_;
+    const std::lock_guard lock(mutex_);
+    if (!document_) document_ = std::move(document);
+    return false;
   }
 
-  bool hasFailed() const { return hasFailed_; }
+  int failuresInARow() const { return failuresInARow_; }
 
  private:
+  bool write(const std::string& document) {
+    try {
+      return files_.makeFolder(folder_) && files_.replaceLastingly(path_, document);
+    } catch (const std::exception&) {
+      return false;  // Memory is short.
+    }
+  }
+
   const std::string path_;
   const std::string folder_;
   Files& files_;
-  std::atomic<bool> hasFailed_{false};
+  std::atomic<int> failuresInARow_{0};
   std::mutex mutex_;
   /// Not written yet. Under the mutex.
   std::optional<std::string> document_;
@@ -55,27 +69,17 @@ FileDefaults::FileDefaults(const std::string& path, const Needs& needs)
 FileDefaults::~FileDefaults() {
   saveTimer_.invalidate();
   try {
-    if (isChanged_ || saver_->hasFailed()) handOver();
-    // The queue waits for the job under way and forgets the others.
-    queue_.reset();
-    saver_->save();
-  } catch (const std::bad_alloc&) {
-    // The file stays as it was saved last.
+    if (isChanged_) saver_->give(defaultsDocument(values_));
+  } catch (const std::exception&) {
+    // Memory is short: what was given before is what can be saved.
   }
-}
-
-// What a process left behind that died while it saved.
-void FileDefaults::removeLeftovers(const std::string& path, Files& files) {
-  const std::size_t slash = path.rfind('/');
-  const std::string folder = path.substr(0, slash + 1);
-  const std::string begin = path.substr(slash + 1) + ".new-";
-  for (std::string& name : files.list(path.substr(0, slash)).value_or(std::vector<std::string>())) {
-    if (name.starts_with(begin)) files.removeFolder(name.insert(0, folder));
-  }
+  // The queue waits for the job under way and forgets the others.
+  queue_.reset();
+  saver_->save();
 }
 
 void FileDefaults::load(const std::string& path, const Needs& needs) {
-  removeLeftovers(path, needs.files);
+  needs.files.removeLeftovers(path);
   if (!needs.files.attributes(path)) return;
   const std::string damaged = path + ".damaged";
   const std::optional<std::string> bytes = needs.files.read(path, kLargestFile);
@@ -85,8 +89,11 @@ void FileDefaults::load(const std::string& path, const Needs& needs) {
   }
   const std::optional<JsonValue> document = needs.json.parse(*bytes);
   ReadDefaults read = document ? readDefaultsDocument(*document) : ReadDefaults{};
-  // A copy, so that there is no moment without a file.
-  if (!read.isWhole) needs.files.replace(damaged, *bytes);
+  // A copy, so that there is no moment without a file; where there is no room for one, the file
+  // itself, so that no save takes its place.
+  if (!read.isWhole && !needs.files.replaceLastingly(damaged, *bytes)) {
+    needs.files.move(path, damaged);
+  }
   values_ = std::move(read.values);
 }
 
@@ -116,24 +123,41 @@ void FileDefaults::remove(std::string_view key) {
 void FileDefaults::changed() {
   isChanged_ = true;
   if (!saveTimer_.isValid()) {
-    saveTimer_ = Timer(runLoop_, runLoop_.after(kSaveDelay, [this] { synchronize(); }));
+    saveTimer_ = Timer(runLoop_, runLoop_.after(kSaveDelay, [this] { save(); }));
   }
 }
 
 void FileDefaults::synchronize() {
-  saveTimer_.invalidate();
-  if (!isChanged_ && !saver_->hasFailed()) return;
-  handOver();
-  const bool isBegun = queue_->dispatch([weak = std::weak_ptr<Saver>(saver_)] {
-    if (const auto saver = weak.lock()) saver->save();
-  });
-  // Tried again after a while, as if it had just been set.
-  if (!isBegun) changed();
+  const bool isTriedAgain = saver_->failuresInARow() > 0 && saveTimer_.isValid();
+  if (!isChanged_ || isTriedAgain) return;
+  save();
 }
 
-void FileDefaults::handOver() {
-  saver_->give(defaultsDocument(values_));
-  isChanged_ = false;
+void FileDefaults::save() {
+  saveTimer_.invalidate();
+  bool isBegun = false;
+  try {
+    if (std::exchange(isChanged_, false)) saver_->give(defaultsDocument(values_));
+    isBegun = queue_->dispatch([this, weak = std::weak_ptr<Saver>(saver_)] {
+      const auto saver = weak.lock();
+      if (!saver || saver->save()) return;
+      runLoop_.post([this, weak] {
+        if (!weak.expired()) saveFailed();
+      });
+    });
+  } catch (const std::exception&) {
+    isChanged_ = true;
+  }
+  // Neither memory nor a thread to be had.
+  if (!isBegun) saveFailed();
+}
+
+void FileDefaults::saveFailed() {
+  ++failedSaves_;
+  constexpr int kMostDoublings = 6;
+  const int doublings = std::clamp(saver_->failuresInARow() - 1, 0, kMostDoublings);
+  const Duration pause = std::min(kSaveDelay * (1 << doublings), kLongestRetry);
+  saveTimer_ = Timer(runLoop_, runLoop_.after(pause, [this] { save(); }));
 }
 
 }  // namespace halvora

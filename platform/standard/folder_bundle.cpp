@@ -10,9 +10,11 @@
 namespace halvora {
 
 FolderBundle::FolderBundle(std::string folder, std::string identifier,
-                           const std::vector<std::string>& languages, const JsonReader& json)
+                           const std::vector<std::string>& languages, const JsonReader& json,
+                           StringTable beneath)
     : FolderBundle(std::move(folder), std::move(identifier)) {
   strings_ = stringTableOf(*this, languages, json);
+  strings_.merge(beneath);
 }
 
 std::optional<std::string> FolderBundle::readResource(std::string_view path,

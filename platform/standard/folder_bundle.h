@@ -16,9 +16,11 @@ namespace halvora {
 
 class FolderBundle final : public Bundle {
  public:
-  /// An empty folder makes a bundle without resources. `languages` are the user's, best first.
+  /// An empty folder makes a bundle without resources. `languages` are the user's, best first. What
+  /// the folder's tables lack is looked up in `beneath`, key by key.
   FolderBundle(std::string folder, std::string identifier,
-               const std::vector<std::string>& languages, const JsonReader& json);
+               const std::vector<std::string>& languages, const JsonReader& json,
+               StringTable beneath = {});
   /// A bundle of resources alone: every text is its key.
   FolderBundle(std::string folder, std::string identifier)
       : folder_(std::move(folder)), identifier_(std::move(identifier)) {}

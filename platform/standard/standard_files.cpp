@@ -2,14 +2,14 @@
 #include "platform/standard/standard_files.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
-#include <charconv>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <ios>
 #include <random>
+#include <stdexcept>
+#include <string>
 #include <system_error>
 
 namespace halvora {
@@ -24,9 +24,7 @@ std::string temporaryName(const std::string& path) {
   std::random_device chance;
   const std::uint64_t number =
       ((std::uint64_t{chance()} << 32) | chance()) + count.fetch_add(1, std::memory_order_relaxed);
-  std::array<char, 16> text{};
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), number, 16).ptr;
-  return path + ".new-" + std::string(text.data(), end);
+  return path + ".being-written-" + std::to_string(number);
 }
 
 bool writeAll(const std::string& path, std::string_view bytes) {
@@ -58,9 +56,10 @@ std::optional<std::string> readFile(const std::string& path, std::size_t limit) 
 std::optional<FileAttributes> StandardFiles::attributes(const std::string& path) const {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
-  if (!fs::exists(status)) return std::nullopt;
-  FileAttributes attributes{.isFolder = fs::is_directory(status)};
-  if (fs::is_regular_file(status)) {
+  const bool isFile = fs::is_regular_file(status);
+  if (!isFile && !fs::is_directory(status)) return std::nullopt;
+  FileAttributes attributes{.isFolder = !isFile};
+  if (isFile) {
     attributes.size = fs::file_size(path, error);
     if (error) return std::nullopt;
   }
@@ -85,7 +84,12 @@ std::optional<std::vector<std::string>> StandardFiles::list(const std::string& f
 }
 
 bool StandardFiles::replace(const std::string& path, std::string_view bytes) {
-  const std::string temporary = temporaryName(path);
+  std::string temporary;
+  try {
+    temporary = temporaryName(path);
+  } catch (const std::runtime_error&) {
+    return false;  // Systems may be out of chance.
+  }
   std::error_code error;
   if (writeAll(temporary, bytes)) {
     fs::rename(temporary, path, error);

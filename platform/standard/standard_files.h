@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The machine's file system. Stateless; any thread.
+// The machine's file system, as far as the standard library reaches: it cannot make files last, nor
+// know what a killed writer has left. Stateless; any thread.
 #pragma once
 
 #include "platform/files.h"
@@ -10,7 +11,7 @@ namespace halvora {
 /// than `limit` bytes.
 std::optional<std::string> readFile(const std::string& path, std::size_t limit);
 
-class StandardFiles final : public Files {
+class StandardFiles : public Files {
  public:
   std::optional<FileAttributes> attributes(const std::string& path) const override;
   std::optional<std::vector<std::string>> list(const std::string& folder) const override;

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <ctime>
 
+#include "platform/text.h"
+
 namespace halvora {
 
 Date SystemWallClock::now() const {
@@ -13,12 +15,12 @@ Date SystemWallClock::now() const {
 }
 
 DayComponents SystemCalendar::componentsOf(Date date) const {
-  const auto seconds = static_cast<std::time_t>(std::floor(date.secondsSince1970));
-  // One thread only ever asks, so the shared result of localtime is not overwritten under our
-  // hands.
-  const std::tm* parts = std::localtime(&seconds);  // NOLINT(concurrency-mt-unsafe)
-  if (parts == nullptr) return {};
-  return {parts->tm_year + 1900, parts->tm_mon + 1, parts->tm_mday};
+  const std::time_t seconds = wholeNumber(std::floor(date.secondsSince1970));
+  // The user may have travelled since the last time.
+  tzset();
+  std::tm parts{};
+  if (localtime_r(&seconds, &parts) == nullptr) return {};
+  return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday};
 }
 
 }  // namespace halvora

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The machine's civil clock and the user's calendar, in the time zone the process runs in. Main
+// The machine's civil clock and the user's calendar, in the time zone the process runs in. Any
 // thread.
 #pragma once
 

@@ -13,7 +13,7 @@ class VirtualBluetooth::Manager final : public CentralManager {
         })) {
     radio_.managers_.push_back(this);
   }
-  ~Manager() override { std::erase(radio_.managers_, this); }
+  ~Manager() override { radio_.forget(this); }
   Manager(const Manager&) = delete;
   Manager& operator=(const Manager&) = delete;
 
@@ -55,7 +55,7 @@ void VirtualBluetooth::setState(CentralState state) {
   // A delegate may make or give up managers while it is told.
   const std::vector<Manager*> managers = managers_;
   for (Manager* manager : managers) {
-    if (std::ranges::find(managers_, manager) == managers_.end()) continue;
+    if (manager == nullptr || std::ranges::find(managers_, manager) == managers_.end()) continue;
     if (state != CentralState::poweredOn) manager->isScanning = false;
     manager->delegate().centralManagerDidUpdateState(state);
   }
@@ -63,17 +63,28 @@ void VirtualBluetooth::setState(CentralState state) {
 
 bool VirtualBluetooth::advertise(const Advertisement& advertisement) {
   bool isHeard = false;
-  // By index: a delegate may make another manager while it is called.
+  // A delegate may make or give up managers while it is called; no list is copied for each packet.
+  ++telling_;
   for (std::size_t at = 0; at < managers_.size(); ++at) {
-    if (!managers_[at]->isScanning) continue;
+    if (managers_[at] == nullptr || !managers_[at]->isScanning) continue;
     isHeard = true;
     managers_[at]->delegate().didDiscoverPeripheral(advertisement);
   }
+  if (--telling_ == 0) std::erase(managers_, nullptr);
   return isHeard;
 }
 
+void VirtualBluetooth::forget(const Manager* manager) {
+  if (telling_ > 0) {
+    std::ranges::replace(managers_, manager, nullptr);
+  } else {
+    std::erase(managers_, manager);
+  }
+}
+
 bool VirtualBluetooth::isScanning() const {
-  return std::ranges::any_of(managers_, [](const Manager* manager) { return manager->isScanning; });
+  return std::ranges::any_of(
+      managers_, [](const Manager* manager) { return manager != nullptr && manager->isScanning; });
 }
 
 }  // namespace halvora

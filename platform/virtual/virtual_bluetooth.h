@@ -41,10 +41,14 @@ class VirtualBluetooth final : public BluetoothCentral {
  private:
   class Manager;
 
+  void forget(const Manager* manager);
+
   RunLoop& loop_;
   BluetoothAuthorization authorization_ = BluetoothAuthorization::allowedAlways;
   CentralState state_ = CentralState::poweredOn;
+  /// Null for one that has gone while others are told.
   std::vector<Manager*> managers_;
+  int telling_ = 0;
 };
 
 }  // namespace halvora

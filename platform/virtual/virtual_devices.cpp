@@ -46,20 +46,20 @@ void VirtualHaptics::playSystemSound(std::uint32_t) { log.add(HapticAct::sound);
 void VirtualHaptics::disposeSystemSound(std::uint32_t) { log.add(HapticAct::dispose); }
 
 void VirtualApplication::becomeActive() {
-  for (ApplicationObserver* observer : observers_) observer->appDidBecomeActive();
+  observers_.tell(&ApplicationObserver::appDidBecomeActive);
 }
 
 void VirtualApplication::resignActive() {
-  for (ApplicationObserver* observer : observers_) observer->appWillResignActive();
+  observers_.tell(&ApplicationObserver::appWillResignActive);
 }
 
 void VirtualApplication::dismissPresentedScreens() {
   ++dismissals;
-  for (ApplicationObserver* observer : observers_) observer->presentedScreensDismissed();
+  observers_.tell(&ApplicationObserver::presentedScreensDismissed);
 }
 
 void VirtualApplication::changeOrientation() {
-  for (ApplicationObserver* observer : observers_) observer->handleOrientationChange();
+  observers_.tell(&ApplicationObserver::handleOrientationChange);
 }
 
 DayComponents VirtualCalendar::componentsOf(Date date) const {

@@ -16,6 +16,7 @@
 #include "platform/run_loop.h"
 #include "platform/screen.h"
 #include "platform/serial_queues.h"
+#include "platform/standard/application_observers.h"
 #include "platform/virtual/log.h"
 #include "platform/wall_clock.h"
 
@@ -58,8 +59,8 @@ class VirtualHaptics final : public Haptics {
 
 class VirtualApplication final : public Application {
  public:
-  void addObserver(ApplicationObserver& observer) override { observers_.push_back(&observer); }
-  void removeObserver(ApplicationObserver& observer) override { std::erase(observers_, &observer); }
+  void addObserver(ApplicationObserver& observer) override { observers_.add(observer); }
+  void removeObserver(ApplicationObserver& observer) override { observers_.remove(observer); }
   void setIdleTimerDisabled(bool disabled) override { isIdleTimerDisabled = disabled; }
   void setStatusBarHidden(bool hidden) override { isStatusBarHidden = hidden; }
   void dismissPresentedScreens() override;
@@ -79,7 +80,7 @@ class VirtualApplication final : public Application {
   int settingsOpened = 0;
 
  private:
-  std::vector<ApplicationObserver*> observers_;
+  ApplicationObservers observers_;
 };
 
 class VirtualHttp final : public HttpClient {

@@ -61,6 +61,16 @@ bool VirtualFiles::replace(const std::string& path, std::string_view bytes) {
   return true;
 }
 
+void VirtualFiles::removeLeftovers(const std::string& beginning) {
+  const std::lock_guard lock(mutex_);
+  if (isReadOnly) return;
+  const std::size_t name = beginning.rfind('/') + 1;
+  std::erase_if(files_, [&](const auto& file) {
+    return file.first.starts_with(beginning) && isLeftover(file.first) &&
+           file.first.find('/', name) == std::string::npos;
+  });
+}
+
 bool VirtualFiles::makeFolder(const std::string& path) {
   const std::lock_guard lock(mutex_);
   if (folders_.contains(path)) return true;

@@ -20,6 +20,8 @@ class VirtualFiles final : public Files {
   std::optional<std::vector<std::string>> list(const std::string& folder) const override;
   std::optional<std::string> read(const std::string& path, std::size_t limit) const override;
   bool replace(const std::string& path, std::string_view bytes) override;
+  /// Nobody else writes here.
+  void removeLeftovers(const std::string& beginning) override;
   bool makeFolder(const std::string& path) override;
   /// Files only.
   bool move(const std::string& from, const std::string& to) override;

@@ -25,6 +25,8 @@ class VirtualRunLoop final : public RunLoop {
   TimerId soon(Task&& task) override;
   void cancel(TimerId timer) override { queue_.cancel(timer); }
   bool isPending(TimerId timer) const override { return queue_.isPending(timer); }
+  /// How many timers and posted tasks are.
+  std::size_t pending() const { return queue_.pending(); }
   void post(Task&& task) override { soon(std::move(task)); }
 
   /// An act from outside the phone. At its time it runs before everything that the phone has

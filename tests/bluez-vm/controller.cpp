@@ -14,12 +14,14 @@ constexpr std::uint8_t kCommandComplete = 0x0E;
 constexpr std::uint8_t kLeMeta = 0x3E;
 constexpr std::uint8_t kAdvertisingReport = 0x02;
 constexpr std::uint8_t kUnknownCommand = 0x01;
+constexpr std::uint8_t kDisallowed = 0x0C;
 constexpr std::uint8_t kInvalidParameters = 0x12;
 constexpr std::size_t kMostData = 31;
 
 constexpr std::uint16_t kReset = 0x0C03;
 constexpr std::uint16_t kReadCommands = 0x1002;
 constexpr std::uint16_t kReadAddress = 0x1009;
+constexpr std::uint16_t kEnableScan = 0x200C;
 
 // One bit for each command of the table below, where the kernel asks for it.
 constexpr std::array<std::uint8_t, 64> supportedCommands() {
@@ -62,7 +64,7 @@ const Controller::Command Controller::kCommands[] = {
     {0x2009, 32},  // set scan response
     {0x200A, 1, {}, &Controller::enableAdvertising},
     {0x200B, 7},  // set scan parameters
-    {0x200C, 2, {}, &Controller::enableScan},
+    {kEnableScan, 2, {}, &Controller::enableScan},
     {0x200F, 0, {8}},                                      // size of the accept list
     {0x2010, 0},                                           // clear it
     {0x2011, 7},                                           // add to it
@@ -77,6 +79,8 @@ void Controller::take(std::span<const std::uint8_t> packet) {
   const auto* command = std::ranges::find(kCommands, operation, &Command::operation);
   if (command == std::end(kCommands)) return answer(operation, kUnknownCommand, {});
   if (parameters.size() < command->parameters) return answer(operation, kInvalidParameters, {});
+  const bool isScan = operation == kEnableScan && parameters[0] != 0;
+  if (isScan && isRefusing_) return answer(operation, kDisallowed, {});
   if (command->act != nullptr) (this->*command->act)(parameters);
   if (operation == kReadCommands) return answer(operation, 0, kSupportedCommands);
   if (operation == kReadAddress) return answer(operation, 0, address_);

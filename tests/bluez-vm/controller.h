@@ -40,6 +40,8 @@ class Controller {
   /// repeats are not wanted. Whether it did.
   bool hear(const AirReport& report);
   bool isListening() const { return isScanning_; }
+  /// Answers every wish to scan with an error, as a controller does that is out of order.
+  void setRefusing(bool isRefusing) { isRefusing_ = isRefusing; }
 
   /// Counts up with each advertisement that begins, or begins anew.
   std::uint64_t begun() const { return begun_; }
@@ -66,6 +68,7 @@ class Controller {
   BluetoothAddress random_{};
   bool isScanning_ = false;
   bool dropsRepeats_ = false;
+  bool isRefusing_ = false;
   std::set<BluetoothAddress> reported_;
   bool isAdvertising_ = false;
   std::uint64_t begun_ = 0;

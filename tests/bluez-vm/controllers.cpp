@@ -4,6 +4,7 @@
 //   show MILLISECONDS       a transmitter that both hear, a packet so often; 0 ends it
 //   crowd SECONDS           the first hears 8 transmitters, 10 packets a second each, among 20,000
 //                           other devices, 1,000 of their reports a second
+//   refuse 1                the first one scans no more, and says so; 0 ends it
 // Standard output says "ready", and after a crowd "crowd PACKETS FOREIGN": how many reports the
 // controller gave of each. It ends with its input.
 #include <algorithm>
@@ -129,6 +130,8 @@ class SharedAir {
     if (line.starts_with("show ")) {
       every_ = value / kTickMilliseconds;
       untilShow_ = 0;
+    } else if (line.starts_with("refuse ")) {
+      first_.setRefusing(value != 0);
     } else if (line.starts_with("crowd ")) {
       crowdTick_ = 0;
       crowdEnd_ = value * 1000 / kTickMilliseconds;

@@ -22,6 +22,7 @@ SHOW = VM / "show.jsonl"
 LIMIT = 120
 CROWD_SECONDS = 60
 REPEATS_SECONDS = 30
+FALLBACK_SECONDS = 10
 # How long hearing may take to come back.
 RESUMED_WITHIN = 5
 # A discovery whose daemon was killed goes on in the kernel, for nobody and in everybody's way.
@@ -184,12 +185,12 @@ class Daemon:
 class Listener:
     """`halvora listen`, until it is told to end."""
 
-    def __init__(self, machine, name, has_monitors):
+    def __init__(self, machine, name, has_monitors, adapter="hci0"):
         self.record = VM / f"{name}.jsonl"
         self.process = start([HALVORA, "listen", "--record", self.record], f"{name}.err")
         machine.listeners.append(self.process)
         self.lines = Lines(self.process.stdout)
-        machine.wait_for_scan(has_monitors)
+        machine.wait_for_scan(has_monitors, adapter)
 
     def wait_for_packet(self, limit=LIMIT, is_it=lambda packet: True, since=0.0):
         def is_packet(line):
@@ -214,15 +215,16 @@ class Machine:
         self.air = Lines(self.controllers.stdout)
         self.air.wait(lambda line: line == "ready", "controllers")
 
-    def wait_for_scan(self, has_monitors):
+    def wait_for_scan(self, has_monitors, adapter="hci0"):
         if has_monitors:
             self.bus.wait_for_member("Activate")
         else:
-            self.bus.wait(lambda: flag("hci0", "Discovering"), "discovery")
+            self.bus.wait(lambda: flag(adapter, "Discovering"), "discovery")
 
     def calm(self):
         """Ends what a scenario that failed has left."""
         self.wish("show 0")
+        self.wish("refuse 0")
         for process in self.listeners:
             if process.poll() is None:
                 process.kill()
@@ -331,6 +333,25 @@ def resumption(machine, name, has_monitors):
     return "heard again after " + ", ".join(times)
 
 
+def fallback(machine, name, has_monitors):
+    """Two adapters have power, and the first one's controller is out of order."""
+    machine.wish("refuse 1")
+    machine.wish("show 100")
+    began = time.monotonic()
+    listener = Listener(machine, name, has_monitors, "hci1")
+    heard = listener.wait_for_packet()
+    listener.wait_for_packet(since=heard + FALLBACK_SECONDS)
+    listener.end()
+    lines = [json.loads(line) for _, line in listener.lines.all]
+    adapters = [line["adapter"] for line in lines if "adapter" in line]
+    if adapters != ["hci1"]:
+        raise Failure(f"listen says that it scans on {', '.join(adapters) or 'none'}")
+    return (
+        f"heard on {adapters[0]} {heard - began:.2f} s after the start of listen; "
+        f"{len(listener.packets)} packets in {FALLBACK_SECONDS} s"
+    )
+
+
 def told_of_the_crowd(lines):
     """How many messages of each kind the daemon sent, until the first of who came after the crowd."""
     counts = {"InterfacesAdded": 0, "PropertiesChanged": 0, "DeviceFound": 0}
@@ -422,6 +443,7 @@ SCENARIOS = [
     ("show-monitor", show, True),
     ("repeats-discovery", repeats, False),
     ("resumption-discovery", resumption, False),
+    ("fallback-discovery", fallback, False),
     ("resumption-monitor", resumption, True),
     ("demo-monitor", demo, True),
     ("crowd-monitor", crowd, True),

@@ -116,19 +116,27 @@ TEST(Broadcast, TransmitterIsTheLastByteWhereverThatFalls) {
   EXPECT_EQ(decoded.sequence, 0x0102);
 }
 
-TEST(Broadcast, OnlyTheLowByteOfAOneByteFieldIsSent) {
-  EXPECT_EQ(decodeBroadcast(encodeBroadcast({.mode = 0x0103})).mode, 3);
+TEST(Broadcast, AFieldIsAsLargeAsItsBytes) {
+  EXPECT_LE(sizeof(Broadcast), kShortestBroadcast);
+  for (const BroadcastField& field : kBroadcastFields) {
+    Broadcast broadcast;
+    field.value.set(broadcast, 0x0103);
+    const int expected = field.value.bytes() == 1 ? 3 : 0x0103;
+    EXPECT_EQ(field.value.of(broadcast), expected) << field.name;
+    const Broadcast back = decodeBroadcast(encodeBroadcast(broadcast));
+    EXPECT_EQ(field.value.of(back), expected) << field.name;
+  }
 }
 
 TEST(Broadcast, FieldTableNamesEachByteBehindThePrefixOnce) {
   std::set<int> covered;
   std::set<std::string> names;
   for (const BroadcastField& field : kBroadcastFields) {
-    for (int byte = 0; byte < field.bytes; ++byte) {
+    for (int byte = 0; byte < field.value.bytes(); ++byte) {
       EXPECT_TRUE(covered.insert(field.offset + byte).second) << field.name;
     }
     EXPECT_TRUE(names.insert(field.name).second) << field.name;
-    EXPECT_EQ(field.largest(), field.bytes == 2 ? 65535 : 255) << field.name;
+    EXPECT_EQ(field.value.largest(), field.value.bytes() == 2 ? 65535 : 255) << field.name;
   }
   EXPECT_EQ(covered.size(), 24U);
   EXPECT_EQ(*covered.begin(), 2);
@@ -182,7 +190,7 @@ TEST(Broadcast, EveryOtherFieldIsPartOfTheKey) {
   for (const BroadcastField& field : kBroadcastFields) {
     if (field.value == &B::sequence || field.value == &B::transmitter) continue;
     Broadcast other;
-    other.*field.value = 1;
+    field.value.set(other, 1);
     EXPECT_NE(keyOf(other), keyOf({})) << field.name;
   }
 }

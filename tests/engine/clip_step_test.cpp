@@ -27,9 +27,10 @@ class ClipStep : public testing::Test, private ViewObserver {
   ClipStep() { views.setObserver(this); }
 
   void take(int videoId, int status = 1, std::uint32_t mode = 1) {
-    Command command;
-    command.broadcast.videoId = static_cast<std::uint16_t>(videoId);
-    command.broadcast.videoStatus = static_cast<std::uint16_t>(status);
+    Witness engine(life);
+    Command command{.broadcast = {}, .engine = engine};
+    command.broadcast.videoId = static_cast<std::uint8_t>(videoId);
+    command.broadcast.videoStatus = static_cast<std::uint8_t>(status);
     command.mode = mode;
     state.video.currentVideoStatus = status;
     for (const CommandProcessor::Step& step : CommandProcessor::steps()) {
@@ -55,8 +56,8 @@ class ClipStep : public testing::Test, private ViewObserver {
   BrightnessRamps brightness{phone.screen, timers, state.colour};
   Overlays overlays{state.screen, views, timers};
   TorchModes torch{state.torch, timers, *phone.random, phone.torch, [] { return std::nullopt; }};
-  GoboAnimator gobo{state.gobo, views, *phone.random};
-  SynchronisedVideo video{state.video, views, timers, phone.videoPlayers};
+  GoboAnimator gobo{state.gobo, views, phone.files, *phone.random};
+  SynchronisedVideo video{state.video, views, timers, phone.files, phone.videoPlayers};
   PixelMapSeatLuts seatLut{platform, {}};
   ShowParts parts{torch, gobo, overlays, video, seatLut};
   ScreenModes modes{state.screen,
@@ -66,8 +67,9 @@ class ClipStep : public testing::Test, private ViewObserver {
                     *phone.random,
                     overlays,
                     [] { return SeatLight{}; }};
+  Witnessed life;
   CommandProcessor processor{
-      {platform, state, assets, callbacks, timers, views, brightness, modes, parts}};
+      {platform, state, assets, callbacks, timers, views, brightness, modes, parts, life}};
   std::vector<std::string> animations;
 
  private:

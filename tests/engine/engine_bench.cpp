@@ -42,14 +42,12 @@ Broadcast look(int mode, Changes changes) {
   broadcast.transmitter = 7;
   broadcast.master = 100;
   broadcast.red = 255;
-  broadcast.mode = static_cast<std::uint16_t>(mode);
+  broadcast.mode = static_cast<std::uint8_t>(mode);
   return changed(broadcast, changes);
 }
 
 Broadcast changed(Broadcast broadcast, Changes changes) {
-  for (const auto& [field, value] : changes) {
-    broadcast.*field = static_cast<std::uint16_t>(value);
-  }
+  for (const auto& [field, value] : changes) field.set(broadcast, value);
   return broadcast;
 }
 

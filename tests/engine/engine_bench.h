@@ -22,7 +22,7 @@
 namespace halvora {
 
 using Acts = std::vector<std::string>;
-using Changes = std::initializer_list<std::pair<std::uint16_t Broadcast::*, int>>;
+using Changes = std::initializer_list<std::pair<BroadcastValue, int>>;
 
 /// A red look of transmitter 258:7 at master 100, without gobo, torch, pixel map or palette,
 /// changed as the list says.

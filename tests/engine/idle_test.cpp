@@ -51,7 +51,7 @@ TEST(Idle, PhoneIsAsQuietAfterAShowAsBeforeIt) {
   look.transmitter = 7;
   look.gobo = 3;
   for (const int mode : {6, 14, 11, 12, 0}) {
-    look.mode = static_cast<std::uint16_t>(mode);
+    look.mode = static_cast<std::uint8_t>(mode);
     look.ledMode = look.mode;
     ++look.sequence;
     const BroadcastBytes data = encodeBroadcast(look);

@@ -311,19 +311,15 @@ TEST_F(PacketPath, DiagnosticsCountEveryFate) {
   EXPECT_EQ(counts[PacketFate::notAllowed], 0U);
 }
 
-TEST_F(PacketPath, LookThatMemoryWasShortForIsCountedAndShownWholeByItsNextPacket) {
-  bool isShort = true;
-  bench_.engine().lightShowStartedCallback() = [&isShort] {
-    if (isShort) throw std::bad_alloc();
-  };
-  EXPECT_EQ(bench_.hear(numbered(1)), PacketFate::noMemory);
-  EXPECT_EQ(bench_.hear(numbered(2)), PacketFate::noMemory);
-  isShort = false;
-  EXPECT_EQ(bench_.hear(numbered(3)), PacketFate::processed);
-  EXPECT_EQ(bench_.hear(numbered(4)), PacketFate::sameBroadcast);
-  EXPECT_EQ(bench_.engine().diagnostics()[PacketFate::noMemory], 2U);
-  EXPECT_EQ(bench_.views().alpha(ViewId::container), 1);
-  EXPECT_TRUE(bench_.state().isStatusBarHidden);
+TEST_F(PacketPath, AnAllowListThatIsReplacedAllowsNoneOfTheOldOnes) {
+  allow({"1:1", "258:7", "300:9"});
+  EXPECT_EQ(bench_.hear(numbered(1)), PacketFate::processed);
+  allow({"300:9", "2:2"});
+  EXPECT_EQ(bench_.hear(numbered(2)), PacketFate::notAllowed);
+  allow({"258:8"});
+  EXPECT_EQ(bench_.hear(numbered(3)), PacketFate::notAllowed);
+  allow({});
+  EXPECT_NE(bench_.hear(numbered(4)), PacketFate::notAllowed);
 }
 
 }  // namespace

@@ -167,6 +167,7 @@ class RecordingHttp final : public HttpClient {
  public:
   explicit RecordingHttp(ActLog& log) : log_(log) {}
   void get(const std::string& url) override { log_.add("get " + url); }
+  void cancelAll() override { log_.add("cancel requests"); }
 
  private:
   ActLog& log_;

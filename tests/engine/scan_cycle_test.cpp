@@ -211,6 +211,50 @@ TEST(ActiveApplication, CountsNothingWhereScanningIsNotAllowed) {
   EXPECT_TRUE(bench.presence().resetApp);
 }
 
+TEST(UsageReports, SwitchedOffNothingIsSentNorNotedAndWhatIsUnderWayIsGivenUp) {
+  EngineBench bench({.usageEndpoints = kEndpoints});
+  bench.listen();
+  EXPECT_TRUE(bench.engine().usageReports());
+  bench.take();
+  bench.engine().setUsageReports(false);
+  EXPECT_THAT(bench.take({"cancel"}), ElementsAre("cancel requests"));
+  bench.phone.application.becomeActive();
+  bench.runTo(1500);
+  bench.hearNext(look(1));
+  EXPECT_TRUE(bench.presence().insideVenue) << "the show goes on";
+  bench.runTo(9000);
+  EXPECT_THAT(bench.take({"get"}), IsEmpty());
+  for (const char* key : {"LastAppOpenCallDate", "LastReceivedSignalCallDate"}) {
+    EXPECT_EQ(bench.phone.defaults.find(key), nullptr) << key;
+  }
+}
+
+TEST(UsageReports, SwitchedOnAgainTheyAreSentFromThenOn) {
+  EngineBench bench({.usageEndpoints = kEndpoints});
+  bench.listen();
+  bench.engine().setUsageReports(false);
+  bench.phone.application.becomeActive();
+  bench.take();
+  bench.engine().setUsageReports(true);
+  EXPECT_THAT(bench.take({"get", "cancel"}), IsEmpty());
+  bench.phone.application.becomeActive();
+  EXPECT_THAT(bench.take({"get"}),
+              ElementsAre("get https://opens.example/?appID=com.example.host",
+                          "get https://devices.example/?appID=com.example.host"));
+}
+
+TEST(UsageReports, MayBeOffFromTheStart) {
+  EngineBench bench;
+  HalvoraViewController quiet(bench.phone.platform(),
+                              {.usageEndpoints = kEndpoints, .usageReports = false});
+  EXPECT_FALSE(quiet.usageReports());
+  quiet.viewDidLoad();
+  quiet.start();
+  bench.runTo(1000);
+  bench.phone.application.becomeActive();
+  EXPECT_THAT(bench.phone.http.log.entries, IsEmpty());
+}
+
 TEST(ActiveApplication, ResigningLetsTheScreenSleepAgain) {
   EngineBench bench;
   bench.process(look(1));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Engines of one process that share what is the same for all of them.
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -82,7 +83,7 @@ TEST_F(SharedParts, StillsThatAreHandedInAreUsedAndNoneAreRead) {
   const TwoStills stills;
   HalvoraViewController engine(phone.platform(), {.stills = &stills});
   engine.viewDidLoad();
-  const auto torchAfter = [&](std::uint16_t frame, const char* section, bool before) {
+  const auto torchAfter = [&](std::uint8_t frame, const char* section, bool before) {
     phone.defaults.setFromOutside("selectedSection", std::string(section));
     Broadcast look{.applicationId = 1, .venueId = 7, .pixelMapId = 5};
     look.minutes = 1;
@@ -100,6 +101,34 @@ TEST_F(SharedParts, StillsThatAreHandedInAreUsedAndNoneAreRead) {
     EXPECT_EQ(torchAfter(2, "A", before), before) << "a missing one";
   }
   EXPECT_FALSE(torchAfter(4, "", true));
+}
+
+/// Three by two pixels, of which the last one is white.
+class CornerStill final : public StillSource {
+ public:
+  std::optional<Still> find(const std::string& /*name*/) const override {
+    std::vector<std::uint8_t> rgba(3 * 2 * 4, 0);
+    std::fill(rgba.end() - 4, rgba.end(), std::uint8_t{255});
+    return std::make_shared<const Image>(Image{3, 2, std::move(rgba)});
+  }
+};
+
+TEST_F(SharedParts, ASeatsColumnAndRowAreThoseOfTheStill) {
+  const CornerStill stills;
+  const auto isLit = [&](const char* x, const char* y) {
+    phone.defaults.setFromOutside("selectedSection", std::string("A"));
+    phone.defaults.setFromOutside("xPos", std::string(x));
+    phone.defaults.setFromOutside("yPos", std::string(y));
+    HalvoraViewController engine(phone.platform(), {.stills = &stills});
+    engine.viewDidLoad();
+    engine.processEffect(
+        {.applicationId = 1, .venueId = 7, .pixelMapId = 5, .ledMode = 9, .minutes = 3});
+    return phone.torch.isOn;
+  };
+  EXPECT_TRUE(isLit("2", "1"));
+  EXPECT_FALSE(isLit("1", "2"));
+  EXPECT_FALSE(isLit("2", "0"));
+  EXPECT_FALSE(isLit("0", "1"));
 }
 
 }  // namespace

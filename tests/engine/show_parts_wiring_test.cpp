@@ -5,6 +5,7 @@
 
 #include "engine/halvora_view_controller.h"
 #include "platform/json/rapid_json_reader.h"
+#include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_phone.h"
 #include "tests/platform/standard/temporary_folder.h"
 
@@ -23,7 +24,8 @@ class ShowPartsWiring : public testing::Test {
     }
     phone_ = std::make_unique<VirtualPhone>(
         json_, VirtualPhoneSetup{.random = std::make_unique<ScriptedRandom>(),
-                                 .documents = files_.path() + "/documents"});
+                                 .documents = files_.path() + "/documents",
+                                 .files = &disk_});
     phone_->mainBundle.folder = files_.path() + "/assets";
     engine_ = std::make_unique<HalvoraViewController>(phone_->platform());
   }
@@ -40,12 +42,10 @@ class ShowPartsWiring : public testing::Test {
   }
   void runTo(long long ms) { phone_->loop.runUntil(milliseconds(ms)); }
 
-  void look(std::initializer_list<std::pair<std::uint16_t Broadcast::*, int>> fields) {
+  void look(std::initializer_list<std::pair<BroadcastValue, int>> fields) {
     Broadcast broadcast;
     broadcast.applicationId = 258;
-    for (const auto& [field, value] : fields) {
-      broadcast.*field = static_cast<std::uint16_t>(value);
-    }
+    for (const auto& [field, value] : fields) field.set(broadcast, value);
     engine_->processEffect(broadcast);
   }
   std::string gobo() const {
@@ -65,6 +65,7 @@ class ShowPartsWiring : public testing::Test {
   ViewStack& views() { return engine_->views(); }
 
   TemporaryFolder files_;
+  StandardFiles disk_;
   RapidJsonReader json_;
   std::unique_ptr<VirtualPhone> phone_;
   std::unique_ptr<HalvoraViewController> engine_;
@@ -309,6 +310,28 @@ TEST_F(ShowPartsWiring, SeekThatCompletesAfterTheEngineIsGonePlaysNothing) {
   engine_.reset();
   phone_->playerA.completeSeek();
   EXPECT_EQ(videoActs(), "");
+}
+
+// Where no path leads to: the phone's own files are all that is asked.
+TEST(ShowPartsInMemory, GobosAndClipsAreFoundThere) {
+  const RapidJsonReader json;
+  VirtualPhone phone(json, {.random = nullptr, .documents = "/documents"});
+  phone.mainBundle.folder = "/packed";
+  for (const char* name : {"/packed/HVAssets/Gobos/1.png", "/packed/HVAssets/Gobos/3.png",
+                           "/packed/HVAssets/3.mp4", "/documents/arena/Gobo/4.png"}) {
+    phone.virtualFiles.put(name, "");
+  }
+  phone.defaults.setFromOutside("pairedBucketID", std::string("arena"));
+  HalvoraViewController engine(phone.platform());
+  engine.viewDidLoad();
+  const auto shown = [&engine] { return engine.views().text(ViewId::goboImage); };
+  EXPECT_EQ(shown(), "/packed/HVAssets/Gobos/1.png");
+  engine.processEffect({.applicationId = 258, .mode = 1, .gobo = 3});
+  EXPECT_EQ(shown(), "/packed/HVAssets/Gobos/3.png");
+  engine.processEffect({.applicationId = 258, .mode = 1, .gobo = 4});
+  EXPECT_EQ(shown(), "/documents/arena/Gobo/4.png");
+  for (const char* clip : {"3", "5"}) engine.playVideo(clip);
+  EXPECT_EQ(phone.playerB.item().path + "|" + phone.playerA.item().path, "|/packed/HVAssets/3.mp4");
 }
 
 }  // namespace

@@ -47,8 +47,8 @@ class TorchPixelMap : public testing::Test {
     broadcast.applicationId = 258;
     broadcast.venueId = 7;
     broadcast.pixelMapId = 5;
-    broadcast.minutes = static_cast<std::uint16_t>(frame);
-    broadcast.ledMode = static_cast<std::uint16_t>(ledMode);
+    broadcast.minutes = static_cast<std::uint8_t>(frame);
+    broadcast.ledMode = static_cast<std::uint8_t>(ledMode);
     engine_.processEffect(broadcast);
   }
   /// The torch after a look of frame 3, begun with the torch in the other state.

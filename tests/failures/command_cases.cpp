@@ -107,7 +107,7 @@ class Run {
     for (const std::string& word : words) arguments_.push_back(word.c_str());
     outside_.encodePicture = pngOf;
     outside_.movies = &kMovies;
-    outside_.openRadio = [] { return std::make_unique<QuietRadio>(); };
+    outside_.openRadio = [](const std::string& /*adapter*/) { return std::make_unique<QuietRadio>(); };
     outside_.openTransmitter = [] { return std::make_unique<QuietTransmitter>(); };
     printed_.reserve(1 << 20);
   }
@@ -173,8 +173,8 @@ class CommandTrial final : public Trial {
     for (const auto& [name, bytes] : tree) {
       const auto known = right_.tree.find(name);
       if (known == right_.tree.end()) return wrong("left " + name + " behind");
-      const bool isPart = grows_ && known->second.starts_with(bytes);
-      if (known->second != bytes && !isPart) return wrong("left half of " + name);
+      const bool hasGrown = grows_ && known->second.starts_with(bytes);
+      if (known->second != bytes && !hasGrown) return wrong("left half of " + name);
     }
     run_.run();
     if (run_.status() != 0) return wrong("cannot be run afterwards: " + run_.error());

@@ -130,7 +130,7 @@ class Show : public Trial {
   }
   std::uint64_t failedLooks() const {
     const ScanDiagnostics& diagnostics = engine_->diagnostics();
-    return diagnostics[PacketFate::noMemory] + diagnostics.failedCalls;
+    return diagnostics[PacketFate::failed] + diagnostics.failedCalls;
   }
 
   Seen look() const {

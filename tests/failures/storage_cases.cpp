@@ -8,8 +8,8 @@
 
 #include "platform/image/picture_decoder.h"
 #include "platform/json/rapid_json_reader.h"
+#include "platform/linux/linux_files.h"
 #include "platform/standard/file_defaults.h"
-#include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_devices.h"
 #include "platform/virtual/virtual_run_loop.h"
 #include "tests/failures/trial.h"
@@ -24,7 +24,7 @@ const RapidJsonReader kJson;
 /// A process's defaults and what they need, without threads.
 struct DefaultsRoom {
   explicit DefaultsRoom(const std::string& path) : defaults(path, {files, kJson, loop, queues}) {}
-  StandardFiles files;
+  LinuxFiles files;
   VirtualRunLoop loop;
   VirtualQueues queues{loop};
   FileDefaults defaults;

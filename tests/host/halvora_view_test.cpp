@@ -251,5 +251,21 @@ TEST(HostViews, ThousandEnginesInOneProcess) {
   for (std::size_t at = 0; at < kPhones; ++at) EXPECT_EQ(starts[at], at % 2 == 0 ? 1 : 0);
 }
 
+TEST_F(HostViewTest, UsageReportsAreTheEnginesUntilTheHostSaysOtherwise) {
+  EXPECT_TRUE(bench.engine().usageReports());
+  HalvoraView view(embedded());
+  show(view);
+  EXPECT_TRUE(bench.engine().usageReports());
+  view.usageReports = false;
+  show(view);
+  EXPECT_FALSE(bench.engine().usageReports());
+  view.usageReports.reset();
+  show(view);
+  EXPECT_FALSE(bench.engine().usageReports()) << "nothing is said about them";
+  view.usageReports = true;
+  show(view);
+  EXPECT_TRUE(bench.engine().usageReports());
+}
+
 }  // namespace
 }  // namespace halvora

@@ -124,5 +124,70 @@ TEST(BrightnessRampDown, EndsAtADarkScreen) {
   EXPECT_EQ(room.loop.turns(), 2U);
 }
 
+/// Shows that it is half lit, whatever it is told, and counts what it is told.
+class StubbornScreen final : public Screen {
+ public:
+  Size bounds() const override { return {}; }
+  double brightness() const override { return present; }
+  void setBrightness(double level) override {
+    ++writes;
+    if (writes % obeysEvery == 0) present = level;
+  }
+  float currentEDRHeadroom() const override { return 1; }
+
+  double present = 0.5;
+  int writes = 0;
+  int obeysEvery = 1 << 30;
+};
+
+struct StubbornRoom {
+  VirtualRunLoop loop;
+  TimerSet timers{loop};
+  StubbornScreen screen;
+  ColourState colour;
+  BrightnessRamps ramps{screen, timers, colour};
+};
+
+TEST(BrightnessRampInVain, UpEndsAfterASecond) {
+  StubbornRoom room;
+  room.colour.currentMaster = 1;
+  room.ramps.fullScreenBrightness();
+  room.loop.runFor(milliseconds(60'000));
+  EXPECT_EQ(room.screen.writes, 100);
+  EXPECT_EQ(room.loop.turns(), 99U);
+}
+
+TEST(BrightnessRampInVain, DownEndsAfterASecond) {
+  StubbornRoom room;
+  room.screen.present = 0.1;
+  room.ramps.saveOriginalBrightness();
+  room.screen.present = 0.5;
+  room.ramps.originalScreenBrightness();
+  room.loop.runFor(milliseconds(60'000));
+  EXPECT_EQ(room.screen.writes, 100);
+  EXPECT_EQ(room.loop.turns(), 99U);
+}
+
+TEST(BrightnessRampInVain, AScreenThatFollowsNowAndThenIsFollowedToTheEnd) {
+  StubbornRoom room;
+  room.screen.obeysEvery = 100;
+  room.colour.currentMaster = 0.525;
+  room.ramps.fullScreenBrightness();
+  room.loop.runFor(milliseconds(60'000));
+  EXPECT_EQ(room.screen.writes, 300);
+  EXPECT_NEAR(room.screen.present, 0.53, 1e-9);
+}
+
+TEST(BrightnessRampInVain, IsTriedAgainWhenTheNextShowEnds) {
+  StubbornRoom room;
+  room.colour.currentMaster = 1;
+  room.ramps.fullScreenBrightness();
+  room.loop.runFor(milliseconds(60'000));
+  room.screen.obeysEvery = 1;
+  room.ramps.fullScreenBrightness();
+  room.loop.runFor(milliseconds(60'000));
+  EXPECT_GE(room.screen.present, 1);
+}
+
 }  // namespace
 }  // namespace halvora

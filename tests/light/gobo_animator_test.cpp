@@ -7,8 +7,11 @@
 #include <utility>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "platform/standard/seeded_random.h"
+#include "platform/standard/standard_files.h"
+#include "platform/virtual/virtual_files.h"
 #include "tests/light/light_room.h"
 #include "tests/platform/standard/temporary_folder.h"
 
@@ -55,7 +58,8 @@ class GoboRoom final : private ViewObserver {
   ViewStack views{timers};
   GoboState state;
   ScriptedRandom random;
-  GoboAnimator gobo{state, views, random};
+  StandardFiles disk;
+  GoboAnimator gobo{state, views, disk, random};
   Events events;
 
  private:
@@ -165,7 +169,7 @@ TEST(GoboVariants, AreAllShownInTheLongRun) {
   room.build(
       {"documents/3_1_4.png", "documents/3_2_4.png", "documents/3_3_4.png", "documents/3_4_4.png"});
   SeededRandom random(1);
-  GoboAnimator gobo(room.state, room.views, random);
+  GoboAnimator gobo(room.state, room.views, room.disk, random);
   gobo.build(
       std::make_shared<const GoboFolders>(GoboFolders{room.files.path() + "/documents", ""}));
   std::set<std::string> all;
@@ -228,6 +232,40 @@ TEST(GoboVariants, AbsurdNumbersShowNothing) {
     room.build({name, "bundle/3.png"});
     EXPECT_EQ(room.change(), "-") << name;
   }
+}
+
+// Of files that are on no disk: the same choice, and nothing else is asked.
+TEST(GoboFolder, MayBeAnywhereThatFilesAre) {
+  VirtualRunLoop loop;
+  TimerSet timers(loop);
+  ViewStack views(timers);
+  GoboState state;
+  ScriptedRandom random(Rule::least);
+  VirtualFiles packed;
+  GoboAnimator gobo(state, views, packed, random);
+  for (const char* name : {"/packed/Gobos/1.png", "/packed/Gobos/3_1_2.png",
+                           "/packed/Gobos/3_2_2.png", "/packed/bucket/Gobo/4.png"}) {
+    packed.put(name, "");
+  }
+  gobo.build(
+      std::make_shared<const GoboFolders>(GoboFolders{"/packed/bucket/Gobo", "/packed/Gobos"}));
+  EXPECT_EQ(views.text(ViewId::goboImage), "/packed/Gobos/1.png");
+  state.currentGobo = 3;
+  gobo.changeGobo();
+  EXPECT_EQ(views.text(ViewId::goboImage), "/packed/Gobos/3_1_2.png");
+  state.currentGobo = 4;
+  gobo.changeGobo();
+  EXPECT_EQ(views.text(ViewId::goboImage), "/packed/bucket/Gobo/4.png");
+  state.currentGobo = 5;
+  gobo.changeGobo();
+  EXPECT_EQ(views.text(ViewId::goboImage), "");
+}
+
+TEST(GoboFolder, PipeIsNoPicture) {
+  GoboRoom room;
+  room.build({"bundle/1.png"});
+  ASSERT_EQ(mkfifo((room.files.path() + "/bundle/3.png").c_str(), 0600), 0);
+  EXPECT_EQ(room.change(), "-");
 }
 
 TEST(GoboFolder, ThatCannotBeListedHoldsNoSet) {

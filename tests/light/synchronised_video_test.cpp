@@ -6,12 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/virtual/virtual_files.h"
 #include "platform/virtual/virtual_media.h"
 #include "tests/light/light_room.h"
-#include "tests/platform/standard/temporary_folder.h"
 
 namespace halvora {
 namespace {
+
+const std::string kFolder = "/assets";
 
 /// The clips alone, with a show that lets them play: status 1, the first seconds over. An event is
 /// what a player was asked to do, or the start of a fade of its view.
@@ -20,15 +22,15 @@ class VideoRoom final : private ViewObserver {
   VideoRoom() {
     views.setObserver(this);
     loop.onTurnEnded([this] { note(); });
-    for (const char* name : {"3.mp4", "5.mp4"}) files.write(name, "");
+    for (const char* name : {"3.mp4", "5.mp4"}) files.put(kFolder + "/" + name, "");
     make();
     state.currentVideoStatus = 1;
     state.videoCanPlay = true;
   }
 
   void make() {
-    video = std::make_unique<SynchronisedVideo>(state, views, timers, VideoPlayers{a, b});
-    video->build(std::make_shared<const std::string>(files.path()));
+    video = std::make_unique<SynchronisedVideo>(state, views, timers, files, players);
+    video->build(std::make_shared<const std::string>(kFolder));
   }
   Events play(const std::string& name) {
     video->playVideo(name);
@@ -55,7 +57,7 @@ class VideoRoom final : private ViewObserver {
     return loop.turns() - before;
   }
 
-  TemporaryFolder files;
+  VirtualFiles files;
   VirtualRunLoop loop;
   TimerSet timers{loop};
   ViewStack views{timers};
@@ -63,6 +65,7 @@ class VideoRoom final : private ViewObserver {
   Log<VideoEvent> log;
   VirtualVideoPlayer a{loop, 'A', log};
   VirtualVideoPlayer b{loop, 'B', log};
+  const VideoPlayers players{a, b};
   std::unique_ptr<SynchronisedVideo> video;
   Events events;
 
@@ -98,7 +101,7 @@ TEST(PlayVideo, FirstClipIsPreparedOnAAndCrossfadesInASecond) {
   EXPECT_EQ(room.play("3"),
             (Events{"0 A load 3", "0 playerViewB out 1000", "0 playerViewA in 1000", "0 B pause"}));
   EXPECT_TRUE(room.state.isVideoAPlaying);
-  EXPECT_EQ(room.a.item().path, room.files.path() + "/3.mp4");
+  EXPECT_EQ(room.a.item().path, kFolder + "/3.mp4");
   EXPECT_EQ(room.a.forwardBuffer, milliseconds(200'000));
 }
 
@@ -254,7 +257,7 @@ TEST(MissingClip, PollsUntilItsTimerIsInvalidated) {
 
 TEST(MissingClip, IsAlsoAFolderOfThatNameAndAnyNameWithoutAssets) {
   VideoRoom room;
-  room.files.write("6.mp4/inside", "");
+  room.files.put(kFolder + "/6.mp4/inside", "");
   room.play("6");
   EXPECT_EQ(room.a.item().path, "");
   room.video->build(std::make_shared<const std::string>());

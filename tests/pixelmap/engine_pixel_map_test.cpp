@@ -18,7 +18,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using B = Broadcast;
-using Fields = std::vector<std::pair<std::uint16_t Broadcast::*, int>>;
+using Fields = std::vector<std::pair<BroadcastValue, int>>;
 
 const Words kThreeColours{0xFFFF0000, 0xFF00FF00, 0xFF0000FF};
 
@@ -70,7 +70,7 @@ class EnginePixelMap : public testing::Test {
   void hearAt(long long ms, const Fields& fields) {
     Broadcast broadcast{.applicationId = 258, .venueId = 7, .master = 100, .red = 255, .mode = 1};
     broadcast.sequence = ++sequence_;
-    for (const auto& [field, value] : fields) broadcast.*field = static_cast<std::uint16_t>(value);
+    for (const auto& [field, value] : fields) field.set(broadcast, value);
     const BroadcastBytes data = encodeBroadcast(broadcast);
     actAt(ms, [this, &data] { EXPECT_TRUE(phone_.bluetooth.advertise(data)); });
   }

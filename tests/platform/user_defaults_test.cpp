@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/virtual/virtual_storage.h"
+#include "tests/support/other_country.h"
 
 namespace halvora {
 namespace {
@@ -36,7 +37,26 @@ TEST(TextForKey, AWholeNumberIsItsDecimalText) {
 TEST(TextForKey, FlagsAndFractionsHaveTextsToo) {
   EXPECT_EQ(textOf(true), "1");
   EXPECT_EQ(textOf(false), "0");
-  EXPECT_EQ(textOf(1.5), "1.500000");
+  EXPECT_EQ(textOf(1.5), "1.5");
+  EXPECT_EQ(textOf(7.0), "7");
+  EXPECT_EQ(textOf(-7.0), "-7");
+  EXPECT_EQ(textOf(1e21), "1" + std::string(21, '0'));
+  EXPECT_EQ(textOf(0.0), "0");
+}
+
+TEST(TextForKey, WhatIsNoNumberHasATextToo) {
+  EXPECT_EQ(textOf(std::numeric_limits<double>::quiet_NaN()), "nan");
+  EXPECT_EQ(textOf(-std::numeric_limits<double>::quiet_NaN()), "nan");
+  EXPECT_EQ(textOf(std::numeric_limits<double>::infinity()), "inf");
+  EXPECT_EQ(textOf(-std::numeric_limits<double>::infinity()), "-inf");
+}
+
+TEST(TextForKey, IsTheSameInEveryCountry) {
+  const OtherCountry abroad;
+  EXPECT_EQ(textOf(7.0), "7");
+  EXPECT_EQ(textOf(1234.5), "1234.5");
+  EXPECT_EQ(textOf(std::int64_t{1234567}), "1234567");
+  if (!abroad.isWhole()) GTEST_SKIP() << "no locale with a decimal comma can be had here";
 }
 
 TEST(TextForKey, AnythingElseIsNone) {

@@ -24,6 +24,7 @@
 #include "apps/demo/show_console.h"
 #include "platform/virtual/virtual_devices.h"
 #include "platform/virtual/virtual_run_loop.h"
+#include "tests/qt/event_wait.h"
 #include "tests/support/source_tree.h"
 
 namespace halvora {
@@ -51,9 +52,7 @@ struct ConsoleTest : testing::Test {
         {{QStringLiteral("desk"), QVariant::fromValue(&desk)}}));
     EXPECT_TRUE(root) << component.errorString().toStdString();
     if (!root) return;
-    while (!window().isActive() || !window().isExposed()) {
-      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    letQtWorkUntil([this] { return window().isActive() && window().isExposed(); });
     settle();
   }
   ~ConsoleTest() override {

@@ -49,7 +49,7 @@ TEST_F(ShowDeskTest, EveryFieldOfALookGoesOut) {
         field.value == &Broadcast::sequence || field.value == &Broadcast::transmitter;
     EXPECT_EQ(desk.set(field.name, ++value), !isNumberedByTheDesk) << field.name;
     if (isNumberedByTheDesk) continue;
-    EXPECT_EQ(sent().*field.value, value) << field.name;
+    EXPECT_EQ(field.value.of(sent()), value) << field.name;
   }
   EXPECT_FALSE(desk.set("brightness", 1));
 }

@@ -45,7 +45,7 @@ QString writeScenario(const QString& folder, const std::string& text) {
   return path;
 }
 
-std::string packetLine(double at, std::uint16_t red, std::uint16_t green, std::uint16_t blue) {
+std::string packetLine(double at, std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
   Broadcast look;
   look.applicationId = 4242;
   look.venueId = 7;
@@ -97,6 +97,7 @@ Reference::Reference(const std::string& text)
 VirtualPhoneSetup Reference::setup() {
   VirtualPhoneSetup setup = setupOf(scenario_.device, std::make_unique<SeededRandom>(1));
   setup.mainBundle = &bundle_;
+  setup.files = &files_;
   return setup;
 }
 

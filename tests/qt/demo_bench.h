@@ -15,6 +15,7 @@
 #include "light/display_list.h"
 #include "platform/json/rapid_json_reader.h"
 #include "platform/standard/folder_bundle.h"
+#include "platform/standard/standard_files.h"
 #include "platform/virtual/virtual_phone.h"
 #include "tools/halvora/scenario_player.h"
 
@@ -37,7 +38,7 @@ DemoRun runDemo(const QStringList& arguments,
 /// A scenario that is not one of the demo's own: a file of that text in a folder.
 QString writeScenario(const QString& folder, const std::string& text);
 /// A line in which a steady colour is heard.
-std::string packetLine(double at, std::uint16_t red, std::uint16_t green, std::uint16_t blue);
+std::string packetLine(double at, std::uint8_t red, std::uint8_t green, std::uint8_t blue);
 
 /// A real X server without a screen, for as long as it lives.
 class XServer {
@@ -74,6 +75,7 @@ class Reference {
 
   RapidJsonReader json_;
   FolderBundle bundle_;
+  StandardFiles files_;
   Scenario scenario_;
   VirtualPhone phone_;
   HalvoraViewController engine_;

@@ -231,6 +231,7 @@ TEST(Demo, BadInput) {
       {{QStringLiteral("--step"), QStringLiteral("1")}, QStringLiteral("--step")},
       {{QStringLiteral("--radio"), QStringLiteral("system")}, QStringLiteral("--radio system")},
       {{QStringLiteral("--radio"), QStringLiteral("tube")}, QStringLiteral("--radio")},
+      {{QStringLiteral("--adapter"), QStringLiteral("hci1")}, QStringLiteral("--adapter")},
       {{QStringLiteral("--assets"), folder.filePath(QStringLiteral("none"))},
        QStringLiteral("none")},
       {{QStringLiteral("--assets"), assets, QStringLiteral("--scenario"),

@@ -11,6 +11,7 @@
 #include "platform/qt/halvora_view_item.h"
 #include "platform/qt/qt_clip_picture.h"
 #include "platform/qt/qt_platform.h"
+#include "tests/qt/event_wait.h"
 #include "tests/qt/qml_bench.h"
 
 namespace halvora {
@@ -117,6 +118,63 @@ TEST_F(HalvoraViewTest, TellsOfAShowThatStartsAndStops) {
   EXPECT_EQ(number("stopped"), 1);
 }
 
+// A host binds its window to it.
+TEST_F(HalvoraViewTest, SaysForHowLongTheStatusBarIsToBeHidden) {
+  place(R"(
+    import QtQuick
+    import Halvora
+    Window {
+        width: 200; height: 100; visible: true
+        visibility: light.statusBarHidden ? Window.FullScreen : Window.Windowed
+        property string told
+        HalvoraView {
+            id: light
+            objectName: "light"
+            anchors.fill: parent
+            onStatusBarHiddenChanged: told += statusBarHidden ? "hidden " : "back "
+            onLightShowStarted: told += "started "
+            onLightShowStopped: told += "stopped "
+        }
+    })");
+  const auto told = [this] { return placed->window().property("told").toString().toStdString(); };
+  listen();
+  EXPECT_FALSE(light().statusBarHidden());
+  EXPECT_EQ(placed->window().visibility(), QWindow::Windowed);
+  show(200, 100, 50);
+  show(100, 100, 50);
+  EXPECT_TRUE(light().statusBarHidden());
+  EXPECT_EQ(placed->window().visibility(), QWindow::FullScreen);
+  EXPECT_EQ(told(), "hidden started ");
+  show(200, 100, 50, 0);
+  EXPECT_FALSE(light().statusBarHidden());
+  EXPECT_EQ(placed->window().visibility(), QWindow::Windowed);
+  EXPECT_EQ(told(), "hidden started back stopped ");
+}
+
+TEST_F(HalvoraViewTest, OnlyTheViewThatShowsTheLightHasAWordOnTheStatusBar) {
+  placeTwo();
+  listen();
+  show(200, 100, 50);
+  const auto isHidden = [this](const char* loader) {
+    return qobject_cast<HalvoraViewItem*>(placed->find(loader)->property("item").value<QObject*>())
+        ->statusBarHidden();
+  };
+  EXPECT_TRUE(isHidden("right"));
+  EXPECT_FALSE(isHidden("left"));
+  unload("right");
+  EXPECT_TRUE(isHidden("left"));
+}
+
+TEST_F(HalvoraViewTest, MayBeDestroyedByWhoeverHearsOfTheStatusBar) {
+  place(kOneView);
+  listen();
+  QObject::connect(&light(), &HalvoraViewItem::statusBarHiddenChanged, &light(),
+                   [this] { delete &light(); });
+  show(200, 100, 50);
+  EXPECT_EQ(placed->find("light"), nullptr);
+  EXPECT_EQ(number("started"), 0);
+}
+
 TEST_F(HalvoraViewTest, ObeysTheTransmittersThatItIsGiven) {
   place(kOneView);
   listen();
@@ -127,6 +185,28 @@ TEST_F(HalvoraViewTest, ObeysTheTransmittersThatItIsGiven) {
   light().setAllowedTransmitterIds({QStringLiteral("258:8"), QStringLiteral("258:7")});
   show(200, 100, 50);
   EXPECT_EQ(placed->colourAt(100, 50), QColor(200, 100, 50));
+}
+
+TEST_F(HalvoraViewTest, UsageReportsAreSwitchedWhileItRuns) {
+  place(kOneView);
+  int changes = 0;
+  QObject::connect(&light(), &HalvoraViewItem::usageReportsChanged, &light(), [&] { ++changes; });
+  EXPECT_TRUE(light().property("usageReports").toBool());
+  EXPECT_TRUE(controller.usageReports());
+  light().setProperty("usageReports", false);
+  EXPECT_FALSE(light().property("usageReports").toBool());
+  EXPECT_FALSE(controller.usageReports());
+  light().setProperty("usageReports", true);
+  EXPECT_TRUE(controller.usageReports());
+  light().setProperty("usageReports", true);
+  EXPECT_EQ(changes, 2);
+}
+
+TEST_F(HalvoraViewTest, UsageReportsThatItDoesNotNameAreTheEngines) {
+  controller.setUsageReports(false);
+  place(kOneView);
+  EXPECT_FALSE(controller.usageReports());
+  EXPECT_FALSE(light().property("usageReports").toBool());
 }
 
 TEST_F(HalvoraViewTest, BindingsFollowPermissionAndVenue) {
@@ -159,7 +239,7 @@ TEST_F(HalvoraViewTest, ASteadyColourPaintsNothingAndWakesNothingButTheNamedTime
   // Clips may be played from four seconds after the start on.
   phone.loop.runFor(milliseconds(3000));
   EXPECT_EQ(placed->colourAt(100, 50), QColor(200, 100, 50));
-  while (light().isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([this] { return !light().isMoving(); });
   QCoreApplication::processEvents();
   int frames = 0;
   QObject::connect(&placed->window(), &QQuickWindow::afterAnimating, &light(), [&] { ++frames; });
@@ -174,7 +254,7 @@ TEST_F(HalvoraViewTest, ASteadyColourPaintsNothingAndWakesNothingButTheNamedTime
   // A scan cycle and a range reset a second, and two looks at the room's light.
   EXPECT_EQ(phone.loop.turns() - turns, kTenths / 10 * 4U);
   show(1, 2, 250);
-  while (frames == 0) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([&] { return frames > 0; });
 }
 
 TEST_F(HalvoraViewTest, TellsTheEngineWhereItIsLaidOut) {

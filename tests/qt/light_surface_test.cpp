@@ -3,8 +3,6 @@
 // with the painter's picture of the same moment.
 #include "platform/qt/light_surface.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
 #include <QImage>
 #include <QPainter>
 #include <QQuickWindow>
@@ -19,6 +17,7 @@
 #include "light/timer_set.h"
 #include "platform/qt/display_painter.h"
 #include "platform/virtual/virtual_run_loop.h"
+#include "tests/qt/event_wait.h"
 
 namespace halvora {
 namespace {
@@ -53,7 +52,7 @@ struct LightSurfaceTest : testing::Test {
     int frames = 0;
     const auto connection =
         QObject::connect(&window, &QQuickWindow::frameSwapped, &window, [&frames] { ++frames; });
-    while (frames < count) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    letQtWorkUntil([&] { return frames >= count; });
     QObject::disconnect(connection);
   }
 
@@ -199,7 +198,7 @@ TEST_F(LightSurfaceTest, AnAnimationThatBeginsAtRestIsDrawnToItsEnd) {
   loop.runFor(milliseconds(1000));
   // The last frame shows where it ended.
   waitForFrames(1);
-  while (surface.isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([this] { return !surface.isMoving(); });
   EXPECT_EQ(seenInTheMiddle(), QColor(Qt::white));
 }
 
@@ -208,7 +207,7 @@ TEST_F(LightSurfaceTest, AsksForNothingWhileNobodySeesIt) {
   views.animateAlpha({{ViewId::container, 1}}, {.duration = milliseconds(1000)});
   waitForFrames(2);
   window.hide();
-  while (surface.isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([this] { return !surface.isMoving(); });
   EXPECT_TRUE(views.isAnimating());
   window.show();
   waitForFrames(5);

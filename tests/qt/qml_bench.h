@@ -62,7 +62,7 @@ struct QmlBench {
     phone.loop.runFor(milliseconds(1000));
   }
   /// A plain colour on the air, and the time that a show takes to fade in.
-  void show(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint16_t mode = 1) {
+  void show(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint8_t mode = 1) {
     onAir.applicationId = 258;
     onAir.transmitter = 7;
     onAir.master = 255;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/qt_descriptors.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
 #include <functional>
 #include <new>
 #include <string>
@@ -12,6 +10,7 @@
 #include <unistd.h>
 
 #include "platform/qt/qt_run_loop.h"
+#include "tests/qt/event_wait.h"
 
 namespace halvora {
 namespace {
@@ -22,9 +21,7 @@ struct QtDescriptorsTest : testing::Test {
     close(ends[0]);
     close(ends[1]);
   }
-  void runUntil(const std::function<bool()>& isDone) {
-    while (!isDone()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-  }
+  void runUntil(const std::function<bool()>& isDone) { letQtWorkUntil(isDone); }
   // Long enough for whatever is ready to be told.
   void runATurn() {
     const TimerId last = loop.after(milliseconds(1), [] {});

@@ -25,6 +25,7 @@
 #include "platform/virtual/virtual_bluetooth.h"
 #include "platform/virtual/virtual_devices.h"
 #include "platform/virtual/virtual_media.h"
+#include "tests/qt/event_wait.h"
 #include "tests/qt/qml_bench.h"
 
 namespace halvora {
@@ -108,6 +109,39 @@ TEST_F(QtPlatformTest, AKitOfTheHostsOwnTakesItsPlace) {
   EXPECT_EQ(QtPlatform(wanted).platform().bundles.kit.localizedString(kSeatButton), "Kies");
 }
 
+TEST_F(QtPlatformTest, WhatAHostsTablesLackIsCompiledInKeyByKey) {
+  write("kit/strings/en.json", R"({"hv_seat_button_select": "Pick"})");
+  write("assets/strings/en.json", R"({"inside_venue": "You are in"})");
+  QtPlatformOptions wanted = options();
+  wanted.kit = path("kit");
+  QLocale::setDefault(QLocale(QLocale::English));
+  {
+    QtPlatform phone(wanted);
+    const Bundles& bundles = phone.platform().bundles;
+    EXPECT_EQ(bundles.kit.localizedString(kSeatButton), "Pick");
+    EXPECT_EQ(bundles.kit.localizedString("allow_lightshow"), "Join the Light Show");
+    EXPECT_EQ(bundles.main.localizedString("inside_venue"), "You are in");
+    EXPECT_EQ(bundles.main.localizedString("outside_venue").substr(0, 11), "You are not");
+    EXPECT_EQ(bundles.main.localizedString("no_such_key"), "no_such_key");
+  }
+  // In the user's language where the kit has it, and the host's words before the kit's.
+  QLocale::setDefault(QLocale(QLocale::German));
+  QtPlatform phone(wanted);
+  const Bundles& bundles = phone.platform().bundles;
+  EXPECT_EQ(bundles.kit.localizedString(kSeatButton), "Pick");
+  EXPECT_EQ(bundles.main.localizedString("outside_venue").substr(0, 8), "Du bist ");
+}
+
+TEST_F(QtPlatformTest, AHostWithoutTextsShowsNoKeys) {
+  QLocale::setDefault(QLocale(QLocale::English));
+  QtPlatform phone(options());
+  HalvoraViewController controller(phone.platform(), phone.engineOptions());
+  controller.viewDidLoad();
+  controller.start();
+  EXPECT_EQ(textForKey(phone.platform().defaults, "bluetoothStatus").value_or("").substr(0, 11),
+            "You are not");
+}
+
 TEST_F(QtPlatformTest, AResourceBundleReadsWholeResourcesUpToALimit) {
   const RapidJsonReader json;
   const QtResourceBundle kit(QStringLiteral(":/halvora/kit"), "kit", {"en"}, json);
@@ -159,7 +193,7 @@ TEST_F(QtPlatformTest, WithoutARadioBluetoothIsAllowedAndUnsupported) {
   manager->restartScan({});
   manager->stopScan();
   EXPECT_EQ(delegate.heard, std::nullopt);
-  while (!delegate.heard) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([&] { return delegate.heard.has_value(); });
   EXPECT_EQ(delegate.heard, CentralState::unsupported);
 }
 
@@ -169,7 +203,7 @@ TEST_F(QtPlatformTest, AManagerThatIsGoneReportsNothing) {
   phone.platform().bluetooth.makeManager(delegate);
   bool isOver = false;
   phone.runLoop().soon([&isOver] { isOver = true; });
-  while (!isOver) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([&] { return isOver; });
   EXPECT_EQ(delegate.heard, std::nullopt);
 }
 

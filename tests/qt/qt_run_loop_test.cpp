@@ -11,13 +11,15 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/qt/event_wait.h"
+
 namespace halvora {
 namespace {
 
 struct QtRunLoopTest : testing::Test {
   // Runs Qt's event loop until `last` has run.
   void runTo(TimerId last) {
-    while (loop.isPending(last)) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    letQtWorkUntil([&] { return !loop.isPending(last); });
   }
   Task note(char name) {
     return [this, name] { ran += name; };
@@ -121,7 +123,7 @@ TEST_F(QtRunLoopTest, PostsOfOtherThreadsKeepTheirOrder) {
       });
     }
   });
-  while (seen.size() < kPosts) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  letQtWorkUntil([&] { return seen.size() >= kPosts; });
   poster.join();
   for (int post = 0; post < kPosts; ++post) EXPECT_EQ(seen[static_cast<std::size_t>(post)], post);
   EXPECT_EQ(seenOn, std::this_thread::get_id());

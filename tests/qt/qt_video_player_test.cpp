@@ -6,7 +6,6 @@
 
 #include <QColor>
 #include <QCoreApplication>
-#include <QEventLoop>
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -17,6 +16,7 @@
 #include "platform/qt/qt_media_support.h"
 #include "platform/virtual/virtual_run_loop.h"
 #include "tests/platform/ffmpeg/clip_maker.h"
+#include "tests/qt/event_wait.h"
 
 namespace halvora {
 namespace {
@@ -34,9 +34,7 @@ struct QtVideoPlayerTest : testing::Test {
     if (!canPlayMedia()) GTEST_SKIP() << "no media library";
   }
 
-  static void waitUntil(const std::function<bool()>& isDone) {
-    while (!isDone()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-  }
+  static void waitUntil(const std::function<bool()>& isDone) { letQtWorkUntil(isDone); }
   void waitUntilReady() {
     waitUntil([this] { return player.isItemReadyToPlay(); });
   }

@@ -3,7 +3,6 @@
 
 #include <QAccessible>
 #include <QCoreApplication>
-#include <QEventLoop>
 #include <QFont>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -17,6 +16,7 @@
 
 #include "platform/qt/halvora_host.h"
 #include "platform/standard/standard_files.h"
+#include "tests/qt/event_wait.h"
 #include "tests/support/source_tree.h"
 
 namespace halvora {
@@ -162,9 +162,7 @@ void StatusBench::settle() {
   }
 }
 
-void StatusBench::waitUntil(const std::function<bool()>& isSo) {
-  while (!isSo()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
+void StatusBench::waitUntil(const std::function<bool()>& isSo) { letQtWorkUntil(isSo); }
 
 void StatusBench::tick() {
   phone.loop.runFor(HalvoraStatusViewController::kStatusInterval);
@@ -237,6 +235,23 @@ void StatusBench::key(Qt::Key key, Qt::KeyboardModifiers modifiers) {
   }
   phone.loop.runFor(Duration::zero());
   settle();
+}
+
+// As most systems send it: each repeat is a release and a press that say so.
+void StatusBench::hold(Qt::Key key) {
+  constexpr int kRepeats = 10;
+  const auto send = [&](QEvent::Type type, bool isRepeat) {
+    QKeyEvent event(type, key, Qt::NoModifier, {}, isRepeat);
+    QCoreApplication::sendEvent(window_, &event);
+    phone.loop.runFor(Duration::zero());
+    settle();
+  };
+  send(QEvent::KeyPress, false);
+  for (int repeat = 0; repeat < kRepeats; ++repeat) {
+    send(QEvent::KeyRelease, true);
+    send(QEvent::KeyPress, true);
+  }
+  send(QEvent::KeyRelease, false);
 }
 
 void StatusBench::type(const QString& text) {

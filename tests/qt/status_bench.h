@@ -86,6 +86,8 @@ class StatusBench {
   void drag(QPointF from, QPointF to);
   void wheel(QPointF place, int degrees);
   void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  /// Presses a key and keeps it down until it has repeated itself some times.
+  void hold(Qt::Key key);
   void type(const QString& text);
 
   /// Opens the wizard from the panel's button.

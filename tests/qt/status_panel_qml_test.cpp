@@ -64,6 +64,20 @@ TEST(StatusPanelQml, OffersTheSettingsWhereBluetoothIsForbidden) {
   EXPECT_EQ(bench.phone.application.settingsOpened, 1);
 }
 
+TEST(StatusPanelQml, OffersTheSettingsWhereBluetoothIsOffIfTheHostSaysSo) {
+  for (const bool isOffered : {false, true}) {
+    StatusBenchSetup setup = withStatus("x");
+    if (isOffered) setup.properties += "\noffersSettingsWhenOff: true";
+    StatusBench bench(setup);
+    bench.phone.defaults.setFromOutside("bluetoothStatus",
+                                        bench.kit.localizedString("bluetooth_off"));
+    bench.tick();
+    EXPECT_EQ(bench.isShown("settingsButton"), isOffered);
+    if (isOffered) bench.click("settingsButton");
+    EXPECT_EQ(bench.phone.application.settingsOpened, isOffered ? 1 : 0);
+  }
+}
+
 TEST(StatusPanelQml, ShowsTheSeatWithAnAmberAndThenAGreenDot) {
   StatusBench bench;
   bench.store({"A", "2", "7"}, {3, 4});
@@ -313,7 +327,11 @@ TEST(StatusPanelQml, GoesWithItsWizardOnScreen) {
   StatusBench bench;
   bench.open();
   bench.destroyWindow();
+  const std::uint64_t turns = bench.phone.loop.turns();
   bench.phone.loop.runFor(milliseconds(2000));
+  // The engine's two looks a second at the room's light go on, and nothing of the panel's.
+  EXPECT_EQ(bench.phone.loop.turns() - turns, 4U);
+  bench.turn([&] { bench.phone.application.dismissPresentedScreens(); });
 }
 
 TEST(StatusPanelQml, AShowTakesTheWizardAway) {
@@ -324,6 +342,23 @@ TEST(StatusPanelQml, AShowTakesTheWizardAway) {
   EXPECT_FALSE(bench.wizard().isLoaded());
   bench.tick();
   bench.open();
+  EXPECT_TRUE(bench.isShown("pickerView"));
+}
+
+TEST(StatusPanelQml, AShowTakesTheWizardsAlertAwayWithIt) {
+  StatusBench bench(
+      {.map = mapWithStanding(), .isHeard = false, .properties = "defaultVenueId: 7"});
+  bench.open();
+  bench.key(Qt::Key_Down);
+  bench.key(Qt::Key_Return);
+  ASSERT_TRUE(bench.isShown("alertContent"));
+  bench.turn([&] { bench.phone.application.dismissPresentedScreens(); });
+  bench.waitUntil(
+      [&] { return !bench.isShown("seatSheetContent") && !bench.isShown("alertContent"); });
+  bench.tick();
+  // Nothing lies over the panel any more, which can be used as before.
+  bench.open();
+  EXPECT_FALSE(bench.isShown("alertContent"));
   EXPECT_TRUE(bench.isShown("pickerView"));
 }
 

@@ -17,6 +17,7 @@
 #include "platform/qt/qt_platform.h"
 #include "platform/user_defaults.h"
 #include "platform/virtual/virtual_bluetooth.h"
+#include "tests/qt/event_wait.h"
 #include "tests/qt/qml_bench.h"
 #include "tests/support/source_tree.h"
 
@@ -52,8 +53,8 @@ struct HostileHost : testing::Test, QmlBench {
 TEST_F(HostileHost, DestroysTheViewInTheMiddleOfEveryEffect) {
   QmlWindow placed(qml, kLoadedView);
   listen();
-  constexpr std::uint16_t kModes = 20;
-  for (std::uint16_t mode = 1; mode <= kModes; ++mode) {
+  constexpr std::uint8_t kModes = 20;
+  for (std::uint8_t mode = 1; mode <= kModes; ++mode) {
     onAir.speed = 200;
     show(200, 100, 50, mode);
     placed.colourAt(100, 50);
@@ -79,7 +80,7 @@ TEST_F(HostileHost, DestroysTheViewWhileItsFramesAreDrawn) {
     onAir.mode = 1;
     phone.bluetooth.advertise(encodeBroadcast(onAir));
     ASSERT_TRUE(controller.views().isAnimating());
-    while (!light->isMoving()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    letQtWorkUntil([light] { return light->isMoving(); });
     if (loaderFirst) setLoaded(*placed, false);
     placed.reset();
     QCoreApplication::processEvents();

@@ -14,6 +14,7 @@
 
 #include "platform/standard/standard_files.h"
 #include "tests/platform/linux/services/fake_login.h"
+#include "tests/qt/qml_bench.h"
 #include "tests/qt/system_bench.h"
 #include "tests/support/source_tree.h"
 
@@ -126,6 +127,53 @@ TEST_F(SystemPhones, WithoutABluetoothDaemonTheRadioSaysWhy) {
   EXPECT_TRUE(waitForRadio("Not scanning"));
 }
 
+TEST_F(SystemPhones, ThePanelsSettingsButtonSwitchesTheAdapterOn) {
+  bluez.appear();
+  bluez.addAdapter("hci0", false);
+  openPhone();
+  QQmlEngine qml;
+  qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
+  phone->install(qml);
+  QmlWindow window(qml, R"(
+    import QtQuick
+    import Halvora
+    Window {
+        width: 300; height: 400; visible: true
+        HalvoraStatusView { objectName: "panel"; width: 300; offersSettingsWhenOff: true }
+    })");
+  auto* button = window.find("settingsButton");
+  ASSERT_NE(button, nullptr);
+  ASSERT_TRUE(waitFor([&] { return button->isVisible() && button->height() > 0; }));
+  QMetaObject::invokeMethod(button, "clicked");
+  ASSERT_TRUE(waitForRadio("Scanning"));
+  EXPECT_THAT(bluez.calls, Contains("Set"));
+  EXPECT_TRUE(waitFor([&] { return button->height() == 0; }));
+}
+
+TEST_F(SystemPhones, TheRadioSaysWhichAdapterIsInUse) {
+  bluez.broken = {"hci0"};
+  bluez.ear = "hci1";
+  send(steadyLook());
+  bluez.addAdapter("hci1", true);
+  openPhone();
+  EXPECT_TRUE(waitForRadio("Scanning · hearing a show · last packet 0."));
+  EXPECT_TRUE(waitForRadio(" · hci1"));
+}
+
+TEST_F(SystemPhones, AnAdapterThatIsNamedIsWaitedForAndTheRadioSaysSo) {
+  bluez.appear();
+  bluez.addAdapter("hci0", true);
+  phone = std::make_unique<SystemPhone>(
+      kAssets, QtLinuxOptions{bus.address(), bus.address(), login.lights(), "A test", "hci1"});
+  phone->engine().start();
+  EXPECT_TRUE(waitForRadio(
+      "Not scanning · no show heard\nwaiting for the adapter hci1, which is not there; this "
+      "machine has hci0"));
+  bluez.addAdapter("hci1", true);
+  EXPECT_TRUE(waitForRadio(" · hci1"));
+  EXPECT_FALSE(phone->radio().contains(QStringLiteral("waiting")));
+}
+
 TEST_F(SystemPhones, AMachineWithoutLightsHasNeitherTorchNorBacklight) {
   QtLinuxServices services(loop, {bus.address(), bus.address(), login.lights()});
   EXPECT_FALSE(services.services().torch->hasTorch());
@@ -189,6 +237,23 @@ TEST_F(SystemDemo, ThePictureShowsWhatIsInTheAir) {
   EXPECT_LE(std::abs(seen.red() - 30), 1) << seen.name().toStdString();
   EXPECT_LE(std::abs(seen.green() - 160), 1) << seen.name().toStdString();
   EXPECT_LE(std::abs(seen.blue() - 90), 1) << seen.name().toStdString();
+}
+
+TEST_F(SystemDemo, SaysInOneLineThatTheAdapterThatIsNamedIsNotThereAndGoesOn) {
+  send(steadyLook());
+  start({QStringLiteral("--adapter"), QStringLiteral("hci7")});
+  std::string said;
+  EXPECT_TRUE(waitFor([&] {
+    said += demo.readAllStandardError().toStdString();
+    return said.find(
+               "halvora-demo: waiting for the adapter hci7, which is not there; this machine "
+               "has hci0\n") != std::string::npos;
+  })) << said;
+  // The picture is of its first show.
+  bluez.ear = "hci7";
+  bluez.addAdapter("hci7", true);
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ(demo.exitCode(), 0);
 }
 
 TEST_F(SystemDemo, WithoutABusThereIsAPictureOfThePanel) {

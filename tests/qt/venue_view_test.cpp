@@ -3,6 +3,7 @@
 #include <set>
 
 #include "tests/qt/committed_picture.h"
+#include "tests/qt/event_wait.h"
 #include "tests/qt/venue_bench.h"
 
 namespace halvora {
@@ -354,9 +355,7 @@ struct VenueAlone : VenueFolder, testing::Test {
     light->setParent(window.contentItem());
     light->setSize(QSizeF(20, 20));
     window.show();
-    while (!window.isExposed()) {
-      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    letQtWorkUntil([this] { return window.isExposed(); });
     QObject::connect(&window, &QQuickWindow::frameSwapped, [this] { ++frames; });
   }
   ~VenueAlone() override {
@@ -384,7 +383,7 @@ struct VenueAlone : VenueFolder, testing::Test {
     ConsoleTest::settle();
     frames = 0;
   }
-  void send(std::uint16_t sequence, std::uint16_t red, std::uint16_t mode = 1) {
+  void send(std::uint16_t sequence, std::uint8_t red, std::uint8_t mode = 1) {
     Broadcast look;
     look.applicationId = 4242;
     look.venueId = 7;

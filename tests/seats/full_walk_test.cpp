@@ -37,9 +37,9 @@ class FullWalk : public testing::Test {
     packet.transmitter = 7;
     packet.venueId = 7;
     packet.master = 100;
-    packet.pixelMapId = static_cast<std::uint16_t>(pixelMapId);
-    packet.mode = static_cast<std::uint16_t>(mode);
-    packet.minutes = static_cast<std::uint16_t>(frame);
+    packet.pixelMapId = static_cast<std::uint8_t>(pixelMapId);
+    packet.mode = static_cast<std::uint8_t>(mode);
+    packet.minutes = static_cast<std::uint8_t>(frame);
     packet.sequence = ++sequence_;
     const BroadcastBytes data = encodeBroadcast(packet);
     bench.turn([&] { EXPECT_TRUE(bench.phone.bluetooth.advertise(data)) << "nobody scans"; });

@@ -33,6 +33,8 @@ class PanelBench {
   HalvoraStatusViewController& panel() { return *panel_; }
   HalvoraViewController& engine() { return *engine_; }
   void destroyPanel() { panel_.reset(); }
+  void destroyEngine() { engine_.reset(); }
+  bool hasPanel() const { return panel_ != nullptr; }
   const StatusPanelViews& views() const { return panel_->views(); }
   const SeatSelectionSummaryRow& row() const { return views().seatSelectionSummaryRow; }
   const StatusDot& dot() const { return row().seatLUTStatusDot; }

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // When the panel loads which venue's map, what it shows meanwhile, and what becomes of a venue
 // without one.
+#include <array>
 #include <cstdint>
+#include <new>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -411,6 +414,23 @@ TEST(OpenSeatSelector, APanelThatIsGoneHearsNoMoreOfShows) {
   bench.destroyPanel();
   bench.phone.application.dismissPresentedScreens();
   EXPECT_FALSE(selector->isDismissed());
+}
+
+// Where it was, nothing is written after it has gone.
+TEST(SeatMapAvailability, MayGoWhileItSaysThatAMapIsLoaded) {
+  PanelBench bench;
+  bench.putMap(7, kBenchMap);
+  alignas(SeatMapAvailability) std::array<unsigned char, sizeof(SeatMapAvailability)> room;
+  SeatMapAvailability* map = nullptr;
+  map = new (room.data()) SeatMapAvailability(bench.phone.platform(), [&map, &room] {
+    EXPECT_EQ(map->seatMapVenueId(), 7);
+    std::exchange(map, nullptr)->~SeatMapAvailability();
+    room.fill(0xA5);
+  });
+  map->viewDidLoad();
+  bench.turn([&map] { map->preloadSeatMapForVenueId(7); });
+  EXPECT_EQ(map, nullptr);
+  for (const unsigned char byte : room) ASSERT_EQ(byte, 0xA5);
 }
 
 }  // namespace

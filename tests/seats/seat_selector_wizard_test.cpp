@@ -372,6 +372,18 @@ TEST(SeatSelectorAlert, AlsoStopsAStoredStandingChoice) {
   EXPECT_EQ(wizard.currentStep(), 0);
 }
 
+TEST(SeatSelectorAlert, GoesWithTheWizardThatItStandsOver) {
+  WizardRoom room(kTwoStanding);
+  auto& wizard = room.load();
+  wizard.pickerDidSelectRow(1);
+  wizard.nextTapped();
+  ASSERT_TRUE(wizard.presentedAlert());
+  wizard.cancelTapped();
+  EXPECT_FALSE(wizard.presentedAlert());
+  wizard.nextTapped();
+  EXPECT_FALSE(wizard.presentedAlert());
+}
+
 TEST(SeatSelectorAlert, IsNotForSeatedSections) {
   WizardRoom room(kTwoStanding);
   auto& wizard = room.load();

@@ -289,5 +289,18 @@ TEST_F(SeatStorageTest, EveryWriteIsSynchronised) {
   EXPECT_TRUE(synchronises([&] { storage.clearSeatSelectionForVenueId(7); }));
 }
 
+TEST_F(SeatStorageTest, ARemovalAloneIsSynchronisedToo) {
+  storage.setSeatDefaults(kNames, {0, 0});
+  defaults.log.drain();
+  const std::uint64_t before = defaults.synchronisations;
+  storage.setSeatDefaults({}, {0, 0});
+  EXPECT_EQ(flatKeys(), "0,0,-,-,-");
+  EXPECT_EQ(defaults.log.entries.size(), 3U);
+  EXPECT_EQ(defaults.synchronisations, before + 1);
+  storage.setSeatDefaults({}, {0, 0});
+  EXPECT_EQ(defaults.log.entries.size(), 3U);
+  EXPECT_EQ(defaults.synchronisations, before + 1) << "nothing is left to remove";
+}
+
 }  // namespace
 }  // namespace halvora

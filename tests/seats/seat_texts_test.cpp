@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "seats/seat_texts.h"
 
-#include <clocale>
+#include <string>
 
 #include <gtest/gtest.h>
 
 #include "platform/virtual/virtual_storage.h"
+#include "tests/support/other_country.h"
 
 namespace halvora {
 namespace {
@@ -63,12 +64,9 @@ TEST(PlainDecimal, HasNoExponent) {
 }
 
 TEST(PlainDecimal, DoesNotDependOnTheLocale) {
-  // Where the machine has no such locale, the second half repeats the first.
+  const OtherCountry abroad;
   EXPECT_EQ(plainDecimal(1234.5), "1234.5");
-  const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-  std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
-  EXPECT_EQ(plainDecimal(1234.5), "1234.5");
-  std::setlocale(LC_NUMERIC, before.c_str());
+  if (!abroad.isWhole()) GTEST_SKIP() << "no locale with a decimal comma can be had here";
 }
 
 std::string named(const JsonScalar& value) {

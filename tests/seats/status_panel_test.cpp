@@ -19,7 +19,7 @@ Broadcast packet(int venueId, int sequence) {
   Broadcast broadcast;
   broadcast.applicationId = 258;
   broadcast.transmitter = 7;
-  broadcast.venueId = static_cast<std::uint16_t>(venueId);
+  broadcast.venueId = static_cast<std::uint8_t>(venueId);
   broadcast.sequence = static_cast<std::uint16_t>(sequence);
   return broadcast;
 }
@@ -78,6 +78,26 @@ TEST(StatusPanel, FollowsWhatTheEngineWritesOfBluetooth) {
   bench.phone.bluetooth.setState(CentralState::poweredOn);
   bench.tick();
   EXPECT_EQ(bench.views().statusTextLabel.text, "host: outside");
+  EXPECT_TRUE(bench.views().settingsButton.hidden);
+}
+
+TEST(StatusPanel, OffersTheSettingsWhereBluetoothIsOffToAHostThatWantsIt) {
+  PanelBench bench;
+  bench.turn([&] { bench.engine().start(); });
+  bench.phone.bluetooth.setState(CentralState::poweredOff);
+  bench.tick();
+  EXPECT_TRUE(bench.views().settingsButton.hidden);
+  StatusPanelFields fields = bench.panel().fields();
+  fields.offersSettingsWhenOff = true;
+  bench.panel().setFields(fields);
+  bench.tick();
+  EXPECT_EQ(bench.views().statusTextLabel.text, "kit: off");
+  EXPECT_FALSE(bench.views().settingsButton.hidden);
+  bench.phone.bluetooth.setState(CentralState::unauthorised);
+  bench.tick();
+  EXPECT_FALSE(bench.views().settingsButton.hidden);
+  bench.phone.bluetooth.setState(CentralState::poweredOn);
+  bench.tick();
   EXPECT_TRUE(bench.views().settingsButton.hidden);
 }
 

@@ -84,6 +84,7 @@ class WizardRoom {
     wizard_->viewDidLoad();
     return *wizard_;
   }
+  void destroyWizard() { wizard_.reset(); }
   /// Loads with a choice as the storage had it.
   HalvoraSeatSelectorViewController& loadWith(const InitialSeatSelection& stored) {
     inputs.initialSelection = stored;

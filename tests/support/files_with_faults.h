@@ -25,6 +25,7 @@ class FilesWithFaults final : public Files {
   bool replace(const std::string& path, std::string_view bytes) override {
     return path != unwritable && files.replace(path, bytes);
   }
+  void removeLeftovers(const std::string& beginning) override { files.removeLeftovers(beginning); }
   bool makeFolder(const std::string& path) override { return files.makeFolder(path); }
   bool move(const std::string& from, const std::string& to) override {
     return files.move(from, to);

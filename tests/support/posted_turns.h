@@ -1,18 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 // A run loop for tests with real threads: what any thread posts runs on the thread of the test,
 // which waits for it. Its time stands still, so no timer is ever due. Owned by the test; must
-// outlive whatever posts to it.
+// outlive whatever posts to it. No wait is longer than a bound that only a failure reaches; it ends
+// the test.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <stdexcept>
 #include <utility>
 
 #include "platform/run_loop.h"
 
 namespace halvora {
+
+/// Waits until that is so, as is looked at under the lock. Throws if it never is.
+template <class Condition>
+void waitOrFail(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                Condition isSo) {
+  if (!changed.wait_for(lock, std::chrono::seconds(60), isSo)) {
+    throw std::runtime_error("waited a minute in vain");
+  }
+}
 
 class PostedTurns final : public RunLoop {
  public:
@@ -39,7 +51,7 @@ class PostedTurns final : public RunLoop {
     Task task;
     {
       std::unique_lock lock(mutex_);
-      posted_.wait(lock, [this] { return !tasks_.empty(); });
+      waitOrFail(lock, posted_, [this] { return !tasks_.empty(); });
       task = std::move(tasks_.front());
       tasks_.pop_front();
     }
@@ -77,12 +89,13 @@ class Gate {
     std::unique_lock lock(mutex_);
     ++arrived_;
     changed_.notify_all();
-    changed_.wait(lock, [this] { return isOpen_; });
+    // A thread that nobody lets through any more goes on by itself: the test has failed elsewhere.
+    changed_.wait_for(lock, std::chrono::seconds(60), [this] { return isOpen_; });
   }
   /// Waits until a thread is there, or has been.
   void waitForArrival() {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return arrived_ > 0; });
+    waitOrFail(lock, changed_, [this] { return arrived_ > 0; });
   }
   void open() {
     const std::lock_guard lock(mutex_);

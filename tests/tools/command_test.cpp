@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/tools/tool_runner.h"
@@ -56,6 +57,16 @@ TEST(WholeNumber, IsDigitsWithASignPerhaps) {
   for (const char* text : {"", "-", "+1", "1.0", " 1", "1 ", "--1", "9223372036854775808"}) {
     EXPECT_EQ(wholeNumber(text), std::nullopt) << text;
   }
+}
+
+TEST(Version, IsOneLineWithTheLibrariesOfTheBuild) {
+  const ToolRun run = runTool({"--version"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.error, "");
+  ASSERT_EQ(linesOf(run.output).size(), 1U);
+  EXPECT_THAT(run.output, testing::MatchesRegex(
+                              "halvora [0-9]+\\.[0-9]+\\.[0-9]+ "
+                              "\\(CLI11 [0-9.]+, RapidJSON [0-9.]+(, lib[a-z]+ [0-9.]+)*\\)\n"));
 }
 
 TEST(FolderCheck, LetsFilesBeNoFolders) {

@@ -35,12 +35,17 @@ class Listen : public testing::Test {
     setup.isInterrupted = &isInterrupted;
     setup.isOutputClosed = isOutputClosed;
     if (hasRadio) {
-      setup.openRadio = [&] { return std::make_unique<VirtualRadio>(air, isInterrupted); };
+      setup.openRadio = [&](const std::string& adapter) {
+        named = adapter;
+        return std::make_unique<VirtualRadio>(air, isInterrupted);
+      };
     }
     return runTool(arguments, setup);
   }
 
   VirtualAir air;
+  /// The adapter that was asked for.
+  std::string named;
   bool hasRadio = true;
   bool isOutputClosed = false;
 };
@@ -94,6 +99,52 @@ TEST_F(Listen, GoesOnThroughARadioThatIsSwitchedOffAndOn) {
   const auto lines = linesOf(run({"--for", "6"}).output);
   ASSERT_EQ(lines.size(), 3U);
   EXPECT_THAT(lines[2], HasSubstr(R"("packets":2,"repeats":0,"lost":1)"));
+}
+
+TEST_F(Listen, SaysWhichAdapterItScansOnAndWhenAnotherTakesOver) {
+  air.adapters = {{"hci0", "hci1"}, "hci0", {}};
+  air.packets = {{1000, packet(1)}, {3000, packet(2)}};
+  air.acts[2000] = [this](VirtualBluetooth&) { air.adapters.scanning.clear(); };
+  air.acts[2500] = [this](VirtualBluetooth&) { air.adapters.scanning = "hci1"; };
+  const auto lines = linesOf(run({"--for", "6"}).output);
+  ASSERT_EQ(lines.size(), 5U);
+  EXPECT_EQ(lines[0], R"({"t":250,"adapter":"hci0"})");
+  EXPECT_THAT(lines[1], HasSubstr(R"("sequence":1,)"));
+  EXPECT_THAT(lines[2], HasSubstr(R"("adapter":"hci1"})"));
+  EXPECT_THAT(lines[3], HasSubstr(R"("sequence":2,)"));
+  EXPECT_EQ(named, "");
+}
+
+TEST_F(Listen, SaysTheAdapterBeforeTheFirstPacket) {
+  air.adapters = {{"hci0"}, "hci0", {}};
+  air.packets = {{100, packet(1)}};
+  const auto lines = linesOf(run({"--for", "1", "--adapter", "hci0"}).output);
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_EQ(lines[0], R"({"t":99,"adapter":"hci0"})");
+  EXPECT_EQ(named, "hci0");
+}
+
+TEST_F(Listen, ARecordingHasNoWordOfTheAdapter) {
+  const TestFolder folder;
+  const std::string file = (folder.path() / "show.jsonl").string();
+  air.adapters = {{"hci0"}, "hci0", {}};
+  air.packets = {{100, packet(1)}};
+  EXPECT_EQ(run({"--for", "1", "--record", file}).status, 0);
+  EXPECT_EQ(linesOf(contentsOf(file)).size(), 2U);
+}
+
+TEST_F(Listen, NamesTheAdaptersThatThereAreInOneLine) {
+  air.state = CentralState::unsupported;
+  air.adapters.all = {"hci0", "hci1", "hci2"};
+  EXPECT_EQ(run({"--adapter", "hci7"}).error,
+            "no Bluetooth adapter called hci7; this machine has hci0, hci1 and hci2: name one of "
+            "these with --adapter, or none");
+  air.adapters.all = {"hci0"};
+  EXPECT_EQ(run({"--adapter", "a\nb"}).error,
+            "no Bluetooth adapter called a?b; this machine has hci0: name one of these with "
+            "--adapter, or none");
+  air.adapters.all = {};
+  EXPECT_EQ(run({"--adapter", "hci7"}).error, "no Bluetooth adapter, or no Bluetooth service");
 }
 
 TEST_F(Listen, WithoutARadioItSaysWhyInOneLine) {

@@ -99,6 +99,8 @@ TEST(MapCheckCommand, FindingsOfAProgramHaveTheSameKeys) {
             R"({"sections":0,"rows":0,"seats":0,"standingAreas":0,"standingPlaces":0,"videos":[],)"
             R"("versions":null,"findings":[{"kind":"versionMissing","text":)"
             R"("a document that is a bare list has no versions","count":1,"examples":[]},)"
+            R"({"kind":"sectionWithoutRows","text":)"
+            R"("1 section has no rows with seats and is left out","count":1,"examples":["[0]"]},)"
             R"({"kind":"noSeats","text":"the document holds no seats: there is no map","count":1,)"
             R"("examples":[]}],"stills":[],"standingOverlay":null})"
             "\n");

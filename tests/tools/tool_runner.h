@@ -30,7 +30,7 @@ struct ToolSetup {
   /// Takes the output in place of the result's text.
   Output output = {};
   /// None where they are absent.
-  std::function<std::unique_ptr<Radio>()> openRadio = {};
+  std::function<std::unique_ptr<Radio>(const std::string& adapter)> openRadio = {};
   std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
   /// Nothing can be written to the result's text.
   bool isOutputClosed = false;

@@ -23,6 +23,7 @@ struct VirtualAir {
     std::string bytes;
   };
   CentralState state = CentralState::poweredOn;
+  RadioAdapters adapters = {};
   std::vector<Packet> packets;
   std::map<long long, std::function<void(VirtualBluetooth&)>> acts;
   /// Ctrl-C.
@@ -31,7 +32,7 @@ struct VirtualAir {
 
 class VirtualRadio final : public Radio {
  public:
-  VirtualRadio(const VirtualAir& air, std::atomic<bool>& isInterrupted) {
+  VirtualRadio(const VirtualAir& air, std::atomic<bool>& isInterrupted) : air_(air) {
     radio_.setState(air.state);
     for (const VirtualAir::Packet& packet : air.packets) {
       loop_.after(milliseconds(packet.at), [this, &packet] {
@@ -48,11 +49,13 @@ class VirtualRadio final : public Radio {
   }
   RunLoop& loop() override { return loop_; }
   BluetoothCentral& bluetooth() override { return radio_; }
+  RadioAdapters adapters() const override { return air_.adapters; }
   void runUntil(const std::function<bool()>& isDone) override {
     while (!isDone() && loop_.now() < std::chrono::hours(1)) loop_.runFor(milliseconds(1));
   }
 
  private:
+  const VirtualAir& air_;
   VirtualRunLoop loop_;
   VirtualBluetooth radio_{loop_};
 };

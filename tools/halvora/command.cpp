@@ -2,10 +2,11 @@
 #include "tools/halvora/command.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <utility>
 #include <vector>
+
+#include "platform/json/real_number.h"
 
 namespace halvora {
 
@@ -57,11 +58,25 @@ std::optional<std::int64_t> wholeNumber(std::string_view text) {
 }
 
 std::optional<double> plainNumber(const std::string& text) {
-  const bool isPlain = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
-  char* end = nullptr;
-  const double value = std::strtod(text.c_str(), &end);
-  const bool isWhole = !text.empty() && text.front() != '+' && *end == '\0';
-  return isPlain && isWhole ? std::optional(value) : std::nullopt;
+  std::string_view rest = text;
+  const auto skip = [&rest](std::string_view any) {
+    const bool isThere = !rest.empty() && any.find(rest.front()) != std::string_view::npos;
+    if (isThere) rest.remove_prefix(1);
+    return isThere;
+  };
+  const auto skipDigits = [&rest] {
+    const std::size_t count = std::min(rest.find_first_not_of("0123456789"), rest.size());
+    rest.remove_prefix(count);
+    return count;
+  };
+  skip("-");
+  std::size_t digits = skipDigits();
+  if (skip(".")) digits += skipDigits();
+  if (digits > 0 && skip("eE")) {
+    skip("+-");
+    digits = skipDigits();
+  }
+  return digits > 0 && rest.empty() ? std::optional(realNumber(text)) : std::nullopt;
 }
 
 std::string absolutePath(std::string_view path) {

@@ -56,8 +56,9 @@ struct Outside {
   PictureEncoder encodePicture = nullptr;
   /// Null where movies cannot be written.
   const MovieWriters* movies = nullptr;
-  /// The machine's radio, never null; absent where there is no way to one.
-  std::function<std::unique_ptr<Radio>()> openRadio = {};
+  /// The machine's radio, never null, on that adapter ("hci1") or, where none is named, on
+  /// whichever works; absent where there is no way to one.
+  std::function<std::unique_ptr<Radio>(const std::string& adapter)> openRadio = {};
   /// The machine's transmitter, likewise.
   std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
 };

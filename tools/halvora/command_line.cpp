@@ -6,6 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/halvora/version.h"
+
 namespace halvora {
 
 namespace {
@@ -77,11 +79,15 @@ CommandResult runCommandLine(const char* purpose, std::span<const CommandRow> co
                              const Call& call) {
   CLI::App app(purpose, "halvora");
   app.require_subcommand(1);
+  app.set_version_flag("--version", std::string(versionText()),
+                       "print the version and the libraries it was built with");
   const std::vector<Offer> offers = offerAll(app, commands);
   try {
     app.parse(static_cast<int>(call.arguments.size()), call.arguments.data());
   } catch (const CLI::CallForHelp&) {
     return writeAll(app.help(), call.output);
+  } catch (const CLI::CallForVersion& version) {
+    return writeAll(std::string(version.what()) + "\n", call.output);
   } catch (const CLI::ParseError& error) {
     // The library may explain itself at length; its first line says what is wrong.
     const std::string what = error.what();

@@ -71,6 +71,7 @@ CommandResult runCommand(int argumentCount, const char* const* arguments, const 
     // Short enough to need no memory.
     result = failed("out of memory");
   } catch (const std::exception& error) {
+    // What the system has no room for besides memory, as threads or descriptors.
     result = failed(error.what());
   }
   result.error = oneLine(std::move(result.error));

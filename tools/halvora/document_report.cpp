@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <array>
+#include <iterator>
 #include <utility>
+#include <vector>
 
 #include "platform/json.h"
 #include "seats/map_versions.h"
 #include "seats/seat_texts.h"
+#include "tools/halvora/map_flaws.h"
 #include "tools/halvora/map_report.h"
 
 namespace halvora {
@@ -72,6 +75,19 @@ std::optional<Finding> findingOn(const WrittenVersion& version, std::int64_t cou
                  {}};
 }
 
+void addVersionFindings(DocumentReport& report, const std::array<WrittenVersion, 2>& written) {
+  if (!report.versions) {
+    report.findings.push_back(
+        {"versionMissing", "a document that is a bare list has no versions", 1, {}});
+    return;
+  }
+  const std::array counted = {report.versions->seatVersion, report.versions->mapAssetsVersion};
+  for (std::size_t at = 0; at < counted.size(); ++at) {
+    auto finding = findingOn(written[at], counted[at]);
+    if (finding) report.findings.push_back(std::move(*finding));
+  }
+}
+
 }  // namespace
 
 DocumentReport reportOnDocument(std::string_view document, const JsonReader& json) {
@@ -84,16 +100,9 @@ DocumentReport reportOnDocument(std::string_view document, const JsonReader& jso
     return report;
   }
   report.versions = mapVersionInfoFromJSON(document, json);
-  if (!report.versions) {
-    report.findings.push_back(
-        {"versionMissing", "a document that is a bare list has no versions", 1, {}});
-    return report;
-  }
-  const std::array counted = {report.versions->seatVersion, report.versions->mapAssetsVersion};
-  for (std::size_t at = 0; at < counted.size(); ++at) {
-    auto finding = findingOn(texts.versions()[at], counted[at]);
-    if (finding) report.findings.push_back(std::move(*finding));
-  }
+  addVersionFindings(report, texts.versions());
+  std::vector<Finding> flaws = flawsOf(document, json);
+  std::move(flaws.begin(), flaws.end(), std::back_inserter(report.findings));
   return report;
 }
 

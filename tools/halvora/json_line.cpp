@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/json_line.h"
 
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <variant>
 
@@ -18,11 +20,19 @@ rapidjson::SizeType sizeOf(std::string_view text) {
   return static_cast<rapidjson::SizeType>(text.size());
 }
 
+// With six decimals, whatever the locale's decimal point is.
+std::string longText(double level) {
+  std::array<char, 400> text{};
+  const char* const end =
+      std::to_chars(text.data(), text.data() + text.size(), level, std::chars_format::fixed, 6).ptr;
+  return std::string(text.data(), static_cast<std::size_t>(end - text.data()));
+}
+
 }  // namespace
 
 std::string levelText(double level) {
-  if (!(std::fabs(level) < kLargestRounded))
-    return std::isfinite(level) ? std::to_string(level) : "null";
+  if (!std::isfinite(level)) return "null";
+  if (!(std::fabs(level) < kLargestRounded)) return longText(level);
   const long long steps = std::llround(level * static_cast<double>(kSteps));
   const long long size = steps < 0 ? -steps : steps;
   std::string text = steps < 0 ? "-" : "";

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/halvora/listen_command.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "engine/broadcast.h"
 #include "tools/halvora/command_line.h"
@@ -19,15 +22,34 @@ namespace {
 constexpr double kLongestListening = 1e9;
 /// A phone begins to scan a second after its start; a recording's first packet comes after that.
 constexpr long long kRecordedFromMs = 2000;
+constexpr Duration kBetweenLooks = milliseconds(250);
 
 long long wholeMilliseconds(Duration time) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
 }
 
-const char* reasonOf(CentralState state) {
+// "hci0", "hci0 and hci1", "hci0, hci1 and hci2".
+std::string listOf(const std::vector<std::string>& names) {
+  std::string text;
+  for (std::size_t at = 0; at < names.size(); ++at) {
+    if (at > 0) text += at + 1 < names.size() ? ", " : " and ";
+    text += names[at];
+  }
+  return text;
+}
+
+// Why there is nothing to listen to, on the adapter that was named or, for an empty name, on any.
+std::string reasonOf(CentralState state, const std::string& name,
+                     const std::vector<std::string>& adapters) {
+  const bool isMissing = std::ranges::find(adapters, name) == adapters.end();
+  if (!name.empty() && !adapters.empty() && isMissing) {
+    return "no Bluetooth adapter called " + name + "; this machine has " + listOf(adapters) +
+           ": name one of these with --adapter, or none";
+  }
   switch (state) {
     case CentralState::poweredOff:
-      return "Bluetooth is switched off";
+      return name.empty() ? "Bluetooth is switched off"
+                          : "the Bluetooth adapter " + name + " is switched off";
     case CentralState::unauthorised:
       return "the system does not allow this user to use Bluetooth";
     default:
@@ -52,9 +74,13 @@ class Listening final : private CentralManagerDelegate {
 
   void start() {
     hasStarted_ = true;
-    begin_ = radio_.loop().now();
+    RunLoop& loop = radio_.loop();
+    begin_ = loop.now();
+    looks_ = {loop, loop.every(kBetweenLooks, [this] { tellAdapter(); })};
     scan();
   }
+  /// Whether any adapter ever scanned, where the radio knows of adapters.
+  bool hasScanned() const { return !adapter_.empty() || radio_.adapters().all.empty(); }
 
   void printSummary() {
     const Duration end = elapsed();
@@ -82,7 +108,18 @@ class Listening final : private CentralManagerDelegate {
     if (state_ == CentralState::poweredOn) manager_->scanForPeripherals({.allowDuplicates = true});
   }
 
+  // Another one takes over where one fails.
+  void tellAdapter() {
+    const RadioAdapters adapters = radio_.adapters();
+    if (adapters.scanning.empty() || adapters.scanning == adapter_) return;
+    adapter_ = adapters.scanning;
+    JsonLine line;
+    line.begin().add("t", std::int64_t{wholeMilliseconds(elapsed())}).add("adapter", adapter_);
+    print(line.end());
+  }
+
   void didDiscoverPeripheral(const Advertisement& advertisement) override {
+    if (adapter_.empty()) tellAdapter();
     if (!advertisement.manufacturerData) return;
     const auto data = *advertisement.manufacturerData;
     const BroadcastFormat format = formatOf(data);
@@ -105,6 +142,9 @@ class Listening final : private CentralManagerDelegate {
   bool hasStarted_ = false;
   bool isWritable_ = true;
   Duration begin_{};
+  /// The last one that scanned, and the looks at it.
+  std::string adapter_;
+  Timer looks_;
   SequenceCount counts_;
   std::unique_ptr<CentralManager> manager_;
 };
@@ -112,11 +152,13 @@ class Listening final : private CentralManagerDelegate {
 class ListenCommand final : public ToolCommand {
  public:
   void describe(CommandOptions& options) override {
+    options.optional("--adapter", adapter_,
+                     "the adapter, as hci1 (default: whichever works, the first one first)");
     options.optional("--for", for_, "seconds to listen (default: until Ctrl-C)");
     options.optional("--record", record_, "file to write as a scenario that trace replays");
     options.footer(
-        "Prints each show packet as it is heard, and at the end a summary of each "
-        "transmitter:\nwhat was received, and by the gaps in its sequence what was lost.");
+        "Prints the adapter in use and each show packet as it is heard, and at the end a summary "
+        "of each\ntransmitter: what was received, and by the gaps in its sequence what was lost.");
   }
 
   CommandResult run(const Call& call) override {
@@ -129,7 +171,7 @@ class ListenCommand final : public ToolCommand {
       longest = fromSeconds(*seconds);
     }
     if (!call.outside.openRadio) return failed("this halvora was built without Bluetooth");
-    const std::unique_ptr<Radio> radio = call.outside.openRadio();
+    const std::unique_ptr<Radio> radio = call.outside.openRadio(adapter_);
     return listen(*radio, longest, call);
   }
 
@@ -140,7 +182,9 @@ class ListenCommand final : public ToolCommand {
     const std::atomic<bool>& isInterrupted = call.outside.isInterrupted;
     radio.runUntil([&] { return isInterrupted || listening.state() != CentralState::unknown; });
     if (isInterrupted) return done();
-    if (listening.state() != CentralState::poweredOn) return failed(reasonOf(listening.state()));
+    if (listening.state() != CentralState::poweredOn) {
+      return failed(reasonOf(listening.state(), adapter_, radio.adapters().all));
+    }
     // What an earlier recording holds is safe until there is something to listen to.
     if (!record_.empty()) {
       recording.open(record_, std::ios::binary | std::ios::trunc);
@@ -155,9 +199,15 @@ class ListenCommand final : public ToolCommand {
     recording.flush();
     if (!listening.isRecorded()) return failed(record_ + ": cannot be written");
     if (!listening.isWritable()) return failed("standard output cannot be written");
+    const RadioAdapters adapters = radio.adapters();
+    if (!listening.hasScanned() && !adapters.error.empty()) {
+      return failed("no Bluetooth adapter of " + listOf(adapters.all) +
+                    " scans: " + adapters.error);
+    }
     return done();
   }
 
+  std::string adapter_;
   std::optional<std::string> for_;
   std::string record_;
 };

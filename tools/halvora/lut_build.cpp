@@ -128,6 +128,7 @@ Failure LutBuild::buildAll() {
     // Before the work: a folder that cannot be made should not cost the time of a build.
     folder = luts_.pixelMapSeatLUTDirectoryURLForVideoURL(request_.video);
     if (!written_.makeFolder(folder)) return failed(folder + ": cannot be made");
+    luts_.removeLeftovers(request_.video);
   }
   const std::size_t words = request_.seats.size() * frameCount_;
   if (!table_.make(words, request_, folder)) {
@@ -184,6 +185,7 @@ Failure LutBuild::writeRaw() {
   const fs::file_status status = fs::symlink_status(request_.raw, error);
   bool isWritten = false;
   if (!fs::exists(status) || fs::is_regular_file(status)) {
+    written_.removeLeftovers(request_.raw);
     isWritten = written_.replace(request_.raw, bytes);
   } else {
     // A device, a pipe, or a link to one, as standard output's name is: nothing to put in place of.

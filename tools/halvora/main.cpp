@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
+#include <string>
 #include <string_view>
 
 #include <unistd.h>
@@ -34,7 +35,7 @@ int main(int argumentCount, char** arguments) {
   const halvora::FfmpegMovies movies;
   outside.movies = &movies;
 #ifdef HALVORA_HAS_BLUETOOTH
-  outside.openRadio = halvora::openSystemRadio;
+  outside.openRadio = [](const std::string& adapter) { return halvora::openSystemRadio(adapter); };
   outside.openTransmitter = [] { return halvora::openSystemTransmitter(); };
 #endif
   if (isatty(STDERR_FILENO) != 0) {

@@ -40,7 +40,9 @@ class DrawCommand final : public ToolCommand {
     const std::string bytes = call.outside.encodePicture(plan);
     if (bytes.empty()) return failed("the picture cannot be made into a PNG");
     WrittenFiles files(call.outside.isInterrupted);
-    if (files.replace(absolutePath(out_), bytes)) return done();
+    const std::string path = absolutePath(out_);
+    files.removeLeftovers(path);
+    if (files.replace(path, bytes)) return done();
     return call.outside.isInterrupted ? interrupted() : unusable(out_ + ": cannot be written");
   }
 

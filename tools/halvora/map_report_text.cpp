@@ -109,14 +109,14 @@ void writeFindings(Page& page, const std::vector<Finding>& findings) {
                              : counted(findings.size(), "finding.", "findings."));
 }
 
-rapidjson::SizeType sizeOf(std::string_view text) {
+rapidjson::SizeType lengthOf(std::string_view text) {
   return static_cast<rapidjson::SizeType>(text.size());
 }
 
 void write(Writer& writer, std::string_view text) {
   std::string storage;
   const std::string_view valid = validUtf8(text, storage);
-  writer.String(valid.data(), sizeOf(valid));
+  writer.String(valid.data(), lengthOf(valid));
 }
 
 void write(Writer& writer, const char* key, std::string_view text) {

@@ -28,7 +28,7 @@ std::string describePacket(std::span<const std::uint8_t> data) {
   }
   const Broadcast broadcast = decodeBroadcast(data);
   for (const BroadcastField& field : kBroadcastFields) {
-    line.add(field.name, std::int64_t{broadcast.*field.value});
+    line.add(field.name, std::int64_t{field.value.of(broadcast)});
   }
   const std::string key = NSDataToHex(data.first(kBroadcastKeySize));
   const std::string transmitter = transmitterKey(broadcast.applicationId, broadcast.transmitter);

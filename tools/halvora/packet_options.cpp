@@ -12,8 +12,8 @@ void PacketOptions::describe(CommandOptions& options, const Broadcast& packet) {
   for (std::size_t at = 0; at < kBroadcastFields.size(); ++at) {
     const BroadcastField& field = kBroadcastFields[at];
     options.optional("--" + std::string(field.name), values_[at],
-                     "0 to " + std::to_string(field.largest()),
-                     std::to_string(packet.*field.value));
+                     "0 to " + std::to_string(field.value.largest()),
+                     std::to_string(field.value.of(packet)));
   }
 }
 
@@ -26,12 +26,12 @@ std::variant<Broadcast, CommandResult> PacketOptions::read() const {
   for (std::size_t at = 0; at < kBroadcastFields.size(); ++at) {
     const BroadcastField& field = kBroadcastFields[at];
     if (!values_[at]) continue;
-    const auto value = decimal(*values_[at], field.largest());
+    const auto value = decimal(*values_[at], field.value.largest());
     if (!value) {
       return unusable("--" + std::string(field.name) + " must be decimal digits, 0 to " +
-                      std::to_string(field.largest()) + ", not \"" + *values_[at] + "\"");
+                      std::to_string(field.value.largest()) + ", not \"" + *values_[at] + "\"");
     }
-    packet.*field.value = static_cast<std::uint16_t>(*value);
+    field.value.set(packet, static_cast<int>(*value));
   }
   return packet;
 }

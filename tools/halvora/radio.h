@@ -4,17 +4,30 @@
 #pragma once
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "platform/bluetooth.h"
 #include "platform/run_loop.h"
 
 namespace halvora {
 
+/// What a radio knows of the machine's adapters, as the system calls them ("hci0"); empty where it
+/// knows of none.
+struct RadioAdapters {
+  std::vector<std::string> all;
+  /// The one that is scanned on now.
+  std::string scanning;
+  /// What the system said of the last thing that failed.
+  std::string error;
+};
+
 class Radio {
  public:
   virtual ~Radio() = default;
   virtual RunLoop& loop() = 0;
   virtual BluetoothCentral& bluetooth() = 0;
+  virtual RadioAdapters adapters() const { return {}; }
   /// Runs turns until `isDone`, which is asked often enough for a user who waits.
   virtual void runUntil(const std::function<bool()>& isDone) = 0;
 };

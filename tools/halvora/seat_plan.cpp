@@ -208,7 +208,7 @@ class SeatPlan {
   } list_;
 };
 
-constexpr double kMargin = 48;
+constexpr double kPlanMargin = 48;
 constexpr double kTitleHeight = 20;
 constexpr double kLabelHeight = 19;
 constexpr double kListHeight = 15;
@@ -219,7 +219,7 @@ void SeatPlan::layOut(double size) {
   // A few seats should not become balloons.
   constexpr double kMostUnitsAPosition = 60;
   constexpr double kLeastWidth = 800;
-  const double margin = kMargin * unit_;
+  const double margin = kPlanMargin * unit_;
   const double longer = std::max({box_.width(), box_.height(), 1.0});
   scale_ = std::min((size - 2 * margin) / longer, kMostUnitsAPosition * unit_);
   const double planWidth = box_.width() * scale_ + 2 * margin;
@@ -243,7 +243,7 @@ void SeatPlan::layOutList() {
   for (std::size_t at = 0; at < sections_.size(); ++at) {
     widest = std::max(widest, PlanCanvas::textWidth(listEntry(at), kListHeight * unit_));
   }
-  const double room = width_ - 2 * kMargin * unit_;
+  const double room = width_ - 2 * kPlanMargin * unit_;
   list_.columnWidth = std::min(widest + 2 * kListIndent * unit_, room / 3);
   const auto columns = static_cast<std::size_t>(std::max(room / list_.columnWidth + kHair, 1.0));
   list_.rows = std::min((sections_.size() + columns - 1) / columns, kMostRows);
@@ -268,7 +268,7 @@ std::string SeatPlan::listEntry(std::size_t at) const {
 
 void SeatPlan::drawTitle(PlanCanvas& canvas) const {
   const double height = kTitleHeight * unit_;
-  const double margin = kMargin * unit_;
+  const double margin = kPlanMargin * unit_;
   const double room = width_ - 2 * margin;
   const auto whole = [](double value) { return std::to_string(wholeNumber(value)); };
   write(canvas, {margin, margin * 0.75}, height, room,
@@ -338,7 +338,7 @@ void SeatPlan::drawList(PlanCanvas& canvas) const {
   for (std::size_t at = 0; at < list_.entries; ++at) {
     const std::size_t column = at / list_.rows;
     const std::size_t row = at % list_.rows;
-    const CanvasPoint place{kMargin * unit_ + static_cast<double>(column) * list_.columnWidth,
+    const CanvasPoint place{kPlanMargin * unit_ + static_cast<double>(column) * list_.columnWidth,
                             list_.top + static_cast<double>(row) * kListLine * unit_};
     const bool isLast = at + 1 == list_.entries && list_.entries < sections_.size();
     if (!isLast) canvas.disc({place.x + 7 * unit_, place.y + height / 2}, 7 * unit_, colourOf(at));

@@ -2,6 +2,7 @@
 #include "tools/halvora/system_radio.h"
 
 #include <exception>
+#include <utility>
 
 #include "platform/linux/bluetooth/bluez_central.h"
 #include "platform/linux/bus/bluez_daemon.h"
@@ -17,8 +18,16 @@ constexpr Duration kLongestWait = milliseconds(200);
 
 class SystemRadio final : public Radio {
  public:
+  SystemRadio(const std::string& adapter, const std::string& busAddress)
+      : daemon_(loop_, loop_, busAddress), central_(loop_, daemon_, {.adapter = adapter}) {}
+
   RunLoop& loop() override { return loop_; }
   BluetoothCentral& bluetooth() override { return central_; }
+  RadioAdapters adapters() const override {
+    BluetoothDiagnostics found = central_.diagnostics();
+    if (!found.isScanning) found.adapter.clear();
+    return {std::move(found.adapters), std::move(found.adapter), std::move(found.errors.last)};
+  }
   void runUntil(const std::function<bool()>& isDone) override {
     const auto isOver = [&] { return isDone() || loop_.failures() > 0; };
     while (!loop_.runUntil(isOver, kLongestWait)) {
@@ -29,12 +38,14 @@ class SystemRadio final : public Radio {
 
  private:
   PollRunLoop loop_;
-  BluezDaemon daemon_{loop_, loop_};
-  BluezCentral central_{loop_, daemon_};
+  BluezDaemon daemon_;
+  BluezCentral central_;
 };
 
 }  // namespace
 
-std::unique_ptr<Radio> openSystemRadio() { return std::make_unique<SystemRadio>(); }
+std::unique_ptr<Radio> openSystemRadio(const std::string& adapter, const std::string& busAddress) {
+  return std::make_unique<SystemRadio>(adapter, busAddress);
+}
 
 }  // namespace halvora

@@ -3,12 +3,15 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "tools/halvora/radio.h"
 
 namespace halvora {
 
-/// Never null; whether there is an adapter shows in its state.
-std::unique_ptr<Radio> openSystemRadio();
+/// Never null; whether there is an adapter shows in its state. Only that adapter ("hci1") is used,
+/// or whichever works if none is named. On the system's bus, or the one at `busAddress`.
+std::unique_ptr<Radio> openSystemRadio(const std::string& adapter = {},
+                                       const std::string& busAddress = {});
 
 }  // namespace halvora

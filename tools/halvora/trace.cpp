@@ -35,11 +35,11 @@ bool runInParts(VirtualRunLoop& loop, Duration end, const std::function<bool()>&
 }
 
 // The engine goes on without what there is no memory for; a trace that did would lie.
-bool wasShortOfMemory(const VirtualPhone& phone, const HalvoraViewController& engine) {
+bool wasShortOfMemory(const HalvoraViewController& engine) {
+  const ScanDiagnostics& diagnostics = engine.diagnostics();
   const SeatLutFailures tables = engine.seatLuts().failures();
-  return phone.loop.failures() != 0 || engine.diagnostics().failedCalls != 0 ||
-         engine.diagnostics()[PacketFate::noMemory] != 0 || tables[SeatLutFailure::noMemory] != 0 ||
-         tables[SeatLutFailure::noThread] != 0;
+  return diagnostics.failedCalls > 0 || diagnostics[PacketFate::failed] > 0 ||
+         tables[SeatLutFailure::noMemory] != 0 || tables[SeatLutFailure::noThread] != 0;
 }
 
 }  // namespace
@@ -64,8 +64,10 @@ TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
   HalvoraViewController engine(phone.platform(), {traceEndpoints()});
   engine.setAllowedTransmitterIds(options.allowedTransmitterIds);
   TraceWriter writer(phone, engine, {options.assets, options.documents}, write);
+  // A phone goes on after a turn that failed, but then it shows what no other one would.
+  const auto hasFailed = [&] { return phone.loop.failures() > 0 || wasShortOfMemory(engine); };
   phone.loop.onTurnEnded([&] {
-    if (!wasShortOfMemory(phone, engine)) writer.turnEnded();
+    if (!hasFailed()) writer.turnEnded();
   });
 
   ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};
@@ -77,7 +79,7 @@ TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
   const Duration end = options.until.value_or(scenario.lastAction() + kAfterLastAction);
   const bool isWhole =
       options.goesOn ? runInParts(phone.loop, end, options.goesOn) : phone.loop.runUntil(end);
-  if (wasShortOfMemory(phone, engine)) return TraceEnd::noMemory;
+  if (hasFailed()) return TraceEnd::noMemory;
   return isWhole ? TraceEnd::whole : TraceEnd::endless;
 }
 

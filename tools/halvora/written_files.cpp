@@ -2,7 +2,8 @@
 #include "tools/halvora/written_files.h"
 
 #include <filesystem>
-#include <utility>
+#include <iterator>
+#include <list>
 
 #include <unistd.h>
 
@@ -11,12 +12,13 @@ namespace halvora {
 namespace fs = std::filesystem;
 
 bool WrittenFiles::replace(const std::string& path, std::string_view bytes) {
-  // Room to write it down first: what was written and not written down could not be taken back.
-  std::string name = path;
-  const std::lock_guard lock(mutex_);
-  written_.reserve(written_.size() + 1);
+  // Its entry is made first, so that what is written is never forgotten for want of memory.
+  std::list<std::string> entry{path};
   const bool isWritten = !isInterrupted_ && files_.replace(path, bytes);
-  if (isWritten) written_.push_back(std::move(name));
+  if (isWritten) {
+    const std::lock_guard lock(mutex_);
+    written_.splice(written_.end(), entry);
+  }
   return isDone(isWritten, path);
 }
 
@@ -27,17 +29,20 @@ bool WrittenFiles::makeFolder(const std::string& path) {
        folder = folder.parent_path()) {
     missing.push_back(folder.string());
   }
-  const std::lock_guard lock(mutex_);
-  // Of a folder that cannot be made, those above it may be.
-  made_.insert(made_.end(), missing.rbegin(), missing.rend());
+  {
+    // Before they are: of a folder that could not be made, those above it may have been.
+    const std::lock_guard lock(mutex_);
+    made_.insert(made_.end(), std::make_move_iterator(missing.rbegin()),
+                 std::make_move_iterator(missing.rend()));
+  }
   return isDone(!isInterrupted_ && files_.makeFolder(path), path);
 }
 
+// Asks for no memory, because it may be the want of it that brings one here.
 void WrittenFiles::takeBack() noexcept {
   const std::lock_guard lock(mutex_);
-  // Nothing here needs memory: there may be none left.
   for (const std::string& file : written_) unlink(file.c_str());
-  // Fails where there is something in it.
+  // Fails where there is something in it, or something else in its place.
   for (auto folder = made_.rbegin(); folder != made_.rend(); ++folder) rmdir(folder->c_str());
   written_.clear();
   made_.clear();
@@ -48,8 +53,8 @@ std::string WrittenFiles::firstFailure() const {
   return firstFailure_;
 }
 
-// Under the lock.
 bool WrittenFiles::isDone(bool isGood, const std::string& path) {
+  const std::lock_guard lock(mutex_);
   if (!isGood && firstFailure_.empty()) firstFailure_ = path;
   return isGood;
 }

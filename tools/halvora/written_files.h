@@ -5,12 +5,13 @@
 #pragma once
 
 #include <atomic>
+#include <list>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "platform/standard/standard_files.h"
+#include "platform/linux/linux_files.h"
 
 namespace halvora {
 
@@ -28,6 +29,7 @@ class WrittenFiles final : public Files {
     return files_.read(path, limit);
   }
   bool replace(const std::string& path, std::string_view bytes) override;
+  void removeLeftovers(const std::string& beginning) override { files_.removeLeftovers(beginning); }
   bool makeFolder(const std::string& path) override;
   bool move(const std::string& from, const std::string& to) override {
     return !isInterrupted_ && files_.move(from, to);
@@ -43,9 +45,9 @@ class WrittenFiles final : public Files {
   bool isDone(bool isGood, const std::string& path);
 
   const std::atomic<bool>& isInterrupted_;
-  StandardFiles files_;
+  LinuxFiles files_;
   mutable std::mutex mutex_;
-  std::vector<std::string> written_;
+  std::list<std::string> written_;
   /// Those above before those within.
   std::vector<std::string> made_;
   std::string firstFailure_;

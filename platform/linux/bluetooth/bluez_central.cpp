@@ -19,7 +19,7 @@ class BluezCentral::Manager final : public CentralManager {
         delegate_(delegate),
         firstReport_(central.loop_, central.loop_.soon([this] {
           hasReported_ = true;
-          delegate_.centralManagerDidUpdateState(central_.state_);
+          stateChanged(central_.state_);
         })) {
     central_.managers_.push_back(this);
   }
@@ -42,13 +42,24 @@ class BluezCentral::Manager final : public CentralManager {
   // Losing power ends a scan. A change before the first report is part of it.
   void stateChanged(CentralState state) {
     if (state != CentralState::poweredOn) isScanning_ = false;
-    if (hasReported_) delegate_.centralManagerDidUpdateState(state);
+    if (hasReported_) tell([&] { delegate_.centralManagerDidUpdateState(state); });
   }
   void heard(const Advertisement& advertisement) {
-    if (isScanning_) delegate_.didDiscoverPeripheral(advertisement);
+    if (isScanning_) tell([&] { delegate_.didDiscoverPeripheral(advertisement); });
   }
 
  private:
+  // A delegate that throws harms neither the others nor the radio. It may be the end of this
+  // manager, and not of the central.
+  template <class Call>
+  void tell(const Call& call) {
+    BluezCentral& central = central_;
+    try {
+      call();
+    } catch (...) {
+      ++central.delegateFailures_;
+    }
+  }
   void setScanning(bool isScanning) {
     if (isScanning == isScanning_) return;
     isScanning_ = isScanning;
@@ -81,8 +92,20 @@ std::unique_ptr<CentralManager> BluezCentral::makeManager(CentralManagerDelegate
 }
 
 BluetoothDiagnostics BluezCentral::diagnostics() const {
-  return {scan_.isRunning(), scan_.isHearing(), scan_.lastHeard(), service_.signalCounts(),
-          scan_.starts(),    scan_.restarts(),  service_.errors()};
+  BluetoothDiagnostics found;
+  found.isScanning = scan_.isRunning();
+  found.isHearing = scan_.isHearing();
+  if (const BluezAdapter* adapter = scan_.adapterInUse()) found.adapter = adapter->name();
+  for (const BluezAdapter& adapter : service_.adapters()) {
+    found.adapters.emplace_back(adapter.name());
+  }
+  found.lastShowPacket = scan_.lastHeard();
+  found.signalCounts = service_.signalCounts();
+  found.starts = scan_.starts();
+  found.restarts = scan_.restarts();
+  found.errors = service_.errors();
+  found.delegateFailures = delegateFailures_;
+  return found;
 }
 
 void BluezCentral::systemChanged() {
@@ -132,7 +155,8 @@ CentralState BluezCentral::presentState() const {
     case BluezReach::there:
       break;
   }
-  if (service_.adapters().empty()) return CentralState::unsupported;
+  const auto mayUse = [this](const BluezAdapter& adapter) { return scan_.mayUse(adapter); };
+  if (std::ranges::none_of(service_.adapters(), mayUse)) return CentralState::unsupported;
   if (scan_.adapter() == nullptr) return CentralState::poweredOff;
   return scan_.isRefused() ? CentralState::unauthorised : CentralState::poweredOn;
 }

@@ -22,6 +22,10 @@ namespace halvora {
 struct BluetoothDiagnostics {
   bool isScanning = false;
   bool isHearing = false;
+  /// The adapter that is scanned on or just asked to be, as the system calls it ("hci0"); empty for
+  /// none. And all that there are.
+  std::string adapter;
+  std::vector<std::string> adapters;
   /// In media time.
   std::optional<Duration> lastShowPacket;
   BluezSignalCounts signalCounts;
@@ -30,6 +34,8 @@ struct BluetoothDiagnostics {
   std::uint64_t starts = 0;
   std::uint64_t restarts = 0;
   BluezErrors errors;
+  /// What delegates have thrown. The next packet is handed to them all the same.
+  std::uint64_t delegateFailures = 0;
 };
 
 class BluezCentral final : public BluetoothCentral, private BluezListener {
@@ -66,6 +72,7 @@ class BluezCentral final : public BluetoothCentral, private BluezListener {
   BluezService& service_;
   BluezScan scan_;
   CentralState state_ = CentralState::unknown;
+  std::uint64_t delegateFailures_ = 0;
   /// The daemon has been there, and may be expected back.
   bool wasThere_ = false;
   int looks_ = 0;

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keeps the system's scan as it is wanted: on the adapter that has power, through a monitor where
-// the daemon has them, begun anew when it has gone quiet, fails or was taken away. Every pause in
-// it is a timer of the run loop. Owned by the central; main thread.
+// Keeps the system's scan as it is wanted: on an adapter that has power and works, through a
+// monitor where the daemon has them, begun anew when it has gone quiet, fails or was taken away.
+// Every pause in it is a timer of the run loop. Owned by the central; main thread.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/linux/bluetooth/bluez_service.h"
 #include "platform/run_loop.h"
@@ -26,6 +27,9 @@ struct BluezSettings {
   /// The shortest time between two starts of a monitor for silence alone, which need it less: they
   /// see what a controller would hold back.
   Duration betweenRegistrations = milliseconds(10000);
+  /// The one adapter to scan on, as the system calls it ("hci1"), waited for if it is not there;
+  /// empty for whichever works.
+  std::string adapter = {};
 };
 
 class BluezScan {
@@ -46,10 +50,16 @@ class BluezScan {
   void wokeUp();
   void heard();
 
-  /// The adapter to scan on; null if none has power.
+  /// Whether the settings allow that adapter.
+  bool mayUse(const BluezAdapter& adapter) const {
+    return settings_.adapter.empty() || settings_.adapter == adapter.name();
+  }
+  /// The adapter to scan on; null if none that may be used has power.
   const BluezAdapter* adapter() const;
-  /// The daemon is there and refuses to scan for this process.
-  bool isRefused() const { return isRefused_; }
+  /// The adapter that is scanned on or asked to be; null for none.
+  const BluezAdapter* adapterInUse() const;
+  /// The daemon is there and refuses to scan for this process, on every adapter that there is.
+  bool isRefused() const;
   bool isRunning() const;
   bool isHearing() const;
   std::optional<Duration> lastHeard() const { return lastHeard_; }
@@ -58,6 +68,17 @@ class BluezScan {
 
  private:
   enum class Phase : std::uint8_t { idle, starting, running, stopping };
+  /// How it went with an adapter that was tried.
+  struct Trial {
+    std::string path;
+    Duration lastStart = Duration::min();
+    /// After a failure.
+    Duration notBefore{};
+    /// Starts that failed one after the other, and monitors that were refused or never activated.
+    int failures = 0;
+    int monitorFailures = 0;
+    bool isRefused = false;
+  };
 
   void settle();
   void settleIdle();
@@ -68,6 +89,15 @@ class BluezScan {
   void settleAt(Duration time);
   bool isLost() const;
   Duration endOfRun() const;
+  Duration returnTime() const;
+  /// Null where it is gone, or has no power.
+  const BluezAdapter* powered(const std::string& path) const;
+  Trial& trialOf(const std::string& path);
+  const Trial& pastOf(const std::string& path) const;
+  /// When the next start may be on any adapter.
+  Duration nextStart() const;
+  /// Whether a start is to be on `one` rather than on `other`.
+  bool goesBefore(const BluezAdapter& one, const BluezAdapter& other) const;
   /// Something was heard in this run.
   bool hasHeard() const { return lastHeard_ && *lastHeard_ >= lastStart_; }
   bool isWaitingForActivation() const { return method_ == BluezMethod::monitor && !isActivated_; }
@@ -78,21 +108,21 @@ class BluezScan {
   Timer timer_;
   Phase phase_ = Phase::idle;
   bool isWanted_ = false;
-  bool isRefused_ = false;
   /// What runs, or last ran.
   std::string path_;
+  /// The adapter on which a show was heard last; before the first, that which was tried first.
+  std::string home_;
+  /// Of adapters that the daemon has.
+  std::vector<Trial> trials_;
   BluezMethod method_ = BluezMethod::discovery;
   bool isActivated_ = false;
   /// The run is to end and to begin anew.
   bool isRestartDue_ = false;
   /// The last run heard something as it began, and then nothing more.
   bool hasNoRepeats_ = false;
-  int failures_ = 0;
-  /// Monitors that were refused or never activated, one after the other.
-  int monitorFailures_ = 0;
   Duration lastStart_{};
-  /// After a failure.
-  Duration notBefore_{};
+  /// When the scan came to the adapter that it is on.
+  Duration arrivedAt_{};
   Duration silentSince_{};
   Duration unwantedSince_{};
   std::optional<Duration> lastHeard_;

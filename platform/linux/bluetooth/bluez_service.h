@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace halvora {
 
@@ -29,6 +30,9 @@ struct BluezAdapter {
   /// Whether it takes monitors of patterns in advertisements.
   bool hasMonitors = false;
   friend bool operator==(const BluezAdapter&, const BluezAdapter&) = default;
+
+  /// As the system calls it, such as "hci0": its path's last part.
+  std::string_view name() const { return std::string_view(path).substr(path.rfind('/') + 1); }
 };
 
 /// The two ways to have advertisements reported. A monitor is a pattern that the daemon, and often

@@ -7,12 +7,14 @@
 
 #include "platform/linux/bus/bluez_errors.h"
 #include "platform/linux/bus/bus_dictionary.h"
+#include "platform/linux/bus/bus_name.h"
 
 namespace halvora {
 
 namespace {
 
 constexpr const char* kDaemon = "org.bluez";
+constexpr const char* kLogin = "org.freedesktop.login1";
 constexpr const char* kInProgress = "org.bluez.Error.InProgress";
 
 // What the answer to our first question says when it is an error.
@@ -23,22 +25,19 @@ BluezReach reachOf(const sd_bus_error& error) {
 
 }  // namespace
 
-template <BluezDaemon::Handler handler>
-int BluezDaemon::handle(sd_bus_message* message, void* self, sd_bus_error*) {
-  (static_cast<BluezDaemon*>(self)->*handler)(message);
-  return 0;
-}
-
-int BluezDaemon::handleData(sd_bus_message* message, void* question, sd_bus_error*) {
-  Question& asked = *static_cast<Question*>(question);
-  asked.daemon->takeData(asked, message);
-  return 0;
+// What is asked may fail for want of memory half way. There is one way back from anywhere: a new
+// connection.
+template <class Act>
+void BluezDaemon::attempt(const Act& act) {
+  try {
+    act();
+  } catch (...) {
+    connection_.failed();
+  }
 }
 
 BluezDaemon::BluezDaemon(RunLoop& loop, Descriptors& descriptors, std::string busAddress)
-    : connection_(loop, descriptors), busAddress_(std::move(busAddress)), monitor_(*this) {
-  for (Question& question : questions_) question.daemon = this;
-}
+    : connection_(loop, descriptors), busAddress_(std::move(busAddress)), monitor_(*this) {}
 
 void BluezDaemon::open(BluezListener& listener) {
   listener_ = &listener;
@@ -56,19 +55,27 @@ void BluezDaemon::look() {
   if (connection_.bus() == nullptr) {
     connect();
   } else if (objectsAnswer_ == nullptr) {
-    askForObjects();
+    attempt([this] { askForObjects(); });
   }
 }
 
 void BluezDaemon::connect() {
   connection_.open(busAddress_, [this] { busLost(); });
   if (connection_.bus() == nullptr) return;
-  if (!matchDaemon()) return connection_.giveUp();
-  askForObjects();
+  attempt([this] {
+    matchDaemon();
+    matchSleep();
+    askForObjects();
+  });
 }
 
 void BluezDaemon::busLost() {
   matches_.clear();
+  login_.clear();
+  if (connection_.failures() > std::exchange(failuresNoted_, connection_.failures())) {
+    ++errors_.count;
+    errors_.last = "out of memory";
+  }
   daemonLost(BluezReach::noBus);
   listener_->systemChanged();
 }
@@ -90,38 +97,38 @@ void BluezDaemon::abandon() {
   for (Question& question : questions_) question.answer.reset();
 }
 
-BusSlot BluezDaemon::match(const std::string& rule, sd_bus_message_handler_t handler) {
-  sd_bus_slot* slot = nullptr;
-  sd_bus_add_match_async(connection_.bus(), &slot, rule.c_str(), handler, nullptr, this);
-  return BusSlot(slot);
+BusSlot BluezDaemon::match(const std::string& rule, Handler handler) {
+  return connection_.match(rule,
+                           [this, handler](sd_bus_message* message) { (this->*handler)(message); });
 }
 
 // Of the daemon's signals those about objects come for every device that somebody else looks for;
 // the bus cannot tell their paths apart any better.
-bool BluezDaemon::matchDaemon() {
-  const std::string signal = "type='signal',";
-  const std::string properties =
-      "interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',";
-  const std::string objects = "path='/',interface='org.freedesktop.DBus.ObjectManager',";
+void BluezDaemon::matchDaemon() {
+  const std::string signal = "type='signal',sender='org.bluez',";
+  const std::string objects = signal + "path='/',interface='org.freedesktop.DBus.ObjectManager',";
   matches_.clear();
-  matches_.push_back(match(signal +
-                               "sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-                               "member='NameOwnerChanged',arg0='org.bluez'",
-                           handle<&BluezDaemon::nameOwnerChanged>));
-  matches_.push_back(match(signal + objects + "sender='org.bluez',member='InterfacesAdded'",
-                           handle<&BluezDaemon::interfacesAdded>));
-  matches_.push_back(match(signal + objects + "sender='org.bluez',member='InterfacesRemoved'",
-                           handle<&BluezDaemon::interfacesRemoved>));
-  matches_.push_back(match(signal + properties +
-                               "sender='org.bluez',path_namespace='/org/bluez',"
-                               "arg0='org.bluez.Adapter1'",
-                           handle<&BluezDaemon::adapterChanged>));
-  matches_.push_back(match(signal +
-                               "sender='org.freedesktop.login1',path='/org/freedesktop/login1',"
-                               "interface='org.freedesktop.login1.Manager',"
-                               "member='PrepareForSleep'",
-                           handle<&BluezDaemon::sleepChanged>));
-  return std::ranges::none_of(matches_, [](const BusSlot& slot) { return slot == nullptr; });
+  matches_.push_back(watchName(
+      connection_, kDaemon, [this](std::string_view, std::string_view now) { ownerChanged(now); }));
+  matches_.push_back(match(objects + "member='InterfacesAdded'", &BluezDaemon::interfacesAdded));
+  matches_.push_back(
+      match(objects + "member='InterfacesRemoved'", &BluezDaemon::interfacesRemoved));
+  matches_.push_back(match(signal + "path_namespace='/org/bluez',"
+                                    "interface='org.freedesktop.DBus.Properties',"
+                                    "member='PropertiesChanged',arg0='org.bluez.Adapter1'",
+                           &BluezDaemon::adapterChanged));
+}
+
+void BluezDaemon::matchSleep() {
+  matches_.push_back(watchName(connection_, kLogin,
+                               [this](std::string_view, std::string_view now) { login_ = now; }));
+  matches_.push_back(
+      match("type='signal',sender='org.freedesktop.login1',"
+            "path='/org/freedesktop/login1',"
+            "interface='org.freedesktop.login1.Manager',member='PrepareForSleep'",
+            &BluezDaemon::sleepChanged));
+  matches_.push_back(
+      askForOwner(connection_, kLogin, [this](std::string_view owner) { login_ = owner; }));
 }
 
 BusMessage BluezDaemon::newCall(const std::string& path, const char* interface,
@@ -134,22 +141,16 @@ BusMessage BluezDaemon::newCall(const std::string& path, const char* interface,
 }
 
 // A connection on which nothing can be sent is as good as lost.
-BusSlot BluezDaemon::send(const BusMessage& message, sd_bus_message_handler_t handler, void* data) {
-  sd_bus_slot* slot = nullptr;
-  if (message == nullptr ||
-      sd_bus_call_async(connection_.bus(), &slot, message.get(), handler, data, 0) < 0) {
-    connection_.giveUp();
-  } else {
-    connection_.sent();
-  }
-  return BusSlot(slot);
+BusSlot BluezDaemon::send(const BusMessage& message, Handler handler) {
+  return connection_.call(message, BusConnection::kUsualTime,
+                          [this, handler](sd_bus_message* answer) { (this->*handler)(answer); });
 }
 
 void BluezDaemon::askForObjects() {
   const BusMessage message =
       newCall("/", "org.freedesktop.DBus.ObjectManager", "GetManagedObjects");
   mayBeStarted_ = false;
-  objectsAnswer_ = send(message, handle<&BluezDaemon::takeObjects>, this);
+  objectsAnswer_ = send(message, &BluezDaemon::takeObjects);
 }
 
 void BluezDaemon::takeObjects(sd_bus_message* message) {
@@ -177,25 +178,27 @@ void BluezDaemon::takeObjects(sd_bus_message* message) {
 }
 
 void BluezDaemon::start(const std::string& adapter, BluezMethod method) {
-  scanned_ = adapter;
-  method_ = method;
-  isStopping_ = false;
-  deviceMatch_ = match("type='signal',sender='org.bluez',path_namespace='" + adapter +
-                           "',interface='org.freedesktop.DBus.Properties',"
-                           "member='PropertiesChanged',arg0='org.bluez.Device1'",
-                       handle<&BluezDaemon::deviceChanged>);
-  if (method == BluezMethod::discovery) {
-    sendDiscoveryFilter();
-  } else if (monitor_.show(connection_.bus())) {
-    request("", "RegisterMonitor");
-  } else {
-    connection_.giveUp();
-  }
+  attempt([&] {
+    scanned_ = adapter;
+    method_ = method;
+    isStopping_ = false;
+    deviceMatch_ = match("type='signal',sender='org.bluez',path_namespace='" + adapter +
+                             "',interface='org.freedesktop.DBus.Properties',"
+                             "member='PropertiesChanged',arg0='org.bluez.Device1'",
+                         &BluezDaemon::deviceChanged);
+    if (method == BluezMethod::discovery) {
+      sendDiscoveryFilter();
+    } else if (monitor_.show(connection_.bus())) {
+      request("", "RegisterMonitor");
+    } else {
+      connection_.giveUp();
+    }
+  });
 }
 
 void BluezDaemon::stop() {
   isStopping_ = true;
-  request("StopDiscovery", "UnregisterMonitor");
+  attempt([this] { request("StopDiscovery", "UnregisterMonitor"); });
   abandon();
 }
 
@@ -206,7 +209,7 @@ void BluezDaemon::sendDiscoveryFilter() {
                                                   "DuplicateData", "b", 1) < 0) {
     message.reset();
   }
-  answer_ = send(message, handle<&BluezDaemon::takeFilterAnswer>, this);
+  answer_ = send(message, &BluezDaemon::takeFilterAnswer);
 }
 
 void BluezDaemon::takeFilterAnswer(sd_bus_message* message) {
@@ -222,7 +225,7 @@ void BluezDaemon::request(const char* ofDiscovery, const char* ofMonitors) {
       sd_bus_message_append(message.get(), "o", BluezMonitor::kRoot) < 0) {
     message.reset();
   }
-  answer_ = send(message, handle<&BluezDaemon::takeAnswer>, this);
+  answer_ = send(message, &BluezDaemon::takeAnswer);
 }
 
 void BluezDaemon::takeAnswer(sd_bus_message* message) {
@@ -244,12 +247,7 @@ void BluezDaemon::takeAnswer(sd_bus_message* message) {
 // the kernel of a daemon that died, and brings us nothing. Ours is ended, so that the next request
 // has a clear answer.
 void BluezDaemon::endLateDiscovery() {
-  const BusMessage message = newCall(scanned_, kAdapterInterface, "StopDiscovery");
-  if (message == nullptr || sd_bus_send(connection_.bus(), message.get(), nullptr) < 0) {
-    connection_.giveUp();
-  } else {
-    connection_.sent();
-  }
+  connection_.tell(newCall(scanned_, kAdapterInterface, "StopDiscovery"));
 }
 
 // A device that the daemon knew before we listened, and that has only repeated itself since.
@@ -263,7 +261,9 @@ void BluezDaemon::askForData(std::string_view device) {
       sd_bus_message_append(message.get(), "ss", kDeviceInterface, "ManufacturerData") < 0) {
     message.reset();
   }
-  free->answer = send(message, handleData, &*free);
+  free->answer = connection_.call(
+      message, BusConnection::kUsualTime,
+      [this, &question = *free](sd_bus_message* answer) { takeData(question, answer); });
 }
 
 void BluezDaemon::takeData(Question& question, sd_bus_message* message) {

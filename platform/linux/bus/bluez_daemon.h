@@ -39,21 +39,20 @@ class BluezDaemon final : public BluezService, private BluezMonitorCalls {
  private:
   /// A question for the data of a device that a monitor has found.
   struct Question {
-    BluezDaemon* daemon = nullptr;
     BusSlot answer;
     std::string device;
   };
   using Handler = void (BluezDaemon::*)(sd_bus_message*);
-  template <Handler handler>
-  static int handle(sd_bus_message* message, void* self, sd_bus_error*);
-  static int handleData(sd_bus_message* message, void* question, sd_bus_error*);
 
   // What is asked.
+  template <class Act>
+  void attempt(const Act& act);
   void connect();
-  bool matchDaemon();
-  BusSlot match(const std::string& rule, sd_bus_message_handler_t handler);
+  void matchDaemon();
+  void matchSleep();
+  BusSlot match(const std::string& rule, Handler handler);
   BusMessage newCall(const std::string& path, const char* interface, const char* member);
-  BusSlot send(const BusMessage& message, sd_bus_message_handler_t handler, void* data);
+  BusSlot send(const BusMessage& message, Handler handler);
   void askForObjects();
   void askForData(std::string_view device);
   void sendDiscoveryFilter();
@@ -68,7 +67,7 @@ class BluezDaemon final : public BluezService, private BluezMonitorCalls {
   void takeData(Question& question, sd_bus_message* message);
 
   // What is told.
-  void nameOwnerChanged(sd_bus_message* message);
+  void ownerChanged(std::string_view now);
   void interfacesAdded(sd_bus_message* message);
   void interfacesRemoved(sd_bus_message* message);
   void adapterChanged(sd_bus_message* message);
@@ -80,6 +79,7 @@ class BluezDaemon final : public BluezService, private BluezMonitorCalls {
   void monitorActivated() override;
   void monitorReleased() override;
   void deviceFound(std::string_view path) override;
+  void callFailed() noexcept override { connection_.failed(); }
 
   void busLost();
   void daemonLost(BluezReach reach);
@@ -97,6 +97,8 @@ class BluezDaemon final : public BluezService, private BluezMonitorCalls {
   std::vector<BluezAdapter> adapters_;
   /// The daemon's own name on the bus, empty while it is not there.
   std::string owner_;
+  /// The login daemon's own name, likewise.
+  std::string login_;
   /// The bus may start the daemon for our first call; one that went away later stays away.
   bool mayBeStarted_ = true;
   /// The adapter that is scanned on, and how; empty for none.
@@ -107,6 +109,8 @@ class BluezDaemon final : public BluezService, private BluezMonitorCalls {
   BluezMonitor monitor_;
   BluezSignalCounts counts_;
   BluezErrors errors_;
+  /// Of the connection's failures those that are among the errors.
+  std::uint64_t failuresNoted_ = 0;
   // What is waited for on the bus.
   std::vector<BusSlot> matches_;
   BusSlot deviceMatch_;

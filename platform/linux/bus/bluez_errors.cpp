@@ -9,6 +9,7 @@ namespace halvora {
 
 namespace {
 
+/// Of each of an error's two texts.
 constexpr std::size_t kLongestText = 300;
 
 bool isOneOf(const sd_bus_error& error, std::initializer_list<const char*> names) {
@@ -30,10 +31,9 @@ bool isAbsence(const sd_bus_error& error) {
 }
 
 std::string textOf(const sd_bus_error& error) {
-  std::string text = error.name;
-  if (error.message != nullptr) text.append(": ").append(error.message);
-  if (text.size() > kLongestText) text.resize(kLongestText);
-  return text;
+  std::string text(std::string_view(error.name).substr(0, kLongestText));
+  if (error.message == nullptr) return text;
+  return text.append(": ").append(std::string_view(error.message).substr(0, kLongestText));
 }
 
 }  // namespace halvora

@@ -26,14 +26,19 @@ int appendPatterns(sd_bus*, const char*, const char*, const char*, sd_bus_messag
                                kShowPrefix[1]);
 }
 
+// Nothing may be thrown through the bus library, which is C.
 template <auto act>
-int handle(sd_bus_message* message, void* data, sd_bus_error* error) {
+int handle(sd_bus_message* message, void* data, sd_bus_error* error) noexcept {
   auto& calls = *static_cast<BluezMonitorCalls*>(data);
   if (!calls.isFromDaemon(message)) {
     return sd_bus_error_set(error, SD_BUS_ERROR_ACCESS_DENIED, "not the Bluetooth daemon");
   }
   const int result = sd_bus_reply_method_return(message, nullptr);
-  act(calls, message);
+  try {
+    act(calls, message);
+  } catch (...) {
+    calls.callFailed();
+  }
   return result < 0 ? result : 1;
 }
 

@@ -18,6 +18,8 @@ class BluezMonitorCalls {
   virtual void monitorActivated() = 0;
   virtual void monitorReleased() = 0;
   virtual void deviceFound(std::string_view path) = 0;
+  /// One of these has thrown.
+  virtual void callFailed() noexcept = 0;
 };
 
 class BluezMonitor {

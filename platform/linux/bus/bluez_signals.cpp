@@ -5,6 +5,7 @@
 
 #include "platform/linux/bus/bluez_daemon.h"
 #include "platform/linux/bus/bus_dictionary.h"
+#include "platform/linux/bus/bus_name.h"
 
 namespace halvora {
 
@@ -12,11 +13,8 @@ namespace {
 
 /// No machine has so many; a daemon that says otherwise is not believed.
 constexpr std::size_t kMostAdapters = 16;
-
-bool isFrom(sd_bus_message* message, std::string_view name) {
-  const char* sender = sd_bus_message_get_sender(message);
-  return sender != nullptr && sender == name;
-}
+/// What a path may have that is kept; the daemon's have some forty letters.
+constexpr std::size_t kLongestPath = 255;
 
 // At a list of texts: whether one of them is `text`.
 bool contains(sd_bus_message* message, std::string_view text) {
@@ -28,29 +26,23 @@ bool contains(sd_bus_message* message, std::string_view text) {
 
 }  // namespace
 
-// Anybody may send a signal to one program alone, past the bus's matches, and the library's own do
-// not look at who sent it. Only the bus itself says that truly.
 bool BluezDaemon::isFromDaemon(sd_bus_message* message) const {
   return !owner_.empty() && isFrom(message, owner_);
 }
 
 bool BluezDaemon::isScanned(std::string_view device) const {
-  return !scanned_.empty() && device.size() > scanned_.size() && device.starts_with(scanned_) &&
-         device[scanned_.size()] == '/';
+  return !scanned_.empty() && device.size() > scanned_.size() && device.size() <= kLongestPath &&
+         device.starts_with(scanned_) && device[scanned_.size()] == '/';
 }
 
-void BluezDaemon::nameOwnerChanged(sd_bus_message* message) {
-  const char* name = nullptr;
-  const char* before = nullptr;
-  const char* now = nullptr;
-  if (!isFrom(message, "org.freedesktop.DBus")) return;
-  if (sd_bus_message_read(message, "sss", &name, &before, &now) <= 0 || owner_ == now) return;
-  if (!owner_.empty() || *now == '\0') {
+void BluezDaemon::ownerChanged(std::string_view now) {
+  if (owner_ == now) return;
+  if (!owner_.empty() || now.empty()) {
     daemonLost(BluezReach::noDaemon);
     listener_->systemChanged();
   }
   // A question that made the bus start the daemon is still to be answered.
-  if (*now != '\0') look();
+  if (!now.empty()) look();
 }
 
 void BluezDaemon::interfacesAdded(sd_bus_message* message) {
@@ -84,7 +76,8 @@ void BluezDaemon::interfacesRemoved(sd_bus_message* message) {
 
 void BluezDaemon::adapterChanged(sd_bus_message* message) {
   if (!isFromDaemon(message)) return;
-  BluezAdapter* adapter = adapterAt(sd_bus_message_get_path(message));
+  const char* path = sd_bus_message_get_path(message);
+  BluezAdapter* adapter = path != nullptr ? adapterAt(path) : nullptr;
   AdapterNews news;
   if (!sd_bus_message_has_signature(message, "sa{sv}as") || sd_bus_message_skip(message, "s") < 0 ||
       !readAdapter(message, news)) {
@@ -96,16 +89,16 @@ void BluezDaemon::adapterChanged(sd_bus_message* message) {
 }
 
 void BluezDaemon::deviceChanged(sd_bus_message* message) {
-  if (!isFromDaemon(message) || scanned_.empty()) return;
+  const char* path = sd_bus_message_get_path(message);
+  if (!isFromDaemon(message) || path == nullptr || !isScanned(path)) return;
   CompanyData data;
   const bool isReadable = sd_bus_message_skip(message, "s") >= 0;
-  take(isReadable ? readDevice(message, data) : DeviceNews::malformed,
-       sd_bus_message_get_path(message), data);
+  take(isReadable ? readDevice(message, data) : DeviceNews::malformed, path, data);
 }
 
-// Whoever says so: a scan that is begun anew once too often, at most once a second, does no harm.
 void BluezDaemon::sleepChanged(sd_bus_message* message) {
   int isGoingToSleep = 0;
+  if (login_.empty() || !isFrom(message, login_)) return;
   if (sd_bus_message_read_basic(message, 'b', &isGoingToSleep) > 0 && isGoingToSleep == 0) {
     listener_->wokeUp();
   }
@@ -148,6 +141,7 @@ void BluezDaemon::takeAdapter(const char* path, const AdapterNews& news) {
   BluezAdapter* adapter = adapterAt(path);
   if (adapter == nullptr) {
     if (!news.isAdapter || adapters_.size() >= kMostAdapters) return;
+    if (std::string_view(path).size() > kLongestPath) return;
     adapter = &adapters_.emplace_back();
     adapter->path = path;
     adapter->isPowered = news.isPowered.value_or(false);

@@ -62,16 +62,74 @@ void BusConnection::close() {
   next_.invalidate();
   deadline_ = 0;
   isLost_ = false;
+  hasFailed_ = false;
   bus_.reset();
 }
 
+int BusConnection::handle(sd_bus_message* message, void* registered, sd_bus_error*) noexcept {
+  auto& own = *static_cast<Registered*>(registered);
+  try {
+    own.handler(message);
+  } catch (...) {
+    own.connection.failed();
+  }
+  return 0;
+}
+
+// The library frees what it keeps once nothing calls it any more, also where a handler drops its
+// own slot.
+template <class Register>
+BusSlot BusConnection::registered(BusHandler handler, const Register& add) {
+  auto kept = std::make_unique<Registered>(Registered{*this, std::move(handler)});
+  sd_bus_slot* slot = nullptr;
+  if (add(&slot, kept.get()) < 0) {
+    giveUp();
+    return nullptr;
+  }
+  sd_bus_slot_set_destroy_callback(slot, [](void* gone) { delete static_cast<Registered*>(gone); });
+  kept.release();
+  return BusSlot(slot);
+}
+
+BusSlot BusConnection::match(const std::string& rule, BusHandler handler) {
+  return registered(std::move(handler), [&](sd_bus_slot** slot, void* kept) {
+    return sd_bus_add_match_async(bus_.get(), slot, rule.c_str(), handle, nullptr, kept);
+  });
+}
+
+BusSlot BusConnection::call(const BusMessage& message, Duration longest, BusHandler answered) {
+  BusSlot slot = registered(std::move(answered), [&](sd_bus_slot** made, void* kept) {
+    return sd_bus_call_async(bus_.get(), made, message.get(), handle, kept,
+                             static_cast<std::uint64_t>(longest.count()));
+  });
+  if (slot != nullptr) sent();
+  return slot;
+}
+
+void BusConnection::tell(const BusMessage& message) {
+  if (sd_bus_send(bus_.get(), message.get(), nullptr) < 0) return giveUp();
+  sent();
+}
+
 void BusConnection::giveUp() {
-  watch_.end();
-  isLost_ = true;
+  if (isLost_) return;
   next_ = {loop_, loop_.soon([this] {
              close();
              lost_();
            })};
+  watch_.end();
+  isLost_ = true;
+}
+
+// Where not even that can be scheduled, the next message tries again.
+void BusConnection::failed() noexcept {
+  ++failures_;
+  hasFailed_ = true;
+  try {
+    giveUp();
+  } catch (...) {
+    return;
+  }
 }
 
 void BusConnection::process() {
@@ -79,8 +137,8 @@ void BusConnection::process() {
     const int result = sd_bus_process(bus_.get(), nullptr);
     // A handler may have closed the connection.
     if (!bus_) return;
-    if (result < 0) return giveUp();
-    if (result == 0) break;
+    if (result < 0 || hasFailed_) giveUp();
+    if (result == 0 || isLost_) break;
   }
   wait();
 }
@@ -94,9 +152,9 @@ void BusConnection::waitForDescriptor() {
   const int events = sd_bus_get_events(bus_.get());
   if (events < 0) return giveUp();
   if (events == watchedEvents_) return;
-  watchedEvents_ = events;
   watch_ = {descriptors_,
             descriptors_.watch(sd_bus_get_fd(bus_.get()), eventsOf(events), [this] { process(); })};
+  watchedEvents_ = events;
 }
 
 void BusConnection::waitForDeadline() {

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/services/bluetooth_settings.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace halvora {
 
 namespace {
 
-constexpr Duration kLongestCall = milliseconds(5000);
+constexpr Duration kLongestSwitching = milliseconds(5000);
 
 struct SettingsRow {
   std::string_view desktop;
@@ -45,9 +44,10 @@ std::vector<SettingsCommand> settingsCommands(std::string_view desktops) {
 
 BluetoothSettings::BluetoothSettings(RunLoop& loop, Descriptors& descriptors,
                                      const BusAddresses& buses, const BluezService& radio,
-                                     std::function<void()> openPage)
+                                     std::function<void()> openPage, std::string adapter)
     : radio_(radio),
       openPage_(std::move(openPage)),
+      adapter_(std::move(adapter)),
       bus_(loop, descriptors, buses.system, {{}, [this] {
                                                if (!call_.isPending()) return;
                                                call_.drop();
@@ -56,18 +56,20 @@ BluetoothSettings::BluetoothSettings(RunLoop& loop, Descriptors& descriptors,
 
 void BluetoothSettings::open() {
   if (call_.isPending()) return;
-  const auto adapters = radio_.adapters();
-  if (adapters.empty() || std::ranges::any_of(adapters, &BluezAdapter::isPowered)) {
-    return openPage_();
+  const BluezAdapter* off = nullptr;
+  for (const BluezAdapter& one : radio_.adapters()) {
+    if (!adapter_.empty() && adapter_ != one.name()) continue;
+    if (one.isPowered) return openPage_();
+    if (off == nullptr) off = &one;
   }
-  const BusObject adapter{"org.bluez", adapters.front().path.c_str(),
-                          "org.freedesktop.DBus.Properties"};
+  if (off == nullptr) return openPage_();
+  const BusObject adapter{"org.bluez", off->path.c_str(), "org.freedesktop.DBus.Properties"};
   const BusMessage message =
       bus_.newCall(adapter, "Set", "ssv", "org.bluez.Adapter1", "Powered", "b", 1);
   const auto answered = [this](sd_bus_message* reply) {
     if (isError(reply)) openPage_();
   };
-  if (!call_.send(bus_, message, kLongestCall, answered)) openPage_();
+  if (!call_.send(bus_, message, kLongestSwitching, answered)) openPage_();
 }
 
 }  // namespace halvora

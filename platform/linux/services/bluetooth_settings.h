@@ -30,9 +30,10 @@ std::vector<SettingsCommand> settingsCommands(std::string_view desktops);
 class BluetoothSettings {
  public:
   /// `radio` says what adapters there are. `openPage` is called on the main thread, in a turn of
-  /// its own or from within `open`.
+  /// its own or from within `open`. Only that adapter ("hci1") counts, or all if none is named.
   BluetoothSettings(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                    const BluezService& radio, std::function<void()> openPage);
+                    const BluezService& radio, std::function<void()> openPage,
+                    std::string adapter = {});
   BluetoothSettings(const BluetoothSettings&) = delete;
   BluetoothSettings& operator=(const BluetoothSettings&) = delete;
 
@@ -42,6 +43,7 @@ class BluetoothSettings {
  private:
   const BluezService& radio_;
   const std::function<void()> openPage_;
+  const std::string adapter_;
   ServiceBus bus_;
   BusCall call_;
 };

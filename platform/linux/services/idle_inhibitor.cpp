@@ -2,6 +2,7 @@
 #include "platform/linux/services/idle_inhibitor.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include <fcntl.h>
@@ -21,7 +22,7 @@ constexpr std::uint32_t kPortalIdle = 8;
 constexpr std::size_t kLongestHandle = 255;
 
 /// The last time to be heard of. A grant that comes later is the service's until we leave the bus.
-constexpr Duration kLongestCall = milliseconds(25'000);
+constexpr Duration kLongestInhibition = milliseconds(25'000);
 
 const BusObject& objectOf(IdleHolder holder) { return kObjects[static_cast<std::size_t>(holder)]; }
 
@@ -45,18 +46,13 @@ IdleInhibitor::IdleInhibitor(RunLoop& loop, Descriptors& descriptors, const BusA
       reason_(std::move(reason)),
       settings_(settings),
       session_(loop, descriptors, buses.session,
-               {[this](sd_bus* bus) {
-                  for (const auto holder : {IdleHolder::screenSaver, IdleHolder::portal}) {
-                    watches_[static_cast<std::size_t>(holder)] = watch(bus, holder);
-                  }
+               {[this](sd_bus*) {
+                  watch(IdleHolder::screenSaver);
+                  watch(IdleHolder::portal);
                 },
                 [this] { busLost(false); }}),
       system_(loop, descriptors, buses.system,
-              {[this](sd_bus* bus) {
-                 watches_[static_cast<std::size_t>(IdleHolder::login)] =
-                     watch(bus, IdleHolder::login);
-               },
-               [this] { busLost(true); }}),
+              {[this](sd_bus*) { watch(IdleHolder::login); }, [this] { busLost(true); }}),
       pause_(settings.firstPause) {}
 
 void IdleInhibitor::setInhibited(bool inhibited) {
@@ -78,31 +74,16 @@ std::optional<IdleHolder> IdleInhibitor::holder() const {
   return static_cast<IdleHolder>(found - services_.begin());
 }
 
-BusSlot IdleInhibitor::watch(sd_bus* bus, IdleHolder holder) {
-  const std::string rule =
-      std::string(
-          "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-          "member='NameOwnerChanged',arg0='") +
-      objectOf(holder).service + "'";
-  sd_bus_slot* slot = nullptr;
-  sd_bus_add_match_async(bus, &slot, rule.c_str(), ownerChanged, nullptr, this);
-  return BusSlot(slot);
+void IdleInhibitor::watch(IdleHolder holder) {
+  watches_[static_cast<std::size_t>(holder)] = busOf(holder).watchName(
+      objectOf(holder).service, [this, holder](std::string_view before, std::string_view) {
+        serviceChanged(holder, !before.empty());
+      });
 }
 
-int IdleInhibitor::ownerChanged(sd_bus_message* message, void* self, sd_bus_error*) {
-  const char* name = nullptr;
-  const char* before = nullptr;
-  const char* now = nullptr;
-  if (sd_bus_message_read(message, "sss", &name, &before, &now) <= 0) return 0;
-  static_cast<IdleInhibitor*>(self)->serviceChanged(name, *before != '\0');
-  return 0;
-}
-
-void IdleInhibitor::serviceChanged(std::string_view name, bool isGone) {
-  for (std::size_t at = 0; at < kIdleHolders; ++at) {
-    // What another owner of the name granted is worth nothing any more.
-    if (isGone && kObjects[at].service == name) services_[at].grant.reset();
-  }
+void IdleInhibitor::serviceChanged(IdleHolder holder, bool isGone) {
+  // What another owner of the name granted is worth nothing any more.
+  if (isGone) at(holder).grant.reset();
   beginLater();
 }
 
@@ -160,7 +141,7 @@ bool IdleInhibitor::ask(IdleHolder holder) {
       message = bus.newCall(object, "Inhibit", "ssss", "idle", application, reason, "block");
       break;
   }
-  return at(holder).call.send(bus, message, kLongestCall,
+  return at(holder).call.send(bus, message, kLongestInhibition,
                               [this, holder](sd_bus_message* reply) { answered(holder, reply); });
 }
 
@@ -185,8 +166,8 @@ std::optional<IdleInhibitor::Grant> IdleInhibitor::readGrant(IdleHolder holder,
       return grant;
     case IdleHolder::portal:
       if (sd_bus_message_read(reply, "o", &handle) <= 0) return {};
+      if (std::string_view(handle).size() > kLongestHandle) return {};
       grant.handle = handle;
-      if (grant.handle.size() > kLongestHandle) return {};
       return grant;
     case IdleHolder::login:
       // The message closes its own.

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "platform/linux/services/service_bus.h"
 
@@ -68,10 +67,9 @@ class IdleInhibitor {
     std::optional<Grant> grant;
   };
 
-  static int ownerChanged(sd_bus_message* message, void* self, sd_bus_error*);
-  BusSlot watch(sd_bus* bus, IdleHolder holder);
+  void watch(IdleHolder holder);
   void busLost(bool isSystem);
-  void serviceChanged(std::string_view name, bool isGone);
+  void serviceChanged(IdleHolder holder, bool isGone);
   void begin();
   void beginLater();
   void askNext();

@@ -19,7 +19,7 @@ constexpr HapticsRow kLightTap{0.5, 15, "button-pressed"};
 constexpr HapticsRow kHeavyTap{1.0, 40, "bell-terminal"};
 constexpr HapticsRow kVibration{1.0, 400, "message-sent-instant"};
 
-constexpr Duration kLongestCall = milliseconds(2000);
+constexpr Duration kLongestTouch = milliseconds(2000);
 
 constexpr BusObject kVibrations{"org.sigxcpu.Feedback", "/org/sigxcpu/Feedback",
                                 "org.sigxcpu.Feedback.Haptic"};
@@ -93,7 +93,7 @@ void LinuxHaptics::send() {
     return;
   }
   const auto done = [this, touch](sd_bus_message* reply) { answered(touch, reply); };
-  if (!call_.send(busOf(static_cast<HapticsWay>(way_)), newCall(touch), kLongestCall, done)) {
+  if (!call_.send(busOf(static_cast<HapticsWay>(way_)), newCall(touch), kLongestTouch, done)) {
     refused(touch);
   }
 }

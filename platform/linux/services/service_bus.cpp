@@ -59,34 +59,24 @@ BusMessage ServiceBus::begin(const BusObject& object, const char* member) {
 }
 
 void ServiceBus::tell(const BusMessage& message) {
-  if (message == nullptr || connection_.bus() == nullptr) return;
-  sd_bus_send(connection_.bus(), message.get(), nullptr);
-  connection_.sent();
+  if (message != nullptr && connection_.bus() != nullptr) connection_.tell(message);
 }
 
 bool BusCall::send(ServiceBus& bus, const BusMessage& message, Duration longest, Done done) {
   BusConnection& connection = bus.connection_;
   drop();
   if (message == nullptr || connection.bus() == nullptr) return false;
-  sd_bus_slot* slot = nullptr;
-  if (sd_bus_call_async(connection.bus(), &slot, message.get(), answered, this,
-                        static_cast<std::uint64_t>(longest.count())) < 0) {
-    // A connection on which nothing can be sent is as good as lost.
-    connection.giveUp();
-    return false;
+  try {
+    // Whoever is told may make the next call on this, or give it up.
+    slot_ =
+        connection.call(message, longest, [this, done = std::move(done)](sd_bus_message* reply) {
+          slot_.reset();
+          done(reply);
+        });
+  } catch (...) {
+    connection.failed();
   }
-  slot_.reset(slot);
-  done_ = std::move(done);
-  connection.sent();
-  return true;
-}
-
-int BusCall::answered(sd_bus_message* reply, void* self, sd_bus_error*) {
-  auto& call = *static_cast<BusCall*>(self);
-  const Done done = std::move(call.done_);
-  call.slot_.reset();
-  done(reply);
-  return 0;
+  return slot_ != nullptr;
 }
 
 }  // namespace halvora

@@ -7,10 +7,12 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <systemd/sd-bus.h>
 
 #include "platform/linux/bus/bus_connection.h"
+#include "platform/linux/bus/bus_name.h"
 
 namespace halvora {
 
@@ -57,6 +59,10 @@ class ServiceBus {
 
   /// For what nobody answers; lost if the bus has no room for it.
   void tell(const BusMessage& message);
+  /// For a new connection: tells who has the service's name from now on.
+  BusSlot watchName(const std::string& service, NameChanged changed) {
+    return halvora::watchName(connection_, service, std::move(changed));
+  }
 
  private:
   friend class BusCall;
@@ -86,10 +92,7 @@ class BusCall {
   void drop() { slot_.reset(); }
 
  private:
-  static int answered(sd_bus_message* reply, void* self, sd_bus_error*);
-
   BusSlot slot_;
-  Done done_;
 };
 
 inline bool isError(sd_bus_message* reply) {

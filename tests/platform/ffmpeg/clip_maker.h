@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Clips for tests, made by the `ffmpeg` command out of pictures that the test computes, and what
-// that command decodes from a clip. Files live in the folder of one test.
+// that command decodes from a clip. Files live in the folder of one test. What the command makes is
+// kept in build/clips of the source tree, so that it is made once for all tests and builds.
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -34,9 +36,11 @@ class ClipMaker {
   /// Encodes a video; `arguments` are those of the output. Fails the test where that fails.
   std::string encode(const std::string& name, const RawVideo& video,
                      const std::string& arguments) const;
-  /// The command with any arguments; `%` stands for the folder and a slash.
+  /// The command with any arguments; `%` stands for the folder and a slash, the last one begins the
+  /// name of what is made. The same arguments and files in the folder make the same.
   void run(const std::string& arguments) const;
-  /// What the command decodes: all pictures of the clip's own pixel format, one after the other.
+  /// What the command decodes of a file in the folder: all pictures of the clip's own pixel format,
+  /// one after the other.
   std::string decode(const std::string& path) const;
   std::string pathOf(const std::string& name) const { return folder_.path() + "/" + name; }
   /// A copy of a file with its bytes changed.
@@ -44,6 +48,10 @@ class ClipMaker {
                       const std::function<void(std::string&)>& change) const;
 
  private:
+  /// Where what these arguments make is kept.
+  std::filesystem::path keptPath(const std::string& arguments) const;
+  bool make(const std::string& arguments) const;
+
   TemporaryFolder folder_;
 };
 

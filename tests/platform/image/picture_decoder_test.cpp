@@ -1,15 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/image/picture_decoder.h"
 
+#include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include "platform/standard/standard_files.h"
 #include "tests/engine/allocation_count.h"
 #include "tests/support/source_tree.h"
+
+namespace {
+
+std::atomic<std::uint64_t> unpackedBytes{0};
+
+}  // namespace
+
+// In place of the library's own, which it calls: counts what is unpacked.
+extern "C" int inflate(z_streamp stream, int flush) {
+  using Inflate = int (*)(z_streamp, int);
+  static const auto kInflate = reinterpret_cast<Inflate>(dlsym(RTLD_NEXT, "inflate"));
+  const uLong before = stream->total_out;
+  const int result = kInflate(stream, flush);
+  unpackedBytes += stream->total_out - before;
+  return result;
+}
 
 namespace halvora {
 namespace {
@@ -87,6 +107,74 @@ TEST(Png, AlphaIsKeptAndNotMultiplied) {
 }
 
 TEST(Png, OrdinaryGammaChangesNothing) { expectPixels("gamma.png", 1, 1, {64, 128, 192, 255}); }
+
+std::string bigEndian(std::uint32_t number) {
+  std::string bytes;
+  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift & 0xFF);
+  return bytes;
+}
+
+// A chunk of a PNG; of those that are passed over nobody checks the sum.
+std::string chunk(const std::string& name, const std::string& bytes) {
+  return bigEndian(static_cast<std::uint32_t>(bytes.size())) + name + bytes + std::string(4, '\0');
+}
+
+/// A fixture with something more before the first pixel, or behind the last.
+std::string withChunks(const std::string& name, const std::string& chunks, const char* before) {
+  std::string bytes = fixture(name);
+  return bytes.insert(bytes.find(before) - 4, chunks);
+}
+
+TEST(Png, RemarksChangeNothingWhereverTheyStand) {
+  const std::string remarks = chunk("tEXt", "Comment\0words") + chunk("zTXt", "no stream") +
+                              chunk("iTXt", "neither") + chunk("tIME", "1234567") +
+                              chunk("pHYs", "123456789") + chunk("prIV", std::string(1000, 'x')) +
+                              chunk("eXIf", "II*") + chunk("sPLT", "palette");
+  for (const char* name : {"rgb.png", "interlaced.png", "palette.png", "alpha.png", "grey16.png",
+                           "gamma.png", "grey_alpha.png", "grey1.png"}) {
+    const auto plain = decoded(fixture(name));
+    ASSERT_TRUE(plain) << name;
+    for (const char* before : {"IDAT", "IEND"}) {
+      const auto image = decoded(withChunks(name, remarks, before));
+      ASSERT_TRUE(image) << name << " before " << before;
+      EXPECT_EQ(image->rgba, plain->rgba) << name;
+    }
+  }
+}
+
+// The library would unpack each, and reads them before it has seen a pixel: fifty of them take a
+// thousand times as long as the picture.
+TEST(Png, CompressedRemarksAreNotUnpacked) {
+  const std::string zeros(7'000'000, '\0');
+  std::string packed(compressBound(zeros.size()), '\0');
+  uLongf size = packed.size();
+  ASSERT_EQ(compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+                     reinterpret_cast<const Bytef*>(zeros.data()), zeros.size()),
+            Z_OK);
+  const std::string text = "zTXt" + std::string("Comment\0\0", 9) + packed.substr(0, size);
+  const auto sum = static_cast<std::uint32_t>(
+      crc32(0, reinterpret_cast<const Bytef*>(text.data()), static_cast<uInt>(text.size())));
+  const std::string remark =
+      bigEndian(static_cast<std::uint32_t>(text.size() - 4)) + text + bigEndian(sum);
+  std::string remarks;
+  for (int count = 0; count < 50; ++count) remarks += remark;
+  const std::string bytes = withChunks("rgb.png", remarks, "IDAT");
+  unpackedBytes = 0;
+  const auto image = decoded(bytes);
+  ASSERT_TRUE(image);
+  EXPECT_EQ(image->rgba, kSixColours);
+  EXPECT_GT(unpackedBytes, 0U) << "the count sees nothing";
+  EXPECT_LT(unpackedBytes, 1000U);
+}
+
+TEST(Png, AChunkThatClaimsMoreThanThereIsIsLeftToTheLibrary) {
+  std::string bytes = fixture("rgb.png");
+  const std::size_t data = bytes.find("IDAT") - 4;
+  EXPECT_FALSE(
+      decoded(bytes.substr(0, data) + bigEndian(0xFFFFFFFF) + "tEXt" + bytes.substr(data)));
+  EXPECT_FALSE(
+      decoded(bytes.substr(0, data) + bigEndian(0x7FFFFFFF) + "tEXt" + bytes.substr(data)));
+}
 
 TEST(Jpeg, WhiteIsPureAndColoursAreNear) {
   expectHalves("baseline.jpg", {200, 100, 50, 255}, 1);

@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/other_country.h"
+
 namespace halvora {
 namespace {
 
@@ -113,6 +115,14 @@ TEST(RealNumber, ZerosOfEveryKindKeepTheirSign) {
 TEST(RealNumber, WholeNumbersBeyond64Bits) {
   expectReadAs("18446744073709551616", 18446744073709551616.0);
   expectReadAs("9223372036854775808", 9223372036854775808.0);
+}
+
+TEST(RealNumber, IsTheSameInEveryCountry) {
+  const OtherCountry abroad;
+  expectReadAs("1234.5", 1234.5);
+  expectReadAs("1234.56789012345678901", 1234.56789012345678901);
+  expectReadAs("12.5e-3", 0.0125);
+  if (!abroad.isWhole()) GTEST_SKIP() << "no locale with a decimal comma can be had here";
 }
 
 TEST(RealNumber, SeventeenDigitsOfAnyDoubleAreThatDouble) {

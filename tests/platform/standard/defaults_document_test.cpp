@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/json/rapid_json_reader.h"
+#include "tests/support/other_country.h"
 
 namespace halvora {
 namespace {
@@ -157,6 +158,18 @@ TEST(DefaultsDocument, WhatCannotBeUnderstoodIsLeftOut) {
     "kept": 6, "last": true})");
   EXPECT_FALSE(back.isWhole);
   EXPECT_EQ(back.values, (DefaultsValues{{"kept", std::int64_t{5}}, {"last", true}}));
+}
+
+TEST(DefaultsDocument, IsTheSameInEveryCountry) {
+  const DefaultsValues values = {{"real", 1234567.5},
+                                 {"small", 0.1},
+                                 {"date", Date{1767225600.25}},
+                                 {"integer", std::int64_t{1234567}}};
+  const std::string usual = defaultsDocument(values);
+  const OtherCountry abroad;
+  EXPECT_EQ(defaultsDocument(values), usual);
+  EXPECT_EQ(read(usual).values, values);
+  if (!abroad.isWhole()) GTEST_SKIP() << "no locale with a decimal comma can be had here";
 }
 
 }  // namespace

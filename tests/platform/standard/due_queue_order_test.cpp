@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -8,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/standard/due_queue.h"
+#include "platform/standard/seeded_random.h"
 #include "tests/engine/allocation_count.h"
 
 namespace halvora {
@@ -165,6 +168,44 @@ TEST_F(DueQueueOrderTest, ATaskThatGoesMayCancelOthers) {
   queue.cancel(timer);
   EXPECT_FALSE(queue.isPending(other));
   EXPECT_EQ(queue.earliest(), std::nullopt);
+}
+
+// So many that what was cancelled is cleared away several times.
+TEST_F(DueQueueOrderTest, StandsWhateverWasCancelled) {
+  SeededRandom random(20261122);
+  std::vector<std::pair<Duration, int>> expected;
+  std::vector<int> order;
+  std::vector<TimerId> timers;
+  for (int number = 0; number < 3000; ++number) {
+    const Duration time = milliseconds(static_cast<long long>(random.below(50)));
+    timers.push_back(queue.schedule(time, {}, [&order, number] { order.push_back(number); }));
+    expected.emplace_back(time, number);
+    if (number % 3 == 0) continue;
+    const std::size_t gone = random.below(static_cast<std::uint32_t>(timers.size()));
+    queue.cancel(timers[gone]);
+    expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(gone));
+    timers.erase(timers.begin() + static_cast<std::ptrdiff_t>(gone));
+  }
+  std::stable_sort(expected.begin(), expected.end(),
+                   [](const auto& left, const auto& right) { return left.first < right.first; });
+  runAt(milliseconds(50));
+  ASSERT_EQ(order.size(), expected.size());
+  for (std::size_t at = 0; at < order.size(); ++at) ASSERT_EQ(order[at], expected[at].second) << at;
+}
+
+// A phone that sets and cancels a timer at every packet does so for hours.
+TEST_F(DueQueueOrderTest, WhatIsCancelledDoesNotPileUp) {
+  queue.schedule(milliseconds(1'000'000), {}, note('z'));
+  const auto cancelMany = [this](int count) {
+    for (int number = 0; number < count; ++number) {
+      queue.cancel(queue.schedule(milliseconds(500), {}, note('a')));
+    }
+  };
+  cancelMany(1000);
+  const AllocationCount count;
+  cancelMany(100'000);
+  if (!countsAllocations()) GTEST_SKIP() << "this build does not count what is allocated";
+  EXPECT_EQ(count.allocations(), 0U);
 }
 
 }  // namespace

@@ -16,16 +16,18 @@
 #include <unistd.h>
 
 #include "platform/json/rapid_json_reader.h"
+#include "platform/linux/linux_files.h"
 #include "platform/standard/file_defaults.h"
-#include "platform/standard/standard_files.h"
 #include "platform/standard/thread_queues.h"
 #include "platform/virtual/virtual_run_loop.h"
 #include "tests/platform/standard/temporary_folder.h"
+#include "tests/support/all_cases.h"
 
 namespace halvora {
 namespace {
 
-constexpr int kDeaths = 200;
+constexpr int kDeaths = 50;
+constexpr int kAllDeaths = 200;
 constexpr std::uint32_t kMostEvents = 60;
 constexpr char kWritten = 'w';
 constexpr char kSaved = 's';
@@ -48,18 +50,25 @@ class SayingFiles final : public Files {
     return files_.read(path, limit);
   }
   bool replace(const std::string& path, std::string_view bytes) override {
-    if (!files_.replace(path, bytes)) return false;
-    say(pipe_, kSaved);
-    return true;
+    return said(files_.replace(path, bytes));
+  }
+  bool replaceLastingly(const std::string& path, std::string_view bytes) override {
+    return said(files_.replaceLastingly(path, bytes));
   }
   bool makeFolder(const std::string& path) override { return files_.makeFolder(path); }
   bool move(const std::string& from, const std::string& to) override {
     return files_.move(from, to);
   }
   void removeFolder(const std::string& path) override { files_.removeFolder(path); }
+  void removeLeftovers(const std::string& beginning) override { files_.removeLeftovers(beginning); }
 
  private:
-  StandardFiles files_;
+  bool said(bool isInPlace) const {
+    if (isInPlace) say(pipe_, kSaved);
+    return isInPlace;
+  }
+
+  LinuxFiles files_;
   int pipe_;
 };
 
@@ -126,9 +135,10 @@ TEST(FileDefaultsCrash, LeavesTheOldOrTheNewValues) {
   const TemporaryFolder folder;
   const std::string path = folder.path() + "/defaults.json";
   std::mt19937 random(20261121);
-  StandardFiles files;
+  LinuxFiles files;
   std::int64_t before = 0;
-  for (int death = 0; death < kDeaths; ++death) {
+  const int deaths = wantsAllCases() ? kAllDeaths : kDeaths;
+  for (int death = 0; death < deaths; ++death) {
     ASSERT_NO_FATAL_FAILURE(killAfter(path, static_cast<std::uint32_t>(random() % kMostEvents)));
     const Process process(path, files);
     const std::int64_t stored = integerForKey(process.defaults, "first");

@@ -2,8 +2,13 @@
 #include "platform/standard/file_defaults.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <new>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -17,6 +22,44 @@ namespace {
 
 const std::string kPath = "/data/app/defaults.json";
 const std::string kDamaged = kPath + ".damaged";
+
+/// Counts what is written to files in memory, and throws when it is told to.
+class CountingFiles final : public Files {
+ public:
+  explicit CountingFiles(Files& files) : files_(files) {}
+  std::optional<FileAttributes> attributes(const std::string& path) const override {
+    return files_.attributes(path);
+  }
+  std::optional<std::vector<std::string>> list(const std::string& folder) const override {
+    return files_.list(folder);
+  }
+  std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
+    return files_.read(path, limit);
+  }
+  bool replace(const std::string& path, std::string_view bytes) override {
+    ++attempts;
+    if (onAttempt) onAttempt();
+    if (throws) throw std::bad_alloc();
+    return files_.replace(path, bytes);
+  }
+  bool replaceLastingly(const std::string& path, std::string_view bytes) override {
+    ++lasting;
+    return replace(path, bytes);
+  }
+  bool makeFolder(const std::string& path) override { return files_.makeFolder(path); }
+  bool move(const std::string& from, const std::string& to) override {
+    return files_.move(from, to);
+  }
+  void removeFolder(const std::string& path) override { files_.removeFolder(path); }
+
+  std::size_t attempts = 0;
+  std::size_t lasting = 0;
+  bool throws = false;
+  std::function<void()> onAttempt;
+
+ private:
+  Files& files_;
+};
 
 class FileDefaultsTest : public testing::Test {
  protected:
@@ -108,13 +151,22 @@ TEST_F(FileDefaultsTest, WritingWhatIsThereSavesNothing) {
   defaults.reset();
   files.writes.drain();
   defaults = open();
-  defaults->set("key", std::int64_t{5});
-  defaults->remove("other");
-  defaults->synchronize();
-  // Background work runs when a turn ends, so there has to be one.
-  loop.soon([] {});
-  loop.runFor(2 * FileDefaults::kSaveDelay);
-  EXPECT_TRUE(files.writes.entries.empty());
+  const auto writeAgain = [&] {
+    defaults->set("key", std::int64_t{5});
+    defaults->remove("other");
+  };
+  loop.soon([&] {
+    writeAgain();
+    defaults->synchronize();
+  });
+  EXPECT_TRUE(loop.runFor({}));
+  EXPECT_TRUE(files.writes.entries.empty()) << "when asked to save";
+  loop.soon(writeAgain);
+  EXPECT_TRUE(loop.runFor(2 * FileDefaults::kSaveDelay));
+  EXPECT_EQ(loop.turns(), 2U) << "nothing waits to be saved";
+  writeAgain();
+  defaults.reset();
+  EXPECT_TRUE(files.writes.entries.empty()) << "at the end";
 }
 
 TEST_F(FileDefaultsTest, ManySynchronisationsOfOneTurnAreOneSave) {
@@ -145,20 +197,58 @@ TEST_F(FileDefaultsTest, WhatIsNotSavedYetIsSavedAtTheEnd) {
   EXPECT_EQ(savedNumber("key"), 6);
 }
 
-TEST_F(FileDefaultsTest, AFailedSaveIsTriedAgain) {
-  auto defaults = open();
+TEST_F(FileDefaultsTest, AFailedSaveIsTriedAgainEverMoreRarely) {
+  CountingFiles disk(files);
+  FileDefaults defaults(kPath, {disk, json, loop, queues});
   files.isFull = true;
   loop.soon([&] {
-    defaults->set("key", std::int64_t{5});
-    defaults->synchronize();
+    defaults.set("key", std::int64_t{5});
+    defaults.synchronize();
   });
-  loop.runFor({});
+  // After 1, 2, 4, 8, 16, 32 s, then once a minute.
+  std::vector<long long> attempts;
+  for (long long second = 0; second <= 200; ++second) {
+    loop.runUntil(milliseconds(second * 1000));
+    while (attempts.size() < disk.attempts) attempts.push_back(second);
+  }
+  EXPECT_EQ(attempts, (std::vector<long long>{0, 1, 3, 7, 15, 31, 63, 123, 183}));
+  EXPECT_EQ(defaults.failedSaves(), 9U);
   EXPECT_FALSE(files.attributes(kPath));
   files.isFull = false;
-  loop.soon([&] { defaults->synchronize(); });
-  loop.runFor({});
+  loop.runUntil(milliseconds(243'000));
   EXPECT_EQ(savedNumber("key"), 5);
+  EXPECT_EQ(defaults.failedSaves(), 9U);
+  loop.runFor(milliseconds(600'000));
+  EXPECT_EQ(disk.attempts, 10U) << "what is saved is not saved again";
+}
 
+TEST_F(FileDefaultsTest, WhileSavingFailsNobodysWishMakesItFailFaster) {
+  CountingFiles disk(files);
+  FileDefaults defaults(kPath, {disk, json, loop, queues});
+  files.isFull = true;
+  const TimerId wishes = loop.every(milliseconds(10), [&, number = std::int64_t{0}]() mutable {
+    defaults.set("key", ++number);
+    defaults.synchronize();
+  });
+  loop.runUntil(milliseconds(60'000));
+  EXPECT_LE(disk.attempts, 7U);
+  EXPECT_GE(disk.attempts, 5U);
+  loop.cancel(wishes);
+  files.isFull = false;
+  loop.runFor(FileDefaults::kLongestRetry);
+  EXPECT_EQ(savedNumber("key"), 6000) << "the newest values, not those that failed";
+  loop.soon([&] {
+    defaults.set("key", std::int64_t{1});
+    defaults.synchronize();
+  });
+  loop.runFor({});
+  EXPECT_EQ(savedNumber("key"), 1) << "at once again, as it works again";
+}
+
+TEST_F(FileDefaultsTest, AFailedSaveLeavesTheOldValuesAndTheLastOneComesAtTheEnd) {
+  auto defaults = open();
+  defaults->set("key", std::int64_t{5});
+  loop.runFor(FileDefaults::kSaveDelay);
   files.isFull = true;
   loop.soon([&] {
     defaults->set("key", std::int64_t{6});
@@ -169,6 +259,72 @@ TEST_F(FileDefaultsTest, AFailedSaveIsTriedAgain) {
   files.isFull = false;
   defaults.reset();
   EXPECT_EQ(savedNumber("key"), 6);
+}
+
+TEST_F(FileDefaultsTest, MemoryThatIsShortIsAFailedSave) {
+  CountingFiles disk(files);
+  FileDefaults defaults(kPath, {disk, json, loop, queues});
+  disk.throws = true;
+  loop.soon([&] {
+    defaults.set("key", std::int64_t{5});
+    defaults.synchronize();
+  });
+  loop.runFor({});
+  EXPECT_EQ(defaults.failedSaves(), 1U);
+  disk.throws = false;
+  loop.runFor(FileDefaults::kSaveDelay);
+  EXPECT_EQ(savedNumber("key"), 5);
+}
+
+TEST_F(FileDefaultsTest, AsksForFilesThatLast) {
+  CountingFiles disk(files);
+  FileDefaults defaults(kPath, {disk, json, loop, queues});
+  defaults.set("key", std::int64_t{5});
+  loop.runFor(FileDefaults::kSaveDelay);
+  EXPECT_EQ(disk.lasting, 1U);
+  EXPECT_EQ(disk.attempts, 1U);
+}
+
+/// A queue whose destructor is what ends the job under way.
+class WatchedQueues final : public SerialQueues {
+ public:
+  class Queue final : public SerialQueue {
+   public:
+    explicit Queue(bool& isThere) : isThere_(isThere) { isThere_ = true; }
+    ~Queue() override { isThere_ = false; }
+    const std::string& label() const override { return label_; }
+    bool dispatch(Task /*task*/) override { return true; }
+
+   private:
+    std::string label_ = "watched";
+    bool& isThere_;
+  };
+  std::unique_ptr<SerialQueue> make(std::string_view /*label*/) override {
+    return std::make_unique<Queue>(isThere);
+  }
+
+  bool isThere = false;
+};
+
+TEST_F(FileDefaultsTest, TheLastSaveBeginsWhenNoOtherIsUnderWay) {
+  WatchedQueues watched;
+  CountingFiles disk(files);
+  disk.onAttempt = [&] { EXPECT_FALSE(watched.isThere); };
+  auto defaults =
+      std::make_unique<FileDefaults>(kPath, FileDefaults::Needs{disk, json, loop, watched});
+  defaults->set("key", std::int64_t{5});
+  defaults->synchronize();
+  defaults.reset();
+  EXPECT_EQ(disk.attempts, 1U);
+  EXPECT_EQ(savedNumber("key"), 5);
+}
+
+TEST_F(FileDefaultsTest, ADamagedFileThatCannotBeCopiedIsMovedAside) {
+  files.put(kPath, "{\"key\": 5");
+  files.isFull = true;
+  const auto defaults = open();
+  EXPECT_EQ(bytes(kDamaged), "{\"key\": 5");
+  EXPECT_FALSE(files.attributes(kPath));
 }
 
 TEST_F(FileDefaultsTest, ADamagedFileIsKeptAsideAndOverwrittenByTheNextSave) {
@@ -218,12 +374,13 @@ TEST_F(FileDefaultsTest, AFileThatCannotBeReadIsMovedAside) {
 
 TEST_F(FileDefaultsTest, RemovesWhatADeadProcessLeft) {
   files.put(kPath, R"({"key": 5})");
-  files.put(kPath + ".new-1a2b", "half");
-  files.put("/data/app/other.json.new-1a2b", "somebody else's");
+  const std::string left = ".new-000000000000001a";
+  files.put(kPath + left, "half");
+  files.put("/data/app/other.json" + left, "somebody else's");
   const auto defaults = open();
   EXPECT_EQ(integerForKey(*defaults, "key"), 5);
-  EXPECT_FALSE(files.attributes(kPath + ".new-1a2b"));
-  EXPECT_TRUE(files.attributes("/data/app/other.json.new-1a2b"));
+  EXPECT_FALSE(files.attributes(kPath + left));
+  EXPECT_TRUE(files.attributes("/data/app/other.json" + left));
 }
 
 TEST_F(FileDefaultsTest, ValuesKeepTheirTypesAcrossARestart) {

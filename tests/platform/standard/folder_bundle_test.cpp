@@ -66,6 +66,27 @@ TEST_F(FolderBundleTest, EachKeyThatTheTableLacksIsEnglish) {
   EXPECT_EQ(bundle.localizedString("only"), "English");
 }
 
+TEST_F(FolderBundleTest, ALanguageBehindOneThatHasATableAddsNothing) {
+  folder_.write("strings/fr.json", R"({"hello": "Bonjour", "evening": "Bonsoir"})");
+  const FolderBundle bundle(folder_.path(), "id", {"de", "fr"}, json_);
+  EXPECT_EQ(bundle.localizedString("evening"), "evening");
+}
+
+TEST_F(FolderBundleTest, TablesAndNamesUpToTheirLimitsCountAndLongerOnesDoNot) {
+  for (const std::size_t size : {63U, 64U, 65U}) {
+    const std::string name(size, 'x');
+    folder_.write("strings/" + name + ".json", R"({"hello": "Long"})");
+    EXPECT_EQ(hello({name}), size <= 64 ? "Long" : "Hello") << size;
+  }
+  constexpr std::size_t kLargest = std::size_t{1} << 20;
+  for (const std::size_t size : {kLargest - 1, kLargest, kLargest + 1}) {
+    std::string table = R"({"hello": "Large"})";
+    table.resize(size, ' ');
+    folder_.write("strings/la.json", table);
+    EXPECT_EQ(hello({"la"}), size <= kLargest ? "Large" : "Hello") << size;
+  }
+}
+
 TEST_F(FolderBundleTest, AKeyThatNoTableHasIsItself) {
   const FolderBundle bundle(folder_.path(), "id", {"de"}, json_);
   EXPECT_EQ(bundle.localizedString("none"), "none");

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/standard/system_clock.h"
 
+#include <limits>
 #include <optional>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -46,6 +49,30 @@ TEST_F(SystemCalendarTest, TellsTheDayOfTheProcessTimeZone) {
 TEST_F(SystemCalendarTest, KnowsTheTimeBefore1970) {
   liveIn("UTC0");
   EXPECT_EQ(calendar_.componentsOf(Date{-0.5}), (DayComponents{1969, 12, 31}));
+}
+
+TEST_F(SystemCalendarTest, KnowsNoDayBeyondItsYears) {
+  liveIn("UTC0");
+  for (const double seconds : {1e300, -1e300, 9.3e18, std::numeric_limits<double>::infinity()}) {
+    EXPECT_EQ(calendar_.componentsOf(Date{seconds}), DayComponents{}) << seconds;
+  }
+  EXPECT_EQ(calendar_.componentsOf(Date{std::numeric_limits<double>::quiet_NaN()}),
+            (DayComponents{1970, 1, 1}));
+}
+
+// A result that all threads shared would be overwritten by the others.
+TEST_F(SystemCalendarTest, AnswersEachThreadForItself) {
+  liveIn("UTC0");
+  constexpr double kDay = 86400;
+  std::vector<std::thread> threads;
+  for (int day = 1; day <= 4; ++day) {
+    threads.emplace_back([this, day] {
+      for (int turn = 0; turn < 2000; ++turn) {
+        ASSERT_EQ(calendar_.componentsOf(Date{(day - 1) * kDay}), (DayComponents{1970, 1, day}));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

@@ -26,12 +26,14 @@ class Listener final : public CentralManagerDelegate {
     if (advertisement.manufacturerData) {
       bytes.assign(advertisement.manufacturerData->begin(), advertisement.manufacturerData->end());
     }
+    if (onPacket) onPacket();
   }
 
   std::vector<CentralState> states;
   std::vector<std::uint8_t> bytes;
   int packets = 0;
   std::function<void()> onState;
+  std::function<void()> onPacket;
 };
 
 class RadioTest : public testing::Test {
@@ -123,6 +125,27 @@ TEST_F(RadioTest, EveryManagerHearsAPacket) {
   radio_.advertise(kPacket);
   EXPECT_EQ(listener_.packets, 1);
   EXPECT_EQ(other.packets, 2);
+}
+
+TEST_F(RadioTest, AManagerThatGoesWithinAPacketTakesItFromNobodyElse) {
+  Listener other;
+  Listener last;
+  auto first = radio_.makeManager(listener_);
+  auto second = radio_.makeManager(other);
+  const auto third = radio_.makeManager(last);
+  for (CentralManager* manager : {first.get(), second.get(), third.get()}) {
+    manager->scanForPeripherals(kDuplicates);
+  }
+  listener_.onPacket = [&] { first.reset(); };
+  EXPECT_TRUE(radio_.advertise(kPacket));
+  EXPECT_EQ(other.packets, 1);
+  EXPECT_EQ(last.packets, 1);
+  other.onPacket = [&] { second.reset(); };
+  EXPECT_TRUE(radio_.advertise(kPacket));
+  EXPECT_EQ(last.packets, 2);
+  EXPECT_TRUE(radio_.isScanning());
+  EXPECT_TRUE(radio_.advertise(kPacket));
+  EXPECT_EQ(std::vector({listener_.packets, other.packets, last.packets}), (std::vector{1, 2, 3}));
 }
 
 TEST_F(RadioTest, ADelegateMayGiveUpAnotherManagerWhenThePowerGoes) {

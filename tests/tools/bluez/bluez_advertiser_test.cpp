@@ -11,6 +11,7 @@
 #include "platform/linux/poll_run_loop.h"
 #include "tests/platform/linux/bus/fake_bluez.h"
 #include "tests/platform/linux/bus/private_bus.h"
+#include "tests/platform/linux/bus/stranger.h"
 
 namespace halvora {
 namespace {
@@ -164,6 +165,34 @@ TEST_F(BluezAdvertiserTest, NoticesThatItIsTakenOffTheAir) {
   advertiser->show(packet(2));
   advertiser->end();
   EXPECT_FALSE(advertiser->isBusy());
+}
+
+TEST_F(BluezAdvertiserTest, AStrangerNeitherEndsItNorTakesItOffTheAir) {
+  advertise();
+  const std::string target = bluez.advertisementClient();
+  Stranger stranger(loop, bus.address());
+  stranger.sayGone(target, "org.bluez");
+  EXPECT_FALSE(
+      stranger.call(target, "/org/halvora/advertisement", "org.bluez.LEAdvertisement1", "Release"));
+  EXPECT_EQ(advertiser->failure(), "");
+  advertiser->show(packet(2));
+  EXPECT_TRUE(waitForAir(packet(2)));
+}
+
+TEST_F(BluezAdvertiserTest, AdaptersWithoutEndAreNotBelieved) {
+  bluez.appear();
+  for (int number = 0; number < 100; ++number) {
+    bluez.addAdapter("hci" + std::to_string(100 + number), number >= 16);
+  }
+  EXPECT_EQ(refusal(), "the Bluetooth adapter hci100 is switched off");
+}
+
+TEST_F(BluezAdvertiserTest, AnAnswerOfAnotherShapeIsNone) {
+  bluez.answers["GetManagedObjects"] = [](sd_bus_message* call) {
+    return sd_bus_reply_method_return(call, "s", "text");
+  };
+  bluez.appear();
+  EXPECT_EQ(refusal(), "the Bluetooth service gives an answer that is none");
 }
 
 TEST_F(BluezAdvertiserTest, NoticesThatTheDaemonHasGone) {

@@ -17,7 +17,7 @@ using testing::ElementsAre;
 constexpr SeatPosition kSeat{10, 10};
 constexpr Duration kEnd = milliseconds(10'000);
 
-std::string hexOf(std::uint16_t transmitter, std::uint16_t red, std::uint16_t sequence) {
+std::string hexOf(std::uint8_t transmitter, std::uint8_t red, std::uint16_t sequence) {
   Broadcast broadcast;
   broadcast.applicationId = 1;
   broadcast.mode = 1;

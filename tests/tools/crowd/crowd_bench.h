@@ -60,8 +60,8 @@ inline std::string mapOfSeats(std::size_t count) {
 }
 
 /// A steady look of transmitter 1 at venue 7.
-inline Broadcast plainLook(std::uint16_t sequence, std::uint16_t red, std::uint16_t green = 0,
-                           std::uint16_t blue = 0) {
+inline Broadcast plainLook(std::uint16_t sequence, std::uint8_t red, std::uint8_t green = 0,
+                           std::uint8_t blue = 0) {
   Broadcast look;
   look.applicationId = 1;
   look.venueId = 7;

@@ -50,13 +50,13 @@ Broadcast look(std::uint16_t sequence) {
   return broadcast;
 }
 
-Broadcast colour(std::uint16_t sequence, std::uint16_t red) {
+Broadcast colour(std::uint16_t sequence, std::uint8_t red) {
   Broadcast broadcast = look(sequence);
   broadcast.red = red;
   return broadcast;
 }
 
-Broadcast mapFrame(std::uint16_t sequence, std::uint16_t frame) {
+Broadcast mapFrame(std::uint16_t sequence, std::uint8_t frame) {
   Broadcast broadcast = look(sequence);
   broadcast.pixelMapId = 1;
   broadcast.minutes = frame;
@@ -96,13 +96,13 @@ struct CrowdRoom : testing::Test {
     std::string show = start;
     for (std::uint16_t at = 0; at < 20; ++at) {
       show += packet(1.5 + at * 0.1, colour(static_cast<std::uint16_t>(at + 1),
-                                            static_cast<std::uint16_t>(at * 10 + 5)));
+                                            static_cast<std::uint8_t>(at * 10 + 5)));
     }
     return show;
   }
   std::string mapShow() const {
     std::string show = start;
-    for (std::uint16_t frame = 1; frame <= 40; ++frame) {
+    for (std::uint8_t frame = 1; frame <= 40; ++frame) {
       show += packet(1.5 + frame / 30.0, mapFrame(frame, frame));
     }
     return show;
@@ -119,8 +119,8 @@ TEST_F(CrowdRoom, ALookThatComesBackIsShownByWhoeverNeverLeftIt) {
   std::string distinct = start;
   for (std::uint16_t at = 1; at <= 40; ++at) {
     const double time = 1.5 + at * 0.1;
-    alternating += packet(time, colour(at, static_cast<std::uint16_t>(at % 2 * 100 + 50)));
-    distinct += packet(time, colour(at, static_cast<std::uint16_t>(at * 5)));
+    alternating += packet(time, colour(at, static_cast<std::uint8_t>(at % 2 * 100 + 50)));
+    distinct += packet(time, colour(at, static_cast<std::uint8_t>(at * 5)));
   }
   const Words air = {"--loss", "0.5", "--jitter", "80"};
   const auto looks = [&](const std::string& show) {

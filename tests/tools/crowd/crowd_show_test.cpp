@@ -30,7 +30,7 @@ std::string packet(int at, const Broadcast& look, const std::string& more = "") 
          NSDataToHex(encodeBroadcast(look)) + "\"" + more + "}\n";
 }
 
-Broadcast from(std::uint16_t transmitter, Broadcast look) {
+Broadcast from(std::uint8_t transmitter, Broadcast look) {
   look.transmitter = transmitter;
   return look;
 }
@@ -163,7 +163,7 @@ TEST_F(CrowdShow, PhonesThatComeLateAndGoEarly) {
   std::string show = "{\"at\": 0, \"start\": true}\n";
   for (std::uint16_t at = 0; at < 12; ++at) {
     Broadcast look =
-        plainLook(static_cast<std::uint16_t>(at + 1), static_cast<std::uint16_t>(at % 2 * 200));
+        plainLook(static_cast<std::uint16_t>(at + 1), static_cast<std::uint8_t>(at % 2 * 200));
     look.ledMode = at % 3 == 0 ? 1 : 0;
     show += packet(1500 + at * 370, look);
   }
@@ -238,8 +238,8 @@ TEST_F(CrowdShow, APixelMapOfWhichSomePhonesMissFrames) {
   for (std::uint16_t at = 0; at < 6; ++at) {
     Broadcast look = plainLook(static_cast<std::uint16_t>(at + 1), 0);
     look.pixelMapId = 1;
-    look.minutes = static_cast<std::uint16_t>(at + 1);
-    look.transmitter = static_cast<std::uint16_t>(at == 2 || at == 3 ? 2 : 1);
+    look.minutes = static_cast<std::uint8_t>(at + 1);
+    look.transmitter = static_cast<std::uint8_t>(at == 2 || at == 3 ? 2 : 1);
     show += packet(1500 + at * 500, look);
   }
   EXPECT_EQ(report(show, {"--reach", "2@0,0,1", "--fps", "4", "--until", "5"}), R"({

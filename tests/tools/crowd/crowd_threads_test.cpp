@@ -26,12 +26,12 @@ TEST(CrowdThreads, ShareWhatAllPhonesHaveInCommon) {
     look.applicationId = 1;
     look.venueId = 7;
     look.master = 255;
-    look.mode = static_cast<std::uint16_t>(at % 2 == 0 ? 1 : 3);
+    look.mode = static_cast<std::uint8_t>(at % 2 == 0 ? 1 : 3);
     look.speed = 255;
     look.ledMode = 2;
     look.paletteId = 1;
-    look.pixelMapId = static_cast<std::uint16_t>(at % 3 == 0 ? 1 : 0);
-    look.minutes = static_cast<std::uint16_t>(at);
+    look.pixelMapId = static_cast<std::uint8_t>(at % 3 == 0 ? 1 : 0);
+    look.minutes = static_cast<std::uint8_t>(at);
     look.sequence = static_cast<std::uint16_t>(at + 1);
     look.transmitter = 1;
     show += "{\"at\": " + std::to_string(1.5 + at * 0.1) + ", \"packet\": \"" +

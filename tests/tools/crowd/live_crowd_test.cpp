@@ -120,11 +120,13 @@ TEST_F(LiveCrowdRoom, AFadeIsLookedAtUntilItsEnd) {
   static_cast<void>(changed());
   EXPECT_TRUE(crowd.isAnimating());
   std::vector<int> reds;
-  while (crowd.isAnimating()) {
+  constexpr std::size_t kFarLongerThanTheFade = 100;
+  while (crowd.isAnimating() && reds.size() < kFarLongerThanTheFade) {
     pass(milliseconds(100));
     static_cast<void>(changed());
     reds.push_back(crowd.lights()[0].red);
   }
+  EXPECT_FALSE(crowd.isAnimating());
   EXPECT_TRUE(std::is_sorted(reds.begin(), reds.end()));
   EXPECT_GT(reds.size(), 5U);
   EXPECT_EQ(reds.back(), 255);

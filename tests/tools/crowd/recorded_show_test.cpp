@@ -78,8 +78,9 @@ TEST_F(RecordedShow, DrivesACrowd) {
   const std::string show = at("show.jsonl");
   std::atomic<bool> isInterrupted{false};
   const ToolRun listened =
-      runTool({"listen", "--for", "5", "--record", show},
-              {.openRadio = [&] { return std::make_unique<VirtualRadio>(air, isInterrupted); }});
+      runTool({"listen", "--for", "5", "--record", show}, {.openRadio = [&](const std::string&) {
+                return std::make_unique<VirtualRadio>(air, isInterrupted);
+              }});
   ASSERT_EQ(listened.status, 0) << listened.error;
 
   const ToolRun crowd =

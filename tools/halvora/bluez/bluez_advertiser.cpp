@@ -7,6 +7,7 @@
 #include "platform/linux/bus/bluez_errors.h"
 #include "platform/linux/bus/bluez_messages.h"
 #include "platform/linux/bus/bus_dictionary.h"
+#include "platform/linux/bus/bus_name.h"
 
 namespace halvora {
 
@@ -17,6 +18,8 @@ constexpr const char* kManagerInterface = "org.bluez.LEAdvertisingManager1";
 constexpr const char* kObject = "/org/halvora/advertisement";
 constexpr const char* kInterface = "org.bluez.LEAdvertisement1";
 constexpr const char* kNoService = "no Bluetooth service";
+/// No machine has so many; a daemon that says otherwise is not believed.
+constexpr std::size_t kMostAdapters = 16;
 
 const BluezAdvertiser& advertiser(void* self) { return *static_cast<BluezAdvertiser*>(self); }
 
@@ -61,16 +64,20 @@ const sd_bus_vtable BluezAdvertiser::kTable[] = {
     SD_BUS_VTABLE_END,
 };
 
-template <BluezAdvertiser::Handler handler>
-int BluezAdvertiser::handle(sd_bus_message* message, void* self, sd_bus_error*) {
-  (static_cast<BluezAdvertiser*>(self)->*handler)(message);
-  return 0;
-}
-
-int BluezAdvertiser::handleRelease(sd_bus_message* message, void* self, sd_bus_error*) {
+// Anybody may call it, and only the daemon has anything to release. Nothing may be thrown through
+// the bus library, which is C.
+int BluezAdvertiser::handleRelease(sd_bus_message* message, void* self,
+                                   sd_bus_error* error) noexcept {
   auto& own = *static_cast<BluezAdvertiser*>(self);
+  if (own.owner_.empty() || !isFrom(message, own.owner_)) {
+    return sd_bus_error_set(error, SD_BUS_ERROR_ACCESS_DENIED, "not the Bluetooth daemon");
+  }
   own.isOnAir_ = false;
-  own.fail("the Bluetooth service has taken the advertisement off the air");
+  try {
+    own.fail("the Bluetooth service has taken the advertisement off the air");
+  } catch (...) {
+    own.connection_.failed();
+  }
   return sd_bus_reply_method_return(message, nullptr);
 }
 
@@ -82,40 +89,35 @@ void BluezAdvertiser::fail(std::string why) {
 void BluezAdvertiser::open(const TransmitterSettings& settings) {
   settings_ = settings;
   isBusy_ = true;
-  connection_.open(busAddress_,
-                   [this] { fail("no system bus to reach the Bluetooth service on"); });
+  connection_.open(busAddress_, [this] { busLost(); });
   if (connection_.bus() == nullptr) return;
-  sd_bus_slot* slot = nullptr;
-  sd_bus_add_match_async(connection_.bus(), &slot,
-                         "type='signal',sender='org.freedesktop.DBus',"
-                         "interface='org.freedesktop.DBus',member='NameOwnerChanged',"
-                         "arg0='org.bluez'",
-                         handle<&BluezAdvertiser::nameOwnerChanged>, nullptr, this);
-  ownerMatch_.reset(slot);
+  ownerMatch_ = watchName(connection_, kDaemon,
+                          [this](std::string_view, std::string_view now) { ownerChanged(now); });
   call("/", "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", nullptr,
-       handle<&BluezAdvertiser::takeObjects>);
+       &BluezAdvertiser::takeObjects);
+}
+
+void BluezAdvertiser::busLost() {
+  isOnAir_ = false;
+  fail(connection_.failures() > 0 ? "out of memory"
+                                  : "no system bus to reach the Bluetooth service on");
 }
 
 void BluezAdvertiser::call(const std::string& path, const char* interface, const char* member,
-                           const std::function<bool(sd_bus_message*)>& append,
-                           sd_bus_message_handler_t answered) {
+                           const std::function<bool(sd_bus_message*)>& append, Handler answered) {
   isBusy_ = true;
   sd_bus_message* message = nullptr;
   sd_bus_message_new_method_call(connection_.bus(), &message, kDaemon, path.c_str(), interface,
                                  member);
-  const BusMessage owned(message);
-  sd_bus_slot* slot = nullptr;
-  if (message == nullptr || (append && !append(message)) ||
-      sd_bus_call_async(connection_.bus(), &slot, message, answered, this, 0) < 0) {
-    return connection_.giveUp();
-  }
-  answer_.reset(slot);
-  connection_.sent();
+  BusMessage owned(message);
+  if (message != nullptr && append && !append(message)) owned.reset();
+  answer_ =
+      connection_.call(owned, BusConnection::kUsualTime,
+                       [this, answered](sd_bus_message* answer) { (this->*answered)(answer); });
 }
 
-void BluezAdvertiser::nameOwnerChanged(sd_bus_message* message) {
-  const char* now = nullptr;
-  if (sd_bus_message_read(message, "sss", nullptr, nullptr, &now) <= 0 || *now != '\0') return;
+void BluezAdvertiser::ownerChanged(std::string_view now) {
+  if (owner_.empty() ? !now.empty() : owner_ == now) return;
   isOnAir_ = false;
   fail("the Bluetooth service has gone");
 }
@@ -126,6 +128,7 @@ void BluezAdvertiser::takeObjects(sd_bus_message* message) {
     if (isRefusal(*error)) return fail("the system does not allow this user to use Bluetooth");
     return fail(isAbsence(*error) ? kNoService : kNoService + (": " + textOf(*error)));
   }
+  if (const char* sender = sd_bus_message_get_sender(message)) owner_ = sender;
   std::vector<Adapter> adapters;
   const bool isWhole = forEachEntry(message, kObjects, [&](const std::string& path) {
     Adapter adapter{path.substr(path.rfind('/') + 1), path};
@@ -137,7 +140,7 @@ void BluezAdvertiser::takeObjects(sd_bus_message* message) {
       return readAdapter(message, news);
     });
     adapter.isPowered = news.isPowered.value_or(false);
-    if (news.isAdapter) adapters.push_back(std::move(adapter));
+    if (news.isAdapter && adapters.size() < kMostAdapters) adapters.push_back(std::move(adapter));
     return isRead;
   });
   if (!isWhole) return fail("the Bluetooth service gives an answer that is none");
@@ -180,7 +183,7 @@ void BluezAdvertiser::show(std::span<const std::uint8_t> manufacturerData) {
       [](sd_bus_message* message) {
         return sd_bus_message_append(message, "oa{sv}", kObject, 0) >= 0;
       },
-      handle<&BluezAdvertiser::takeRegistered>);
+      &BluezAdvertiser::takeRegistered);
 }
 
 void BluezAdvertiser::takeRegistered(sd_bus_message* message) {
@@ -205,7 +208,7 @@ void BluezAdvertiser::end() {
   call(
       adapter_, kManagerInterface, "UnregisterAdvertisement",
       [](sd_bus_message* message) { return sd_bus_message_append(message, "o", kObject) >= 0; },
-      handle<&BluezAdvertiser::takeUnregistered>);
+      &BluezAdvertiser::takeUnregistered);
 }
 
 // Whatever the answer is: the daemon has it no longer.

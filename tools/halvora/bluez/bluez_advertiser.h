@@ -8,6 +8,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/linux/bus/bus_connection.h"
@@ -40,17 +41,16 @@ class BluezAdvertiser {
     bool canAdvertise = false;
   };
   using Handler = void (BluezAdvertiser::*)(sd_bus_message*);
-  template <Handler handler>
-  static int handle(sd_bus_message* message, void* self, sd_bus_error*);
-  static int handleRelease(sd_bus_message* message, void* self, sd_bus_error*);
+  static int handleRelease(sd_bus_message* message, void* self, sd_bus_error* error) noexcept;
   static const sd_bus_vtable kTable[];
 
   void call(const std::string& path, const char* interface, const char* member,
-            const std::function<bool(sd_bus_message*)>& append, sd_bus_message_handler_t answered);
+            const std::function<bool(sd_bus_message*)>& append, Handler answered);
   void takeObjects(sd_bus_message* message);
   void takeRegistered(sd_bus_message* message);
   void takeUnregistered(sd_bus_message* message);
-  void nameOwnerChanged(sd_bus_message* message);
+  void ownerChanged(std::string_view now);
+  void busLost();
   void choose(const std::vector<Adapter>& adapters);
   void tellChange();
   void fail(std::string why);
@@ -59,6 +59,8 @@ class BluezAdvertiser {
   const std::string busAddress_;
   TransmitterSettings settings_;
   std::vector<std::uint8_t> data_;
+  /// The daemon's own name on the bus, once it has answered.
+  std::string owner_;
   /// The path of the one that is used.
   std::string adapter_;
   bool isBusy_ = false;

@@ -12,7 +12,7 @@ namespace {
 
 /// A signal between a look at `isDone` and the wait would go unnoticed for as long as nothing else
 /// happens.
-constexpr Duration kLongestWait = milliseconds(200);
+constexpr Duration kLongestPause = milliseconds(200);
 
 class SystemTransmitter final : public Transmitter {
  public:
@@ -22,7 +22,7 @@ class SystemTransmitter final : public Transmitter {
   RunLoop& loop() override { return loop_; }
   void runUntil(const std::function<bool()>& isDone) override {
     const auto isOver = [&] { return isDone() || loop_.failures() > 0; };
-    while (!loop_.runUntil(isOver, kLongestWait)) {
+    while (!loop_.runUntil(isOver, kLongestPause)) {
     }
     // A command that lost a turn has nothing true to say any more.
     if (loop_.failures() > 0) std::rethrow_exception(loop_.firstFailure());

@@ -102,6 +102,8 @@ struct Crowd::Chunk {
   std::size_t first = 0;
   std::size_t end = 0;
   bool isGood = true;
+  /// What its thread must not let out.
+  std::exception_ptr failure = nullptr;
   std::vector<Moment> moments;
   std::vector<FrameCounts> frames;
   PacketCounts packets;
@@ -184,7 +186,11 @@ bool Crowd::run() {
   for (Chunk& chunk : chunks_) {
     tasks.emplace_back([this, &slice, &chunk] { runChunk(slice, chunk); });
   }
-  if (runAnyway(parts_.workers, tasks) == WorkEnd::failed) throw std::bad_alloc();
+  const WorkEnd end = runAnyway(parts_.workers, tasks);
+  for (const Chunk& chunk : chunks_) {
+    if (chunk.failure) std::rethrow_exception(chunk.failure);
+  }
+  if (end == WorkEnd::failed) throw std::bad_alloc();
 
   std::vector<FrameCounts> counts(slice.frames.size());
   bool isGood = true;
@@ -265,8 +271,12 @@ void Crowd::runChunk(const Slice& slice, Chunk& chunk) {
   chunk.frames.assign(slice.frames.size(), {});
   chunk.looks = OpenLooks(nextLook_);
   chunk.packets = {};
-  for (std::size_t block = chunk.first; block < chunk.end; ++block) {
-    chunk.isGood = runBlock(slice, block, chunk) && chunk.isGood;
+  try {
+    for (std::size_t block = chunk.first; block < chunk.end; ++block) {
+      chunk.isGood = runBlock(slice, block, chunk) && chunk.isGood;
+    }
+  } catch (...) {
+    chunk.failure = std::current_exception();
   }
 }
 
@@ -290,6 +300,9 @@ bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
   const bool hasEnded = loop.runUntil(slice.end - kInstant);
   // A phone goes on after a turn that failed, but then it shows what no other one would.
   if (loop.failures() > 0) std::rethrow_exception(loop.firstFailure());
+  for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
+    if (members_[phone]->phone.hasFailed()) throw std::bad_alloc();
+  }
   return hasEnded;
 }
 
@@ -365,8 +378,6 @@ void Crowd::hear(std::size_t sent, Member& member, Duration now, Chunk& chunk) {
   ++chunk.packets.heard;
   // A phone that missed a look may be on the next one already, where that is the one before again.
   const CrowdPhone::Heard heard = member.phone.hear(packet.data);
-  // A phone that could not obey would make the report wrong.
-  if (member.phone.wasMemoryShort()) throw std::bad_alloc();
   if (heard == CrowdPhone::Heard::nothing || !packet.broadcast) return;
   // Who shows a look has no more use for the ones before it.
   for (; member.nextLook <= one.look; ++member.nextLook) {

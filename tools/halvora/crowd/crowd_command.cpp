@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <locale>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -20,8 +21,8 @@ namespace halvora {
 
 namespace {
 
-constexpr double kLatestEnd = 24 * 3600;
-constexpr Duration kAfterLastAction = milliseconds(2000);
+constexpr double kLatestPicture = 24 * 3600;
+constexpr Duration kPictureAfterLastAction = milliseconds(2000);
 
 // The parts of "3@320,240,100".
 std::vector<std::string> split(const std::string& text, std::string_view separators) {
@@ -102,6 +103,7 @@ class CrowdCommand final : public ToolCommand {
       return std::nullopt;
     }
     std::ostringstream range;
+    range.imbue(std::locale::classic());
     range << (std::is_integral_v<Number> ? "a whole number" : "a number") << " from " << least
           << " to " << most;
     return refuse(option, range.str(), text);
@@ -124,7 +126,7 @@ class CrowdCommand final : public ToolCommand {
       double latest = 0;
       if (parts.size() != 2) return refuse("--late", "SHARE,SECONDS", late_);
       if (auto refusal = read("--late", parts[0], 0, 1, settings.lateShare)) return refusal;
-      if (auto refusal = read("--late", parts[1], 0, kLatestEnd, latest)) return refusal;
+      if (auto refusal = read("--late", parts[1], 0, kLatestPicture, latest)) return refusal;
       settings.latest = fromSeconds(latest);
     }
     if (size_.empty()) return std::nullopt;
@@ -165,11 +167,11 @@ class CrowdCommand final : public ToolCommand {
     auto scenario = halvora::readScenario(scenario_, json, isInterrupted);
     if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
     request.scenario = std::get<Scenario>(std::move(scenario));
-    double until = toSeconds(request.scenario.lastAction() + kAfterLastAction);
-    if (until_.empty() && until > kLatestEnd) {
+    double until = toSeconds(request.scenario.lastAction() + kPictureAfterLastAction);
+    if (until_.empty() && until > kLatestPicture) {
       return unusable(scenario_ + ": longer than a day; say how long with --until");
     }
-    if (auto refusal = read("--until", until_, 0, kLatestEnd, until)) return refusal;
+    if (auto refusal = read("--until", until_, 0, kLatestPicture, until)) return refusal;
     request.settings.end = fromSeconds(until);
     return std::nullopt;
   }

@@ -12,7 +12,7 @@
 
 #include <unistd.h>
 
-#include "platform/standard/standard_files.h"
+#include "platform/linux/linux_files.h"
 #include "tools/halvora/leftover.h"
 
 namespace halvora {
@@ -95,6 +95,7 @@ class FolderOutput final : public CrowdOutput {
   }
   bool finish() override {
     removeOlder();
+    files_.removeLeftovers(folder_ + "/frame-");
     return isGood_;
   }
 
@@ -115,7 +116,7 @@ class FolderOutput final : public CrowdOutput {
   bool isNew_;
   CrowdOutputFormat format_;
   PictureEncoder encode_;
-  StandardFiles files_;
+  LinuxFiles files_;
   std::int64_t frames_ = 0;
   bool isGood_ = true;
 };
@@ -143,7 +144,9 @@ class SheetOutput final : public CrowdOutput {
   bool finish() override {
     if (taken_ == 0) return false;
     const std::string bytes = encode_(sheet());
-    return !bytes.empty() && StandardFiles().replace(path_, bytes);
+    LinuxFiles files;
+    files.removeLeftovers(path_);
+    return !bytes.empty() && files.replace(path_, bytes);
   }
 
  private:

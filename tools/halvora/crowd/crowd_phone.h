@@ -92,8 +92,11 @@ class CrowdPhone {
     newLook,
   };
   Heard hear(std::span<const std::uint8_t> data);
-  /// Whether there was ever too little memory to obey a packet.
-  bool wasMemoryShort() const { return engine_.diagnostics()[PacketFate::noMemory] != 0; }
+  /// Whether the engine could not do what was asked of it, for want of memory as a rule.
+  bool hasFailed() const {
+    const ScanDiagnostics& diagnostics = engine_.diagnostics();
+    return diagnostics.failedCalls > 0 || diagnostics[PacketFate::failed] > 0;
+  }
 
   CrowdLight light() const;
   /// The light as the show set it, before master and fade; black for none.

@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "platform/json/rapid_json_reader.h"
+#include "platform/linux/linux_files.h"
 #include "platform/standard/folder_bundle.h"
-#include "platform/standard/standard_files.h"
 #include "platform/standard/stopwatch.h"
 #include "platform/standard/thread_workers.h"
 #include "platform/virtual/virtual_storage.h"
@@ -59,7 +59,7 @@ class CrowdRun {
   const CrowdRequest& request_;
   const Outside& outside_;
   const RapidJsonReader json_{};
-  StandardFiles files_;
+  LinuxFiles files_;
   ThreadWorkers workers_;
   FolderBundle mainBundle_;
   VirtualBundle kitBundle_{"com.halvora.sdk"};

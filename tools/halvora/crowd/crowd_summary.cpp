@@ -11,28 +11,28 @@ namespace halvora {
 
 namespace {
 
-using Writer = PrettyJsonWriter;
+using PrettyWriter = PrettyJsonWriter;
 
 constexpr int kShares[] = {50, 95, 99};
-constexpr double kLinearOne = 65535;
+constexpr double kLinearWhole = 65535;
 
 double shareOf(double part, double whole) { return whole > 0 ? part / whole : 0; }
 
-void addNumber(Writer& writer, const char* key, double value) {
+void addNumber(PrettyWriter& writer, const char* key, double value) {
   const std::string text = levelText(value);
   writer.Key(key);
   writer.RawValue(text.data(), text.size(), rapidjson::kNumberType);
 }
-void addNumber(Writer& writer, const char* key, std::uint64_t value) {
+void addNumber(PrettyWriter& writer, const char* key, std::uint64_t value) {
   writer.Key(key);
   writer.Uint64(value);
 }
-void addOptional(Writer& writer, const char* key, const std::optional<double>& value) {
+void addOptional(PrettyWriter& writer, const char* key, const std::optional<double>& value) {
   if (value) return addNumber(writer, key, *value);
   writer.Key(key);
   writer.Null();
 }
-void addMilliseconds(Writer& writer, const char* key, const std::optional<Duration>& time) {
+void addMilliseconds(PrettyWriter& writer, const char* key, const std::optional<Duration>& time) {
   writer.Key(key);
   if (time) {
     writer.Int64(*time / milliseconds(1));
@@ -40,13 +40,13 @@ void addMilliseconds(Writer& writer, const char* key, const std::optional<Durati
     writer.Null();
   }
 }
-void addText(Writer& writer, const char* key, std::string_view text) {
+void addText(PrettyWriter& writer, const char* key, std::string_view text) {
   writer.Key(key);
   writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 
 template <class Body>
-void addObject(Writer& writer, const char* key, const Body& body) {
+void addObject(PrettyWriter& writer, const char* key, const Body& body) {
   writer.Key(key);
   writer.StartObject();
   body();
@@ -56,7 +56,7 @@ void addObject(Writer& writer, const char* key, const Body& body) {
 // The greatest distance of one channel if all the error lay in it.
 double levelsOf(std::uint32_t squaredError) { return std::sqrt(static_cast<double>(squaredError)); }
 
-void addFlashes(Writer& writer, const char* key, const FlashCount& flashes) {
+void addFlashes(PrettyWriter& writer, const char* key, const FlashCount& flashes) {
   addObject(writer, key, [&] {
     addNumber(writer, "general", static_cast<std::uint64_t>(flashes.generalFlashes()));
     addNumber(writer, "red", static_cast<std::uint64_t>(flashes.redFlashes()));
@@ -66,7 +66,7 @@ void addFlashes(Writer& writer, const char* key, const FlashCount& flashes) {
 // Three channels a phone.
 std::uint64_t valuesOf(std::uint64_t phones) { return phones * 3; }
 
-void writeMapFrame(Writer& writer, const CrowdMapFrame& frame) {
+void writeMapFrame(PrettyWriter& writer, const CrowdMapFrame& frame) {
   writer.StartObject();
   addMilliseconds(writer, "t", frame.time);
   addNumber(writer, "frame", static_cast<std::uint64_t>(frame.frame));
@@ -75,7 +75,7 @@ void writeMapFrame(Writer& writer, const CrowdMapFrame& frame) {
   writer.EndObject();
 }
 
-void writeMap(Writer& writer, const std::vector<CrowdMapFrame>& frames,
+void writeMap(PrettyWriter& writer, const std::vector<CrowdMapFrame>& frames,
               std::span<const CrowdSeat> phones) {
   std::uint64_t exact = 0;
   std::uint64_t squaredError = 0;
@@ -134,7 +134,7 @@ void CrowdSummary::add(const Crowd& crowd) {
     const FrameCounts& counts = frame.counts;
     mostTorches_ = std::max(mostTorches_, counts.torches);
     if (counts.open > 0) {
-      const double whole = kLinearOne * counts.open;
+      const double whole = kLinearWhole * counts.open;
       field_.add(frame.time, {static_cast<double>(counts.linear[0]) / whole,
                               static_cast<double>(counts.linear[1]) / whole,
                               static_cast<double>(counts.linear[2]) / whole});
@@ -157,7 +157,7 @@ void CrowdSummary::add(const Crowd& crowd) {
 
 std::string CrowdSummary::json(const Crowd& crowd, const Facts& facts) const {
   JsonBuffer buffer;
-  Writer writer(buffer);
+  PrettyWriter writer(buffer);
   writer.SetIndent(' ', 2);
   writer.SetFormatOptions(rapidjson::kFormatSingleLineArray);
   writer.StartObject();

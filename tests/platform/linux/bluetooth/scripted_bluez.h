@@ -3,6 +3,7 @@
 // itself or has them answered in the next turn. Owned by the test; one thread.
 #pragma once
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,9 +34,11 @@ class ScriptedBluez final : public BluezService {
     const bool isMonitor = method == BluezMethod::monitor;
     requests.push_back((isMonitor ? "monitor " : "discover ") + adapter);
     if (answersItself) {
-      next_ = {loop_, loop_.soon([this, isMonitor] {
-                 answer(startGives);
-                 if (isMonitor && startGives == BluezOutcome::done) activate();
+      const auto own = startGivesOn.find(adapter);
+      const BluezOutcome outcome = own != startGivesOn.end() ? own->second : startGives;
+      next_ = {loop_, loop_.soon([this, isMonitor, outcome] {
+                 answer(outcome);
+                 if (isMonitor && outcome == BluezOutcome::done) activate();
                })};
     }
   }
@@ -69,6 +72,8 @@ class ScriptedBluez final : public BluezService {
   std::vector<std::string> requests;
   bool answersItself = true;
   BluezOutcome startGives = BluezOutcome::done;
+  /// The same for single adapters.
+  std::map<std::string, BluezOutcome> startGivesOn;
   BluezScene lookFinds;
 
  private:

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/platform/linux/bus/bluez_bus_test.h"
+#include "tests/platform/linux/bus/garbage_bus.h"
 
 namespace halvora {
 namespace {
@@ -139,6 +140,60 @@ TEST_F(BluezFaults, ABusThatIsLostIsFoundAgain) {
   ASSERT_TRUE(bus.start());
   bluez.appear();
   EXPECT_TRUE(hearsAgain(1));
+}
+
+TEST_F(BluezFaults, ABusThatSaysAnythingButMessagesIsNone) {
+  GarbageBus garbage(loop);
+  BluezDaemon broken(loop, loop, garbage.address());
+  central = std::make_unique<BluezCentral>(loop, broken);
+  manager = central->makeManager(listener);
+  EXPECT_TRUE(waitForState(CentralState::unsupported));
+  EXPECT_EQ(broken.reach(), BluezReach::noBus);
+  TearDown();
+}
+
+TEST_F(BluezFaults, AScanThatCannotEvenBeAskedForCostsTheConnectionAndIsTakenUpOnTheNext) {
+  bluez.appear();
+  bluez.addAdapter("hci0", true);
+  makeCentral();
+  ASSERT_TRUE(waitForState(CentralState::poweredOn));
+  scanWheneverPossible();
+  bluez.die();
+  bus.stop();
+  // Before anything has told that the bus is gone.
+  manager->scanForPeripherals(kRepeats);
+  EXPECT_FALSE(central->diagnostics().isScanning);
+  ASSERT_TRUE(waitForState(CentralState::resetting));
+  ASSERT_TRUE(bus.start());
+  bluez.appear();
+  EXPECT_TRUE(hearsAgain(1));
+}
+
+TEST_F(BluezFaults, AMonitorThatCannotBeShownCostsTheConnection) {
+  bluez.appear();
+  bluez.addAdapter("hci0", true, true);
+  makeCentral();
+  ASSERT_TRUE(waitForState(CentralState::poweredOn));
+  // There is one already.
+  daemon.start("/org/bluez/hci0", BluezMethod::monitor);
+  daemon.start("/org/bluez/hci0", BluezMethod::monitor);
+  ASSERT_TRUE(waitForState(CentralState::resetting));
+  scanWheneverPossible();
+  EXPECT_TRUE(hearsAgain(1));
+}
+
+TEST_F(BluezFaults, AnAdapterWhoseStartsFailGivesWayToOneWhoseStartsDoNot) {
+  bluez.appear();
+  bluez.addAdapter("hci0", true);
+  bluez.addAdapter("hci1", true);
+  bluez.broken.insert("hci0");
+  bluez.ear = "hci1";
+  scanWheneverPossible();
+  makeCentral();
+  EXPECT_TRUE(hearsAgain(1));
+  EXPECT_EQ(central->diagnostics().adapter, "hci1");
+  EXPECT_THAT(central->diagnostics().adapters, ElementsAre("hci0", "hci1"));
+  EXPECT_THAT(central->diagnostics().errors.last, StartsWith("org.bluez.Error.Failed"));
 }
 
 TEST_F(BluezFaults, WithoutABusTheRadioIsUnsupportedUntilThereIsOne) {

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/platform/linux/bus/bluez_bus_test.h"
+#include "tests/platform/linux/bus/stranger.h"
 
 namespace halvora {
 namespace {
@@ -118,16 +119,10 @@ TEST_F(BluezHostile, AdaptersWithoutEndAreNotBelieved) {
 TEST_F(BluezHostile, AStrangerIsNotHeardThoughItWritesToUs) {
   scan(true);
   const std::string target = bluez.monitorClient();
-  BusConnection stranger(loop, loop);
-  stranger.open(bus.address(), [] {});
+  Stranger stranger(loop, bus.address());
   const auto send = [&](const std::string& path, const char* interface, const char* member,
                         const Fill& fill) {
-    sd_bus_message* message = nullptr;
-    ASSERT_GE(sd_bus_message_new_signal(stranger.bus(), &message, path.c_str(), interface, member),
-              0);
-    const BusMessage owned(message);
-    fill(message);
-    ASSERT_GE(sd_bus_send_to(stranger.bus(), message, target.c_str(), nullptr), 0);
+    stranger.signal(target, path, interface, member, fill);
   };
   const std::string path = bluez.pathOf(kShow);
   send(path, kProperties, "PropertiesChanged", [](sd_bus_message* m) {
@@ -146,20 +141,164 @@ TEST_F(BluezHostile, AStrangerIsNotHeardThoughItWritesToUs) {
   });
   send("/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged",
        [](sd_bus_message* m) { sd_bus_message_append(m, "sss", "org.bluez", ":1.1", ""); });
-  // Its own answer says that all of it has passed the bus.
-  bool isThrough = false;
-  sd_bus_call_method_async(
-      stranger.bus(), nullptr, target.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping",
-      [](sd_bus_message*, void* done, sd_bus_error*) {
-        *static_cast<bool*>(done) = true;
-        return 0;
-      },
-      &isThrough, "");
-  stranger.sent();
-  ASSERT_TRUE(waitFor([&] { return isThrough; }));
+  send("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
+       [](sd_bus_message* m) { sd_bus_message_append(m, "b", 0); });
+  ASSERT_TRUE(stranger.isThrough(target));
+  EXPECT_EQ(central->diagnostics().restarts, 0U);
+  EXPECT_FALSE(stranger.call(target, "/org/halvora/monitors/show",
+                             "org.bluez.AdvertisementMonitor1", "Release"));
   EXPECT_THAT(listener.packets, IsEmpty());
   EXPECT_THAT(listener.states, ElementsAre(CentralState::unknown, CentralState::poweredOn));
   expectOnlyAPacketIsHeard();
+}
+
+TEST_F(BluezHostile, ALongPathIsNoAdapterAndNoDevice) {
+  scan(true);
+  const std::string path = "/org/bluez/" + std::string(60'000, 'a');
+  bluez.signal("/", kObjects, "InterfacesAdded", [&](sd_bus_message* m) {
+    sd_bus_message_append(m, "oa{sa{sv}}", path.c_str(), 1, "org.bluez.Adapter1", 1, "Powered", "b",
+                          1);
+  });
+  const std::string device = "/org/bluez/hci0/" + std::string(60'000, 'a');
+  const auto tell = [&](const std::string& from, const char* name) {
+    bluez.signal(from, kProperties, "PropertiesChanged", [&](sd_bus_message* m) {
+      sd_bus_message_append(m, "sa{sv}as", name, 1, "ManufacturerData", "a{qv}", 1, 0xC909, "ay", 2,
+                            1, 2, 0);
+    });
+  };
+  tell(device, "org.bluez.Device1");
+  expectOnlyAPacketIsHeard();
+  EXPECT_EQ(daemon.adapters().size(), 1U);
+  EXPECT_EQ(daemon.keptDevices(), 1U);
+}
+
+TEST_F(BluezHostile, SignalsWithoutEndAreReadToTheirEndOnce) {
+  scan();
+  // So many companies, so many properties, so many interfaces, and nothing of ours among them.
+  changeData([](sd_bus_message* m) {
+    sd_bus_message_open_container(m, 'v', "a{qv}");
+    sd_bus_message_open_container(m, 'a', "{qv}");
+    for (int company = 0; company < 50'000; ++company) {
+      sd_bus_message_append(m, "{qv}", company, "ay", 1, 7);
+    }
+    sd_bus_message_close_container(m);
+    sd_bus_message_close_container(m);
+  });
+  bluez.signal(bluez.pathOf(kShow), kProperties, "PropertiesChanged", [](sd_bus_message* m) {
+    sd_bus_message_append(m, "s", "org.bluez.Device1");
+    sd_bus_message_open_container(m, 'a', "{sv}");
+    for (int property = 0; property < 50'000; ++property) {
+      sd_bus_message_append(m, "{sv}", property % 2 == 0 ? "" : "RSSI", "n", 1);
+    }
+    sd_bus_message_close_container(m);
+    sd_bus_message_append(m, "as", 0);
+  });
+  bluez.signal("/", kObjects, "InterfacesAdded", [](sd_bus_message* m) {
+    sd_bus_message_append(m, "o", "/org/bluez/hci0/dev_1");
+    sd_bus_message_open_container(m, 'a', "{sa{sv}}");
+    for (int interface = 0; interface < 50'000; ++interface) {
+      sd_bus_message_append(m, "{sa{sv}}", "", 0);
+    }
+    sd_bus_message_close_container(m);
+  });
+  bluez.signal("/", kObjects, "InterfacesRemoved", [](sd_bus_message* m) {
+    sd_bus_message_append(m, "o", "/org/bluez/hci0");
+    sd_bus_message_open_container(m, 'a', "s");
+    for (int interface = 0; interface < 50'000; ++interface) sd_bus_message_append(m, "s", "");
+    sd_bus_message_close_container(m);
+  });
+  expectOnlyAPacketIsHeard();
+  EXPECT_EQ(central->diagnostics().signalCounts.foreign, 3U);
+  EXPECT_EQ(malformed(), 0U);
+}
+
+TEST_F(BluezHostile, ValuesInValuesInValuesAreMalformed) {
+  scan();
+  changeData([](sd_bus_message* m) {
+    constexpr int kDepth = 50;
+    for (int level = 0; level < kDepth; ++level) sd_bus_message_open_container(m, 'v', "v");
+    sd_bus_message_append(m, "v", "b", 1);
+    for (int level = 0; level < kDepth; ++level) sd_bus_message_close_container(m);
+  });
+  expectOnlyAPacketIsHeard();
+  EXPECT_EQ(malformed(), 1U);
+}
+
+// An answer to the first question, with what `fill` appends.
+FakeBluez::Answer answerOf(const Fill& fill) {
+  return [fill](sd_bus_message* call) {
+    sd_bus_message* reply = nullptr;
+    if (sd_bus_message_new_method_return(call, &reply) < 0) return -1;
+    const BusMessage owned(reply);
+    fill(reply);
+    return sd_bus_send(nullptr, reply, nullptr);
+  };
+}
+
+TEST_F(BluezHostile, AnAnswerOfAnotherShapeHasNoAdapters) {
+  const Fill kFills[] = {
+      [](sd_bus_message*) {},
+      [](sd_bus_message* m) { sd_bus_message_append(m, "s", "text"); },
+      [](sd_bus_message* m) { sd_bus_message_append(m, "a{sv}", 0); },
+      [](sd_bus_message* m) {
+        sd_bus_message_append(m, "a{oa{sa{sv}}}", 1, "/org/bluez/hci0", 1, "org.bluez.Adapter1", 1,
+                              "Powered", "v", "v", "b", 1);
+      },
+  };
+  for (const Fill& fill : kFills) {
+    bluez.answers["GetManagedObjects"] = answerOf(fill);
+    bluez.appear();
+    makeCentral();
+    ASSERT_TRUE(waitForState(CentralState::unsupported));
+    EXPECT_TRUE(daemon.adapters().empty());
+    EXPECT_EQ(daemon.reach(), BluezReach::there);
+    TearDown();
+    listener.states.clear();
+    bluez.die();
+  }
+  EXPECT_EQ(daemon.signalCounts().malformed, std::size(kFills));
+}
+
+TEST_F(BluezHostile, OfAnAnswerThatEndsHalfWayWhatCameBeforeCounts) {
+  bluez.answers["GetManagedObjects"] = answerOf([](sd_bus_message* m) {
+    sd_bus_message_append(m, "a{oa{sa{sv}}}", 2, "/org/bluez/hci0", 1, "org.bluez.Adapter1", 1,
+                          "Powered", "b", 1, "/org/bluez/hci1", 1, "org.bluez.Adapter1", 1,
+                          "Powered", "s", "yes");
+  });
+  bluez.addAdapter("hci0", true);
+  bluez.appear();
+  scanWheneverPossible();
+  makeCentral();
+  ASSERT_TRUE(waitForScan());
+  expectOnlyAPacketIsHeard();
+  EXPECT_EQ(malformed(), 1U);
+  EXPECT_EQ(daemon.adapters().size(), 1U);
+}
+
+TEST_F(BluezHostile, AnAnswerWithoutEndHasSixteenAdaptersAtMost) {
+  bluez.answers["GetManagedObjects"] = answerOf([](sd_bus_message* m) {
+    sd_bus_message_open_container(m, 'a', "{oa{sa{sv}}}");
+    for (int object = 0; object < 50'000; ++object) {
+      const std::string path = "/org/bluez/hci" + std::to_string(object);
+      sd_bus_message_append(m, "{oa{sa{sv}}}", path.c_str(), 1, "org.bluez.Adapter1", 0);
+    }
+    sd_bus_message_close_container(m);
+  });
+  bluez.appear();
+  makeCentral();
+  ASSERT_TRUE(waitForState(CentralState::poweredOff));
+  EXPECT_EQ(daemon.adapters().size(), 16U);
+}
+
+TEST_F(BluezHostile, AnErrorsTextIsKeptInPart) {
+  bluez.answers["GetManagedObjects"] = [](sd_bus_message* call) {
+    return sd_bus_reply_method_errorf(call, "org.bluez.Error.Failed", "%s",
+                                      std::string(1'000'000, 'x').c_str());
+  };
+  bluez.appear();
+  makeCentral();
+  ASSERT_TRUE(waitFor([&] { return central->diagnostics().errors.count > 0; }));
+  EXPECT_LT(central->diagnostics().errors.last.size(), 1000U);
 }
 
 // Appends one value of a random type, at most so deep.

@@ -85,6 +85,7 @@ int FakeBluez::dispatch(sd_bus_message* message) {
   static const std::map<std::string_view, Method> kMethods = {
       {"GetManagedObjects", &FakeBluez::getManagedObjects},
       {"Get", &FakeBluez::getProperty},
+      {"Set", &FakeBluez::setPower},
       {"SetDiscoveryFilter", &FakeBluez::setDiscoveryFilter},
       {"StartDiscovery", &FakeBluez::startDiscovery},
       {"StopDiscovery", &FakeBluez::stopDiscovery},
@@ -99,6 +100,8 @@ int FakeBluez::dispatch(sd_bus_message* message) {
   calls.push_back(member);
   if (const auto error = errors.find(member); error != errors.end()) {
     refuse(message, error->second.c_str(), "as the test wants it");
+  } else if (const auto answer = answers.find(member); answer != answers.end()) {
+    EXPECT_GE(answer->second(message), 0) << member;
   } else {
     EXPECT_GE((this->*method->second)(message), 0) << member;
   }
@@ -141,6 +144,19 @@ int FakeBluez::getProperty(sd_bus_message* call) {
   return sd_bus_send(nullptr, reply, nullptr);
 }
 
+// The one property that anybody sets.
+int FakeBluez::setPower(sd_bus_message* call) {
+  const char* name = nullptr;
+  int isOn = 0;
+  if (sd_bus_message_read(call, "ssv", nullptr, &name, "b", &isOn) <= 0 ||
+      adapterOf(call) == nullptr) {
+    return refuse(call, "org.bluez.Error.InvalidArguments", "Invalid arguments in method call");
+  }
+  const std::string path = sd_bus_message_get_path(call);
+  setPowered(path.substr(path.rfind('/') + 1), isOn != 0);
+  return agree(call);
+}
+
 int FakeBluez::setDiscoveryFilter(sd_bus_message* call) {
   transport.clear();
   wantsRepeats = false;
@@ -163,6 +179,10 @@ int FakeBluez::startDiscovery(sd_bus_message* call) {
   Adapter* adapter = adapterOf(call);
   if (adapter == nullptr) return refuse(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "no such adapter");
   if (!adapter->isPowered) return refuse(call, "org.bluez.Error.NotReady", "Resource Not Ready");
+  const std::string path = sd_bus_message_get_path(call);
+  if (broken.contains(path.substr(path.rfind('/') + 1))) {
+    return refuse(call, "org.bluez.Error.Failed", "Input/output error");
+  }
   const bool isNew =
       !hasLeftOverDiscovery && adapter->discoverers.insert(sd_bus_message_get_sender(call)).second;
   if (!isNew || losesAnswers-- > 0) {
@@ -278,8 +298,12 @@ void FakeBluez::callMonitor(const Monitor& monitor, const char* member, const st
   connection_.sent();
 }
 
+std::string FakeBluez::earPath() const {
+  return ear.empty() ? adapters_.begin()->first : "/org/bluez/" + ear;
+}
+
 std::string FakeBluez::pathOf(const std::string& address) const {
-  std::string path = adapters_.begin()->first + "/dev";
+  std::string path = earPath() + "/dev";
   for (std::size_t at = 0; at < address.size(); at += 2) path += "_" + address.substr(at, 2);
   return path;
 }

@@ -33,7 +33,7 @@ class FakeBluez {
   void removeAdapter(const std::string& name);
   void setPowered(const std::string& name, bool isPowered);
 
-  /// A report of the first adapter's controller. `address` is twelve hexadecimal digits.
+  /// A report of the controller that hears. `address` is twelve hexadecimal digits.
   void advertise(const std::string& address, const Bytes& rest, std::uint16_t company = 0xC909);
   /// The daemon forgets a device that was not seen for long.
   void expire(const std::string& address);
@@ -60,11 +60,16 @@ class FakeBluez {
   bool hasMonitor() const { return !monitors_.empty(); }
   /// Whose the first monitor is, as the bus knows it.
   std::string monitorClient() const { return monitors_.front().client; }
+  /// Likewise whose the advertisement is.
+  std::string advertisementClient() const { return advertisements_.front().client; }
 
   /// The methods that were called, in order.
   std::vector<std::string> calls;
   /// Methods that fail, with the error that they give.
   std::map<std::string, std::string> errors;
+  /// Methods that are answered by the test.
+  using Answer = std::function<int(sd_bus_message* call)>;
+  std::map<std::string, Answer> answers;
   /// The filter that was set last: the transport, and whether repeats are wanted.
   std::string transport;
   bool wantsRepeats = false;
@@ -76,6 +81,10 @@ class FakeBluez {
   int losesAnswers = 0;
   /// The other order of the two tellings of a report under a monitor.
   bool tellsFoundFirst = false;
+  /// Adapters, by their names, on which no scan begins.
+  std::set<std::string> broken;
+  /// The adapter whose controller hears; empty for the first.
+  std::string ear;
   /// Monitors are taken and then never activated.
   bool neverActivates = false;
   /// Whether adapters that are added from now on can advertise.
@@ -118,6 +127,7 @@ class FakeBluez {
   int dispatch(sd_bus_message* message);
   int getManagedObjects(sd_bus_message* call);
   int getProperty(sd_bus_message* call);
+  int setPower(sd_bus_message* call);
   int setDiscoveryFilter(sd_bus_message* call);
   int startDiscovery(sd_bus_message* call);
   int stopDiscovery(sd_bus_message* call);
@@ -134,6 +144,7 @@ class FakeBluez {
   void callMonitor(const Monitor& monitor, const char* member, const std::string& device = {});
 
   Adapter* adapterOf(sd_bus_message* call);
+  std::string earPath() const;
   void endDiscovery(const std::string& path, Adapter& adapter);
   void removeObject(const std::string& path, const char* interface);
   void tellAdded(const std::string& path, const Device& device);

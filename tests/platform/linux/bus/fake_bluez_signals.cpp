@@ -71,7 +71,8 @@ void FakeBluez::endDiscovery(const std::string& path, Adapter& adapter) {
 }
 
 void FakeBluez::advertise(const std::string& address, const Bytes& rest, std::uint16_t company) {
-  const auto& [adapterPath, adapter] = *adapters_.begin();
+  const std::string adapterPath = earPath();
+  const Adapter& adapter = adapters_.at(adapterPath);
   if (!adapter.isPowered) return;
   const bool isDiscovered = !adapter.discoverers.empty();
   if (isDiscovered && holdsRepeatsBack && !heldBack_.insert(address).second) return;

@@ -43,6 +43,7 @@ class SettingsOfBluetooth : public ServicesTest {
   FakeService bluez{loop, loop, buses.system, "org.bluez"};
   KnownAdapters radio;
   int pages = 0;
+  std::string path;
   BluetoothSettings settings{loop, loop, buses, radio, [this] { ++pages; }};
 };
 
@@ -63,6 +64,25 @@ TEST_F(SettingsOfBluetooth, WhereThereIsNothingToSwitchOnThePageIsOpened) {
   settings.open();
   EXPECT_EQ(pages, 2);
   EXPECT_THAT(bluez.calls, IsEmpty());
+}
+
+TEST_F(SettingsOfBluetooth, OnlyTheAdapterThatIsNamedCounts) {
+  radio.known = {{"/org/bluez/hci0", true, false}, {"/org/bluez/hci1", false, false}};
+  BluetoothSettings named(
+      loop, loop, buses, radio, [this] { ++pages; }, "hci1");
+  BluetoothSettings missing(
+      loop, loop, buses, radio, [this] { ++pages; }, "hci7");
+  bluez.answers[kSet] = [this](sd_bus_message* call) {
+    path = sd_bus_message_get_path(call);
+    return agree(call);
+  };
+  bluez.appear();
+  named.open();
+  ASSERT_TRUE(waitForCalls(bluez, 1));
+  EXPECT_EQ(path, "/org/bluez/hci1");
+  EXPECT_EQ(pages, 0);
+  missing.open();
+  EXPECT_EQ(pages, 1);
 }
 
 TEST_F(SettingsOfBluetooth, WhereItIsRefusedThePageIsOpened) {

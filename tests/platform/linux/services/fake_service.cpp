@@ -89,6 +89,7 @@ int FakeService::handleCall(sd_bus_message* message, void* self, sd_bus_error*) 
   auto& fake = *static_cast<FakeService*>(self);
   fake.calls.push_back(std::string(sd_bus_message_get_member(message)) + "(" +
                        argumentsOf(message) + ")");
+  fake.caller = sd_bus_message_get_sender(message);
   sd_bus_message_rewind(message, 1);
   if (fake.isHanging) {
     fake.kept_.emplace_back(sd_bus_message_ref(message));

@@ -28,6 +28,8 @@ class FakeService {
 
   /// "Inhibit(host, Light show)", in order; containers are in brackets.
   std::vector<std::string> calls;
+  /// Who called last, by its own name on the bus.
+  std::string caller;
   /// What it can do, by "interface.member"; anything else it does not know.
   std::map<std::string, Answer> answers;
   /// Keeps calls instead of answering.

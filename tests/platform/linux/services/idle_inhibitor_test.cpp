@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include "tests/platform/linux/bus/stranger.h"
 #include "tests/platform/linux/services/services_test.h"
 
 namespace halvora {
@@ -211,6 +212,45 @@ TEST_F(IdleInhibitors, AnAnswerOfAnotherKindIsNoGrant) {
   EXPECT_TRUE(waitForHolder(IdleHolder::login));
   EXPECT_EQ(saver.calls.size(), 1U);
   EXPECT_EQ(portal.calls.size(), 1U);
+}
+
+TEST_F(IdleInhibitors, AStrangerWhoSaysThatTheHolderIsGoneIsNotBelieved) {
+  saver.appear();
+  login.appear();
+  inhibit();
+  ASSERT_TRUE(waitForHolder(IdleHolder::screenSaver));
+  Stranger stranger(loop, bus.address());
+  stranger.sayGone(saver.caller, "org.freedesktop.ScreenSaver");
+  ASSERT_TRUE(stranger.isThrough(saver.caller));
+  settle();
+  EXPECT_EQ(inhibitor->holder(), IdleHolder::screenSaver);
+  EXPECT_EQ(saver.calls.size(), 1U);
+  EXPECT_THAT(login.calls, IsEmpty());
+}
+
+TEST_F(IdleInhibitors, AnswersOfAnyShapeAreNoGrants) {
+  const FakeService::Answer kAnswers[] = {
+      agree,
+      [](sd_bus_message* call) { return sd_bus_reply_method_return(call, "v", "u", 1); },
+      [](sd_bus_message* call) { return sd_bus_reply_method_return(call, "au", 2, 1, 2); },
+      [](sd_bus_message* call) {
+        const std::string text(100'000, 'x');
+        return sd_bus_reply_method_return(call, "ss", text.c_str(), "");
+      },
+  };
+  saver.appear();
+  portal.appear();
+  login.appear();
+  std::size_t asked = 0;
+  for (const FakeService::Answer& answer : kAnswers) {
+    saver.answers["org.freedesktop.ScreenSaver.Inhibit"] = answer;
+    portal.answers["org.freedesktop.portal.Inhibit.Inhibit"] = answer;
+    login.answers["org.freedesktop.login1.Manager.Inhibit"] = answer;
+    inhibit();
+    ASSERT_TRUE(waitForCalls(login, ++asked));
+    settle();
+    EXPECT_EQ(inhibitor->holder(), std::nullopt);
+  }
 }
 
 TEST_F(IdleInhibitors, ABusThatIsLostIsFoundAgain) {

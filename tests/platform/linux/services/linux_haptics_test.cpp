@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/platform/linux/bus/garbage_bus.h"
 #include "tests/platform/linux/services/services_test.h"
 
 namespace halvora {
@@ -216,6 +217,45 @@ TEST_F(LinuxHapticsTest, ABusThatIsLostIsQuiet) {
   haptics.impact(ImpactStyle::heavy);
   haptics.disposeSystemSound(kVibrationSound);
   EXPECT_EQ(haptics.diagnostics().played, 0U);
+}
+
+TEST_F(LinuxHapticsTest, ABusThatBreaksOffInACallCostsTheTouchesOfThatMoment) {
+  GarbageBus garbage(loop);
+  LinuxHaptics broken(loop, loop, {garbage.address(), garbage.address()}, "com.example.host",
+                      kPatient);
+  broken.impact(ImpactStyle::heavy);
+  broken.impact(ImpactStyle::light);
+  EXPECT_TRUE(waitFor([&] { return broken.diagnostics().dropped == 1; }));
+  settle();
+  EXPECT_EQ(broken.diagnostics().played, 0U);
+  // Each later touch looks again, and is lost alike.
+  EXPECT_TRUE(waitFor([&] {
+    broken.impact(ImpactStyle::heavy);
+    return broken.diagnostics().dropped >= 4;
+  }));
+}
+
+TEST_F(LinuxHapticsTest, AnswersOfAnyShapeDoNoHarm) {
+  const FakeService::Answer kAnswers[] = {
+      agree,
+      [](sd_bus_message* call) { return sd_bus_reply_method_return(call, "s", "77"); },
+      [](sd_bus_message* call) { return sd_bus_reply_method_return(call, "v", "u", 77); },
+      [](sd_bus_message* call) {
+        const std::string text(100'000, 'x');
+        return sd_bus_reply_method_return(call, "sas", text.c_str(), 1, text.c_str());
+      },
+  };
+  feedback.appear();
+  std::uint64_t played = 0;
+  for (const FakeService::Answer& answer : kAnswers) {
+    feedback.answers[kTrigger] = answer;
+    haptics.playSystemSound(kVibrationSound);
+    ASSERT_TRUE(waitForPlayed(++played));
+    haptics.disposeSystemSound(kVibrationSound);
+    settle();
+    // No number was given, so none can be ended.
+    EXPECT_NE(feedback.calls.back(), "EndFeedback(77)");
+  }
 }
 
 }  // namespace

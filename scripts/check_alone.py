@@ -1,0 +1,72 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Every header and source compiles alone: it includes what it uses, though the build precompiles
+headers. Syntax only.
+
+check_alone.py BUILD_FOLDER [--all] [--jobs N]
+
+Without --all: the files that changed since what landed last (or in the last commits), and a tenth of
+the others, another one with each commit. A file that passed is not compiled again before something
+changes that it depends on.
+"""
+
+import argparse
+import subprocess
+import sys
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+from selection import ROOT, Build, Stamps, changed_files, key_of, selected
+
+MOST_CHANGED = 120
+SHARE = 10
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("build", type=Path)
+    parser.add_argument("--all", action="store_true")
+    parser.add_argument("--jobs", type=int, default=2)
+    arguments = parser.parse_args()
+    build = Build(arguments.build)
+    # Each with the source that says how it is compiled.
+    files = build.headers() | {path: path for path in build.sources}
+    changed = None if arguments.all else changed_files()
+    chosen = sorted(files)
+    if changed is not None:
+        chosen = selected(files, changed, SHARE, MOST_CHANGED)
+    stamps = Stamps(build.folder / "alone")
+
+    def check(path):
+        words = [word for word in build.sources[files[path]]["words"] if word != "-g1"]
+        depends = build.depends_of(files[path]) or {path}
+        hashes = [f"{name} {build.hash_of(name)}" for name in sorted(depends)]
+        key = key_of(path, *words, *hashes)
+        if stamps.has(path, key):
+            return path, None
+        # As one that is included: a header's own `#pragma once` in a main file is a warning.
+        command = [*words, "-fsyntax-only", "-x", "c++", "-"]
+        run = subprocess.run(
+            command, input=f'#include "{ROOT / path}"\n', capture_output=True, text=True,
+            cwd=build.folder,
+        )
+        if run.returncode == 0:
+            stamps.leave(path, key)
+        return path, run.stderr if run.returncode else ""
+
+    with ThreadPoolExecutor(arguments.jobs) as pool:
+        results = list(pool.map(check, chosen))
+
+    failed = [(path, output) for path, output in results if output]
+    for path, output in failed:
+        print(f"{path}:\n{output}", file=sys.stderr)
+    checked = sum(output is not None for _, output in results)
+    print(
+        f"note: {len(results)} of {len(files)} files, {checked} compiled again, "
+        f"{len(failed)} that do not compile alone"
+    )
+    sys.exit(1 if failed else 0)
+
+
+if __name__ == "__main__":
+    main()
