@@ -431,9 +431,9 @@ std::uint64_t PixelMapSeatLuts::precomputeGeneration() const {
 // One that a newer one or an invalidation has ended is under way no more.
 bool PixelMapSeatLuts::isPrecomputing() const {
   return work_ && std::ranges::any_of(work_->precomputes, [this](const auto& precompute) {
-    const PrecomputeJob& job = *precompute->job;
-    return !job.entries.empty() && job.generation == precomputeGeneration();
-  });
+           const PrecomputeJob& job = *precompute->job;
+           return !job.entries.empty() && job.generation == precomputeGeneration();
+         });
 }
 
 void PixelMapSeatLuts::invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {

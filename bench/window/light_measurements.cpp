@@ -82,7 +82,8 @@ Effort effortOf(FrameLog& frames, const std::function<void()>& run) {
 
 // Moves by itself: palettes that fade into each other, pictures that pulse and drift.
 std::vector<Broadcast> movingLooks() {
-  const auto look = [](std::uint8_t mode, std::uint8_t speed, std::uint8_t palette, std::uint8_t gobo) {
+  const auto look = [](std::uint8_t mode, std::uint8_t speed, std::uint8_t palette,
+                       std::uint8_t gobo) {
     Broadcast made = steadyLook(1);
     made.mode = mode;
     made.speed = speed;

@@ -168,8 +168,14 @@ void SeatWizard::stepOnPlan(int right, int down, bool far) {
   });
 }
 
+// Later: the sheet says so within a handler of its own, which Qt does not let a host delete in.
 void SeatWizard::leftScreen() {
-  if (!isPresented_) forget();
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        if (!isPresented_) forget();
+      },
+      Qt::QueuedConnection);
 }
 
 }  // namespace halvora

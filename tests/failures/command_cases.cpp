@@ -107,7 +107,9 @@ class Run {
     for (const std::string& word : words) arguments_.push_back(word.c_str());
     outside_.encodePicture = pngOf;
     outside_.movies = &kMovies;
-    outside_.openRadio = [](const std::string& /*adapter*/) { return std::make_unique<QuietRadio>(); };
+    outside_.openRadio = [](const std::string& /*adapter*/) {
+      return std::make_unique<QuietRadio>();
+    };
     outside_.openTransmitter = [] { return std::make_unique<QuietTransmitter>(); };
     printed_.reserve(1 << 20);
   }

@@ -10,8 +10,8 @@
 #include "pixelmap/seat_lut_files.h"
 #include "platform/ffmpeg/ffmpeg_videos.h"
 #include "platform/json/rapid_json_reader.h"
+#include "platform/linux/linux_files.h"
 #include "platform/standard/file_defaults.h"
-#include "platform/standard/standard_files.h"
 #include "platform/standard/thread_workers.h"
 #include "platform/virtual/virtual_phone.h"
 #include "tests/failures/kills.h"
@@ -38,7 +38,7 @@ SeatPosition seatAt(int number) { return {number, number * 7 % 64}; }
 /// Of these seats, those whose tables pass the checks of loading, as bits.
 std::string tablesOf(const std::string& documents, const std::string& video, int seats,
                      std::uint64_t& done) {
-  StandardFiles files;
+  LinuxFiles files;
   const SeatLutFiles tables(files, kJson, documents);
   ThreadWorkers workers(1);
   for (int seat = 0; seat < seats; ++seat) {
@@ -95,7 +95,7 @@ struct Precompute {
 
   static void work(const std::string& folder, std::atomic<std::uint64_t>& said) {
     prepare(folder);
-    StandardFiles files;
+    LinuxFiles files;
     ThreadWorkers workers(1);
     VirtualPhoneSetup setup;
     setup.documents = folder + "/documents";
@@ -120,7 +120,7 @@ struct Precompute {
   }
   static std::string look(const std::string& folder, std::uint64_t& done) {
     for (int map = 0; map < kMaps; ++map) {
-      StandardFiles files;
+      LinuxFiles files;
       const SeatLutFiles tables(files, kJson, folder + "/documents");
       const std::string video = videoOf(folder, map);
       const SeatLut table = tables.loadPersistedPixelMapSeatLUTForVideoURL(video, seatAt(3));
@@ -140,7 +140,7 @@ struct Defaults {
   struct Room {
     explicit Room(const std::string& folder)
         : defaults(folder + "/defaults.json", {files, kJson, loop, queues}) {}
-    StandardFiles files;
+    LinuxFiles files;
     VirtualRunLoop loop;
     VirtualQueues queues{loop};
     FileDefaults defaults;

@@ -24,7 +24,6 @@
 
 #include <gtest/gtest.h>
 
-
 namespace halvora {
 namespace {
 
