@@ -9,8 +9,9 @@ LinuxTorch::LinuxTorch(RunLoop& loop, Descriptors& descriptors, const BusAddress
   if (light) writer_.emplace(loop, descriptors, buses, *light, settings);
 }
 
+// Also what was to put it out may still be on its way.
 LinuxTorch::~LinuxTorch() {
-  if (isOn_) writer_->leave(0);
+  if (isOn_ || (writer_ && writer_->isBusy())) writer_->leave(0);
 }
 
 void LinuxTorch::setOn(bool on) {

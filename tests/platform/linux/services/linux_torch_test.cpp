@@ -48,6 +48,16 @@ TEST_F(LinuxTorches, TheLampIsSetToItsMostAndToNothing) {
   EXPECT_EQ(torch->counts().failures, 0U);
 }
 
+TEST_F(LinuxTorches, ATorchThatIsSwitchedOffAndGoesInTheSameTurnIsOut) {
+  login.appear();
+  makeTorch();
+  torch->setOn(true);
+  ASSERT_TRUE(waitForLevel(31));
+  torch->setOn(false);
+  torch.reset();
+  EXPECT_TRUE(waitForLevel(0));
+}
+
 TEST_F(LinuxTorches, APhoneWithoutALampHasNoTorch) {
   LinuxTorch none(loop, loop, buses, std::nullopt);
   EXPECT_FALSE(none.hasTorch());
