@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/halvora_host.h"
 
+#include <QPointer>
+#include <memory>
+
 #include "platform/qt/halvora_view_item.h"
 #include "platform/qt/qt_platform.h"
 
@@ -31,18 +34,25 @@ HalvoraHost& HalvoraHost::of(QQmlEngine& engine) {
 
 void HalvoraHost::install(QQmlEngine& engine, const Platform& platform,
                           HalvoraViewController& controller) {
-  delete installedIn(engine);
+  // Whoever hears of the old one's end, and acts, finds the new one.
+  const std::unique_ptr<HalvoraHost> old(installedIn(engine));
+  if (old) old->setParent(nullptr);
   new HalvoraHost(engine, platform, controller);
 }
 
+// An item that hears of it may destroy others.
 HalvoraHost::~HalvoraHost() {
-  if (!items_.empty()) items_.back()->setShown(false);
-  for (HalvoraViewItem* item : items_) item->forgetHost();
+  const std::vector<QPointer<HalvoraViewItem>> items(items_.begin(), items_.end());
+  items_.clear();
+  for (const auto& item : items) {
+    if (item) item->forgetHost();
+  }
 }
 
 void HalvoraHost::enter(HalvoraViewItem& item) {
-  if (!items_.empty()) items_.back()->setShown(false);
+  HalvoraViewItem* const before = items_.empty() ? nullptr : items_.back();
   items_.push_back(&item);
+  if (before != nullptr) before->setShown(false);
   item.setShown(true);
 }
 

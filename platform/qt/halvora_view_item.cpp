@@ -102,6 +102,18 @@ void HalvoraViewItem::setShown(bool shown) {
   lookAtStatusBar();
 }
 
+void HalvoraViewItem::forgetHost() {
+  watch_.invalidate();
+  setShown(false);
+}
+
+// In a later turn: the engine is half gone.
+void HalvoraViewItem::stackEnds() {
+  LightSurface::stackEnds();
+  QMetaObject::invokeMethod(
+      this, [this] { lookAtStatusBar(); }, Qt::QueuedConnection);
+}
+
 void HalvoraViewItem::start() {
   if (controller() != nullptr) view().start();
 }
@@ -119,14 +131,15 @@ void HalvoraViewItem::setAllowedTransmitterIds(const QStringList& ids) {
 
 bool HalvoraViewItem::usageReports() const {
   if (usageReports_) return *usageReports_;
-  return !host_ || host_->controller().usageReports();
+  const HalvoraViewController* engine = controller();
+  return engine == nullptr || engine->usageReports();
 }
 
 void HalvoraViewItem::setUsageReports(bool isOn) {
   if (usageReports_ == isOn) return;
   const bool wasOn = usageReports();
   usageReports_ = isOn;
-  if (coordinator_) view().makeController(*coordinator_);
+  if (coordinator_ && controller() != nullptr) view().makeController(*coordinator_);
   if (isOn != wasOn) emit usageReportsChanged();
 }
 

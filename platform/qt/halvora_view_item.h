@@ -52,7 +52,7 @@ class HalvoraViewItem : public halvora::LightSurface {
 
   // For the host alone: it knows whose turn it is, and says when it goes itself.
   void setShown(bool shown);
-  void forgetHost() { watch_.invalidate(); }
+  void forgetHost();
 
  signals:
   void lightShowStarted();
@@ -73,6 +73,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   HalvoraViewController* controller() const;
   HalvoraView view();
   void layOut();
+  void stackEnds() override;
   /// A show has started or stopped, whichever signal says so.
   void tellShow(void (HalvoraViewItem::*signal)());
   void lookAtStatusBar();

@@ -41,6 +41,7 @@ class LightSurface : public QQuickItem, private ViewObserver {
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
   void updatePolish() override;
   QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
+  void stackEnds() override;
 
  private:
   struct Clip {
@@ -54,7 +55,6 @@ class LightSurface : public QQuickItem, private ViewObserver {
   void hiddenChanged(ViewId, bool) override { update(); }
   void textChanged(ViewId, const std::string&) override { update(); }
   void lightChanged(const MaybeColour&) override { update(); }
-  void stackEnds() override;
 
   class Rhythm;
 

@@ -29,6 +29,7 @@ constexpr const char* kHost = R"(
         width: 400; height: 800; color: "#0a3c14"; visible: true
         property int started: 0
         property string standing: light.isPermissionGranted + " " + light.isInsideVenue
+        property bool isWhole: light.statusBarHidden
         HalvoraView {
             id: light
             objectName: "light"
@@ -152,8 +153,11 @@ TEST_F(QmlDestroyedInside, TheEngineAloneIsDestroyedInTheStartedSignal) {
   EXPECT_EQ(first->engine, nullptr);
   EXPECT_EQ(placed->colourAt(200, 50), QColor(10, 60, 20));
   EXPECT_EQ(placed->window().property("standing"), QStringLiteral("false false"));
+  EXPECT_EQ(placed->window().property("isWhole"), false);
   light().start();
   light().setAllowedTransmitterIds({QStringLiteral("258:7")});
+  EXPECT_TRUE(light().usageReports());
+  light().setUsageReports(false);
   panel().initBluetoothPermission();
   panel().openSeatSelector();
   first->phone.loop.runFor(milliseconds(1000));
@@ -188,6 +192,30 @@ TEST_F(QmlDestroyedInside, AnotherEngineIsInstalledWhileTheWizardIsOnScreen) {
   EXPECT_FALSE(panel().wizard()->isPresented());
   EXPECT_FALSE(panel().wizard()->isLoaded());
   first->engine.reset();
+  expectNothingOfTheFirst();
+}
+
+TEST_F(QmlDestroyedInside, TheWindowGoesWithTheWholeScreenThatTheOldEngineHad) {
+  first->hear(3);
+  first->phone.loop.runFor(milliseconds(1500));
+  ASSERT_EQ(placed->window().property("isWhole"), true);
+  QObject::connect(&light(), &HalvoraViewItem::statusBarHiddenChanged, qApp,
+                   [this] { placed.reset(); });
+  install(second);
+  EXPECT_EQ(placed, nullptr);
+  first.reset();
+  settle();
+  EXPECT_EQ(&HalvoraHost::of(qml).controller(), second.engine.get());
+}
+
+TEST_F(QmlDestroyedInside, AThirdEngineIsInstalledByWhoeverHearsOfTheSecond) {
+  Phone third(reader);
+  first->hear(3);
+  first->phone.loop.runFor(milliseconds(1500));
+  QObject::connect(&light(), &HalvoraViewItem::statusBarHiddenChanged, qApp,
+                   [&] { install(third); });
+  install(second);
+  EXPECT_EQ(&HalvoraHost::of(qml).controller(), third.engine.get());
   expectNothingOfTheFirst();
 }
 
