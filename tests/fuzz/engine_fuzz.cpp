@@ -95,7 +95,7 @@ class Script {
   void repeat() {
     Broadcast other = packet_;
     other.mode = input_.byte();
-    other.ledMode = static_cast<std::uint16_t>(input_.byte() % 12);
+    other.ledMode = static_cast<std::uint8_t>(input_.byte() % 12);
     for (int left = input_.byte() % 32; left > 0; --left) {
       std::swap(packet_, other);
       packet_.sequence = other.sequence = static_cast<std::uint16_t>(other.sequence + 1);

@@ -2,6 +2,7 @@
 #include "tests/platform/ffmpeg/clip_maker.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -43,7 +44,10 @@ std::uint64_t hashOf(const std::string& bytes) {
 std::string commandVersion() {
   std::error_code error;
   const auto changed = fs::last_write_time("/usr/bin/ffmpeg", error);
-  return error ? "" : std::to_string(changed.time_since_epoch().count());
+  return error ? ""
+               : std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                    changed.time_since_epoch())
+                                    .count());
 }
 
 // A number without a pattern, the same for the same place.
