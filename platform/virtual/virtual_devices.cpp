@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include "platform/virtual/virtual_run_loop.h"
@@ -21,8 +22,12 @@ class VirtualQueue final : public SerialQueue {
   VirtualQueue(VirtualRunLoop& loop, const std::string& label) : loop_(loop), label_(label) {}
   const std::string& label() const override { return label_; }
   bool dispatch(Task task) override {
-    loop_.runInBackground(std::move(task));
-    return true;
+    try {
+      loop_.runInBackground(std::move(task));
+      return true;
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
   }
 
  private:
