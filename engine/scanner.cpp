@@ -157,13 +157,17 @@ bool Scanner::isAllowed(std::uint32_t applicationId, std::uint32_t transmitter) 
 }
 
 void Scanner::startScan() {
-  if (!state_.scanningAllowed || state_.bluetoothState != BluetoothState::ok) return;
+  // Without a manager it was not to be had when listening began.
+  if (!cbCentralManager_ || !state_.scanningAllowed ||
+      state_.bluetoothState != BluetoothState::ok) {
+    return;
+  }
   state_.hasCurrentBroadcast = false;
   cbCentralManager_->scanForPeripherals(kScanOptions);
 }
 
 void Scanner::restartScan() {
-  if (state_.bluetoothState != BluetoothState::ok) return;
+  if (!cbCentralManager_ || state_.bluetoothState != BluetoothState::ok) return;
   if (std::exchange(state_.hasFailed, false)) {
     // Its next packet is new again, whether it has a new number or not.
     state_.hasCurrentBroadcast = false;

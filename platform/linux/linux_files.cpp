@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/linux_files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <filesystem>
+#include <memory>
 #include <string>
-#include <system_error>
 #include <utility>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/random.h>
@@ -143,6 +144,21 @@ double secondsOf(const timespec& time) {
   return static_cast<double>(time.tv_sec * kASecond + time.tv_nsec) / static_cast<double>(kASecond);
 }
 
+// Not by the standard library's iterator, which ends the process where there is no memory for a
+// name. False if the folder cannot be read to its end; `take` says whether it goes on.
+template <class Take>
+bool readFolder(const std::string& path, const Take& take) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
+  if (!folder) return false;
+  for (;;) {
+    errno = 0;
+    const dirent* entry = readdir(folder.get());
+    if (entry == nullptr) return errno == 0;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != ".." && !take(name)) return true;
+  }
+}
+
 void removeIfLeft(const std::string& path) {
   const Descriptor file(uninterrupted(
       [&path] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK); }));
@@ -164,6 +180,17 @@ std::optional<FileAttributes> LinuxFiles::attributes(const std::string& path) co
                         .modifiedAt = secondsOf(status.st_mtim)};
 }
 
+std::optional<std::vector<std::string>> LinuxFiles::list(const std::string& folder) const {
+  std::vector<std::string> names;
+  const bool isRead = readFolder(folder, [&names](std::string_view name) {
+    names.emplace_back(name);
+    return names.size() < kMostEntries;
+  });
+  if (!isRead) return std::nullopt;
+  std::sort(names.begin(), names.end(), isListedBefore);
+  return names;
+}
+
 bool LinuxFiles::replace(const std::string& path, std::string_view bytes) {
   return put(path, bytes, false);
 }
@@ -175,12 +202,12 @@ bool LinuxFiles::replaceLastingly(const std::string& path, std::string_view byte
 void LinuxFiles::removeLeftovers(const std::string& beginning) {
   const std::string folder = folderOf(beginning);
   const std::string_view name = std::string_view(beginning).substr(beginning.rfind('/') + 1);
-  std::error_code error;
-  std::filesystem::directory_iterator entry(folder, error);
-  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    const std::string found = entry->path().filename().string();
-    if (found.starts_with(name) && isLeftover(found)) removeIfLeft(entry->path().string());
-  }
+  readFolder(folder, [&](std::string_view found) {
+    if (found.starts_with(name) && isLeftover(found)) {
+      removeIfLeft(folder + "/" + std::string(found));
+    }
+    return true;
+  });
 }
 
 bool LinuxFiles::makeFolder(const std::string& path) {

@@ -12,6 +12,7 @@ namespace halvora {
 class LinuxFiles final : public StandardFiles {
  public:
   std::optional<FileAttributes> attributes(const std::string& path) const override;
+  std::optional<std::vector<std::string>> list(const std::string& folder) const override;
   bool replace(const std::string& path, std::string_view bytes) override;
   bool replaceLastingly(const std::string& path, std::string_view bytes) override;
   void removeLeftovers(const std::string& beginning) override;

@@ -324,18 +324,18 @@ struct TransmitRun {
 };
 
 constexpr FailureCase kCases[] = {
-    {"halvora-packet-decode", {.files = true}, make<PacketDecode>, true},
-    {"halvora-packet-encode", {.files = true}, make<PacketEncode>, true},
-    {"halvora-map-dump", {.files = true}, make<MapDump>, true},
-    {"halvora-map-check", {.files = true}, make<MapCheck>, true},
-    {"halvora-map-draw", {.files = true}, make<MapDraw>, true},
+    {"halvora-packet-decode", {.files = true}, make<PacketDecode>},
+    {"halvora-packet-encode", {.files = true}, make<PacketEncode>},
+    {"halvora-map-dump", {.files = true}, make<MapDump>},
+    {"halvora-map-check", {.files = true}, make<MapCheck>},
+    {"halvora-map-draw", {.files = true}, make<MapDraw>},
     {"halvora-lut-build", {.threads = true, .files = true}, make<LutBuild>, true},
     {"halvora-lut-raw", {.threads = true, .files = true}, make<LutRaw>, true},
-    {"halvora-lut-show", {.files = true}, make<LutShow>, true},
-    {"halvora-trace", {.files = true}, make<Trace>, true},
-    {"halvora-crowd", {.threads = true, .files = true}, make<CrowdRun>, true},
-    {"halvora-listen", {.files = true}, make<Listen>, true},
-    {"halvora-transmit", {.files = true}, make<TransmitRun>, true},
+    {"halvora-lut-show", {.files = true}, make<LutShow>},
+    {"halvora-trace", {.files = true}, make<Trace>},
+    {"halvora-crowd", {.threads = true, .files = true}, make<CrowdRun>},
+    {"halvora-listen", {.files = true}, make<Listen>},
+    {"halvora-transmit", {.files = true}, make<TransmitRun>},
 };
 
 }  // namespace

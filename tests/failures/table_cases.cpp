@@ -13,7 +13,7 @@
 #include "pixelmap/seat_lut_files.h"
 #include "platform/ffmpeg/ffmpeg_videos.h"
 #include "platform/json/rapid_json_reader.h"
-#include "platform/standard/standard_files.h"
+#include "platform/linux/linux_files.h"
 #include "platform/standard/thread_workers.h"
 #include "platform/virtual/virtual_phone.h"
 #include "tests/failures/trial.h"
@@ -170,7 +170,7 @@ class Precompute final : public Trial {
   }
 
   const std::string documents_;
-  StandardFiles files_;
+  LinuxFiles files_;
   ThreadWorkers workers_{2};
   std::unique_ptr<VirtualPhone> phone_;
   std::unique_ptr<HalvoraViewController> engine_;

@@ -6,7 +6,7 @@
 
 #include "pixelmap/seat_lut_files.h"
 #include "platform/json/rapid_json_reader.h"
-#include "platform/standard/standard_files.h"
+#include "platform/linux/linux_files.h"
 #include "tools/halvora/command_line.h"
 #include "tools/halvora/json_line.h"
 #include "tools/halvora/lut_commands.h"
@@ -48,7 +48,7 @@ class ShowCommand final : public ToolCommand {
     if (!seat) return notASeat(seat_);
     if (video_.empty()) return unusable("VIDEO must not be empty");
     if (!mayBeFolder(documents_)) return notAFolder(documents_);
-    StandardFiles files;
+    LinuxFiles files;
     const RapidJsonReader json;
     const SeatLutFiles luts(files, json, absolutePath(documents_));
     const std::string video = absolutePath(video_);

@@ -7,7 +7,7 @@
 
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
-#include "platform/standard/standard_files.h"
+#include "platform/linux/linux_files.h"
 #include "seats/standing_overlay.h"
 #include "tools/halvora/placed_seats.h"
 #include "tools/halvora/progress_bar.h"
@@ -49,7 +49,7 @@ class FolderVisit {
 
   const std::string folder_;
   const Outside& outside_;
-  const StandardFiles files_{};
+  const LinuxFiles files_{};
   VenueAssets found_;
 };
 
