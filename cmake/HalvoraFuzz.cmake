@@ -56,12 +56,17 @@ if(HALVORA_FUZZ_MANY)
   halvora_fuzz_program(halvora_fuzz_many tests/fuzz/many_main.cpp)
 endif()
 
-if((HALVORA_TESTS AND NOT HALVORA_TEST_SUITES) OR HALVORA_FUZZ_MANY)
+# It counts what is taken from the heap; a sanitizer has a heap of its own.
+set(has_soak_test)
+if(HALVORA_TESTS AND NOT HALVORA_TEST_SUITES AND NOT HALVORA_SANITIZE)
+  set(has_soak_test TRUE)
+endif()
+if(has_soak_test OR HALVORA_FUZZ_MANY)
   halvora_program(halvora_soak
     FILES tests/support/engine_world.* tests/support/pixmap_decoder.* FOLDERS tests/soak
     LINK halvora_json halvora_virtual halvora_standard halvora_core)
 endif()
-if(HALVORA_TESTS AND NOT HALVORA_TEST_SUITES)
+if(has_soak_test)
   add_test(NAME soak COMMAND halvora_soak --phones 10 --hours 24)
   set_tests_properties(soak PROPERTIES TIMEOUT 600)
 endif()

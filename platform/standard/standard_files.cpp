@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -35,6 +36,13 @@ bool writeAll(const std::string& path, std::string_view bytes) {
   return file.good();
 }
 
+// To libc++ an error is the end of the file; what the system said is known only to `errno`.
+#ifdef _LIBCPP_VERSION
+constexpr bool kStreamsSeeErrors = false;
+#else
+constexpr bool kStreamsSeeErrors = true;
+#endif
+
 }  // namespace
 
 std::optional<std::string> readFile(const std::string& path, std::size_t limit) {
@@ -45,11 +53,11 @@ std::optional<std::string> readFile(const std::string& path, std::size_t limit) 
   // What is read decides, not the size the file claimed before: it may be growing.
   std::string bytes;
   char block[1 << 14];
-  while (file.read(block, sizeof block), file.gcount() > 0) {
+  while (errno = 0, file.read(block, sizeof block), file.gcount() > 0) {
     bytes.append(block, static_cast<std::size_t>(file.gcount()));
     if (bytes.size() > limit) return std::nullopt;
   }
-  if (file.bad()) return std::nullopt;
+  if (file.bad() || (!kStreamsSeeErrors && errno != 0)) return std::nullopt;
   return bytes;
 }
 
