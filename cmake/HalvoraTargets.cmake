@@ -7,8 +7,6 @@ set(HALVORA_WARNINGS
   -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
   # gcc 12 sees overlaps in std::string's operator+ that are not there, and only when it optimises.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-  # Compiled with others, a source looks like a header to it.
-  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${HALVORA_UNITY}>>:-Wno-subobject-linkage>
   $<$<BOOL:${HALVORA_WERROR}>:-Werror>)
 
 function(halvora_own target)

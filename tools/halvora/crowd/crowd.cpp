@@ -20,8 +20,6 @@ constexpr double kLinearOne = 65535;
 // After all acts of a time.
 constexpr std::uint64_t kLooking = UINT64_MAX;
 
-enum class Kind : std::uint8_t { open, act, packet, leave, frame, watch };
-
 std::array<std::uint16_t, 256> linearTable() {
   std::array<std::uint16_t, 256> table{};
   for (std::size_t level = 0; level < table.size(); ++level) {
@@ -71,12 +69,14 @@ struct Crowd::Member {
   std::uint32_t nextLook = 0;
 };
 
+enum class CrowdEvent : std::uint8_t { open, act, packet, leave, frame, watch };
+
 // Something that happens to one phone, or a look at all of a block.
 struct Crowd::Moment {
   Duration time{};
   /// Acts at one time come in the order of their lines, before what only looks.
   std::uint64_t order = 0;
-  Kind kind{};
+  CrowdEvent kind{};
   std::uint32_t phone = 0;
   std::size_t at = 0;
 
@@ -284,12 +284,12 @@ bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
   collectMoments(slice, block, chunk);
   VirtualRunLoop& loop = blocks_[block]->loop;
   for (const Moment& moment : chunk.moments) {
-    if (moment.kind != Kind::frame && moment.kind != Kind::watch) {
+    if (moment.kind != CrowdEvent::frame && moment.kind != CrowdEvent::watch) {
       if (!loop.actAt(moment.time, [&] { act(moment, loop.now(), chunk); })) return false;
       continue;
     }
     if (!loop.runUntil(moment.time)) return false;
-    if (moment.kind == Kind::watch) {
+    if (moment.kind == CrowdEvent::watch) {
       watch(members_[moment.phone]->phone.light(), moment.time);
       continue;
     }
@@ -309,16 +309,16 @@ bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
 void Crowd::act(const Moment& moment, Duration now, Chunk& chunk) {
   Member& member = *members_[moment.phone];
   switch (moment.kind) {
-    case Kind::open:
+    case CrowdEvent::open:
       return member.phone.open();
-    case Kind::act:
+    case CrowdEvent::act:
       return member.phone.act(acts_[moment.at].line->action);
-    case Kind::packet:
+    case CrowdEvent::packet:
       return hear(moment.at, member, now, chunk);
-    case Kind::leave:
+    case CrowdEvent::leave:
       return member.phone.leave();
-    case Kind::frame:
-    case Kind::watch:
+    case CrowdEvent::frame:
+    case CrowdEvent::watch:
       return;
   }
 }
@@ -331,12 +331,12 @@ void Crowd::collectMoments(const Slice& slice, std::size_t block, Chunk& chunk) 
     collectMomentsOf(slice, phone, chunk);
   }
   for (std::size_t at = 0; at < slice.frames.size(); ++at) {
-    moments.push_back({slice.frames[at], kLooking, Kind::frame, 0, at});
+    moments.push_back({slice.frames[at], kLooking, CrowdEvent::frame, 0, at});
   }
   if (block == 0) {
     const Duration first = (slice.begin + kWatch - kInstant) / kWatch * kWatch;
     for (Duration time = first; time < slice.end; time += kWatch) {
-      moments.push_back({time, kLooking, Kind::watch, 0, 0});
+      moments.push_back({time, kLooking, CrowdEvent::watch, 0, 0});
     }
   }
   std::stable_sort(moments.begin(), moments.end());
@@ -351,12 +351,13 @@ void Crowd::collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk
 
   const std::size_t before = parts_.scenario.linesBeforeLoading();
   const std::uint64_t opening = before == 0 ? 0 : parts_.scenario.lines[before - 1].number * 2 + 1;
-  if (isNow(presence.opens)) moments.push_back({presence.opens, opening, Kind::open, number, 0});
+  if (isNow(presence.opens))
+    moments.push_back({presence.opens, opening, CrowdEvent::open, number, 0});
   for (; member.nextAct < acts_.size(); ++member.nextAct) {
     const Act& act = acts_[member.nextAct];
     const Duration time = act.time + presence.opens;
     if (time >= slice.end) break;
-    moments.push_back({time, act.line->number * 2, Kind::act, number, member.nextAct});
+    moments.push_back({time, act.line->number * 2, CrowdEvent::act, number, member.nextAct});
   }
   for (std::size_t at = slice.firstSent; at < slice.endSent; ++at) {
     const Sent& sent = parts_.air.sent()[at];
@@ -364,10 +365,10 @@ void Crowd::collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk
     if (isOffered && isNow(sent.time)) ++chunk.packets.offered;
     const auto arrival = parts_.air.arrival(at, number, member.phone.seat().at);
     if (!arrival || !isOffered || !isNow(*arrival)) continue;
-    moments.push_back({*arrival, parts_.air.packet(sent).line * 2, Kind::packet, number, at});
+    moments.push_back({*arrival, parts_.air.packet(sent).line * 2, CrowdEvent::packet, number, at});
   }
   if (isNow(presence.leaves)) {
-    moments.push_back({presence.leaves, kLooking - 1, Kind::leave, number, 0});
+    moments.push_back({presence.leaves, kLooking - 1, CrowdEvent::leave, number, 0});
   }
 }
 
