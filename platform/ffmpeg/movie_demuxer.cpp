@@ -67,7 +67,8 @@ MovieDemuxer::~MovieDemuxer() = default;
 
 std::unique_ptr<MovieDemuxer> MovieDemuxer::open(const MovieFile& file) {
   std::unique_ptr<MovieDemuxer> demuxer(new MovieDemuxer(file));
-  return demuxer->open() ? std::move(demuxer) : nullptr;
+  if (!demuxer->open()) return nullptr;
+  return demuxer;
 }
 
 bool MovieDemuxer::open() {

@@ -222,7 +222,7 @@ class ListedFlaws {
     if (axis.unusable < axis.usable) {
       flaws_.add(Flaw::positionUnusable, [&] { return place() + axis.unusableText; });
     } else if (!isGiven) {
-      const char* const name = &axis == &axes_[0] ? "x" : "y";
+      const char* const name = &axis == axes_.data() ? "x" : "y";
       axis.missing.add(Flaw::positionMissing, [&] { return place() + " has no " + name; });
     }
     if (!isGiven) return;

@@ -87,7 +87,7 @@ BusSlot BusConnection::registered(BusHandler handler, const Register& add) {
     return nullptr;
   }
   sd_bus_slot_set_destroy_callback(slot, [](void* gone) { delete static_cast<Registered*>(gone); });
-  kept.release();
+  static_cast<void>(kept.release());
   return BusSlot(slot);
 }
 
