@@ -124,17 +124,7 @@ std::string HalvoraViewController::hvLocalizedStringForKey(std::string_view key,
 }
 
 PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
-  try {
-    return processor_.process(broadcast);
-  } catch (const std::bad_alloc&) {
-    // Steps act on changes only: what is in force is as no look can be, so that the next one is
-    // shown whole.
-    state_.screen.currentModeSpeed = -1;
-    state_.torch.currentLEDSpeed = -1;
-    state_.gobo.currentGobo = -1;
-    state_.seat.currentVideoMinutes = -1;
-    throw;
-  }
+  return processor_.process(broadcast);
 }
 
 void HalvoraViewController::appDidBecomeActive() {
