@@ -7,13 +7,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include "adapters/virtual/virtual_devices.h"
+#include "adapters/virtual/virtual_run_loop.h"
 #include "bench/heap_count.h"
 #include "bench/plain_effects.h"
 #include "bench/require.h"
 #include "light/overlays.h"
 #include "light/screen_modes.h"
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_run_loop.h"
 
 namespace halvora {
 

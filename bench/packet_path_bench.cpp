@@ -10,9 +10,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include "adapters/standard/seeded_random.h"
 #include "bench/heap_count.h"
 #include "bench/packet_listeners.h"
-#include "platform/standard/seeded_random.h"
 
 namespace halvora {
 

@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "halvora/platform/random.h"
+#include "halvora/platform/time.h"
 #include "light/colour.h"
-#include "platform/random.h"
-#include "platform/time.h"
 
 namespace halvora {
 

@@ -12,13 +12,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include "adapters/standard/standard_files.h"
 #include "bench/bench_phone.h"
 #include "bench/heap_count.h"
 #include "bench/require.h"
 #include "pixelmap/pixel_map_seat_luts.h"
 #include "pixelmap/seat_lut_builder.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/standard/standard_files.h"
 
 namespace halvora {
 

@@ -10,9 +10,9 @@
 #include <rapidjson/reader.h>
 #include <rapidjson/stringbuffer.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/seeded_random.h"
 #include "bench/seat_map_documents.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/seeded_random.h"
 #include "seats/seat_map_document.h"
 
 namespace halvora {

@@ -20,10 +20,10 @@
 #include <utility>
 #include <vector>
 
-#include "platform/text.h"
 #include "seats/seat_keys.h"
 #include "seats/seat_map.h"
 #include "seats/seat_texts.h"
+#include "text/numbers.h"
 
 namespace halvora {
 

@@ -15,7 +15,7 @@
 
 #include "engine/broadcast.h"
 #include "engine/scanner.h"
-#include "platform/bluetooth.h"
+#include "halvora/platform/bluetooth.h"
 
 namespace halvora {
 

@@ -9,13 +9,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/seeded_random.h"
+#include "adapters/standard/standard_files.h"
+#include "adapters/virtual/virtual_media.h"
 #include "bench/require.h"
 #include "engine/broadcast.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/seeded_random.h"
-#include "platform/standard/standard_files.h"
-#include "platform/virtual/virtual_media.h"
-#include "tools/halvora/trace.h"
+#include "venue/show/trace.h"
 
 namespace halvora {
 

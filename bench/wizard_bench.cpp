@@ -9,10 +9,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include "adapters/virtual/virtual_media.h"
+#include "adapters/virtual/virtual_storage.h"
 #include "bench/heap_count.h"
 #include "bench/require.h"
-#include "platform/virtual/virtual_media.h"
-#include "platform/virtual/virtual_storage.h"
 #include "seats/halvora_seat_selector_view_controller.h"
 
 namespace halvora {

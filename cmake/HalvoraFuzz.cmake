@@ -33,8 +33,8 @@ function(halvora_fuzz_program target main)
     FILES tests/support/engine_world.* tests/support/pixmap_decoder.* tests/support/source_tree.*
       tests/seats/plain_seat_map.* tests/seats/seat_map_lines.*
       # What they try of the command: the rest takes longer to compile than all the kit.
-      tools/halvora/command.cpp tools/halvora/json_line.cpp tools/halvora/packet.cpp
-      tools/halvora/scenario.cpp
+      venue/base/input_text.cpp venue/base/json_line.cpp venue/show/packet.cpp
+      venue/show/scenario.cpp
     FOLDERS tests/fuzz EXCLUDE ${fuzz_elsewhere} tests/fuzz/fuzz_targets_test.cpp
     LINK ${fuzz_libraries})
 endfunction()

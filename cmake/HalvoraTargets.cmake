@@ -83,7 +83,8 @@ function(halvora_library target)
     target_compile_features(${target} INTERFACE cxx_std_20)
   endif()
   add_library(halvora::${target} ALIAS ${target})
-  target_include_directories(${target} ${scope} "${PROJECT_SOURCE_DIR}")
+  target_include_directories(${target} ${scope}
+    "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
   target_link_libraries(${target} ${scope} ${arg_LINK})
   if(headers)
     target_sources(${target}

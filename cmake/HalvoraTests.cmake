@@ -12,16 +12,16 @@ add_subdirectory("${HALVORA_GOOGLETEST}" "${PROJECT_BINARY_DIR}/googletest"
   EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
-set(elsewhere tests/qt/ tests/bluez-vm/ tests/failures/ tests/soak/ ${fuzz_elsewhere})
+set(elsewhere tests/faces/ tests/apps/console/ tests/adapters/qt/ tests/bluez-vm/ tests/failures/ tests/soak/ ${fuzz_elsewhere})
 if(NOT TARGET halvora_image)
-  list(APPEND elsewhere tests/platform/image/)
+  list(APPEND elsewhere tests/adapters/image/)
 endif()
 if(NOT TARGET halvora_ffmpeg)
-  list(APPEND elsewhere tests/platform/ffmpeg/)
+  list(APPEND elsewhere tests/adapters/ffmpeg/)
 endif()
 if(NOT HALVORA_BUS_FOUND)
   list(APPEND elsewhere
-    tests/platform/linux/services/ tests/platform/linux/bus/ tests/tools/bluez/)
+    tests/adapters/linux/services/ tests/adapters/linux/bus/ tests/venue/air/)
 endif()
 # Where processors differ: in the sign of a char, in fractions of floating point, in what becomes of a
 # number that its type cannot hold, in the order of bytes and how they are aligned. The other folders
@@ -33,11 +33,13 @@ set(processor_matters
   pixelmap            # places in frames, tables as bytes
   seats               # texts byte by byte, numbers in texts
   usage               # dates and counters
-  platform/[a-z_]*.cpp # texts and numbers of the defaults
-  platform/json       # numbers, UTF-8
-  platform/standard/defaults_document platform/standard/seeded_random
-  platform/virtual/virtual_video platform/virtual/virtual_storage
-  tools/packet tools/scenario tools/trace tools/map tools/seat_plan tools/lut
+  platform            # texts and numbers of the defaults
+  text                # numbers in texts
+  adapters/json       # numbers, UTF-8
+  adapters/standard/defaults_document adapters/standard/seeded_random
+  adapters/virtual/virtual_video adapters/virtual/virtual_storage
+  venue/show venue/plan
+  apps/halvora/map apps/halvora/lut
   fuzz)               # every finding in the parsers
 if(HALVORA_TEST_PROCESSOR)
   list(JOIN processor_matters "|" places)
@@ -90,7 +92,7 @@ if(TARGET halvora_tests)
       AND NOT HALVORA_TEST_SUITES)
     add_test(NAME kernel_lights
       COMMAND "${HALVORA_UMOCKDEV}"
-        --device "${PROJECT_SOURCE_DIR}/tests/platform/linux/services/phone_lights.umockdev"
+        --device "${PROJECT_SOURCE_DIR}/tests/adapters/linux/services/phone_lights.umockdev"
         -- $<TARGET_FILE:halvora_tests> --gtest_filter=KernelLights.*)
     set_tests_properties(kernel_lights PROPERTIES TIMEOUT 120
       FAIL_REGULAR_EXPRESSION "SKIPPED;0 tests from 0 test suites ran")

@@ -3,18 +3,19 @@
 
 #include "engine/show_assets.h"
 #include "engine/show_fade.h"
+#include "halvora/platform/application.h"
+#include "halvora/platform/haptics.h"
+#include "halvora/platform/platform.h"
+#include "halvora/platform/screen.h"
+#include "halvora/platform/user_defaults.h"
+#include "halvora/witness.h"
 #include "light/brightness.h"
 #include "light/random_number.h"
 #include "light/screen_modes.h"
 #include "light/show_parts.h"
 #include "light/torch_modes.h"
 #include "light/view_stack.h"
-#include "platform/application.h"
-#include "platform/haptics.h"
-#include "platform/platform.h"
-#include "platform/screen.h"
-#include "platform/user_defaults.h"
-#include "platform/witness.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 

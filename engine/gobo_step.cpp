@@ -2,11 +2,11 @@
 // The gobo's step of command processing: which fade, pulse or change a look asks of the picture
 // over the light.
 #include "engine/command_processor.h"
+#include "halvora/platform/platform.h"
 #include "light/mode_tables.h"
 #include "light/random_number.h"
 #include "light/show_parts.h"
 #include "light/view_stack.h"
-#include "platform/platform.h"
 
 namespace halvora {
 

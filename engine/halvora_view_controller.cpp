@@ -7,10 +7,11 @@
 #include <utility>
 
 #include "engine/show_fade.h"
+#include "halvora/platform/image.h"
+#include "halvora/platform/json.h"
+#include "halvora/platform/user_defaults.h"
 #include "light/bitmap.h"
-#include "platform/image.h"
-#include "platform/json.h"
-#include "platform/user_defaults.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 

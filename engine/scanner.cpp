@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/bundle.h"
-#include "platform/text.h"
-#include "platform/user_defaults.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/user_defaults.h"
+#include "text/numbers.h"
 
 namespace halvora {
 

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "engine/broadcast.h"
+#include "halvora/platform/bluetooth.h"
+#include "halvora/platform/platform.h"
 #include "light/timer_set.h"
-#include "platform/bluetooth.h"
-#include "platform/platform.h"
 
 namespace halvora {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "platform/json.h"
+#include "halvora/platform/json.h"
 
 namespace halvora {
 

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
+#include "halvora/platform/bundle.h"
 #include "light/gobo_animator.h"
 #include "light/palettes.h"
-#include "platform/bundle.h"
 
 namespace halvora {
 

@@ -2,7 +2,7 @@
 // How long the show takes to come and to go.
 #pragma once
 
-#include "platform/time.h"
+#include "halvora/platform/time.h"
 
 namespace halvora {
 

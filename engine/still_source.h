@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/image.h"
+#include "halvora/platform/image.h"
 
 namespace halvora {
 

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "engine/halvora_view_controller.h"
-#include "platform/platform.h"
+#include "halvora/platform/platform.h"
 
 namespace halvora {
 

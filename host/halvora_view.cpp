@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "platform/run_loop.h"
+#include "halvora/platform/run_loop.h"
 
 namespace halvora {
 

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "platform/screen.h"
+#include "halvora/platform/screen.h"
 
 namespace halvora {
 

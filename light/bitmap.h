@@ -9,7 +9,7 @@
 #include <memory>
 #include <optional>
 
-#include "platform/image.h"
+#include "halvora/platform/image.h"
 
 namespace halvora {
 

@@ -4,9 +4,9 @@
 // that the screen does not follow for a second ends too. Owned by the engine; main thread.
 #pragma once
 
+#include "halvora/platform/screen.h"
 #include "light/palettes.h"
 #include "light/timer_set.h"
-#include "platform/screen.h"
 
 namespace halvora {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "platform/text.h"
+#include "text/numbers.h"
 
 namespace halvora {
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "halvora/platform/screen.h"
 #include "light/colour.h"
 #include "light/view_stack.h"
 #include "light/views.h"
-#include "platform/screen.h"
 
 namespace halvora {
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "light/mode_tables.h"
-#include "platform/text.h"
+#include "text/numbers.h"
 
 namespace halvora {
 

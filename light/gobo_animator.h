@@ -10,11 +10,11 @@
 #include <string>
 #include <string_view>
 
+#include "halvora/platform/files.h"
+#include "halvora/platform/random.h"
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/view_stack.h"
-#include "platform/files.h"
-#include "platform/random.h"
 
 namespace halvora {
 

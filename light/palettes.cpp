@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "platform/json.h"
+#include "halvora/platform/json.h"
 
 namespace halvora {
 

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "halvora/platform/random.h"
 #include "light/colour.h"
-#include "platform/random.h"
 
 namespace halvora {
 

@@ -3,9 +3,9 @@
 // Main thread.
 #pragma once
 
+#include "halvora/platform/time.h"
 #include "light/mode_tables.h"
 #include "light/random_number.h"
-#include "platform/time.h"
 
 namespace halvora {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "platform/random.h"
+#include "halvora/platform/random.h"
 
 namespace halvora {
 

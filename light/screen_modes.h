@@ -7,12 +7,12 @@
 #include <cstdint>
 #include <functional>
 
+#include "halvora/platform/random.h"
 #include "light/mode_tables.h"
 #include "light/palettes.h"
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/view_stack.h"
-#include "platform/random.h"
 
 namespace halvora {
 

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "platform/run_loop.h"
+#include "halvora/platform/run_loop.h"
 
 namespace halvora {
 

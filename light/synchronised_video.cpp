@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "light/synchronised_video.h"
 
-#include "platform/files.h"
+#include "halvora/platform/files.h"
 
 namespace halvora {
 

@@ -7,10 +7,10 @@
 #include <memory>
 #include <string>
 
+#include "halvora/platform/video_player.h"
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/view_stack.h"
-#include "platform/video_player.h"
 
 namespace halvora {
 

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "platform/run_loop.h"
+#include "halvora/platform/run_loop.h"
 
 namespace halvora {
 

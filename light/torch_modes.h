@@ -8,12 +8,12 @@
 #include <functional>
 #include <optional>
 
+#include "halvora/platform/random.h"
+#include "halvora/platform/torch.h"
 #include "light/mode_tables.h"
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/timer_set.h"
-#include "platform/random.h"
-#include "platform/torch.h"
 
 namespace halvora {
 

@@ -14,11 +14,11 @@
 #include <type_traits>
 #include <vector>
 
+#include "halvora/platform/task.h"
+#include "halvora/witness.h"
 #include "light/colour.h"
 #include "light/timer_set.h"
 #include "light/views.h"
-#include "platform/task.h"
-#include "platform/witness.h"
 
 namespace halvora {
 

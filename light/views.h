@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "halvora/platform/screen.h"
 #include "light/colour.h"
-#include "platform/screen.h"
 
 namespace halvora {
 

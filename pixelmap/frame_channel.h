@@ -11,7 +11,7 @@
 #include <mutex>
 #include <utility>
 
-#include "platform/video_asset.h"
+#include "halvora/platform/video_asset.h"
 
 namespace halvora {
 

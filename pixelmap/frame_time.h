@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/video_asset.h"
+#include "halvora/platform/video_asset.h"
 
 namespace halvora {
 

@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "halvora/platform/serial_queues.h"
+#include "halvora/platform/video_asset.h"
 #include "light/colour.h"
 #include "pixelmap/seat_lut.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/serial_queues.h"
-#include "platform/video_asset.h"
 
 namespace halvora {
 

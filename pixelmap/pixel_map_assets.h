@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/files.h"
+#include "halvora/platform/image.h"
+#include "halvora/platform/video_asset.h"
 #include "light/colour.h"
-#include "platform/bundle.h"
-#include "platform/files.h"
-#include "platform/image.h"
-#include "platform/video_asset.h"
 
 namespace halvora {
 

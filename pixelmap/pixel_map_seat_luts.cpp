@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "halvora/platform/run_loop.h"
 #include "pixelmap/seat_lut_builder.h"
 #include "pixelmap/seat_lut_files.h"
 #include "pixelmap/seat_lut_maker.h"
-#include "platform/run_loop.h"
 
 namespace halvora {
 

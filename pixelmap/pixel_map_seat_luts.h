@@ -11,15 +11,15 @@
 #include <optional>
 #include <string>
 
+#include "halvora/platform/platform.h"
+#include "halvora/platform/serial_queues.h"
+#include "halvora/platform/time.h"
 #include "light/show_parts.h"
 #include "pixelmap/live_sampler.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "pixelmap/seat_lut.h"
 #include "pixelmap/seat_lut_failure.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/platform.h"
-#include "platform/serial_queues.h"
-#include "platform/time.h"
 
 namespace halvora {
 

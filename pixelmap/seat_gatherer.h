@@ -11,8 +11,8 @@
 #include <span>
 #include <vector>
 
+#include "halvora/platform/video_asset.h"
 #include "pixelmap/seat_lut.h"
-#include "platform/video_asset.h"
 
 namespace halvora {
 

@@ -9,9 +9,9 @@
 #include <span>
 #include <string>
 
+#include "halvora/platform/video_asset.h"
+#include "halvora/platform/workers.h"
 #include "pixelmap/seat_lut.h"
-#include "platform/video_asset.h"
-#include "platform/workers.h"
 
 namespace halvora {
 

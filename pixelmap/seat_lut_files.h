@@ -11,9 +11,9 @@
 #include <utility>
 #include <variant>
 
+#include "halvora/platform/files.h"
+#include "halvora/platform/json.h"
 #include "pixelmap/seat_lut.h"
-#include "platform/files.h"
-#include "platform/json.h"
 
 namespace halvora {
 

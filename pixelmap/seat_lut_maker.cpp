@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/bundle.h"
+#include "halvora/platform/bundle.h"
 
 namespace halvora {
 

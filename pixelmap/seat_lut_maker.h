@@ -10,12 +10,12 @@
 #include <optional>
 #include <string>
 
+#include "halvora/platform/platform.h"
 #include "pixelmap/seat_lut.h"
 #include "pixelmap/seat_lut_builder.h"
 #include "pixelmap/seat_lut_cache.h"
 #include "pixelmap/seat_lut_failure.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/platform.h"
 
 namespace halvora {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "platform/video_asset.h"
+#include "halvora/platform/video_asset.h"
 
 namespace halvora {
 

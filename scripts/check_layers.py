@@ -11,45 +11,51 @@ import sys
 import tempfile
 from pathlib import Path
 
-# Folder: what it may include besides itself. A file belongs to the longest folder that matches;
-# "platform" is only the headers directly in it. A file name stands for that one header.
+# Room: what it may include besides itself. A file belongs to the longest room that matches; one in a
+# wing without a room of its own is a fault. The last word of a path may be a header: that one only.
+FACE = "include/halvora"
 ENGINE_FACE = "engine/halvora_view_controller.h"
-HOST_ROOMS = ["platform", "light", "usage", "pixelmap", "engine", "seats"]
-ADAPTERS = ["standard", "virtual", "json", "image", "linux", "ffmpeg", "qt"]
-ALL = [*HOST_ROOMS, "host", *(f"platform/{name}" for name in ADAPTERS)]
+CORE = ["text", "light", "usage", "pixelmap", "engine", "seats", "host"]
+ADAPTERS = [
+    f"adapters/{name}"
+    for name in ("standard", "json", "image", "ffmpeg", "linux", "virtual", "qt", "system")
+]
+FACES = ["faces/qt"]
+VENUE = ["venue/base", "venue/show", "venue/plan", "venue/crowd", "venue/air"]
+APPS = ["apps/halvora", "apps/console"]
+BELOW_VENUE = [FACE, *CORE, *ADAPTERS]
+BELOW_APPS = [*BELOW_VENUE, *FACES, *VENUE]
 MAY_INCLUDE = {
-    "platform": [],
-    "light": ["platform"],
-    "usage": ["platform"],
-    "pixelmap": ["platform", "light"],
-    "engine": ["platform", "light", "usage", "pixelmap"],
-    "seats": ["platform", ENGINE_FACE],
-    "host": HOST_ROOMS,
-    "platform/standard": ["platform"],
-    "platform/json": ["platform"],
-    "platform/image": ["platform"],
-    "platform/linux": ["platform", "platform/standard"],
-    "platform/ffmpeg": ["platform"],
-    "platform/virtual": ["platform", "platform/standard"],
-    "platform/qt": [
-        "platform",
-        "platform/standard",
-        "platform/json",
-        "platform/image",
-        "platform/ffmpeg",
-        "platform/linux",
-        "light",
-        "seats",
-        "host",
-        ENGINE_FACE,
-    ],
-    "tools": ALL,
-    "apps": [*ALL, "tools"],
-    "tests": [*ALL, "tools", "apps"],
-    "bench": [*ALL, "tools"],
+    FACE: [],
+    "text": [FACE],
+    "light": [FACE, "text"],
+    "usage": [FACE, "text"],
+    "pixelmap": [FACE, "text", "light"],
+    "engine": [FACE, "text", "light", "usage", "pixelmap"],
+    "seats": [FACE, "text", ENGINE_FACE],
+    "host": [FACE, *CORE[:-1]],
+    "faces/qt": [FACE, "light", "seats", "host", ENGINE_FACE, "adapters/qt"],
+    "adapters/standard": [FACE, "text"],
+    "adapters/json": [FACE, "text"],
+    "adapters/image": [FACE],
+    "adapters/ffmpeg": [FACE],
+    "adapters/linux": [FACE, "adapters/standard"],
+    "adapters/virtual": [FACE, "adapters/standard"],
+    "adapters/qt": [FACE, "faces/qt", ENGINE_FACE, *(f"adapters/{name}" for name in
+                    ("standard", "json", "image", "ffmpeg", "linux"))],
+    "adapters/system": [FACE, "adapters/linux", "adapters/qt"],
+    "venue/base": BELOW_VENUE,
+    "venue/show": [*BELOW_VENUE, "venue/base"],
+    "venue/plan": [*BELOW_VENUE, "venue/base", "venue/show"],
+    "venue/crowd": [*BELOW_VENUE, "venue/base", "venue/show", "venue/plan"],
+    "venue/air": [*BELOW_VENUE, "venue/base", "venue/show"],
+    "apps/halvora": BELOW_APPS,
+    "apps/console": BELOW_APPS,
+    "tests": [*BELOW_APPS, *APPS],
+    "bench": [*BELOW_APPS, "apps/halvora"],
 }
-CORE = [*HOST_ROOMS, "host"]
-STANDARD_ONLY = [*CORE, "platform/standard", "platform/virtual"]
+WINGS = {room.split("/")[0] for room in MAY_INCLUDE if "/" in room}
+STANDARD_ONLY = [FACE, *CORE, "adapters/standard", "adapters/virtual"]
 
 STANDARD_HEADERS = set(
     """
@@ -67,7 +73,7 @@ STANDARD_HEADERS = set(
 )
 
 # What must not be called: a pattern, the folders where it is banned, and why.
-CLOCK_READERS = ["platform/standard", "platform/qt", "platform/linux", "platform/ffmpeg", "bench"]
+CLOCK_READERS = [*(f"adapters/{name}" for name in ("standard", "qt", "linux", "ffmpeg")), "bench"]
 BANNED = [
     (
         re.compile(r"\b(steady|system|high_resolution|utc|tai|gps|file)_clock\b"),
@@ -76,12 +82,12 @@ BANNED = [
     ),
     (
         re.compile(r"\bstd::(thread|jthread|async)\b"),
-        CORE,
+        [FACE, *CORE],
         "background work goes through the serial queues",
     ),
     (
         re.compile(r"\bsleep_(for|until)\b|\bu?sleep\("),
-        [*CORE, "platform/virtual", "tools", "tests"],
+        [FACE, *CORE, "adapters/virtual", *VENUE, *APPS, "tests"],
         "nothing sleeps",
     ),
 ]
@@ -92,14 +98,17 @@ GENERATED = re.compile(r"(^|/)(moc_\w+\.cpp|\w+\.moc)$")
 
 
 def folder_of(path):
-    """The folder of the table that a path from the root belongs to, or None."""
+    """The room of the table that a path from the root belongs to, or None."""
     parts = path.split("/")[:-1]
-    if len(parts) > 1 and "/".join(parts[:2]) in MAY_INCLUDE:
-        return "/".join(parts[:2])
-    if not parts or parts[0] not in MAY_INCLUDE:
-        return None
-    # A folder inside platform/ that has no row is unknown: it is not part of "platform".
-    return None if parts[0] == "platform" and len(parts) > 1 else parts[0]
+    for count in range(len(parts), 0, -1):
+        if (room := "/".join(parts[:count])) in MAY_INCLUDE:
+            return room
+    return None
+
+
+def target_of(include):
+    """The path from the root that a quoted include means."""
+    return f"include/{include}" if include.startswith("halvora/") else include
 
 
 def without_comments(text):
@@ -112,9 +121,12 @@ def without_comments(text):
 def complaint_about_quoted(source, folder, target):
     if GENERATED.search(target):
         return None
+    if target.startswith("include/"):
+        return "the public face is included as halvora/…"
+    target = target_of(target)
     target_folder = folder_of(target)
     if target_folder is None:
-        return "quoted includes are written from the root, into a known folder"
+        return "quoted includes are written from the root, into a known room"
     if target_folder == folder:
         return None
     if any(allowed in (target_folder, target) for allowed in MAY_INCLUDE[folder]):
@@ -130,8 +142,8 @@ def complaints(root):
         if file.suffix not in (".h", ".cpp"):
             continue
         if folder is None:
-            if path.split("/")[0] == "platform":
-                yield path, 1, "a folder of platform/ without a row in the table of layers"
+            if path.split("/")[0] in WINGS:
+                yield path, 1, "a file of a wing, in no room of the table"
             continue
         lines = without_comments(file.read_text(encoding="utf-8")).split("\n")
         for number, line in enumerate(lines, 1):
@@ -156,38 +168,51 @@ def check(root):
 
 
 GOOD = {
-    "platform/run_loop.h": '#include <vector>\n#include "platform/task.h"\n',
-    "platform/standard/queues.cpp": "#include <thread>\nauto t = std::chrono::steady_clock::now();\n",
-    "platform/virtual/phone.h": '#include "platform/standard/random.h"\n',
-    "platform/json/reader.cpp": "#include <rapidjson/reader.h>\n",
-    "platform/qt/face.cpp": '#include <QQuickItem>\n#include "host/views.h"\n#include "face.moc"\n',
-    "platform/qt/platform.cpp": '#include "platform/json/reader.h"\n',
-    "platform/qt/services.cpp": '#include "platform/linux/services/torch.h"\n',
+    "include/halvora/platform/run_loop.h": '#include <vector>\n#include "halvora/platform/task.h"\n',
+    "include/halvora/engine.h": '#include "halvora/platform/platform.h"\n',
+    "adapters/standard/queues.cpp": "#include <thread>\nauto t = std::chrono::steady_clock::now();\n",
+    "adapters/virtual/phone.h": '#include "adapters/standard/random.h"\n',
+    "adapters/json/reader.cpp": "#include <rapidjson/reader.h>\n",
+    "adapters/qt/player.cpp": '#include <QMediaPlayer>\n#include "faces/qt/clip.h"\n',
+    "adapters/system/phone.cpp": '#include "adapters/linux/services/torch.h"\n',
+    "faces/qt/face.cpp": '#include <QQuickItem>\n#include "host/views.h"\n#include "face.moc"\n',
     "light/layer.cpp": '#include "light/layer.h"\n// #include "engine/scanner.h"\n',
     "engine/halvora_view_controller.h": '#include "pixelmap/assets.h"\n',
     "seats/wizard.cpp": '#include "engine/halvora_view_controller.h"\n',
-    "tools/halvora/main.cpp": '#include <CLI/CLI.hpp>\n#include "tools/halvora/trace.h"\n',
-    "tests/qt/console_test.cpp": '#include "apps/demo/show_console.h"\n',
-    "tests/clock_test.cpp": '#include "platform/standard/system_clock.h"\n',
-    "tests/tools/trace_test.cpp": '#include "tools/halvora/trace.h"\n#include "tests/show.h"\n',
+    "venue/show/trace.cpp": '#include "venue/base/line.h"\n#include "engine/scanner.h"\n',
+    "venue/crowd/run.cpp": '#include "venue/plan/venue.h"\n',
+    "apps/halvora/main.cpp": '#include <CLI/CLI.hpp>\n#include "venue/show/trace.h"\n',
+    "tests/apps/console/console_test.cpp": '#include "apps/console/show_console.h"\n',
+    "tests/clock_test.cpp": '#include "adapters/standard/system_clock.h"\n',
+    "tests/venue/trace_test.cpp": '#include "venue/show/trace.h"\n#include "tests/show.h"\n',
 }
 
 BAD = {
-    "platform/a.h": [
+    "include/halvora/engine.h": [
         '#include "light/colour.h"',
-        '#include "platform/standard/random.h"',
-        '#include "a.h"',
+        '#include "engine/scanner.h"',
+        '#include "include/halvora/light.h"',
         "#include <QString>",
+        "std::thread worker;",
     ],
-    "platform/unknown/a.h": [""],
-    "platform/standard/a.cpp": ['#include "engine/scanner.h"', "#include <pthread.h>"],
-    "platform/virtual/a.cpp": ['#include "platform/json/reader.h"', "auto t = steady_clock::now();"],
-    "platform/json/a.cpp": ['#include "platform/standard/random.h"'],
-    "platform/qt/a.cpp": [
+    "include/halvora/platform/a.h": ['#include "adapters/standard/random.h"', '#include "a.h"'],
+    "adapters/unknown/a.h": [""],
+    "adapters/a.h": [""],
+    "venue/a.h": [""],
+    "faces/a.h": [""],
+    "adapters/standard/a.cpp": ['#include "engine/scanner.h"', "#include <pthread.h>"],
+    "adapters/virtual/a.cpp": ['#include "adapters/json/reader.h"', "auto t = steady_clock::now();"],
+    "adapters/json/a.cpp": ['#include "adapters/standard/random.h"', '#include "light/colour.h"'],
+    "adapters/qt/a.cpp": ['#include "engine/scanner.h"', '#include "adapters/system/phone.h"'],
+    "adapters/linux/a.cpp": ['#include "adapters/qt/loop.h"'],
+    "faces/qt/a.cpp": [
         '#include "engine/scanner.h"',
         '#include "pixelmap/assets.h"',
-        '#include "platform/virtual/phone.h"',
+        '#include "adapters/virtual/phone.h"',
+        '#include "adapters/linux/files.h"',
+        '#include "venue/show/scenario.h"',
     ],
+    "text/a.cpp": ['#include "light/colour.h"'],
     "light/a.cpp": [
         '#include "pixelmap/assets.h"',
         '  #  include "engine/scanner.h"',
@@ -200,11 +225,14 @@ BAD = {
     "pixelmap/a.h": ['#include "engine/scanner.h"', "#include <libavcodec/avcodec.h>"],
     "engine/a.cpp": ['#include "seats/wizard.h"', '#include "host/views.h"', "#include <CLI/CLI.hpp>"],
     "seats/a.cpp": ['#include "engine/scanner.h"', '#include "light/colour.h"'],
-    "host/a.cpp": ['#include "platform/qt/face.h"', "#include <QObject>"],
-    "tools/a.cpp": ['#include "apps/demo/show.h"', '#include "tests/show.h"'],
+    "host/a.cpp": ['#include "faces/qt/face.h"', '#include "venue/show/trace.h"', "#include <QObject>"],
+    "venue/base/a.cpp": ['#include "venue/show/scenario.h"', '#include "faces/qt/face.h"'],
+    "venue/show/a.cpp": ['#include "venue/crowd/crowd.h"', '#include "apps/halvora/command.h"'],
+    "venue/air/a.cpp": ['#include "venue/crowd/crowd.h"', '#include "faces/qt/face.h"'],
+    "apps/halvora/a.cpp": ['#include "apps/console/show.h"', '#include "tests/show.h"'],
     "tests/a_test.cpp": ['#include "bench/crowd.h"', "sleep(1);"],
     "bench/a.cpp": ['#include "tests/show.h"'],
-    "apps/demo/a.cpp": ['#include "tests/show.h"', '#include "../../engine/scanner.h"'],
+    "apps/console/a.cpp": ['#include "tests/show.h"', '#include "../../engine/scanner.h"'],
 }
 
 

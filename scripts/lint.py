@@ -22,8 +22,9 @@ from selection import ROOT, Build, Stamps, changed_files, key_of, selected
 from unity_groups import groups
 
 TIDY = "clang-tidy-14"
-FOLDERS = ("platform", "light", "usage", "pixelmap", "engine", "seats", "host", "tools")
-NOT_CORE = ("platform/qt/",)
+FOLDERS = ("include", "text", "light", "usage", "pixelmap", "engine", "seats", "host", "adapters",
+           "venue", "apps/halvora")
+NOT_CORE = ("adapters/qt/", "adapters/system/")
 # What a group includes counts as written in it.
 HEADERS = f"/({'|'.join(FOLDERS)})/[^ ]*\\.(h|cpp)$"
 # The build's compiler has warnings that clang does not know. A function's paths are followed through

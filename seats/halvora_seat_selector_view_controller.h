@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/bundle.h"
-#include "platform/witness.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/witness.h"
 #include "seats/seat_map.h"
 #include "seats/seat_selector_views.h"
 #include "seats/standing_overlay.h"

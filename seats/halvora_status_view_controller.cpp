@@ -5,12 +5,13 @@
 #include <cmath>
 #include <utility>
 
-#include "platform/bluetooth.h"
-#include "platform/bundle.h"
-#include "platform/screen.h"
-#include "platform/user_defaults.h"
+#include "halvora/platform/bluetooth.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/screen.h"
+#include "halvora/platform/user_defaults.h"
 #include "seats/seat_names.h"
 #include "seats/status_panel_update.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 

@@ -15,10 +15,10 @@
 #include <vector>
 
 #include "engine/halvora_view_controller.h"
-#include "platform/application.h"
-#include "platform/platform.h"
-#include "platform/run_loop.h"
-#include "platform/witness.h"
+#include "halvora/platform/application.h"
+#include "halvora/platform/platform.h"
+#include "halvora/platform/run_loop.h"
+#include "halvora/witness.h"
 #include "seats/ancestor_scroll_views.h"
 #include "seats/halvora_seat_selector_view_controller.h"
 #include "seats/seat_map_availability.h"

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "platform/json.h"
+#include "halvora/platform/json.h"
 #include "seats/seat_keys.h"
 #include "seats/seat_map.h"
 #include "seats/seat_texts.h"

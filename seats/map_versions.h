@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/json.h"
+#include "halvora/platform/json.h"
 #include "seats/seat_storage.h"
 
 namespace halvora {

@@ -6,10 +6,10 @@
 #include <string>
 #include <utility>
 
-#include "platform/bundle.h"
-#include "platform/files.h"
-#include "platform/json.h"
-#include "platform/run_loop.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/files.h"
+#include "halvora/platform/json.h"
+#include "halvora/platform/run_loop.h"
 #include "seats/map_versions.h"
 #include "seats/seat_map_document.h"
 

@@ -9,8 +9,8 @@
 #include <memory>
 #include <optional>
 
-#include "platform/platform.h"
-#include "platform/serial_queues.h"
+#include "halvora/platform/platform.h"
+#include "halvora/platform/serial_queues.h"
 #include "seats/seat_map.h"
 #include "seats/seat_storage.h"
 #include "seats/seat_texts.h"

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "platform/json.h"
+#include "halvora/platform/json.h"
 #include "seats/seat_map.h"
 #include "seats/seat_texts.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/bundle.h"
+#include "halvora/platform/bundle.h"
 
 namespace halvora {
 

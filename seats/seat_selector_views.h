@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/image.h"
-#include "platform/screen.h"
+#include "halvora/platform/image.h"
+#include "halvora/platform/screen.h"
 #include "seats/view_models.h"
 
 namespace halvora {

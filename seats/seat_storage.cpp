@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/text.h"
+#include "text/defaults_values.h"
+#include "text/numbers.h"
 
 namespace halvora {
 

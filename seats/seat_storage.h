@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/user_defaults.h"
+#include "halvora/platform/user_defaults.h"
 
 namespace halvora {
 

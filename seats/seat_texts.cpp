@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "text/numbers.h"
+
 namespace halvora {
 
 namespace {

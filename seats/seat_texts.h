@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "platform/bundle.h"
-#include "platform/json.h"
-#include "platform/text.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/json.h"
 #include "seats/seat_names.h"
+#include "text/numbers.h"
 
 namespace halvora {
 

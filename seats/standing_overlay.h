@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "platform/bundle.h"
-#include "platform/image.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/image.h"
 
 namespace halvora {
 

@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/screen.h"
+#include "halvora/platform/screen.h"
 #include "seats/seat_map.h"
 #include "seats/seat_selector_views.h"
 

@@ -5,11 +5,12 @@
 #include <new>
 #include <utility>
 
-#include "platform/bundle.h"
-#include "platform/run_loop.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/run_loop.h"
 #include "seats/halvora_status_view_controller.h"
 #include "seats/seat_names.h"
 #include "seats/status_panel_update.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 

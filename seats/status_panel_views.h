@@ -6,8 +6,8 @@
 
 #include <optional>
 
-#include "platform/screen.h"
-#include "platform/time.h"
+#include "halvora/platform/screen.h"
+#include "halvora/platform/time.h"
 #include "seats/view_models.h"
 
 namespace halvora {

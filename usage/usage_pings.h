@@ -8,10 +8,10 @@
 #include <string>
 #include <string_view>
 
-#include "platform/http.h"
-#include "platform/time.h"
-#include "platform/user_defaults.h"
-#include "platform/wall_clock.h"
+#include "halvora/platform/http.h"
+#include "halvora/platform/time.h"
+#include "halvora/platform/user_defaults.h"
+#include "halvora/platform/wall_clock.h"
 
 namespace halvora {
 

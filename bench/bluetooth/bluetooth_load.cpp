@@ -13,10 +13,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "adapters/linux/bluetooth/bluez_central.h"
+#include "adapters/linux/bus/bluez_daemon.h"
 #include "bench/bluetooth/bare_reader.h"
 #include "bench/bluetooth/speaker.h"
-#include "platform/linux/bluetooth/bluez_central.h"
-#include "platform/linux/bus/bluez_daemon.h"
 
 namespace halvora {
 namespace {

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/linux/bus/bus_connection.h"
-#include "platform/linux/poll_run_loop.h"
+#include "adapters/linux/bus/bus_connection.h"
+#include "adapters/linux/poll_run_loop.h"
 
 namespace halvora {
 

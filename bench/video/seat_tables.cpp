@@ -8,10 +8,10 @@
 #include <cstdlib>
 #include <vector>
 
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/standard/thread_workers.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/seat_lut_builder.h"
-#include "platform/ffmpeg/ffmpeg_videos.h"
-#include "platform/standard/thread_workers.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <cstdlib>
 
 #include "bench/require.h"
-#include "platform/qt/halvora_host.h"
+#include "faces/qt/halvora_host.h"
 
 namespace halvora {
 

@@ -17,12 +17,12 @@
 #include <optional>
 #include <string>
 
+#include "adapters/qt/qt_platform.h"
+#include "adapters/virtual/virtual_bluetooth.h"
 #include "bench/window/counting_run_loop.h"
 #include "bench/window/frame_log.h"
 #include "engine/broadcast.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/qt/qt_platform.h"
-#include "platform/virtual/virtual_bluetooth.h"
 
 namespace halvora {
 

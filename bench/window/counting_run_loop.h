@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/run_loop.h"
+#include "halvora/platform/run_loop.h"
 
 namespace halvora {
 

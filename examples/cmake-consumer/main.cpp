@@ -2,10 +2,10 @@
 // One phone in memory hears one packet; the program prints the colour that its screen then shows.
 #include <cstdio>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/broadcast.h"
 #include "host/halvora_view.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
 
 int main() {
   using namespace halvora;

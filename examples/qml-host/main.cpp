@@ -3,7 +3,7 @@
 #include <QQmlApplicationEngine>
 #include <QUrl>
 
-#include "platform/qt/qt_platform.h"
+#include "adapters/qt/qt_platform.h"
 
 int main(int argumentCount, char** arguments) {
   QGuiApplication application(argumentCount, arguments);

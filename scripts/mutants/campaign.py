@@ -111,7 +111,7 @@ class Campaign:
             found = self.reach_of_file[mutant.path]
         kills = self.kills.get(mutant.path, {})
         stem = Path(mutant.path).stem
-        folder = "tests/" + folder_of(mutant.path).replace("tools/halvora", "tools") + "/"
+        folder = "tests/" + folder_of(mutant.path) + "/"
         last = self.results.known.get(mutant.key, {}).get("killer")
 
         def likely(test):

@@ -28,8 +28,9 @@ OPTIONS = [
     "-DCMAKE_CXX_FLAGS_DEBUG=-O0 -g0", "-DCMAKE_VERIFY_INTERFACE_HEADER_SETS=OFF",
 ]  # fmt: skip
 # Of folders: the core, the adapters, the venue's tools.
-FOLDERS = ("light", "usage", "pixelmap", "engine", "seats", "host", "platform", "tools")
-ELSEWHERE = ("platform/qt/", "tools/halvora/main.cpp")
+FOLDERS = ("text", "light", "usage", "pixelmap", "engine", "seats", "host", "adapters", "venue",
+           "apps/halvora")
+ELSEWHERE = ("adapters/qt/", "adapters/system/", "apps/halvora/main.cpp")
 MOST_MEMORY = 6 << 30
 MOST_FILE = 256 << 20
 

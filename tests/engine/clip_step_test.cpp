@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/command_processor.h"
 #include "engine/show_assets.h"
 #include "light/brightness.h"
@@ -16,8 +18,6 @@
 #include "light/synchronised_video.h"
 #include "light/torch_modes.h"
 #include "pixelmap/pixel_map_seat_luts.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
 
 namespace halvora {
 namespace {

@@ -5,7 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json/rapid_json_reader.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 

@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/engine/recording_parts.h"
 #include "tests/engine/recording_platform.h"
 

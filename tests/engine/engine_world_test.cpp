@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/haptics.h"
-#include "platform/run_loop.h"
-#include "platform/screen.h"
-#include "platform/torch.h"
+#include "halvora/platform/haptics.h"
+#include "halvora/platform/run_loop.h"
+#include "halvora/platform/screen.h"
+#include "halvora/platform/torch.h"
 
 namespace halvora {
 namespace {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
 
 namespace halvora {
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "platform/virtual/virtual_phone.h"
+#include "adapters/virtual/virtual_phone.h"
 
 namespace halvora {
 

@@ -8,18 +8,18 @@
 #include <utility>
 #include <vector>
 
+#include "halvora/platform/application.h"
+#include "halvora/platform/bluetooth.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/haptics.h"
+#include "halvora/platform/http.h"
+#include "halvora/platform/platform.h"
+#include "halvora/platform/random.h"
+#include "halvora/platform/run_loop.h"
+#include "halvora/platform/screen.h"
+#include "halvora/platform/serial_queues.h"
+#include "halvora/platform/user_defaults.h"
 #include "light/colour.h"
-#include "platform/application.h"
-#include "platform/bluetooth.h"
-#include "platform/bundle.h"
-#include "platform/haptics.h"
-#include "platform/http.h"
-#include "platform/platform.h"
-#include "platform/random.h"
-#include "platform/run_loop.h"
-#include "platform/screen.h"
-#include "platform/serial_queues.h"
-#include "platform/user_defaults.h"
 
 namespace halvora {
 

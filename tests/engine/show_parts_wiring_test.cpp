@@ -3,11 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/standard_files.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/standard_files.h"
-#include "platform/virtual/virtual_phone.h"
-#include "tests/platform/standard/temporary_folder.h"
+#include "tests/adapters/standard/temporary_folder.h"
 
 namespace halvora {
 namespace {

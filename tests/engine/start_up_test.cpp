@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/json/rapid_json_reader.h"
+#include "adapters/json/rapid_json_reader.h"
 #include "tests/engine/engine_bench.h"
 
 namespace halvora {

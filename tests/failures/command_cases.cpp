@@ -14,17 +14,19 @@
 #include <string>
 #include <vector>
 
+#include "adapters/ffmpeg/ffmpeg_movies.h"
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/image/picture_decoder.h"
+#include "adapters/image/png_writer.h"
+#include "adapters/virtual/virtual_bluetooth.h"
+#include "adapters/virtual/virtual_run_loop.h"
+#include "apps/halvora/commands.h"
 #include "engine/broadcast.h"
-#include "platform/ffmpeg/ffmpeg_movies.h"
-#include "platform/ffmpeg/ffmpeg_videos.h"
-#include "platform/image/picture_decoder.h"
-#include "platform/image/png_writer.h"
-#include "platform/virtual/virtual_bluetooth.h"
-#include "platform/virtual/virtual_run_loop.h"
 #include "tests/failures/faults.h"
 #include "tests/failures/trial.h"
 #include "tests/support/source_tree.h"
-#include "tools/halvora/commands.h"
+#include "venue/air/radio.h"
+#include "venue/air/transmitter.h"
 
 namespace halvora {
 

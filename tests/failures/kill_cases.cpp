@@ -5,19 +5,20 @@
 #include <string>
 #include <vector>
 
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/linux/linux_files.h"
+#include "adapters/standard/file_defaults.h"
+#include "adapters/standard/thread_workers.h"
+#include "adapters/virtual/virtual_phone.h"
+#include "apps/halvora/commands.h"
 #include "engine/halvora_view_controller.h"
 #include "pixelmap/seat_lut_builder.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/ffmpeg/ffmpeg_videos.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/linux/linux_files.h"
-#include "platform/standard/file_defaults.h"
-#include "platform/standard/thread_workers.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/failures/kills.h"
 #include "tests/failures/trial.h"
 #include "tests/support/pixmap_decoder.h"
-#include "tools/halvora/commands.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 

@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "platform/json/rapid_json_reader.h"
+#include "adapters/json/rapid_json_reader.h"
 #include "seats/seat_map_document.h"
 #include "tests/failures/trial.h"
 #include "tests/seats/wizard_room.h"
-#include "tools/halvora/map_dump.h"
-#include "tools/halvora/map_input.h"
+#include "venue/plan/map_dump.h"
+#include "venue/plan/named_map.h"
 
 namespace halvora {
 

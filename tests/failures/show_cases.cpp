@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/linux/linux_files.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/linux/linux_files.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/failures/trial.h"
 
 namespace halvora {

@@ -6,14 +6,15 @@
 #include <string>
 #include <string_view>
 
-#include "platform/image/picture_decoder.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/linux/linux_files.h"
-#include "platform/standard/file_defaults.h"
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_run_loop.h"
+#include "adapters/image/picture_decoder.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/linux/linux_files.h"
+#include "adapters/standard/file_defaults.h"
+#include "adapters/virtual/virtual_devices.h"
+#include "adapters/virtual/virtual_run_loop.h"
 #include "tests/failures/trial.h"
 #include "tests/support/source_tree.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 

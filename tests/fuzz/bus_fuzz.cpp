@@ -10,7 +10,7 @@
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
-#include "platform/linux/bus/bluez_messages.h"
+#include "adapters/linux/bus/bluez_messages.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 namespace halvora {

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <string>
 
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/defaults_document.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/defaults_document.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 namespace halvora {

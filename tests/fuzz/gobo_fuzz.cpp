@@ -14,11 +14,11 @@
 
 #include <stdlib.h>
 
+#include "adapters/standard/standard_files.h"
+#include "adapters/virtual/virtual_devices.h"
+#include "adapters/virtual/virtual_run_loop.h"
 #include "light/gobo_animator.h"
 #include "light/view_stack.h"
-#include "platform/standard/standard_files.h"
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_run_loop.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 namespace halvora {

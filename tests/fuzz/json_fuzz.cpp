@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/seeded_random.h"
+#include "adapters/standard/string_table.h"
+#include "adapters/virtual/virtual_storage.h"
+#include "halvora/platform/json.h"
 #include "light/palettes.h"
-#include "platform/json.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/seeded_random.h"
-#include "platform/standard/string_table.h"
-#include "platform/virtual/virtual_storage.h"
 #include "seats/map_versions.h"
 #include "seats/seat_texts.h"
 #include "tests/fuzz/fuzz_targets.h"

@@ -5,9 +5,9 @@
 #include <array>
 #include <span>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/fuzz/fuzz_target.h"
 
 namespace halvora {

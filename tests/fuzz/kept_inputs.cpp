@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/text.h"
+#include "text/numbers.h"
 
 namespace halvora {
 

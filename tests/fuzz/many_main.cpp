@@ -14,7 +14,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "platform/standard/stopwatch.h"
+#include "adapters/standard/stopwatch.h"
 #include "tests/fuzz/judged_packets.h"
 #include "tests/fuzz/kept_inputs.h"
 #include "tests/support/source_tree.h"

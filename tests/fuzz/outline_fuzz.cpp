@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/ffmpeg/mp4_outline.h"
+#include "adapters/ffmpeg/mp4_outline.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 namespace halvora {

@@ -7,8 +7,9 @@
 #include "engine/broadcast.h"
 #include "light/show_state.h"
 #include "tests/fuzz/fuzz_targets.h"
-#include "tools/halvora/packet.h"
-#include "tools/halvora/scenario.h"
+#include "text/numbers.h"
+#include "venue/show/packet.h"
+#include "venue/show/scenario.h"
 
 namespace halvora {
 

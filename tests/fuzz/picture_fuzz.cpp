@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "adapters/image/picture_decoder.h"
 #include "light/bitmap.h"
-#include "platform/image/picture_decoder.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 namespace halvora {

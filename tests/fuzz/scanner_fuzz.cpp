@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/scanner.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 namespace halvora {

@@ -5,9 +5,9 @@
 #include <string>
 #include <variant>
 
-#include "platform/json/rapid_json_reader.h"
+#include "adapters/json/rapid_json_reader.h"
 #include "tests/fuzz/fuzz_targets.h"
-#include "tools/halvora/scenario.h"
+#include "venue/show/scenario.h"
 
 namespace halvora {
 

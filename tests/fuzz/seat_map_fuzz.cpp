@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/json/rapid_json_reader.h"
+#include "adapters/json/rapid_json_reader.h"
 #include "seats/seat_map_document.h"
 #include "seats/standing_plan.h"
 #include "tests/fuzz/fuzz_targets.h"

@@ -5,9 +5,9 @@
 #include <string>
 #include <variant>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_files.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_files.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 namespace halvora {

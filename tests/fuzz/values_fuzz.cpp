@@ -7,13 +7,13 @@
 #include <optional>
 #include <string>
 
+#include "adapters/standard/string_table.h"
 #include "light/colour.h"
 #include "light/gobo_animator.h"
-#include "platform/standard/string_table.h"
-#include "platform/text.h"
 #include "seats/seat_texts.h"
 #include "tests/fuzz/fuzz_targets.h"
-#include "tools/halvora/command.h"
+#include "text/numbers.h"
+#include "venue/base/input_text.h"
 
 namespace halvora {
 

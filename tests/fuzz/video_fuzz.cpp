@@ -10,10 +10,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/virtual/virtual_video.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/seat_lut_builder.h"
-#include "platform/ffmpeg/ffmpeg_videos.h"
-#include "platform/virtual/virtual_video.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 namespace halvora {

@@ -8,9 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "host/halvora_view.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/host/phone_of_the_process.h"
 
 namespace halvora {

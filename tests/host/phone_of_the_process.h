@@ -4,8 +4,8 @@
 // being in use.
 #pragma once
 
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 
 namespace halvora {
 

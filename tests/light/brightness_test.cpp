@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_run_loop.h"
+#include "adapters/virtual/virtual_devices.h"
+#include "adapters/virtual/virtual_run_loop.h"
 
 namespace halvora {
 namespace {

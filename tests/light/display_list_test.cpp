@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/virtual/virtual_run_loop.h"
 #include "light/timer_set.h"
-#include "platform/virtual/virtual_run_loop.h"
 
 namespace halvora {
 namespace {

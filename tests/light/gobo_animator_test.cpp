@@ -9,11 +9,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/standard/seeded_random.h"
-#include "platform/standard/standard_files.h"
-#include "platform/virtual/virtual_files.h"
+#include "adapters/standard/seeded_random.h"
+#include "adapters/standard/standard_files.h"
+#include "adapters/virtual/virtual_files.h"
+#include "tests/adapters/standard/temporary_folder.h"
 #include "tests/light/light_room.h"
-#include "tests/platform/standard/temporary_folder.h"
 
 namespace halvora {
 namespace {

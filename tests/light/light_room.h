@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "adapters/virtual/virtual_devices.h"
+#include "adapters/virtual/virtual_run_loop.h"
 #include "light/screen_modes.h"
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_run_loop.h"
 
 namespace halvora {
 

@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/seeded_random.h"
-#include "platform/virtual/virtual_devices.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/seeded_random.h"
+#include "adapters/virtual/virtual_devices.h"
 
 namespace halvora {
 namespace {

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/standard/seeded_random.h"
-#include "platform/virtual/virtual_devices.h"
+#include "adapters/standard/seeded_random.h"
+#include "adapters/virtual/virtual_devices.h"
 
 namespace halvora {
 namespace {

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_files.h"
-#include "platform/virtual/virtual_media.h"
+#include "adapters/virtual/virtual_files.h"
+#include "adapters/virtual/virtual_media.h"
 #include "tests/light/light_room.h"
 
 namespace halvora {

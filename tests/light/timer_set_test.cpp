@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_run_loop.h"
+#include "adapters/virtual/virtual_run_loop.h"
 
 namespace halvora {
 namespace {

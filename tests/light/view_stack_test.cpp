@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_run_loop.h"
+#include "adapters/virtual/virtual_run_loop.h"
 #include "tests/light/light_room.h"
 
 namespace halvora {

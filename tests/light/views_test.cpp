@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/virtual/virtual_run_loop.h"
 #include "light/view_stack.h"
-#include "platform/virtual/virtual_run_loop.h"
 
 namespace halvora {
 namespace {

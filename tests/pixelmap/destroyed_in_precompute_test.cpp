@@ -8,11 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/thread_queues.h"
+#include "adapters/standard/thread_workers.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/thread_queues.h"
-#include "platform/standard/thread_workers.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/support/posted_turns.h"
 
 namespace halvora {

@@ -8,11 +8,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "adapters/virtual/virtual_files.h"
+#include "adapters/virtual/virtual_media.h"
+#include "adapters/virtual/virtual_storage.h"
+#include "adapters/virtual/virtual_video.h"
 #include "pixelmap/pixel_map_assets.h"
-#include "platform/virtual/virtual_files.h"
-#include "platform/virtual/virtual_media.h"
-#include "platform/virtual/virtual_storage.h"
-#include "platform/virtual/virtual_video.h"
 #include "tests/support/step_queue.h"
 
 namespace halvora {

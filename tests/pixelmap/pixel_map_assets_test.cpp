@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_storage.h"
-#include "platform/virtual/virtual_video.h"
+#include "adapters/virtual/virtual_storage.h"
+#include "adapters/virtual/virtual_video.h"
 #include "tests/support/files_with_faults.h"
 #include "tests/support/pixmap_decoder.h"
 

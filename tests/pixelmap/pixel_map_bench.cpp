@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/json/rapid_json_reader.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/json/rapid_json_reader.h"
 
 namespace halvora {
 

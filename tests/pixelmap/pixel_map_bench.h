@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "adapters/virtual/virtual_phone.h"
 #include "pixelmap/pixel_map_seat_luts.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/pixelmap/seat_lut_bench.h"
 #include "tests/support/step_queue.h"
 

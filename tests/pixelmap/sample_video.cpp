@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/standard/seeded_random.h"
 #include "pixelmap/frame_time.h"
-#include "platform/standard/seeded_random.h"
 
 namespace halvora {
 

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "halvora/platform/video_asset.h"
 #include "pixelmap/seat_lut_builder.h"
-#include "platform/video_asset.h"
 #include "tests/pixelmap/seat_lut_bench.h"
 
 namespace halvora {

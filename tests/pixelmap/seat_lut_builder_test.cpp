@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_video.h"
+#include "adapters/virtual/virtual_video.h"
 #include "tests/pixelmap/sample_video.h"
 
 namespace halvora {

@@ -12,9 +12,9 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/standard/thread_workers.h"
+#include "adapters/virtual/virtual_video.h"
 #include "pixelmap/seat_lut_builder.h"
-#include "platform/standard/thread_workers.h"
-#include "platform/virtual/virtual_video.h"
 #include "tests/pixelmap/sample_video.h"
 #include "tests/support/no_threads.h"
 

@@ -7,10 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/standard_files.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/standard_files.h"
+#include "tests/adapters/standard/temporary_folder.h"
 #include "tests/pixelmap/seat_lut_bench.h"
-#include "tests/platform/standard/temporary_folder.h"
 #include "tests/support/files_with_faults.h"
 #include "tests/support/other_country.h"
 

@@ -8,14 +8,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/seeded_random.h"
+#include "adapters/standard/thread_queues.h"
+#include "adapters/standard/thread_workers.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
 #include "pixelmap/pixel_map_seat_luts.h"
 #include "pixelmap/seat_lut_files.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/seeded_random.h"
-#include "platform/standard/thread_queues.h"
-#include "platform/standard/thread_workers.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/pixelmap/seat_lut_bench.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/posted_turns.h"

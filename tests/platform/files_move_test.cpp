@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/standard/standard_files.h"
-#include "platform/virtual/virtual_files.h"
-#include "tests/platform/standard/temporary_folder.h"
+#include "adapters/standard/standard_files.h"
+#include "adapters/virtual/virtual_files.h"
+#include "tests/adapters/standard/temporary_folder.h"
 
 namespace halvora {
 namespace {

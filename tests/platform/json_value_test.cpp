@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json.h"
+#include "halvora/platform/json.h"
 
 namespace halvora {
 namespace {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/run_loop.h"
+#include "halvora/platform/run_loop.h"
 
 #include <utility>
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_run_loop.h"
+#include "adapters/virtual/virtual_run_loop.h"
 
 namespace halvora {
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/task.h"
+#include "halvora/platform/task.h"
 
 #include <array>
 #include <memory>

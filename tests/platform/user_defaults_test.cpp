@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/user_defaults.h"
+#include "halvora/platform/user_defaults.h"
 
 #include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_storage.h"
+#include "adapters/virtual/virtual_storage.h"
 #include "tests/support/other_country.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 namespace {

@@ -7,10 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/file_defaults.h"
 #include "engine/broadcast.h"
 #include "light/colour.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/file_defaults.h"
 #include "tests/seats/panel_bench.h"
 
 namespace halvora {

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json/rapid_json_reader.h"
+#include "adapters/json/rapid_json_reader.h"
 
 namespace halvora {
 namespace {

@@ -6,8 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json/rapid_json_reader.h"
-#include "platform/text.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "text/defaults_values.h"
+#include "text/numbers.h"
 
 namespace halvora {
 

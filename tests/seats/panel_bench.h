@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/virtual/virtual_phone.h"
 #include "seats/halvora_status_view_controller.h"
 
 namespace halvora {

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <utility>
 
+#include "text/numbers.h"
+
 namespace halvora {
 
 namespace {

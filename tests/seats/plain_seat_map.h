@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/json.h"
+#include "halvora/platform/json.h"
 #include "seats/seat_texts.h"
 
 namespace halvora {

@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/json/rapid_json_reader.h"
-#include "platform/standard/seeded_random.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/standard/seeded_random.h"
 #include "tests/seats/plain_seat_map.h"
 #include "tests/seats/seat_map_lines.h"
 

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "seats/seat_map_availability.h"
 #include "tests/support/step_queue.h"
 

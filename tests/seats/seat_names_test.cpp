@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_storage.h"
+#include "adapters/virtual/virtual_storage.h"
 
 namespace halvora {
 namespace {

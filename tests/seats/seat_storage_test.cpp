@@ -8,7 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_storage.h"
+#include "adapters/virtual/virtual_storage.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 namespace {

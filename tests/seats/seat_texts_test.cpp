@@ -5,8 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_storage.h"
+#include "adapters/virtual/virtual_storage.h"
 #include "tests/support/other_country.h"
+#include "text/numbers.h"
 
 namespace halvora {
 namespace {

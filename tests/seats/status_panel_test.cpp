@@ -9,6 +9,7 @@
 
 #include "engine/broadcast.h"
 #include "tests/seats/panel_bench.h"
+#include "text/defaults_values.h"
 
 namespace halvora {
 namespace {

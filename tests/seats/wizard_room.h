@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/virtual/virtual_storage.h"
+#include "adapters/virtual/virtual_storage.h"
 #include "seats/halvora_seat_selector_view_controller.h"
 #include "tests/seats/seat_maker.h"
 #include "tests/support/pixmap_decoder.h"

@@ -15,7 +15,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/standard/stopwatch.h"
+#include "adapters/standard/stopwatch.h"
 #include "tests/soak/heap_use.h"
 #include "tests/soak/soak_phone.h"
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/standard/seeded_random.h"
+#include "adapters/standard/seeded_random.h"
 #include "tests/support/engine_world.h"
 
 namespace halvora {

@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
 #include "engine/halvora_view_controller.h"
-#include "platform/json/rapid_json_reader.h"
-#include "platform/virtual/virtual_phone.h"
 #include "tests/support/pixmap_decoder.h"
 
 namespace halvora {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/virtual/virtual_files.h"
+#include "adapters/virtual/virtual_files.h"
 
 namespace halvora {
 

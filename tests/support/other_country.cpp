@@ -6,7 +6,7 @@
 
 #include <stdlib.h>
 
-#include "tests/platform/standard/temporary_folder.h"
+#include "tests/adapters/standard/temporary_folder.h"
 
 namespace halvora {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/image.h"
+#include "halvora/platform/image.h"
 
 namespace halvora {
 

@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "platform/run_loop.h"
+#include "halvora/platform/run_loop.h"
 
 namespace halvora {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/serial_queues.h"
+#include "halvora/platform/serial_queues.h"
 
 namespace halvora {
 

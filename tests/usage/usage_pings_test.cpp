@@ -7,9 +7,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/virtual/virtual_devices.h"
-#include "platform/virtual/virtual_run_loop.h"
-#include "platform/virtual/virtual_storage.h"
+#include "adapters/virtual/virtual_devices.h"
+#include "adapters/virtual/virtual_run_loop.h"
+#include "adapters/virtual/virtual_storage.h"
 
 namespace halvora {
 namespace {

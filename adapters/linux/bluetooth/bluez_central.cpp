@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "adapters/linux/bluetooth/bluez_central.h"
+
+#include <algorithm>
+
+namespace halvora {
+
+namespace {
+
+constexpr Duration kFirstLook = milliseconds(250);
+constexpr Duration kLastLook = milliseconds(2000);
+
+}  // namespace
+
+class BluezCentral::Manager final : public CentralManager {
+ public:
+  Manager(BluezCentral& central, CentralManagerDelegate& delegate)
+      : central_(central),
+        delegate_(delegate),
+        firstReport_(central.loop_, central.loop_.soon([this] {
+          hasReported_ = true;
+          stateChanged(central_.state_);
+        })) {
+    central_.managers_.push_back(this);
+  }
+  ~Manager() override {
+    std::erase(central_.managers_, this);
+    central_.wishesChanged();
+  }
+  Manager(const Manager&) = delete;
+  Manager& operator=(const Manager&) = delete;
+
+  CentralState state() const override { return central_.state_; }
+  void scanForPeripherals(const ScanOptions&) override {
+    // A scan asked for without power never begins.
+    setScanning(central_.state_ == CentralState::poweredOn);
+  }
+  void stopScan() override { setScanning(false); }
+  void restartScan(const ScanOptions& options) override { scanForPeripherals(options); }
+
+  bool isScanning() const { return isScanning_; }
+  // Losing power ends a scan. A change before the first report is part of it.
+  void stateChanged(CentralState state) {
+    if (state != CentralState::poweredOn) isScanning_ = false;
+    if (hasReported_) tell([&] { delegate_.centralManagerDidUpdateState(state); });
+  }
+  void heard(const Advertisement& advertisement) {
+    if (isScanning_) tell([&] { delegate_.didDiscoverPeripheral(advertisement); });
+  }
+
+ private:
+  // A delegate that throws harms neither the others nor the radio. It may be the end of this
+  // manager, and not of the central.
+  template <class Call>
+  void tell(const Call& call) {
+    BluezCentral& central = central_;
+    try {
+      call();
+    } catch (...) {
+      ++central.delegateFailures_;
+    }
+  }
+  void setScanning(bool isScanning) {
+    if (isScanning == isScanning_) return;
+    isScanning_ = isScanning;
+    central_.wishesChanged();
+  }
+
+  BluezCentral& central_;
+  CentralManagerDelegate& delegate_;
+  Timer firstReport_;
+  bool hasReported_ = false;
+  bool isScanning_ = false;
+};
+
+BluezCentral::BluezCentral(RunLoop& loop, BluezService& service, const BluezSettings& settings)
+    : loop_(loop), service_(service), scan_(loop, service, settings) {
+  service_.open(*this);
+}
+
+BluezCentral::~BluezCentral() { service_.close(); }
+
+// Whatever may mend itself counts as allowed, because an engine that was told otherwise does not
+// ask again.
+BluetoothAuthorization BluezCentral::authorization() const {
+  return state_ == CentralState::unauthorised ? BluetoothAuthorization::denied
+                                              : BluetoothAuthorization::allowedAlways;
+}
+
+std::unique_ptr<CentralManager> BluezCentral::makeManager(CentralManagerDelegate& delegate) {
+  return std::make_unique<Manager>(*this, delegate);
+}
+
+BluetoothDiagnostics BluezCentral::diagnostics() const {
+  BluetoothDiagnostics found;
+  found.isScanning = scan_.isRunning();
+  found.isHearing = scan_.isHearing();
+  if (const BluezAdapter* adapter = scan_.adapterInUse()) found.adapter = adapter->name();
+  for (const BluezAdapter& adapter : service_.adapters()) {
+    found.adapters.emplace_back(adapter.name());
+  }
+  found.lastShowPacket = scan_.lastHeard();
+  found.signalCounts = service_.signalCounts();
+  found.starts = scan_.starts();
+  found.restarts = scan_.restarts();
+  found.errors = service_.errors();
+  found.delegateFailures = delegateFailures_;
+  return found;
+}
+
+void BluezCentral::systemChanged() {
+  if (service_.reach() == BluezReach::there) {
+    wasThere_ = true;
+    looks_ = 0;
+    nextLook_.invalidate();
+    scan_.adaptersChanged();
+  } else {
+    scan_.daemonGone();
+    lookLater();
+  }
+  updateState();
+}
+
+// A daemon that comes to the bus is told at once. This is for what is told by nobody: a bus that is
+// back, a policy that has changed, a daemon that did not answer.
+void BluezCentral::lookLater() {
+  const BluezReach reach = service_.reach();
+  if (reach == BluezReach::asking || reach == BluezReach::noDaemon || nextLook_.isValid()) return;
+  const Duration pause = std::min(kFirstLook * (1 << std::min(looks_++, 8)), kLastLook);
+  nextLook_ = {loop_, loop_.after(pause, [this] { service_.look(); })};
+}
+
+void BluezCentral::answered(BluezOutcome outcome) {
+  scan_.answered(outcome);
+  updateState();
+}
+
+void BluezCentral::heard(std::span<const std::uint8_t> manufacturerData) {
+  scan_.heard();
+  const Advertisement advertisement{manufacturerData};
+  // By index: a delegate may make another manager while it is called.
+  for (std::size_t at = 0; at < managers_.size(); ++at) managers_[at]->heard(advertisement);
+}
+
+CentralState BluezCentral::presentState() const {
+  switch (service_.reach()) {
+    case BluezReach::asking:
+      return CentralState::unknown;
+    case BluezReach::noBus:
+    case BluezReach::noDaemon:
+    case BluezReach::silent:
+      return wasThere_ ? CentralState::resetting : CentralState::unsupported;
+    case BluezReach::refused:
+      return CentralState::unauthorised;
+    case BluezReach::there:
+      break;
+  }
+  const auto mayUse = [this](const BluezAdapter& adapter) { return scan_.mayUse(adapter); };
+  if (std::ranges::none_of(service_.adapters(), mayUse)) return CentralState::unsupported;
+  if (scan_.adapter() == nullptr) return CentralState::poweredOff;
+  return scan_.isRefused() ? CentralState::unauthorised : CentralState::poweredOn;
+}
+
+void BluezCentral::updateState() {
+  const CentralState state = presentState();
+  if (state == state_) return;
+  state_ = state;
+  // A delegate may make or give up managers while it is told.
+  const std::vector<Manager*> managers = managers_;
+  for (Manager* manager : managers) {
+    if (std::ranges::find(managers_, manager) != managers_.end()) manager->stateChanged(state);
+  }
+  wishesChanged();
+}
+
+void BluezCentral::wishesChanged() {
+  scan_.setWanted(std::ranges::any_of(managers_, &Manager::isScanning));
+}
+
+}  // namespace halvora

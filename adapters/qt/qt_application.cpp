@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "adapters/qt/qt_application.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <utility>
+
+namespace halvora {
+
+QtApplication::QtApplication(const QtPlatformServices& services)
+    : services_(services), isActive_(QGuiApplication::applicationState() == Qt::ApplicationActive) {
+  QObject::connect(qGuiApp, &QGuiApplication::applicationStateChanged, &context_,
+                   [this](Qt::ApplicationState state) { stateChanged(state); });
+  if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+    QObject::connect(screen, &QScreen::orientationChanged, &context_,
+                     [this] { observers_.tell(&ApplicationObserver::handleOrientationChange); });
+  }
+}
+
+void QtApplication::setIdleTimerDisabled(bool disabled) {
+  if (std::exchange(isIdleTimerDisabled_, disabled) == disabled) return;
+  if (services_.setIdleTimerDisabled) services_.setIdleTimerDisabled(disabled);
+}
+
+void QtApplication::setStatusBarHidden(bool hidden) {
+  if (std::exchange(isStatusBarHidden_, hidden) == hidden) return;
+  if (services_.setStatusBarHidden) services_.setStatusBarHidden(hidden);
+}
+
+void QtApplication::dismissPresentedScreens() {
+  observers_.tell(&ApplicationObserver::presentedScreensDismissed);
+}
+
+void QtApplication::openSettings() {
+  if (services_.openSettings) services_.openSettings();
+}
+
+void QtApplication::stateChanged(Qt::ApplicationState state) {
+  const bool isActive = state == Qt::ApplicationActive;
+  if (std::exchange(isActive_, isActive) == isActive) return;
+  observers_.tell(isActive ? &ApplicationObserver::appDidBecomeActive
+                           : &ApplicationObserver::appWillResignActive);
+}
+
+}  // namespace halvora

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "adapters/qt/qt_platform.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QRandomGenerator>
+#include <QStandardPaths>
+#include <QStringList>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/image/picture_decoder.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/linux/linux_files.h"
+#include "adapters/qt/qt_absent_services.h"
+#include "adapters/qt/qt_application.h"
+#include "adapters/qt/qt_http.h"
+#include "adapters/qt/qt_resource_bundle.h"
+#include "adapters/qt/qt_run_loop.h"
+#include "adapters/qt/qt_screen.h"
+#include "adapters/standard/file_defaults.h"
+#include "adapters/standard/folder_bundle.h"
+#include "adapters/standard/seeded_random.h"
+#include "adapters/standard/string_table.h"
+#include "adapters/standard/system_clock.h"
+#include "adapters/standard/thread_queues.h"
+#include "adapters/standard/thread_workers.h"
+#include "halvora/platform/video_player.h"
+#ifdef HALVORA_HAS_MULTIMEDIA
+#include "adapters/qt/qt_video_player.h"
+#endif
+
+namespace halvora {
+
+namespace {
+
+#ifdef HALVORA_HAS_MULTIMEDIA
+using SystemVideoPlayer = QtVideoPlayer;
+#else
+using SystemVideoPlayer = AbsentVideoPlayer;
+#endif
+
+constexpr const char* kKitIdentifier = "com.halvora.sdk";
+
+// The user's, or what the host has made of them with QLocale::setDefault; best first.
+std::vector<std::string> languages() {
+  std::vector<std::string> found;
+  for (const QString& language : QLocale().uiLanguages()) found.push_back(language.toStdString());
+  return found;
+}
+
+std::string assetsOf(const QtPlatformOptions& options) {
+  if (!options.assets.empty()) return options.assets;
+  return QCoreApplication::applicationDirPath().toStdString() + "/assets";
+}
+
+std::string documentsOf(const QtPlatformOptions& options) {
+  if (!options.documents.empty()) return options.documents;
+  return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation).toStdString();
+}
+
+// "example.com" and "host" are "com.example.host".
+std::string identifierOf(const QtPlatformOptions& options) {
+  if (!options.identifier.empty()) return options.identifier;
+  QStringList parts = QCoreApplication::organizationDomain().split(QLatin1Char('.'));
+  std::reverse(parts.begin(), parts.end());
+  parts.append(QCoreApplication::applicationName());
+  parts.removeAll(QString());
+  return parts.join(QLatin1Char('.')).toStdString();
+}
+
+std::unique_ptr<Bundle> compiledIn(const JsonReader& json) {
+  return std::make_unique<QtResourceBundle>(QStringLiteral(":/halvora/kit"), kKitIdentifier,
+                                            languages(), json);
+}
+
+StringTable kitTexts(const JsonReader& json) {
+  return stringTableOf(*compiledIn(json), languages(), json);
+}
+
+std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& json) {
+  if (folder.empty()) return compiledIn(json);
+  return std::make_unique<FolderBundle>(folder, kKitIdentifier, languages(), json, kitTexts(json));
+}
+
+}  // namespace
+
+struct QtPlatform::Needs {
+  explicit Needs(const QtPlatformOptions& options)
+      : engineOptions{.usageEndpoints = options.usageEndpoints,
+                      .usageReports = options.usageReports},
+        documents(documentsOf(options)),
+        defaults(documents + "/defaults.json", {files, json, runLoop, queues}),
+        main(assetsOf(options), identifierOf(options), languages(), json, kitTexts(json)),
+        kit(kitBundle(options.kit, json)),
+        http(options.allowsPlainHttp) {}
+
+  const EngineOptions engineOptions;
+  const std::string documents;
+  QtPlatformServices services;
+  QtRunLoop runLoop;
+  ThreadQueues queues;
+  SystemWallClock wallClock;
+  SystemCalendar calendar;
+  SeededRandom random{QRandomGenerator::global()->generate64()};
+  RapidJsonReader json;
+  PictureDecoder images;
+  LinuxFiles files;
+  FfmpegVideoAssets videoAssets;
+  ThreadWorkers workers;
+  FileDefaults defaults;
+  FolderBundle main;
+  std::unique_ptr<Bundle> kit;
+  Bundles bundles{main, *kit, documents};
+  QtHttp http;
+  QtApplication application{services};
+  QtScreen screen{services};
+  AbsentBluetooth absentBluetooth{runLoop};
+  AbsentHaptics absentHaptics;
+  AbsentTorch absentTorch;
+  SystemVideoPlayer playerA{runLoop};
+  SystemVideoPlayer playerB{runLoop};
+  VideoPlayers videoPlayers{playerA, playerB};
+  std::optional<Platform> platform;
+};
+
+QtPlatform& QtPlatform::sharedInstance(const QtPlatformOptions& options) {
+  // Never destroyed, as the process's engine stands on it.
+  static auto* const kInstance = new QtPlatform(options);
+  return *kInstance;
+}
+
+QtPlatform::QtPlatform(const QtPlatformOptions& options)
+    : needs_(std::make_unique<Needs>(options)) {}
+
+QtPlatform::~QtPlatform() = default;
+
+RunLoop& QtPlatform::runLoop() { return needs_->runLoop; }
+
+const EngineOptions& QtPlatform::engineOptions() const { return needs_->engineOptions; }
+
+void QtPlatform::use(const QtPlatformServices& services) { needs_->services = services; }
+
+const Platform& QtPlatform::platform() {
+  Needs& needs = *needs_;
+  if (needs.platform) return *needs.platform;
+  const auto orAbsent = [](auto* service, auto& absent) -> decltype(*service)& {
+    return service != nullptr ? *service : absent;
+  };
+  const QtPlatformServices& services = needs.services;
+  return needs.platform.emplace(
+      Platform{needs.runLoop, needs.queues, needs.wallClock, needs.calendar, needs.random,
+               orAbsent(services.bluetooth, needs.absentBluetooth), needs.screen,
+               orAbsent(services.haptics, needs.absentHaptics), needs.application, needs.defaults,
+               needs.bundles, needs.http, needs.json, orAbsent(services.torch, needs.absentTorch),
+               needs.images, needs.videoPlayers, needs.files, needs.videoAssets, needs.workers});
+}
+
+}  // namespace halvora

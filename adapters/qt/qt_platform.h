@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+// A phone, or a desktop, as Qt and the system's libraries see it: every need of the kit, ready for
+// an engine. A host makes one and keeps it for as long as its engine, or uses the process's one.
+// Main thread; needs an application object.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "adapters/qt/qt_platform_services.h"
+#include "engine/halvora_view_controller.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/platform.h"
+#include "halvora/platform/run_loop.h"
+
+namespace halvora {
+
+struct QtPlatformOptions {
+  /// The folder that holds HVAssets and the host's strings; empty for "assets" beside the program.
+  /// A text that neither these strings nor the kit's folder have is the one that is compiled in.
+  std::string assets = {};
+  /// The folder with the kit's strings; empty for those that are compiled in.
+  std::string kit = {};
+  /// Where defaults and seat tables are kept; empty for the user's folder for this application.
+  std::string documents = {};
+  /// Such as "com.example.host"; empty for the application's domain and name.
+  std::string identifier = {};
+  /// Empty ones are not sent, and ones of plain http only if that is allowed.
+  UsageEndpoints usageEndpoints = {};
+  /// Whether they are sent before the host says otherwise, such as while its user was not asked.
+  bool usageReports = true;
+  bool allowsPlainHttp = false;
+};
+
+class QtPlatform {
+ public:
+  /// The process's one. The first call makes it, of those options; it is never destroyed.
+  static QtPlatform& sharedInstance(const QtPlatformOptions& options = {});
+
+  explicit QtPlatform(const QtPlatformOptions& options = {});
+  ~QtPlatform();
+  QtPlatform(const QtPlatform&) = delete;
+  QtPlatform& operator=(const QtPlatform&) = delete;
+
+  RunLoop& runLoop();
+  /// To be handed in before `platform` is first called, as an adapter may need the run loop.
+  void use(const QtPlatformServices& services);
+  const Platform& platform();
+  /// What an engine on this platform is made with.
+  const EngineOptions& engineOptions() const;
+
+ private:
+  struct Needs;
+
+  std::unique_ptr<Needs> needs_;
+};
+
+}  // namespace halvora

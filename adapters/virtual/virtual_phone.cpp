@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "adapters/virtual/virtual_phone.h"
+
+#include <utility>
+
+namespace halvora {
+
+VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
+    : random(setup.random ? std::move(setup.random) : std::make_unique<SeededRandom>(1)),
+      screen(setup.bounds, setup.brightness),
+      bundles{setup.mainBundle != nullptr ? *setup.mainBundle : mainBundle,
+              setup.kitBundle != nullptr ? *setup.kitBundle : kitBundle,
+              std::move(setup.documents)},
+      json(reader),
+      images(setup.images != nullptr ? *setup.images : noPictures),
+      files(setup.files != nullptr ? *setup.files : virtualFiles),
+      videoAssets(setup.videoAssets != nullptr ? *setup.videoAssets : virtualVideos),
+      workers(setup.workers != nullptr ? *setup.workers : inlineWorkers) {
+  torch.isFitted = setup.hasTorch;
+  torch.isFlashFitted = setup.hasTorch;
+  bluetooth.setAuthorization(setup.authorization);
+  bluetooth.setState(setup.state);
+}
+
+Platform VirtualPhone::platform() {
+  return {loop,    queues,       wallClock, calendar,    *random, bluetooth, screen,
+          haptics, application,  defaults,  bundles,     http,    json,      torch,
+          images,  videoPlayers, files,     videoAssets, workers};
+}
+
+}  // namespace halvora

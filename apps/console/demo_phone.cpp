@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/console/demo_phone.h"
+
+#include <QString>
+
+namespace halvora {
+
+void DemoTorch::setOn(bool on) {
+  if (on == isOn) return;
+  isOn = on;
+  if (changed) changed();
+}
+
+void DemoHaptics::impact(ImpactStyle style) {
+  if (felt) felt(style == ImpactStyle::light ? Shake::light : Shake::heavy);
+}
+
+void DemoHaptics::playSystemSound(std::uint32_t sound) {
+  if (felt && sound == kVibrationSound) felt(Shake::buzz);
+}
+
+DemoPhone::DemoPhone(const ScenarioDevice& device, const std::string& assets, RunLoop& runLoop,
+                     SerialQueues& serialQueues, DemoLibraries& demoLibraries)
+    : loop(runLoop),
+      queues(serialQueues),
+      libraries(demoLibraries),
+      wallClock(loop),
+      bluetooth(loop),
+      screen(device.bounds, device.brightness),
+      mainBundle(assets, "com.example.host", languagesOfEnvironment(), libraries.json),
+      kitBundle(QStringLiteral(":/halvora/kit"), "com.halvora.sdk", languagesOfEnvironment(),
+                libraries.json),
+      bundles{mainBundle, kitBundle, libraries.documents},
+      playerA(loop, 'A', videoLog),
+      playerB(loop, 'B', videoLog) {
+  // A demo may stand on a desk for days, and nobody reads what is kept.
+  bluetooth.log.isKept = false;
+  screen.log.isKept = false;
+  defaults.log.isKept = false;
+  http.log.isKept = false;
+  videoLog.isKept = false;
+  torch.isFitted = device.torch;
+  bluetooth.setAuthorization(device.authorization);
+  bluetooth.setState(device.state);
+}
+
+Platform DemoPhone::platform() {
+  return {loop,
+          queues,
+          wallClock,
+          calendar,
+          random,
+          bluetooth,
+          screen,
+          haptics,
+          application,
+          defaults,
+          bundles,
+          http,
+          libraries.json,
+          torch,
+          libraries.images,
+          videoPlayers,
+          libraries.files,
+          libraries.videos,
+          libraries.workers};
+}
+
+}  // namespace halvora

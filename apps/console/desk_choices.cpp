@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/console/desk_choices.h"
+
+#include <QColor>
+#include <QString>
+#include <QVariantMap>
+#include <charconv>
+#include <filesystem>
+#include <set>
+#include <system_error>
+
+#include "adapters/standard/standard_files.h"
+#include "apps/console/desk_words.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr std::size_t kLargestPalettes = std::size_t{4} << 20;
+constexpr const char* kSwatches[] = {"#ffffff", "#ffb46b", "#ff2d20", "#ff7a00",
+                                     "#ffd400", "#2bff4f", "#00e5ff", "#1f5bff",
+                                     "#8a2bff", "#ff2bd6", "#ff6f91", "#000000"};
+
+template <std::size_t kCount>
+QVariantList choicesOf(const std::array<const char*, kCount>& names) {
+  QVariantList choices;
+  for (const char* name : names) {
+    choices.append(choice(static_cast<int>(choices.size()), QString::fromLatin1(name)));
+  }
+  return choices;
+}
+
+QString textOf(const JsonValue* value) {
+  return value != nullptr && value->text() != nullptr ? QString::fromStdString(*value->text())
+                                                      : QString();
+}
+
+QVariantList coloursOf(const JsonValue* value) {
+  QVariantList colours;
+  if (value == nullptr || value->array() == nullptr) return colours;
+  for (const JsonValue& colour : *value->array()) colours.append(QColor(textOf(&colour)));
+  return colours;
+}
+
+}  // namespace
+
+QVariantMap choice(int number, const QString& name) {
+  return {{QStringLiteral("number"), number}, {QStringLiteral("name"), name}};
+}
+
+QVariantList modeChoices() { return choicesOf(kModeNames); }
+QVariantList torchModeChoices() { return choicesOf(kTorchModeNames); }
+QVariantList vibrationChoices() { return choicesOf(kVibrationNames); }
+
+QVariantList swatches() {
+  QVariantList colours;
+  for (const char* swatch : kSwatches) colours.append(QColor(swatch));
+  return colours;
+}
+
+QVariantList paletteChoices(const std::string& assets, const JsonReader& json) {
+  QVariantMap own = choice(0, QStringLiteral("Own colour"));
+  own.insert(QStringLiteral("colours"), QVariantList());
+  QVariantList choices{own};
+  const auto text = readFile(assets + "/HVAssets/palettes.json", kLargestPalettes);
+  const auto document = text ? json.parse(*text) : std::nullopt;
+  const JsonValue* palettes = document ? document->find("palettes") : nullptr;
+  if (palettes == nullptr || palettes->array() == nullptr) return choices;
+  for (const JsonValue& palette : *palettes->array()) {
+    const JsonValue* id = palette.find("id");
+    if (id == nullptr || id->integer() == nullptr) continue;
+    QVariantMap entry = choice(static_cast<int>(*id->integer()), textOf(palette.find("name")));
+    entry.insert(QStringLiteral("colours"), coloursOf(palette.find("colours")));
+    choices.append(entry);
+  }
+  return choices;
+}
+
+QVariantList goboChoices(const std::string& assets) {
+  std::set<int> numbers;
+  std::error_code error;
+  for (const auto& file : std::filesystem::directory_iterator(assets + "/HVAssets/Gobos", error)) {
+    const std::string name = file.path().filename().string();
+    int number = 0;
+    std::from_chars(name.data(), name.data() + name.size(), number);
+    if (number >= 1 && number <= 0xFF) numbers.insert(number);
+  }
+  QVariantList choices{choice(0, QStringLiteral("None"))};
+  for (const int number : numbers) choices.append(choice(number, QString::number(number)));
+  return choices;
+}
+
+}  // namespace halvora

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+// One engine on a phone in memory, playing a scenario in the time of the run loop that it is given.
+// Starts when it is made, and stops when it goes; everything handed in must outlive it. Main
+// thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "apps/console/demo_phone.h"
+#include "apps/console/libraries.h"
+#include "apps/console/scenario_run.h"
+#include "apps/console/show_files.h"
+#include "engine/halvora_view_controller.h"
+#include "halvora/platform/run_loop.h"
+#include "halvora/platform/serial_queues.h"
+#include "venue/show/scenario_player.h"
+
+namespace halvora {
+
+class LiveShow {
+ public:
+  /// `ended` is called once, in a turn of its own; it may destroy the show.
+  LiveShow(const ShowFiles& files, RunLoop& loop, SerialQueues& queues, DemoLibraries& libraries,
+           std::function<void()> ended);
+
+  ViewStack& views() { return engine_.views(); }
+  std::uint32_t mode() const { return engine_.state().screen.currentMode; }
+  /// Since the scenario began.
+  Duration time() const { return run_.time(); }
+
+ private:
+  /// What comes before the engine's view is loaded; the number of those lines.
+  std::size_t load(const Scenario& scenario);
+
+  DemoPhone phone_;
+  HalvoraViewController engine_;
+  const ScenarioStage stage_{phone_.bluetooth, phone_.application, phone_.defaults, engine_};
+  ScenarioRun run_;
+};
+
+}  // namespace halvora

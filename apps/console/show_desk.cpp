@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/console/show_desk.h"
+
+#include <algorithm>
+
+#include "pixelmap/frame_time.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr int kLargestFrame = 0xFFFF;
+
+bool isNumberedHere(const BroadcastField& field) {
+  return field.value == &Broadcast::sequence || field.value == &Broadcast::transmitter;
+}
+
+bool isCue(const BroadcastField& field) {
+  return field.value == &Broadcast::minutes || field.value == &Broadcast::seconds;
+}
+
+// The same look, whoever sends it and when.
+bool isSameLook(Broadcast a, const Broadcast& b) {
+  a.sequence = b.sequence;
+  a.transmitter = b.transmitter;
+  return a == b;
+}
+
+}  // namespace
+
+ShowDesk::ShowDesk(Random& chance) : chance_(chance) {
+  look_.applicationId = 4242;
+  look_.venueId = 7;
+  look_.master = 255;
+  look_.red = 255;
+  look_.green = 180;
+  look_.blue = 107;
+  look_.mode = 17;
+  look_.speed = 160;
+  look_.paletteId = 12;
+  look_.transmitter = 1;
+}
+
+bool ShowDesk::set(std::string_view field, int value) {
+  const auto* found = std::ranges::find_if(
+      kBroadcastFields, [field](const BroadcastField& known) { return known.name == field; });
+  if (found == kBroadcastFields.end() || isNumberedHere(*found)) return false;
+  if (isCue(*found)) holdFrame();
+  found->value.set(look_, std::clamp(value, 0, int{found->value.largest()}));
+  return true;
+}
+
+void ShowDesk::setTransmitters(int count) {
+  transmitters_ = std::clamp(count, 1, kMostTransmitters);
+  setSender(sender_);
+}
+
+void ShowDesk::setSender(int transmitter) { sender_ = std::clamp(transmitter, 0, transmitters_); }
+
+void ShowDesk::setLoss(int percent) { loss_ = std::clamp(percent, 0, 100); }
+
+void ShowDesk::setFrame(int frame) {
+  look_.minutes = static_cast<std::uint8_t>(frame & 0xFF);
+  look_.seconds = static_cast<std::uint8_t>(frame >> 8);
+}
+
+void ShowDesk::showFrame(int frame) {
+  holdFrame();
+  setFrame(std::clamp(frame, 1, kLargestFrame));
+}
+
+void ShowDesk::playFrames(int count, Duration now) {
+  if (count >= 1) playing_ = Playing{std::min(count, kLargestFrame), frame(), now};
+}
+
+std::vector<BroadcastBytes> ShowDesk::send(Duration now) {
+  if (playing_) {
+    const double passed = toSeconds(now - playing_->begin) * kPixelMapFramesPerSecond;
+    // Frame 0 cannot be told from frame 1 in a packet, so the rounds go from 1 to the last.
+    const auto frames = playing_->first - 1 + static_cast<std::int64_t>(passed);
+    setFrame(static_cast<int>(frames % playing_->count) + 1);
+  }
+  if (!sent_ || !isSameLook(*sent_, look_)) ++look_.sequence;
+
+  std::vector<BroadcastBytes> packets;
+  const int first = sender_ == 0 ? 1 : sender_;
+  const int last = sender_ == 0 ? transmitters_ : sender_;
+  for (int transmitter = first; transmitter <= last; ++transmitter) {
+    look_.transmitter = static_cast<std::uint8_t>(transmitter);
+    packets.push_back(encodeBroadcast(look_));
+  }
+  sent_ = look_;
+  return packets;
+}
+
+void ShowDesk::goOnAfter(std::uint16_t sequence) {
+  look_.sequence = sequence;
+  sent_.reset();
+}
+
+}  // namespace halvora

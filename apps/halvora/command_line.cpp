@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/halvora/command_line.h"
+
+#include <algorithm>
+#include <map>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/halvora/version.h"
+
+namespace halvora {
+
+namespace {
+
+CLI::Option& addSeveral(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                        const std::string& help) {
+  CLI::Option* option = app.add_option(name, values, help);
+  // One value each time: what follows may be an argument.
+  if (name.starts_with('-')) option->allow_extra_args(false);
+  return *option;
+}
+
+struct Offer {
+  CLI::App* app;
+  std::unique_ptr<ToolCommand> command;
+};
+
+std::vector<Offer> offerAll(CLI::App& app, std::span<const CommandRow> commands) {
+  std::vector<Offer> offers;
+  std::map<const CommandGroup*, CLI::App*> parents{{nullptr, &app}};
+  for (const CommandRow& row : commands) {
+    CLI::App*& parent = parents[row.group];
+    if (parent == nullptr) {
+      parent = app.add_subcommand(row.group->name, row.group->purpose)->require_subcommand(1);
+    }
+    offers.push_back({parent->add_subcommand(row.name, row.purpose), row.make()});
+    CommandOptions options(*offers.back().app);
+    offers.back().command->describe(options);
+  }
+  return offers;
+}
+
+}  // namespace
+
+void CommandOptions::required(const std::string& name, std::string& value,
+                              const std::string& help) {
+  app_.add_option(name, value, help)->required();
+}
+
+void CommandOptions::required(const std::string& name, std::vector<std::string>& values,
+                              const std::string& help) {
+  addSeveral(app_, name, values, help).required();
+}
+
+void CommandOptions::optional(const std::string& name, std::string& value,
+                              const std::string& help) {
+  app_.add_option(name, value, help);
+}
+
+void CommandOptions::optional(const std::string& name, std::vector<std::string>& values,
+                              const std::string& help) {
+  addSeveral(app_, name, values, help);
+}
+
+void CommandOptions::optional(const std::string& name, std::optional<std::string>& value,
+                              const std::string& help, const std::string& shownDefault) {
+  // The library's own way with such a value makes an empty text none.
+  const auto set = [&value](const std::string& text) { value = text; };
+  app_.add_option_function<std::string>(name, set, help)->default_str(shownDefault);
+}
+
+void CommandOptions::flag(const std::string& name, bool& isGiven, const std::string& help) {
+  app_.add_flag(name, isGiven, help);
+}
+
+void CommandOptions::footer(const std::string& text) { app_.footer(text); }
+
+CommandResult runCommandLine(const char* purpose, std::span<const CommandRow> commands,
+                             const Call& call) {
+  CLI::App app(purpose, "halvora");
+  app.require_subcommand(1);
+  app.set_version_flag("--version", std::string(versionText()),
+                       "print the version and the libraries it was built with");
+  const std::vector<Offer> offers = offerAll(app, commands);
+  try {
+    app.parse(static_cast<int>(call.arguments.size()), call.arguments.data());
+  } catch (const CLI::CallForHelp&) {
+    return writeAll(app.help(), call.output);
+  } catch (const CLI::CallForVersion& version) {
+    return writeAll(std::string(version.what()) + "\n", call.output);
+  } catch (const CLI::ParseError& error) {
+    // The library may explain itself at length; its first line says what is wrong.
+    const std::string what = error.what();
+    return unusable(what.substr(0, what.find('\n')) + " (see --help)");
+  }
+  const auto chosen = std::find_if(offers.begin(), offers.end(),
+                                   [](const Offer& offer) { return offer.app->parsed(); });
+  return chosen->command->run(call);
+}
+
+}  // namespace halvora

@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/halvora/crowd_command.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <locale>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "adapters/json/rapid_json_reader.h"
+#include "apps/halvora/command_line.h"
+#include "venue/crowd/crowd_run.h"
+#include "venue/show/scenario_file.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr double kLatestPicture = 24 * 3600;
+constexpr Duration kPictureAfterLastAction = milliseconds(2000);
+
+// The parts of "3@320,240,100".
+std::vector<std::string> split(const std::string& text, std::string_view separators) {
+  std::vector<std::string> parts{""};
+  for (const char character : text) {
+    if (separators.find(character) != std::string_view::npos) {
+      parts.emplace_back();
+    } else {
+      parts.back() += character;
+    }
+  }
+  return parts;
+}
+
+class CrowdCommand final : public ToolCommand {
+ public:
+  void describe(CommandOptions& options) override {
+    options.required("--assets", assets_, "folder that holds HVAssets");
+    options.required("--venue", venue_, "the venue's number");
+    options.required("--scenario", scenario_, "JSON Lines file of the show, as for trace");
+    options.required("--out", out_,
+                     "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures");
+    options.optional("--phones", phones_, "so many phones, spread over the seats (default: all)");
+    options.optional("--loss", loss_, "share of packets that a phone misses, 0 to 1 (default: 0)");
+    options.optional("--jitter", jitter_, "a packet may come so many ms late (default: 0)");
+    options.optional("--interval", interval_,
+                     "a transmitter repeats its last packet every so many ms (default: never)");
+    options.optional(
+        "--reach", reaches_,
+        "a transmitter's place and reach in the map's pixels, as NUMBER@X,Y,RADIUS; may "
+        "be repeated (default: everywhere)");
+    options.optional(
+        "--late", late_,
+        "share of phones that open late, and by how many seconds at most, as SHARE,SECONDS");
+    options.optional("--leave", leave_, "share of phones that leave before the end (default: 0)");
+    options.optional(
+        "--allow", allowed_,
+        "a transmitter to obey, as application:number; may be repeated (default: all)");
+    options.optional("--seed", seed_, "whole number that all chances follow from (default: 1)");
+    options.optional("--threads", threads_, "so many threads (default: one a processor)");
+    options.optional("--fps", fps_, "frames a second, 1 to 120 (default: 30)");
+    options.optional("--size", size_, "of a picture, as WIDTHxHEIGHT, even (default: 1280x720)");
+    options.optional("--until", until_,
+                     "seconds at which the show ends (default: 2 after the last action)");
+    options.flag("--no-progress", isQuiet_, "show no progress on a terminal");
+    options.footer(
+        "Prints a report as one JSON document. Everything in it but the speed is the same "
+        "for the same\nseed, whatever the number of threads.");
+  }
+
+  CommandResult run(const Call& call) override {
+    CrowdRequest request;
+    if (auto refusal = readNumbers(request)) return *refusal;
+    if (auto refusal = readAir(request)) return *refusal;
+    if (auto refusal = readScenario(request, call.outside.isInterrupted)) return *refusal;
+    if (auto refusal = readPaths(request)) return *refusal;
+    Outside outside = call.outside;
+    if (isQuiet_) outside.terminal.write = {};
+    return runCrowd(request, {call.arguments, outside, call.output});
+  }
+
+ private:
+  using Refusal = std::optional<CommandResult>;
+
+  static Refusal refuse(const char* option, const std::string& what, const std::string& text) {
+    return unusable(std::string(option) + " must be " + what + ", not \"" + text + "\"");
+  }
+  // A number from `least` to `most` in `text`; the default where it is empty.
+  template <class Number>
+  static Refusal read(const char* option, const std::string& text, double least, double most,
+                      Number& number) {
+    if (text.empty()) return std::nullopt;
+    const auto value = plainNumber(text);
+    const bool isGood = value && *value >= least && *value <= most &&
+                        (!std::is_integral_v<Number> || *value == std::floor(*value));
+    if (isGood) {
+      number = static_cast<Number>(*value);
+      return std::nullopt;
+    }
+    std::ostringstream range;
+    range.imbue(std::locale::classic());
+    range << (std::is_integral_v<Number> ? "a whole number" : "a number") << " from " << least
+          << " to " << most;
+    return refuse(option, range.str(), text);
+  }
+
+  Refusal readNumbers(CrowdRequest& request) {
+    if (auto refusal = read("--venue", venue_, 1, 1e9, request.venueId)) return refusal;
+    if (auto refusal = read("--phones", phones_, 1, 1e7, request.phones)) return refusal;
+    if (auto refusal = read("--threads", threads_, 1, 256, request.threads)) return refusal;
+    CrowdSettings& settings = request.settings;
+    if (auto refusal = read("--fps", fps_, 1, 120, settings.framesPerSecond)) return refusal;
+    if (auto refusal = read("--leave", leave_, 0, 1, settings.leaveShare)) return refusal;
+    if (!seed_.empty()) {
+      const auto seed = decimal(seed_, UINT64_MAX);
+      if (!seed) return refuse("--seed", "a whole number", seed_);
+      settings.seed = request.air.seed = *seed;
+    }
+    if (!late_.empty()) {
+      const auto parts = split(late_, ",");
+      double latest = 0;
+      if (parts.size() != 2) return refuse("--late", "SHARE,SECONDS", late_);
+      if (auto refusal = read("--late", parts[0], 0, 1, settings.lateShare)) return refusal;
+      if (auto refusal = read("--late", parts[1], 0, kLatestPicture, latest)) return refusal;
+      settings.latest = fromSeconds(latest);
+    }
+    if (size_.empty()) return std::nullopt;
+    const auto parts = split(size_, "x");
+    if (parts.size() != 2) return refuse("--size", "WIDTHxHEIGHT", size_);
+    if (auto refusal = read("--size", parts[0], 16, 8192, request.width)) return refusal;
+    if (auto refusal = read("--size", parts[1], 16, 8192, request.height)) return refusal;
+    if (request.width % 2 != 0 || request.height % 2 != 0) {
+      return refuse("--size", "two even numbers", size_);
+    }
+    return std::nullopt;
+  }
+
+  Refusal readAir(CrowdRequest& request) {
+    AirSettings& air = request.air;
+    double jitter = 0;
+    double interval = 0;
+    if (auto refusal = read("--loss", loss_, 0, 1, air.loss)) return refusal;
+    if (auto refusal = read("--jitter", jitter_, 0, 10'000, jitter)) return refusal;
+    if (auto refusal = read("--interval", interval_, 1, 60'000, interval)) return refusal;
+    air.jitter = fromSeconds(jitter / 1000);
+    air.interval = fromSeconds(interval / 1000);
+    for (const std::string& text : reaches_) {
+      const auto parts = split(text, "@,");
+      if (parts.size() != 4) return refuse("--reach", "NUMBER@X,Y,RADIUS", text);
+      TransmitterReach reach;
+      if (auto refusal = read("--reach", parts[0], 0, 255, reach.transmitter)) return refusal;
+      if (auto refusal = read("--reach", parts[1], -1e6, 1e6, reach.at.x)) return refusal;
+      if (auto refusal = read("--reach", parts[2], -1e6, 1e6, reach.at.y)) return refusal;
+      if (auto refusal = read("--reach", parts[3], 0, 1e6, reach.radius)) return refusal;
+      air.reaches.push_back(reach);
+    }
+    return std::nullopt;
+  }
+
+  Refusal readScenario(CrowdRequest& request, const std::atomic<bool>& isInterrupted) {
+    const RapidJsonReader json;
+    auto scenario = halvora::readScenario(scenario_, json, isInterrupted);
+    if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
+    request.scenario = std::get<Scenario>(std::move(scenario));
+    double until = toSeconds(request.scenario.lastAction() + kPictureAfterLastAction);
+    if (until_.empty() && until > kLatestPicture) {
+      return unusable(scenario_ + ": longer than a day; say how long with --until");
+    }
+    if (auto refusal = read("--until", until_, 0, kLatestPicture, until)) return refusal;
+    request.settings.end = fromSeconds(until);
+    return std::nullopt;
+  }
+
+  Refusal readPaths(CrowdRequest& request) {
+    std::error_code error;
+    if (!std::filesystem::is_directory(assets_, error)) {
+      return unusable(assets_ + ": no such folder (--assets)");
+    }
+    request.assets = absolutePath(assets_);
+    request.out = absolutePath(out_);
+    request.allowedTransmitterIds = allowed_;
+    return std::nullopt;
+  }
+
+  std::string assets_;
+  std::string venue_;
+  std::string scenario_;
+  std::string out_;
+  std::string phones_;
+  std::string loss_;
+  std::string jitter_;
+  std::string interval_;
+  std::vector<std::string> reaches_;
+  std::string late_;
+  std::string leave_;
+  std::vector<std::string> allowed_;
+  std::string seed_;
+  std::string threads_;
+  std::string fps_;
+  std::string size_;
+  std::string until_;
+  bool isQuiet_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<ToolCommand> makeCrowdCommand() { return std::make_unique<CrowdCommand>(); }
+
+}  // namespace halvora

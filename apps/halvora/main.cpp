@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include <unistd.h>
+
+#include "adapters/ffmpeg/ffmpeg_movies.h"
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/image/picture_decoder.h"
+#include "adapters/image/png_writer.h"
+#include "adapters/standard/stopwatch.h"
+#include "apps/halvora/commands.h"
+#include "apps/halvora/interruption.h"
+#include "apps/halvora/whole_lines.h"
+#ifdef HALVORA_HAS_BLUETOOTH
+#include "venue/air/system_radio.h"
+#include "venue/air/system_transmitter.h"
+#endif
+
+namespace {
+
+void writeTo(std::FILE* file, std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), file);
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  const halvora::PictureDecoder images;
+  const halvora::FfmpegVideoAssets videos;
+  const halvora::Stopwatch watch;
+  halvora::Outside outside{images, videos, halvora::interruptedBySignals()};
+  outside.encodePicture = halvora::pngOf;
+  const halvora::FfmpegMovies movies;
+  outside.movies = &movies;
+#ifdef HALVORA_HAS_BLUETOOTH
+  outside.openRadio = [](const std::string& adapter) { return halvora::openSystemRadio(adapter); };
+  outside.openTransmitter = [] { return halvora::openSystemTransmitter(); };
+#endif
+  if (isatty(STDERR_FILENO) != 0) {
+    outside.terminal = {[](std::string_view text) { writeTo(stderr, text); },
+                        [&watch] { return watch.elapsed(); }};
+  }
+  halvora::WholeLines output(STDOUT_FILENO);
+  const halvora::CommandResult result =
+      halvora::runCommand(argumentCount, arguments, outside,
+                          [&output](std::string_view text) { return output.write(text); });
+  // Whoever closes the pipe has what they wanted.
+  if (output.isClosed()) return 0;
+  if (!result.error.empty()) std::fprintf(stderr, "halvora: %s\n", result.error.c_str());
+  return result.status;
+}

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/halvora/transmit_command.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "adapters/json/rapid_json_reader.h"
+#include "apps/halvora/command_line.h"
+#include "apps/halvora/packet_options.h"
+#include "venue/air/transmitter.h"
+#include "venue/show/packet.h"
+#include "venue/show/scenario.h"
+#include "venue/show/scenario_file.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr double kLongestShow = 1e9;
+/// Bluetooth's own limits of an advertisement's interval, in milliseconds.
+constexpr std::uint64_t kLongestInterval = 10240;
+constexpr long long kShortestInterval = 20;
+/// How long the last packet of a scenario stays on the air.
+constexpr Duration kLastShown = milliseconds(1000);
+
+/// What is to be shown, and how long all of it takes; none for as long as the user likes.
+struct Programme {
+  std::vector<ScenarioLine> lines;
+  std::optional<Duration> length;
+};
+
+// Shows its programme and prints each packet as it goes on the air.
+class Broadcasting {
+ public:
+  Broadcasting(Transmitter& transmitter, const Output& output)
+      : transmitter_(transmitter), output_(output), begin_(transmitter.loop().now()) {}
+
+  void begin(const Programme& programme) {
+    timers_.reserve(programme.lines.size());
+    for (const ScenarioLine& line : programme.lines) {
+      timers_.emplace_back();
+      schedule(timers_.size() - 1, line, 0);
+    }
+  }
+  void stop() { timers_.clear(); }
+  bool isWritable() const { return isWritable_; }
+  Duration elapsed() const { return transmitter_.loop().now() - begin_; }
+
+ private:
+  // One occurrence schedules the next.
+  void schedule(std::size_t at, const ScenarioLine& line, std::uint64_t k) {
+    const auto time = line.timeOf(k);
+    if (!time) return;
+    RunLoop& loop = transmitter_.loop();
+    timers_[at] = {loop, loop.after(*time - elapsed(), [this, at, &line, k] {
+                     show(std::get<PacketAction>(line.action).data);
+                     schedule(at, line, k + 1);
+                   })};
+  }
+
+  // What is shown is repeated by the radio, so a packet's repeats are nothing new.
+  void show(const std::vector<std::uint8_t>& data) {
+    if (data == shown_) return;
+    shown_ = data;
+    transmitter_.show(data);
+    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(elapsed()).count();
+    isWritable_ = isWritable_ &&
+                  output_("{\"t\":" + std::to_string(time) + "," + describePacket(data).substr(1));
+  }
+
+  Transmitter& transmitter_;
+  const Output& output_;
+  const Duration begin_;
+  std::vector<Timer> timers_;
+  std::vector<std::uint8_t> shown_;
+  bool isWritable_ = true;
+};
+
+class TransmitCommand final : public ToolCommand {
+ public:
+  void describe(CommandOptions& options) override {
+    options.optional("--scenario", scenario_,
+                     "JSON Lines file whose packets go on the air, each at its time");
+    options.optional("--adapter", settings_.adapter,
+                     "the adapter, as hci1 (default: the first one with power)");
+    options.optional("--for", for_,
+                     "seconds (default: until Ctrl-C, or a second after the scenario's last "
+                     "action)");
+    options.optional("--interval", interval_,
+                     "milliseconds from one advertisement to the next, 20 to 10240, as far as the "
+                     "system allows (default: 100)");
+    fields_.describe(options, {.sequence = 1});
+    options.footer(
+        "Advertises one show packet, or a scenario's packets one after the other, until it ends "
+        "or the user\nends it, and prints each as it goes on the air. One transmitter at a time: "
+        "each packet replaces the\none before. A phone obeys only a sequence number above the last "
+        "one. For tests with a spare adapter.");
+  }
+
+  CommandResult run(const Call& call) override {
+    if (const auto refusal = readSettings()) return *refusal;
+    auto programme =
+        scenario_ ? readScenario(*scenario_, call.outside.isInterrupted) : readFields();
+    if (const auto* refusal = std::get_if<CommandResult>(&programme)) return *refusal;
+    if (!call.outside.openTransmitter) return failed("this halvora was built without Bluetooth");
+    auto& read = std::get<Programme>(programme);
+    if (longest_) read.length = longest_;
+    return transmit(*call.outside.openTransmitter(), read, call);
+  }
+
+ private:
+  std::optional<CommandResult> readSettings() {
+    const auto interval = decimal(interval_, kLongestInterval);
+    if (!interval || *interval < kShortestInterval) {
+      return unusable("--interval must be milliseconds, 20 to 10240, not \"" + interval_ + "\"");
+    }
+    settings_.interval = milliseconds(static_cast<long long>(*interval));
+    if (!for_) return std::nullopt;
+    const auto seconds = plainNumber(*for_);
+    if (!seconds || *seconds < 0 || *seconds > kLongestShow) {
+      return unusable("--for must be seconds, 0 or more, not \"" + *for_ + "\"");
+    }
+    longest_ = fromSeconds(*seconds);
+    return std::nullopt;
+  }
+
+  std::variant<Programme, CommandResult> readFields() const {
+    auto packet = fields_.read();
+    if (auto* refusal = std::get_if<CommandResult>(&packet)) return std::move(*refusal);
+    const BroadcastBytes data = encodeBroadcast(std::get<Broadcast>(packet));
+    ScenarioLine line;
+    line.action = PacketAction{{data.begin(), data.end()}};
+    return Programme{{std::move(line)}, std::nullopt};
+  }
+
+  std::variant<Programme, CommandResult> readScenario(
+      const std::string& file, const std::atomic<bool>& isInterrupted) const {
+    if (fields_.isGiven()) return unusable("--scenario has the packets; no fields beside it");
+    auto read = halvora::readScenario(file, RapidJsonReader(), isInterrupted);
+    if (auto* refusal = std::get_if<CommandResult>(&read)) return std::move(*refusal);
+    auto& scenario = std::get<Scenario>(read);
+    Programme programme{{}, scenario.lastAction() + kLastShown};
+    for (ScenarioLine& line : scenario.lines) {
+      const auto* packet = std::get_if<PacketAction>(&line.action);
+      if (packet == nullptr) continue;
+      const std::size_t size = packet->data.size();
+      if (size < kLeastAdvertised || size > kMostAdvertised) {
+        return unusable(file + ":" + std::to_string(line.number) + ": " + std::to_string(size) +
+                        " bytes; an advertisement holds 2 to 29");
+      }
+      programme.lines.push_back(std::move(line));
+    }
+    if (programme.lines.empty()) return unusable(file + ": no packets");
+    return programme;
+  }
+
+  CommandResult transmit(Transmitter& transmitter, const Programme& programme, const Call& call) {
+    const std::atomic<bool>& isInterrupted = call.outside.isInterrupted;
+    const auto isOver = [&] { return isInterrupted || !transmitter.failure().empty(); };
+    transmitter.open(settings_);
+    transmitter.runUntil([&] { return isOver() || !transmitter.isBusy(); });
+    Broadcasting broadcasting(transmitter, call.output);
+    if (!isOver()) broadcasting.begin(programme);
+    transmitter.runUntil([&] {
+      return isOver() || !broadcasting.isWritable() ||
+             (programme.length && broadcasting.elapsed() >= *programme.length);
+    });
+    if (!transmitter.failure().empty()) return failed(transmitter.failure());
+    broadcasting.stop();
+    transmitter.end();
+    transmitter.runUntil([&] { return !transmitter.failure().empty() || !transmitter.isBusy(); });
+    if (!broadcasting.isWritable()) return failed("standard output cannot be written");
+    return transmitter.failure().empty() ? done() : failed(transmitter.failure());
+  }
+
+  std::optional<std::string> scenario_;
+  std::optional<std::string> for_;
+  std::string interval_ = "100";
+  PacketOptions fields_;
+  TransmitterSettings settings_;
+  std::optional<Duration> longest_;
+};
+
+}  // namespace
+
+std::unique_ptr<ToolCommand> makeTransmitCommand() { return std::make_unique<TransmitCommand>(); }
+
+}  // namespace halvora

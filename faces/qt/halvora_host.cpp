@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "faces/qt/halvora_host.h"
+
+#include <QPointer>
+#include <memory>
+
+#include "adapters/qt/qt_platform.h"
+#include "faces/qt/halvora_view_item.h"
+
+namespace halvora {
+
+namespace {
+
+HalvoraHost* installedIn(const QQmlEngine& engine) {
+  return engine.findChild<HalvoraHost*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+HalvoraViewController& systemsEngine(QtPlatform& system) {
+  static HalvoraViewController& engine = [&system]() -> HalvoraViewController& {
+    auto& made = HalvoraViewController::sharedInstance(system.platform(), system.engineOptions());
+    made.viewDidLoad();
+    return made;
+  }();
+  return engine;
+}
+
+}  // namespace
+
+HalvoraHost& HalvoraHost::of(QQmlEngine& engine) {
+  if (HalvoraHost* host = installedIn(engine)) return *host;
+  QtPlatform& system = QtPlatform::sharedInstance();
+  return *new HalvoraHost(engine, system.platform(), systemsEngine(system));
+}
+
+void HalvoraHost::install(QQmlEngine& engine, const Platform& platform,
+                          HalvoraViewController& controller) {
+  // Whoever hears of the old one's end, and acts, finds the new one.
+  const std::unique_ptr<HalvoraHost> old(installedIn(engine));
+  if (old) old->setParent(nullptr);
+  new HalvoraHost(engine, platform, controller);
+}
+
+// An item that hears of it may destroy others.
+HalvoraHost::~HalvoraHost() {
+  const std::vector<QPointer<HalvoraViewItem>> items(items_.begin(), items_.end());
+  items_.clear();
+  for (const auto& item : items) {
+    if (item) item->forgetHost();
+  }
+}
+
+void HalvoraHost::enter(HalvoraViewItem& item) {
+  HalvoraViewItem* const before = items_.empty() ? nullptr : items_.back();
+  items_.push_back(&item);
+  if (before != nullptr) before->setShown(false);
+  item.setShown(true);
+}
+
+void HalvoraHost::leave(HalvoraViewItem& item) {
+  if (items_.empty()) return;
+  const bool hadIt = items_.back() == &item;
+  std::erase(items_, &item);
+  if (!hadIt) return;
+  item.setShown(false);
+  if (!items_.empty()) items_.back()->setShown(true);
+}
+
+}  // namespace halvora

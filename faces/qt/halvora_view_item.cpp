@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "faces/qt/halvora_view_item.h"
+
+#include <QQmlEngine>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "faces/qt/qt_clip_picture.h"
+#include "halvora/platform/video_player.h"
+
+namespace halvora {
+
+namespace {
+
+// As often as the status panel looks.
+constexpr Duration kWatchPause = milliseconds(500);
+
+std::vector<std::string> textsOf(const QStringList& list) {
+  std::vector<std::string> texts;
+  for (const QString& text : list) texts.push_back(text.toStdString());
+  return texts;
+}
+
+QtClipPicture* pictureOf(VideoPlayer& player) { return dynamic_cast<QtClipPicture*>(&player); }
+
+}  // namespace
+
+HalvoraViewItem::~HalvoraViewItem() {
+  // Nobody is to hear of what is half gone.
+  blockSignals(true);
+  if (host_) host_->leave(*this);
+}
+
+// Items of one document begin in its order and are complete in no order that a host could know.
+void HalvoraViewItem::classBegin() {
+  LightSurface::classBegin();
+  QQmlEngine* engine = qmlEngine(this);
+  if (engine == nullptr || host_) return;
+  host_ = &HalvoraHost::of(*engine);
+  host_->enter(*this);
+}
+
+HalvoraViewController* HalvoraViewItem::controller() const {
+  return host_ && host_->hasController() ? &host_->controller() : nullptr;
+}
+
+// A show that starts or stops is told in a later turn; the item may be gone by then.
+HalvoraView HalvoraViewItem::view() {
+  const QPointer<HalvoraViewItem> self(this);
+  HalvoraView view(
+      EmbeddedEngine(host_->platform(), host_->controller()),
+      [self] {
+        if (self) self->tellShow(&HalvoraViewItem::lightShowStarted);
+      },
+      [self] {
+        if (self) self->tellShow(&HalvoraViewItem::lightShowStopped);
+      },
+      textsOf(allowedTransmitterIds_));
+  view.usageReports = usageReports_;
+  return view;
+}
+
+// The bar first: whoever hears of the show may have destroyed the item, and the other way round.
+void HalvoraViewItem::tellShow(void (HalvoraViewItem::*signal)()) {
+  const QPointer<HalvoraViewItem> self(this);
+  lookAtStatusBar();
+  if (self) emit(this->*signal)();
+}
+
+// The engine changes it where it tells of a show's start or stop, and nowhere else.
+void HalvoraViewItem::lookAtStatusBar() {
+  const HalvoraViewController* engine = coordinator_ ? controller() : nullptr;
+  const bool isHidden = engine != nullptr && engine->prefersStatusBarHidden();
+  if (std::exchange(isStatusBarHidden_, isHidden) != isHidden) emit statusBarHiddenChanged();
+}
+
+void HalvoraViewItem::setShown(bool shown) {
+  if (shown) {
+    if (controller() == nullptr) return;
+    coordinator_ = view().makeCoordinator();
+    HalvoraViewController& engine = view().makeController(*coordinator_);
+    engine.halvoraView = this;
+    setViews(&engine.views());
+    const VideoPlayers& players = host_->platform().videoPlayers;
+    setClips(pictureOf(players.a), pictureOf(players.b));
+    layOut();
+    lookAtStatusBar();
+    return;
+  }
+  setViews(nullptr);
+  setClips(nullptr, nullptr);
+  const bool wasShown = std::exchange(coordinator_, nullptr) != nullptr;
+  HalvoraViewController* engine = controller();
+  if (wasShown && engine != nullptr) {
+    engine->lightShowStartedCallback() = nullptr;
+    engine->lightShowStoppedCallback() = nullptr;
+    engine->halvoraView = nullptr;
+    engine->viewWillLayoutSubviews(std::nullopt);
+  }
+  lookAtStatusBar();
+}
+
+void HalvoraViewItem::forgetHost() {
+  watch_.invalidate();
+  setShown(false);
+}
+
+// In a later turn: the engine is half gone.
+void HalvoraViewItem::stackEnds() {
+  LightSurface::stackEnds();
+  QMetaObject::invokeMethod(
+      this, [this] { lookAtStatusBar(); }, Qt::QueuedConnection);
+}
+
+void HalvoraViewItem::start() {
+  if (controller() != nullptr) view().start();
+}
+
+void HalvoraViewItem::initBluetoothPermission() {
+  if (controller() != nullptr) view().initBluetoothPermission();
+}
+
+void HalvoraViewItem::setAllowedTransmitterIds(const QStringList& ids) {
+  if (ids == allowedTransmitterIds_) return;
+  allowedTransmitterIds_ = ids;
+  if (coordinator_ && controller() != nullptr) view().makeController(*coordinator_);
+  emit allowedTransmitterIdsChanged();
+}
+
+bool HalvoraViewItem::usageReports() const {
+  if (usageReports_) return *usageReports_;
+  const HalvoraViewController* engine = controller();
+  return engine == nullptr || engine->usageReports();
+}
+
+void HalvoraViewItem::setUsageReports(bool isOn) {
+  if (usageReports_ == isOn) return;
+  const bool wasOn = usageReports();
+  usageReports_ = isOn;
+  if (coordinator_ && controller() != nullptr) view().makeController(*coordinator_);
+  if (isOn != wasOn) emit usageReportsChanged();
+}
+
+bool HalvoraViewItem::isPermissionGranted() {
+  watch();
+  const HalvoraViewController* engine = controller();
+  return engine != nullptr && engine->isPermissionGranted();
+}
+
+bool HalvoraViewItem::isInsideVenue() {
+  watch();
+  const HalvoraViewController* engine = controller();
+  return engine != nullptr && engine->isInsideVenue();
+}
+
+// The engine tells nobody of either, and few hosts ask: it is looked at only for those that do.
+void HalvoraViewItem::watch() {
+  const HalvoraViewController* engine = controller();
+  if (engine == nullptr || watch_.isValid()) return;
+  wasPermissionGranted_ = engine->isPermissionGranted();
+  wasInsideVenue_ = engine->isInsideVenue();
+  RunLoop& loop = host_->platform().runLoop;
+  watch_ = Timer(loop, loop.every(kWatchPause, [this] { look(); }));
+}
+
+void HalvoraViewItem::look() {
+  const HalvoraViewController* engine = controller();
+  const bool isGranted = engine != nullptr && engine->isPermissionGranted();
+  const bool isInside = engine != nullptr && engine->isInsideVenue();
+  const bool grantedChanged = std::exchange(wasPermissionGranted_, isGranted) != isGranted;
+  const bool insideChanged = std::exchange(wasInsideVenue_, isInside) != isInside;
+  const QPointer<HalvoraViewItem> self(this);
+  if (grantedChanged) emit isPermissionGrantedChanged();
+  // Whoever heard of the one may have destroyed the item.
+  if (self && insideChanged) emit isInsideVenueChanged();
+}
+
+void HalvoraViewItem::itemChange(ItemChange change, const ItemChangeData& data) {
+  LightSurface::itemChange(change, data);
+  if (change == ItemSceneChange) layOut();
+}
+
+void HalvoraViewItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+  LightSurface::geometryChange(newGeometry, oldGeometry);
+  layOut();
+}
+
+void HalvoraViewItem::layOut() {
+  if (!coordinator_ || controller() == nullptr) return;
+  std::optional<Rect> bounds;
+  if (window() != nullptr) bounds = Rect{0, 0, width(), height()};
+  coordinator_->mainViewController.viewWillLayoutSubviews(bounds);
+}
+
+}  // namespace halvora

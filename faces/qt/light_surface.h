@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+// The QML item that shows a show: it draws the view stack that a host hands it, over its whole
+// size. It asks for a frame at once when the stack changes, and in Qt's rhythm while an animation
+// runs; what a frame shows follows from its time alone. Main thread, but for the drawing itself,
+// which Qt does on its render thread while the main thread waits.
+#pragma once
+
+#include <QImage>
+#include <QMetaObject>
+#include <QPointer>
+#include <QQuickItem>
+#include <array>
+#include <memory>
+
+#include <qqmlregistration.h>
+
+#include "faces/qt/qt_clip_picture.h"
+#include "light/display_list.h"
+#include "light/view_stack.h"
+
+namespace halvora {
+
+class LightSurface : public QQuickItem, private ViewObserver {
+  Q_OBJECT
+  QML_ELEMENT
+
+ public:
+  explicit LightSurface(QQuickItem* parent = nullptr);
+  ~LightSurface() override;
+
+  /// Shows that stack from now on and takes the place of its observer; null, or a stack that has
+  /// gone, shows nothing.
+  void setViews(ViewStack* views);
+  /// What the stack's two players of clips show; null for a player that has no picture.
+  void setClips(QtClipPicture* a, QtClipPicture* b);
+  /// Asks for frames by itself, as something may move.
+  bool isMoving() const;
+
+ protected:
+  void itemChange(ItemChange change, const ItemChangeData& data) override;
+  void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+  void updatePolish() override;
+  QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
+  void stackEnds() override;
+
+ private:
+  struct Clip {
+    QPointer<QtClipPicture> source;
+    QMetaObject::Connection changes;
+    /// Fetched on the main thread, as players are not for the render thread.
+    QImage picture;
+  };
+
+  void alphaChanged(ViewId, double, Duration) override { update(); }
+  void hiddenChanged(ViewId, bool) override { update(); }
+  void textChanged(ViewId, const std::string&) override { update(); }
+  void lightChanged(const MaybeColour&) override { update(); }
+
+  class Rhythm;
+
+  void frameBegins();
+  void frameIsDue();
+  QImage clipOf(const DisplayItem& item) const;
+  QSGNode* makeNode(const DisplayItem& item) const;
+
+  ViewStack* views_ = nullptr;
+  std::array<Clip, 2> clips_;
+  QMetaObject::Connection beginnings_;
+  std::unique_ptr<Rhythm> rhythm_;
+  int ticksSinceFrame_ = 0;
+};
+
+}  // namespace halvora

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "faces/qt/seat_wizard.h"
+
+#include <algorithm>
+
+#include "faces/qt/seat_plan_steps.h"
+
+namespace halvora {
+
+namespace {
+
+/// Of the plan's longer side: how far a long step goes.
+constexpr double kFarStep = 0.1;
+
+using PlanPixels = std::shared_ptr<const Image>;
+
+void dropPixels(void* pixels) { delete static_cast<PlanPixels*>(pixels); }
+
+// The same pixels, not a copy: they live as long as either has them.
+QImage pictureOf(const PlanPixels& plan) {
+  if (!plan || plan->width == 0 || plan->height == 0) return {};
+  const auto width = static_cast<int>(plan->width);
+  return QImage(plan->rgba.data(), width, static_cast<int>(plan->height), width * 4,
+                QImage::Format_RGBA8888, dropPixels, new PlanPixels(plan));
+}
+
+}  // namespace
+
+// One that is dismissed is shown once more: an alert over it goes with it.
+void SeatWizard::present(const Selector& selector) {
+  if (selector && selector != selector_) {
+    selector_ = selector;
+    reloads_ = 0;
+  }
+  const QPointer<SeatWizard> self(this);
+  refresh();
+  // Unless whoever heard of it has brought another host.
+  if (self) setPresented(selector && selector == selector_ && !selector->isDismissed());
+}
+
+void SeatWizard::forget() {
+  selector_.reset();
+  plan_.reset();
+  planPicture_ = {};
+  look_ = {};
+  rows_.reload(nullptr);
+  const QPointer<SeatWizard> self(this);
+  emit planPictureChanged();
+  if (self) emit changed();
+  if (self) setPresented(false);
+}
+
+void SeatWizard::setPresented(bool presented) {
+  if (presented == isPresented_) return;
+  isPresented_ = presented;
+  emit presentedChanged();
+}
+
+void SeatWizard::setReading(const Reading& reading) {
+  reading_ = reading;
+  refresh();
+}
+
+// These three follow from the size alone, so QML need not ask again when the wizard changes.
+SeatWizardLayout SeatWizard::layoutIn(qreal width, qreal height) const {
+  const SeatSelectorLayout layout = layoutOf(SeatSelectorViews(), {width, height});
+  SeatWizardLayout result;
+  result.pickerHeight = layout.pickerHeight;
+  result.backWidth = layout.backWidth;
+  result.nextWidth = layout.nextWidth;
+  return result;
+}
+
+void SeatWizard::refresh() {
+  const Selector selector = selector_;
+  if (!selector) return;
+  const SeatSelectorViews& views = selector->views();
+  const bool isReloaded = views.pickerView.reloads != reloads_;
+  if (isReloaded) {
+    reloads_ = views.pickerView.reloads;
+    rows_.reload(selector);
+  }
+  look_ = lookOf(*selector, rows_, reading_);
+  const QPointer<SeatWizard> self(this);
+  takePlanPicture();
+  if (self) emit changed();
+  if (self && isReloaded) emit pickerMoved(look_.pickerIndex);
+  if (self && selector->isDismissed()) setPresented(false);
+}
+
+void SeatWizard::takePlanPicture() {
+  const PlanPixels& plan = selector_->views().standingOverlayImageView.image;
+  if (plan == plan_) return;
+  plan_ = plan;
+  planPicture_ = pictureOf(plan);
+  emit planPictureChanged();
+}
+
+void SeatWizard::close() {
+  act([](auto& selector) { selector.cancelTapped(); });
+}
+
+void SeatWizard::back() {
+  if (!look_.backButton.shown || !look_.backButton.enabled) return;
+  act([](auto& selector) { selector.backTapped(); });
+}
+
+void SeatWizard::next() {
+  if (!look_.nextButton.enabled) return;
+  act([](auto& selector) { selector.nextTapped(); });
+}
+
+void SeatWizard::dismissAlert() {
+  act([](auto& selector) { selector.alertButtonTapped(); });
+}
+
+void SeatWizard::pick(int index) {
+  const std::int64_t row = rows_.rowAt(index);
+  if (row < 0 || index == look_.pickerIndex || !look_.pickerShown) return;
+  act([row](auto& selector) { selector.pickerDidSelectRow(row); });
+}
+
+// What is in the middle of a picker is chosen: where the chosen row is filtered away, the one that
+// comes into its place is.
+void SeatWizard::filter(const QString& text) {
+  const QString wanted = text.trimmed();
+  if (!selector_ || !look_.pickerShown || wanted == rows_.filter()) return;
+  const std::int64_t row = rows_.rowAt(look_.pickerIndex);
+  rows_.setFilter(wanted);
+  const bool isKept = row > 0 && rows_.indexOf(row) >= 0;
+  const std::int64_t shown = isKept || wanted.isEmpty() ? row : rows_.bestMatch();
+  if (shown != row) selector_->pickerDidSelectRow(shown);
+  const QPointer<SeatWizard> self(this);
+  refresh();
+  if (self) emit pickerMoved(look_.pickerIndex);
+}
+
+void SeatWizard::layOutPlan(qreal width, qreal height) {
+  planSize_ = {width, height};
+  if (isLayoutDue_) return;
+  isLayoutDue_ = true;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        isLayoutDue_ = false;
+        act([this](auto& selector) { selector.viewDidLayoutSubviews(planSize_); });
+      },
+      Qt::QueuedConnection);
+}
+
+void SeatWizard::tapPlan(qreal x, qreal y) {
+  act([x, y](auto& selector) { selector.handleStandingTap({x, y}); });
+}
+
+void SeatWizard::dragPlan(qreal x, qreal y) {
+  act([x, y](auto& selector) { selector.handleStandingDrag({x, y}); });
+}
+
+void SeatWizard::stepOnPlan(int right, int down, bool far) {
+  act([&](auto& selector) {
+    const StandingSeatPoint* from = chosenPlace(selector);
+    if (from == nullptr) return;
+    const double least = far ? kFarStep * std::max(planSize_.width, planSize_.height) : 0;
+    const StandingSeatPoint* to =
+        standingSeatTowards(selector.standingSeatPoints(), *from, {right, down}, least, planSize_);
+    if (to == nullptr) return;
+    selector.handleStandingTap({to->xNorm * planSize_.width, to->yNorm * planSize_.height});
+  });
+}
+
+// Later: the sheet says so within a handler of its own, which Qt does not let a host delete in.
+void SeatWizard::leftScreen() {
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        if (!isPresented_) forget();
+      },
+      Qt::QueuedConnection);
+}
+
+}  // namespace halvora

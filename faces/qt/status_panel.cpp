@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "faces/qt/status_panel.h"
+
+#include <QGuiApplication>
+#include <QPointer>
+#include <QQmlEngine>
+#include <QScreen>
+#include <algorithm>
+#include <cmath>
+
+#include "faces/qt/halvora_host.h"
+#include "faces/qt/status_fonts.h"
+#include "halvora/platform/run_loop.h"
+
+namespace halvora {
+
+namespace {
+
+/// What a desktop's screen has where its user has not asked for larger or smaller texts.
+constexpr double kUsualDotsPerInch = 96;
+constexpr double kLeastTextScale = 0.5;
+constexpr double kMostTextScale = 4;
+constexpr Duration kSpinnerTurn = milliseconds(1000);
+constexpr Duration kPulse = kDotPulse[0].duration + kDotPulse[1].duration;
+
+double systemTextScale() {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  return screen != nullptr ? screen->logicalDotsPerInch() / kUsualDotsPerInch : 1;
+}
+
+TextAlignment alignmentFrom(int alignment) {
+  switch (alignment & Qt::AlignHorizontal_Mask) {
+    case Qt::AlignLeft:
+      return TextAlignment::left;
+    case Qt::AlignRight:
+      return TextAlignment::right;
+    case Qt::AlignHCenter:
+      return TextAlignment::center;
+    case Qt::AlignJustify:
+      return TextAlignment::justified;
+    default:
+      return TextAlignment::natural;
+  }
+}
+
+}  // namespace
+
+StatusPanel::StatusPanel(QObject* parent) : QObject(parent), textScale_(systemTextScale()) {
+  const StatusPanelFields usual;
+  statusTextColour_ = colourWithAlpha(usual.statusTextColour);
+  statusTextFontSize_ = usual.statusTextFontSize;
+  actionButtonColour_ = colourWithAlpha(usual.actionButtonColour);
+  actionButtonTitleColour_ = colourWithAlpha(usual.actionButtonTitleColour);
+  actionButtonTitleFontSize_ = usual.actionButtonTitleFontSize;
+  actionButtonHeight_ = usual.actionButtonHeight;
+  connect(this, &StatusPanel::fieldsChanged, this, &StatusPanel::applyFields);
+  connect(this, &StatusPanel::textScaleChanged, this, &StatusPanel::applyTextScale);
+  connect(this, &StatusPanel::viewWidthChanged, this, &StatusPanel::layoutWidthChanged);
+  connect(this, &StatusPanel::viewWidthChanged, this, &StatusPanel::layOutSoon);
+  connect(this, &StatusPanel::contentHeightChanged, this, &StatusPanel::layOutSoon);
+}
+
+StatusPanel::~StatusPanel() = default;
+
+StatusPanelFields StatusPanel::fields() const {
+  StatusPanelFields fields;
+  fields.statusTextColour = colourFrom(statusTextColour_);
+  fields.statusTextFontName = statusTextFontName_.toStdString();
+  fields.statusTextFontSize = statusTextFontSize_;
+  fields.statusTextAlignment = alignmentFrom(statusTextAlignment_);
+  fields.actionButtonColour = colourFrom(actionButtonColour_);
+  fields.actionButtonTitleColour = colourFrom(actionButtonTitleColour_);
+  fields.actionButtonTitleFontName = actionButtonTitleFontName_.toStdString();
+  fields.actionButtonTitleFontSize = actionButtonTitleFontSize_;
+  fields.actionButtonHeight = actionButtonHeight_;
+  fields.defaultVenueId = defaultVenueId_;
+  fields.offersSettingsWhenOff = offersSettingsWhenOff_;
+  return fields;
+}
+
+StatusPanelFace StatusPanel::face() {
+  StatusPanelFace face;
+  face.hasFont = [](std::string_view name) { return installedFont(name).has_value(); };
+  face.fittingHeight = [this](double width) { return measure(width); };
+  face.summaryTextFrame = [this](const StatusText& label) {
+    return summaryTextFrame(label, layoutWidth(), reading_);
+  };
+  face.changed = [this] { refresh(); };
+  return face;
+}
+
+void StatusPanel::load() {
+  QQmlEngine* engine = qmlEngine(this);
+  if (engine == nullptr || controller_ != nullptr) return;
+  const HalvoraHost& host = HalvoraHost::of(*engine);
+  if (!host.hasController()) return;
+  // The needs that the panel uses are still there when a host goes, and may not be afterwards.
+  connect(&host, &QObject::destroyed, this, &StatusPanel::unload);
+  engine_.emplace(host.platform(), host.controller());
+  coordinator_ = view().makeCoordinator(face());
+  controller_ = &view().makeController(*coordinator_);
+  reading_.isRightToLeft =
+      controller_->hvLocalizedStringForKey("hv_layout_direction", "ltr") == "rtl";
+  const QPointer<StatusPanel> self(this);
+  applyTextScale();
+  if (self && controller_ != nullptr) controller_->viewDidLoad();
+  if (self) layOut();
+}
+
+void StatusPanel::unload() {
+  controller_ = nullptr;
+  coordinator_.reset();
+  engine_.reset();
+  look_ = {};
+  dot_ = {};
+  spinnerTurn_ = 0;
+  isMoving_ = false;
+  const QPointer<StatusPanel> self(this);
+  wizard_.forget();
+  if (self) emit changed();
+  if (self) emit moved();
+}
+
+void StatusPanel::applyFields() {
+  if (controller_ != nullptr) view().updateController(controller_);
+}
+
+void StatusPanel::applyTextScale() {
+  reading_.textScale = std::clamp(textScale_, kLeastTextScale, kMostTextScale);
+  const QPointer<StatusPanel> self(this);
+  wizard_.setReading(reading_);
+  if (self) refresh();
+  if (self) layOutSoon();
+}
+
+// The panel has shown what it is asked to measure: QML has its values, and heights follow from
+// them at once.
+double StatusPanel::measure(double width) {
+  isMeasuring_ = true;
+  const bool isOther = measuredWidth_ != width && viewWidth_ <= 0;
+  measuredWidth_ = width;
+  const QPointer<StatusPanel> self(this);
+  if (isOther) emit layoutWidthChanged();
+  if (!self) return 0;
+  isMeasuring_ = false;
+  return contentHeight_;
+}
+
+// A pass of its own: heights change in the middle of what the panel does, and one change of a text
+// moves several of them.
+void StatusPanel::layOutSoon() {
+  if (controller_ == nullptr || isMeasuring_ || isLayoutDue_) return;
+  isLayoutDue_ = true;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        isLayoutDue_ = false;
+        layOut();
+      },
+      Qt::QueuedConnection);
+}
+
+void StatusPanel::layOut() {
+  if (controller_ != nullptr) controller_->viewDidLayoutSubviews(viewWidth_);
+}
+
+void StatusPanel::refresh() {
+  if (controller_ == nullptr) return;
+  look_ = lookOf(*controller_, layoutWidth(), reading_);
+  const QSizeF fitting = fittingSize();
+  look_.preferredWidth = fitting.width();
+  look_.preferredHeight = fitting.height();
+  const QPointer<StatusPanel> self(this);
+  emit changed();
+  if (self && controller_ != nullptr) wizard_.present(controller_->presentedSeatSelector());
+  if (self) sample();
+}
+
+// Where the panel has measured nothing yet, the host's layout is free.
+QSizeF StatusPanel::fittingSize() const {
+  ProposedSize proposal;
+  if (viewWidth_ > 0) proposal.width = viewWidth_;
+  const auto size = view().sizeThatFits(proposal, controller_);
+  return size ? QSizeF(size->width, size->height) : QSizeF(0, 0);
+}
+
+// A function of the time, so that it is the same however often frames are drawn.
+void StatusPanel::sample() {
+  if (controller_ == nullptr) return;
+  const SeatSelectionSummaryRow& row = controller_->views().seatSelectionSummaryRow;
+  const Duration now = engine_->platform().runLoop.now();
+  const auto& began = row.seatLUTStatusDot.pulseBegan;
+  const bool isPulsing = look_.dotShown && began && now - *began < kPulse;
+  dot_ = isPulsing ? dotPoseInPulse(now - *began) : DotPose();
+  const bool isSpinning = look_.summaryShown && look_.spinnerShown;
+  spinnerTurn_ = isSpinning ? toSeconds(now % kSpinnerTurn) / toSeconds(kSpinnerTurn) : 0;
+  isMoving_ = isPulsing || isSpinning;
+  emit moved();
+}
+
+void StatusPanel::initBluetoothPermission() {
+  if (controller_ != nullptr) controller_->initBluetoothPermission();
+}
+
+void StatusPanel::openAppSettings() {
+  if (controller_ != nullptr) controller_->openAppSettings();
+}
+
+void StatusPanel::openSeatSelector() {
+  if (controller_ != nullptr && look_.seatSelectionButton.enabled) controller_->openSeatSelector();
+}
+
+void StatusPanel::dismissAlert() {
+  if (controller_ != nullptr) controller_->dismissAlert();
+}
+
+}  // namespace halvora

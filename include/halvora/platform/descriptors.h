@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+// The main thread's wait for file descriptors, beside the timers of its run loop: what a library
+// that talks through a socket of its own needs to be driven by. Its deadlines are timers of the run
+// loop. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "halvora/platform/task.h"
+
+namespace halvora {
+
+enum class DescriptorEvents : std::uint8_t { none = 0, readable = 1, writable = 2, both = 3 };
+
+constexpr bool includes(DescriptorEvents events, DescriptorEvents one) {
+  return (static_cast<unsigned>(events) & static_cast<unsigned>(one)) != 0;
+}
+
+/// Names one watch; never used twice. 0 names none.
+using WatchId = std::uint64_t;
+
+class Descriptors {
+ public:
+  virtual ~Descriptors() = default;
+
+  /// Runs `task` in a turn of its own, again and again for as long as one of the events is there
+  /// and nothing is done about it. A descriptor that failed counts as having both. It must stay
+  /// open until the watch is forgotten.
+  virtual WatchId watch(int descriptor, DescriptorEvents events, Task&& task) = 0;
+
+  /// 0 and watches that were forgotten are left alone. A task may forget its own watch.
+  virtual void forget(WatchId watch) = 0;
+};
+
+/// A watch that ends with its owner.
+class DescriptorWatch {
+ public:
+  DescriptorWatch() = default;
+  DescriptorWatch(Descriptors& descriptors, WatchId id) : descriptors_(&descriptors), id_(id) {}
+  DescriptorWatch(DescriptorWatch&& other) noexcept
+      : descriptors_(other.descriptors_), id_(std::exchange(other.id_, 0)) {}
+  DescriptorWatch& operator=(DescriptorWatch&& other) noexcept {
+    if (this != &other) {
+      end();
+      descriptors_ = other.descriptors_;
+      id_ = std::exchange(other.id_, 0);
+    }
+    return *this;
+  }
+  DescriptorWatch(const DescriptorWatch&) = delete;
+  DescriptorWatch& operator=(const DescriptorWatch&) = delete;
+  ~DescriptorWatch() { end(); }
+
+  void end() {
+    if (id_ != 0) descriptors_->forget(std::exchange(id_, 0));
+  }
+
+ private:
+  Descriptors* descriptors_ = nullptr;
+  WatchId id_ = 0;
+};
+
+}  // namespace halvora

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+// JSON as a need: text in, a value out, or event by event for documents too large to be kept as
+// values. Both keep what the text says; conversions follow the rules that the kit's documents rely
+// on (true counts as 1, fractions truncate, texts give their leading integer). Any thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace halvora {
+
+struct JsonMember;
+
+class JsonValue {
+ public:
+  using Array = std::vector<JsonValue>;
+  /// In document order; of members with equal names the first one counts.
+  using Object = std::vector<JsonMember>;
+
+  JsonValue() = default;
+  template <class T>
+  requires(!std::is_same_v<std::decay_t<T>, JsonValue>) explicit JsonValue(T&& value)
+      : value_(std::forward<T>(value)) {}
+
+  bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
+  const bool* boolean() const { return std::get_if<bool>(&value_); }
+  const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
+  /// A number with a fraction or an exponent, or an integer beyond 64 bits.
+  const double* real() const { return std::get_if<double>(&value_); }
+  const std::string* text() const { return std::get_if<std::string>(&value_); }
+  const Array* array() const { return std::get_if<Array>(&value_); }
+  const Object* object() const { return std::get_if<Object>(&value_); }
+
+  /// Any number or boolean as a double.
+  std::optional<double> number() const;
+  /// Any number or boolean as a whole one: truncated towards zero, saturated at 64 bits.
+  std::optional<std::int64_t> wholeNumber() const;
+  /// The first member of that name; null for none, or where this is no object.
+  const JsonValue* find(std::string_view name) const;
+
+ private:
+  std::variant<std::monostate, bool, std::int64_t, double, std::string, Array, Object> value_;
+};
+
+struct JsonMember {
+  std::string name;
+  JsonValue value;
+};
+
+enum class JsonContainer : std::uint8_t { object, array };
+
+/// A value that holds no others. It lives as long as the call that hands it over.
+struct JsonScalar {
+  enum class Kind : std::uint8_t { null, boolean, integer, real, text };
+
+  Kind kind = Kind::null;
+  /// Of a boolean (0 or 1) and of an integer.
+  std::int64_t integer = 0;
+  /// Of a number with a fraction or an exponent, and of an integer beyond 64 bits.
+  double real = 0;
+  /// The characters of a text, or a number as the document writes it.
+  std::string_view text = {};
+
+  bool isText() const { return kind == Kind::text; }
+  /// Booleans are numbers too.
+  bool isNumber() const { return kind != Kind::null && kind != Kind::text; }
+  /// Of a number: truncated towards zero, saturated at 64 bits.
+  std::int64_t wholeNumber() const { return kind == Kind::real ? truncated() : integer; }
+
+ private:
+  std::int64_t truncated() const;
+};
+
+/// Hears a document from its beginning to its end. Names are those of members; what lies in an
+/// array, and the outermost value, has an empty one. All members are reported, equal names too: the
+/// first one is to count.
+class JsonEvents {
+ public:
+  virtual ~JsonEvents() = default;
+  /// False passes over it: neither what it holds nor its end is reported.
+  virtual bool begin(std::string_view name, JsonContainer container) = 0;
+  virtual void end() = 0;
+  virtual void scalar(std::string_view name, const JsonScalar& value) = 0;
+};
+
+class JsonReader {
+ public:
+  virtual ~JsonReader() = default;
+  /// One whole document, or nothing when it is malformed. UTF-8, UTF-16 or UTF-32, with or without
+  /// a byte order mark; an object or an array at the top. `reason`, if given, receives a short text
+  /// on failure.
+  virtual std::optional<JsonValue> parse(std::string_view document,
+                                         std::string* reason = nullptr) const = 0;
+  /// The same document, reported as it is read. False when it is malformed, which may come to light
+  /// only at its end: nothing reported counts then.
+  virtual bool read(std::string_view document, JsonEvents& events,
+                    std::string* reason = nullptr) const = 0;
+};
+
+}  // namespace halvora

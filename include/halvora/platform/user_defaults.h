@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// The small persistent values of an application. Reads see the last write at once; writing a value
+// that is already there costs nothing, and no write makes the caller wait for a disk. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "halvora/platform/time.h"
+
+namespace halvora {
+
+struct DefaultsMember;
+struct DefaultsValue;
+using DefaultsArray = std::vector<DefaultsValue>;
+using DefaultsDictionary = std::vector<DefaultsMember>;
+
+struct DefaultsValue {
+  using Storage = std::variant<bool, std::int64_t, double, std::string, Date, DefaultsArray,
+                               DefaultsDictionary>;
+  Storage storage;
+
+  DefaultsValue() = default;
+  template <class T>
+  requires std::is_constructible_v<Storage, T&&> DefaultsValue(T&& value)
+      : storage(std::forward<T>(value)) {}  // NOLINT(google-explicit-constructor)
+
+  friend bool operator==(const DefaultsValue&, const DefaultsValue&);
+};
+
+struct DefaultsMember {
+  std::string key;
+  DefaultsValue value;
+  friend bool operator==(const DefaultsMember&, const DefaultsMember&) = default;
+};
+
+inline bool operator==(const DefaultsValue& left, const DefaultsValue& right) {
+  return left.storage == right.storage;
+}
+
+class UserDefaults {
+ public:
+  virtual ~UserDefaults() = default;
+  /// Null for a key that is not set. The value lives until the next write.
+  virtual const DefaultsValue* find(std::string_view key) const = 0;
+  virtual void set(std::string_view key, DefaultsValue value) = 0;
+  virtual void remove(std::string_view key) = 0;
+  /// Asks for what was written to be made lasting, soon and off the main thread.
+  virtual void synchronize() = 0;
+};
+
+}  // namespace halvora

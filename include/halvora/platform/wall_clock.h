@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+// Civil time: what date it is, and which day that is in the user's own calendar and time zone. Main
+// thread.
+#pragma once
+
+#include "halvora/platform/time.h"
+
+namespace halvora {
+
+struct DayComponents {
+  int year = 0;
+  int month = 0;
+  int day = 0;
+  friend bool operator==(const DayComponents&, const DayComponents&) = default;
+};
+
+class WallClock {
+ public:
+  virtual ~WallClock() = default;
+  virtual Date now() const = 0;
+};
+
+class Calendar {
+ public:
+  virtual ~Calendar() = default;
+  virtual DayComponents componentsOf(Date date) const = 0;
+};
+
+}  // namespace halvora

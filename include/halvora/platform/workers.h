@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// Work that is done by several threads at once and waited for, such as the decoding of a video in
+// stretches. Any thread but the main one.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "halvora/platform/task.h"
+
+namespace halvora {
+
+enum class WorkEnd : std::uint8_t {
+  done,
+  /// There were no threads, or no memory for them: no task has begun.
+  notBegun,
+  /// A task threw; as a rule memory was short.
+  failed,
+};
+
+class Workers {
+ public:
+  virtual ~Workers() = default;
+  /// How many tasks may decode at once, at least 1.
+  virtual int count() const = 0;
+  /// Whether the tasks of one `run` go on side by side, so that one may wait for another. Where
+  /// they do not, they run one after the other in their order.
+  virtual bool areParallel() const = 0;
+  /// Runs every task and returns when all have ended. A task that throws has ended; the others go
+  /// on.
+  virtual WorkEnd run(std::span<Task> tasks) = 0;
+};
+
+/// Whether the task came to its end without throwing.
+inline bool ranToItsEnd(Task& task) noexcept {
+  try {
+    task();
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+/// For tasks of which none waits for another: where there are no threads, the caller's own does
+/// them one after the other. Never `notBegun`.
+inline WorkEnd runAnyway(Workers& workers, std::span<Task> tasks) {
+  WorkEnd end = workers.run(tasks);
+  if (end != WorkEnd::notBegun) return end;
+  end = WorkEnd::done;
+  for (Task& task : tasks) {
+    if (!ranToItsEnd(task)) end = WorkEnd::failed;
+  }
+  return end;
+}
+
+}  // namespace halvora

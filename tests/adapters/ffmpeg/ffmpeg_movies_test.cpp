@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+// Movies as the kit writes them, read back as it reads videos.
+#include "adapters/ffmpeg/ffmpeg_movies.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "tests/apps/halvora/tool_runner.h"
+
+namespace halvora {
+namespace {
+
+constexpr int kWidth = 64;
+constexpr int kHeight = 32;
+
+std::vector<std::uint8_t> plain(int red, int green, int blue) {
+  std::vector<std::uint8_t> rgb;
+  for (int at = 0; at < kWidth * kHeight; ++at) {
+    for (const int level : {red, green, blue}) rgb.push_back(static_cast<std::uint8_t>(level));
+  }
+  return rgb;
+}
+
+struct FfmpegMoviesRoom : testing::Test {
+  TestFolder folder;
+  const std::string path = (folder.path() / "movie.mp4").string();
+  std::unique_ptr<MovieWriter> movie = FfmpegMovies().make(path, {kWidth, kHeight, 30});
+
+  void SetUp() override {
+    if (movie == nullptr) GTEST_SKIP() << "this FFmpeg has no encoder";
+  }
+};
+
+TEST_F(FfmpegMoviesRoom, ShowsEachPictureForOneFrame) {
+  const int colours[][3] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 255}, {20, 130, 70}};
+  for (const auto& colour : colours)
+    ASSERT_TRUE(movie->add(plain(colour[0], colour[1], colour[2])));
+  ASSERT_TRUE(movie->finish());
+
+  const auto asset = FfmpegVideoAssets().open(path);
+  ASSERT_TRUE(asset);
+  EXPECT_NEAR(asset->durationSeconds(), 5 / 30.0, 0.001);
+  const auto reader = asset->reader({});
+  ASSERT_TRUE(reader);
+  for (std::size_t at = 0; at < std::size(colours); ++at) {
+    const auto frame = reader->next();
+    ASSERT_TRUE(frame) << at;
+    EXPECT_NEAR(frame->seconds(), static_cast<double>(at) / 30, 0.001);
+    const PixelPosition middle{kWidth / 2, kHeight / 2};
+    std::uint32_t word = 0;
+    frame->sample({&middle, 1}, {&word, 1});
+    // The encoder is not exact, and limited range has 219 levels.
+    for (int channel = 0; channel < 3; ++channel) {
+      const auto level = static_cast<int>(word >> (16 - 8 * channel) & 255);
+      EXPECT_NEAR(level, colours[at][channel], 6) << at << " " << channel;
+    }
+  }
+  EXPECT_FALSE(reader->next());
+}
+
+TEST_F(FfmpegMoviesRoom, RefusesAPictureOfAnotherSize) {
+  EXPECT_FALSE(movie->add(std::vector<std::uint8_t>(3)));
+  EXPECT_FALSE(movie->add(plain(0, 0, 0)));
+  EXPECT_FALSE(movie->finish());
+}
+
+TEST(FfmpegMovies, RefusesSizesAndPlacesThatCannotBe) {
+  const TestFolder folder;
+  const auto pathOf = [&](const char* name) { return (folder.path() / name).string(); };
+  EXPECT_FALSE(FfmpegMovies().make(pathOf("a.mp4"), {63, 32, 30}));
+  EXPECT_FALSE(FfmpegMovies().make(pathOf("a.mp4"), {64, 0, 30}));
+  EXPECT_FALSE(FfmpegMovies().make(pathOf("a.mp4"), {64, 32, 0}));
+  EXPECT_FALSE(FfmpegMovies().make(pathOf("missing/a.mp4"), {64, 32, 30}));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+}  // namespace
+}  // namespace halvora

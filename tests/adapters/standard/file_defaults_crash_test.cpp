@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+// A process that writes its defaults all the time and dies at any moment.
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/linux/linux_files.h"
+#include "adapters/standard/file_defaults.h"
+#include "adapters/standard/thread_queues.h"
+#include "adapters/virtual/virtual_run_loop.h"
+#include "tests/adapters/standard/temporary_folder.h"
+#include "tests/support/all_cases.h"
+#include "text/defaults_values.h"
+
+namespace halvora {
+namespace {
+
+constexpr int kDeaths = 50;
+constexpr int kAllDeaths = 200;
+constexpr std::uint32_t kMostEvents = 60;
+constexpr char kWritten = 'w';
+constexpr char kSaved = 's';
+
+void say(int pipe, char event) {
+  if (write(pipe, &event, 1) != 1) _exit(1);
+}
+
+/// Says when a file has been put in place, on the thread that did it.
+class SayingFiles final : public Files {
+ public:
+  explicit SayingFiles(int pipe) : pipe_(pipe) {}
+  std::optional<FileAttributes> attributes(const std::string& path) const override {
+    return files_.attributes(path);
+  }
+  std::optional<std::vector<std::string>> list(const std::string& folder) const override {
+    return files_.list(folder);
+  }
+  std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
+    return files_.read(path, limit);
+  }
+  bool replace(const std::string& path, std::string_view bytes) override {
+    return said(files_.replace(path, bytes));
+  }
+  bool replaceLastingly(const std::string& path, std::string_view bytes) override {
+    return said(files_.replaceLastingly(path, bytes));
+  }
+  bool makeFolder(const std::string& path) override { return files_.makeFolder(path); }
+  bool move(const std::string& from, const std::string& to) override {
+    return files_.move(from, to);
+  }
+  void removeFolder(const std::string& path) override { files_.removeFolder(path); }
+  void removeLeftovers(const std::string& beginning) override { files_.removeLeftovers(beginning); }
+
+ private:
+  bool said(bool isInPlace) const {
+    if (isInPlace) say(pipe_, kSaved);
+    return isInPlace;
+  }
+
+  LinuxFiles files_;
+  int pipe_;
+};
+
+struct Process {
+  Process(const std::string& path, Files& files) : defaults(path, {files, json, loop, queues}) {}
+
+  RapidJsonReader json;
+  VirtualRunLoop loop;
+  ThreadQueues queues;
+  FileDefaults defaults;
+};
+
+// So long that a file is not written in one go.
+std::string filling(std::int64_t number) {
+  return std::string(40'000, static_cast<char>('a' + number % 26));
+}
+
+/// Counts on from what is stored. Never returns.
+[[noreturn]] void writeUntilKilled(const std::string& path, int pipe) {
+  SayingFiles files(pipe);
+  Process process(path, files);
+  for (std::int64_t number = integerForKey(process.defaults, "first") + 1;; ++number) {
+    process.defaults.set("first", number);
+    process.defaults.set("text", filling(number));
+    process.defaults.set("zLast", number);
+    process.defaults.synchronize();
+    say(pipe, kWritten);
+  }
+}
+
+std::size_t leftovers(const std::string& folder) {
+  std::size_t count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().filename() != "defaults.json") ++count;
+  }
+  return count;
+}
+
+/// Lets a process save once at least, and then do so much more, before it is killed.
+void killAfter(const std::string& path, std::uint32_t events) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    close(ends[0]);
+    writeUntilKilled(path, ends[1]);
+  }
+  close(ends[1]);
+  char event = 0;
+  do {
+    ASSERT_EQ(read(ends[0], &event, 1), 1);
+  } while (event != kSaved);
+  for (std::uint32_t count = 0; count < events; ++count) {
+    ASSERT_EQ(read(ends[0], &event, 1), 1);
+  }
+  kill(child, SIGKILL);
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  close(ends[0]);
+}
+
+TEST(FileDefaultsCrash, LeavesTheOldOrTheNewValues) {
+  const TemporaryFolder folder;
+  const std::string path = folder.path() + "/defaults.json";
+  std::mt19937 random(20261121);
+  LinuxFiles files;
+  std::int64_t before = 0;
+  const int deaths = wantsAllCases() ? kAllDeaths : kDeaths;
+  for (int death = 0; death < deaths; ++death) {
+    ASSERT_NO_FATAL_FAILURE(killAfter(path, static_cast<std::uint32_t>(random() % kMostEvents)));
+    const Process process(path, files);
+    const std::int64_t stored = integerForKey(process.defaults, "first");
+    ASSERT_GT(stored, before);
+    ASSERT_EQ(integerForKey(process.defaults, "zLast"), stored);
+    ASSERT_EQ(textForKey(process.defaults, "text"), filling(stored));
+    ASSERT_EQ(leftovers(folder.path()), 0U) << "damaged, or half written";
+    before = stored;
+  }
+}
+
+}  // namespace
+}  // namespace halvora

@@ -1,0 +1,281 @@
+// SPDX-License-Identifier: Apache-2.0
+// A machine as a phone, from the packet in the air to what its services are told; and the demo that
+// opens it.
+#include "apps/console/system_phone.h"
+
+#include <QImage>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "adapters/standard/standard_files.h"
+#include "tests/adapters/linux/services/fake_login.h"
+#include "tests/apps/console/system_bench.h"
+#include "tests/faces/qt/qml_bench.h"
+#include "tests/support/source_tree.h"
+
+namespace halvora {
+namespace {
+
+using testing::Contains;
+
+const std::string kAssets = sourceTree() + "/assets/demo";
+
+Broadcast steadyLook() {
+  Broadcast look;
+  look.applicationId = 4242;
+  look.venueId = 7;
+  look.master = 255;
+  look.red = 30;
+  look.green = 160;
+  look.blue = 90;
+  look.mode = 1;
+  look.transmitter = 1;
+  return look;
+}
+
+class SystemPhones : public SystemBench {
+ protected:
+  void SetUp() override {
+    SystemBench::SetUp();
+    qputenv("XDG_DATA_HOME", folder.path().c_str());
+  }
+  void TearDown() override { qunsetenv("XDG_DATA_HOME"); }
+
+  void openPhone() {
+    phone = std::make_unique<SystemPhone>(
+        kAssets, QtLinuxOptions{bus.address(), bus.address(), login.lights(), "A test"});
+    phone->engine().start();
+  }
+  bool waitForRadio(const char* text) {
+    return waitFor([&] { return phone->radio().contains(QString::fromUtf8(text)); });
+  }
+
+  FakeLogin login{loop, descriptors, bus.address()};
+  FakeService saver{loop, descriptors, bus.address(), "org.freedesktop.ScreenSaver"};
+  FakeService feedback{loop, descriptors, bus.address(), "org.sigxcpu.Feedback"};
+  std::unique_ptr<SystemPhone> phone;
+};
+
+TEST_F(SystemPhones, APacketReachesEveryService) {
+  login.addLight("leds/white:flash", 31, 0);
+  login.addLight("backlight/panel", 1000, 400);
+  login.appear();
+  saver.answers["org.freedesktop.ScreenSaver.Inhibit"] = [](sd_bus_message* call) {
+    return sd_bus_reply_method_return(call, "u", 5);
+  };
+  saver.answers["org.freedesktop.ScreenSaver.UnInhibit"] = agree;
+  saver.appear();
+  feedback.answers["org.sigxcpu.Feedback.Haptic.Vibrate"] = [](sd_bus_message* call) {
+    return sd_bus_reply_method_return(call, "b", 1);
+  };
+  feedback.appear();
+  Broadcast look = steadyLook();
+  look.ledMode = 1;
+  look.vibrate = 3;
+  send(look);
+  openPhone();
+  EXPECT_TRUE(waitFor([&] { return login.levelOf("leds/white:flash") == 31; }));
+  EXPECT_TRUE(waitFor([&] { return login.levelOf("backlight/panel") == 1000; }));
+  ASSERT_TRUE(waitFor([&] { return !saver.calls.empty() && !feedback.calls.empty(); }));
+  EXPECT_THAT(saver.calls, Contains(testing::EndsWith(", A test)")));
+  EXPECT_THAT(feedback.calls, Contains(testing::EndsWith(", [[1, 400]])")));
+  EXPECT_TRUE(waitForRadio("Scanning · hearing a show · last packet 0."));
+
+  sent.mode = 0;
+  sent.ledMode = 0;
+  EXPECT_TRUE(waitFor([&] { return login.levelOf("leds/white:flash") == 0; }));
+  EXPECT_TRUE(waitFor([&] { return login.levelOf("backlight/panel") <= 400; }));
+  EXPECT_TRUE(waitFor([&] { return saver.calls.back() == "UnInhibit(5)"; }));
+}
+
+TEST_F(SystemPhones, APhoneThatIsClosedInAShowLeavesNoLightOn) {
+  login.addLight("leds/white:flash", 31, 0);
+  login.addLight("backlight/panel", 1000, 400);
+  login.appear();
+  Broadcast look = steadyLook();
+  look.ledMode = 1;
+  send(look);
+  openPhone();
+  ASSERT_TRUE(waitFor([&] {
+    return login.levelOf("leds/white:flash") == 31 && login.levelOf("backlight/panel") == 1000;
+  }));
+  phone.reset();
+  EXPECT_TRUE(waitFor([&] { return login.levelOf("leds/white:flash") == 0; }));
+  EXPECT_TRUE(waitFor([&] { return login.levelOf("backlight/panel") == 400; }));
+}
+
+TEST_F(SystemPhones, WithoutServicesTheShowGoesOn) {
+  Broadcast look = steadyLook();
+  look.ledMode = 5;
+  look.ledSpeed = 255;
+  look.vibrate = 2;
+  send(look);
+  openPhone();
+  ASSERT_TRUE(waitForRadio("hearing a show"));
+  EXPECT_TRUE(waitFor([&] { return phone->engine().state().screen.currentMode == 1; }));
+}
+
+TEST_F(SystemPhones, WithoutABluetoothDaemonTheRadioSaysWhy) {
+  openPhone();
+  EXPECT_TRUE(waitForRadio("Not scanning · no show heard\norg.freedesktop.DBus.Error."));
+  bus.stop();
+  EXPECT_TRUE(waitForRadio("Not scanning"));
+}
+
+TEST_F(SystemPhones, ThePanelsSettingsButtonSwitchesTheAdapterOn) {
+  bluez.appear();
+  bluez.addAdapter("hci0", false);
+  openPhone();
+  QQmlEngine qml;
+  qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
+  phone->install(qml);
+  QmlWindow window(qml, R"(
+    import QtQuick
+    import Halvora
+    Window {
+        width: 300; height: 400; visible: true
+        HalvoraStatusView { objectName: "panel"; width: 300; offersSettingsWhenOff: true }
+    })");
+  auto* button = window.find("settingsButton");
+  ASSERT_NE(button, nullptr);
+  ASSERT_TRUE(waitFor([&] { return button->isVisible() && button->height() > 0; }));
+  QMetaObject::invokeMethod(button, "clicked");
+  ASSERT_TRUE(waitForRadio("Scanning"));
+  EXPECT_THAT(bluez.calls, Contains("Set"));
+  EXPECT_TRUE(waitFor([&] { return button->height() == 0; }));
+}
+
+TEST_F(SystemPhones, TheRadioSaysWhichAdapterIsInUse) {
+  bluez.broken = {"hci0"};
+  bluez.ear = "hci1";
+  send(steadyLook());
+  bluez.addAdapter("hci1", true);
+  openPhone();
+  EXPECT_TRUE(waitForRadio("Scanning · hearing a show · last packet 0."));
+  EXPECT_TRUE(waitForRadio(" · hci1"));
+}
+
+TEST_F(SystemPhones, AnAdapterThatIsNamedIsWaitedForAndTheRadioSaysSo) {
+  bluez.appear();
+  bluez.addAdapter("hci0", true);
+  phone = std::make_unique<SystemPhone>(
+      kAssets, QtLinuxOptions{bus.address(), bus.address(), login.lights(), "A test", "hci1"});
+  phone->engine().start();
+  EXPECT_TRUE(waitForRadio(
+      "Not scanning · no show heard\nwaiting for the adapter hci1, which is not there; this "
+      "machine has hci0"));
+  bluez.addAdapter("hci1", true);
+  EXPECT_TRUE(waitForRadio(" · hci1"));
+  EXPECT_FALSE(phone->radio().contains(QStringLiteral("waiting")));
+}
+
+TEST_F(SystemPhones, AMachineWithoutLightsHasNeitherTorchNorBacklight) {
+  QtLinuxServices services(loop, {bus.address(), bus.address(), login.lights()});
+  EXPECT_FALSE(services.services().torch->hasTorch());
+  EXPECT_FALSE(services.services().brightness);
+  EXPECT_FALSE(services.services().setBrightness);
+  login.addLight("backlight/panel", 1000, 400);
+  QtLinuxServices lit(loop, {bus.address(), bus.address(), login.lights()});
+  ASSERT_TRUE(lit.services().brightness);
+  EXPECT_DOUBLE_EQ(lit.services().brightness(), 0.4);
+}
+
+TEST_F(SystemPhones, OpeningTheSettingsStartsTheDesktopsPage) {
+  const std::string page = folder.write("bin/gnome-control-center",
+                                        "#!/bin/sh\nprintf %s \"$1\" > \"${0%/*}/opened\"\n");
+  std::filesystem::permissions(page, std::filesystem::perms::owner_all);
+  const QByteArray path = qgetenv("PATH");
+  const QByteArray desktops = qgetenv("XDG_CURRENT_DESKTOP");
+  qputenv("PATH", QByteArray::fromStdString(folder.path() + "/bin:") + path);
+  qputenv("XDG_CURRENT_DESKTOP", "Phosh:GNOME");
+  QtLinuxServices services(loop, {bus.address(), bus.address(), login.lights()});
+  services.services().openSettings();
+  qputenv("PATH", path);
+  qputenv("XDG_CURRENT_DESKTOP", desktops);
+  const std::string opened = folder.path() + "/bin/opened";
+  EXPECT_TRUE(waitFor([&] { return readFile(opened, 100) == "bluetooth"; }));
+}
+
+#ifdef HALVORA_DEMO
+
+class SystemDemo : public SystemPhones {
+ protected:
+  void start(const QStringList& more) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    const QString address = QString::fromStdString(bus.address());
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), address);
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address);
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    demo.setProcessEnvironment(environment);
+    demo.start(
+        QStringLiteral(HALVORA_DEMO),
+        QStringList{QStringLiteral("--radio"), QStringLiteral("system"), QStringLiteral("--assets"),
+                    QString::fromStdString(kAssets), QStringLiteral("--screenshot"), picture} +
+            more);
+  }
+  bool waitForEnd() {
+    return waitFor([&] { return demo.state() == QProcess::NotRunning; });
+  }
+
+  QProcess demo;
+  const QString picture = QString::fromStdString(folder.path() + "/phone.png");
+};
+
+TEST_F(SystemDemo, ThePictureShowsWhatIsInTheAir) {
+  send(steadyLook());
+  start({});
+  ASSERT_TRUE(waitForEnd());
+  ASSERT_EQ(demo.exitCode(), 0) << demo.readAllStandardError().toStdString();
+  const QImage window(picture);
+  ASSERT_FALSE(window.isNull());
+  const QColor seen = window.pixelColor(window.width() / 2, window.height() / 2);
+  EXPECT_LE(std::abs(seen.red() - 30), 1) << seen.name().toStdString();
+  EXPECT_LE(std::abs(seen.green() - 160), 1) << seen.name().toStdString();
+  EXPECT_LE(std::abs(seen.blue() - 90), 1) << seen.name().toStdString();
+}
+
+TEST_F(SystemDemo, SaysInOneLineThatTheAdapterThatIsNamedIsNotThereAndGoesOn) {
+  send(steadyLook());
+  start({QStringLiteral("--adapter"), QStringLiteral("hci7")});
+  std::string said;
+  EXPECT_TRUE(waitFor([&] {
+    said += demo.readAllStandardError().toStdString();
+    return said.find(
+               "halvora-demo: waiting for the adapter hci7, which is not there; this machine "
+               "has hci0\n") != std::string::npos;
+  })) << said;
+  // The picture is of its first show.
+  bluez.ear = "hci7";
+  bluez.addAdapter("hci7", true);
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ(demo.exitCode(), 0);
+}
+
+TEST_F(SystemDemo, WithoutABusThereIsAPictureOfThePanel) {
+  bus.stop();
+  start({QStringLiteral("--quit-after"), QStringLiteral("2")});
+  ASSERT_TRUE(waitForEnd());
+  ASSERT_EQ(demo.exitStatus(), QProcess::NormalExit);
+  ASSERT_EQ(demo.exitCode(), 0) << demo.readAllStandardError().toStdString();
+  const QImage window(picture);
+  ASSERT_FALSE(window.isNull());
+  // The host's page without a light, and on it what the panel has to say.
+  EXPECT_EQ(window.pixelColor(window.width() / 2, window.height() / 2), QColor(0x12, 0x14, 0x1a));
+  int letters = 0;
+  for (int y = window.height() * 2 / 3; y < window.height(); ++y) {
+    for (int x = 0; x < window.width(); ++x) {
+      if (qGray(window.pixel(x, y)) > 200) ++letters;
+    }
+  }
+  EXPECT_GT(letters, 300);
+}
+
+#endif
+
+}  // namespace
+}  // namespace halvora

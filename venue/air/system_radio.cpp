@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "venue/air/system_radio.h"
+
+#include <exception>
+#include <utility>
+
+#include "adapters/linux/bluetooth/bluez_central.h"
+#include "adapters/linux/bus/bluez_daemon.h"
+#include "adapters/linux/poll_run_loop.h"
+
+namespace halvora {
+
+namespace {
+
+/// A signal between a look at `isDone` and the wait would go unnoticed for as long as nothing else
+/// happens.
+constexpr Duration kLongestWait = milliseconds(200);
+
+class SystemRadio final : public Radio {
+ public:
+  SystemRadio(const std::string& adapter, const std::string& busAddress)
+      : daemon_(loop_, loop_, busAddress), central_(loop_, daemon_, {.adapter = adapter}) {}
+
+  RunLoop& loop() override { return loop_; }
+  BluetoothCentral& bluetooth() override { return central_; }
+  RadioAdapters adapters() const override {
+    BluetoothDiagnostics found = central_.diagnostics();
+    if (!found.isScanning) found.adapter.clear();
+    return {std::move(found.adapters), std::move(found.adapter), std::move(found.errors.last)};
+  }
+  void runUntil(const std::function<bool()>& isDone) override {
+    const auto isOver = [&] { return isDone() || loop_.failures() > 0; };
+    while (!loop_.runUntil(isOver, kLongestWait)) {
+    }
+    // A command that lost a turn has nothing true to say any more.
+    if (loop_.failures() > 0) std::rethrow_exception(loop_.firstFailure());
+  }
+
+ private:
+  PollRunLoop loop_;
+  BluezDaemon daemon_;
+  BluezCentral central_;
+};
+
+}  // namespace
+
+std::unique_ptr<Radio> openSystemRadio(const std::string& adapter, const std::string& busAddress) {
+  return std::make_unique<SystemRadio>(adapter, busAddress);
+}
+
+}  // namespace halvora

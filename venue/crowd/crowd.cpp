@@ -1,0 +1,440 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "venue/crowd/crowd.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "adapters/virtual/virtual_run_loop.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr Duration kInstant{1};
+constexpr Duration kWatch = milliseconds(10);
+constexpr double kLinearOne = 65535;
+// After all acts of a time.
+constexpr std::uint64_t kLooking = UINT64_MAX;
+
+std::array<std::uint16_t, 256> linearTable() {
+  std::array<std::uint16_t, 256> table{};
+  for (std::size_t level = 0; level < table.size(); ++level) {
+    const double share = static_cast<double>(level) / 255;
+    // The transfer function of sRGB, IEC 61966-2-1.
+    const double linear = share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
+    table[level] = static_cast<std::uint16_t>(std::lround(linear * kLinearOne));
+  }
+  return table;
+}
+
+double shareOf(std::uint64_t bits) { return static_cast<double>(bits >> 11) / 9007199254740992.0; }
+
+std::uint8_t byteOf(float level) {
+  return static_cast<std::uint8_t>(std::lround(std::clamp(level, 0.0F, 1.0F) * 255.0F));
+}
+
+// Of chances that a phone draws beside those of its packets.
+constexpr std::uint64_t kLateDraw = 0x4C415445;
+constexpr std::uint64_t kLateByDraw = 0x4C415442;
+constexpr std::uint64_t kLeaveDraw = 0x4C454156;
+constexpr std::uint64_t kLeaveAtDraw = 0x4C454154;
+constexpr std::uint64_t kSeedDraw = 0x53454544;
+
+}  // namespace
+
+std::uint16_t linearOf(std::uint8_t level) {
+  static const std::array<std::uint16_t, 256> kTable = linearTable();
+  return kTable[level];
+}
+
+struct Crowd::Block {
+  Block() { queues.log.isKept = false; }
+
+  VirtualRunLoop loop;
+  VirtualQueues queues{loop};
+  CrowdGround ground{loop, queues};
+};
+
+struct Crowd::Member {
+  Member(CrowdGround& ground, const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed)
+      : phone(ground, parts, seat, seed) {}
+
+  CrowdPhone phone;
+  std::uint32_t nextAct = 0;
+  /// The first look that it has not shown.
+  std::uint32_t nextLook = 0;
+};
+
+enum class CrowdEvent : std::uint8_t { open, act, packet, leave, frame, watch };
+
+// Something that happens to one phone, or a look at all of a block.
+struct Crowd::Moment {
+  Duration time{};
+  /// Acts at one time come in the order of their lines, before what only looks.
+  std::uint64_t order = 0;
+  CrowdEvent kind{};
+  std::uint32_t phone = 0;
+  std::size_t at = 0;
+
+  friend bool operator<(const Moment& one, const Moment& other) {
+    return std::pair(one.time, one.order) < std::pair(other.time, other.order);
+  }
+};
+
+struct Crowd::Slice {
+  Duration begin{};
+  /// The first time that belongs to the next slice.
+  Duration end{};
+  std::vector<Duration> frames;
+  /// The pixel map on the air at each frame.
+  std::vector<std::optional<MapMoment>> maps;
+  /// What may be heard in the slice.
+  std::size_t firstSent = 0;
+  std::size_t endSent = 0;
+};
+
+// The blocks of one thread.
+struct Crowd::Chunk {
+  std::size_t first = 0;
+  std::size_t end = 0;
+  bool isGood = true;
+  /// What its thread must not let out.
+  std::exception_ptr failure = nullptr;
+  std::vector<Moment> moments;
+  std::vector<FrameCounts> frames;
+  PacketCounts packets;
+  OpenLooks looks;
+};
+
+Crowd::Crowd(const Parts& parts, const CrowdSettings& settings)
+    : parts_(parts), settings_(settings) {
+  for (const ScenarioLine& line : parts_.scenario.lines) {
+    if (std::holds_alternative<PacketAction>(line.action)) continue;
+    for (std::uint64_t k = 0;; ++k) {
+      const auto time = line.timeOf(k);
+      if (!time || *time > settings_.end || acts_.size() == Air::kMostSent) break;
+      acts_.push_back({*time, &line});
+    }
+  }
+  std::stable_sort(acts_.begin(), acts_.end(),
+                   [](const Act& one, const Act& other) { return one.time < other.time; });
+  seatPhones();
+}
+
+Crowd::~Crowd() = default;
+
+void Crowd::seatPhones() {
+  const std::size_t count = parts_.seats.size();
+  members_.resize(count);
+  presences_.resize(count);
+  blocks_.resize((count + kBlock - 1) / kBlock);
+  const auto threads = static_cast<std::size_t>(std::max(parts_.workers.count(), 1));
+  chunks_.resize(std::clamp<std::size_t>(blocks_.size(), 1, threads));
+  std::vector<Task> tasks;
+  for (std::size_t at = 0; at < chunks_.size(); ++at) {
+    chunks_[at].first = blocks_.size() * at / chunks_.size();
+    chunks_[at].end = blocks_.size() * (at + 1) / chunks_.size();
+    tasks.emplace_back([this, &chunk = chunks_[at]] {
+      for (std::size_t block = chunk.first; block < chunk.end; ++block) seatBlock(block);
+    });
+  }
+  if (runAnyway(parts_.workers, tasks) == WorkEnd::failed) throw std::bad_alloc();
+}
+
+void Crowd::seatBlock(std::size_t block) {
+  blocks_[block] = std::make_unique<Block>();
+  for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
+    members_[phone] =
+        std::make_unique<Member>(blocks_[block]->ground, parts_.phones, parts_.seats[phone],
+                                 mixed(settings_.seed, phone, kSeedDraw));
+    presences_[phone] = presenceOf(phone);
+    const auto looks = parts_.air.looks();
+    members_[phone]->nextLook = static_cast<std::uint32_t>(
+        std::lower_bound(looks.begin(), looks.end(), presences_[phone].opens) - looks.begin());
+  }
+}
+
+std::size_t Crowd::endOf(std::size_t block) const {
+  return std::min((block + 1) * kBlock, members_.size());
+}
+
+Crowd::Presence Crowd::presenceOf(std::size_t phone) const {
+  const auto draw = [&](std::uint64_t what) { return shareOf(mixed(settings_.seed, phone, what)); };
+  const auto within = [](Duration span, double share) {
+    return Duration(static_cast<std::int64_t>(static_cast<double>(span.count()) * share));
+  };
+  Presence presence{{}, settings_.end + kSlice};
+  if (draw(kLateDraw) < settings_.lateShare) {
+    presence.opens = within(settings_.latest, draw(kLateByDraw));
+  }
+  if (draw(kLeaveDraw) < settings_.leaveShare) {
+    const Duration stay = std::max(settings_.end - presence.opens, Duration::zero());
+    presence.leaves = presence.opens + within(stay, draw(kLeaveAtDraw));
+  }
+  return presence;
+}
+
+bool Crowd::run() {
+  Slice slice;
+  plan(slice);
+  lights_.assign(slice.frames.size() * members_.size(), {});
+  std::vector<Task> tasks;
+  for (Chunk& chunk : chunks_) {
+    tasks.emplace_back([this, &slice, &chunk] { runChunk(slice, chunk); });
+  }
+  const WorkEnd end = runAnyway(parts_.workers, tasks);
+  for (const Chunk& chunk : chunks_) {
+    if (chunk.failure) std::rethrow_exception(chunk.failure);
+  }
+  if (end == WorkEnd::failed) throw std::bad_alloc();
+
+  std::vector<FrameCounts> counts(slice.frames.size());
+  bool isGood = true;
+  for (Chunk& chunk : chunks_) {
+    isGood = isGood && chunk.isGood;
+    for (std::size_t at = 0; at < counts.size(); ++at) counts[at].add(chunk.frames[at]);
+    packets_.add(chunk.packets);
+    looks_.add(chunk.looks);
+  }
+  frames_.clear();
+  for (std::size_t at = 0; at < counts.size(); ++at) {
+    CrowdFrame frame;
+    frame.time = slice.frames[at];
+    frame.lights = std::span(lights_).subspan(at * members_.size(), members_.size());
+    frame.counts = counts[at];
+    frame.isShowOnAir = isShowOnAir(slice.frames[at]);
+    if (slice.maps[at]) frame.mapFrame = slice.maps[at]->frame;
+    frames_.push_back(frame);
+  }
+  now_ = slice.end;
+  closeLooks(isOver() ? settings_.end + kSlice : now_ - LookDelays::kLongest);
+  return isGood;
+}
+
+const Broadcast* Crowd::onAir(Duration time) const {
+  const auto sent = parts_.air.sent();
+  auto after = std::upper_bound(sent.begin(), sent.end(), time,
+                                [](Duration moment, const Sent& one) { return moment < one.time; });
+  while (after != sent.begin()) {
+    --after;
+    if (const auto& broadcast = parts_.air.packet(*after).broadcast) return &*broadcast;
+  }
+  return nullptr;
+}
+
+bool Crowd::isShowOnAir(Duration time) const {
+  const Broadcast* broadcast = onAir(time);
+  return broadcast != nullptr && broadcast->mode != 0;
+}
+
+void Crowd::plan(Slice& slice) {
+  slice.begin = now_;
+  slice.end = std::min(now_ + kSlice, settings_.end + kInstant);
+  for (;; ++nextFrame_) {
+    const Duration time(static_cast<std::int64_t>(std::llround(
+        static_cast<double>(nextFrame_) * 1e6 / static_cast<double>(settings_.framesPerSecond))));
+    if (time >= slice.end) break;
+    slice.frames.push_back(time);
+    const Broadcast* broadcast = onAir(time);
+    auto& map = slice.maps.emplace_back();
+    if (broadcast == nullptr || broadcast->pixelMapId == 0 || broadcast->mode == 0) continue;
+    const VenueTables::Block* const tables = tablesOf(*broadcast);
+    if (tables != nullptr && tables->frameCount > 0) {
+      map = MapMoment{tables, cueToken(*broadcast) % tables->frameCount};
+    }
+  }
+  const auto sent = parts_.air.sent();
+  const auto firstAt = [&](Duration time) {
+    return static_cast<std::size_t>(
+        std::lower_bound(sent.begin(), sent.end(), time,
+                         [](const Sent& one, Duration moment) { return one.time < moment; }) -
+        sent.begin());
+  };
+  slice.firstSent = firstAt(slice.begin - parts_.air.jitter());
+  slice.endSent = firstAt(slice.end);
+}
+
+const VenueTables::Block* Crowd::tablesOf(const Broadcast& broadcast) {
+  const auto [found, isNew] = tables_.try_emplace({broadcast.venueId, broadcast.pixelMapId});
+  if (isNew) {
+    found->second = parts_.tables.block(
+        parts_.assets.pixelMapVideoURLForVenueId(broadcast.venueId, broadcast.pixelMapId));
+  }
+  return found->second;
+}
+
+void Crowd::runChunk(const Slice& slice, Chunk& chunk) {
+  chunk.frames.assign(slice.frames.size(), {});
+  chunk.looks = OpenLooks(nextLook_);
+  chunk.packets = {};
+  try {
+    for (std::size_t block = chunk.first; block < chunk.end; ++block) {
+      chunk.isGood = runBlock(slice, block, chunk) && chunk.isGood;
+    }
+  } catch (...) {
+    chunk.failure = std::current_exception();
+  }
+}
+
+bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
+  collectMoments(slice, block, chunk);
+  VirtualRunLoop& loop = blocks_[block]->loop;
+  for (const Moment& moment : chunk.moments) {
+    if (moment.kind != CrowdEvent::frame && moment.kind != CrowdEvent::watch) {
+      if (!loop.actAt(moment.time, [&] { act(moment, loop.now(), chunk); })) return false;
+      continue;
+    }
+    if (!loop.runUntil(moment.time)) return false;
+    if (moment.kind == CrowdEvent::watch) {
+      watch(members_[moment.phone]->phone.light(), moment.time);
+      continue;
+    }
+    for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
+      look(slice, moment.at, phone, chunk);
+    }
+  }
+  const bool hasEnded = loop.runUntil(slice.end - kInstant);
+  // A phone goes on after a turn that failed, but then it shows what no other one would.
+  if (loop.failures() > 0) std::rethrow_exception(loop.firstFailure());
+  for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
+    if (members_[phone]->phone.hasFailed()) throw std::bad_alloc();
+  }
+  return hasEnded;
+}
+
+void Crowd::act(const Moment& moment, Duration now, Chunk& chunk) {
+  Member& member = *members_[moment.phone];
+  switch (moment.kind) {
+    case CrowdEvent::open:
+      return member.phone.open();
+    case CrowdEvent::act:
+      return member.phone.act(acts_[moment.at].line->action);
+    case CrowdEvent::packet:
+      return hear(moment.at, member, now, chunk);
+    case CrowdEvent::leave:
+      return member.phone.leave();
+    case CrowdEvent::frame:
+    case CrowdEvent::watch:
+      return;
+  }
+}
+
+// In the order in which they happen.
+void Crowd::collectMoments(const Slice& slice, std::size_t block, Chunk& chunk) {
+  std::vector<Moment>& moments = chunk.moments;
+  moments.clear();
+  for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
+    collectMomentsOf(slice, phone, chunk);
+  }
+  for (std::size_t at = 0; at < slice.frames.size(); ++at) {
+    moments.push_back({slice.frames[at], kLooking, CrowdEvent::frame, 0, at});
+  }
+  if (block == 0) {
+    const Duration first = (slice.begin + kWatch - kInstant) / kWatch * kWatch;
+    for (Duration time = first; time < slice.end; time += kWatch) {
+      moments.push_back({time, kLooking, CrowdEvent::watch, 0, 0});
+    }
+  }
+  std::stable_sort(moments.begin(), moments.end());
+}
+
+void Crowd::collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk) {
+  Member& member = *members_[phone];
+  const Presence& presence = presences_[phone];
+  const auto number = static_cast<std::uint32_t>(phone);
+  std::vector<Moment>& moments = chunk.moments;
+  const auto isNow = [&](Duration time) { return time >= slice.begin && time < slice.end; };
+
+  const std::size_t before = parts_.scenario.linesBeforeLoading();
+  const std::uint64_t opening = before == 0 ? 0 : parts_.scenario.lines[before - 1].number * 2 + 1;
+  if (isNow(presence.opens))
+    moments.push_back({presence.opens, opening, CrowdEvent::open, number, 0});
+  for (; member.nextAct < acts_.size(); ++member.nextAct) {
+    const Act& act = acts_[member.nextAct];
+    const Duration time = act.time + presence.opens;
+    if (time >= slice.end) break;
+    moments.push_back({time, act.line->number * 2, CrowdEvent::act, number, member.nextAct});
+  }
+  for (std::size_t at = slice.firstSent; at < slice.endSent; ++at) {
+    const Sent& sent = parts_.air.sent()[at];
+    const bool isOffered = presence.isOpen(sent.time);
+    if (isOffered && isNow(sent.time)) ++chunk.packets.offered;
+    const auto arrival = parts_.air.arrival(at, number, member.phone.seat().at);
+    if (!arrival || !isOffered || !isNow(*arrival)) continue;
+    moments.push_back({*arrival, parts_.air.packet(sent).line * 2, CrowdEvent::packet, number, at});
+  }
+  if (isNow(presence.leaves)) {
+    moments.push_back({presence.leaves, kLooking - 1, CrowdEvent::leave, number, 0});
+  }
+}
+
+void Crowd::hear(std::size_t sent, Member& member, Duration now, Chunk& chunk) {
+  const Sent& one = parts_.air.sent()[sent];
+  const AirPacket& packet = parts_.air.packet(one);
+  if (!member.phone.isScanning()) return;
+  ++chunk.packets.heard;
+  // A phone that missed a look may be on the next one already, where that is the one before again.
+  const CrowdPhone::Heard heard = member.phone.hear(packet.data);
+  if (heard == CrowdPhone::Heard::nothing || !packet.broadcast) return;
+  // Who shows a look has no more use for the ones before it.
+  for (; member.nextLook <= one.look; ++member.nextLook) {
+    chunk.looks.add(member.nextLook, now - parts_.air.looks()[member.nextLook]);
+  }
+}
+
+void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk& chunk) {
+  const Member& member = *members_[index];
+  const Duration time = slice.frames[frame];
+  if (!presences_[index].isOpen(time)) return;
+  const CrowdLight light = member.phone.light();
+  lights_[frame * members_.size() + index] = light;
+  FrameCounts& counts = chunk.frames[frame];
+  ++counts.open;
+  counts.showing += light.isShowing ? 1 : 0;
+  counts.torches += light.isTorchOn ? 1 : 0;
+  counts.linear[0] += linearOf(light.red);
+  counts.linear[1] += linearOf(light.green);
+  counts.linear[2] += linearOf(light.blue);
+
+  const std::optional<MapMoment>& map = slice.maps[frame];
+  if (!map) return;
+  const auto row = parts_.tables.rowOf(member.phone.seat().at);
+  if (!row) return;
+  const std::uint32_t word = map->tables->row(*row)[static_cast<std::size_t>(map->frame)];
+  const Colour shown = member.phone.plainLight();
+  std::uint32_t error = 0;
+  for (const auto& [level, shift] : {std::pair(shown.red, 16), {shown.green, 8}, {shown.blue, 0}}) {
+    const int difference = byteOf(level) - static_cast<int>(word >> shift & 255);
+    error += static_cast<std::uint32_t>(difference * difference);
+  }
+  FrameCounts one;
+  one.compared = 1;
+  one.squaredError = one.worstError = error;
+  one.worstPhone = static_cast<std::uint32_t>(index);
+  counts.add(one);
+}
+
+void Crowd::watch(const CrowdLight& light, Duration time) {
+  phoneFlashes_.add(time, {linearOf(light.red) / kLinearOne, linearOf(light.green) / kLinearOne,
+                           linearOf(light.blue) / kLinearOne});
+}
+
+void Crowd::closeLooks(Duration before) {
+  closedLooks_.clear();
+  const auto looks = parts_.air.looks();
+  for (; nextLook_ < looks.size() && looks[nextLook_] < before; ++nextLook_) {
+    closedLooks_.push_back({looks[nextLook_], openAt(looks[nextLook_]), looks_.take(nextLook_)});
+  }
+}
+
+std::uint64_t Crowd::openAt(Duration time) const {
+  return static_cast<std::uint64_t>(
+      std::count_if(presences_.begin(), presences_.end(),
+                    [time](const Presence& presence) { return presence.isOpen(time); }));
+}
+
+}  // namespace halvora

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+// One phone of a crowd: a real engine on the smallest of phones, at a seat of the venue, in the
+// time of any run loop. The ground, the seat and what all phones have in common must outlive it.
+// One thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "adapters/standard/seeded_random.h"
+#include "engine/halvora_view_controller.h"
+#include "venue/crowd/crowd_devices.h"
+#include "venue/show/scenario.h"
+
+namespace halvora {
+
+/// No phone of a crowd has clips: none is ever ready.
+class NoClips final : public VideoPlayer {
+ public:
+  void load(const VideoItem& /*item*/) override {}
+  void play() override {}
+  void pause() override {}
+  bool isReadyToPlay() const override { return false; }
+  bool isItemReadyToPlay() const override { return false; }
+  void setPreferredForwardBuffer(Duration /*duration*/) override {}
+  void seek(Duration /*position*/, Task /*completion*/) override {}
+};
+
+/// A crowd's phones decode nothing: their seats' tables are there already.
+class NoVideos final : public VideoAssets {
+ public:
+  std::unique_ptr<VideoAsset> open(const std::string& /*path*/,
+                                   std::string* /*reason*/) const override {
+    return nullptr;
+  }
+};
+
+/// What the phones of a crowd share. Nothing of it changes while they run.
+struct CrowdParts {
+  const Bundles& bundles;
+  const JsonReader& json;
+  const ImageDecoder& images;
+  Files& files;
+  const VideoAssets& videos;
+  const VideoPlayers& players;
+  Workers& workers;
+  EngineOptions engine;
+  ScenarioDevice device;
+  std::vector<std::string> allowedTransmitterIds = {};
+};
+
+/// What a phone shows at a moment.
+struct CrowdLight {
+  /// As seen: with its master and its fade.
+  std::uint8_t red = 0;
+  std::uint8_t green = 0;
+  std::uint8_t blue = 0;
+  /// Whether the show is on the screen, bright or black.
+  bool isShowing : 1 = false;
+  bool isTorchOn : 1 = false;
+  friend bool operator==(const CrowdLight&, const CrowdLight&) = default;
+};
+
+class CrowdPhone {
+ public:
+  CrowdPhone(CrowdGround& ground, const CrowdParts& parts, const CrowdSeat& seat,
+             std::uint64_t seed);
+  CrowdPhone(const CrowdPhone&) = delete;
+  CrowdPhone& operator=(const CrowdPhone&) = delete;
+
+  const CrowdSeat& seat() const { return seat_; }
+  ViewStack& views() { return engine_.views(); }
+  const ViewStack& views() const { return engine_.views(); }
+  const EngineState& state() const { return engine_.state(); }
+  CrowdTorch& torch() { return torch_; }
+
+  /// The application is opened: its view is loaded.
+  void open() { engine_.viewDidLoad(); }
+  /// The application is closed: what is on the air reaches nobody any more.
+  void leave();
+  bool isScanning() const { return radio_.isScanning(); }
+  /// An action of the scenario that is no packet. What concerns one seat concerns this phone's.
+  void act(const ScenarioAction& action);
+  enum class Heard : std::uint8_t {
+    /// The phone did not hear it, or does not obey it.
+    nothing,
+    /// It shows that look already.
+    sameLook,
+    newLook,
+  };
+  Heard hear(std::span<const std::uint8_t> data);
+  /// Whether the engine could not do what was asked of it, for want of memory as a rule.
+  bool hasFailed() const {
+    const ScanDiagnostics& diagnostics = engine_.diagnostics();
+    return diagnostics.failedCalls > 0 || diagnostics[PacketFate::failed] > 0;
+  }
+
+  CrowdLight light() const;
+  /// The light as the show set it, before master and fade; black for none.
+  Colour plainLight() const;
+
+ private:
+  struct Actor;
+
+  void write(const DefaultsAction& action);
+  Platform platform(CrowdGround& ground, const CrowdParts& parts);
+
+  SeededRandom random_;
+  CrowdRadio radio_;
+  CrowdScreen screen_;
+  CrowdApplication application_;
+  CrowdDefaults defaults_;
+  CrowdTorch torch_;
+  const CrowdSeat& seat_;
+  bool hasLeft_ = false;
+  HalvoraViewController engine_;
+};
+
+}  // namespace halvora

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// One run of a crowd from files to files: reads the venue, builds its tables, runs the show, draws
+// it and reports. One thread, which waits for those that it starts.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "venue/base/outside.h"
+#include "venue/crowd/air.h"
+#include "venue/crowd/crowd.h"
+#include "venue/show/scenario.h"
+
+namespace halvora {
+
+struct CrowdRequest {
+  /// Absolute paths.
+  std::string assets;
+  std::string out;
+  std::int64_t venueId = 0;
+  Scenario scenario;
+  AirSettings air;
+  CrowdSettings settings;
+  std::vector<std::string> allowedTransmitterIds;
+  /// 0 for one a seat.
+  std::uint64_t phones = 0;
+  int threads = 0;
+  int width = 1280;
+  int height = 720;
+};
+
+CommandResult runCrowd(const CrowdRequest& request, const Call& call);
+
+}  // namespace halvora

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// The report on a crowd's show: gathers what the slices counted and writes it as one JSON document.
+// Everything in it but the speed follows from the inputs and the seed. One thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "halvora/platform/time.h"
+#include "venue/crowd/crowd.h"
+
+namespace halvora {
+
+/// The picture of a pixel map that the phones together showed, against its video.
+struct CrowdMapFrame {
+  Duration time{};
+  int frame = 0;
+  std::uint32_t phones = 0;
+  std::uint64_t squaredError = 0;
+  std::uint32_t worstError = 0;
+  std::uint32_t worstPhone = 0;
+};
+
+class CrowdSummary {
+ public:
+  /// After each slice.
+  void add(const Crowd& crowd);
+
+  struct Facts {
+    std::size_t seats = 0;
+    std::span<const CrowdSeat> phones;
+    std::size_t packetsSent = 0;
+    std::size_t framesWritten = 0;
+    /// Of the simulated time.
+    Duration simulated{};
+    double simulatedSecondsPerSecond = 0;
+  };
+  std::string json(const Crowd& crowd, const Facts& facts) const;
+
+ private:
+  /// How long the looks took to reach that share of the phones.
+  struct Reach {
+    std::vector<Duration> times;
+    std::uint64_t never = 0;
+  };
+
+  std::size_t frames_ = 0;
+  std::size_t looks_ = 0;
+  Reach reaches_[3];
+  std::uint64_t lit_ = 0;
+  std::uint64_t dark_ = 0;
+  double darkest_ = 0;
+  Duration darkestTime_{};
+  std::uint32_t mostTorches_ = 0;
+  std::vector<CrowdMapFrame> map_;
+  FlashCount field_;
+};
+
+/// The peak signal-to-noise ratio in decibels of 8-bit levels; none where there is no error.
+std::optional<double> psnr(std::uint64_t squaredError, std::uint64_t values);
+
+}  // namespace halvora

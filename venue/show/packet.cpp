@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "venue/show/packet.h"
+
+#include "engine/broadcast.h"
+#include "light/show_state.h"
+#include "venue/base/json_line.h"
+
+namespace halvora {
+
+namespace {
+
+std::string refusalOf(std::span<const std::uint8_t> data, BroadcastFormat format) {
+  if (format == BroadcastFormat::tooShort || data.size() < sizeof kCompanyPrefix) {
+    return "only " + std::to_string(data.size()) + " bytes; a show packet has 26 or more";
+  }
+  return "another company prefix: " + NSDataToHex(data.first(sizeof kCompanyPrefix)) +
+         " instead of 09C9";
+}
+
+}  // namespace
+
+std::string describePacket(std::span<const std::uint8_t> data) {
+  JsonLine line;
+  line.begin();
+  const BroadcastFormat format = formatOf(data);
+  if (format != BroadcastFormat::valid) {
+    return std::string(line.add("rejected", refusalOf(data, format)).end());
+  }
+  const Broadcast broadcast = decodeBroadcast(data);
+  for (const BroadcastField& field : kBroadcastFields) {
+    line.add(field.name, std::int64_t{field.value.of(broadcast)});
+  }
+  const std::string key = NSDataToHex(data.first(kBroadcastKeySize));
+  const std::string transmitter = transmitterKey(broadcast.applicationId, broadcast.transmitter);
+  line.add("broadcastKey", key)
+      .add("transmitterKey", transmitter)
+      .add("cueMilliseconds", std::int64_t{cueMilliseconds(broadcast)})
+      .add("cueToken", std::int64_t{cueToken(broadcast)})
+      .add("speedPercent", std::int64_t{percentageSpeed(broadcast.speed)})
+      .add("ledSpeedPercent", std::int64_t{percentageSpeed(broadcast.ledSpeed)});
+  return std::string(line.end());
+}
+
+}  // namespace halvora
