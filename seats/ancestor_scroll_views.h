@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Holds the scroll views that a panel lies in still, and lets them go again as they were. The
-// host's views may go at any time. Owned by the status panel; main thread.
+// Holds the scroll views that a panel lies in still, and lets them go again as they were. The panel
+// does neither by itself: whoever places it in a scrolling page does, while a finger is on it.
+// Owned by the status panel; main thread.
 #pragma once
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace halvora {
@@ -11,27 +14,38 @@ namespace halvora {
 /// A scroll view of the host, as a face shows it.
 class ScrollView {
  public:
+  struct Flags {
+    bool isScrollEnabled = true;
+    bool bounces = true;
+  };
   virtual ~ScrollView() = default;
-  virtual bool isScrollEnabled() const = 0;
-  virtual void setScrollEnabled(bool enabled) = 0;
-  virtual bool bounces() const = 0;
-  virtual void setBounces(bool bounces) = 0;
+  virtual Flags flags() const = 0;
+  virtual void setFlags(Flags flags) = 0;
 };
 
 class AncestorScrollViews {
  public:
-  /// Those that are held already keep what was noted of them.
-  void disable(const std::vector<std::shared_ptr<ScrollView>>& ancestors);
-  void restore();
+  /// One that is held already keeps what was noted of it.
+  void disable(const std::vector<std::shared_ptr<ScrollView>>& ancestors) {
+    for (const std::shared_ptr<ScrollView>& view : ancestors) {
+      const auto isIt = [&view](const Saved& saved) { return saved.view.lock() == view; };
+      if (view == nullptr || std::any_of(saved_.begin(), saved_.end(), isIt)) continue;
+      saved_.push_back({view, view->flags()});
+      view->setFlags({false, false});
+    }
+  }
+  /// Those that are still there.
+  void restore() {
+    for (const Saved& saved : std::exchange(saved_, {})) {
+      if (const auto view = saved.view.lock()) view->setFlags(saved.flags);
+    }
+  }
 
  private:
   struct Saved {
     std::weak_ptr<ScrollView> view;
-    bool isScrollEnabled;
-    bool bounces;
+    ScrollView::Flags flags;
   };
-  bool isSaved(const std::shared_ptr<ScrollView>& view) const;
-
   std::vector<Saved> saved_;
 };
 

@@ -74,11 +74,11 @@ void HalvoraSeatSelectorViewController::sortSectionsWithStandingFirst() {
 // The map may have changed since the choice was stored: it counts as far as it is still there. Row
 // and seat of a standing area are those that its plan had picked, so they are found like any other.
 void HalvoraSeatSelectorViewController::applyInitialSelectionIfAvailable() {
-  const auto& stored = inputs_.initialSelection;
-  if (!stored || stored->section.empty() || stored->row.empty() || stored->seat.empty()) return;
-  selectedSectionIndex_ = indexNamed(sections(), stored->section);
-  selectedRowIndex_ = indexNamed(currentRows(), stored->row);
-  selectedSeatIndex_ = indexNamed(currentSeats(), stored->seat);
+  const SeatNames& stored = inputs_.initialSelection;
+  if (!stored.areComplete()) return;
+  selectedSectionIndex_ = indexNamed(sections(), stored.section);
+  selectedRowIndex_ = indexNamed(currentRows(), stored.row);
+  selectedSeatIndex_ = indexNamed(currentSeats(), stored.seat);
 }
 
 std::optional<SeatMap::SectionItem> HalvoraSeatSelectorViewController::sectionAtIndex(
@@ -135,8 +135,8 @@ std::string HalvoraSeatSelectorViewController::selectedNameForStep(std::int64_t 
   const SeatSelectorItems items(*this, step);
   const std::int64_t index = selectedIndexForStep(step);
   if (!isIndexOf(index, items.size())) return std::string(kNoName);
-  return std::string(
-      displayNameForItem(items.displayName(static_cast<std::size_t>(index)), kNoName));
+  const std::string_view name = items.displayName(static_cast<std::size_t>(index));
+  return std::string(name.empty() ? kNoName : name);
 }
 
 std::string HalvoraSeatSelectorViewController::wizardSeatSummaryWithSection(

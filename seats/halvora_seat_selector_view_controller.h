@@ -17,6 +17,7 @@
 #include "halvora/witness.h"
 #include "seats/seat_map.h"
 #include "seats/seat_selector_views.h"
+#include "seats/seat_storage.h"
 #include "seats/standing_overlay.h"
 #include "seats/standing_plan.h"
 
@@ -25,13 +26,6 @@ namespace halvora {
 namespace seat_selector {
 struct Text;
 }
-
-/// Display names, as they were stored.
-struct InitialSeatSelection {
-  std::string section;
-  std::string row;
-  std::string seat;
-};
 
 /// What the presenter hands over.
 struct SeatSelectorInputs {
@@ -42,7 +36,8 @@ struct SeatSelectorInputs {
   std::shared_ptr<const SeatMap> map;
   /// Called once, on confirmation, before the wizard is dismissed. May destroy the wizard.
   SeatCallback onSeatSelected;
-  std::optional<InitialSeatSelection> initialSelection;
+  /// As it was stored; of no effect unless it is complete.
+  SeatNames initialSelection;
   /// For the standing area's plan alone.
   std::int64_t venueId = 0;
   /// Whether the phone has heard one of the venue's transmitters.
@@ -135,9 +130,6 @@ class HalvoraSeatSelectorViewController {
                                            std::optional<std::string_view> seat) const;
   std::string localizedStringForKey(std::string_view key, std::string_view fallback) const;
   Font statusFontWithSize(double size, FontWeight weight) const;
-  static std::string_view displayNameForItem(std::string_view name, std::string_view fallback) {
-    return name.empty() ? fallback : name;
-  }
   std::vector<StandingSeatPoint> buildStandingSeatPointsForSectionIndex(std::int64_t index) const;
 
  private:

@@ -10,7 +10,7 @@
 #include "halvora/platform/screen.h"
 #include "halvora/platform/user_defaults.h"
 #include "seats/seat_names.h"
-#include "seats/status_panel_update.h"
+#include "seats/status_panel_looks.h"
 #include "text/defaults_values.h"
 
 namespace halvora {
@@ -18,9 +18,6 @@ namespace halvora {
 namespace {
 
 constexpr double kStatusLineHeight = 22;
-constexpr double kSummaryFontSize = 12;
-constexpr float kSummaryAlpha = 0.75F;
-constexpr double kButtonCornerRadius = 8;
 /// A smaller change of the content's height is none.
 constexpr double kLeastHeightChange = 0.5;
 
@@ -34,6 +31,8 @@ HalvoraStatusViewController::HalvoraStatusViewController(HalvoraViewController& 
       platform_(platform),
       face_(std::move(face)),
       storage_(platform.defaults),
+      tables_(engine, storage_, [this](const TableRunNews& news) { tablesTold(news); }),
+      versionPolicy_(engine, storage_, tables_),
       standingOverlay_(std::make_shared<StandingOverlay>(platform.bundles.main, platform.images)),
       seatMap_(platform, [this] { seatMapLoaded(); }) {}
 
@@ -41,62 +40,21 @@ HalvoraStatusViewController::~HalvoraStatusViewController() {
   platform_.application.removeObserver(*this);
 }
 
-void HalvoraStatusViewController::setFields(StatusPanelFields fields) {
-  const Update update(*this);
-  fields_ = std::move(fields);
-  if (isViewLoaded_) applyStyle();
+// Changes
+
+HalvoraStatusViewController::Acting::Acting(HalvoraStatusViewController& panel)
+    : panel_(panel), life_(panel.life_) {
+  ++panel_.acting_;
 }
 
-void HalvoraStatusViewController::viewDidLoad() {
-  const Update update(*this);
-  // A text that the kit's table lacks comes out empty.
-  const auto text = [this](std::string_view key) {
-    return localizedText(platform_.bundles.kit, key, "");
-  };
-  views_.onboardingLabel.emplace().text = text("onboarding_label");
-  views_.joinButton.emplace().title = text("allow_lightshow");
-  views_.statusTextLabel.text = text("loading");
-  views_.statusTextLabel.userInteractionEnabled = true;
-  views_.settingsButton.title = text("open_settings");
-  views_.seatSelectionButton.title =
-      hvLocalizedStringForKey("hv_seat_button_select", "Select Seat");
-  views_.seatSelectionSummaryRow.seatSelectionSummaryLabel.lines = 1;
-  isViewLoaded_ = true;
-  applyStyle();
-
-  platform_.application.addObserver(*this);
-  seatMap_.viewDidLoad();
-  updateStatus();
-  if (update.isPanelGone()) return;
-  RunLoop& loop = platform_.runLoop;
-  timer_ = Timer(loop, loop.every(kStatusInterval, [this] { updateStatus(); }));
-}
-
-void HalvoraStatusViewController::applyStyle() {
-  const auto styleStatusText = [this](StatusText& label) {
-    label.colour = fields_.statusTextColour;
-    label.font = fontNamed(fields_.statusTextFontName, fields_.statusTextFontSize,
-                           FontWeight::regular, face_.hasFont);
-    label.alignment = fields_.statusTextAlignment;
-  };
-  const auto styleButton = [this](Button& button) {
-    button.background = fields_.actionButtonColour;
-    button.titleColour = fields_.actionButtonTitleColour;
-    button.font = fontNamed(fields_.actionButtonTitleFontName, fields_.actionButtonTitleFontSize,
-                            FontWeight::regular, face_.hasFont);
-    button.cornerRadius = kButtonCornerRadius;
-    button.height = fields_.actionButtonHeight;
-  };
-  if (views_.onboardingLabel) styleStatusText(*views_.onboardingLabel);
-  if (views_.joinButton) styleButton(*views_.joinButton);
-  styleStatusText(views_.statusTextLabel);
-  styleButton(views_.settingsButton);
-  styleButton(views_.seatSelectionButton);
-
-  StatusText& summary = views_.seatSelectionSummaryRow.seatSelectionSummaryLabel;
-  summary.colour = withAlpha(fields_.statusTextColour, kSummaryAlpha);
-  summary.font =
-      fontNamed(fields_.statusTextFontName, kSummaryFontSize, FontWeight::regular, face_.hasFont);
+HalvoraStatusViewController::Acting::~Acting() {
+  if (life_.isGone()) return;
+  try {
+    if (panel_.acting_ == 1) panel_.publish();
+  } catch (...) {
+    // Memory is short, or the face fails: it hears with the next change.
+  }
+  if (!life_.isGone()) --panel_.acting_;
 }
 
 void HalvoraStatusViewController::publish() {
@@ -108,50 +66,94 @@ void HalvoraStatusViewController::publish() {
   if (const auto changed = face_.changed) changed();
 }
 
-std::int64_t HalvoraStatusViewController::resolvedVenueIdFromDefaults(
-    const UserDefaults& defaults) const {
-  const std::int64_t heard = integerForKey(defaults, "venueID");
-  return heard > 0 ? heard : std::max<std::int64_t>(fields_.defaultVenueId, 0);
+// Actions
+
+void HalvoraStatusViewController::setFields(StatusPanelFields fields) {
+  act([&] {
+    fields_ = std::move(fields);
+    if (isViewLoaded_) applyStyle(fields_, face_.hasFont, views_);
+  });
 }
 
-std::int64_t HalvoraStatusViewController::resolvedVenueId() const {
-  return resolvedVenueIdFromDefaults(platform_.defaults);
+void HalvoraStatusViewController::viewDidLoad() {
+  act([this] { load(); });
 }
 
-std::string HalvoraStatusViewController::hvLocalizedStringForKey(std::string_view key,
-                                                                 std::string_view fallback) const {
-  return localizedText(platform_.bundles.kit, key, fallback);
-}
-
-bool HalvoraStatusViewController::isStandingName(std::string_view name) {
-  return halvora::isStandingName(name);
-}
-
-bool HalvoraStatusViewController::isPresenting() const {
-  return presentedAlert_ || presentedSeatSelector();
-}
-
-std::shared_ptr<HalvoraSeatSelectorViewController>
-HalvoraStatusViewController::presentedSeatSelector() const {
-  return seatSelector_ && !seatSelector_->isDismissed() ? seatSelector_ : nullptr;
+void HalvoraStatusViewController::viewDidLayoutSubviews(double viewWidth) {
+  act([&] {
+    viewWidth_ = viewWidth;
+    layOutSummary();
+    measure();
+  });
 }
 
 void HalvoraStatusViewController::updateStatus() {
-  const Update update(*this);
+  act([this] { refresh(); });
+}
+
+void HalvoraStatusViewController::initBluetoothPermission() {
+  act([this] {
+    if (engineLife_.isGone()) return;
+    engine_.initBluetoothPermission();
+    views_.joinButton.reset();
+    views_.onboardingLabel.reset();
+  });
+}
+
+void HalvoraStatusViewController::openAppSettings() {
+  Application& application = platform_.application;
+  if (application.canOpenSettings()) application.openSettings();
+}
+
+void HalvoraStatusViewController::dismissAlert() {
+  act([this] { presentedAlert_.reset(); });
+}
+
+void HalvoraStatusViewController::presentedScreensDismissed() {
+  act([this] {
+    presentedAlert_.reset();
+    if (const auto selector = presentedSeatSelector()) selector->cancelTapped();
+  });
+}
+
+void HalvoraStatusViewController::updatePreferredContentSizeForCurrentLayout() {
+  act([this] { measure(); });
+}
+
+void HalvoraStatusViewController::disableAncestorScrollViewsIfNeeded() {
+  if (face_.ancestorScrollViews) ancestorScrollViews_.disable(face_.ancestorScrollViews());
+}
+
+// What they do
+
+void HalvoraStatusViewController::load() {
+  views_ = loadedViews(platform_.bundles.kit);
+  isViewLoaded_ = true;
+  applyStyle(fields_, face_.hasFont, views_);
+
+  platform_.application.addObserver(*this);
+  seatMap_.viewDidLoad();
+  const Witness self(life_);
+  updateStatus();
+  if (self.isGone()) return;
+  RunLoop& loop = platform_.runLoop;
+  timer_ = Timer(loop, loop.every(kStatusInterval, [this] { updateStatus(); }));
+}
+
+void HalvoraStatusViewController::refresh() {
   if (!isViewLoaded_ || isPresenting() || engineLife_.isGone()) return;
   seatSelector_.reset();
   const std::int64_t venueId = resolvedVenueId();
   seatMap_.preloadSeatMapForVenueId(venueId);
+  const Witness self(life_);
   applyMapVersionPolicyForVenueId(venueId);
-  if (update.isPanelGone() || engineLife_.isGone()) return;
-  forgetAbandonedPrecompute();
-  finishSeatLUTs(venueId);
-  if (update.isPanelGone() || engineLife_.isGone()) return;
+  if (self.isGone() || engineLife_.isGone()) return;
+  tables_.lookAfter(venueId, seatMap_.isLoaded(venueId));
+  if (self.isGone() || engineLife_.isGone()) return;
   storage_.syncSeatDefaultsForVenueId(venueId);
-  updateSeatSelectionUIForVenueId(venueId);
+  showSeat(venueId);
   refreshStatusViews();
-  layoutSeatLUTStatusDotRelativeToSummaryLabel();
-  updatePreferredContentSizeForCurrentLayout();
+  measure();
 }
 
 void HalvoraStatusViewController::refreshStatusViews() {
@@ -189,63 +191,51 @@ bool HalvoraStatusViewController::hasSeatControls(std::int64_t venueId) const {
          !seatMap_.seatMapSections()->isEmpty();
 }
 
-void HalvoraStatusViewController::initBluetoothPermission() {
-  const Update update(*this);
-  if (engineLife_.isGone()) return;
-  engine_.initBluetoothPermission();
-  views_.joinButton.reset();
-  views_.onboardingLabel.reset();
-}
-
-void HalvoraStatusViewController::openAppSettings() {
-  Application& application = platform_.application;
-  if (application.canOpenSettings()) application.openSettings();
-}
-
-void HalvoraStatusViewController::dismissAlert() {
-  const Update update(*this);
-  presentedAlert_.reset();
-}
-
-void HalvoraStatusViewController::presentedScreensDismissed() {
-  const Update update(*this);
-  presentedAlert_.reset();
-  if (const auto selector = presentedSeatSelector()) selector->cancelTapped();
-}
-
-void HalvoraStatusViewController::viewDidLayoutSubviews(double viewWidth) {
-  const Update update(*this);
-  viewWidth_ = viewWidth;
-  layoutSeatLUTStatusDotRelativeToSummaryLabel();
-  layoutSeatSelectionLoadingIndicator();
-  updatePreferredContentSizeForCurrentLayout();
-}
-
-void HalvoraStatusViewController::updatePreferredContentSizeForCurrentLayout() {
-  const Update update(*this);
+void HalvoraStatusViewController::measure() {
   if (!isViewLoaded_ || isUpdatingPreferredContentSize_ || !face_.fittingHeight) return;
   struct Measuring {
     ~Measuring() {
-      if (!update.isPanelGone()) flag = false;
+      if (!self.isGone()) flag = false;
     }
-    const Update& update;
+    const Witness& self;
     bool& flag;
   };
-  const Measuring measuring{update, isUpdatingPreferredContentSize_ = true};
+  const Witness self(life_);
+  const Measuring measuring{self, isUpdatingPreferredContentSize_ = true};
   // The face is to measure what is to be seen now.
   publish();
-  if (update.isPanelGone()) return;
+  if (self.isGone()) return;
   const double width = viewWidth_ > 0 ? viewWidth_ : platform_.screen.bounds().width;
   const auto fittingHeight = face_.fittingHeight;
   const double height = fittingHeight(width);
-  if (update.isPanelGone()) return;
+  if (self.isGone()) return;
   if (height > 0 && std::abs(height - preferredContentSize_.height) > kLeastHeightChange) {
     preferredContentSize_ = {width, height};
   }
 }
 
-void HalvoraStatusViewController::disableAncestorScrollViewsIfNeeded() {
-  if (face_.ancestorScrollViews) ancestorScrollViews_.disable(face_.ancestorScrollViews());
+std::int64_t HalvoraStatusViewController::resolvedVenueIdFromDefaults(
+    const UserDefaults& defaults) const {
+  const std::int64_t heard = integerForKey(defaults, "venueID");
+  return heard > 0 ? heard : std::max<std::int64_t>(fields_.defaultVenueId, 0);
+}
+
+std::int64_t HalvoraStatusViewController::resolvedVenueId() const {
+  return resolvedVenueIdFromDefaults(platform_.defaults);
+}
+
+std::string HalvoraStatusViewController::hvLocalizedStringForKey(std::string_view key,
+                                                                 std::string_view fallback) const {
+  return localizedText(platform_.bundles.kit, key, fallback);
+}
+
+bool HalvoraStatusViewController::isPresenting() const {
+  return presentedAlert_ || presentedSeatSelector();
+}
+
+std::shared_ptr<HalvoraSeatSelectorViewController>
+HalvoraStatusViewController::presentedSeatSelector() const {
+  return seatSelector_ && !seatSelector_->isDismissed() ? seatSelector_ : nullptr;
 }
 
 }  // namespace halvora

@@ -21,10 +21,12 @@
 #include "halvora/witness.h"
 #include "seats/ancestor_scroll_views.h"
 #include "seats/halvora_seat_selector_view_controller.h"
+#include "seats/map_version_policy.h"
 #include "seats/seat_map_availability.h"
 #include "seats/seat_storage.h"
 #include "seats/standing_overlay.h"
 #include "seats/status_panel_views.h"
+#include "seats/table_run.h"
 #include "seats/view_models.h"
 
 namespace halvora {
@@ -103,7 +105,7 @@ class HalvoraStatusViewController : private ApplicationObserver {
 
   // The seat map of the venue in force.
   void preloadSeatMapForVenueId(std::int64_t venueId);
-  void refreshSeatMapAvailability();
+  void refreshSeatMapAvailability() { preloadSeatMapForVenueId(resolvedVenueId()); }
   const SeatMapAvailability& seatMap() const { return seatMap_; }
 
   // The stored seats.
@@ -116,15 +118,14 @@ class HalvoraStatusViewController : private ApplicationObserver {
   void showSeatLUTPrecomputeProgressWithDone(int done, int total, std::string_view mapId);
   void completeSeatLUTPrecomputeWithDone(int done, int total);
   void hideSeatLUTPrecomputeProgress();
-  bool seatLUTPrecomputeInProgress() const { return seatLUTPrecomputeInProgress_; }
-  bool seatLUTReady() const { return seatLUTReady_; }
+  bool seatLUTPrecomputeInProgress() const { return tables_.isInProgress(); }
+  bool seatLUTReady() const { return tables_.isReady(); }
   /// -1 for none.
-  int seatLUTLastDone() const { return seatLUTLastDone_; }
+  int seatLUTLastDone() const { return tables_.lastDone(); }
 
   std::int64_t resolvedVenueIdFromDefaults(const UserDefaults& defaults) const;
   std::int64_t resolvedVenueId() const;
   std::string hvLocalizedStringForKey(std::string_view key, std::string_view fallback) const;
-  static bool isStandingName(std::string_view name);
 
   void updatePreferredContentSizeForCurrentLayout();
   void disableAncestorScrollViewsIfNeeded();
@@ -139,38 +140,51 @@ class HalvoraStatusViewController : private ApplicationObserver {
     std::shared_ptr<const HalvoraSeatSelectorViewController> seatSelector;
     friend bool operator==(const Seen&, const Seen&) = default;
   };
+  /// One turn of `act`.
+  class Acting {
+   public:
+    explicit Acting(HalvoraStatusViewController& panel);
+    ~Acting();
+    Acting(const Acting&) = delete;
+    Acting& operator=(const Acting&) = delete;
 
-  /// What is done while one lives is shown at once, when the outermost ends.
-  class Update;
+   private:
+    HalvoraStatusViewController& panel_;
+    const Witness life_;
+  };
 
   void handleOrientationChange() override {}
   void appDidBecomeActive() override {}
   void appWillResignActive() override {}
   void presentedScreensDismissed() override;
 
-  void applyStyle();
+  /// Whatever may change what is seen is done in here, each action and each callback: however they
+  /// call each other, the face hears of it once, when the outermost ends. It may destroy the panel.
+  template <class Action>
+  void act(const Action& action) {
+    const Acting acting(*this);
+    action();
+  }
   void publish();
+
   bool isPresenting() const;
+  void refresh();
   void refreshStatusViews();
   void showStatus(const std::string& bluetoothStatus);
   bool hasSeatControls(std::int64_t venueId) const;
+  void load();
+  void measure();
 
   void seatMapLoaded();
   void presentSeatMapMissingAlert();
   void presentSeatSelector(std::int64_t venueId);
   void seatSelected(const SeatNames& names, SeatPoint seat);
-
-  void precomputeSeatLUTs(std::int64_t venueId, SeatPoint seat);
-  void forgetAbandonedPrecompute();
-  void finishSeatLUTs(std::int64_t venueId);
-  void precomputeEnded(std::int64_t venueId, SeatPoint seat, int done, int total);
+  void tablesTold(const TableRunNews& news);
   SeatNames storedSeatNames(std::int64_t venueId) const;
-  void refreshDot();
-  void updateSeatLUTStatusDotForHasSelection(bool hasSelection);
-  void pulseSeatLUTStatusDot();
-  void layoutSeatLUTStatusDotRelativeToSummaryLabel();
-  void layoutSeatSelectionLoadingIndicator();
-  Rect besideSummaryText(double size) const;
+  void showSeat(std::int64_t venueId);
+  void showDot(bool hasSelection);
+  void refreshDot(bool isPulseDue);
+  void layOutSummary();
 
   HalvoraViewController& engine_;
   const Witness engineLife_;
@@ -178,6 +192,8 @@ class HalvoraStatusViewController : private ApplicationObserver {
   StatusPanelFace face_;
   StatusPanelFields fields_;
   SeatStorage storage_;
+  TableRun tables_;
+  MapVersionPolicy versionPolicy_;
   /// Shared with the wizards, which may be drawn for longer than there is a panel.
   std::shared_ptr<StandingOverlay> standingOverlay_;
   AncestorScrollViews ancestorScrollViews_;
@@ -191,21 +207,11 @@ class HalvoraStatusViewController : private ApplicationObserver {
   std::shared_ptr<HalvoraSeatSelectorViewController> seatSelector_;
   Seen seen_;
   std::uint64_t changes_ = 0;
-  int updates_ = 0;
-
-  bool seatLUTPrecomputeInProgress_ = false;
-  bool seatLUTReady_ = false;
-  int seatLUTLastDone_ = -1;
-  /// Counts the precomputes, so that what comes late of an abandoned one is told apart.
-  std::uint64_t precompute_ = 0;
-  /// The engine's number of the precompute in progress.
-  std::uint64_t generation_ = 0;
-  /// Whose tables were gone through last; what is not ready then is not tried again by itself.
-  std::optional<std::pair<std::int64_t, SeatPoint>> finished_;
+  int acting_ = 0;
   /// The venue whose map the user has asked for after it had been found missing; 0 for none.
   std::int64_t missingMapVenueId_ = 0;
 
-  /// What the wizard and a precompute hold of the panel.
+  /// What the wizard holds of the panel.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   SeatMapAvailability seatMap_;
   Timer timer_;

@@ -92,11 +92,6 @@ void HalvoraSeatSelectorViewController::updateWizardUIAndReloadPicker(bool reloa
 }
 
 void HalvoraSeatSelectorViewController::updateLabels() {
-  // Says nothing to an audience; it is kept out of sight and out of the layout.
-  views_.standingVirtualSeatDebugLabel.text.clear();
-  views_.standingVirtualSeatDebugLabel.hidden = true;
-  views_.standingVirtualSeatDebugLabelHeightConstraint = 0;
-
   // Rows and seats of a standing area mean nothing to who stands there.
   views_.selectionSummaryLabel.text =
       isStandingSectionAtIndex(selectedSectionIndex_)

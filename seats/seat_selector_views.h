@@ -57,13 +57,11 @@ struct SeatSelectorViews {
   Label standingStageLabel;
   OverlayImageView standingOverlayImageView;
   StandingDotView standingDotView;
-  Label standingVirtualSeatDebugLabel;
   Button backButton;
   Button nextButton;
   double standingStageHeightConstraint = 0;
   /// Between the stage label and the drag area.
   double standingDragAreaTopConstraint = 0;
-  double standingVirtualSeatDebugLabelHeightConstraint = 0;
 };
 
 namespace seat_selector {

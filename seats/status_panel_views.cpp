@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "seats/status_panel_views.h"
 
-#include <utility>
-
 namespace halvora {
 
 namespace {
@@ -12,13 +10,6 @@ double eased(AnimationCurve curve, double share) {
 }
 
 double between(double from, double to, double share) { return from + (to - from) * share; }
-
-template <class View>
-void forgetHidden(View& view) {
-  if (!view.hidden) return;
-  view = View();
-  view.hidden = true;
-}
 
 }  // namespace
 
@@ -35,16 +26,6 @@ DotPose dotPoseInPulse(Duration sinceBegin) {
     from = animation.to;
   }
   return from;
-}
-
-StatusPanelViews asSeen(StatusPanelViews views) {
-  if (views.onboardingLabel) forgetHidden(*views.onboardingLabel);
-  if (views.joinButton) forgetHidden(*views.joinButton);
-  forgetHidden(views.settingsButton);
-  forgetHidden(views.seatSelectionButton);
-  forgetHidden(views.seatSelectionSummaryRow.seatLUTStatusDot);
-  forgetHidden(views.seatSelectionSummaryRow);
-  return views;
 }
 
 }  // namespace halvora

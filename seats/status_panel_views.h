@@ -15,7 +15,6 @@ namespace halvora {
 /// Of any number of lines, unless it says otherwise.
 struct StatusText : Label {
   StatusText() { lines = 0; }
-  bool userInteractionEnabled = false;
   friend bool operator==(const StatusText&, const StatusText&) = default;
 };
 
@@ -92,13 +91,5 @@ struct StatusPanelViews {
 inline constexpr double kSpacingAfterOnboardingLabel = 20;
 inline constexpr double kSpacingAfterStatusText = 20;
 inline constexpr double kSpacingAfterSeatSelectionButton = 6;
-/// How hard a button insists on its height, of 1000.
-inline constexpr int kButtonHeightPriority = 750;
-/// The same for the width and the height of the content when it is measured.
-inline constexpr int kFittingWidthPriority = 1000;
-inline constexpr int kFittingHeightPriority = 50;
-
-/// The same views without what nobody can see, so that a change of a hidden one is none.
-StatusPanelViews asSeen(StatusPanelViews views);
 
 }  // namespace halvora

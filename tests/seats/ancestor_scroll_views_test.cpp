@@ -12,16 +12,12 @@ namespace {
 
 class HostScrollView final : public ScrollView {
  public:
-  HostScrollView(bool isScrollEnabled, bool bounces)
-      : isScrollEnabled_(isScrollEnabled), bounces_(bounces) {}
-  bool isScrollEnabled() const override { return isScrollEnabled_; }
-  void setScrollEnabled(bool enabled) override { isScrollEnabled_ = enabled; }
-  bool bounces() const override { return bounces_; }
-  void setBounces(bool bounces) override { bounces_ = bounces; }
+  HostScrollView(bool isScrollEnabled, bool bounces) : flags_{isScrollEnabled, bounces} {}
+  Flags flags() const override { return flags_; }
+  void setFlags(Flags flags) override { flags_ = flags; }
 
  private:
-  bool isScrollEnabled_;
-  bool bounces_;
+  Flags flags_;
 };
 
 TEST(AncestorScrollViews, AreHeldStillAndLetGoAsTheyWere) {
@@ -31,14 +27,14 @@ TEST(AncestorScrollViews, AreHeldStillAndLetGoAsTheyWere) {
   bench.ancestors = {inner, outer};
   bench.panel().disableAncestorScrollViewsIfNeeded();
   for (const auto& view : {inner, outer}) {
-    EXPECT_FALSE(view->isScrollEnabled());
-    EXPECT_FALSE(view->bounces());
+    EXPECT_FALSE(view->flags().isScrollEnabled);
+    EXPECT_FALSE(view->flags().bounces);
   }
   bench.panel().restoreAncestorScrollViewsIfNeeded();
-  EXPECT_TRUE(inner->isScrollEnabled());
-  EXPECT_FALSE(inner->bounces());
-  EXPECT_FALSE(outer->isScrollEnabled());
-  EXPECT_TRUE(outer->bounces());
+  EXPECT_TRUE(inner->flags().isScrollEnabled);
+  EXPECT_FALSE(inner->flags().bounces);
+  EXPECT_FALSE(outer->flags().isScrollEnabled);
+  EXPECT_TRUE(outer->flags().bounces);
 }
 
 TEST(AncestorScrollViews, OneThatIsHeldAlreadyKeepsWhatWasNoted) {
@@ -48,8 +44,8 @@ TEST(AncestorScrollViews, OneThatIsHeldAlreadyKeepsWhatWasNoted) {
   bench.panel().disableAncestorScrollViewsIfNeeded();
   bench.panel().disableAncestorScrollViewsIfNeeded();
   bench.panel().restoreAncestorScrollViewsIfNeeded();
-  EXPECT_TRUE(view->isScrollEnabled());
-  EXPECT_TRUE(view->bounces());
+  EXPECT_TRUE(view->flags().isScrollEnabled);
+  EXPECT_TRUE(view->flags().bounces);
 }
 
 TEST(AncestorScrollViews, RestoringForgetsThem) {
@@ -58,13 +54,13 @@ TEST(AncestorScrollViews, RestoringForgetsThem) {
   bench.ancestors = {view};
   bench.panel().disableAncestorScrollViewsIfNeeded();
   bench.panel().restoreAncestorScrollViewsIfNeeded();
-  view->setScrollEnabled(false);
+  view->setFlags({false, true});
   bench.panel().restoreAncestorScrollViewsIfNeeded();
-  EXPECT_FALSE(view->isScrollEnabled());
+  EXPECT_FALSE(view->flags().isScrollEnabled);
   bench.panel().disableAncestorScrollViewsIfNeeded();
   bench.panel().restoreAncestorScrollViewsIfNeeded();
-  EXPECT_FALSE(view->isScrollEnabled());
-  EXPECT_TRUE(view->bounces());
+  EXPECT_FALSE(view->flags().isScrollEnabled);
+  EXPECT_TRUE(view->flags().bounces);
 }
 
 TEST(AncestorScrollViews, AreNotKeptAlive) {
@@ -83,8 +79,8 @@ TEST(AncestorScrollViews, AreLeftAloneByThePanelItself) {
   bench.ancestors = {view};
   bench.tick();
   bench.panel().viewDidLayoutSubviews(300);
-  EXPECT_TRUE(view->isScrollEnabled());
-  EXPECT_TRUE(view->bounces());
+  EXPECT_TRUE(view->flags().isScrollEnabled);
+  EXPECT_TRUE(view->flags().bounces);
 }
 
 TEST(AncestorScrollViews, AFaceMayKnowOfNone) {

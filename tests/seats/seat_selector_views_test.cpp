@@ -219,18 +219,6 @@ TEST(SeatSelectorGeometry, NothingIsSmallerThanNothing) {
   EXPECT_EQ(layout.dragArea.height, 0);
 }
 
-TEST(SeatSelectorGeometry, TheDebugLabelStaysEmptyHiddenAndFlat) {
-  WizardRoom room(kSections);
-  auto& wizard = room.loadAtPlan();
-  for (int step = 1; step >= 0; --step) {
-    EXPECT_EQ(wizard.currentStep(), step);
-    EXPECT_EQ(wizard.views().standingVirtualSeatDebugLabel.text, "");
-    EXPECT_TRUE(wizard.views().standingVirtualSeatDebugLabel.hidden);
-    EXPECT_EQ(wizard.views().standingVirtualSeatDebugLabelHeightConstraint, 0);
-    wizard.backTapped();
-  }
-}
-
 std::vector<SectionSpec> arena(int rows, int seats) {
   std::vector<RowSpec> all;
   for (int row = 0; row < rows; ++row) {

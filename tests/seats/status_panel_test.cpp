@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/broadcast.h"
+#include "seats/status_panel_looks.h"
 #include "tests/seats/panel_bench.h"
 #include "text/defaults_values.h"
 
@@ -126,7 +127,6 @@ TEST(StatusPanel, TheStatusHasFixedLineHeightAndThePanelsAlignment) {
   EXPECT_EQ(bench.views().statusTextLabel.lineHeight, 22);
   EXPECT_EQ(bench.views().statusTextLabel.alignment, TextAlignment::center);
   EXPECT_EQ(bench.views().statusTextLabel.lines, 0);
-  EXPECT_TRUE(bench.views().statusTextLabel.userInteractionEnabled);
 }
 
 TEST(StatusPanel, ItsTextsReadTheSameWhereTheyAreTakenAsLabels) {
@@ -237,9 +237,6 @@ TEST(StatusPanel, LaysItsStackOutByTheseNumbers) {
   EXPECT_EQ(kSpacingAfterOnboardingLabel, 20);
   EXPECT_EQ(kSpacingAfterStatusText, 20);
   EXPECT_EQ(kSpacingAfterSeatSelectionButton, 6);
-  EXPECT_EQ(kButtonHeightPriority, 750);
-  EXPECT_EQ(kFittingWidthPriority, 1000);
-  EXPECT_EQ(kFittingHeightPriority, 50);
 }
 
 TEST(StatusPanel, RefreshesTwiceASecondFromItsLoadingOn) {
@@ -303,12 +300,6 @@ TEST(StatusPanel, LooksTextsUpInTheKitWithAFallback) {
   EXPECT_EQ(bench.panel().hvLocalizedStringForKey("empty", "fallback"), "fallback");
   EXPECT_EQ(bench.panel().hvLocalizedStringForKey("itself", "fallback"), "fallback");
   EXPECT_EQ(bench.panel().hvLocalizedStringForKey("host", "fallback"), "fallback");
-}
-
-TEST(StatusPanel, KnowsAStandingSectionByItsName) {
-  EXPECT_TRUE(HalvoraStatusViewController::isStandingName("Main standing area"));
-  EXPECT_FALSE(HalvoraStatusViewController::isStandingName("Block A"));
-  EXPECT_FALSE(HalvoraStatusViewController::isStandingName(""));
 }
 
 // Size

@@ -86,7 +86,7 @@ class WizardRoom {
   }
   void destroyWizard() { wizard_.reset(); }
   /// Loads with a choice as the storage had it.
-  HalvoraSeatSelectorViewController& loadWith(const InitialSeatSelection& stored) {
+  HalvoraSeatSelectorViewController& loadWith(const SeatNames& stored) {
     inputs.initialSelection = stored;
     return load();
   }
