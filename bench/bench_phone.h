@@ -7,7 +7,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 
 namespace halvora {
 
@@ -50,7 +50,7 @@ class BenchPhone {
   VirtualPhone phone_{json_};
 
  public:
-  HalvoraViewController engine{phone_.platform()};
+  ShowEngine engine{phone_.platform()};
 };
 
 }  // namespace halvora

@@ -20,17 +20,17 @@ void startEngine(benchmark::State& state, const std::string& palettes) {
   const Platform platform = phone.platform();
   // Once beforehand, so that what the phone keeps for the first engine is not taken for the
   // engine's own.
-  HalvoraViewController(platform).viewDidLoad();
+  ShowEngine(platform).viewDidLoad();
   {
     const HeapWatch watch;
-    HalvoraViewController engine(platform);
+    ShowEngine engine(platform);
     engine.viewDidLoad();
     state.counters["heapBytes"] = static_cast<double>(watch.bytesHeld());
-    state.counters["objectBytes"] = static_cast<double>(sizeof(HalvoraViewController));
+    state.counters["objectBytes"] = static_cast<double>(sizeof(ShowEngine));
   }
   const AllocationsAnIteration allocations(state);
   for (auto _ : state) {
-    HalvoraViewController engine(platform);
+    ShowEngine engine(platform);
     engine.viewDidLoad();
     benchmark::DoNotOptimize(engine.palettes().data());
   }

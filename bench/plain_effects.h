@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "halvora/colour.h"
 #include "halvora/platform/random.h"
 #include "halvora/platform/time.h"
-#include "light/colour.h"
 
 namespace halvora {
 

@@ -1,240 +1,117 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "engine/halvora_view_controller.h"
-
-#include <algorithm>
-#include <cstdint>
-#include <new>
 #include <utility>
 
-#include "engine/show_fade.h"
-#include "halvora/platform/image.h"
-#include "halvora/platform/json.h"
-#include "halvora/platform/user_defaults.h"
-#include "light/bitmap.h"
-#include "text/defaults_values.h"
+#include "engine/inside.h"
+#include "halvora/engine.h"
 
 namespace halvora {
 
-namespace {
-
-constexpr Duration kLowLightPoll = milliseconds(500);
-
-// Of a bitmap's pixel, whose colour is multiplied by its alpha.
-bool isWhite(const std::uint8_t* pixel) {
-  return pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
-}
-
-// A bucket is a folder within the documents; a text that leads out of them names none.
-std::string goboDocuments(const std::string& documents, const std::string& bucket) {
-  const std::string within = "/" + bucket + "/";
-  const bool leadsOut = bucket.starts_with('/') || within.find("/../") != std::string::npos;
-  return documents.empty() || bucket.empty() || leadsOut ? "" : documents + within + "Gobo";
-}
-
-}  // namespace
-
 HalvoraViewController& HalvoraViewController::sharedInstance(const Platform& platform,
-                                                             EngineOptions options) {
+                                                             const EngineOptions& options) {
   // Never destroyed: a host's own statics may still ask for it while the process ends.
-  static auto* const kInstance = new HalvoraViewController(platform, std::move(options));
+  static auto* const kInstance = new HalvoraViewController(platform, options);
   return *kInstance;
 }
 
-HalvoraViewController::HalvoraViewController(const Platform& platform, EngineOptions options,
-                                             std::optional<ShowParts> parts)
-    : platform_(platform),
-      hasOwnAssets_(options.assets == nullptr),
-      usageReports_(options.usageReports),
-      assets_(hasOwnAssets_ ? std::make_shared<const ShowAssets>() : std::move(options.assets)),
-      stills_(options.stills),
-      timers_(platform.runLoop),
-      views_(timers_),
-      overlays_(state_.screen, views_, timers_),
-      torch_(state_.torch, timers_, platform.random, platform.torch,
-             [this] { return seatIsWhite(); }),
-      gobo_(state_.gobo, views_, platform.files, platform.random),
-      video_(state_.video, views_, timers_, platform.files, platform.videoPlayers),
-      seatLut_(platform_,
-               {[this] { return state_.seat.currentVideoMinutes; },
-                [this] { refreshMode21ColorIfNeeded(); }},
-               options.seatLuts),
-      parts_(parts ? *parts : ShowParts{torch_, gobo_, overlays_, video_, seatLut_}),
-      brightness_(platform.screen, timers_, state_.colour),
-      modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
-             [this] { return seatLight(); }),
-      processor_({platform_, state_, assets_, callbacks_, timers_, views_, brightness_, modes_,
-                  parts_, life_}),
-      usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
-             platform.bundles.main.identifier(), std::move(options.usageEndpoints)),
-      scanner_(platform_, state_.presence, timers_, *this) {}
+HalvoraViewController::HalvoraViewController(const Platform& platform, const EngineOptions& options)
+    : inside_(std::make_unique<ShowEngine>(platform, ShowEngineOptions{options})) {}
 
-HalvoraViewController::~HalvoraViewController() {
-  // The queues wait for the build that is under way.
-  seatLut_.end();
-  timers_.invalidate(lowLightHintTimer_);
-  platform_.application.removeObserver(*this);
+HalvoraViewController::HalvoraViewController(std::unique_ptr<ShowEngine> inside)
+    : inside_(std::move(inside)) {}
+
+std::unique_ptr<HalvoraViewController> controllerOf(std::unique_ptr<ShowEngine> inside) {
+  return std::unique_ptr<HalvoraViewController>(new HalvoraViewController(std::move(inside)));
 }
 
-void HalvoraViewController::viewDidLoad() {
-  state_.isStatusBarHidden = false;
-  platform_.application.addObserver(*this);
-  if (hasOwnAssets_) assets_ = loadShowAssets(platform_.bundles, platform_.json);
-  pixelMapLUTDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.lut.decode");
-  pixelMapLiveDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.live.decode");
-  seatLut_.useQueues(*pixelMapLUTDecodeQueue_, *pixelMapLiveDecodeQueue_);
-  parts_.seatLut.clearActiveSeatLUT();
-  pairedBucketID_ = textForKey(platform_.defaults, "pairedBucketID").value_or("");
-  platform_.application.useAudioPlaybackCategory();
+HalvoraViewController::~HalvoraViewController() = default;
 
-  views_.setText(ViewId::pairingCodeLabel, SharedText(assets_, &assets_->pairingCode));
-  gobo_.build(goboFolders());
-  video_.build(SharedText(assets_, &assets_->folder));
-  views_.setAlpha(ViewId::dimmerView, 1.0 - state_.colour.currentMaster);
-  overlays_.build(SharedText(assets_, &assets_->mapNoSeatText),
-                  SharedText(assets_, &assets_->lowLightText));
-  timers_.invalidate(lowLightHintTimer_);
-  lowLightHintTimer_ =
-      timers_.every(kLowLightPoll, [this] { parts_.overlays.updateLowLightHintState(); });
-
-  state_.presence.setupOnce = true;
-  brightness_.saveOriginalBrightness();
-  // The toggling modes begin lit, so that their first command goes dark on every phone alike.
-  state_.screen.lastTurnOn = true;
-}
-
-ShowCallbacks& HalvoraViewController::callbacks() {
-  if (!callbacks_) callbacks_ = std::make_unique<ShowCallbacks>();
-  return *callbacks_;
-}
-
-// Without downloaded content they are the same for all engines.
-std::shared_ptr<const GoboFolders> HalvoraViewController::goboFolders() const {
-  std::string documents = goboDocuments(getPrivateDocumentsDirectory(), pairedBucketID_);
-  if (documents.empty()) return {assets_, &assets_->goboFolders};
-  return std::make_shared<const GoboFolders>(
-      GoboFolders{std::move(documents), assets_->goboFolders.bundle});
-}
+void HalvoraViewController::viewDidLoad() { inside_->viewDidLoad(); }
 
 void HalvoraViewController::viewWillLayoutSubviews(const std::optional<Rect>& superviewBounds) {
-  frame_ = superviewBounds.value_or(Rect{});
+  inside_->viewWillLayoutSubviews(superviewBounds);
+}
+
+const Rect& HalvoraViewController::frame() const { return inside_->frame(); }
+
+Light HalvoraViewController::light() { return Light(inside_->views()); }
+
+void HalvoraViewController::start() { inside_->start(); }
+
+void HalvoraViewController::initBluetoothPermission() { inside_->initBluetoothPermission(); }
+
+bool HalvoraViewController::isPermissionGranted() const { return inside_->isPermissionGranted(); }
+
+bool HalvoraViewController::isInsideVenue() const { return inside_->isInsideVenue(); }
+
+bool HalvoraViewController::prefersStatusBarHidden() const {
+  return inside_->prefersStatusBarHidden();
+}
+
+void HalvoraViewController::setAllowedTransmitterIds(std::vector<std::string> ids) {
+  inside_->setAllowedTransmitterIds(std::move(ids));
+}
+
+const std::vector<std::string>& HalvoraViewController::allowedTransmitterIds() const {
+  return inside_->allowedTransmitterIds();
+}
+
+void HalvoraViewController::setLightShowStartedCallback(Callback callback) {
+  inside_->lightShowStartedCallback() = std::move(callback);
+}
+
+const HalvoraViewController::Callback& HalvoraViewController::lightShowStartedCallback() const {
+  return inside_->lightShowStartedCallback();
+}
+
+void HalvoraViewController::setLightShowStoppedCallback(Callback callback) {
+  inside_->lightShowStoppedCallback() = std::move(callback);
+}
+
+const HalvoraViewController::Callback& HalvoraViewController::lightShowStoppedCallback() const {
+  return inside_->lightShowStoppedCallback();
+}
+
+bool HalvoraViewController::usageReports() const { return inside_->usageReports(); }
+
+void HalvoraViewController::setUsageReports(bool isOn) { inside_->setUsageReports(isOn); }
+
+void HalvoraViewController::playVideo(const std::string& name) { inside_->playVideo(name); }
+
+void HalvoraViewController::precomputePixelMapLUTsForVenueId(std::int64_t venueId,
+                                                             std::int64_t seatX, std::int64_t seatY,
+                                                             Progress progress,
+                                                             Completion completion) {
+  inside_->precomputePixelMapLUTsForVenueId(venueId, seatX, seatY, std::move(progress),
+                                            std::move(completion));
+}
+
+void HalvoraViewController::invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId) {
+  inside_->invalidatePixelMapSeatLUTCacheForVenueId(venueId);
+}
+
+std::uint64_t HalvoraViewController::pixelMapPrecomputeGeneration() const {
+  return inside_->pixelMapPrecomputeGeneration();
+}
+
+bool HalvoraViewController::isPrecomputingPixelMapLUTs() const {
+  return inside_->isPrecomputingPixelMapLUTs();
 }
 
 std::string HalvoraViewController::hvLocalizedStringForKey(std::string_view key,
                                                            std::string_view fallback) const {
-  return kitText(platform_.bundles, key, fallback);
+  return inside_->hvLocalizedStringForKey(key, fallback);
 }
 
-PacketFate HalvoraViewController::processEffect(const Broadcast& broadcast) {
-  return processor_.process(broadcast);
+const std::string& HalvoraViewController::getPrivateDocumentsDirectory() const {
+  return inside_->getPrivateDocumentsDirectory();
 }
 
-void HalvoraViewController::appDidBecomeActive() {
-  state_.presence.resetApp = true;
-  scanner_.guard([this] {
-    if (state_.presence.scanningAllowed && usageReports_) usage_.appOpened();
-  });
+const std::string& HalvoraViewController::pairedBucketID() const {
+  return inside_->pairedBucketID();
 }
 
-void HalvoraViewController::setUsageReports(bool isOn) {
-  usageReports_ = isOn;
-  if (!isOn) platform_.http.cancelAll();
-}
+const ScanDiagnostics& HalvoraViewController::diagnostics() const { return inside_->diagnostics(); }
 
-void HalvoraViewController::recievedSignal() {
-  if (usageReports_) usage_.recievedSignal();
-}
-
-void HalvoraViewController::appWillResignActive() {
-  scanner_.guard([this] { platform_.application.setIdleTimerDisabled(false); });
-}
-
-void HalvoraViewController::showReceptionRate(int packets) {
-  if (state_.screen.currentMode == kFrameRateMode) {
-    views_.setText(ViewId::fpsLabel, std::to_string(packets));
-  }
-}
-
-void HalvoraViewController::dropShow() {
-  views_.animateAlpha({{ViewId::container, 0}}, {.duration = kShowFade, .name = "Fade In"});
-  brightness_.originalScreenBrightness();
-
-  TorchState& torch = state_.torch;
-  stopTorchEffect(torch, timers_);
-  modes_.stopEffect();
-  views_.removeAnimations(ViewId::goboView);
-  parts_.torch.turnTorchOn(false);
-
-  state_.screen.currentMode = 0;
-  state_.screen.currentModeSpeed = 0;
-  state_.screen.effectOn = false;
-  torch.currentLEDMode = 0;
-  torch.currentLEDSpeed = 0;
-  torch.ledEffectOn = false;
-
-  parts_.video.pausePlayers();
-  VideoState& video = state_.video;
-  timers_.invalidate(video.videoPlayTimer);
-  video.currentVideoId = 0;
-  video.currentVideoMilliseconds = 0;
-  video.currentVideoStatus = 0;
-  video.videoCanPlay = false;
-  video.isCatchingUp = false;
-}
-
-SeatLight HalvoraViewController::seatLight() {
-  if (!hasSeat()) return {};
-  return {true, parts_.seatLut.colorFromActivePixelMapSeatLUTForFrameIndex(
-                    state_.seat.currentVideoMinutes)};
-}
-
-void HalvoraViewController::refreshMode21ColorIfNeeded() {
-  const ScreenState& screen = state_.screen;
-  if (screen.currentMode == kPixelMapMode && hasSeat()) {
-    modes_.processMode(screen.currentMode, screen.currentModeSpeed);
-  }
-}
-
-bool HalvoraViewController::hasSeat() const {
-  return hasSelectedSection(platform_.defaults) && state_.seat.hasPosition();
-}
-
-// A still that there is no memory for is one that cannot be decoded: the rest of the look counts.
-std::optional<bool> HalvoraViewController::seatIsWhite() const {
-  try {
-    return seatIsWhiteInStill();
-  } catch (const std::bad_alloc&) {
-    return std::nullopt;
-  }
-}
-
-// A missing still leaves the torch as it is, seat or no seat; one that no seat looks at is not
-// decoded.
-std::optional<bool> HalvoraViewController::seatIsWhiteInStill() const {
-  const SeatState& seat = state_.seat;
-  const std::string name = "Maps/v" + std::to_string(seat.currentVenueId) + "_m" +
-                           std::to_string(seat.currentPixelMapId) + "_f" +
-                           std::to_string(seat.currentVideoMinutes) + ".jpg";
-  if (stills_ != nullptr) {
-    const auto still = stills_->find(name);
-    if (!still) return std::nullopt;
-    if (!hasSeat()) return false;
-    if (!*still) return std::nullopt;
-    const auto pixel = drawnPixel(**still, seat.currentXPos, seat.currentYPos);
-    return pixel && isWhite(pixel->data());
-  }
-  const auto bytes = platform_.bundles.main.readResource(name, kLargestStill);
-  if (!bytes) return std::nullopt;
-  if (!hasSeat()) return false;
-  auto row = platform_.images.decodeRow(*bytes, seat.currentYPos);
-  if (!row) return std::nullopt;
-  const Image line{row->width, std::min<std::uint32_t>(row->height, 1), std::move(row->rgba)};
-  std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(line);
-  if (!bitmap) return std::nullopt;
-  // The seat lies above or below the picture.
-  if (line.rgba.empty()) return false;
-  drawRow(line, 0, *bitmap);
-  const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, 0);
-  return pixel != nullptr && isWhite(pixel);
-}
+Witnessed& HalvoraViewController::life() { return inside_->life(); }
 
 }  // namespace halvora

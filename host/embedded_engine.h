@@ -4,7 +4,7 @@
 // them. Main thread.
 #pragma once
 
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "halvora/platform/platform.h"
 
 namespace halvora {

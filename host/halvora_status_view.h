@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "host/embedded_engine.h"
 #include "host/proposed_size.h"
 #include "seats/halvora_status_view_controller.h"

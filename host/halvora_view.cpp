@@ -30,8 +30,8 @@ HalvoraViewController& HalvoraView::makeController(const Coordinator& coordinato
   engine.setAllowedTransmitterIds(allowedTransmitterIds);
   if (usageReports) engine.setUsageReports(*usageReports);
   RunLoop& loop = engine_.platform().runLoop;
-  engine.lightShowStartedCallback() = inATurnOfItsOwn(loop, onLightShowStarted);
-  engine.lightShowStoppedCallback() = inATurnOfItsOwn(loop, onLightShowStopped);
+  engine.setLightShowStartedCallback(inATurnOfItsOwn(loop, onLightShowStarted));
+  engine.setLightShowStoppedCallback(inATurnOfItsOwn(loop, onLightShowStopped));
   return engine;
 }
 

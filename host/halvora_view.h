@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "host/embedded_engine.h"
 #include "host/proposed_size.h"
 

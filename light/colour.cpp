@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "light/colour.h"
+#include "halvora/colour.h"
 
 #include <algorithm>
 #include <cstddef>

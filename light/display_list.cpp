@@ -62,4 +62,10 @@ DisplayList displayListOf(const ViewStack& views, Size container) {
   return list;
 }
 
+DisplayList Light::displayList(Size container) const { return displayListOf(*views_, container); }
+
+bool Light::isAnimating() const { return views_->isAnimating(); }
+
+void Light::setObserver(LightObserver* observer) const { views_->setFace(observer); }
+
 }  // namespace halvora

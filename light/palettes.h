@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "halvora/colour.h"
 #include "halvora/platform/random.h"
-#include "light/colour.h"
 
 namespace halvora {
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-#include "light/colour.h"
+#include "halvora/colour.h"
 
 namespace halvora {
 

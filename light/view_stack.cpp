@@ -27,7 +27,7 @@ ViewStack::ViewStack(TimerSet& timers) : timers_(timers), alphas_() {
 }
 
 ViewStack::~ViewStack() {
-  if (observer_ != nullptr) observer_->stackEnds();
+  if (face_ != nullptr) face_->lightEnds();
 }
 
 template <class... Arguments>
@@ -39,9 +39,17 @@ void ViewStack::tell(void (ViewObserver::*what)(Arguments...),
   (observer_->*what)(said...);
 }
 
+void ViewStack::tellFace() {
+  if (face_ == nullptr) return;
+  Witness self(life_);
+  self.setMayGo(false);
+  face_->lightChanged();
+}
+
 void ViewStack::setAlpha(ViewId view, double alpha) {
   alphas_[indexOf(view)] = alpha;
   tell(&ViewObserver::alphaChanged, view, alpha, Duration::zero());
+  tellFace();
 }
 
 void ViewStack::animateAlpha(std::initializer_list<AlphaChange> changes,
@@ -55,6 +63,7 @@ void ViewStack::animateAlpha(std::initializer_list<AlphaChange> changes,
     alphas_[indexOf(change.view)] = change.alpha;
     tell(&ViewObserver::alphaChanged, change.view, change.alpha, timing.duration);
   }
+  tellFace();
 }
 
 void ViewStack::removeAnimations(ViewId view) { cutAlphaTween(view); }
@@ -62,6 +71,7 @@ void ViewStack::removeAnimations(ViewId view) { cutAlphaTween(view); }
 void ViewStack::setHidden(ViewId view, bool hidden) {
   hidden_[indexOf(view)] = hidden;
   tell(&ViewObserver::hiddenChanged, view, hidden);
+  tellFace();
 }
 
 const std::string& ViewStack::text(ViewId view) const {
@@ -82,11 +92,13 @@ void ViewStack::setText(ViewId view, SharedText text) {
   Text& changed = found == texts_.end() ? texts_.emplace_back(Text{view, {}}) : *found;
   changed.text = std::move(text);
   tell(&ViewObserver::textChanged, view, *changed.text);
+  tellFace();
 }
 
 void ViewStack::setLightColour(const MaybeColour& colour) {
   light_ = colour;
   tell(&ViewObserver::lightChanged, light_);
+  tellFace();
 }
 
 void ViewStack::animateLight(const MaybeColour& to, Duration duration, Completion completion) {
@@ -96,6 +108,7 @@ void ViewStack::animateLight(const MaybeColour& to, Duration duration, Completio
   lightTween_ = LightTween{run, from, drawn(to)};
   light_ = to;
   tell(&ViewObserver::lightChanged, light_);
+  tellFace();
   tell(&ViewObserver::lightAnimationStarted, to, duration);
 }
 

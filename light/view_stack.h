@@ -14,9 +14,9 @@
 #include <type_traits>
 #include <vector>
 
+#include "halvora/colour.h"
 #include "halvora/platform/task.h"
 #include "halvora/witness.h"
-#include "light/colour.h"
 #include "light/timer_set.h"
 #include "light/views.h"
 
@@ -29,9 +29,9 @@ struct AnimationTiming {
   const char* name = "";
 };
 
-/// Hears of every change of a stack, in the turn that makes it. A face asks for a frame then; a
-/// trace writes it down. It is called in the middle of what the show does and must not destroy the
-/// stack, or the engine that has it.
+/// Hears of every change of a stack, in the turn that makes it, and in detail: a trace writes it
+/// down. It is called in the middle of what the show does and must not destroy the stack, or the
+/// engine that has it.
 class ViewObserver {
  public:
   virtual ~ViewObserver() = default;
@@ -43,8 +43,6 @@ class ViewObserver {
   virtual void lightChanged(const MaybeColour&) {}
   virtual void lightAnimationStarted(const MaybeColour& /*to*/, Duration /*duration*/) {}
   virtual void lightAnimationEnded(bool /*finished*/) {}
-  /// The stack is going: nothing of it may be asked for any more.
-  virtual void stackEnds() {}
 };
 
 /// A text that many may show; never null.
@@ -69,6 +67,8 @@ class ViewStack {
 
   /// At most one observer, which takes itself off with null if it goes before the stack does.
   void setObserver(ViewObserver* observer) { observer_ = observer; }
+  /// Likewise, who draws it.
+  void setFace(LightObserver* face) { face_ = face; }
 
   double alpha(ViewId view) const { return alphas_[indexOf(view)]; }
   /// Sets the value and leaves a running animation alone: what is shown follows that to its end,
@@ -136,6 +136,7 @@ class ViewStack {
   template <class... Arguments>
   void tell(void (ViewObserver::*what)(Arguments...),
             const std::type_identity_t<Arguments>&... said);
+  void tellFace();
   Run start(const AnimationTiming& timing, std::size_t tweens, bool isLight, Completion completion);
   void cutAlphaTween(ViewId view);
   void cut(AnimationId id);
@@ -145,6 +146,7 @@ class ViewStack {
 
   TimerSet& timers_;
   ViewObserver* observer_ = nullptr;
+  LightObserver* face_ = nullptr;
   std::array<double, kViewCount> alphas_;
   std::bitset<kViewCount> hidden_;
   std::vector<Text> texts_;

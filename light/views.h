@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "halvora/light.h"
 #include "halvora/platform/screen.h"
-#include "light/colour.h"
 
 namespace halvora {
 
@@ -33,8 +33,6 @@ enum class ViewId : std::uint8_t {
   lowLightHintLabel,
 };
 inline constexpr std::size_t kViewCount = 14;
-
-enum class ViewContent : std::uint8_t { fill, text, image, video };
 
 struct ViewRow {
   const char* name;
@@ -61,8 +59,8 @@ inline constexpr std::array<ViewRow, kViewCount> kViews = {{
     {"lightView", ViewId::container, ViewContent::fill, 1, false, kBlack, 0},
     {"fpsLabel", ViewId::container, ViewContent::text, 0, false, kWhite, views::kLabelSize},
     {"videoBackgroundView", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
-    {"playerViewA", ViewId::container, ViewContent::video, 0, false, views::kClear, 0},
-    {"playerViewB", ViewId::container, ViewContent::video, 0, false, views::kClear, 0},
+    {kClipA, ViewId::container, ViewContent::video, 0, false, views::kClear, 0},
+    {kClipB, ViewId::container, ViewContent::video, 0, false, views::kClear, 0},
     {"goboView", ViewId::container, ViewContent::fill, 0, false, views::kClear, 0},
     {"goboImage", ViewId::goboView, ViewContent::image, 1, false, views::kClear, 0},
     {"pixelMapImage", ViewId::goboView, ViewContent::image, 1, false, views::kClear, 0},

@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "halvora/colour.h"
 #include "halvora/platform/serial_queues.h"
 #include "halvora/platform/video_asset.h"
-#include "light/colour.h"
 #include "pixelmap/seat_lut.h"
 #include "pixelmap/seat_lut_files.h"
 

@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "halvora/colour.h"
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/files.h"
 #include "halvora/platform/image.h"
 #include "halvora/platform/video_asset.h"
-#include "light/colour.h"
 
 namespace halvora {
 

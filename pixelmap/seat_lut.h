@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "light/colour.h"
+#include "halvora/colour.h"
 
 namespace halvora {
 

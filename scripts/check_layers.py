@@ -14,7 +14,6 @@ from pathlib import Path
 # Room: what it may include besides itself. A file belongs to the longest room that matches; one in a
 # wing without a room of its own is a fault. The last word of a path may be a header: that one only.
 FACE = "include/halvora"
-ENGINE_FACE = "engine/halvora_view_controller.h"
 CORE = ["text", "light", "usage", "pixelmap", "engine", "seats", "host"]
 ADAPTERS = [
     f"adapters/{name}"
@@ -32,16 +31,16 @@ MAY_INCLUDE = {
     "usage": [FACE, "text"],
     "pixelmap": [FACE, "text", "light"],
     "engine": [FACE, "text", "light", "usage", "pixelmap"],
-    "seats": [FACE, "text", ENGINE_FACE],
-    "host": [FACE, *CORE[:-1]],
-    "faces/qt": [FACE, "light", "seats", "host", ENGINE_FACE, "adapters/qt"],
+    "seats": [FACE, "text"],
+    "host": [FACE, "text", "seats"],
+    "faces/qt": [FACE, "seats", "host", "adapters/qt"],
     "adapters/standard": [FACE, "text"],
     "adapters/json": [FACE, "text"],
     "adapters/image": [FACE],
     "adapters/ffmpeg": [FACE],
     "adapters/linux": [FACE, "adapters/standard"],
     "adapters/virtual": [FACE, "adapters/standard"],
-    "adapters/qt": [FACE, "faces/qt", ENGINE_FACE, *(f"adapters/{name}" for name in
+    "adapters/qt": [FACE, "faces/qt", *(f"adapters/{name}" for name in
                     ("standard", "json", "image", "ffmpeg", "linux"))],
     "adapters/system": [FACE, "adapters/linux", "adapters/qt"],
     "venue/base": BELOW_VENUE,
@@ -177,8 +176,8 @@ GOOD = {
     "adapters/system/phone.cpp": '#include "adapters/linux/services/torch.h"\n',
     "faces/qt/face.cpp": '#include <QQuickItem>\n#include "host/views.h"\n#include "face.moc"\n',
     "light/layer.cpp": '#include "light/layer.h"\n// #include "engine/scanner.h"\n',
-    "engine/halvora_view_controller.h": '#include "pixelmap/assets.h"\n',
-    "seats/wizard.cpp": '#include "engine/halvora_view_controller.h"\n',
+    "engine/show_engine.h": '#include "pixelmap/assets.h"\n',
+    "seats/wizard.cpp": '#include "halvora/engine.h"\n',
     "venue/show/trace.cpp": '#include "venue/base/line.h"\n#include "engine/scanner.h"\n',
     "venue/crowd/run.cpp": '#include "venue/plan/venue.h"\n',
     "apps/halvora/main.cpp": '#include <CLI/CLI.hpp>\n#include "venue/show/trace.h"\n',

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "halvora/platform/application.h"
 #include "halvora/platform/platform.h"
 #include "halvora/platform/run_loop.h"

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "seats/seat_storage.h"
 #include "seats/table_run.h"
 

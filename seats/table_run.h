@@ -10,7 +10,7 @@
 #include <optional>
 #include <utility>
 
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "halvora/witness.h"
 #include "seats/seat_storage.h"
 

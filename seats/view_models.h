@@ -9,8 +9,7 @@
 #include <string>
 #include <string_view>
 
-// Colour comes with the engine's public header, the only one below that this folder sees.
-#include "engine/halvora_view_controller.h"
+#include "halvora/colour.h"
 
 namespace halvora {
 

@@ -12,16 +12,9 @@
 #include "halvora/platform/time.h"
 #include "halvora/platform/user_defaults.h"
 #include "halvora/platform/wall_clock.h"
+#include "halvora/usage.h"
 
 namespace halvora {
-
-/// Where the counters are, each a root such as "https://opens.example"; part of a deployment. An
-/// empty one is not sent.
-struct UsageEndpoints {
-  std::string appOpened;
-  std::string device;
-  std::string receivedSignal;
-};
 
 class UsagePings {
  public:

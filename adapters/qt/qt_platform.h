@@ -8,7 +8,7 @@
 #include <string>
 
 #include "adapters/qt/qt_platform_services.h"
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/platform.h"
 #include "halvora/platform/run_loop.h"

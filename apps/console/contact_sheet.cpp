@@ -10,7 +10,7 @@
 #include "adapters/standard/seeded_random.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "apps/console/show_texts.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "faces/qt/display_painter.h"
 #include "light/display_list.h"
 #include "venue/show/scenario_player.h"
@@ -54,7 +54,7 @@ QRectF placeOf(Size screen, QPoint tile) {
 }
 
 struct Moment {
-  const HalvoraViewController& engine;
+  const ShowEngine& engine;
   Size screen;
   Duration time;
 };
@@ -103,7 +103,7 @@ ContactSheet drawContactSheet(const ShowFiles& files, DemoLibraries& libraries) 
   setup.videoAssets = &libraries.videos;
   setup.workers = &libraries.workers;
   VirtualPhone phone(libraries.json, std::move(setup));
-  HalvoraViewController engine(phone.platform());
+  ShowEngine engine(phone.platform());
   const ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};
   schedule(files.scenario, phone.loop, stage);
 

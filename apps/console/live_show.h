@@ -11,7 +11,7 @@
 #include "apps/console/libraries.h"
 #include "apps/console/scenario_run.h"
 #include "apps/console/show_files.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/serial_queues.h"
 #include "venue/show/scenario_player.h"
@@ -34,7 +34,7 @@ class LiveShow {
   std::size_t load(const Scenario& scenario);
 
   DemoPhone phone_;
-  HalvoraViewController engine_;
+  ShowEngine engine_;
   const ScenarioStage stage_{phone_.bluetooth, phone_.application, phone_.defaults, engine_};
   ScenarioRun run_;
 };

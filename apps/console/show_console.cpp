@@ -11,6 +11,7 @@
 #include "adapters/standard/standard_files.h"
 #include "apps/console/desk_choices.h"
 #include "apps/console/desk_words.h"
+#include "engine/inside.h"
 #include "faces/qt/halvora_host.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
@@ -283,7 +284,7 @@ QStringList ShowConsole::packetMeanings() const {
 
 QString ShowConsole::phoneStatus() const {
   return QString::fromStdString(
-      statusOf(engine_.isInsideVenue(), engine_.state().screen.currentMode));
+      statusOf(engine_.isInsideVenue(), insideOf(engine_).state().screen.currentMode));
 }
 
 }  // namespace halvora

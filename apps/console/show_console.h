@@ -22,7 +22,7 @@
 #include "apps/console/show_desk.h"
 #include "apps/console/show_recording.h"
 #include "apps/console/venue_show.h"
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/serial_queues.h"
 #include "venue/show/scenario.h"

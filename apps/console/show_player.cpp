@@ -18,7 +18,7 @@ ShowPlayer::ShowPlayer(const ShowFiles& files, RunLoop& loop, SerialQueues& queu
     : files_(files), loop_(loop), queues_(queues), libraries_(libraries), title_(titleOf(files)) {}
 
 ShowPlayer::~ShowPlayer() {
-  if (surface_ != nullptr) surface_->setViews(nullptr);
+  if (surface_ != nullptr) surface_->setLight(std::nullopt);
 }
 
 void ShowPlayer::play(LightSurface& surface) {
@@ -41,12 +41,12 @@ QString ShowPlayer::status() const {
 }
 
 void ShowPlayer::begin() {
-  if (surface_ != nullptr) surface_->setViews(nullptr);
+  if (surface_ != nullptr) surface_->setLight(std::nullopt);
   show_ = std::make_unique<LiveShow>(files_, loop_, queues_, libraries_, [this] {
     emit ended();
     begin();
   });
-  if (surface_ != nullptr) surface_->setViews(&show_->views());
+  if (surface_ != nullptr) surface_->setLight(Light(show_->views()));
 }
 
 }  // namespace halvora

@@ -12,7 +12,7 @@
 
 #include "adapters/qt/qt_platform.h"
 #include "adapters/system/qt_linux_services.h"
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "halvora/platform/run_loop.h"
 
 namespace halvora {

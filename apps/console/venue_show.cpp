@@ -138,17 +138,16 @@ void VenueShow::showProgress(double share) {
 }
 
 void VenueShow::seatPhones() {
-  crowdParts_.emplace(CrowdParts{bundles_,
-                                 parts_.libraries.json,
-                                 parts_.libraries.images,
-                                 parts_.libraries.files,
-                                 noVideos_,
-                                 noPlayers_,
-                                 noWorkers_,
-                                 {.assets = loadShowAssets(bundles_, parts_.libraries.json),
-                                  .seatLuts = &*files_->tables,
-                                  .stills = &stills_},
-                                 parts_.device});
+  crowdParts_.emplace(
+      CrowdParts{bundles_,
+                 parts_.libraries.json,
+                 parts_.libraries.images,
+                 parts_.libraries.files,
+                 noVideos_,
+                 noPlayers_,
+                 noWorkers_,
+                 {{}, loadShowAssets(bundles_, parts_.libraries.json), &*files_->tables, &stills_},
+                 parts_.device});
   crowd_ = std::make_unique<LiveCrowd>(parts_.loop, *crowdParts_, files_->seats);
   crowd_->mayHaveChanged = [this] { emit lightsMayHaveChanged(); };
 }
@@ -172,18 +171,18 @@ void VenueShow::choose(int phone) {
 }
 
 void VenueShow::showOn(LightSurface* surface) {
-  if (surface_) surface_->setViews(nullptr);
+  if (surface_) surface_->setLight(std::nullopt);
   surface_ = surface;
   lendViews();
 }
 
 // The surface lets go of one stack before it, or the crowd, takes another.
 void VenueShow::lendViews() {
-  if (surface_) surface_->setViews(nullptr);
+  if (surface_) surface_->setLight(std::nullopt);
   if (!crowd_) return;
   const bool isShown = surface_ && chosen_;
   crowd_->lend(isShown ? chosen_ : std::nullopt);
-  if (isShown) surface_->setViews(&crowd_->phone(*chosen_).views());
+  if (isShown) surface_->setLight(Light(crowd_->phone(*chosen_).views()));
 }
 
 bool VenueShow::goBack() {

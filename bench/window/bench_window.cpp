@@ -11,6 +11,7 @@
 #include <cstdlib>
 
 #include "bench/require.h"
+#include "engine/inside.h"
 #include "faces/qt/halvora_host.h"
 
 namespace halvora {
@@ -76,7 +77,7 @@ BenchWindow::BenchWindow(const std::string& assets, const QString& text)
     std::exit(1);
   }
   frames_.emplace(*window_);
-  frames_->watchMotion([this] { return engine_->views().isAnimating(); });
+  frames_->watchMotion([this] { return insideOf(*engine_).views().isAnimating(); });
   window_->show();
   window_->requestActivate();
   frames_->waitForNext();
@@ -136,7 +137,7 @@ void BenchWindow::beginShow() {
   waitUntil([this] { return radio_.isScanning(); });
   require(advertise(steadyLook(0)), "the kit does not listen");
   repeatLook();
-  waitUntil([this] { return !engine_->views().isAnimating(); });
+  waitUntil([this] { return !insideOf(*engine_).views().isAnimating(); });
   run(std::chrono::milliseconds(100));
 }
 

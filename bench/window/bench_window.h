@@ -22,7 +22,7 @@
 #include "bench/window/counting_run_loop.h"
 #include "bench/window/frame_log.h"
 #include "engine/broadcast.h"
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 
 namespace halvora {
 

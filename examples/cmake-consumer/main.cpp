@@ -31,7 +31,8 @@ int main() {
   phone.bluetooth.advertise(encodeBroadcast(look));
   phone.loop.runFor(milliseconds(1000));
 
-  const Colour light = engine.views().shownLight().value_or(kBlack);
+  const DisplayList list = engine.light().displayList(phone.screen.size);
+  const Colour light = list.empty() ? kBlack : list.front().colour;
   std::printf("light %.2f %.2f %.2f\n", static_cast<double>(light.red),
               static_cast<double>(light.green), static_cast<double>(light.blue));
   return engine.isInsideVenue() ? 0 : 1;

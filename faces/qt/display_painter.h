@@ -8,7 +8,7 @@
 #include <QPainter>
 #include <QRectF>
 
-#include "light/display_list.h"
+#include "halvora/light.h"
 
 namespace halvora {
 

@@ -9,7 +9,7 @@
 #include <QQmlEngine>
 #include <vector>
 
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "halvora/platform/platform.h"
 #include "halvora/witness.h"
 

@@ -82,20 +82,20 @@ void HalvoraViewItem::setShown(bool shown) {
     coordinator_ = view().makeCoordinator();
     HalvoraViewController& engine = view().makeController(*coordinator_);
     engine.halvoraView = this;
-    setViews(&engine.views());
+    setLight(engine.light());
     const VideoPlayers& players = host_->platform().videoPlayers;
     setClips(pictureOf(players.a), pictureOf(players.b));
     layOut();
     lookAtStatusBar();
     return;
   }
-  setViews(nullptr);
+  setLight(std::nullopt);
   setClips(nullptr, nullptr);
   const bool wasShown = std::exchange(coordinator_, nullptr) != nullptr;
   HalvoraViewController* engine = controller();
   if (wasShown && engine != nullptr) {
-    engine->lightShowStartedCallback() = nullptr;
-    engine->lightShowStoppedCallback() = nullptr;
+    engine->setLightShowStartedCallback(nullptr);
+    engine->setLightShowStoppedCallback(nullptr);
     engine->halvoraView = nullptr;
     engine->viewWillLayoutSubviews(std::nullopt);
   }
@@ -108,8 +108,8 @@ void HalvoraViewItem::forgetHost() {
 }
 
 // In a later turn: the engine is half gone.
-void HalvoraViewItem::stackEnds() {
-  LightSurface::stackEnds();
+void HalvoraViewItem::lightEnds() {
+  LightSurface::lightEnds();
   QMetaObject::invokeMethod(
       this, [this] { lookAtStatusBar(); }, Qt::QueuedConnection);
 }

@@ -73,7 +73,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   HalvoraViewController* controller() const;
   HalvoraView view();
   void layOut();
-  void stackEnds() override;
+  void lightEnds() override;
   /// A show has started or stopped, whichever signal says so.
   void tellShow(void (HalvoraViewItem::*signal)());
   void lookAtStatusBar();

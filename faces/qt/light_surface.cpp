@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "faces/qt/display_painter.h"
-#include "light/views.h"
 
 namespace halvora {
 
@@ -70,18 +69,18 @@ LightSurface::LightSurface(QQuickItem* parent)
 }
 
 LightSurface::~LightSurface() {
-  if (views_ != nullptr) views_->setObserver(nullptr);
+  if (light_) light_->setObserver(nullptr);
 }
 
-void LightSurface::stackEnds() {
-  views_ = nullptr;
+void LightSurface::lightEnds() {
+  light_.reset();
   update();
 }
 
-void LightSurface::setViews(ViewStack* views) {
-  if (views_ != nullptr) views_->setObserver(nullptr);
-  views_ = views;
-  if (views_ != nullptr) views_->setObserver(this);
+void LightSurface::setLight(const std::optional<Light>& light) {
+  if (light_) light_->setObserver(nullptr);
+  light_ = light;
+  if (light_) light_->setObserver(this);
   update();
 }
 
@@ -127,7 +126,7 @@ void LightSurface::geometryChange(const QRectF& newGeometry, const QRectF& oldGe
 // Where an animation begins, or the window is drawn again after it was hidden.
 void LightSurface::frameBegins() {
   ticksSinceFrame_ = 0;
-  const bool isAnimating = views_ != nullptr && views_->isAnimating();
+  const bool isAnimating = light_ && light_->isAnimating();
   if (isAnimating || isMoving()) update();
   if (isAnimating && !isMoving()) rhythm_->start();
 }
@@ -136,7 +135,7 @@ void LightSurface::frameBegins() {
 // window that nobody sees draws none, and asks for none either.
 void LightSurface::frameIsDue() {
   update();
-  const bool isAnimating = views_ != nullptr && views_->isAnimating();
+  const bool isAnimating = light_ && light_->isAnimating();
   if (++ticksSinceFrame_ > kMostTicksWithoutFrame || !isAnimating) rhythm_->stop();
 }
 
@@ -144,7 +143,7 @@ QSGNode* LightSurface::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
   auto* root = static_cast<ListNode*>(node);
   if (root == nullptr) root = new ListNode;
   DisplayList list;
-  if (views_ != nullptr) list = displayListOf(*views_, {width(), height()});
+  if (light_) list = light_->displayList({width(), height()});
 
   std::vector<qint64> pictures;
   for (const DisplayItem& item : list) pictures.push_back(clipOf(item).cacheKey());
@@ -172,7 +171,7 @@ QSGNode* LightSurface::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
 // Null for what is no clip.
 QImage LightSurface::clipOf(const DisplayItem& item) const {
   if (item.content != ViewContent::video) return {};
-  return clips_[item.text == rowOf(ViewId::playerViewA).name ? 0 : 1].picture;
+  return clips_[item.text == kClipA ? 0 : 1].picture;
 }
 
 QSGNode* LightSurface::makeNode(const DisplayItem& item) const {

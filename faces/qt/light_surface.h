@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The QML item that shows a show: it draws the view stack that a host hands it, over its whole
-// size. It asks for a frame at once when the stack changes, and in Qt's rhythm while an animation
+// The QML item that shows a show: it draws the light that a host hands it, over its whole
+// size. It asks for a frame at once when the light changes, and in Qt's rhythm while an animation
 // runs; what a frame shows follows from its time alone. Main thread, but for the drawing itself,
 // which Qt does on its render thread while the main thread waits.
 #pragma once
@@ -11,16 +11,16 @@
 #include <QQuickItem>
 #include <array>
 #include <memory>
+#include <optional>
 
 #include <qqmlregistration.h>
 
 #include "faces/qt/qt_clip_picture.h"
-#include "light/display_list.h"
-#include "light/view_stack.h"
+#include "halvora/light.h"
 
 namespace halvora {
 
-class LightSurface : public QQuickItem, private ViewObserver {
+class LightSurface : public QQuickItem, private LightObserver {
   Q_OBJECT
   QML_ELEMENT
 
@@ -28,10 +28,10 @@ class LightSurface : public QQuickItem, private ViewObserver {
   explicit LightSurface(QQuickItem* parent = nullptr);
   ~LightSurface() override;
 
-  /// Shows that stack from now on and takes the place of its observer; null, or a stack that has
-  /// gone, shows nothing.
-  void setViews(ViewStack* views);
-  /// What the stack's two players of clips show; null for a player that has no picture.
+  /// Shows that light from now on and takes the place of its observer; none, or one that has ended,
+  /// shows nothing.
+  void setLight(const std::optional<Light>& light);
+  /// What the light's two players of clips show; null for a player that has no picture.
   void setClips(QtClipPicture* a, QtClipPicture* b);
   /// Asks for frames by itself, as something may move.
   bool isMoving() const;
@@ -41,7 +41,7 @@ class LightSurface : public QQuickItem, private ViewObserver {
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
   void updatePolish() override;
   QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
-  void stackEnds() override;
+  void lightEnds() override;
 
  private:
   struct Clip {
@@ -51,10 +51,7 @@ class LightSurface : public QQuickItem, private ViewObserver {
     QImage picture;
   };
 
-  void alphaChanged(ViewId, double, Duration) override { update(); }
-  void hiddenChanged(ViewId, bool) override { update(); }
-  void textChanged(ViewId, const std::string&) override { update(); }
-  void lightChanged(const MaybeColour&) override { update(); }
+  void lightChanged() override { update(); }
 
   class Rhythm;
 
@@ -63,7 +60,7 @@ class LightSurface : public QQuickItem, private ViewObserver {
   QImage clipOf(const DisplayItem& item) const;
   QSGNode* makeNode(const DisplayItem& item) const;
 
-  ViewStack* views_ = nullptr;
+  std::optional<Light> light_;
   std::array<Clip, 2> clips_;
   QMetaObject::Connection beginnings_;
   std::unique_ptr<Rhythm> rhythm_;

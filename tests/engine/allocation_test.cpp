@@ -3,7 +3,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "tests/engine/allocation_count.h"
 #include "tests/engine/engine_bench.h"
 
@@ -52,7 +52,7 @@ class Allocations : public testing::Test {
 
   const RapidJsonReader json_;
   VirtualPhone phone_{json_};
-  HalvoraViewController engine_{phone_.platform()};
+  ShowEngine engine_{phone_.platform()};
 };
 
 TEST_F(Allocations, AreCounted) {

@@ -77,7 +77,7 @@ TEST_F(DestroyedInside, TheStartedCallbackOfALookThatTheHostShows) {
 TEST_F(DestroyedInside, ACallbackWithinACallback) {
   std::vector<PacketFate> fates;
   bench.engine().lightShowStartedCallback() = [&] {
-    HalvoraViewController& engine = bench.engine();
+    ShowEngine& engine = bench.engine();
     engine.lightShowStartedCallback() = destroyed();
     fates.push_back(engine.processEffect(look(4)));
   };
@@ -140,15 +140,16 @@ TEST(DestroyedByAnotherObserver, ThatWasThereBeforeTheEngine) {
 }
 
 // A face that outlives the show it draws.
-struct Face final : ViewObserver {
-  void stackEnds() override { ++ends; }
+struct Face final : LightObserver {
+  void lightChanged() override {}
+  void lightEnds() override { ++ends; }
   int ends = 0;
 };
 
-TEST(ViewsThatGo, TellTheirObserver) {
+TEST(LightThatEnds, TellsItsObserver) {
   EngineBench bench;
   Face face;
-  bench.views().setObserver(&face);
+  bench.controller().light().setObserver(&face);
   bench.destroyEngine();
   EXPECT_EQ(face.ends, 1);
 }

@@ -61,8 +61,10 @@ EngineBench::EngineBench(BenchSetup setup)
   phone.kitBundle.strings = {{"outside_venue", "kit: outside"},
                              {"bluetooth_off", "kit: off"},
                              {"bluetooth_notAuthorised", "kit: not authorised"}};
-  engine_ = std::make_unique<HalvoraViewController>(
-      recorders_.platform(), EngineOptions{setup.usageEndpoints}, parts_.parts());
+  auto engine = std::make_unique<ShowEngine>(
+      recorders_.platform(), ShowEngineOptions{{setup.usageEndpoints}}, parts_.parts());
+  engine_ = engine.get();
+  controller_ = controllerOf(std::move(engine));
   engine_->views().setObserver(this);
   if (setup.hasCallbacks) {
     engine_->lightShowStartedCallback() = [this] { log.add("started"); };
@@ -74,6 +76,11 @@ EngineBench::EngineBench(BenchSetup setup)
 }
 
 EngineBench::~EngineBench() = default;
+
+void EngineBench::destroyEngine() {
+  controller_.reset();
+  engine_ = nullptr;
+}
 
 void EngineBench::seat(const char* section, const char* xPos, const char* yPos) {
   const auto set = [this](std::string_view key, const char* text) {

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/inside.h"
 #include "tests/engine/recording_parts.h"
 #include "tests/engine/recording_platform.h"
 
@@ -52,14 +52,15 @@ class EngineBench : private ViewObserver {
   explicit EngineBench(BenchSetup setup = {});
   ~EngineBench() override;
 
-  HalvoraViewController& engine() { return *engine_; }
+  ShowEngine& engine() { return *engine_; }
+  HalvoraViewController& controller() { return *controller_; }
   const EngineState& state() const { return engine_->state(); }
   const ScreenState& screen() const { return state().screen; }
   const PresenceState& presence() const { return state().presence; }
   ViewStack& views() { return engine_->views(); }
   /// For values that parts beside the engine's own write.
   EngineState& writableState() { return const_cast<EngineState&>(engine_->state()); }
-  void destroyEngine() { engine_.reset(); }
+  void destroyEngine();
 
   void seat(const char* section, const char* xPos, const char* yPos);
   /// The text or the number under a default, as text.
@@ -99,7 +100,9 @@ class EngineBench : private ViewObserver {
   RecordingPlatform recorders_;
   RecordingParts parts_;
   std::uint16_t sequence_ = 0;
-  std::unique_ptr<HalvoraViewController> engine_;
+  std::unique_ptr<HalvoraViewController> controller_;
+  /// The controller's.
+  ShowEngine* engine_ = nullptr;
 };
 
 }  // namespace halvora

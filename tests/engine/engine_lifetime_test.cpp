@@ -80,7 +80,7 @@ TEST(EngineLifetime, NoLongerObservesTheApplication) {
 
 TEST(EngineLifetime, CallbackMayReplaceItself) {
   EngineBench bench({.hasCallbacks = false});
-  HalvoraViewController& engine = bench.engine();
+  ShowEngine& engine = bench.engine();
   std::vector<std::string> calls;
   const std::string longEnoughToLiveOnTheHeap(100, 'x');
   engine.lightShowStartedCallback() = [&engine, &calls, longEnoughToLiveOnTheHeap] {
@@ -95,7 +95,7 @@ TEST(EngineLifetime, CallbackMayReplaceItself) {
 
 TEST(EngineLifetime, CallbackMayRemoveItself) {
   EngineBench bench({.hasCallbacks = false});
-  HalvoraViewController& engine = bench.engine();
+  ShowEngine& engine = bench.engine();
   int stopped = 0;
   engine.lightShowStoppedCallback() = [&engine, &stopped] {
     int& counter = stopped;

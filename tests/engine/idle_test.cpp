@@ -3,7 +3,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 
 namespace halvora {
 namespace {
@@ -20,7 +20,7 @@ std::uint64_t turnsOfTenMinutes(VirtualPhone& phone) {
 TEST(Idle, PhoneInAVenueWithoutAShowWakesOnlyForItsNamedTimers) {
   const RapidJsonReader json;
   VirtualPhone phone(json);
-  HalvoraViewController engine(phone.platform());
+  ShowEngine engine(phone.platform());
   engine.viewDidLoad();
   engine.start();
   phone.loop.runFor(kStartUp);
@@ -32,7 +32,7 @@ TEST(Idle, PhoneThatIsNotAllowedToListenWakesOnlyForTheLowLightPoll) {
   const RapidJsonReader json;
   VirtualPhone phone(json);
   phone.bluetooth.setAuthorization(BluetoothAuthorization::denied);
-  HalvoraViewController engine(phone.platform());
+  ShowEngine engine(phone.platform());
   engine.viewDidLoad();
   engine.start();
   phone.loop.runFor(kStartUp);
@@ -42,7 +42,7 @@ TEST(Idle, PhoneThatIsNotAllowedToListenWakesOnlyForTheLowLightPoll) {
 TEST(Idle, PhoneIsAsQuietAfterAShowAsBeforeIt) {
   const RapidJsonReader json;
   VirtualPhone phone(json);
-  HalvoraViewController engine(phone.platform());
+  ShowEngine engine(phone.platform());
   engine.viewDidLoad();
   engine.start();
   phone.loop.runFor(kStartUp);
@@ -67,7 +67,7 @@ TEST(Idle, NothingWakesThePhoneOnceTheEngineIsGone) {
   const RapidJsonReader json;
   VirtualPhone phone(json);
   {
-    HalvoraViewController engine(phone.platform());
+    ShowEngine engine(phone.platform());
     engine.viewDidLoad();
     engine.start();
     phone.loop.runFor(kStartUp);

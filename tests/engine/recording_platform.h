@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "halvora/colour.h"
 #include "halvora/platform/application.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/bundle.h"
@@ -19,7 +20,6 @@
 #include "halvora/platform/screen.h"
 #include "halvora/platform/serial_queues.h"
 #include "halvora/platform/user_defaults.h"
-#include "light/colour.h"
 
 namespace halvora {
 

@@ -245,8 +245,7 @@ TEST(UsageReports, SwitchedOnAgainTheyAreSentFromThenOn) {
 
 TEST(UsageReports, MayBeOffFromTheStart) {
   EngineBench bench;
-  HalvoraViewController quiet(bench.phone.platform(),
-                              {.usageEndpoints = kEndpoints, .usageReports = false});
+  ShowEngine quiet(bench.phone.platform(), {{kEndpoints, false}});
   EXPECT_FALSE(quiet.usageReports());
   quiet.viewDidLoad();
   quiet.start();

@@ -12,7 +12,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 
 namespace halvora {
 namespace {
@@ -46,13 +46,13 @@ TEST_F(SharedParts, AssetsThatAreHandedInAreUsedAndNoneAreRead) {
   phone.mainBundle.resources["HVAssets/palettes.json"] =
       R"({"palettes": [{"id": 1, "colours": ["#FF0000"]}]})";
   const std::shared_ptr<const ShowAssets> assets = violetAssets();
-  HalvoraViewController one(phone.platform(), {.assets = assets});
-  HalvoraViewController other(phone.platform(), {.assets = assets});
+  ShowEngine one(phone.platform(), {{}, assets});
+  ShowEngine other(phone.platform(), {{}, assets});
   one.viewDidLoad();
   other.viewDidLoad();
   EXPECT_EQ(&one.palettes(), &assets->palettes);
   EXPECT_EQ(&other.palettes(), &assets->palettes);
-  for (HalvoraViewController* engine : {&one, &other}) {
+  for (ShowEngine* engine : {&one, &other}) {
     const ViewStack& views = engine->views();
     EXPECT_EQ(&views.text(ViewId::mapNoSeatOverlayLabel), &assets->mapNoSeatText);
     EXPECT_EQ(&views.text(ViewId::lowLightHintLabel), &assets->lowLightText);
@@ -70,7 +70,7 @@ TEST_F(SharedParts, AssetsThatAreHandedInAreUsedAndNoneAreRead) {
 
 TEST_F(SharedParts, AssetsOutliveWhoeverHandedThemIn) {
   std::shared_ptr<const ShowAssets> assets = violetAssets();
-  HalvoraViewController engine(phone.platform(), {.assets = assets});
+  ShowEngine engine(phone.platform(), {{}, assets});
   assets.reset();
   engine.viewDidLoad();
   ASSERT_EQ(engine.palettes().size(), 1U);
@@ -81,7 +81,7 @@ TEST_F(SharedParts, StillsThatAreHandedInAreUsedAndNoneAreRead) {
   // Its decoder knows no picture, so that a still of its own would leave the torch as it is.
   phone.mainBundle.resources["Maps/v7_m5_f3.jpg"] = "a picture";
   const TwoStills stills;
-  HalvoraViewController engine(phone.platform(), {.stills = &stills});
+  ShowEngine engine(phone.platform(), {{}, nullptr, nullptr, &stills});
   engine.viewDidLoad();
   const auto torchAfter = [&](std::uint8_t frame, const char* section, bool before) {
     phone.defaults.setFromOutside("selectedSection", std::string(section));
@@ -119,7 +119,7 @@ TEST_F(SharedParts, ASeatsColumnAndRowAreThoseOfTheStill) {
     phone.defaults.setFromOutside("selectedSection", std::string("A"));
     phone.defaults.setFromOutside("xPos", std::string(x));
     phone.defaults.setFromOutside("yPos", std::string(y));
-    HalvoraViewController engine(phone.platform(), {.stills = &stills});
+    ShowEngine engine(phone.platform(), {{}, nullptr, nullptr, &stills});
     engine.viewDidLoad();
     engine.processEffect(
         {.applicationId = 1, .venueId = 7, .pixelMapId = 5, .ledMode = 9, .minutes = 3});

@@ -6,7 +6,7 @@
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "tests/adapters/standard/temporary_folder.h"
 
 namespace halvora {
@@ -27,7 +27,7 @@ class ShowPartsWiring : public testing::Test {
                                  .documents = files_.path() + "/documents",
                                  .files = &disk_});
     phone_->mainBundle.folder = files_.path() + "/assets";
-    engine_ = std::make_unique<HalvoraViewController>(phone_->platform());
+    engine_ = std::make_unique<ShowEngine>(phone_->platform());
   }
 
   void load(const char* bucket = nullptr) {
@@ -68,7 +68,7 @@ class ShowPartsWiring : public testing::Test {
   StandardFiles disk_;
   RapidJsonReader json_;
   std::unique_ptr<VirtualPhone> phone_;
-  std::unique_ptr<HalvoraViewController> engine_;
+  std::unique_ptr<ShowEngine> engine_;
 };
 
 using B = Broadcast;
@@ -113,7 +113,7 @@ TEST_F(ShowPartsWiring, BucketsThatLeadOutOfTheDocumentsHoldNothing) {
   const std::string absolute = files_.path() + "/documents/arena";
   for (const char* bucket :
        {"", "..", "/", "../documents/arena", "nobody", "arena/../arena", absolute.c_str()}) {
-    engine_ = std::make_unique<HalvoraViewController>(phone_->platform());
+    engine_ = std::make_unique<ShowEngine>(phone_->platform());
     load(bucket);
     look({{&B::mode, 1}, {&B::gobo, 3}});
     EXPECT_EQ(gobo(), "assets/HVAssets/Gobos/3.png") << bucket;
@@ -122,7 +122,7 @@ TEST_F(ShowPartsWiring, BucketsThatLeadOutOfTheDocumentsHoldNothing) {
 
 TEST_F(ShowPartsWiring, BucketMayBeAnyFolderWithinTheDocuments) {
   for (const char* bucket : {"arena/", "./arena", "arena/."}) {
-    engine_ = std::make_unique<HalvoraViewController>(phone_->platform());
+    engine_ = std::make_unique<ShowEngine>(phone_->platform());
     load(bucket);
     look({{&B::mode, 1}, {&B::gobo, 3}});
     EXPECT_TRUE(gobo().starts_with("documents/")) << bucket << ": " << gobo();
@@ -322,7 +322,7 @@ TEST(ShowPartsInMemory, GobosAndClipsAreFoundThere) {
     phone.virtualFiles.put(name, "");
   }
   phone.defaults.setFromOutside("pairedBucketID", std::string("arena"));
-  HalvoraViewController engine(phone.platform());
+  ShowEngine engine(phone.platform());
   engine.viewDidLoad();
   const auto shown = [&engine] { return engine.views().text(ViewId::goboImage); };
   EXPECT_EQ(shown(), "/packed/HVAssets/Gobos/1.png");

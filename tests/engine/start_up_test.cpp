@@ -64,8 +64,8 @@ TEST(EngineStart, StateBeforeTheViewIsLoaded) {
   EXPECT_EQ(bench.engine().brightness().originalBrightness(), 0);
   EXPECT_THAT(bench.engine().palettes(), IsEmpty());
   EXPECT_EQ(bench.engine().pairedBucketID(), "");
-  EXPECT_EQ(bench.engine().halvoraView, nullptr);
-  EXPECT_EQ(bench.engine().centralManager, nullptr);
+  EXPECT_EQ(bench.controller().halvoraView, nullptr);
+  EXPECT_EQ(bench.controller().centralManager, nullptr);
   EXPECT_THAT(bench.engine().allowedTransmitterIds(), IsEmpty());
   EXPECT_THAT(bench.take(), IsEmpty()) << "making an engine does nothing to the phone";
 }

@@ -5,7 +5,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 
 namespace halvora {
 namespace {
@@ -65,7 +65,7 @@ class TorchPixelMap : public testing::Test {
   OnePicture decoder_;
   RapidJsonReader json_;
   VirtualPhone phone_{json_, {.random = nullptr, .images = &decoder_}};
-  HalvoraViewController engine_{phone_.platform()};
+  ShowEngine engine_{phone_.platform()};
 };
 
 TEST_F(TorchPixelMap, PureWhiteTurnsItOn) {

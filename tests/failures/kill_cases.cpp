@@ -12,7 +12,7 @@
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "apps/halvora/commands.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "pixelmap/seat_lut_builder.h"
 #include "pixelmap/seat_lut_files.h"
 #include "tests/failures/kills.h"
@@ -105,7 +105,7 @@ struct Precompute {
     setup.workers = &workers;
     VirtualPhone phone(kJson, std::move(setup));
     phone.mainBundle.folder = folder + "/main";
-    HalvoraViewController engine(phone.platform());
+    ShowEngine engine(phone.platform());
     engine.viewDidLoad();
     bool isComplete = false;
     phone.loop.actAt(phone.loop.now(), [&] {

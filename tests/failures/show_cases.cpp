@@ -12,7 +12,7 @@
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "tests/failures/trial.h"
 
 namespace halvora {
@@ -58,7 +58,7 @@ class Show : public Trial {
       phone_->defaults.setFromOutside(key, std::string(text));
     }
     keepNoLogs();
-    engine_ = std::make_unique<HalvoraViewController>(phone_->platform());
+    engine_ = std::make_unique<ShowEngine>(phone_->platform());
     engine_->lightShowStartedCallback() = [this] { ++started_; };
     engine_->viewDidLoad();
     engine_->start();
@@ -158,7 +158,7 @@ class Show : public Trial {
 
   LinuxFiles files_;
   std::unique_ptr<VirtualPhone> phone_;
-  std::unique_ptr<HalvoraViewController> engine_;
+  std::unique_ptr<ShowEngine> engine_;
   int started_ = 0;
   int refusals_ = 0;
   std::uint16_t sequence_ = 0;

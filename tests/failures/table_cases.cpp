@@ -12,7 +12,7 @@
 #include "adapters/linux/linux_files.h"
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/seat_lut_builder.h"
 #include "pixelmap/seat_lut_files.h"
@@ -136,7 +136,7 @@ class Precompute final : public Trial {
     setup.workers = &workers_;
     phone_ = std::make_unique<VirtualPhone>(kJson, std::move(setup));
     phone_->mainBundle.folder = preparedAssets();
-    engine_ = std::make_unique<HalvoraViewController>(phone_->platform());
+    engine_ = std::make_unique<ShowEngine>(phone_->platform());
     engine_->viewDidLoad();
   }
   void end() {
@@ -173,7 +173,7 @@ class Precompute final : public Trial {
   LinuxFiles files_;
   ThreadWorkers workers_{2};
   std::unique_ptr<VirtualPhone> phone_;
-  std::unique_ptr<HalvoraViewController> engine_;
+  std::unique_ptr<ShowEngine> engine_;
   int completions_ = 0;
 };
 

@@ -7,7 +7,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "tests/fuzz/fuzz_target.h"
 
 namespace halvora {
@@ -99,7 +99,7 @@ std::uint64_t judgePackets(std::uint64_t count, std::uint64_t seed) {
   phone.bluetooth.log.isKept = phone.screen.log.isKept = phone.defaults.log.isKept = false;
   phone.torch.log.isKept = phone.haptics.log.isKept = phone.videoLog.isKept = false;
   phone.http.log.isKept = false;
-  HalvoraViewController engine(phone.platform());
+  ShowEngine engine(phone.platform());
   engine.viewDidLoad();
   const bool hasList = seed % 2 == 0;
   if (hasList) engine.setAllowedTransmitterIds({"1:255", "1:1", "01:2"});

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "adapters/standard/string_table.h"
-#include "light/colour.h"
+#include "halvora/colour.h"
 #include "light/gobo_animator.h"
 #include "seats/seat_texts.h"
 #include "tests/fuzz/fuzz_targets.h"

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/inside.h"
 #include "tests/engine/engine_bench.h"
 #include "tests/host/phone_of_the_process.h"
 
@@ -25,7 +26,7 @@ struct HostViewTest : testing::Test {
     return HalvoraView(
         embedded(), [this] { ++started; }, [this] { ++stopped; });
   }
-  EmbeddedEngine embedded() { return {bench.phone.platform(), bench.engine()}; }
+  EmbeddedEngine embedded() { return {bench.phone.platform(), bench.controller()}; }
   HalvoraViewController& show(const HalvoraView& view) {
     coordinator = view.makeCoordinator();
     return view.makeController(*coordinator);
@@ -68,26 +69,27 @@ TEST(HostViewOfTheProcess, OperationsGoToTheProcessesEngine) {
   auto& engine = HalvoraViewController::sharedInstance(platformOfTheProcess());
   EXPECT_EQ(view.isPermissionGranted(), engine.isPermissionGranted());
   EXPECT_EQ(view.isInsideVenue(), engine.isInsideVenue());
-  const bool wasAllowed = engine.state().presence.scanningAllowed;
+  const bool wasAllowed = insideOf(engine).state().presence.scanningAllowed;
   view.start();
-  EXPECT_EQ(engine.state().presence.scanningAllowed, wasAllowed || view.isPermissionGranted());
+  EXPECT_EQ(insideOf(engine).state().presence.scanningAllowed,
+            wasAllowed || view.isPermissionGranted());
 }
 
 TEST_F(HostViewTest, TheCoordinatorHasAnEngineOfTheHostsOwnAndTheTransmitters) {
   const auto made = viewWith({"258:7"}).makeCoordinator();
-  EXPECT_EQ(&made->mainViewController, &bench.engine());
+  EXPECT_EQ(&made->mainViewController, &bench.controller());
   EXPECT_EQ(made->allowedTransmitterIds, Texts{"258:7"});
 }
 
 TEST_F(HostViewTest, MakingTheCoordinatorChangesNothingOfTheEngine) {
   const auto made = viewWith({"258:7"}).makeCoordinator();
-  EXPECT_TRUE(bench.engine().allowedTransmitterIds().empty());
-  EXPECT_FALSE(bench.engine().lightShowStartedCallback());
+  EXPECT_TRUE(bench.controller().allowedTransmitterIds().empty());
+  EXPECT_FALSE(bench.controller().lightShowStartedCallback());
 }
 
 TEST_F(HostViewTest, TheControllerIsTheEngineWithTheTransmitters) {
   HalvoraViewController& controller = show(viewWith({"258:7"}));
-  EXPECT_EQ(&controller, &bench.engine());
+  EXPECT_EQ(&controller, &bench.controller());
   EXPECT_EQ(controller.allowedTransmitterIds(), Texts{"258:7"});
   bench.listen();
   Broadcast foreign = look(1);
@@ -169,7 +171,7 @@ TEST_F(HostViewTest, OfTwoViewsTheOneShownLastIsHeardAndObeyed) {
   settle();
   EXPECT_EQ(first, 0);
   EXPECT_EQ(started, 1);
-  EXPECT_TRUE(bench.engine().allowedTransmitterIds().empty());
+  EXPECT_TRUE(bench.controller().allowedTransmitterIds().empty());
 }
 
 TEST_F(HostViewTest, UpdatingTheControllerDoesNothing) {
@@ -183,8 +185,8 @@ TEST_F(HostViewTest, UpdatingTheControllerDoesNothing) {
 
 TEST_F(HostViewTest, ItsSizeIsTheFacesBusiness) {
   const HalvoraView view(embedded());
-  EXPECT_EQ(view.sizeThatFits({300, 400}, bench.engine()), std::nullopt);
-  EXPECT_EQ(view.sizeThatFits({}, bench.engine()), std::nullopt);
+  EXPECT_EQ(view.sizeThatFits({300, 400}, bench.controller()), std::nullopt);
+  EXPECT_EQ(view.sizeThatFits({}, bench.controller()), std::nullopt);
 }
 
 TEST_F(HostViewTest, StartBeginsToListen) {
@@ -240,7 +242,7 @@ TEST(HostViews, ThousandEnginesInOneProcess) {
   for (std::size_t at = 0; at < kPhones; ++at) {
     phones.push_back(std::make_unique<EngineBench>(BenchSetup{.hasCallbacks = false}));
     EngineBench& bench = *phones.back();
-    const HalvoraView view({bench.phone.platform(), bench.engine()},
+    const HalvoraView view({bench.phone.platform(), bench.controller()},
                            [&starts, at] { ++starts[at]; });
     view.makeController(*view.makeCoordinator());
   }
@@ -252,19 +254,19 @@ TEST(HostViews, ThousandEnginesInOneProcess) {
 }
 
 TEST_F(HostViewTest, UsageReportsAreTheEnginesUntilTheHostSaysOtherwise) {
-  EXPECT_TRUE(bench.engine().usageReports());
+  EXPECT_TRUE(bench.controller().usageReports());
   HalvoraView view(embedded());
   show(view);
-  EXPECT_TRUE(bench.engine().usageReports());
+  EXPECT_TRUE(bench.controller().usageReports());
   view.usageReports = false;
   show(view);
-  EXPECT_FALSE(bench.engine().usageReports());
+  EXPECT_FALSE(bench.controller().usageReports());
   view.usageReports.reset();
   show(view);
-  EXPECT_FALSE(bench.engine().usageReports()) << "nothing is said about them";
+  EXPECT_FALSE(bench.controller().usageReports()) << "nothing is said about them";
   view.usageReports = true;
   show(view);
-  EXPECT_TRUE(bench.engine().usageReports());
+  EXPECT_TRUE(bench.controller().usageReports());
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 #include "adapters/standard/thread_queues.h"
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "tests/support/posted_turns.h"
 
 namespace halvora {
@@ -35,7 +35,7 @@ struct DestroyedInPrecompute : testing::Test {
       phone.virtualVideos.put(
           path, VirtualVideo::ofWords(std::vector<std::uint32_t>(kFrames, 0xFF0000FF)));
     }
-    engine = std::make_unique<HalvoraViewController>(
+    engine = std::make_unique<ShowEngine>(
         Platform{turns, queues, phone.wallClock, phone.calendar, *phone.random, phone.bluetooth,
                  phone.screen, phone.haptics, phone.application, phone.defaults, phone.bundles,
                  phone.http, phone.json, phone.torch, phone.images, phone.videoPlayers, phone.files,
@@ -61,7 +61,7 @@ struct DestroyedInPrecompute : testing::Test {
   PostedTurns turns;
   ThreadQueues queues;
   ThreadWorkers workers{2};
-  std::unique_ptr<HalvoraViewController> engine;
+  std::unique_ptr<ShowEngine> engine;
   int reports = 0;
 };
 

@@ -7,7 +7,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "pixelmap/seat_lut_files.h"
 #include "tests/pixelmap/seat_lut_bench.h"
 #include "tests/support/pixmap_decoder.h"
@@ -35,7 +35,7 @@ class EnginePixelMap : public testing::Test {
   }
 
   void load() {
-    engine_ = std::make_unique<HalvoraViewController>(phone_.platform());
+    engine_ = std::make_unique<ShowEngine>(phone_.platform());
     engine_->viewDidLoad();
     engine_->start();
   }
@@ -91,7 +91,7 @@ class EnginePixelMap : public testing::Test {
   RapidJsonReader json_;
   PixmapDecoder decoder_;
   VirtualPhone phone_{json_, {.random = nullptr, .documents = "/documents", .images = &decoder_}};
-  std::unique_ptr<HalvoraViewController> engine_;
+  std::unique_ptr<ShowEngine> engine_;
 
  private:
   void noteLight() {
@@ -325,7 +325,7 @@ TEST(EngineWithoutDocuments, ShowsTheColourAndSavesNothing) {
   phone.virtualVideos.put("/main/HVAssets/Maps/Venue-7/5/video.mp4",
                           VirtualVideo::ofWords(kThreeColours));
   phone.defaults.setFromOutside("selectedSection", std::string("A"));
-  HalvoraViewController engine(phone.platform());
+  ShowEngine engine(phone.platform());
   engine.viewDidLoad();
   phone.loop.soon([&engine] {
     engine.processEffect(

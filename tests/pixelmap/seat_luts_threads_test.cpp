@@ -13,7 +13,7 @@
 #include "adapters/standard/thread_queues.h"
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "pixelmap/pixel_map_seat_luts.h"
 #include "pixelmap/seat_lut_files.h"
 #include "tests/pixelmap/seat_lut_bench.h"
@@ -309,7 +309,7 @@ TEST_F(SeatLutsThreads, EngineThatGoesDuringABuildEndsItAtItsNextFrame) {
     gate_.pass();
   });
   phone_.defaults.setFromOutside("selectedSection", std::string("A"));
-  auto engine = std::make_unique<HalvoraViewController>(platform());
+  auto engine = std::make_unique<ShowEngine>(platform());
   engine->viewDidLoad();
   engine->processEffect({.applicationId = 258, .venueId = 7, .pixelMapId = 5, .mode = 1});
   gate_.waitForArrival();

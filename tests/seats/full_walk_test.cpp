@@ -10,7 +10,8 @@
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/standard/file_defaults.h"
 #include "engine/broadcast.h"
-#include "light/colour.h"
+#include "engine/inside.h"
+#include "halvora/colour.h"
 #include "tests/seats/panel_bench.h"
 
 namespace halvora {
@@ -44,7 +45,7 @@ class FullWalk : public testing::Test {
     const BroadcastBytes data = encodeBroadcast(packet);
     bench.turn([&] { EXPECT_TRUE(bench.phone.bluetooth.advertise(data)) << "nobody scans"; });
   }
-  MaybeColour light() { return bench.engine().views().lightColour(); }
+  MaybeColour light() { return insideOf(bench.engine()).views().lightColour(); }
 
   /// From the first sight of the panel until the phone knows where it is.
   void arrive() {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "halvora/engine.h"
 #include "seats/halvora_status_view_controller.h"
 
 namespace halvora {

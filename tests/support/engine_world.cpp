@@ -147,10 +147,10 @@ std::unique_ptr<const Platform> EngineWorld::watchedPlatform() {
 }
 
 void EngineWorld::makeEngine() {
-  EngineOptions options;
+  ShowEngineOptions options;
   options.usageEndpoints = {"https://opens.example", "https://devices.example",
                             "https://signals.example"};
-  engine_ = std::make_unique<HalvoraViewController>(*platform_, options);
+  engine_ = std::make_unique<ShowEngine>(*platform_, options);
   engine_->viewDidLoad();
 }
 

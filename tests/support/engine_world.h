@@ -15,7 +15,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "tests/support/pixmap_decoder.h"
 
 namespace halvora {
@@ -75,7 +75,7 @@ class EngineWorld {
 
   /// The first rule that was broken, with the time; empty while all hold.
   const std::string& complaint() const { return complaint_; }
-  const HalvoraViewController& engine() const { return *engine_; }
+  const ShowEngine& engine() const { return *engine_; }
   /// For tests of the rules: what breaks them.
   const Platform& platform() const { return *platform_; }
   ViewStack& views() { return engine_->views(); }
@@ -112,7 +112,7 @@ class EngineWorld {
   std::unique_ptr<WatchedTorch> torch_;
   std::unique_ptr<WatchedHaptics> haptics_;
   std::unique_ptr<const Platform> platform_;
-  std::unique_ptr<HalvoraViewController> engine_;
+  std::unique_ptr<ShowEngine> engine_;
   bool hasTorch_;
   int starts_ = 0;
   std::string complaint_;

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "halvora/colour.h"
 #include "halvora/platform/user_defaults.h"
-#include "light/colour.h"
 #include "venue/base/json_buffer.h"
 
 namespace halvora {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "adapters/standard/seeded_random.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "venue/crowd/crowd_devices.h"
 #include "venue/show/scenario.h"
 
@@ -47,7 +47,7 @@ struct CrowdParts {
   const VideoAssets& videos;
   const VideoPlayers& players;
   Workers& workers;
-  EngineOptions engine;
+  ShowEngineOptions engine;
   ScenarioDevice device;
   std::vector<std::string> allowedTransmitterIds = {};
 };
@@ -116,7 +116,7 @@ class CrowdPhone {
   CrowdTorch torch_;
   const CrowdSeat& seat_;
   bool hasLeft_ = false;
-  HalvoraViewController engine_;
+  ShowEngine engine_;
 };
 
 }  // namespace halvora

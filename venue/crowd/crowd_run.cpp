@@ -168,17 +168,16 @@ Failure CrowdRun::show() {
   const NoVideos videos;
   InlineWorkers alone;
   const SharedStills stills(mainBundle_, outside_.images);
-  const CrowdParts parts{
-      bundles_,
-      json_,
-      outside_.images,
-      files_,
-      videos,
-      players,
-      alone,
-      {.assets = loadShowAssets(bundles_, json_), .seatLuts = &*tables_, .stills = &stills},
-      request_.scenario.device,
-      request_.allowedTransmitterIds};
+  const CrowdParts parts{bundles_,
+                         json_,
+                         outside_.images,
+                         files_,
+                         videos,
+                         players,
+                         alone,
+                         {{}, loadShowAssets(bundles_, json_), &*tables_, &stills},
+                         request_.scenario.device,
+                         request_.allowedTransmitterIds};
   const CrowdPicture picture(seats_, request_.width, request_.height);
   rgb_.resize(static_cast<std::size_t>(request_.width) * static_cast<std::size_t>(request_.height) *
               3);

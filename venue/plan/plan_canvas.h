@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "halvora/colour.h"
 #include "halvora/platform/image.h"
-#include "light/colour.h"
 
 namespace halvora {
 

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "venue/show/scenario.h"
 
 namespace halvora {
@@ -15,7 +15,7 @@ struct ScenarioStage {
   VirtualBluetooth& bluetooth;
   VirtualApplication& application;
   VirtualDefaults& defaults;
-  HalvoraViewController& engine;
+  ShowEngine& engine;
   /// Told of every precompute; may stay absent.
   PrecomputeProgress progress = {};
   PrecomputeCompletion completion = {};

@@ -6,7 +6,7 @@
 
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "venue/show/scenario_player.h"
 #include "venue/show/trace_writer.h"
 
@@ -35,7 +35,7 @@ bool runInParts(VirtualRunLoop& loop, Duration end, const std::function<bool()>&
 }
 
 // The engine goes on without what there is no memory for; a trace that did would lie.
-bool wasShortOfMemory(const HalvoraViewController& engine) {
+bool wasShortOfMemory(const ShowEngine& engine) {
   const ScanDiagnostics& diagnostics = engine.diagnostics();
   const SeatLutFailures tables = engine.seatLuts().failures();
   return diagnostics.failedCalls > 0 || diagnostics[PacketFate::failed] > 0 ||
@@ -61,7 +61,7 @@ TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
   phone.bluetooth.log.isKept = false;
   phone.queues.log.isKept = false;
 
-  HalvoraViewController engine(phone.platform(), {traceEndpoints()});
+  ShowEngine engine(phone.platform(), {traceEndpoints()});
   engine.setAllowedTransmitterIds(options.allowedTransmitterIds);
   TraceWriter writer(phone, engine, {options.assets, options.documents}, write);
   // A phone goes on after a turn that failed, but then it shows what no other one would.

@@ -53,7 +53,7 @@ constexpr const char* nameOf(VideoAct act) {
 
 }  // namespace
 
-TraceWriter::TraceWriter(VirtualPhone& phone, HalvoraViewController& engine, TraceFolders folders,
+TraceWriter::TraceWriter(VirtualPhone& phone, ShowEngine& engine, TraceFolders folders,
                          std::function<void(std::string_view)> write)
     : phone_(phone), engine_(engine), folders_(std::move(folders)), write_(std::move(write)) {
   std::error_code error;

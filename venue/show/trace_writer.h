@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/show_engine.h"
 #include "venue/base/json_line.h"
 
 namespace halvora {
@@ -26,7 +26,7 @@ struct TraceFolders {
 
 class TraceWriter final : private ViewObserver {
  public:
-  TraceWriter(VirtualPhone& phone, HalvoraViewController& engine, TraceFolders folders,
+  TraceWriter(VirtualPhone& phone, ShowEngine& engine, TraceFolders folders,
               std::function<void(std::string_view)> write);
   ~TraceWriter() override;
   TraceWriter(const TraceWriter&) = delete;
@@ -74,7 +74,7 @@ class TraceWriter final : private ViewObserver {
   void writeFlag(const char* key, bool value, bool& written);
 
   VirtualPhone& phone_;
-  HalvoraViewController& engine_;
+  ShowEngine& engine_;
   TraceFolders folders_;
   std::function<void(std::string_view)> write_;
   JsonLine line_;

@@ -18,6 +18,7 @@
 #include "adapters/virtual/virtual_bluetooth.h"
 #include "adapters/virtual/virtual_devices.h"
 #include "adapters/virtual/virtual_media.h"
+#include "engine/inside.h"
 #include "faces/qt/halvora_host.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/haptics.h"
@@ -256,10 +257,10 @@ TEST_F(QtPlatformTest, AShowRunsOnAnUnreadableTreeOfAssets) {
     look.mode = 1;
     look.red = 200;
     look.gobo = 1;
-    controller.processEffect(look);
+    insideOf(controller).processEffect(look);
     controller.playVideo("3");
     // As the show's own fade would take its time.
-    controller.views().removeAnimations(ViewId::container);
+    insideOf(controller).views().removeAnimations(ViewId::container);
     EXPECT_EQ(placed.colourAt(2, 2), QColor(200, 0, 0)) << assets;
   }
 }
@@ -278,7 +279,7 @@ TEST_F(QtPlatformTest, WhereNothingIsInstalledTheSystemsEngineIsUsed) {
   EXPECT_EQ(&HalvoraHost::of(second).controller(), &host.controller());
   EXPECT_EQ(&host.platform().runLoop, &system.runLoop());
   // Its view is loaded: the code's label has its text.
-  EXPECT_EQ(host.controller().views().text(ViewId::pairingCodeLabel), "0000");
+  EXPECT_EQ(insideOf(host.controller()).views().text(ViewId::pairingCodeLabel), "0000");
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "adapters/standard/standard_files.h"
+#include "engine/inside.h"
 #include "tests/apps/console/console_bench.h"
 #include "venue/show/scenario.h"
 
@@ -41,7 +42,7 @@ TEST_F(ConsoleTest, AModeThatIsClickedChangesThePacketAndTheLight) {
   pass(milliseconds(2000));
   EXPECT_EQ(desk.packet().mode, 0);
   EXPECT_EQ(desk.packet().sequence, sequence + 1);
-  EXPECT_EQ(desk.engine().state().screen.currentMode, 0U);
+  EXPECT_EQ(insideOf(desk.engine()).state().screen.currentMode, 0U);
   EXPECT_LT(phoneColour().lightness(), 60);
 }
 
@@ -105,7 +106,7 @@ TEST_F(ConsoleTest, AMapPlaysAndIsScrubbed) {
   EXPECT_TRUE(desk.isMapPlaying());
   pass(milliseconds(1000));
   EXPECT_EQ(cueToken(desk.packet()), 31);
-  EXPECT_EQ(desk.engine().state().screen.currentMode, 21U);
+  EXPECT_EQ(insideOf(desk.engine()).state().screen.currentMode, 21U);
   click("playMap");
   pass(milliseconds(1000));
   EXPECT_EQ(cueToken(desk.packet()), 31);

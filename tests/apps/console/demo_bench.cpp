@@ -11,6 +11,7 @@
 
 #include "adapters/standard/seeded_random.h"
 #include "engine/broadcast.h"
+#include "engine/inside.h"
 #include "tests/support/source_tree.h"
 
 namespace halvora {
@@ -105,7 +106,7 @@ Duration Reference::end() const { return scenario_.lastAction() + kAfterLastActi
 
 DisplayList Reference::at(Duration time) {
   EXPECT_TRUE(phone_.loop.runUntil(time));
-  return displayListOf(engine_.views(), phone_.screen.size);
+  return displayListOf(insideOf(engine_).views(), phone_.screen.size);
 }
 
 }  // namespace halvora

@@ -15,7 +15,7 @@
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
+#include "engine/inside.h"
 #include "light/display_list.h"
 #include "venue/show/scenario_player.h"
 
@@ -79,7 +79,7 @@ class Reference {
   Scenario scenario_;
   VirtualPhone phone_;
   HalvoraViewController engine_;
-  ScenarioStage stage_{phone_.bluetooth, phone_.application, phone_.defaults, engine_};
+  ScenarioStage stage_{phone_.bluetooth, phone_.application, phone_.defaults, insideOf(engine_)};
 };
 
 }  // namespace halvora

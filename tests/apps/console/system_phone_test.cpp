@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 
 #include "adapters/standard/standard_files.h"
+#include "engine/inside.h"
 #include "tests/adapters/linux/services/fake_login.h"
 #include "tests/apps/console/system_bench.h"
 #include "tests/faces/qt/qml_bench.h"
@@ -117,7 +118,7 @@ TEST_F(SystemPhones, WithoutServicesTheShowGoesOn) {
   send(look);
   openPhone();
   ASSERT_TRUE(waitForRadio("hearing a show"));
-  EXPECT_TRUE(waitFor([&] { return phone->engine().state().screen.currentMode == 1; }));
+  EXPECT_TRUE(waitFor([&] { return insideOf(phone->engine()).state().screen.currentMode == 1; }));
 }
 
 TEST_F(SystemPhones, WithoutABluetoothDaemonTheRadioSaysWhy) {

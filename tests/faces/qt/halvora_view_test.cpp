@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "adapters/qt/qt_platform.h"
+#include "engine/inside.h"
 #include "faces/qt/halvora_view_item.h"
 #include "faces/qt/qt_clip_picture.h"
 #include "tests/faces/qt/event_wait.h"
@@ -280,7 +281,7 @@ TEST_F(HalvoraViewTest, MayBeDestroyedDuringAShow) {
   placed.reset();
   show(1, 2, 3);
   phone.loop.runFor(milliseconds(20'000));
-  EXPECT_EQ(controller.state().screen.currentMode, 0U);
+  EXPECT_EQ(insideOf(controller).state().screen.currentMode, 0U);
 
   place(kOneView);
   show(4, 5, 6);
@@ -290,7 +291,7 @@ TEST_F(HalvoraViewTest, MayBeDestroyedDuringAShow) {
 
 TEST_F(HalvoraViewTest, MayBeDestroyedBetweenAShowsStartAndItsWord) {
   place(kOneView);
-  controller.processEffect([] {
+  insideOf(controller).processEffect([] {
     Broadcast look;
     look.applicationId = 258;
     look.mode = 1;
@@ -298,7 +299,7 @@ TEST_F(HalvoraViewTest, MayBeDestroyedBetweenAShowsStartAndItsWord) {
   }());
   placed.reset();
   phone.loop.runFor(milliseconds(1000));
-  EXPECT_EQ(controller.state().screen.currentMode, 1U);
+  EXPECT_EQ(insideOf(controller).state().screen.currentMode, 1U);
 }
 
 TEST_F(HalvoraViewTest, MayBeDestroyedByWhoeverHearsOfTheStart) {
@@ -442,8 +443,8 @@ struct HalvoraViewClipTest : HalvoraViewTest {
                             whole.files,       whole.videoAssets, whole.workers};
     HalvoraHost::install(qml, platform, controller);
     place(kOneView);
-    controller.views().setAlpha(ViewId::container, 1);
-    controller.views().setLightColour(colourOfBytes(0, 0, 200));
+    insideOf(controller).views().setAlpha(ViewId::container, 1);
+    insideOf(controller).views().setLightColour(colourOfBytes(0, 0, 200));
   }
   ~HalvoraViewClipTest() override { placed.reset(); }
 
@@ -456,15 +457,15 @@ TEST_F(HalvoraViewClipTest, EachPlayersPictureIsShownInItsView) {
   a.show(pictureOf({200, 100}, QColor(250, 0, 0)));
   b.show(pictureOf({200, 100}, QColor(0, 250, 0)));
   EXPECT_EQ(placed->colourAt(100, 50), QColor(0, 0, 200));
-  controller.views().setAlpha(ViewId::playerViewA, 1);
+  insideOf(controller).views().setAlpha(ViewId::playerViewA, 1);
   EXPECT_EQ(placed->colourAt(100, 50), QColor(250, 0, 0));
-  controller.views().setAlpha(ViewId::playerViewA, 0);
-  controller.views().setAlpha(ViewId::playerViewB, 1);
+  insideOf(controller).views().setAlpha(ViewId::playerViewA, 0);
+  insideOf(controller).views().setAlpha(ViewId::playerViewB, 1);
   EXPECT_EQ(placed->colourAt(100, 50), QColor(0, 250, 0));
 }
 
 TEST_F(HalvoraViewClipTest, EachNewPictureIsShown) {
-  controller.views().setAlpha(ViewId::playerViewA, 1);
+  insideOf(controller).views().setAlpha(ViewId::playerViewA, 1);
   EXPECT_EQ(placed->colourAt(100, 50), QColor(0, 0, 200));
   a.show(pictureOf({20, 10}, QColor(250, 0, 0)));
   EXPECT_EQ(placed->colourAt(100, 50), QColor(250, 0, 0));
@@ -475,7 +476,7 @@ TEST_F(HalvoraViewClipTest, EachNewPictureIsShown) {
 }
 
 TEST_F(HalvoraViewClipTest, APictureIsShownWholeInTheMiddle) {
-  controller.views().setAlpha(ViewId::playerViewA, 1);
+  insideOf(controller).views().setAlpha(ViewId::playerViewA, 1);
   a.show(pictureOf({10, 10}, QColor(250, 0, 0)));
   const QImage seen = placed->window().grabWindow().convertToFormat(QImage::Format_RGB32);
   EXPECT_EQ(seen.pixelColor(51, 1), QColor(250, 0, 0));
@@ -485,8 +486,8 @@ TEST_F(HalvoraViewClipTest, APictureIsShownWholeInTheMiddle) {
 }
 
 TEST_F(HalvoraViewClipTest, TheDimmerDarkensAClipAndItsAlphaLetsTheLightThrough) {
-  controller.views().setAlpha(ViewId::playerViewA, 0.5);
-  controller.views().setAlpha(ViewId::dimmerView, 0.5);
+  insideOf(controller).views().setAlpha(ViewId::playerViewA, 0.5);
+  insideOf(controller).views().setAlpha(ViewId::dimmerView, 0.5);
   a.show(pictureOf({200, 100}, QColor(200, 0, 0)));
   const QColor seen = placed->colourAt(100, 50);
   EXPECT_NEAR(seen.red(), 50, 2);
@@ -497,7 +498,7 @@ TEST_F(HalvoraViewClipTest, APlayerMayGoBeforeTheView) {
   auto gone = std::make_unique<PaintedPlayer>();
   light().setClips(gone.get(), nullptr);
   gone->show(pictureOf({200, 100}, QColor(250, 0, 0)));
-  controller.views().setAlpha(ViewId::playerViewA, 1);
+  insideOf(controller).views().setAlpha(ViewId::playerViewA, 1);
   EXPECT_EQ(placed->colourAt(100, 50), QColor(250, 0, 0));
   gone.reset();
   light().polish();

@@ -31,10 +31,10 @@ struct LightSurfaceTest : testing::Test {
     window.resize(kSize);
     surface.setParentItem(window.contentItem());
     surface.setSize(kSize);
-    surface.setViews(&views);
+    surface.setLight(Light(views));
     window.show();
   }
-  ~LightSurfaceTest() override { surface.setViews(nullptr); }
+  ~LightSurfaceTest() override { surface.setLight(std::nullopt); }
 
   QImage seen() { return window.grabWindow().convertToFormat(QImage::Format_RGB32); }
   QColor seenInTheMiddle() { return seen().pixelColor(kSize.width() / 2, kSize.height() / 2); }
@@ -176,7 +176,7 @@ TEST_F(LightSurfaceTest, ShowsNothingWithoutAStack) {
   views.setAlpha(ViewId::container, 1);
   views.setLightColour(kWhite);
   EXPECT_EQ(seenInTheMiddle(), QColor(Qt::white));
-  surface.setViews(nullptr);
+  surface.setLight(std::nullopt);
   EXPECT_EQ(seenInTheMiddle(), kBehind);
 }
 

@@ -19,8 +19,8 @@
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/broadcast.h"
-#include "engine/halvora_view_controller.h"
 #include "faces/qt/halvora_host.h"
+#include "halvora/engine.h"
 
 namespace halvora {
 

@@ -171,7 +171,7 @@ TEST_F(QmlDestroyedInside, TheEngineAloneIsDestroyedInTheStartedSignal) {
 }
 
 TEST_F(QmlDestroyedInside, TheEngineIsDestroyedInItsOwnCallback) {
-  first->engine->lightShowStartedCallback() = [this] { first->engine.reset(); };
+  first->engine->setLightShowStartedCallback([this] { first->engine.reset(); });
   first->hear(3);
   EXPECT_EQ(first->engine, nullptr);
   settle();

@@ -22,8 +22,8 @@
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/halvora_view_controller.h"
 #include "faces/qt/status_panel.h"
+#include "halvora/engine.h"
 #include "seats/halvora_status_view_controller.h"
 #include "seats/seat_storage.h"
 

@@ -15,6 +15,7 @@
 
 #include "adapters/qt/qt_platform.h"
 #include "adapters/virtual/virtual_bluetooth.h"
+#include "engine/inside.h"
 #include "faces/qt/halvora_view_item.h"
 #include "halvora/platform/user_defaults.h"
 #include "tests/faces/qt/event_wait.h"
@@ -61,7 +62,7 @@ TEST_F(HostileHost, DestroysTheViewInTheMiddleOfEveryEffect) {
     setLoaded(placed, false);
     EXPECT_EQ(placed.colourAt(100, 50), QColor(10, 60, 20)) << "mode " << mode;
     phone.loop.runFor(milliseconds(700));
-    EXPECT_EQ(controller.state().screen.currentMode, mode);
+    EXPECT_EQ(insideOf(controller).state().screen.currentMode, mode);
     setLoaded(placed, true);
     placed.colourAt(100, 50);
     phone.loop.runFor(milliseconds(300));
@@ -79,7 +80,7 @@ TEST_F(HostileHost, DestroysTheViewWhileItsFramesAreDrawn) {
     onAir.sequence = ++sequence;
     onAir.mode = 1;
     phone.bluetooth.advertise(encodeBroadcast(onAir));
-    ASSERT_TRUE(controller.views().isAnimating());
+    ASSERT_TRUE(insideOf(controller).views().isAnimating());
     letQtWorkUntil([light] { return light->isMoving(); });
     if (loaderFirst) setLoaded(*placed, false);
     placed.reset();
@@ -113,8 +114,8 @@ TEST_F(HostileHost, PutsAnotherEngineInTheMiddleOfAShow) {
   other->viewDidLoad();
   HalvoraHost::install(qml, otherPhone.platform(), *other);
   QmlWindow placed(qml, kLoadedView);
-  other->views().setAlpha(ViewId::container, 1);
-  other->views().setLightColour(colourOfBytes(0, 0, 200));
+  insideOf(*other).views().setAlpha(ViewId::container, 1);
+  insideOf(*other).views().setLightColour(colourOfBytes(0, 0, 200));
   EXPECT_EQ(placed.colourAt(100, 50), QColor(0, 0, 200));
   HalvoraHost::install(qml, phone.platform(), controller);
   other.reset();
@@ -255,15 +256,15 @@ QColor shownOn(const QString& assets, const QString& documents) {
   look.pixelMapId = 1;
   look.minutes = 1;
   look.ledMode = 9;
-  controller.processEffect(look);
+  insideOf(controller).processEffect(look);
   look.pixelMapId = 0;
   look.ledMode = 0;
   look.red = 200;
   look.gobo = 1;
-  controller.processEffect(look);
+  insideOf(controller).processEffect(look);
   controller.playVideo("3");
   // As the show's own fade would take its time.
-  controller.views().removeAnimations(ViewId::container);
+  insideOf(controller).views().removeAnimations(ViewId::container);
   // The picture lies in the middle.
   return placed.colourAt(2, 97);
 }

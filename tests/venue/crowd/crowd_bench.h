@@ -28,9 +28,7 @@ struct CrowdBench {
   }
 
   CrowdParts parts(const SeatLutSource* tables = nullptr) {
-    return {bundles, json,    images,  files,
-            videos,  players, workers, {.assets = assets, .seatLuts = tables},
-            {}};
+    return {bundles, json, images, files, videos, players, workers, {{}, assets, tables}, {}};
   }
 
   VirtualBundle main{"com.example.host"};

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The show engine: hears transmitters, obeys the newest look and renders it on the views, the
-// screen and the phone. A process usually has one, `sharedInstance`; tests and simulations make as
-// many as they like. Main thread only.
+// The show engine behind its public face: owns the rooms' objects and wires them. Simulations, of
+// which a process has tens of thousands, use it directly. Main thread only.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +17,7 @@
 #include "engine/scanner.h"
 #include "engine/show_assets.h"
 #include "engine/still_source.h"
+#include "halvora/engine.h"
 #include "halvora/platform/application.h"
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/platform.h"
@@ -36,10 +36,7 @@
 
 namespace halvora {
 
-struct EngineOptions {
-  UsageEndpoints usageEndpoints = {};
-  /// Whether the usage counters are sent at all, from the start; `setUsageReports` changes it.
-  bool usageReports = true;
+struct ShowEngineOptions : EngineOptions {
   /// What many engines of one process share instead of each reading its own: what a show takes from
   /// the bundles, and ready seat tables and stills, which must outlive the engine. Null: its own.
   std::shared_ptr<const ShowAssets> assets = nullptr;
@@ -47,20 +44,14 @@ struct EngineOptions {
   const StillSource* stills = nullptr;
 };
 
-class HalvoraViewController : private ScannerClient, private ApplicationObserver {
+class ShowEngine : private ScannerClient, private ApplicationObserver {
  public:
-  /// The process's one engine. The first call makes it, on that platform, which must live as long
-  /// as the process; later calls answer with the same engine whatever they hand in. Safe from any
-  /// thread.
-  static HalvoraViewController& sharedInstance(const Platform& platform,
-                                               EngineOptions options = {});
-
-  /// An engine of one's own; the platform, and the parts where given, must outlive it.
-  explicit HalvoraViewController(const Platform& platform, EngineOptions options = {},
-                                 std::optional<ShowParts> parts = std::nullopt);
-  ~HalvoraViewController() override;
-  HalvoraViewController(const HalvoraViewController&) = delete;
-  HalvoraViewController& operator=(const HalvoraViewController&) = delete;
+  /// The needs of the platform, and the parts where given, must outlive it.
+  explicit ShowEngine(const Platform& platform, ShowEngineOptions options = {},
+                      std::optional<ShowParts> parts = std::nullopt);
+  ~ShowEngine() override;
+  ShowEngine(const ShowEngine&) = delete;
+  ShowEngine& operator=(const ShowEngine&) = delete;
 
   /// Builds what the show needs: palettes, queues, views and the notices' timer. Once, before
   /// anything else.
@@ -99,11 +90,6 @@ class HalvoraViewController : private ScannerClient, private ApplicationObserver
   /// up those under way; while they are off nothing is counted, nor noted in the defaults.
   bool usageReports() const { return usageReports_; }
   void setUsageReports(bool isOn);
-  /// For the host: the view that it placed the engine in, and a central manager of its own. The
-  /// engine uses neither.
-  void* halvoraView = nullptr;
-  CentralManager* centralManager = nullptr;
-
   /// The kit's own text for a key, or `fallback` when its table has none.
   std::string hvLocalizedStringForKey(std::string_view key, std::string_view fallback) const;
 

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is behind the public engine, for tests, traces and simulations. Never installed.
+#pragma once
+
+#include <memory>
+
+#include "engine/show_engine.h"
+#include "halvora/engine.h"
+
+namespace halvora {
+
+/// As long as the engine lives.
+inline ShowEngine& insideOf(HalvoraViewController& engine) { return *engine.inside_; }
+inline const ShowEngine& insideOf(const HalvoraViewController& engine) {
+  return insideOf(const_cast<HalvoraViewController&>(engine));
+}
+
+/// The public face of an engine that was made in an unusual way.
+std::unique_ptr<HalvoraViewController> controllerOf(std::unique_ptr<ShowEngine> inside);
+
+}  // namespace halvora

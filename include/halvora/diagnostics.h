@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// What an engine has heard, and what became of it, in numbers. Values, any thread.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace halvora {
+
+/// What became of an advertisement.
+enum class PacketFate : std::uint8_t {
+  noManufacturerData,
+  otherMaker,
+  tooShort,
+  notAllowed,
+  /// From the venue-wide transmitter while another one is near.
+  silenced,
+  staleSequence,
+  /// A new sequence number with the look that is already shown.
+  sameBroadcast,
+  noApplication,
+  badSyncFlag,
+  processed,
+  /// Cut short half way, for want of memory as a rule. What was done of the look stays; while it is
+  /// heard it is tried again, once a second.
+  failed,
+  /// The host destroyed the engine while it was told of the look. Nobody is left to count it.
+  engineGone,
+};
+/// Of those that are counted.
+inline constexpr std::size_t kPacketFateCount = 11;
+
+/// How many advertisements met each fate since the engine was made; a host may read it at any time.
+struct ScanDiagnostics {
+  std::array<std::uint64_t, kPacketFateCount> counts{};
+  /// Other calls of the system that were cut short: the radio's state, the application's. What a
+  /// timer began is counted by the run loop.
+  std::uint64_t failedCalls = 0;
+  std::uint64_t operator[](PacketFate fate) const { return counts[static_cast<std::size_t>(fate)]; }
+};
+
+}  // namespace halvora

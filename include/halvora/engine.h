@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+// The show engine: hears transmitters, obeys the newest look and renders it on the light, the
+// screen and the phone. A process usually has one, `sharedInstance`; a program may make as many as
+// it likes.
+//
+// Main thread only, but for `sharedInstance`. Nothing here waits for a disk, a network or another
+// thread, but for the destructor, which waits for the frame that is being decoded. Every function
+// may be called from within a callback, and the engine may be destroyed there, unless it says
+// otherwise. None throws, but for want of memory.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "halvora/diagnostics.h"
+#include "halvora/light.h"
+#include "halvora/platform/platform.h"
+#include "halvora/platform/screen.h"
+#include "halvora/usage.h"
+#include "halvora/witness.h"
+
+namespace halvora {
+
+class CentralManager;
+class ShowEngine;
+
+struct EngineOptions {
+  UsageEndpoints usageEndpoints = {};
+  /// Whether the usage counters are sent at all, from the start; `setUsageReports` changes it.
+  bool usageReports = true;
+};
+
+class HalvoraViewController {
+ public:
+  using Callback = std::function<void()>;
+  /// Of `total` pixel maps `done` have their table; the map's number as a text.
+  using Progress = std::function<void(int done, int total, const std::string& mapId)>;
+  using Completion = std::function<void(int done, int total)>;
+
+  /// The process's one engine. The first call makes it, on that platform, which must live as long
+  /// as the process; later calls answer with the same engine whatever they hand in. It is never
+  /// destroyed. Safe from any thread.
+  static HalvoraViewController& sharedInstance(const Platform& platform,
+                                               const EngineOptions& options = {});
+
+  /// An engine of one's own; the needs of the platform must outlive it.
+  explicit HalvoraViewController(const Platform& platform, const EngineOptions& options = {});
+  ~HalvoraViewController();
+  HalvoraViewController(const HalvoraViewController&) = delete;
+  HalvoraViewController& operator=(const HalvoraViewController&) = delete;
+
+  /// Builds what the show needs: palettes, queues, views and the notices' timer; reads a few files.
+  /// Once, before anything else.
+  void viewDidLoad();
+  /// Fits the view to its superview's bounds, in points; to nothing when it has none.
+  void viewWillLayoutSubviews(const std::optional<Rect>& superviewBounds);
+  const Rect& frame() const;
+  /// What a face draws.
+  Light light();
+
+  /// Begins to listen if the user has allowed Bluetooth; otherwise only the status text says that
+  /// it is not allowed.
+  void start();
+  /// Begins to listen, asking the user for permission where that is open. Each call starts the four
+  /// timers of listening anew.
+  void initBluetoothPermission();
+  bool isPermissionGranted() const;
+  bool isInsideVenue() const;
+  bool prefersStatusBarHidden() const;
+
+  /// The transmitter keys ("application:number") to obey; none means all.
+  void setAllowedTransmitterIds(std::vector<std::string> ids);
+  const std::vector<std::string>& allowedTransmitterIds() const;
+
+  /// Called on every change of mode or speed to a mode other than 0, in the middle of the look. May
+  /// be absent. One that throws is counted, and the show goes on.
+  void setLightShowStartedCallback(Callback callback);
+  const Callback& lightShowStartedCallback() const;
+  /// Called on every change of speed or mode to mode 0, as above.
+  void setLightShowStoppedCallback(Callback callback);
+  const Callback& lightShowStoppedCallback() const;
+
+  /// Whether the usage counters are sent, for a host that asks its user. Switching them off gives
+  /// up those under way; while they are off nothing is counted, nor noted in the defaults.
+  bool usageReports() const;
+  void setUsageReports(bool isOn);
+
+  void playVideo(const std::string& name);
+
+  /// Builds the seat's table for every pixel map of the venue that has none yet, in the background;
+  /// the seat is its pixel in the videos. `progress` is told of each map, `completion` once at the
+  /// end; (0, 0) where there is nothing to do, and fewer done than there are where some cannot be
+  /// built. Either may be absent and is called in a turn of its own. A newer call, and
+  /// invalidation, end this one at its next map: its completion is never called then.
+  void precomputePixelMapLUTsForVenueId(std::int64_t venueId, std::int64_t seatX,
+                                        std::int64_t seatY, Progress progress = {},
+                                        Completion completion = {});
+  /// Forgets all tables in memory, and deletes those of the venue.
+  void invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t venueId);
+  /// Another number with each precompute that has maps to go through and with each invalidation,
+  /// whoever asked for it: what was begun under an earlier one has been given up.
+  std::uint64_t pixelMapPrecomputeGeneration() const;
+  /// Whether a precompute has been begun that has neither ended nor been given up.
+  bool isPrecomputingPixelMapLUTs() const;
+
+  /// The kit's own text for a key, or `fallback` when its table has none.
+  std::string hvLocalizedStringForKey(std::string_view key, std::string_view fallback) const;
+  /// Where the application's own files lie; empty for nowhere.
+  const std::string& getPrivateDocumentsDirectory() const;
+  /// Name of the folder with a venue's downloaded content; empty for none.
+  const std::string& pairedBucketID() const;
+  /// How many advertisements met which fate since the engine was made.
+  const ScanDiagnostics& diagnostics() const;
+
+  /// For the host: the view that it placed the engine in, and a central manager of its own. The
+  /// engine uses neither.
+  void* halvoraView = nullptr;
+  CentralManager* centralManager = nullptr;
+
+  /// Who keeps the address of an engine that others may destroy has a `Witness` of this.
+  Witnessed& life();
+
+ private:
+  friend ShowEngine& insideOf(HalvoraViewController& engine);
+  friend std::unique_ptr<HalvoraViewController> controllerOf(std::unique_ptr<ShowEngine> inside);
+
+  explicit HalvoraViewController(std::unique_ptr<ShowEngine> inside);
+
+  std::unique_ptr<ShowEngine> inside_;
+};
+
+}  // namespace halvora
