@@ -12,9 +12,9 @@
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/standard_files.h"
-#include "adapters/virtual/virtual_media.h"
 #include "bench/require.h"
 #include "engine/broadcast.h"
+#include "halvora/platform/absent.h"
 #include "venue/show/trace.h"
 
 namespace halvora {
@@ -80,7 +80,7 @@ TraceSize trace(const std::string& text, std::optional<Duration> until) {
   options.until = until;
   TraceSize size;
   const TraceEnd end = runTrace(parsed(text, json), options, std::make_unique<SeededRandom>(1),
-                                {json, NoPictures()}, [&](std::string_view lines) {
+                                {json, absent::images()}, [&](std::string_view lines) {
                                   ++size.lines;
                                   size.bytes += lines.size();
                                   if (lines.find("\"light\":") != lines.npos) ++size.lightLines;

@@ -9,10 +9,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include "adapters/virtual/virtual_media.h"
 #include "adapters/virtual/virtual_storage.h"
 #include "bench/heap_count.h"
 #include "bench/require.h"
+#include "halvora/platform/absent.h"
 #include "seats/halvora_seat_selector_view_controller.h"
 
 namespace halvora {
@@ -56,8 +56,7 @@ class Wizard {
 
   VirtualBundle main_{"com.example.host"};
   VirtualBundle kit_{"com.halvora.sdk"};
-  NoPictures images_;
-  StandingOverlay overlay_{main_, images_};
+  StandingOverlay overlay_{main_, absent::images()};
   HalvoraSeatSelectorViewController wizard_;
 };
 

@@ -135,8 +135,8 @@ bool CommandProcessor::takeVenueAndPreload(Command& command) {
   const Broadcast& broadcast = command.broadcast;
   SeatState& seat = rooms_.state.seat;
   seat.currentVenueId = broadcast.venueId;
-  rooms_.platform.defaults.set("venueID", std::int64_t{broadcast.venueId});
-  rooms_.platform.defaults.synchronize();
+  rooms_.platform.defaults->set("venueID", std::int64_t{broadcast.venueId});
+  rooms_.platform.defaults->synchronize();
   SeatLutPart& seatLut = rooms_.parts.seatLut;
   if (broadcast.pixelMapId != 0 && command.hasPosition && command.hasSection) {
     seatLut.preloadPixelMapSeatLUTForVenueId(broadcast.venueId, broadcast.pixelMapId,
@@ -151,7 +151,7 @@ bool CommandProcessor::takeVenueAndPreload(Command& command) {
 bool CommandProcessor::takeCueTime(Command& command) {
   rooms_.state.video.currentVideoMilliseconds = cueMilliseconds(command.broadcast);
   // Asked for at every look, and not used yet: the light stays within ordinary white.
-  static_cast<void>(rooms_.platform.screen.currentEDRHeadroom());
+  static_cast<void>(rooms_.platform.screen->currentEDRHeadroom());
   return true;
 }
 
@@ -207,7 +207,7 @@ void CommandProcessor::showVideo(int videoId, int videoStatus) {
       videoId != video.currentVideoId && videoStatus == 1 && video.currentVideoStatus == 0;
   if (views.alpha(ViewId::container) != 1) {
     views.animateAlpha({{ViewId::container, 1}}, {.duration = kShowFade, .name = "Fade Out"});
-    rooms_.platform.screen.setBrightness(1.0);
+    rooms_.platform.screen->setBrightness(1.0);
   }
   if (views.alpha(ViewId::videoBackgroundView) != 1) {
     views.animateAlpha({{ViewId::videoBackgroundView, 1}},
@@ -307,9 +307,9 @@ bool CommandProcessor::tell(Witness& engine, std::function<void()> ShowCallbacks
 bool CommandProcessor::beginShow(Witness& engine) {
   if (!tell(engine, &ShowCallbacks::lightShowStarted)) return false;
   rooms_.views.animateAlpha({{ViewId::container, 1}}, {.duration = kShowFade, .name = "Fade Out"});
-  rooms_.platform.screen.setBrightness(1.0);
+  rooms_.platform.screen->setBrightness(1.0);
   rooms_.state.isStatusBarHidden = true;
-  return letHost(engine, [&application = rooms_.platform.application] {
+  return letHost(engine, [&application = *rooms_.platform.application] {
     application.setStatusBarHidden(true);
     application.setIdleTimerDisabled(true);
     application.dismissPresentedScreens();
@@ -321,7 +321,7 @@ bool CommandProcessor::endShow(Witness& engine) {
   rooms_.views.animateAlpha({{ViewId::container, 0}}, {.duration = kShowFade, .name = "Fade In"});
   rooms_.brightness.originalScreenBrightness();
   rooms_.state.isStatusBarHidden = false;
-  return letHost(engine, [&application = rooms_.platform.application] {
+  return letHost(engine, [&application = *rooms_.platform.application] {
     application.setStatusBarHidden(false);
     application.setIdleTimerDisabled(false);
   });

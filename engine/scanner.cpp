@@ -46,7 +46,7 @@ void Scanner::start() {
   state_.scanningAllowed = granted;
   publishStatus(granted ? BluetoothState::ok : BluetoothState::notAuthorised);
   if (granted) initBluetoothPermission();
-  platform_.defaults.synchronize();
+  platform_.defaults->synchronize();
 }
 
 void Scanner::initBluetoothPermission() {
@@ -54,11 +54,11 @@ void Scanner::initBluetoothPermission() {
   timers_.every(kCycle, [this] { restartScan(); });
   timers_.every(kCycle, [this] { resetRangeCount(); });
   timers_.after(kVideoReadyDelay, [this] { client_.videoReady(); });
-  cbCentralManager_ = platform_.bluetooth.makeManager(*this);
+  cbCentralManager_ = platform_.bluetooth->makeManager(*this);
 }
 
 bool Scanner::isPermissionGranted() const {
-  return platform_.bluetooth.authorization() == BluetoothAuthorization::allowedAlways;
+  return platform_.bluetooth->authorization() == BluetoothAuthorization::allowedAlways;
 }
 
 void Scanner::setAllowedTransmitterIds(std::vector<std::string> ids) {
@@ -94,7 +94,7 @@ void Scanner::centralManagerDidUpdateState(CentralState state) {
       publishStatus(state == CentralState::unauthorised ? BluetoothState::notAuthorised
                                                         : BluetoothState::off);
     }
-    platform_.defaults.synchronize();
+    platform_.defaults->synchronize();
   });
 }
 
@@ -105,7 +105,7 @@ void Scanner::publishStatus(BluetoothState state) {
                        : state == BluetoothState::off
                            ? bundles.kit.localizedString("bluetooth_off")
                            : bundles.kit.localizedString("bluetooth_notAuthorised");
-  platform_.defaults.set("bluetoothStatus", std::move(status));
+  platform_.defaults->set("bluetoothStatus", std::move(status));
 }
 
 void Scanner::didDiscoverPeripheral(const Advertisement& advertisement) {
@@ -187,8 +187,8 @@ void Scanner::restartScan() {
     state_.hasCurrentBroadcast = false;
     state_.setupOnce = false;
     client_.dropShow();
-    platform_.defaults.set("appID", std::int64_t{0});
-    platform_.defaults.synchronize();
+    platform_.defaults->set("appID", std::int64_t{0});
+    platform_.defaults->synchronize();
   }
 
   state_.lastFPS = std::exchange(state_.fps, 0);

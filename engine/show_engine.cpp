@@ -58,26 +58,26 @@ ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
       processor_({platform_, state_, assets_, callbacks_, timers_, views_, brightness_, modes_,
                   parts_, life_}),
       usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
-             platform.bundles.main.identifier(), std::move(options.usageEndpoints)),
+             platform.bundles->main.identifier(), std::move(options.usageEndpoints)),
       scanner_(platform_, state_.presence, timers_, *this) {}
 
 ShowEngine::~ShowEngine() {
   // The queues wait for the build that is under way.
   seatLut_.end();
   timers_.invalidate(lowLightHintTimer_);
-  platform_.application.removeObserver(*this);
+  platform_.application->removeObserver(*this);
 }
 
 void ShowEngine::viewDidLoad() {
   state_.isStatusBarHidden = false;
-  platform_.application.addObserver(*this);
+  platform_.application->addObserver(*this);
   if (hasOwnAssets_) assets_ = loadShowAssets(platform_.bundles, platform_.json);
-  pixelMapLUTDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.lut.decode");
-  pixelMapLiveDecodeQueue_ = platform_.queues.make("com.halvora.sdk.pixelmap.live.decode");
+  pixelMapLUTDecodeQueue_ = platform_.queues->make("com.halvora.sdk.pixelmap.lut.decode");
+  pixelMapLiveDecodeQueue_ = platform_.queues->make("com.halvora.sdk.pixelmap.live.decode");
   seatLut_.useQueues(*pixelMapLUTDecodeQueue_, *pixelMapLiveDecodeQueue_);
   parts_.seatLut.clearActiveSeatLUT();
   pairedBucketID_ = textForKey(platform_.defaults, "pairedBucketID").value_or("");
-  platform_.application.useAudioPlaybackCategory();
+  platform_.application->useAudioPlaybackCategory();
 
   views_.setText(ViewId::pairingCodeLabel, SharedText(assets_, &assets_->pairingCode));
   gobo_.build(goboFolders());
@@ -130,7 +130,7 @@ void ShowEngine::appDidBecomeActive() {
 
 void ShowEngine::setUsageReports(bool isOn) {
   usageReports_ = isOn;
-  if (!isOn) platform_.http.cancelAll();
+  if (!isOn) platform_.http->cancelAll();
 }
 
 void ShowEngine::recievedSignal() {
@@ -138,7 +138,7 @@ void ShowEngine::recievedSignal() {
 }
 
 void ShowEngine::appWillResignActive() {
-  scanner_.guard([this] { platform_.application.setIdleTimerDisabled(false); });
+  scanner_.guard([this] { platform_.application->setIdleTimerDisabled(false); });
 }
 
 void ShowEngine::showReceptionRate(int packets) {
@@ -215,10 +215,10 @@ std::optional<bool> ShowEngine::seatIsWhiteInStill() const {
     const auto pixel = drawnPixel(**still, seat.currentXPos, seat.currentYPos);
     return pixel && isWhite(pixel->data());
   }
-  const auto bytes = platform_.bundles.main.readResource(name, kLargestStill);
+  const auto bytes = platform_.bundles->main.readResource(name, kLargestStill);
   if (!bytes) return std::nullopt;
   if (!hasSeat()) return false;
-  auto row = platform_.images.decodeRow(*bytes, seat.currentYPos);
+  auto row = platform_.images->decodeRow(*bytes, seat.currentYPos);
   if (!row) return std::nullopt;
   const Image line{row->width, std::min<std::uint32_t>(row->height, 1), std::move(row->rgba)};
   std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(line);

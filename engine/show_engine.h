@@ -132,7 +132,7 @@ class ShowEngine : private ScannerClient, private ApplicationObserver {
   const PixelMapSeatLuts& seatLuts() const { return seatLut_; }
   const ScanDiagnostics& diagnostics() const { return scanner_.diagnostics(); }
   /// Where the application's own files lie; empty for nowhere.
-  const std::string& getPrivateDocumentsDirectory() const { return platform_.bundles.documents; }
+  const std::string& getPrivateDocumentsDirectory() const { return platform_.bundles->documents; }
   /// Name of the folder with a venue's downloaded content; empty for none.
   const std::string& pairedBucketID() const { return pairedBucketID_; }
 

@@ -256,7 +256,8 @@ bool PixelMapSeatLuts::isResting(const FoundVideo& video,
   const auto& attempts = work().attempts;
   const auto found = attempts.find(video.key);
   if (found == attempts.end() || found->second.build) return false;
-  return found->second.signature == signature && platform_.runLoop.now() < found->second.restsUntil;
+  return found->second.signature == signature &&
+         platform_.runLoop->now() < found->second.restsUntil;
 }
 
 const PixelMapSeatLuts::FoundVideo& PixelMapSeatLuts::findVideo(int venueId, int pixelMapId,
@@ -306,7 +307,7 @@ void PixelMapSeatLuts::requestBuild(const FoundVideo& video,
     // As it was said.
   }
   shared()->maker.count(failure);
-  attempt.failed(platform_.runLoop.now());
+  attempt.failed(platform_.runLoop->now());
   endWatch();
 }
 
@@ -319,7 +320,7 @@ bool PixelMapSeatLuts::take(const std::shared_ptr<Build>& build) {
     if (build->lut || build->end == BuildEnd::cancelled) {
       attempts.erase(attempt);
     } else {
-      attempt->second.failed(platform_.runLoop.now());
+      attempt->second.failed(platform_.runLoop->now());
     }
   }
   endWatch();
@@ -334,7 +335,7 @@ bool PixelMapSeatLuts::take(const std::shared_ptr<Build>& build) {
 void PixelMapSeatLuts::beginWatch() {
   Timer& watch = work().watch;
   if (watch.isValid()) return;
-  watch = Timer(platform_.runLoop, platform_.runLoop.every(kWatch, [this] {
+  watch = Timer(platform_.runLoop, platform_.runLoop->every(kWatch, [this] {
     // What is taken may have the host destroy this.
     const std::weak_ptr<Shared> weak = shared_;
     while (!weak.expired() && takeNext()) {

@@ -31,7 +31,7 @@ SeatLutMaker::SeatLutMaker(const Platform& platform, const SeatLutSource* ready)
     : ready_(ready),
       videos_(platform.videoAssets),
       workers_(platform.workers),
-      files_(platform.files, platform.json, platform.bundles.documents) {}
+      files_(platform.files, platform.json, platform.bundles->documents) {}
 
 SeatLut SeatLutMaker::findKept(const std::string& videoURL, SeatPosition seat,
                                const std::string& key) {

@@ -14,7 +14,7 @@ from pathlib import Path
 # Room: what it may include besides itself. A file belongs to the longest room that matches; one in a
 # wing without a room of its own is a fault. The last word of a path may be a header: that one only.
 FACE = "include/halvora"
-CORE = ["text", "light", "usage", "pixelmap", "engine", "seats", "host"]
+CORE = ["needs", "text", "light", "usage", "pixelmap", "engine", "seats", "host"]
 ADAPTERS = [
     f"adapters/{name}"
     for name in ("standard", "json", "image", "ffmpeg", "linux", "virtual", "qt", "system")
@@ -26,6 +26,7 @@ BELOW_VENUE = [FACE, *CORE, *ADAPTERS]
 BELOW_APPS = [*BELOW_VENUE, *FACES, *VENUE]
 MAY_INCLUDE = {
     FACE: [],
+    "needs": [FACE],
     "text": [FACE],
     "light": [FACE, "text"],
     "usage": [FACE, "text"],
@@ -211,6 +212,7 @@ BAD = {
         '#include "adapters/linux/files.h"',
         '#include "venue/show/scenario.h"',
     ],
+    "needs/a.cpp": ['#include "text/numbers.h"', "#include <unistd.h>"],
     "text/a.cpp": ['#include "light/colour.h"'],
     "light/a.cpp": [
         '#include "pixelmap/assets.h"',

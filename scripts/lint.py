@@ -22,7 +22,7 @@ from selection import ROOT, Build, Stamps, changed_files, key_of, selected
 from unity_groups import groups
 
 TIDY = "clang-tidy-14"
-FOLDERS = ("include", "text", "light", "usage", "pixelmap", "engine", "seats", "host", "adapters",
+FOLDERS = ("include", "needs", "text", "light", "usage", "pixelmap", "engine", "seats", "host", "adapters",
            "venue", "apps/halvora")
 NOT_CORE = ("adapters/qt/", "adapters/system/")
 # What a group includes counts as written in it.

@@ -33,11 +33,11 @@ HalvoraStatusViewController::HalvoraStatusViewController(HalvoraViewController& 
       storage_(platform.defaults),
       tables_(engine, storage_, [this](const TableRunNews& news) { tablesTold(news); }),
       versionPolicy_(engine, storage_, tables_),
-      standingOverlay_(std::make_shared<StandingOverlay>(platform.bundles.main, platform.images)),
+      standingOverlay_(std::make_shared<StandingOverlay>(platform.bundles->main, platform.images)),
       seatMap_(platform, [this] { seatMapLoaded(); }) {}
 
 HalvoraStatusViewController::~HalvoraStatusViewController() {
-  platform_.application.removeObserver(*this);
+  platform_.application->removeObserver(*this);
 }
 
 // Changes
@@ -127,11 +127,11 @@ void HalvoraStatusViewController::disableAncestorScrollViewsIfNeeded() {
 // What they do
 
 void HalvoraStatusViewController::load() {
-  views_ = loadedViews(platform_.bundles.kit);
+  views_ = loadedViews(platform_.bundles->kit);
   isViewLoaded_ = true;
   applyStyle(fields_, face_.hasFont, views_);
 
-  platform_.application.addObserver(*this);
+  platform_.application->addObserver(*this);
   seatMap_.viewDidLoad();
   const Witness self(life_);
   updateStatus();
@@ -158,7 +158,7 @@ void HalvoraStatusViewController::refresh() {
 
 void HalvoraStatusViewController::refreshStatusViews() {
   const bool isUndetermined =
-      platform_.bluetooth.authorization() == BluetoothAuthorization::notDetermined;
+      platform_.bluetooth->authorization() == BluetoothAuthorization::notDetermined;
   if (views_.onboardingLabel) views_.onboardingLabel->hidden = !isUndetermined;
   if (views_.joinButton) views_.joinButton->hidden = !isUndetermined;
   views_.statusTextLabel.alpha = isUndetermined ? 0 : 1;
@@ -205,7 +205,7 @@ void HalvoraStatusViewController::measure() {
   // The face is to measure what is to be seen now.
   publish();
   if (self.isGone()) return;
-  const double width = viewWidth_ > 0 ? viewWidth_ : platform_.screen.bounds().width;
+  const double width = viewWidth_ > 0 ? viewWidth_ : platform_.screen->bounds().width;
   const auto fittingHeight = face_.fittingHeight;
   const double height = fittingHeight(width);
   if (self.isGone()) return;
@@ -226,7 +226,7 @@ std::int64_t HalvoraStatusViewController::resolvedVenueId() const {
 
 std::string HalvoraStatusViewController::hvLocalizedStringForKey(std::string_view key,
                                                                  std::string_view fallback) const {
-  return localizedText(platform_.bundles.kit, key, fallback);
+  return localizedText(platform_.bundles->kit, key, fallback);
 }
 
 bool HalvoraStatusViewController::isPresenting() const {

@@ -19,8 +19,8 @@ namespace halvora {
 class SeatMapAvailability::Loader {
  public:
   explicit Loader(const Platform& platform)
-      : folder_(platform.bundles.main.resourcePath()),
-        texts_(seatMapTexts(platform.bundles.kit)),
+      : folder_(platform.bundles->main.resourcePath()),
+        texts_(seatMapTexts(platform.bundles->kit)),
         files_(platform.files),
         json_(platform.json) {}
 
@@ -80,7 +80,7 @@ SeatMapAvailability::~SeatMapAvailability() = default;
 
 void SeatMapAvailability::viewDidLoad() {
   loader_ = std::make_shared<Loader>(platform_);
-  seatMapParseQueue_ = platform_.queues.make("com.halvora.sdk.seatmap.parse");
+  seatMapParseQueue_ = platform_.queues->make("com.halvora.sdk.seatmap.parse");
 }
 
 void SeatMapAvailability::preloadSeatMapForVenueId(std::int64_t venueId) {
@@ -96,7 +96,7 @@ void SeatMapAvailability::preloadSeatMapForVenueId(std::int64_t venueId) {
   if (hasSections || isComing || justLoadedVenueId_ == venueId) return;
   if (!seatMapParseQueue_) return;
   const auto job = std::make_shared<Job>(loader_, this, venueId);
-  const auto load = [job, &runLoop = platform_.runLoop] {
+  const auto load = [job, &runLoop = *platform_.runLoop] {
     const auto loader = job->weak.lock();
     if (!loader) return;
     try {

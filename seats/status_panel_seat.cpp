@@ -87,7 +87,7 @@ void HalvoraStatusViewController::presentSeatSelector(std::int64_t venueId) {
                  {seat.xPos, seat.yPos});
   };
   const auto presented = std::make_shared<PresentedSeatSelector>(
-      standingOverlay_, platform_.bundles.kit, face_.hasFont, std::move(inputs));
+      standingOverlay_, platform_.bundles->kit, face_.hasFont, std::move(inputs));
   seatSelector_ = {presented, &presented->selector};
   seatSelector_->viewDidLoad();
 }
@@ -99,7 +99,7 @@ void HalvoraStatusViewController::seatSelected(const SeatNames& names, SeatPoint
     storage_.setSeatDefaults(names, seat);
     storage_.persistSeatSelectionForVenueId(venueId, names, seat);
     showSeat(venueId);
-    platform_.defaults.synchronize();
+    platform_.defaults->synchronize();
     tables_.start(venueId, seat);
   });
 }
@@ -116,7 +116,7 @@ void HalvoraStatusViewController::updateSeatSelectionUIForVenueId(std::int64_t v
 }
 
 void HalvoraStatusViewController::showSeat(std::int64_t venueId) {
-  const Bundle& kit = platform_.bundles.kit;
+  const Bundle& kit = platform_.bundles->kit;
   if (seatMap_.isLoading(venueId)) {
     showSeatLoading(kit, views_);
   } else {
@@ -142,7 +142,7 @@ void HalvoraStatusViewController::refreshDot(bool isPulseDue) {
   showDot(storedSeatNames(resolvedVenueId()).areComplete());
   layOutSummary();
   StatusDot& dot = views_.seatSelectionSummaryRow.seatLUTStatusDot;
-  if (isPulseDue && !dot.hidden) dot.pulseBegan = platform_.runLoop.now();
+  if (isPulseDue && !dot.hidden) dot.pulseBegan = platform_.runLoop->now();
 }
 
 void HalvoraStatusViewController::layOutSummary() {

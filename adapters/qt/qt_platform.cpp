@@ -6,7 +6,6 @@
 #include <QRandomGenerator>
 #include <QStandardPaths>
 #include <QStringList>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -27,6 +26,7 @@
 #include "adapters/standard/system_clock.h"
 #include "adapters/standard/thread_queues.h"
 #include "adapters/standard/thread_workers.h"
+#include "halvora/platform/absent.h"
 #include "halvora/platform/video_player.h"
 #ifdef HALVORA_HAS_MULTIMEDIA
 #include "adapters/qt/qt_video_player.h"
@@ -35,12 +35,6 @@
 namespace halvora {
 
 namespace {
-
-#ifdef HALVORA_HAS_MULTIMEDIA
-using SystemVideoPlayer = QtVideoPlayer;
-#else
-using SystemVideoPlayer = AbsentVideoPlayer;
-#endif
 
 constexpr const char* kKitIdentifier = "com.halvora.sdk";
 
@@ -118,12 +112,30 @@ struct QtPlatform::Needs {
   QtApplication application{services};
   QtScreen screen{services};
   AbsentBluetooth absentBluetooth{runLoop};
-  AbsentHaptics absentHaptics;
-  AbsentTorch absentTorch;
-  SystemVideoPlayer playerA{runLoop};
-  SystemVideoPlayer playerB{runLoop};
-  VideoPlayers videoPlayers{playerA, playerB};
-  std::optional<Platform> platform;
+#ifdef HALVORA_HAS_MULTIMEDIA
+  QtVideoPlayer playerA{runLoop};
+  QtVideoPlayer playerB{runLoop};
+  const VideoPlayers videoPlayers{playerA, playerB};
+#else
+  const VideoPlayers& videoPlayers = absent::videoPlayers();
+#endif
+  Platform platform{.runLoop = runLoop,
+                    .queues = queues,
+                    .wallClock = wallClock,
+                    .calendar = calendar,
+                    .random = random,
+                    .bluetooth = absentBluetooth,
+                    .screen = screen,
+                    .application = application,
+                    .defaults = defaults,
+                    .bundles = bundles,
+                    .http = http,
+                    .json = json,
+                    .images = images,
+                    .videoPlayers = videoPlayers,
+                    .files = files,
+                    .videoAssets = videoAssets,
+                    .workers = workers};
 };
 
 QtPlatform& QtPlatform::sharedInstance(const QtPlatformOptions& options) {
@@ -141,21 +153,14 @@ RunLoop& QtPlatform::runLoop() { return needs_->runLoop; }
 
 const EngineOptions& QtPlatform::engineOptions() const { return needs_->engineOptions; }
 
-void QtPlatform::use(const QtPlatformServices& services) { needs_->services = services; }
-
-const Platform& QtPlatform::platform() {
-  Needs& needs = *needs_;
-  if (needs.platform) return *needs.platform;
-  const auto orAbsent = [](auto* service, auto& absent) -> decltype(*service)& {
-    return service != nullptr ? *service : absent;
-  };
-  const QtPlatformServices& services = needs.services;
-  return needs.platform.emplace(
-      Platform{needs.runLoop, needs.queues, needs.wallClock, needs.calendar, needs.random,
-               orAbsent(services.bluetooth, needs.absentBluetooth), needs.screen,
-               orAbsent(services.haptics, needs.absentHaptics), needs.application, needs.defaults,
-               needs.bundles, needs.http, needs.json, orAbsent(services.torch, needs.absentTorch),
-               needs.images, needs.videoPlayers, needs.files, needs.videoAssets, needs.workers});
+void QtPlatform::use(const QtPlatformServices& services) {
+  Platform& platform = needs_->platform;
+  needs_->services = services;
+  if (services.bluetooth != nullptr) platform.bluetooth = *services.bluetooth;
+  if (services.haptics != nullptr) platform.haptics = *services.haptics;
+  if (services.torch != nullptr) platform.torch = *services.torch;
 }
+
+const Platform& QtPlatform::platform() const { return needs_->platform; }
 
 }  // namespace halvora

@@ -43,9 +43,10 @@ class QtPlatform {
   QtPlatform& operator=(const QtPlatform&) = delete;
 
   RunLoop& runLoop();
-  /// To be handed in before `platform` is first called, as an adapter may need the run loop.
+  /// To be handed in before an engine is made. They are no options, as an adapter may need the run
+  /// loop.
   void use(const QtPlatformServices& services);
-  const Platform& platform();
+  const Platform& platform() const;
   /// What an engine on this platform is made with.
   const EngineOptions& engineOptions() const;
 

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "adapters/virtual/log.h"
-#include "halvora/platform/image.h"
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/torch.h"
 #include "halvora/platform/video_player.h"
@@ -74,12 +73,6 @@ class VirtualVideoPlayer final : public VideoPlayer {
   Log<VideoEvent>& log_;
   VideoItem item_;
   std::deque<Task> seeks_;
-};
-
-/// Knows no kind of picture.
-class NoPictures final : public ImageDecoder {
- public:
-  std::optional<Image> decode(std::string_view /*bytes*/) const override { return std::nullopt; }
 };
 
 }  // namespace halvora

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "halvora/platform/absent.h"
+
 namespace halvora {
 
 VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
@@ -12,7 +14,7 @@ VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
               setup.kitBundle != nullptr ? *setup.kitBundle : kitBundle,
               std::move(setup.documents)},
       json(reader),
-      images(setup.images != nullptr ? *setup.images : noPictures),
+      images(setup.images != nullptr ? *setup.images : absent::images()),
       files(setup.files != nullptr ? *setup.files : virtualFiles),
       videoAssets(setup.videoAssets != nullptr ? *setup.videoAssets : virtualVideos),
       workers(setup.workers != nullptr ? *setup.workers : inlineWorkers) {
@@ -23,9 +25,25 @@ VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
 }
 
 Platform VirtualPhone::platform() {
-  return {loop,    queues,       wallClock, calendar,    *random, bluetooth, screen,
-          haptics, application,  defaults,  bundles,     http,    json,      torch,
-          images,  videoPlayers, files,     videoAssets, workers};
+  return {.runLoop = loop,
+          .queues = queues,
+          .wallClock = wallClock,
+          .calendar = calendar,
+          .random = *random,
+          .bluetooth = bluetooth,
+          .screen = screen,
+          .haptics = haptics,
+          .application = application,
+          .defaults = defaults,
+          .bundles = bundles,
+          .http = http,
+          .json = json,
+          .torch = torch,
+          .images = images,
+          .videoPlayers = videoPlayers,
+          .files = files,
+          .videoAssets = videoAssets,
+          .workers = workers};
 }
 
 }  // namespace halvora

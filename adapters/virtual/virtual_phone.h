@@ -31,7 +31,7 @@ struct VirtualPhoneSetup {
   Bundle* kitBundle = nullptr;
   /// The phone's private documents folder; empty for none.
   std::string documents = {};
-  /// Null for a decoder that knows no picture; must outlive the phone.
+  /// Null for none; must outlive the phone.
   const ImageDecoder* images = nullptr;
   bool hasTorch = true;
   /// Null for the phone's own files and videos, which are in memory; both must outlive the phone.
@@ -65,7 +65,6 @@ class VirtualPhone {
   VirtualHttp http;
   const JsonReader& json;
   VirtualTorch torch;
-  NoPictures noPictures;
   const ImageDecoder& images;
   /// What either player was asked to do, in order.
   Log<VideoEvent> videoLog;

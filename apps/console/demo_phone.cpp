@@ -45,25 +45,25 @@ DemoPhone::DemoPhone(const ScenarioDevice& device, const std::string& assets, Ru
 }
 
 Platform DemoPhone::platform() {
-  return {loop,
-          queues,
-          wallClock,
-          calendar,
-          random,
-          bluetooth,
-          screen,
-          haptics,
-          application,
-          defaults,
-          bundles,
-          http,
-          libraries.json,
-          torch,
-          libraries.images,
-          videoPlayers,
-          libraries.files,
-          libraries.videos,
-          libraries.workers};
+  return {.runLoop = loop,
+          .queues = queues,
+          .wallClock = wallClock,
+          .calendar = calendar,
+          .random = random,
+          .bluetooth = bluetooth,
+          .screen = screen,
+          .haptics = haptics,
+          .application = application,
+          .defaults = defaults,
+          .bundles = bundles,
+          .http = http,
+          .json = libraries.json,
+          .torch = torch,
+          .images = libraries.images,
+          .videoPlayers = videoPlayers,
+          .files = libraries.files,
+          .videoAssets = libraries.videos,
+          .workers = libraries.workers};
 }
 
 }  // namespace halvora

@@ -143,9 +143,6 @@ void VenueShow::seatPhones() {
                  parts_.libraries.json,
                  parts_.libraries.images,
                  parts_.libraries.files,
-                 noVideos_,
-                 noPlayers_,
-                 noWorkers_,
                  {{}, loadShowAssets(bundles_, parts_.libraries.json), &*files_->tables, &stills_},
                  parts_.device});
   crowd_ = std::make_unique<LiveCrowd>(parts_.loop, *crowdParts_, files_->seats);

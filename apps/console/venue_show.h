@@ -126,10 +126,6 @@ class VenueShow : public QObject {
   void lendViews();
 
   const Parts parts_;
-  const NoVideos noVideos_;
-  NoClips noClips_;
-  const VideoPlayers noPlayers_{noClips_, noClips_};
-  InlineWorkers noWorkers_;
   const Bundles bundles_;
   const SharedStills stills_;
   /// One, because the show goes on meanwhile.

@@ -26,28 +26,6 @@ constexpr std::chrono::milliseconds kForeignPause(1);
 // As other makers' beacons are: as long as ours, and of another company.
 constexpr std::array<std::uint8_t, 26> kForeign = {0x4C, 0x00, 0x02, 0x15, 0xAA, 0xBB, 0xCC};
 
-Platform withLoopAndRadio(const Platform& whole, RunLoop& loop, BluetoothCentral& radio) {
-  return {loop,
-          whole.queues,
-          whole.wallClock,
-          whole.calendar,
-          whole.random,
-          radio,
-          whole.screen,
-          whole.haptics,
-          whole.application,
-          whole.defaults,
-          whole.bundles,
-          whole.http,
-          whole.json,
-          whole.torch,
-          whole.images,
-          whole.videoPlayers,
-          whole.files,
-          whole.videoAssets,
-          whole.workers};
-}
-
 QQuickItem* findBelow(QQuickItem* item, const QString& name) {
   if (item->objectName() == name) return item;
   for (QQuickItem* child : item->childItems()) {
@@ -62,7 +40,9 @@ BenchWindow::BenchWindow(const std::string& assets, const QString& text)
     : phone_({.assets = assets,
               .documents = documents_.path().toStdString(),
               .identifier = "com.example.host"}) {
-  const Platform platform = withLoopAndRadio(phone_.platform(), loop_, radio_);
+  Platform platform = phone_.platform();
+  platform.runLoop = loop_;
+  platform.bluetooth = radio_;
   radio_.log.isKept = false;
   engine_.emplace(platform, phone_.engineOptions());
   engine_->viewDidLoad();

@@ -58,22 +58,22 @@ TEST_F(EngineWorldRules, HoldForAPhoneThatIsNeverStarted) {
 }
 
 TEST_F(EngineWorldRules, AScreenThatIsMadeBrighterOutsideTheVenueIsSeen) {
-  world.platform().screen.setBrightness(0.9);
+  world.platform().screen->setBrightness(0.9);
   EXPECT_NE(world.complaint().find("no screen is made brighter outside"), std::string::npos);
 }
 
 TEST_F(EngineWorldRules, ALevelOutOfRangeIsSeen) {
-  world.platform().screen.setBrightness(-0.5);
+  world.platform().screen->setBrightness(-0.5);
   EXPECT_NE(world.complaint().find("a screen's level is in range"), std::string::npos);
 }
 
 TEST_F(EngineWorldRules, ATorchOutsideTheVenueIsSeen) {
-  world.platform().torch.setOn(true);
+  world.platform().torch->setOn(true);
   EXPECT_NE(world.complaint().find("no torch goes on outside"), std::string::npos);
 }
 
 TEST_F(EngineWorldRules, ATouchOutsideTheVenueIsSeen) {
-  world.platform().haptics.impact(ImpactStyle::light);
+  world.platform().haptics->impact(ImpactStyle::light);
   EXPECT_NE(world.complaint().find("nothing is felt outside"), std::string::npos);
 }
 
@@ -91,20 +91,20 @@ TEST_F(EngineWorldRules, AnAlphaOutOfRangeIsSeen) {
 
 TEST_F(EngineWorldRules, TimersWithoutEndAreSeen) {
   for (int count = 0; count < 100; ++count) {
-    world.platform().runLoop.after(milliseconds(60'000), [] {});
+    world.platform().runLoop->after(milliseconds(60'000), [] {});
   }
   world.pass(milliseconds(1000));
   EXPECT_NE(world.complaint().find("timers are bounded"), std::string::npos);
 }
 
 TEST_F(EngineWorldRules, ATimerThatAResetLeavesIsSeen) {
-  world.platform().runLoop.every(milliseconds(1000), [] {});
+  world.platform().runLoop->every(milliseconds(1000), [] {});
   world.settle();
   EXPECT_NE(world.complaint().find("the timers of an idle engine"), std::string::npos);
 }
 
 TEST_F(EngineWorldRules, ATimerThatAnEngineLeavesIsSeen) {
-  world.platform().runLoop.every(milliseconds(1000), [] {});
+  world.platform().runLoop->every(milliseconds(1000), [] {});
   world.beginAnew();
   EXPECT_NE(world.complaint().find("an engine that goes leaves no timer"), std::string::npos);
 }

@@ -198,16 +198,18 @@ RecordingPlatform::RecordingPlatform(VirtualPhone& virtualPhone, ActLog& log)
       http(log) {}
 
 Platform RecordingPlatform::platform() {
-  return {runLoop,         queues,
-          phone.wallClock, phone.calendar,
-          random,          bluetooth,
-          screen,          haptics,
-          application,     defaults,
-          bundles,         http,
-          phone.json,      phone.torch,
-          phone.images,    phone.videoPlayers,
-          phone.files,     phone.videoAssets,
-          phone.workers};
+  Platform platform = phone.platform();
+  platform.runLoop = runLoop;
+  platform.queues = queues;
+  platform.random = random;
+  platform.bluetooth = bluetooth;
+  platform.screen = screen;
+  platform.haptics = haptics;
+  platform.application = application;
+  platform.defaults = defaults;
+  platform.bundles = bundles;
+  platform.http = http;
+  return platform;
 }
 
 }  // namespace halvora

@@ -35,11 +35,11 @@ struct DestroyedInPrecompute : testing::Test {
       phone.virtualVideos.put(
           path, VirtualVideo::ofWords(std::vector<std::uint32_t>(kFrames, 0xFF0000FF)));
     }
-    engine = std::make_unique<ShowEngine>(
-        Platform{turns, queues, phone.wallClock, phone.calendar, *phone.random, phone.bluetooth,
-                 phone.screen, phone.haptics, phone.application, phone.defaults, phone.bundles,
-                 phone.http, phone.json, phone.torch, phone.images, phone.videoPlayers, phone.files,
-                 phone.videoAssets, workers});
+    Platform platform = phone.platform();
+    platform.runLoop = turns;
+    platform.queues = queues;
+    platform.workers = workers;
+    engine = std::make_unique<ShowEngine>(platform);
     engine->viewDidLoad();
   }
   /// Counts, and destroys the engine the first time, on the main thread.

@@ -9,9 +9,9 @@
 #include <gtest/gtest.h>
 
 #include "adapters/virtual/virtual_files.h"
-#include "adapters/virtual/virtual_media.h"
 #include "adapters/virtual/virtual_storage.h"
 #include "adapters/virtual/virtual_video.h"
+#include "halvora/platform/absent.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "tests/support/step_queue.h"
 
@@ -75,8 +75,7 @@ class LiveSampling : public testing::Test {
   VirtualVideoAssets videos_;
   VirtualBundle bundle_{"com.example.host"};
   Bundles bundles_{bundle_, bundle_};
-  NoPictures pictures_;
-  PixelMapAssets assets_{bundles_, files_, videos_, pictures_};
+  PixelMapAssets assets_{bundles_, files_, videos_, absent::images()};
   StepQueue queue_;
   std::unique_ptr<LiveSampler> sampler_ = std::make_unique<LiveSampler>(assets_, videos_);
   /// The frames that were read, in order.

@@ -241,31 +241,15 @@ class SeatLutsUntold : public testing::Test {
         },
         [this](int done, int) { bench_.log.add("done " + std::to_string(done)); });
   }
-  static Platform on(const Platform& platform, RunLoop& loop) {
-    return {loop,
-            platform.queues,
-            platform.wallClock,
-            platform.calendar,
-            platform.random,
-            platform.bluetooth,
-            platform.screen,
-            platform.haptics,
-            platform.application,
-            platform.defaults,
-            platform.bundles,
-            platform.http,
-            platform.json,
-            platform.torch,
-            platform.images,
-            platform.videoPlayers,
-            platform.files,
-            platform.videoAssets,
-            platform.workers};
+  Platform platform() {
+    Platform platform = bench_.platform;
+    platform.runLoop = loop_;
+    return platform;
   }
 
   PixelMapBench bench_;
   LosingLoop loop_{bench_.phone.loop};
-  const Platform platform_ = on(bench_.platform, loop_);
+  const Platform platform_ = platform();
   PixelMapSeatLuts luts_{
       platform_,
       {[] { return 0; },

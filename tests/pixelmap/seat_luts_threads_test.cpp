@@ -43,25 +43,11 @@ class SeatLutsThreads : public testing::Test {
   ~SeatLutsThreads() override { destroy(); }
 
   Platform platform() {
-    return {turns_,
-            threadQueues_,
-            phone_.wallClock,
-            phone_.calendar,
-            *phone_.random,
-            phone_.bluetooth,
-            phone_.screen,
-            phone_.haptics,
-            phone_.application,
-            phone_.defaults,
-            phone_.bundles,
-            phone_.http,
-            phone_.json,
-            phone_.torch,
-            phone_.images,
-            phone_.videoPlayers,
-            phone_.files,
-            phone_.videoAssets,
-            workers_};
+    Platform platform = phone_.platform();
+    platform.runLoop = turns_;
+    platform.queues = threadQueues_;
+    platform.workers = workers_;
+    return platform;
   }
   void makeLuts() {
     lutQueue_ = threadQueues_.make("lut");

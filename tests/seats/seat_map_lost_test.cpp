@@ -69,26 +69,11 @@ class SeatMapLost : public testing::Test {
     queues_.queue->runAll();
     phone_.loop.runFor({});
   }
-  static Platform on(const Platform& platform, SerialQueues& queues, Files& files) {
-    return {platform.runLoop,
-            queues,
-            platform.wallClock,
-            platform.calendar,
-            platform.random,
-            platform.bluetooth,
-            platform.screen,
-            platform.haptics,
-            platform.application,
-            platform.defaults,
-            platform.bundles,
-            platform.http,
-            platform.json,
-            platform.torch,
-            platform.images,
-            platform.videoPlayers,
-            files,
-            platform.videoAssets,
-            platform.workers};
+  Platform platform() {
+    Platform platform = phone_.platform();
+    platform.queues = queues_;
+    platform.files = files_;
+    return platform;
   }
 
   RapidJsonReader json_;
@@ -96,7 +81,7 @@ class SeatMapLost : public testing::Test {
   OneQueue queues_;
   ShortFiles files_{phone_.virtualFiles};
   int loaded_ = 0;
-  SeatMapAvailability map_{on(phone_.platform(), queues_, files_), [this] { ++loaded_; }};
+  SeatMapAvailability map_{platform(), [this] { ++loaded_; }};
 };
 
 TEST_F(SeatMapLost, LoadThatFindsNoThreadIsAskedForAgain) {

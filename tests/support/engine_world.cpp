@@ -139,11 +139,11 @@ EngineWorld::~EngineWorld() {
 }
 
 std::unique_ptr<const Platform> EngineWorld::watchedPlatform() {
-  const Platform has = phone_.platform();
-  return std::make_unique<const Platform>(
-      Platform{has.runLoop, has.queues, has.wallClock, has.calendar, has.random, has.bluetooth,
-               *screen_, *haptics_, has.application, has.defaults, has.bundles, has.http, has.json,
-               *torch_, has.images, has.videoPlayers, has.files, has.videoAssets, has.workers});
+  Platform platform = phone_.platform();
+  platform.screen = *screen_;
+  platform.haptics = *haptics_;
+  platform.torch = *torch_;
+  return std::make_unique<const Platform>(platform);
 }
 
 void EngineWorld::makeEngine() {

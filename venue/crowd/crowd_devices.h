@@ -17,8 +17,6 @@
 #include "adapters/virtual/virtual_devices.h"
 #include "halvora/platform/application.h"
 #include "halvora/platform/bluetooth.h"
-#include "halvora/platform/haptics.h"
-#include "halvora/platform/http.h"
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/screen.h"
 #include "halvora/platform/serial_queues.h"
@@ -28,20 +26,6 @@
 #include "venue/show/scenario.h"
 
 namespace halvora {
-
-/// Nobody feels a simulated phone.
-class NoHaptics final : public Haptics {
- public:
-  void impact(ImpactStyle /*style*/) override {}
-  void playSystemSound(std::uint32_t /*sound*/) override {}
-  void disposeSystemSound(std::uint32_t /*sound*/) override {}
-};
-
-/// A simulation is not counted.
-class NoHttp final : public HttpClient {
- public:
-  void get(const std::string& /*url*/) override {}
-};
 
 /// Keys and values of defaults that are the same on many phones.
 class SharedDefaults {
@@ -69,7 +53,8 @@ class SharedDefaults {
   std::list<DefaultsValue> others_;
 };
 
-/// What phones on one loop share. Loop and queues must outlive it.
+/// What phones on one loop share. Loop and queues must outlive it. Nobody feels a simulated phone,
+/// and none is counted: there are no haptics and no requests.
 struct CrowdGround {
   CrowdGround(RunLoop& itsLoop, SerialQueues& itsQueues)
       : loop(itsLoop), queues(itsQueues), wallClock(itsLoop) {}
@@ -78,8 +63,6 @@ struct CrowdGround {
   SerialQueues& queues;
   VirtualWallClock wallClock;
   VirtualCalendar calendar;
-  NoHaptics haptics;
-  NoHttp http;
   SharedDefaults defaults;
 };
 

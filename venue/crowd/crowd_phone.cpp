@@ -37,10 +37,20 @@ CrowdPhone::CrowdPhone(CrowdGround& ground, const CrowdParts& parts, const Crowd
 }
 
 Platform CrowdPhone::platform(CrowdGround& ground, const CrowdParts& parts) {
-  return {ground.loop,   ground.queues, ground.wallClock, ground.calendar, random_,
-          radio_,        screen_,       ground.haptics,   application_,    defaults_,
-          parts.bundles, ground.http,   parts.json,       torch_,          parts.images,
-          parts.players, parts.files,   parts.videos,     parts.workers};
+  return {.runLoop = ground.loop,
+          .queues = ground.queues,
+          .wallClock = ground.wallClock,
+          .calendar = ground.calendar,
+          .random = random_,
+          .bluetooth = radio_,
+          .screen = screen_,
+          .application = application_,
+          .defaults = defaults_,
+          .bundles = parts.bundles,
+          .json = parts.json,
+          .torch = torch_,
+          .images = parts.images,
+          .files = parts.files};
 }
 
 void CrowdPhone::leave() {

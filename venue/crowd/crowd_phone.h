@@ -17,36 +17,13 @@
 
 namespace halvora {
 
-/// No phone of a crowd has clips: none is ever ready.
-class NoClips final : public VideoPlayer {
- public:
-  void load(const VideoItem& /*item*/) override {}
-  void play() override {}
-  void pause() override {}
-  bool isReadyToPlay() const override { return false; }
-  bool isItemReadyToPlay() const override { return false; }
-  void setPreferredForwardBuffer(Duration /*duration*/) override {}
-  void seek(Duration /*position*/, Task /*completion*/) override {}
-};
-
-/// A crowd's phones decode nothing: their seats' tables are there already.
-class NoVideos final : public VideoAssets {
- public:
-  std::unique_ptr<VideoAsset> open(const std::string& /*path*/,
-                                   std::string* /*reason*/) const override {
-    return nullptr;
-  }
-};
-
-/// What the phones of a crowd share. Nothing of it changes while they run.
+/// What the phones of a crowd share. Nothing of it changes while they run. They have no clips, and
+/// decode nothing: their seats' tables are there already.
 struct CrowdParts {
   const Bundles& bundles;
   const JsonReader& json;
   const ImageDecoder& images;
   Files& files;
-  const VideoAssets& videos;
-  const VideoPlayers& players;
-  Workers& workers;
   ShowEngineOptions engine;
   ScenarioDevice device;
   std::vector<std::string> allowedTransmitterIds = {};

@@ -163,18 +163,11 @@ Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
 }
 
 Failure CrowdRun::show() {
-  NoClips clips;
-  const VideoPlayers players{clips, clips};
-  const NoVideos videos;
-  InlineWorkers alone;
   const SharedStills stills(mainBundle_, outside_.images);
   const CrowdParts parts{bundles_,
                          json_,
                          outside_.images,
                          files_,
-                         videos,
-                         players,
-                         alone,
                          {{}, loadShowAssets(bundles_, json_), &*tables_, &stills},
                          request_.scenario.device,
                          request_.allowedTransmitterIds};

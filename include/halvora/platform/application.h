@@ -3,6 +3,8 @@
 // changes. Main thread.
 #pragma once
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
 class ApplicationObserver {
@@ -16,9 +18,8 @@ class ApplicationObserver {
   virtual void presentedScreensDismissed() {}
 };
 
-class Application {
+class Application : public Need {
  public:
-  virtual ~Application() = default;
   virtual void addObserver(ApplicationObserver& observer) = 0;
   virtual void removeObserver(ApplicationObserver& observer) = 0;
   /// Keeps the screen from dimming and locking by itself.

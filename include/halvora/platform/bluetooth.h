@@ -8,6 +8,8 @@
 #include <optional>
 #include <span>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
 /// The numbers are those of the phones' own systems; scenario files and hosts use them.
@@ -48,9 +50,8 @@ class CentralManagerDelegate {
 
 /// One listener. May be destroyed within a call of its delegate. Reports its state in the first
 /// turn after it was made, and on every change. Losing power ends a scan.
-class CentralManager {
+class CentralManager : public Need {
  public:
-  virtual ~CentralManager() = default;
   virtual CentralState state() const = 0;
   virtual void scanForPeripherals(const ScanOptions& options) = 0;
   virtual void stopScan() = 0;
@@ -64,9 +65,8 @@ class CentralManager {
   }
 };
 
-class BluetoothCentral {
+class BluetoothCentral : public Need {
  public:
-  virtual ~BluetoothCentral() = default;
   virtual BluetoothAuthorization authorization() const = 0;
   /// Never null. Where permission is not determined yet, making a manager is what asks the user for
   /// it.

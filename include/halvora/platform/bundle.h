@@ -8,11 +8,12 @@
 #include <string>
 #include <string_view>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
-class Bundle {
+class Bundle : public Need {
  public:
-  virtual ~Bundle() = default;
   /// Such as "com.example.host".
   virtual const std::string& identifier() const = 0;
   /// The folder that resources lie in; empty where there is none.

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
 
 namespace halvora {
@@ -20,10 +21,8 @@ constexpr bool includes(DescriptorEvents events, DescriptorEvents one) {
 /// Names one watch; never used twice. 0 names none.
 using WatchId = std::uint64_t;
 
-class Descriptors {
+class Descriptors : public Need {
  public:
-  virtual ~Descriptors() = default;
-
   /// Runs `task` in a turn of its own, again and again for as long as one of the events is there
   /// and nothing is done about it. A descriptor that failed counts as having both. It must stay
   /// open until the watch is forgotten.

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
 struct FileAttributes {
@@ -20,12 +22,11 @@ struct FileAttributes {
   double modifiedAt = 0;
 };
 
-class Files {
+class Files : public Need {
  public:
   /// A folder with more entries than these is listed no further.
   static constexpr std::size_t kMostEntries = 100'000;
 
-  virtual ~Files() = default;
   /// None where there is neither a file nor a folder, or it may not be looked at.
   virtual std::optional<FileAttributes> attributes(const std::string& path) const = 0;
   /// The names in a folder: whole numbers first, by value, then the others, by code point. None

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
 enum class ImpactStyle : std::uint8_t { light, heavy };
@@ -11,9 +13,8 @@ enum class ImpactStyle : std::uint8_t { light, heavy };
 /// The system sound that vibrates the phone.
 inline constexpr std::uint32_t kVibrationSound = 1352;
 
-class Haptics {
+class Haptics : public Need {
  public:
-  virtual ~Haptics() = default;
   /// Prepares a generator of the style and fires it once.
   virtual void impact(ImpactStyle style) = 0;
   virtual void playSystemSound(std::uint32_t sound) = 0;

@@ -5,11 +5,12 @@
 
 #include <string>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
-class HttpClient {
+class HttpClient : public Need {
  public:
-  virtual ~HttpClient() = default;
   virtual void get(const std::string& url) = 0;
   /// Gives up whatever is under way.
   virtual void cancelAll() {}

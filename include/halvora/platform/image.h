@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
 /// 8 bits a channel, not premultiplied; rows from the top, 4 bytes a pixel: red, green, blue,
@@ -27,12 +29,11 @@ struct ImageRow {
   std::vector<std::uint8_t> rgba;
 };
 
-class ImageDecoder {
+class ImageDecoder : public Need {
  public:
   /// A picture that claims more pixels is refused before any of them is decoded.
   static constexpr std::uint64_t kMostPixels = 64'000'000;
 
-  virtual ~ImageDecoder() = default;
   /// None for anything that is not a whole picture of a known kind, or that is too large.
   virtual std::optional<Image> decode(std::string_view bytes) const = 0;
   /// That row of what `decode` would give, and none where it would give none; for less memory where

@@ -13,6 +13,8 @@
 #include <variant>
 #include <vector>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
 struct JsonMember;
@@ -89,9 +91,8 @@ class JsonEvents {
   virtual void scalar(std::string_view name, const JsonScalar& value) = 0;
 };
 
-class JsonReader {
+class JsonReader : public Need {
  public:
-  virtual ~JsonReader() = default;
   /// One whole document, or nothing when it is malformed. UTF-8, UTF-16 or UTF-32, with or without
   /// a byte order mark; an object or an array at the top. `reason`, if given, receives a short text
   /// on failure.

@@ -8,6 +8,8 @@
 #include <span>
 #include <string>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
 struct MovieFormat {
@@ -17,19 +19,18 @@ struct MovieFormat {
   int framesPerSecond = 30;
 };
 
-class MovieWriter {
+class MovieWriter : public Need {
  public:
   /// Without `finish` the file is worth nothing.
-  virtual ~MovieWriter() = default;
+  ~MovieWriter() override = default;
   /// The next picture: rows from the top, red, green and blue a pixel. False once anything failed.
   virtual bool add(std::span<const std::uint8_t> rgb) = 0;
   /// Writes what is left. False where anything failed, now or before.
   virtual bool finish() = 0;
 };
 
-class MovieWriters {
+class MovieWriters : public Need {
  public:
-  virtual ~MovieWriters() = default;
   /// Null where the file cannot be made, or there is no encoder.
   virtual std::unique_ptr<MovieWriter> make(const std::string& path,
                                             const MovieFormat& format) const = 0;

@@ -1,52 +1,54 @@
 // SPDX-License-Identifier: Apache-2.0
-// Everything the kit needs from the system that it runs on, as references to the needs. Whoever
-// makes an engine owns these and keeps them alive for as long as the engine lives. They are called
-// in the middle of its work: none of them may destroy an engine, a panel or a wizard within a call,
-// but for the application, whose observers may. What it has to do then it posts to the run loop.
+// Everything the kit needs from the system that it runs on. The run loop is given, the rest is
+// absent until it is given by name:
+//
+//   Platform platform{.runLoop = loop};
+//   platform.bluetooth = radio;
+//
+// Whoever makes an engine owns the objects and keeps them alive for as long as the engine lives.
+// They are called in the middle of its work: none of them may destroy an engine, a panel or a
+// wizard within a call, but for the application, whose observers may. What it has to do then it
+// posts to the run loop.
 #pragma once
+
+#include "halvora/platform/absent.h"
+#include "halvora/platform/need.h"
 
 namespace halvora {
 
-class Application;
-class BluetoothCentral;
-class Calendar;
-class Files;
-class Haptics;
-class HttpClient;
-class ImageDecoder;
-class JsonReader;
-class Random;
 class RunLoop;
-class Screen;
-class SerialQueues;
-class Torch;
-class UserDefaults;
-class VideoAssets;
-class WallClock;
-class Workers;
-struct Bundles;
-struct VideoPlayers;
 
 struct Platform {
-  RunLoop& runLoop;
-  SerialQueues& queues;
-  WallClock& wallClock;
-  Calendar& calendar;
-  Random& random;
-  BluetoothCentral& bluetooth;
-  Screen& screen;
-  Haptics& haptics;
-  Application& application;
-  UserDefaults& defaults;
-  const Bundles& bundles;
-  HttpClient& http;
-  const JsonReader& json;
-  Torch& torch;
-  const ImageDecoder& images;
-  const VideoPlayers& videoPlayers;
-  Files& files;
-  const VideoAssets& videoAssets;
-  Workers& workers;
+  NeedRef<RunLoop> runLoop;
+  /// Absent: no background work, so no tables are built and no seat map is read.
+  NeedRef<SerialQueues> queues = absent::queues();
+  /// Absent: it is always the same moment of the same day.
+  NeedRef<WallClock> wallClock = absent::wallClock();
+  NeedRef<Calendar> calendar = absent::calendar();
+  /// Absent: always 0.
+  NeedRef<Random> random = absent::random();
+  /// Absent: the user is asked nothing, and nothing is ever heard or reported.
+  NeedRef<BluetoothCentral> bluetooth = absent::bluetooth();
+  /// Absent: of no size and full brightness.
+  NeedRef<Screen> screen = absent::screen();
+  NeedRef<Haptics> haptics = absent::haptics();
+  /// Absent: always active, and without a page of settings.
+  NeedRef<Application> application = absent::application();
+  /// Absent: forgets at once.
+  NeedRef<UserDefaults> defaults = absent::defaults();
+  /// Absent: two bundles without a name, resources or texts.
+  NeedRef<const Bundles> bundles = absent::bundles();
+  NeedRef<HttpClient> http = absent::http();
+  /// Absent: no document is well-formed, no picture or video known, no file there.
+  NeedRef<const JsonReader> json = absent::json();
+  NeedRef<Torch> torch = absent::torch();
+  NeedRef<const ImageDecoder> images = absent::images();
+  /// Absent: never ready.
+  NeedRef<const VideoPlayers> videoPlayers = absent::videoPlayers();
+  NeedRef<Files> files = absent::files();
+  NeedRef<const VideoAssets> videoAssets = absent::videoAssets();
+  /// Absent: nothing is done side by side.
+  NeedRef<Workers> workers = absent::workers();
 };
 
 }  // namespace halvora

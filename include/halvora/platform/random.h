@@ -4,11 +4,12 @@
 
 #include <cstdint>
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
-class Random {
+class Random : public Need {
  public:
-  virtual ~Random() = default;
   /// Uniform in [0, bound); 0 for a bound of 0.
   virtual std::uint32_t below(std::uint32_t bound) = 0;
 };

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
 #include "halvora/platform/time.h"
 
@@ -15,7 +16,7 @@ namespace halvora {
 /// Names one scheduled timer; never used twice by a loop. 0 names none.
 using TimerId = std::uint64_t;
 
-class RunLoop {
+class RunLoop : public Need {
  public:
   /// A timer of no or negative delay is due this much later, so that time always advances.
   static constexpr Duration kShortestDelay{100};
@@ -24,8 +25,6 @@ class RunLoop {
   static constexpr Duration dueAfter(Duration delay) {
     return delay > Duration::zero() ? delay : kShortestDelay;
   }
-
-  virtual ~RunLoop() = default;
 
   /// Media time: since the loop began; does not stand still while the loop is idle.
   virtual Duration now() const = 0;

@@ -2,6 +2,8 @@
 // The phone's main screen. Main thread.
 #pragma once
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
 /// Points of the screen, origin at the top left.
@@ -19,9 +21,8 @@ struct Rect {
   friend bool operator==(const Rect&, const Rect&) = default;
 };
 
-class Screen {
+class Screen : public Need {
  public:
-  virtual ~Screen() = default;
   virtual Size bounds() const = 0;
   /// The backlight's level, 0 to 1.
   virtual double brightness() const = 0;

@@ -8,13 +8,13 @@
 #include <string>
 #include <string_view>
 
+#include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
 
 namespace halvora {
 
-class SerialQueue {
+class SerialQueue : public Need {
  public:
-  virtual ~SerialQueue() = default;
   virtual const std::string& label() const = 0;
   /// Runs `task` off the main thread, after every task dispatched to this queue before it. False,
   /// and the task is gone without having run, where there is no thread or memory for it. What a
@@ -22,9 +22,8 @@ class SerialQueue {
   virtual bool dispatch(Task task) = 0;
 };
 
-class SerialQueues {
+class SerialQueues : public Need {
  public:
-  virtual ~SerialQueues() = default;
   virtual std::unique_ptr<SerialQueue> make(std::string_view label) = 0;
 };
 

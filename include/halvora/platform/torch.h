@@ -2,11 +2,12 @@
 // The lamp beside the camera. Main thread.
 #pragma once
 
+#include "halvora/platform/need.h"
+
 namespace halvora {
 
-class Torch {
+class Torch : public Need {
  public:
-  virtual ~Torch() = default;
   virtual bool hasTorch() const = 0;
   virtual bool hasFlash() const = 0;
   /// Takes the device for the write and lets it go again; where another application holds it,

@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "halvora/platform/need.h"
 #include "halvora/platform/time.h"
 
 namespace halvora {
@@ -43,9 +44,8 @@ inline bool operator==(const DefaultsValue& left, const DefaultsValue& right) {
   return left.storage == right.storage;
 }
 
-class UserDefaults {
+class UserDefaults : public Need {
  public:
-  virtual ~UserDefaults() = default;
   /// Null for a key that is not set. The value lives until the next write.
   virtual const DefaultsValue* find(std::string_view key) const = 0;
   virtual void set(std::string_view key, DefaultsValue value) = 0;

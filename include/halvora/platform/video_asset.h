@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "halvora/platform/image.h"
+#include "halvora/platform/need.h"
 
 namespace halvora {
 
@@ -38,9 +39,8 @@ struct PixelPosition {
 };
 
 /// One decoded picture. Stands alone: it may outlive its reader and move to another thread.
-class VideoFrame {
+class VideoFrame : public Need {
  public:
-  virtual ~VideoFrame() = default;
   /// When it is presented, in seconds; not a number where the file does not say.
   virtual double seconds() const = 0;
   virtual std::uint32_t width() const = 0;
@@ -51,25 +51,22 @@ class VideoFrame {
                       std::span<std::uint32_t> words) const = 0;
 };
 
-class FrameReader {
+class FrameReader : public Need {
  public:
-  virtual ~FrameReader() = default;
   /// The next frame as the decoder gives them out; null at the end, and where the file cannot be
   /// read any further. Pictures are as they are stored: not turned.
   virtual std::unique_ptr<VideoFrame> next() = 0;
 };
 
-class FrameGenerator {
+class FrameGenerator : public Need {
  public:
-  virtual ~FrameGenerator() = default;
   /// The whole picture on show at that time, turned as the track asks for; none where there is
   /// none. Times in ascending order cost least.
   virtual std::optional<Image> imageAt(MediaTime time) = 0;
 };
 
-class VideoAsset {
+class VideoAsset : public Need {
  public:
-  virtual ~VideoAsset() = default;
   /// Of the whole file, its sound included; may be anything, as a file may claim anything.
   virtual double durationSeconds() const = 0;
   /// The frames presented within the range, or all. Null where reading cannot begin.
@@ -81,9 +78,8 @@ class VideoAsset {
   virtual std::unique_ptr<FrameGenerator> generator() const = 0;
 };
 
-class VideoAssets {
+class VideoAssets : public Need {
  public:
-  virtual ~VideoAssets() = default;
   /// Null where there is no file, no video in it, or one that no safe amount of memory can hold.
   /// `reason`, if given, receives a short text on failure.
   virtual std::unique_ptr<VideoAsset> open(const std::string& path,

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
 #include "halvora/platform/time.h"
 
@@ -17,9 +18,8 @@ struct VideoItem {
   std::string path;
 };
 
-class VideoPlayer {
+class VideoPlayer : public Need {
  public:
-  virtual ~VideoPlayer() = default;
   /// Drops what was loaded and loads this clip, to loop without end once it plays.
   virtual void load(const VideoItem& item) = 0;
   virtual void play() = 0;

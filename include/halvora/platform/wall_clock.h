@@ -3,6 +3,7 @@
 // thread.
 #pragma once
 
+#include "halvora/platform/need.h"
 #include "halvora/platform/time.h"
 
 namespace halvora {
@@ -14,15 +15,13 @@ struct DayComponents {
   friend bool operator==(const DayComponents&, const DayComponents&) = default;
 };
 
-class WallClock {
+class WallClock : public Need {
  public:
-  virtual ~WallClock() = default;
   virtual Date now() const = 0;
 };
 
-class Calendar {
+class Calendar : public Need {
  public:
-  virtual ~Calendar() = default;
   virtual DayComponents componentsOf(Date date) const = 0;
 };
 

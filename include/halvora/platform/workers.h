@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 
+#include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
 
 namespace halvora {
@@ -18,9 +19,8 @@ enum class WorkEnd : std::uint8_t {
   failed,
 };
 
-class Workers {
+class Workers : public Need {
  public:
-  virtual ~Workers() = default;
   /// How many tasks may decode at once, at least 1.
   virtual int count() const = 0;
   /// Whether the tasks of one `run` go on side by side, so that one may wait for another. Where

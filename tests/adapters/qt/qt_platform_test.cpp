@@ -59,7 +59,7 @@ TEST_F(QtPlatformTest, IsOnePlatformForAsLongAsItLives) {
   QtPlatform phone(options());
   const Platform& platform = phone.platform();
   EXPECT_EQ(&phone.platform(), &platform);
-  EXPECT_EQ(&platform.runLoop, &phone.runLoop());
+  EXPECT_EQ(&*platform.runLoop, &phone.runLoop());
 }
 
 TEST_F(QtPlatformTest, TheMainBundleIsTheHostsFolder) {
@@ -80,7 +80,7 @@ TEST_F(QtPlatformTest, TheIdentifierIsTheApplicationsDomainAndName) {
   const QString domain = QCoreApplication::organizationDomain();
   const QString name = QCoreApplication::applicationName();
   const auto identifier = [this] {
-    return QtPlatform(options()).platform().bundles.main.identifier();
+    return QtPlatform(options()).platform().bundles->main.identifier();
   };
   QCoreApplication::setOrganizationDomain(QStringLiteral("shows.example.com"));
   QCoreApplication::setApplicationName(QStringLiteral("concert"));
@@ -94,7 +94,7 @@ TEST_F(QtPlatformTest, TheIdentifierIsTheApplicationsDomainAndName) {
 TEST_F(QtPlatformTest, TheKitsTextsAreCompiledIn) {
   QLocale::setDefault(QLocale(QLocale::English));
   QtPlatform phone(options());
-  const Bundle& kit = phone.platform().bundles.kit;
+  const Bundle& kit = phone.platform().bundles->kit;
   EXPECT_EQ(kit.localizedString(kSeatButton), "Select Seat");
   EXPECT_EQ(kit.localizedString("no_such_key"), "no_such_key");
   EXPECT_EQ(kit.resourcePath(), "");
@@ -106,9 +106,9 @@ TEST_F(QtPlatformTest, AKitOfTheHostsOwnTakesItsPlace) {
   QtPlatformOptions wanted = options();
   wanted.kit = path("kit");
   QLocale::setDefault(QLocale(QLocale::English));
-  EXPECT_EQ(QtPlatform(wanted).platform().bundles.kit.localizedString(kSeatButton), "Pick");
+  EXPECT_EQ(QtPlatform(wanted).platform().bundles->kit.localizedString(kSeatButton), "Pick");
   QLocale::setDefault(QLocale(QLocale::Dutch, QLocale::Belgium));
-  EXPECT_EQ(QtPlatform(wanted).platform().bundles.kit.localizedString(kSeatButton), "Kies");
+  EXPECT_EQ(QtPlatform(wanted).platform().bundles->kit.localizedString(kSeatButton), "Kies");
 }
 
 TEST_F(QtPlatformTest, WhatAHostsTablesLackIsCompiledInKeyByKey) {
@@ -158,7 +158,7 @@ TEST_F(QtPlatformTest, AResourceBundleReadsWholeResourcesUpToALimit) {
 TEST_F(QtPlatformTest, DefaultsLast) {
   {
     QtPlatform phone(options());
-    phone.platform().defaults.set("venueID", std::int64_t{7});
+    phone.platform().defaults->set("venueID", std::int64_t{7});
   }
   QtPlatform phone(options());
   EXPECT_EQ(integerForKey(phone.platform().defaults, "venueID"), 7);
@@ -167,15 +167,15 @@ TEST_F(QtPlatformTest, DefaultsLast) {
 TEST_F(QtPlatformTest, WhatAMachineLacksIsAQuietNothing) {
   QtPlatform phone(options());
   const Platform& platform = phone.platform();
-  EXPECT_FALSE(platform.torch.hasTorch());
-  EXPECT_FALSE(platform.torch.hasFlash());
-  platform.torch.setOn(true);
-  platform.haptics.impact(ImpactStyle::heavy);
-  platform.haptics.playSystemSound(kVibrationSound);
-  platform.haptics.disposeSystemSound(kVibrationSound);
-  EXPECT_EQ(platform.screen.brightness(), 1);
-  EXPECT_FALSE(platform.application.canOpenSettings());
-  EXPECT_EQ(platform.images.decode("no picture"), std::nullopt);
+  EXPECT_FALSE(platform.torch->hasTorch());
+  EXPECT_FALSE(platform.torch->hasFlash());
+  platform.torch->setOn(true);
+  platform.haptics->impact(ImpactStyle::heavy);
+  platform.haptics->playSystemSound(kVibrationSound);
+  platform.haptics->disposeSystemSound(kVibrationSound);
+  EXPECT_EQ(platform.screen->brightness(), 1);
+  EXPECT_FALSE(platform.application->canOpenSettings());
+  EXPECT_EQ(platform.images->decode("no picture"), std::nullopt);
 }
 
 struct Delegate final : CentralManagerDelegate {
@@ -202,7 +202,7 @@ TEST_F(QtPlatformTest, WithoutARadioBluetoothIsAllowedAndUnsupported) {
 TEST_F(QtPlatformTest, AManagerThatIsGoneReportsNothing) {
   QtPlatform phone(options());
   Delegate delegate;
-  phone.platform().bluetooth.makeManager(delegate);
+  phone.platform().bluetooth->makeManager(delegate);
   bool isOver = false;
   phone.runLoop().soon([&isOver] { isOver = true; });
   letQtWorkUntil([&] { return isOver; });
@@ -221,10 +221,10 @@ TEST_F(QtPlatformTest, ServicesTakeThePlaceOfWhatIsAbsent) {
              .brightness = [&] { return level; },
              .setBrightness = [&](double wanted) { level = wanted; }});
   const Platform& platform = phone.platform();
-  EXPECT_EQ(&platform.bluetooth, &bluetooth);
-  EXPECT_EQ(&platform.haptics, &haptics);
-  EXPECT_EQ(&platform.torch, &torch);
-  EXPECT_EQ(platform.screen.brightness(), 0.3);
+  EXPECT_EQ(&*platform.bluetooth, &bluetooth);
+  EXPECT_EQ(&*platform.haptics, &haptics);
+  EXPECT_EQ(&*platform.torch, &torch);
+  EXPECT_EQ(platform.screen->brightness(), 0.3);
 }
 
 // The folder is not there, is a file, or holds things that are not what their names say.
@@ -270,14 +270,14 @@ TEST_F(QtPlatformTest, WhereNothingIsInstalledTheSystemsEngineIsUsed) {
   const std::string documents = lasting.path().toStdString();
   QtPlatform& system = QtPlatform::sharedInstance({.documents = documents});
   EXPECT_EQ(&QtPlatform::sharedInstance(), &system);
-  EXPECT_EQ(system.platform().bundles.documents, documents);
+  EXPECT_EQ(system.platform().bundles->documents, documents);
   QQmlEngine first;
   QQmlEngine second;
   HalvoraHost& host = HalvoraHost::of(first);
   EXPECT_EQ(&HalvoraHost::of(first), &host);
   EXPECT_EQ(&host.controller(), &HalvoraViewController::sharedInstance(system.platform()));
   EXPECT_EQ(&HalvoraHost::of(second).controller(), &host.controller());
-  EXPECT_EQ(&host.platform().runLoop, &system.runLoop());
+  EXPECT_EQ(&*host.platform().runLoop, &system.runLoop());
   // Its view is loaded: the code's label has its text.
   EXPECT_EQ(insideOf(host.controller()).views().text(ViewId::pairingCodeLabel), "0000");
 }

@@ -120,10 +120,10 @@ void killAfter(const std::string& path, std::uint32_t events) {
   close(ends[1]);
   char event = 0;
   do {
-    ASSERT_EQ(read(ends[0], &event, 1), 1);
+    ASSERT_EQ(::read(ends[0], &event, 1), 1);
   } while (event != kSaved);
   for (std::uint32_t count = 0; count < events; ++count) {
-    ASSERT_EQ(read(ends[0], &event, 1), 1);
+    ASSERT_EQ(::read(ends[0], &event, 1), 1);
   }
   kill(child, SIGKILL);
   int status = 0;

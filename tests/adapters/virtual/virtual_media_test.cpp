@@ -128,7 +128,5 @@ TEST_F(VirtualVideo, CompletionMaySeekAgain) {
   EXPECT_EQ(completed, "12");
 }
 
-TEST(NoPictures, KnowsNone) { EXPECT_FALSE(NoPictures().decode("\xFF\xD8\xFF")); }
-
 }  // namespace
 }  // namespace halvora

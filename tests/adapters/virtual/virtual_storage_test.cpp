@@ -83,14 +83,14 @@ TEST(VirtualPhone, HandsOutWhatItOwns) {
                             .mainBundle = &host,
                             .kitBundle = nullptr});
   const Platform platform = phone.platform();
-  EXPECT_EQ(platform.screen.brightness(), 0.75);
-  EXPECT_EQ(platform.screen.bounds(), (Size{100, 200}));
-  EXPECT_EQ(platform.bluetooth.authorization(), BluetoothAuthorization::denied);
+  EXPECT_EQ(platform.screen->brightness(), 0.75);
+  EXPECT_EQ(platform.screen->bounds(), (Size{100, 200}));
+  EXPECT_EQ(platform.bluetooth->authorization(), BluetoothAuthorization::denied);
   EXPECT_EQ(phone.bluetooth.state(), CentralState::poweredOff);
-  EXPECT_EQ(&platform.bundles.main, &host);
-  EXPECT_EQ(&platform.bundles.kit, &phone.kitBundle);
-  EXPECT_EQ(&platform.runLoop, &phone.loop);
-  EXPECT_EQ(&platform.defaults, &phone.defaults);
+  EXPECT_EQ(&platform.bundles->main, &host);
+  EXPECT_EQ(&platform.bundles->kit, &phone.kitBundle);
+  EXPECT_EQ(&*platform.runLoop, &phone.loop);
+  EXPECT_EQ(&*platform.defaults, &phone.defaults);
 }
 
 TEST(VirtualPhone, DrawsTheSameAsAnyOtherPhone) {

@@ -402,7 +402,7 @@ TEST_F(HalvoraViewTest, EachQmlEngineHasThePhoneThatWasInstalled) {
   HalvoraHost::install(other, otherPhone.platform(), otherController);
   EXPECT_EQ(&HalvoraHost::of(qml).controller(), &controller);
   EXPECT_EQ(&HalvoraHost::of(other).controller(), &otherController);
-  EXPECT_EQ(&HalvoraHost::of(other).platform().runLoop, &otherPhone.loop);
+  EXPECT_EQ(&*HalvoraHost::of(other).platform().runLoop, &otherPhone.loop);
   HalvoraHost::install(other, phone.platform(), controller);
   EXPECT_EQ(&HalvoraHost::of(other).controller(), &controller);
 }
@@ -435,12 +435,8 @@ QImage pictureOf(QSize size, QColor colour) {
 
 struct HalvoraViewClipTest : HalvoraViewTest {
   HalvoraViewClipTest() {
-    const Platform whole = phone.platform();
-    const Platform platform{whole.runLoop,     whole.queues,      whole.wallClock, whole.calendar,
-                            whole.random,      whole.bluetooth,   whole.screen,    whole.haptics,
-                            whole.application, whole.defaults,    whole.bundles,   whole.http,
-                            whole.json,        whole.torch,       whole.images,    players,
-                            whole.files,       whole.videoAssets, whole.workers};
+    Platform platform = phone.platform();
+    platform.videoPlayers = players;
     HalvoraHost::install(qml, platform, controller);
     place(kOneView);
     insideOf(controller).views().setAlpha(ViewId::container, 1);

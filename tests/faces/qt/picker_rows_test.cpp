@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/virtual/virtual_media.h"
 #include "adapters/virtual/virtual_storage.h"
+#include "halvora/platform/absent.h"
 #include "tests/seats/seat_maker.h"
 
 namespace halvora {
@@ -37,8 +37,7 @@ struct PickerRowsTest : testing::Test {
   }
 
   VirtualBundle bundle{"com.example.empty"};
-  NoPictures decoder;
-  StandingOverlay overlay{bundle, decoder};
+  StandingOverlay overlay{bundle, absent::images()};
   std::shared_ptr<HalvoraSeatSelectorViewController> wizard;
   PickerRows rows;
 };

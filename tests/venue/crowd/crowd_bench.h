@@ -10,10 +10,10 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_files.h"
-#include "adapters/virtual/virtual_media.h"
 #include "adapters/virtual/virtual_storage.h"
 #include "adapters/virtual/virtual_video.h"
 #include "engine/broadcast.h"
+#include "halvora/platform/absent.h"
 #include "venue/crowd/crowd.h"
 #include "venue/crowd/crowd_phone.h"
 
@@ -28,18 +28,14 @@ struct CrowdBench {
   }
 
   CrowdParts parts(const SeatLutSource* tables = nullptr) {
-    return {bundles, json, images, files, videos, players, workers, {{}, assets, tables}, {}};
+    return {bundles, json, absent::images(), files, {{}, assets, tables}, {}};
   }
 
   VirtualBundle main{"com.example.host"};
   VirtualBundle kit{"com.halvora.sdk"};
   const Bundles bundles{main, kit};
   const RapidJsonReader json;
-  const NoPictures images;
   VirtualFiles files;
-  const NoVideos videos;
-  NoClips clips;
-  const VideoPlayers players{clips, clips};
   InlineWorkers workers;
   std::shared_ptr<const ShowAssets> assets = std::make_shared<const ShowAssets>();
 };

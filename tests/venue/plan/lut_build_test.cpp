@@ -12,8 +12,8 @@
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
-#include "adapters/virtual/virtual_media.h"
 #include "adapters/virtual/virtual_video.h"
+#include "halvora/platform/absent.h"
 #include "tests/venue/plan/lut_folder.h"
 
 namespace halvora {
@@ -178,8 +178,7 @@ TEST_F(LutBuild, TablesTooLargeForTheHeapComeOutTheSame) {
   request.video = room.video;
   for (int seat = 0; seat < 600; ++seat) request.seats.push_back({seat % 40, seat / 40});
   const std::atomic<bool> isInterrupted{false};
-  const NoPictures images;
-  const Outside outside{images, videos, isInterrupted};
+  const Outside outside{absent::images(), videos, isInterrupted};
   const auto tables = [&](std::size_t mostHeapBytes, const std::string& documents) {
     request.mostHeapBytes = mostHeapBytes;
     request.documents = room.at(documents);

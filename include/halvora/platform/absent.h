@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// What serves a need that a host leaves out: a quiet nothing each, the same for the whole process
+// and never destroyed. They keep nothing, so any thread may call them. There is none for the run
+// loop: without it there is no time.
+#pragma once
+
+namespace halvora {
+
+class Application;
+class BluetoothCentral;
+class Calendar;
+class Files;
+class Haptics;
+class HttpClient;
+class ImageDecoder;
+class JsonReader;
+class Random;
+class Screen;
+class SerialQueues;
+class Torch;
+class UserDefaults;
+class VideoAssets;
+class WallClock;
+class Workers;
+struct Bundles;
+struct VideoPlayers;
+
+namespace absent {
+
+Application& application();
+BluetoothCentral& bluetooth();
+const Bundles& bundles();
+Calendar& calendar();
+UserDefaults& defaults();
+Files& files();
+Haptics& haptics();
+HttpClient& http();
+const ImageDecoder& images();
+const JsonReader& json();
+SerialQueues& queues();
+Random& random();
+Screen& screen();
+Torch& torch();
+const VideoAssets& videoAssets();
+const VideoPlayers& videoPlayers();
+WallClock& wallClock();
+Workers& workers();
+
+}  // namespace absent
+
+}  // namespace halvora
