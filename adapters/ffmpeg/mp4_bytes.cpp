@@ -21,7 +21,7 @@ std::uint64_t Mp4Bytes::number(std::uint64_t at, int count) {
 }
 
 Mp4Box Mp4Bytes::boxAt(std::uint64_t at, std::uint64_t limit) {
-  Mp4Box box = {.type = number32(at + 4), .begin = at, .body = at + 8, .end = at};
+  Mp4Box box = {.type = number32(at + 4), .begin = at, .body = at, .end = at};
   std::uint64_t size = number(at, 4);
   std::uint64_t header = 8;
   if (size == 1 && limit - at >= 16) {
