@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/storage_calls.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include <fcntl.h>
 #include <stdio.h>
+#include <sys/file.h>
+#include <sys/random.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -62,4 +66,31 @@ extern "C" int rename(const char* from, const char* to) noexcept {
     halvora::listener->all.push_back("rename " + halvora::nameOf(from) + " " + halvora::nameOf(to));
   }
   return renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
+
+extern "C" int flock(int file, int operation) noexcept {
+  if (halvora::listener != nullptr && !halvora::listener->locks.empty()) {
+    std::vector<int>& locks = halvora::listener->locks;
+    const int error = locks.front();
+    locks.erase(locks.begin());
+    if (error != 0) {
+      errno = error;
+      return -1;
+    }
+  }
+  return static_cast<int>(syscall(SYS_flock, file, operation));
+}
+
+extern "C" ssize_t getrandom(void* bytes, size_t size, unsigned int flags) {
+  if (halvora::listener != nullptr && halvora::listener->hasNoChance) {
+    std::memset(bytes, 0x5A, size);
+    errno = EAGAIN;
+    return -1;
+  }
+  if (halvora::listener != nullptr && halvora::listener->chance) {
+    const std::size_t count = std::min(size, sizeof *halvora::listener->chance);
+    std::memcpy(bytes, &*halvora::listener->chance, count);
+    return static_cast<ssize_t>(count);
+  }
+  return syscall(SYS_getrandom, bytes, size, flags);
 }

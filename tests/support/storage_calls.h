@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // What this process asks of the disk for as long as one of these lives: what it syncs and what it
-// renames, in their order. Syncing may be made to fail. One at a time; owned by a test.
+// renames, in their order. Syncing and locking may be made to fail, and chance to be none. One at a
+// time; owned by a test.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +25,11 @@ class StorageCalls {
   int error = 0;
   /// So many calls to sync are interrupted by a signal before the next one goes through.
   int interruptions = 0;
+  /// With what each lock fails; of 0 it is had. Those after the last one are had.
+  std::vector<int> locks;
+  /// What chance gives, instead of a number of its own; `hasNoChance` refuses even that.
+  std::optional<std::uint64_t> chance;
+  bool hasNoChance = false;
 };
 
 }  // namespace halvora
