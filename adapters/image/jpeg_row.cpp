@@ -49,7 +49,6 @@ void countScans(j_common_ptr jpeg) noexcept {
 void readRow(Reading& reading) {
   jpeg_decompress_struct& jpeg = reading.jpeg;
   jpeg_create_decompress(&jpeg);
-  jpeg.client_data = &reading;
   jpeg.progress = &reading.progress;
   jpeg.mem->max_memory_to_use = static_cast<long>(kMostJpegCoefficients);
   jpeg_mem_src(&jpeg, reading.data, reading.size);

@@ -2,7 +2,6 @@
 #include "adapters/image/picture_decoder.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -49,11 +48,9 @@ std::optional<JpegSize> sizeOfJpeg(const JpegHandle& handle, std::string_view by
   const bool isRead =
       handle && tjDecompressHeader3(handle.get(), dataOf(bytes), bytes.size(), &size.width,
                                     &size.height, &subsampling, &colourSpace) == 0;
-  if (!isRead || size.width <= 0 || size.height <= 0 ||
-      !isAllowed(static_cast<std::uint64_t>(size.width), static_cast<std::uint64_t>(size.height))) {
-    return std::nullopt;
-  }
-  return size;
+  const bool isGood = isRead && isAllowed(static_cast<std::uint64_t>(size.width),
+                                          static_cast<std::uint64_t>(size.height));
+  return isGood ? std::optional(size) : std::nullopt;
 }
 
 std::optional<Image> decodeJpeg(std::string_view bytes) {
@@ -125,8 +122,7 @@ std::string_view withoutRemarks(std::string_view png, std::string& storage) {
 std::optional<Image> decodePng(std::string_view whole) {
   std::string storage;
   const std::string_view bytes = withoutRemarks(whole, storage);
-  png_image png;
-  std::memset(&png, 0, sizeof png);
+  png_image png{};
   png.version = PNG_IMAGE_VERSION;
   if (png_image_begin_read_from_memory(&png, bytes.data(), bytes.size()) == 0) return std::nullopt;
   const std::unique_ptr<png_image, void (*)(png_imagep)> release(&png, png_image_free);

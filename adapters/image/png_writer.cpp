@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/image/png_writer.h"
 
-#include <cstring>
-
 #include <png.h>
 
 namespace halvora {
@@ -11,8 +9,7 @@ std::string pngOf(const Image& image) {
   constexpr std::size_t kBytesPerPixel = 4;
   const std::size_t needed = std::size_t{image.width} * image.height * kBytesPerPixel;
   if (needed == 0 || image.rgba.size() < needed) return {};
-  png_image png;
-  std::memset(&png, 0, sizeof png);
+  png_image png{};
   png.version = PNG_IMAGE_VERSION;
   png.width = image.width;
   png.height = image.height;

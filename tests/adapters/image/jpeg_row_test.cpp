@@ -127,6 +127,46 @@ TEST(PictureRow, OfOtherPicturesIsTakenOutOfTheWholeOne) {
   EXPECT_FALSE(kPictures.decodeRow("", 0));
 }
 
+/// Three scans, one a colour, of which the last comes again and again.
+std::string jpegOfScans(int count) {
+  jpeg_compress_struct jpeg;
+  jpeg_error_mgr errors;
+  jpeg.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&jpeg);
+  unsigned char* bytes = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&jpeg, &bytes, &size);
+  jpeg.image_width = jpeg.image_height = 8;
+  jpeg.input_components = 3;
+  jpeg.in_color_space = JCS_RGB;
+  jpeg_set_defaults(&jpeg);
+  const jpeg_scan_info scans[] = {
+      {1, {0}, 0, 63, 0, 0}, {1, {1}, 0, 63, 0, 0}, {1, {2}, 0, 63, 0, 0}};
+  jpeg.scan_info = scans;
+  jpeg.num_scans = 3;
+  jpeg_start_compress(&jpeg, TRUE);
+  std::vector<JSAMPLE> colour(24, 90);
+  JSAMPLE* row = colour.data();
+  while (jpeg.next_scanline < 8) jpeg_write_scanlines(&jpeg, &row, 1);
+  jpeg_finish_compress(&jpeg);
+  jpeg_destroy_compress(&jpeg);
+  const std::string text(reinterpret_cast<const char*>(bytes), size);
+  std::free(bytes);
+  const std::size_t last = text.rfind("\xFF\xDA");
+  const std::size_t end = text.size() - 2;
+  std::string all = text.substr(0, end);
+  for (int scan = 3; scan < count; ++scan) all += text.substr(last, end - last);
+  return all + text.substr(end);
+}
+
+TEST(PictureRow, OfFiveHundredScansIsReadAndOfMoreIsNot) {
+  for (const auto& [count, isRead] : {std::pair{3, true}, {500, true}, {501, false}}) {
+    const std::string jpeg = jpegOfScans(count);
+    EXPECT_EQ(kPictures.decodeRow(jpeg, 7).has_value(), isRead) << count;
+    expectRow(jpeg, kPictures.decode(jpeg), 7);
+  }
+}
+
 /// White from edge to edge, written row by row.
 std::string whiteJpeg(JDIMENSION side, bool isProgressive) {
   jpeg_compress_struct jpeg;

@@ -142,29 +142,53 @@ TEST(Png, RemarksChangeNothingWhereverTheyStand) {
   }
 }
 
-// The library would unpack each, and reads them before it has seen a pixel: fifty of them take a
-// thousand times as long as the picture.
-TEST(Png, CompressedRemarksAreNotUnpacked) {
+/// Seven million bytes in seven thousand.
+std::string packedZeros() {
   const std::string zeros(7'000'000, '\0');
   std::string packed(compressBound(zeros.size()), '\0');
   uLongf size = packed.size();
-  ASSERT_EQ(compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+  EXPECT_EQ(compress(reinterpret_cast<Bytef*>(packed.data()), &size,
                      reinterpret_cast<const Bytef*>(zeros.data()), zeros.size()),
             Z_OK);
-  const std::string text = "zTXt" + std::string("Comment\0\0", 9) + packed.substr(0, size);
+  return packed.substr(0, size);
+}
+
+/// With the sum that the library asks for.
+std::string goodChunk(const std::string& name, const std::string& bytes) {
+  const std::string text = name + bytes;
   const auto sum = static_cast<std::uint32_t>(
       crc32(0, reinterpret_cast<const Bytef*>(text.data()), static_cast<uInt>(text.size())));
-  const std::string remark =
-      bigEndian(static_cast<std::uint32_t>(text.size() - 4)) + text + bigEndian(sum);
-  std::string remarks;
-  for (int count = 0; count < 50; ++count) remarks += remark;
-  const std::string bytes = withChunks("rgb.png", remarks, "IDAT");
+  return bigEndian(static_cast<std::uint32_t>(bytes.size())) + text + bigEndian(sum);
+}
+
+// What is unpacked of a picture before which that chunk stands so many times.
+std::uint64_t unpackedWith(const std::string& one, int times) {
+  std::string chunks;
+  for (int count = 0; count < times; ++count) chunks += one;
+  const std::string bytes = withChunks("rgb.png", chunks, "IDAT");
   unpackedBytes = 0;
   const auto image = decoded(bytes);
-  ASSERT_TRUE(image);
-  EXPECT_EQ(image->rgba, kSixColours);
-  EXPECT_GT(unpackedBytes, 0U) << "the count sees nothing";
-  EXPECT_LT(unpackedBytes, 1000U);
+  EXPECT_EQ(image ? image->rgba : Pixels{}, kSixColours);
+  return unpackedBytes;
+}
+
+// The library would unpack each, and reads them before it has seen a pixel: fifty of them take a
+// thousand times as long as the picture.
+TEST(Png, CompressedRemarksAreNotUnpacked) {
+  const std::string remark = goodChunk("zTXt", std::string("Comment\0\0", 9) + packedZeros());
+  const std::uint64_t unpacked = unpackedWith(remark, 50);
+  EXPECT_GT(unpacked, 0U) << "the count sees nothing";
+  EXPECT_LT(unpacked, 1000U);
+}
+
+// Of one that is no good the library unpacks the beginning, and does so with the next one.
+TEST(Png, OneProfileIsLookedAtAndNoOther) {
+  const std::string profile = goodChunk("iCCP", std::string("name\0\0", 6) + packedZeros());
+  const std::uint64_t none = unpackedWith("", 0);
+  const std::uint64_t one = unpackedWith(profile, 1);
+  EXPECT_GT(one, none);
+  EXPECT_EQ(unpackedWith(profile, 2), one);
+  EXPECT_EQ(unpackedWith(profile, 50), one);
 }
 
 TEST(Png, AChunkThatClaimsMoreThanThereIsIsLeftToTheLibrary) {
