@@ -24,7 +24,6 @@ class AccessPoints {
 
  private:
   enum class Purpose { entry, cut };
-  struct Unit;
 
   bool serves(std::size_t sample, Purpose purpose) const;
   bool beginsWithPicture(const AVIndexEntry& entry, Purpose purpose) const;

@@ -26,7 +26,8 @@ LocalFile::~LocalFile() { close(descriptor_); }
 
 std::size_t LocalFile::read(std::uint64_t offset, std::span<std::uint8_t> bytes) const {
   std::size_t count = 0;
-  while (count < bytes.size() && offset + count <= INT64_MAX) {
+  // Beyond what a file can have the offset comes out negative, and nothing is read.
+  while (count < bytes.size()) {
     const ssize_t got = pread(descriptor_, bytes.data() + count, bytes.size() - count,
                               static_cast<off_t>(offset + count));
     if (got < 0 && errno == EINTR) continue;

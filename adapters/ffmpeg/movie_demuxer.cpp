@@ -114,7 +114,7 @@ bool MovieDemuxer::isReadable(const AVIndexEntry& entry) const {
 }
 
 std::size_t MovieDemuxer::sampleCount() const {
-  return static_cast<std::size_t>(std::max(avformat_index_get_entries_count(stream_), 0));
+  return static_cast<std::size_t>(avformat_index_get_entries_count(stream_));
 }
 
 const AVIndexEntry& MovieDemuxer::sample(std::size_t number) const {

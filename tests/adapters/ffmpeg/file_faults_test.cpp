@@ -152,6 +152,26 @@ TEST_F(FfmpegFaults, DamagedPicturesAreNotGivenOut) {
   EXPECT_GT(frames.size(), all.size() / 2);
 }
 
+// Then the pictures themselves say, and nobody complains about the half that is there.
+TEST_F(FfmpegFaults, AHeaderMayLackASize) {
+  const std::string whole = clip();
+  testing::internal::CaptureStderr();
+  const auto with = [&](std::size_t at) {
+    const std::string path = clips_.changed(whole, "half.mp4", [at](std::string& bytes) {
+      const std::size_t entry = bytes.find("avc1", bytes.find("stsd"));
+      bytes.replace(entry + 4 + at, 2, std::string(2, '\0'));
+    });
+    const auto asset = FfmpegVideoAssets().open(path);
+    return asset != nullptr ? framesOf(*asset->reader()) : std::vector<SeenFrame>();
+  };
+  const auto withoutWidth = with(24);
+  const auto withoutHeight = with(26);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  const auto all = framesOf(*FfmpegVideoAssets().open(whole)->reader());
+  EXPECT_EQ(withoutWidth, all);
+  EXPECT_EQ(withoutHeight, all);
+}
+
 TEST_F(FfmpegFaults, ADurationMayBeALie) {
   const auto durationAfter = [&](std::uint32_t claimed) {
     const auto asset = FfmpegVideoAssets().open(patched(

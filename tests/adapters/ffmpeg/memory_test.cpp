@@ -119,6 +119,28 @@ TEST(FfmpegMemory, PicturesThatNoDecoderCouldHoldAreRefused) {
   EXPECT_EQ(reason, "its pictures are too large");
 }
 
+// Such a decoder takes its memory without asking: what one thread needs at most has to fit.
+TEST(FfmpegMemory, WhatIsChargedInAdvanceFitsOneThread) {
+  const ClipMaker clips;
+  ASSERT_TRUE(flatClip(clips, "256x256", 3, "-c:v libsvtav1 -preset 12"));
+  const auto reasonAgainst = [&](std::uint32_t width, std::uint32_t height) {
+    const std::string path =
+        clips.changed(clips.pathOf("flat.mp4"), "said.mp4", [&](std::string& bytes) {
+          const std::size_t entry = bytes.find("av01", bytes.find("stsd"));
+          ASSERT_NE(entry, std::string::npos);
+          bytes[entry + 4 + 24] = static_cast<char>(width >> 8);
+          bytes[entry + 4 + 25] = static_cast<char>(width);
+          bytes[entry + 4 + 26] = static_cast<char>(height >> 8);
+          bytes[entry + 4 + 27] = static_cast<char>(height);
+        });
+    std::string reason;
+    return FfmpegAsset::open(path, &reason) != nullptr ? "opened" : reason;
+  };
+  // Eleven pictures of 18.5 and of 19.7 million bytes.
+  EXPECT_EQ(reasonAgainst(4096, 2960), "opened");
+  EXPECT_EQ(reasonAgainst(4096, 3200), "its pictures are too large");
+}
+
 TEST(FfmpegMemory, ABudgetGivesNoMoreThanItHas) {
   PictureBudget budget;
   EXPECT_FALSE(budget.take(PictureBudget::kMostBytes + 1));

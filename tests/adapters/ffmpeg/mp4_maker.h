@@ -67,24 +67,27 @@ struct TrackParts {
   std::string times = box("stts", u32s({0, 1, 30, 512}));
   std::string sizes = box("stsz", u32s({0, 10, 30}));
   std::string chunks = box("stco", u32s({0, 1, 48}));
+  std::uint32_t samplesOfAChunk = 30;
   std::uint32_t duration = 15360;
   std::string more = {};
 };
 
 inline std::string track(const TrackParts& parts = {}) {
-  const std::string table = box("stbl", parts.description + parts.times + parts.sizes +
-                                            box("stsc", u32s({0, 1, 1, 30, 1})) + parts.chunks);
+  const std::string table =
+      box("stbl", parts.description + parts.times + parts.sizes +
+                      box("stsc", u32s({0, 1, 1, parts.samplesOfAChunk, 1})) + parts.chunks);
   const std::string dinf = box("dinf", box("dref", u32s({0, 1}) + parts.dataReference));
   const std::string media = box("mdhd", u32s({0, 0, 0, 15360, parts.duration, 0})) +
                             box("hdlr", u32s({0, 0}) + parts.handler + std::string(13, '\0')) +
                             box("minf", dinf + table);
-  return box("trak", box("tkhd", u32s({0, 0, 0, parts.id, 0})) + parts.references + parts.edits +
-                         box("mdia", media) + parts.more);
+  return box("trak", box("tkhd", u32s({0, 0, 0, parts.id, 0}) + std::string(64, '\0')) +
+                         parts.references + parts.edits + box("mdia", media) + parts.more);
 }
 
 inline std::string header(const std::string& tracks, std::uint32_t timescale = 600,
                           std::uint32_t duration = 1201) {
-  return box("moov", box("mvhd", u32s({0, 0, 0, timescale, duration})) + tracks);
+  return box("moov",
+             box("mvhd", u32s({0, 0, 0, timescale, duration}) + std::string(80, '\0')) + tracks);
 }
 
 inline std::string file(const std::string& moov, const std::string& behind = "") {
