@@ -57,7 +57,6 @@ void BluezScan::adaptersChanged() {
 void BluezScan::daemonGone() {
   phase_ = Phase::idle;
   timer_.invalidate();
-  isRestartDue_ = false;
   trials_.clear();
 }
 
@@ -79,7 +78,6 @@ void BluezScan::answered(BluezOutcome outcome) {
 void BluezScan::startFailed(BluezOutcome outcome) {
   Trial& trial = trialOf(path_);
   phase_ = Phase::idle;
-  isRestartDue_ = false;
   trial.isRefused = outcome == BluezOutcome::refused;
   if (method_ == BluezMethod::monitor && !trial.isRefused) ++trial.monitorFailures;
   ++trial.failures;
@@ -214,7 +212,6 @@ void BluezScan::settleRunning() {
   if (isLost()) {
     service_.abandon();
     phase_ = Phase::idle;
-    isRestartDue_ = false;
     return;
   }
   const Duration end = endOfRun();

@@ -107,6 +107,8 @@ TEST_F(BluezCentralTest, OnlyManagersThatScanHear) {
 TEST_F(BluezCentralTest, LosingPowerEndsAScanOfAManager) {
   begin();
   bluez.become({BluezReach::there, {kOff}});
+  bluez.advertise();
+  EXPECT_THAT(listener.packets, IsEmpty()) << "what is on its way still";
   bluez.become(kThere);
   loop.runFor(milliseconds(1000));
   bluez.advertise();

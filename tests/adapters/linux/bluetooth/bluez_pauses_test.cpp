@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a scan counts and when it forgets it again: pauses after failures, looks, monitors, haste.
 #include <stdexcept>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -192,6 +193,57 @@ TEST_F(BluezPauses, AReleaseAfterAnActivationIsNoFailure) {
   bluez.drain();
   bluez.answer();
   EXPECT_THAT(bluez.drain(), ElementsAre("monitor hci0"));
+}
+
+TEST_F(BluezPauses, WhoDoesNotListenAnywayKeepsNoScanAlive) {
+  begin();
+  bluez.drain();
+  manager->stopScan();
+  loop.runFor(milliseconds(1000));
+  central->makeManager(listener).reset();
+  loop.runFor(milliseconds(499));
+  EXPECT_THAT(bluez.drain(), IsEmpty());
+  loop.runFor(milliseconds(1));
+  EXPECT_THAT(bluez.drain(), ElementsAre("stop"));
+}
+
+TEST_F(BluezPauses, WithoutPowerNothingIsWaitedFor) {
+  begin();
+  bluez.become({BluezReach::there, {kOff}});
+  loop.runFor(Duration::zero());
+  const std::uint64_t turns = loop.turns();
+  loop.runFor(std::chrono::hours(1));
+  EXPECT_EQ(loop.turns(), turns);
+}
+
+TEST_F(BluezPauses, OnlyReportsOfTheFirstSecondMakeHaste) {
+  for (const auto& [late, pause] : {std::pair{1000, 600}, {1001, 1000}}) {
+    SCOPED_TRACE(late);
+    begin();
+    loop.runFor(milliseconds(late));
+    bluez.advertise();
+    loop.runFor(milliseconds(2000));
+    EXPECT_THAT(bluez.drain(), ElementsAre("discover hci0", "stop", "discover hci0"));
+    loop.runFor(milliseconds(pause - 1));
+    EXPECT_THAT(bluez.drain(), IsEmpty());
+    loop.runFor(milliseconds(1));
+    EXPECT_THAT(bluez.drain(), testing::Contains("stop"));
+    end();
+  }
+}
+
+TEST_F(BluezPauses, HasteLastsForTwoSecondsOfSilence) {
+  begin();
+  passWithFirstReports(10);
+  bluez.drain();
+  while (bluez.drain().empty()) loop.runFor(milliseconds(10));
+  loop.runFor(milliseconds(100));
+  bluez.advertise();
+  // After 0.6, 1.2 and 1.8 s; the run that then ends was silent for too long.
+  loop.runFor(milliseconds(1990));
+  EXPECT_THAT(bluez.drain(), testing::Contains("discover hci0").Times(3));
+  loop.runFor(milliseconds(700));
+  EXPECT_THAT(bluez.drain(), testing::Not(testing::Contains("discover hci0")));
 }
 
 TEST_F(BluezPauses, AReportLateInARunEndsTheHaste) {
