@@ -40,6 +40,11 @@ constexpr EffectCase kCrossfade{"CrossfadeStep", 17, &PlainEffects::startCrossfa
 /// A colour of the light, and when it was set.
 using Shown = std::pair<Duration, MaybeColour>;
 
+class NoSeat final : public SeatSight {
+  SeatLight seatLight() override { return {}; }
+  std::optional<bool> seatIsWhite() override { return std::nullopt; }
+};
+
 class EngineEffects : private ViewObserver {
  public:
   explicit EngineEffects(const EffectCase& effect) {
@@ -72,8 +77,8 @@ class EngineEffects : private ViewObserver {
   ColourState colour_;
   ScriptedRandom random_{ScriptedRandom::Rule::greatest};
   Overlays overlays_{screen_, views_, timers_};
-  ScreenModes modes_{
-      screen_, colour_, views_, timers_, random_, overlays_, [] { return SeatLight{}; }};
+  NoSeat seat_;
+  ScreenModes modes_{screen_, colour_, views_, timers_, random_, overlays_, seat_};
   std::vector<Shown> shown_;
 };
 

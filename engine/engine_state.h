@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The whole state of one engine, grouped by concern, and the bundle of rooms that command
-// processing works in. Owned by HalvoraViewController; main thread.
+// The whole state of one engine, grouped by concern. Owned by the show engine; main thread.
 #pragma once
 
 #include <cstdint>
@@ -52,30 +51,6 @@ struct ShowCallbacks {
   std::function<void()> lightShowStopped;
   /// How many calls of either ended by an exception, which ends here: the show goes on.
   std::uint64_t failures = 0;
-};
-
-class BrightnessRamps;
-class ScreenModes;
-class TimerSet;
-class ViewStack;
-class Witnessed;
-struct Platform;
-struct ShowAssets;
-struct ShowParts;
-
-struct EngineRooms {
-  const Platform& platform;
-  EngineState& state;
-  const std::shared_ptr<const ShowAssets>& assets;
-  /// Null while the host wants to be told nothing.
-  const std::unique_ptr<ShowCallbacks>& callbacks;
-  TimerSet& timers;
-  ViewStack& views;
-  BrightnessRamps& brightness;
-  ScreenModes& modes;
-  const ShowParts& parts;
-  /// The engine's.
-  Witnessed& life;
 };
 
 }  // namespace halvora

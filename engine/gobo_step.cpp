@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The gobo's step of command processing: which fade, pulse or change a look asks of the picture
-// over the light.
-#include "engine/command_processor.h"
-#include "halvora/platform/platform.h"
+// over the light. What a mode does to the gobo is a column of its row.
+#include "engine/steps.h"
 #include "light/mode_tables.h"
 #include "light/random_number.h"
-#include "light/show_parts.h"
 #include "light/view_stack.h"
 
 namespace halvora {
@@ -14,89 +12,91 @@ namespace {
 
 constexpr int kShortestGoboDelay = 100;
 constexpr int kLongestGoboDelay = 4000;
-constexpr std::uint32_t kLastSteadyGoboMode = 9;
 
-}  // namespace
-
-bool CommandProcessor::setGobo(Command& command) {
-  GoboState& state = rooms_.state.gobo;
-  const int gobo = command.broadcast.gobo;
-  const std::uint32_t mode = command.mode;
-  const bool isSteady = mode >= 1 && mode <= kLastSteadyGoboMode;
-  if (gobo != 0 && isSteady && rooms_.views.alpha(ViewId::goboView) != 1) {
-    rooms_.views.setAlpha(ViewId::goboView, 1);
-  }
-  const bool isNewGobo = gobo != state.currentGobo && mode != 0;
-  const bool isNewMode = mode > kLastSteadyGoboMode && mode != rooms_.state.screen.currentMode;
-  if (!isNewGobo && !isNewMode && !command.isForced) return true;
-
-  state.currentGobo = gobo;
-  state.currentGoboMode = mode;
-  state.currentGoboSpeed = command.broadcast.speed;
-  const Duration fade = milliseconds(kGoboFade.at(percentageSpeed(command.broadcast.speed)));
-  if (gobo != 0) {
-    showGobo(mode, fade);
-  } else if (mode == kGoboFadeMode) {
-    fadeGobo(0, fade, false);
-  } else {
-    hideGoboAtOnce();
-  }
-  return true;
+void fadeTo(double alpha, const GoboStage& stage, Duration fade) {
+  stage.state.goboIsAnimating = true;
+  stage.views.animateAlpha({{ViewId::goboView, alpha}}, {.duration = fade},
+                           [&state = stage.state](bool) { state.goboIsAnimating = false; });
 }
 
-void CommandProcessor::showGobo(std::uint32_t mode, Duration fade) {
-  GoboState& state = rooms_.state.gobo;
-  ViewStack& views = rooms_.views;
-  GoboPart& part = rooms_.parts.gobo;
-  switch (mode) {
-    case kGoboRandomPulseMode:
-      state.goboDelay = static_cast<float>(randomNumberBetween(
-                            rooms_.platform.random, kShortestGoboDelay, kLongestGoboDelay)) /
-                        1000.0F;
-      part.goboPulseRandom();
+void fadeOutAndChange(const GoboStage& stage, Duration fade) {
+  stage.state.goboIsAnimating = true;
+  stage.views.animateAlpha({{ViewId::goboView, 0}}, {.duration = fade},
+                           [stage, fade](bool finished) {
+                             if (!finished) return;
+                             stage.gobo.changeGobo();
+                             fadeTo(1, stage, fade);
+                           });
+}
+
+void hideAtOnce(const GoboStage& stage) {
+  stage.state.goboIsAnimating = false;
+  stage.views.setAlpha(ViewId::goboView, 0);
+}
+
+void show(GoboRule rule, const GoboStage& stage, Duration fade, Random& random) {
+  GoboState& state = stage.state;
+  switch (rule) {
+    case GoboRule::randomPulse:
+      state.goboDelay =
+          static_cast<float>(randomNumberBetween(random, kShortestGoboDelay, kLongestGoboDelay)) /
+          1000.0F;
+      stage.gobo.goboPulseRandom();
       break;
-    case kGoboPulseMode:
-      part.goboPulse();
+    case GoboRule::pulse:
+      stage.gobo.goboPulse();
       break;
-    case kPixelMapMode:
-    case kNoSeatMode:
-      hideGoboAtOnce();
+    case GoboRule::hidden:
+      hideAtOnce(stage);
       // So that the gobo comes back when the pixel map ends.
       state.currentGobo = 0;
       break;
-    case kGoboFadeMode:
-      if (views.alpha(ViewId::goboView) == 0) {
-        part.changeGobo();
-        fadeGobo(1, fade, false);
+    case GoboRule::fade:
+      if (stage.views.alpha(ViewId::goboView) == 0) {
+        stage.gobo.changeGobo();
+        fadeTo(1, stage, fade);
       } else {
-        views.removeAnimations(ViewId::goboView);
-        fadeGobo(0, fade, true);
+        stage.views.removeAnimations(ViewId::goboView);
+        fadeOutAndChange(stage, fade);
       }
       break;
-    default:
+    case GoboRule::off:
+    case GoboRule::steady:
+    case GoboRule::shown:
       state.goboIsAnimating = false;
-      part.changeGobo();
-      views.setAlpha(ViewId::goboView, 1);
+      stage.gobo.changeGobo();
+      stage.views.setAlpha(ViewId::goboView, 1);
       break;
   }
 }
 
-void CommandProcessor::fadeGobo(double alpha, Duration fade, bool thenChange) {
-  rooms_.state.gobo.goboIsAnimating = true;
-  rooms_.views.animateAlpha({{ViewId::goboView, alpha}}, {.duration = fade},
-                            [this, fade, thenChange](bool finished) {
-                              if (!thenChange) {
-                                rooms_.state.gobo.goboIsAnimating = false;
-                              } else if (finished) {
-                                rooms_.parts.gobo.changeGobo();
-                                fadeGobo(1, fade, false);
-                              }
-                            });
-}
+}  // namespace
 
-void CommandProcessor::hideGoboAtOnce() {
-  rooms_.state.gobo.goboIsAnimating = false;
-  rooms_.views.setAlpha(ViewId::goboView, 0);
+void setGobo(const Command& command, const GoboStage& stage, const ScreenState& screen,
+             Random& random) {
+  GoboState& state = stage.state;
+  const int gobo = command.broadcast.gobo;
+  const GoboRule rule = modeRow(command.mode).gobo;
+  const bool isSteady = rule == GoboRule::steady;
+  if (gobo != 0 && isSteady && stage.views.alpha(ViewId::goboView) != 1) {
+    stage.views.setAlpha(ViewId::goboView, 1);
+  }
+  const bool isOff = rule == GoboRule::off;
+  const bool isNewGobo = gobo != state.currentGobo && !isOff;
+  const bool isNewMode = !isSteady && !isOff && command.mode != screen.currentMode;
+  if (!isNewGobo && !isNewMode && !command.isForced) return;
+
+  state.currentGobo = gobo;
+  state.currentGoboMode = command.mode;
+  state.currentGoboSpeed = command.broadcast.speed;
+  const Duration fade = milliseconds(kGoboFade.at(percentageSpeed(command.broadcast.speed)));
+  if (gobo != 0) {
+    show(rule, stage, fade, random);
+  } else if (rule == GoboRule::fade) {
+    fadeTo(0, stage, fade);
+  } else {
+    hideAtOnce(stage);
+  }
 }
 
 }  // namespace halvora

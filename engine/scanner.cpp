@@ -38,8 +38,8 @@ const char* textOf(BluetoothState state) {
 }
 
 Scanner::Scanner(const Platform& platform, PresenceState& state, TimerSet& timers,
-                 ScannerClient& client)
-    : platform_(platform), state_(state), timers_(timers), client_(client) {}
+                 ScannerListener& listener)
+    : platform_(platform), state_(state), timers_(timers), listener_(listener) {}
 
 void Scanner::start() {
   const bool granted = isPermissionGranted();
@@ -53,7 +53,7 @@ void Scanner::initBluetoothPermission() {
   timers_.after(kCycle, [this] { startScan(); });
   timers_.every(kCycle, [this] { restartScan(); });
   timers_.every(kCycle, [this] { resetRangeCount(); });
-  timers_.after(kVideoReadyDelay, [this] { client_.videoReady(); });
+  timers_.after(kVideoReadyDelay, [this] { listener_.videoReady(); });
   cbCentralManager_ = platform_.bluetooth->makeManager(*this);
 }
 
@@ -146,7 +146,7 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
   state_.hasFailed = false;
   std::ranges::copy(key, state_.currentBroadcast.begin());
   state_.hasCurrentBroadcast = true;
-  const PacketFate fate = client_.processEffect(decodeBroadcast(data));
+  const PacketFate fate = listener_.processEffect(decodeBroadcast(data));
   if (fate == PacketFate::failed) state_.hasFailed = true;
   return fate;
 }
@@ -173,8 +173,8 @@ void Scanner::restartScan() {
     state_.hasCurrentBroadcast = false;
     if (state_.currentSequence > 0) --state_.currentSequence;
   }
-  if (state_.lastFPS > 0) client_.recievedSignal();
-  client_.showReceptionRate(state_.lastFPS);
+  if (state_.lastFPS > 0) listener_.recievedSignal();
+  listener_.showReceptionRate(state_.lastFPS);
 
   state_.broadcastCount = 0;
   if (state_.fps == 0 && state_.insideVenue) ++state_.outOfRangeCount;
@@ -186,7 +186,7 @@ void Scanner::restartScan() {
     state_.currentSequence = 0;
     state_.hasCurrentBroadcast = false;
     state_.setupOnce = false;
-    client_.dropShow();
+    listener_.dropShow();
     platform_.defaults->set("appID", std::int64_t{0});
     platform_.defaults->synchronize();
   }
@@ -195,7 +195,7 @@ void Scanner::restartScan() {
   state_.lastActiveFPS = std::exchange(state_.activeFPS, 0);
   if (!state_.setupOnce) {
     state_.setupOnce = true;
-    timers_.after(kVideoReadyDelay, [this] { client_.videoReady(); });
+    timers_.after(kVideoReadyDelay, [this] { listener_.videoReady(); });
   }
   cbCentralManager_->restartScan(kScanOptions);
 }

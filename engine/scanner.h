@@ -48,9 +48,9 @@ struct PresenceState {
 };
 
 /// What the scanner's owner does with what is heard.
-class ScannerClient {
+class ScannerListener {
  public:
-  virtual ~ScannerClient() = default;
+  virtual ~ScannerListener() = default;
   /// `engineGone` if the scanner has been destroyed meanwhile.
   virtual PacketFate processEffect(const Broadcast& broadcast) = 0;
   virtual void recievedSignal() = 0;
@@ -63,7 +63,8 @@ class ScannerClient {
 
 class Scanner : private CentralManagerDelegate {
  public:
-  Scanner(const Platform& platform, PresenceState& state, TimerSet& timers, ScannerClient& client);
+  Scanner(const Platform& platform, PresenceState& state, TimerSet& timers,
+          ScannerListener& listener);
 
   /// Begins to listen if the user has allowed it; otherwise only says in the defaults that it is
   /// not allowed.
@@ -103,7 +104,7 @@ class Scanner : private CentralManagerDelegate {
   const Platform& platform_;
   PresenceState& state_;
   TimerSet& timers_;
-  ScannerClient& client_;
+  ScannerListener& listener_;
   std::vector<std::string> allowedIds_;
   /// The allowed ids that a packet can have, application id above the transmitter's byte, in order.
   std::vector<std::uint32_t> allowedKeys_;

@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/show_engine.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <new>
 #include <utility>
 
 #include "engine/show_fade.h"
-#include "halvora/platform/image.h"
 #include "halvora/platform/json.h"
 #include "halvora/platform/user_defaults.h"
-#include "light/bitmap.h"
 #include "text/defaults_values.h"
 
 namespace halvora {
@@ -18,11 +14,6 @@ namespace halvora {
 namespace {
 
 constexpr Duration kLowLightPoll = milliseconds(500);
-
-// Of a bitmap's pixel, whose colour is multiplied by its alpha.
-bool isWhite(const std::uint8_t* pixel) {
-  return pixel[1] == 255 && pixel[2] == 255 && pixel[3] == 255;
-}
 
 // A bucket is a folder within the documents; a text that leads out of them names none.
 std::string goboDocuments(const std::string& documents, const std::string& bucket) {
@@ -43,20 +34,14 @@ ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
       timers_(platform.runLoop),
       views_(timers_),
       overlays_(state_.screen, views_, timers_),
-      torch_(state_.torch, timers_, platform.random, platform.torch,
-             [this] { return seatIsWhite(); }),
+      torch_(state_.torch, timers_, platform.random, platform.torch, *this),
       gobo_(state_.gobo, views_, platform.files, platform.random),
       video_(state_.video, views_, timers_, platform.files, platform.videoPlayers),
-      seatLut_(platform_,
-               {[this] { return state_.seat.currentVideoMinutes; },
-                [this] { refreshMode21ColorIfNeeded(); }},
-               options.seatLuts),
+      seatLut_(platform_, *this, options.seatLuts),
       parts_(parts ? *parts : ShowParts{torch_, gobo_, overlays_, video_, seatLut_}),
       brightness_(platform.screen, timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
-             [this] { return seatLight(); }),
-      processor_({platform_, state_, assets_, callbacks_, timers_, views_, brightness_, modes_,
-                  parts_, life_}),
+             *this),
       usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
              platform.bundles->main.identifier(), std::move(options.usageEndpoints)),
       scanner_(platform_, state_.presence, timers_, *this) {}
@@ -117,8 +102,92 @@ std::string ShowEngine::hvLocalizedStringForKey(std::string_view key,
   return kitText(platform_.bundles, key, fallback);
 }
 
+// In the order of the show: a step finds what those before it have left.
+const std::array<ShowEngine::Step, 18>& ShowEngine::steps() {
+  using Self = ShowEngine;
+  static constexpr std::array<Step, 18> kSteps = {{
+      {"application id",
+       [](Self& its, Command& look) { takeApplicationId(look, its.platform_.defaults); }},
+      {"sync flag", [](Self& its, Command& look) { takeSyncFlag(look, its.platform_.defaults); }},
+      {"fields", [](Self&, Command& look) { takeFields(look); }},
+      {"seat",
+       [](Self& its, Command& look) { readSeat(look, its.state_.seat, its.platform_.defaults); }},
+      {"mode override",
+       [](Self& its, Command& look) { overrideMode(look, its.state_.screen, its.views_); }},
+      {"venue and preload",
+       [](Self& its, Command& look) {
+         takeVenueAndPreload(look, its.state_.seat, its.platform_.defaults, its.parts_.seatLut);
+       }},
+      {"cue time",
+       [](Self& its, Command& look) { takeCueTime(look, its.state_.video, its.platform_.screen); }},
+      {"colour",
+       [](Self& its, Command& look) {
+         takeColour(look, its.state_.colour, its.assets_->palettes, its.platform_.random);
+       }},
+      {"video status",
+       [](Self& its, Command& look) { takeVideoStatus(look, its.state_.video, its.views_); }},
+      {"master",
+       [](Self& its, Command& look) {
+         setMaster(look, its.state_.colour, its.views_, its.platform_.screen);
+       }},
+      {"video",
+       [](Self& its, Command& look) {
+         setVideo(look, {its.state_.video, its.views_, its.timers_, its.parts_.video,
+                         its.platform_.screen, its.brightness_});
+       }},
+      {"vibration",
+       [](Self& its, Command& look) {
+         vibrate(look, its.state_.currentVibrate, its.platform_.haptics);
+       }},
+      {"gobo",
+       [](Self& its, Command& look) {
+         setGobo(look, {its.state_.gobo, its.views_, its.parts_.gobo}, its.state_.screen,
+                 its.platform_.random);
+       }},
+      {"mode",
+       [](Self& its, Command& look) {
+         changeMode(look, its.stage(), its.state_.screen, its.state_.gobo, its.modes_,
+                    its.parts_.overlays);
+       }},
+      {"pixel-map restart",
+       [](Self& its, Command& look) {
+         restartPixelMap(look, its.state_.seat, its.modes_, its.parts_.torch);
+       }},
+      {"static colour", [](Self& its, Command& look) { showColour(look, its.modes_); }},
+      {"random flash", [](Self& its, Command& look) { scheduleRandomFlash(look, its.modes_); }},
+      {"torch",
+       [](Self& its, Command& look) {
+         setTorch(look, its.state_.torch, its.timers_, its.parts_.torch, its.platform_.random);
+       }},
+  }};
+  return kSteps;
+}
+
+ShowStage ShowEngine::stage() {
+  return {callbacks_.get(),         views_,           brightness_,
+          state_.isStatusBarHidden, platform_.screen, platform_.application};
+}
+
 PacketFate ShowEngine::processEffect(const Broadcast& broadcast) {
-  return processor_.process(broadcast);
+  Witness engine(life_);
+  engine.setMayGo(false);
+  Command command{.broadcast = broadcast, .engine = engine};
+  std::uint8_t number = 0;
+  try {
+    for (const Step& step : steps()) {
+      command.isForced = ++number == state_.unfinishedStep;
+      step.run(*this, command);
+      if (engine.isGone()) return PacketFate::engineGone;
+      if (command.fate != PacketFate::processed) break;
+    }
+  } catch (...) {
+    // Neither the radio nor the system's run loop knows what to do with an exception.
+    if (engine.isGone()) return PacketFate::engineGone;
+    state_.unfinishedStep = number;
+    return PacketFate::failed;
+  }
+  state_.unfinishedStep = 0;
+  return command.fate;
 }
 
 void ShowEngine::appDidBecomeActive() {
@@ -191,43 +260,12 @@ bool ShowEngine::hasSeat() const {
   return hasSelectedSection(platform_.defaults) && state_.seat.hasPosition();
 }
 
-// A still that there is no memory for is one that cannot be decoded: the rest of the look counts.
-std::optional<bool> ShowEngine::seatIsWhite() const {
-  try {
-    return seatIsWhiteInStill();
-  } catch (const std::bad_alloc&) {
-    return std::nullopt;
-  }
-}
-
-// A missing still leaves the torch as it is, seat or no seat; one that no seat looks at is not
-// decoded.
-std::optional<bool> ShowEngine::seatIsWhiteInStill() const {
+std::optional<bool> ShowEngine::seatIsWhite() {
   const SeatState& seat = state_.seat;
-  const std::string name = "Maps/v" + std::to_string(seat.currentVenueId) + "_m" +
-                           std::to_string(seat.currentPixelMapId) + "_f" +
-                           std::to_string(seat.currentVideoMinutes) + ".jpg";
-  if (stills_ != nullptr) {
-    const auto still = stills_->find(name);
-    if (!still) return std::nullopt;
-    if (!hasSeat()) return false;
-    if (!*still) return std::nullopt;
-    const auto pixel = drawnPixel(**still, seat.currentXPos, seat.currentYPos);
-    return pixel && isWhite(pixel->data());
-  }
-  const auto bytes = platform_.bundles->main.readResource(name, kLargestStill);
-  if (!bytes) return std::nullopt;
-  if (!hasSeat()) return false;
-  auto row = platform_.images->decodeRow(*bytes, seat.currentYPos);
-  if (!row) return std::nullopt;
-  const Image line{row->width, std::min<std::uint32_t>(row->height, 1), std::move(row->rgba)};
-  std::optional<BitmapContext> bitmap = createARGBBitmapContextFromImage(line);
-  if (!bitmap) return std::nullopt;
-  // The seat lies above or below the picture.
-  if (line.rgba.empty()) return false;
-  drawRow(line, 0, *bitmap);
-  const std::uint8_t* pixel = bitmap->pixelAt(seat.currentXPos, 0);
-  return pixel != nullptr && isWhite(pixel);
+  std::optional<SeatPosition> position;
+  if (hasSeat()) position = SeatPosition{seat.currentXPos, seat.currentYPos};
+  return isWhiteInStill({seat.currentVenueId, seat.currentPixelMapId, seat.currentVideoMinutes},
+                        position, stills_, platform_.bundles->main, platform_.images);
 }
 
 }  // namespace halvora

@@ -3,6 +3,7 @@
 // which a process has tens of thousands, use it directly. Main thread only.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -12,11 +13,10 @@
 #include <vector>
 
 #include "engine/broadcast.h"
-#include "engine/command_processor.h"
 #include "engine/engine_state.h"
 #include "engine/scanner.h"
 #include "engine/show_assets.h"
-#include "engine/still_source.h"
+#include "engine/steps.h"
 #include "halvora/engine.h"
 #include "halvora/platform/application.h"
 #include "halvora/platform/bundle.h"
@@ -32,6 +32,7 @@
 #include "light/torch_modes.h"
 #include "light/view_stack.h"
 #include "pixelmap/pixel_map_seat_luts.h"
+#include "pixelmap/still_source.h"
 #include "usage/usage_pings.h"
 
 namespace halvora {
@@ -44,7 +45,10 @@ struct ShowEngineOptions : EngineOptions {
   const StillSource* stills = nullptr;
 };
 
-class ShowEngine : private ScannerClient, private ApplicationObserver {
+class ShowEngine : private ScannerListener,
+                   private SeatSight,
+                   private SeatLutListener,
+                   private ApplicationObserver {
  public:
   /// The needs of the platform, and the parts where given, must outlive it.
   explicit ShowEngine(const Platform& platform, ShowEngineOptions options = {},
@@ -97,6 +101,13 @@ class ShowEngine : private ScannerClient, private ApplicationObserver {
   /// of it may be shown then, and the next one is shown whole. `engineGone` if a callback destroyed
   /// the engine.
   PacketFate processEffect(const Broadcast& broadcast) override;
+  /// One of the 18 in which a look is processed.
+  struct Step {
+    const char* name;
+    void (*run)(ShowEngine& engine, Command& command);
+  };
+  static const std::array<Step, 18>& steps();
+
   void playVideo(const std::string& name) { parts_.video.playVideo(name); }
 
   /// Builds the seat's table for every pixel map of the venue that has none yet, in the background.
@@ -143,11 +154,12 @@ class ShowEngine : private ScannerClient, private ApplicationObserver {
   void videoReady() override { state_.video.videoCanPlay = true; }
   ShowCallbacks& callbacks();
   std::shared_ptr<const GoboFolders> goboFolders() const;
-  SeatLight seatLight();
-  void refreshMode21ColorIfNeeded();
+  SeatLight seatLight() override;
+  std::optional<bool> seatIsWhite() override;
+  int currentVideoMinutes() const override { return state_.seat.currentVideoMinutes; }
+  void refreshMode21ColorIfNeeded() override;
   bool hasSeat() const;
-  std::optional<bool> seatIsWhite() const;
-  std::optional<bool> seatIsWhiteInStill() const;
+  ShowStage stage();
 
   Platform platform_;
   EngineState state_;
@@ -169,7 +181,6 @@ class ShowEngine : private ScannerClient, private ApplicationObserver {
   ShowParts parts_;
   BrightnessRamps brightness_;
   ScreenModes modes_;
-  CommandProcessor processor_;
   UsagePings usage_;
   Scanner scanner_;
   TimerId lowLightHintTimer_ = 0;

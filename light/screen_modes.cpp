@@ -1,22 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "light/screen_modes.h"
 
-#include <utility>
-
+#include "light/burst.h"
 #include "light/pause.h"
 
 namespace halvora {
 
 ScreenModes::ScreenModes(ScreenState& state, ColourState& colour, ViewStack& views,
-                         TimerSet& timers, Random& random, OverlaysPart& overlays,
-                         std::function<SeatLight()> seatLight)
+                         TimerSet& timers, Random& random, OverlaysPart& overlays, SeatSight& seat)
     : state_(state),
       colour_(colour),
       views_(views),
       timers_(timers),
       random_(random),
       overlays_(overlays),
-      seatLight_(std::move(seatLight)) {}
+      seat_(seat) {}
 
 void ScreenModes::processMode(std::uint32_t mode, int withSpeed) {
   state_.currentMode = mode;
@@ -105,8 +103,7 @@ void ScreenModes::step(Effect effect) {
                     [this, back = colourOf(row.second)] { delayLightColour(back); });
       break;
     case Shape::toggle:
-      state_.effectOn = !state_.effectOn;
-      show(state_.effectOn ? row.first : row.second);
+      toggle(state_.effectOn, [&](bool isOn) { show(isOn ? row.first : row.second); });
       break;
     // These two schedule their next step themselves.
     case Shape::fadeThere:
@@ -150,12 +147,11 @@ void ScreenModes::schedule(Effect effect, Duration delay, TimerId& named) {
 
 void ScreenModes::enterToggle() {
   state_.runEffectAnimation = false;
-  state_.lastTurnOn = !state_.lastTurnOn;
-  show(state_.lastTurnOn ? Paint::current : Paint::black);
+  toggle(state_.lastTurnOn, [this](bool isOn) { show(isOn ? Paint::current : Paint::black); });
 }
 
 void ScreenModes::enterSeatColour() {
-  const SeatLight light = seatLight_();
+  const SeatLight light = seat_.seatLight();
   if (!light.hasSeat) state_.runEffectAnimation = false;
   views_.setLightColour(light.hasSeat && light.colour ? light.colour : kBlack);
 }
@@ -184,18 +180,15 @@ void ScreenModes::fadeBack(Effect effect, int perc, Duration fade) {
 }
 
 void ScreenModes::burst(const EffectRow& row) {
-  timers_.invalidate(state_.strobeAnimationTimer);
-  if (!state_.effectOn) {
-    show(row.first);
-    schedule(Effect::strobeRandomRun, milliseconds(kBurstStep.at(state_.currentPerc)),
-             state_.strobeAnimationTimer);
-    schedule(Effect::randomStrobe, milliseconds(kBurstLength.at(state_.currentPerc)),
-             state_.animationTimer);
-  } else {
-    show(row.second);
-    schedule(Effect::randomStrobe, draw(row.next, state_.currentPerc), state_.animationTimer);
-  }
-  state_.effectOn = !state_.effectOn;
+  turnBurst(
+      state_.effectOn, timers_, state_.strobeAnimationTimer,
+      [&](bool isOn) { show(isOn ? row.first : row.second); },
+      [this](BurstNext next, const Pause& pause) {
+        const bool isRun = next == BurstNext::run;
+        schedule(isRun ? Effect::strobeRandomRun : Effect::randomStrobe,
+                 draw(pause, state_.currentPerc),
+                 isRun ? state_.strobeAnimationTimer : state_.animationTimer);
+      });
 }
 
 }  // namespace halvora

@@ -5,28 +5,22 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 
 #include "halvora/platform/random.h"
 #include "light/mode_tables.h"
 #include "light/palettes.h"
+#include "light/seat_sight.h"
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/view_stack.h"
 
 namespace halvora {
 
-/// What the pixel map has for this phone at present.
-struct SeatLight {
-  bool hasSeat = false;
-  MaybeColour colour;
-};
-
 class ScreenModes {
  public:
-  /// `seatLight` is asked whenever the pixel-map mode paints.
+  /// The seat is asked whenever the pixel-map mode paints.
   ScreenModes(ScreenState& state, ColourState& colour, ViewStack& views, TimerSet& timers,
-              Random& random, OverlaysPart& overlays, std::function<SeatLight()> seatLight);
+              Random& random, OverlaysPart& overlays, SeatSight& seat);
 
   /// Enters a mode: shows what its row shows at once and starts its effect.
   void processMode(std::uint32_t mode, int withSpeed);
@@ -57,7 +51,7 @@ class ScreenModes {
   TimerSet& timers_;
   Random& random_;
   OverlaysPart& overlays_;
-  std::function<SeatLight()> seatLight_;
+  SeatSight& seat_;
 };
 
 }  // namespace halvora

@@ -1,40 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "light/torch_modes.h"
 
-#include <array>
-#include <utility>
+#include <optional>
 
+#include "light/burst.h"
 #include "light/pause.h"
 
 namespace halvora {
-
-namespace {
-
-enum class TorchEntry : std::uint8_t { none, effect, toggle, pixelMap };
-
-struct TorchModeRow {
-  TorchEntry entry = TorchEntry::none;
-  TorchEffect effect = TorchEffect::none;
-  Pause untilFirstStep;
-};
-
-// Modes 0 to 3 belong to command processing; modes from 10 on do nothing.
-constexpr std::array<TorchModeRow, 10> kTorchModes = {{
-    {},
-    {},
-    {},
-    {},
-    {TorchEntry::effect, TorchEffect::flashBulbLED, kRandomPause},
-    {TorchEntry::effect, TorchEffect::strobeLED, exactly({150, 50})},
-    {TorchEntry::effect, TorchEffect::randomStrobeLED, kRandomPause},
-    {TorchEntry::toggle, TorchEffect::none, {}},
-    {TorchEntry::toggle, TorchEffect::none, {}},
-    {TorchEntry::pixelMap, TorchEffect::none, {}},
-}};
-
-constexpr Pause kStrobePause = exactly({190, 10});
-
-}  // namespace
 
 void stopTorchEffect(TorchState& state, TimerSet& timers) {
   state.runLEDEffectAnimation = false;
@@ -43,12 +15,8 @@ void stopTorchEffect(TorchState& state, TimerSet& timers) {
 }
 
 TorchModes::TorchModes(TorchState& state, TimerSet& timers, Random& random, Torch& torch,
-                       std::function<std::optional<bool>()> seatIsWhite)
-    : state_(state),
-      timers_(timers),
-      random_(random),
-      torch_(torch),
-      seatIsWhite_(std::move(seatIsWhite)) {}
+                       SeatSight& seat)
+    : state_(state), timers_(timers), random_(random), torch_(torch), seat_(seat) {}
 
 void TorchModes::turnTorchOn(bool on) {
   if (!torch_.hasTorch() || !torch_.hasFlash()) return;
@@ -58,8 +26,7 @@ void TorchModes::turnTorchOn(bool on) {
 
 void TorchModes::processLEDMode(int mode, int withSpeed) {
   state_.currentLEDPerc = percentageSpeed(withSpeed);
-  const bool isKnown = mode >= 0 && mode < static_cast<int>(kTorchModes.size());
-  const TorchModeRow row = isKnown ? kTorchModes[static_cast<std::size_t>(mode)] : TorchModeRow{};
+  const TorchModeRow& row = torchModeRow(mode);
   switch (row.entry) {
     case TorchEntry::none:
       break;
@@ -71,11 +38,10 @@ void TorchModes::processLEDMode(int mode, int withSpeed) {
       break;
     case TorchEntry::toggle:
       state_.runLEDEffectAnimation = false;
-      state_.ledLastTurnOn = !state_.ledLastTurnOn;
-      turnTorchOn(state_.ledLastTurnOn);
+      toggle(state_.ledLastTurnOn, [this](bool isOn) { turnTorchOn(isOn); });
       break;
     case TorchEntry::pixelMap:
-      if (const std::optional<bool> isWhite = seatIsWhite_()) {
+      if (const std::optional<bool> isWhite = seat_.seatIsWhite()) {
         state_.ledEffectOn = *isWhite;
         turnTorchOn(*isWhite);
       }
@@ -85,6 +51,7 @@ void TorchModes::processLEDMode(int mode, int withSpeed) {
 
 void TorchModes::step(TorchEffect effect) {
   if (!state_.runLEDEffectAnimation) return;
+  const auto show = [this](bool isOn) { turnTorchOn(isOn); };
   switch (effect) {
     case TorchEffect::none:
       break;
@@ -95,14 +62,20 @@ void TorchModes::step(TorchEffect effect) {
       schedule(effect, draw(kRandomPause), state_.ledAnimationTimer);
       break;
     case TorchEffect::strobeLED:
-      toggle();
-      schedule(effect, draw(kStrobePause), state_.ledAnimationTimer);
+      toggle(state_.ledEffectOn, show);
+      schedule(effect, draw(kTorchStrobePause), state_.ledAnimationTimer);
       break;
     case TorchEffect::randomStrobeLED:
-      burst();
+      turnBurst(state_.ledEffectOn, timers_, state_.ledStrobeAnimationTimer, show,
+                [this](BurstNext next, const Pause& pause) {
+                  const bool isRun = next == BurstNext::run;
+                  schedule(isRun ? TorchEffect::strobeRandomRunLED : TorchEffect::randomStrobeLED,
+                           draw(pause),
+                           isRun ? state_.ledStrobeAnimationTimer : state_.ledAnimationTimer);
+                });
       break;
     case TorchEffect::strobeRandomRunLED:
-      toggle();
+      toggle(state_.ledEffectOn, show);
       schedule(effect, draw(exactly(kBurstStep)), state_.ledStrobeAnimationTimer);
       break;
   }
@@ -114,24 +87,6 @@ Duration TorchModes::draw(const Pause& pause) {
 
 void TorchModes::schedule(TorchEffect effect, Duration delay, TimerId& named) {
   named = timers_.after(delay, [this, effect] { step(effect); });
-}
-
-void TorchModes::toggle() {
-  state_.ledEffectOn = !state_.ledEffectOn;
-  turnTorchOn(state_.ledEffectOn);
-}
-
-void TorchModes::burst() {
-  turnTorchOn(!state_.ledEffectOn);
-  timers_.invalidate(state_.ledStrobeAnimationTimer);
-  if (!state_.ledEffectOn) {
-    schedule(TorchEffect::strobeRandomRunLED, draw(exactly(kBurstStep)),
-             state_.ledStrobeAnimationTimer);
-    schedule(TorchEffect::randomStrobeLED, draw(exactly(kBurstLength)), state_.ledAnimationTimer);
-  } else {
-    schedule(TorchEffect::randomStrobeLED, draw(kRandomPause), state_.ledAnimationTimer);
-  }
-  state_.ledEffectOn = !state_.ledEffectOn;
 }
 
 }  // namespace halvora

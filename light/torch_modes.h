@@ -5,37 +5,24 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <optional>
 
 #include "halvora/platform/random.h"
 #include "halvora/platform/torch.h"
 #include "light/mode_tables.h"
+#include "light/seat_sight.h"
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/timer_set.h"
 
 namespace halvora {
 
-inline constexpr int kPixelMapTorchMode = 9;
-
-enum class TorchEffect : std::uint8_t {
-  none,
-  flashBulbLED,
-  strobeLED,
-  randomStrobeLED,
-  strobeRandomRunLED,
-};
-
 /// Takes down the run flag and the two named timers.
 void stopTorchEffect(TorchState& state, TimerSet& timers);
 
 class TorchModes final : public TorchPart {
  public:
-  /// `seatIsWhite` says whether the seat's point in the still picture of the frame in force is pure
-  /// white; none when there is no such picture, which leaves the torch as it is.
-  TorchModes(TorchState& state, TimerSet& timers, Random& random, Torch& torch,
-             std::function<std::optional<bool>()> seatIsWhite);
+  /// The seat is asked whenever the pixel-map mode is entered.
+  TorchModes(TorchState& state, TimerSet& timers, Random& random, Torch& torch, SeatSight& seat);
 
   void turnTorchOn(bool on) override;
   void processLEDMode(int mode, int withSpeed) override;
@@ -45,14 +32,12 @@ class TorchModes final : public TorchPart {
  private:
   Duration draw(const Pause& pause);
   void schedule(TorchEffect effect, Duration delay, TimerId& named);
-  void toggle();
-  void burst();
 
   TorchState& state_;
   TimerSet& timers_;
   Random& random_;
   Torch& torch_;
-  std::function<std::optional<bool>()> seatIsWhite_;
+  SeatSight& seat_;
 };
 
 }  // namespace halvora

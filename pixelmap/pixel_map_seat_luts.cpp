@@ -147,9 +147,9 @@ struct PixelMapSeatLuts::Work {
   FoundVideo foundVideo;
 };
 
-PixelMapSeatLuts::PixelMapSeatLuts(const Platform& platform, Listener listener,
+PixelMapSeatLuts::PixelMapSeatLuts(const Platform& platform, SeatLutListener& listener,
                                    const SeatLutSource* ready)
-    : platform_(platform), ready_(ready), listener_(std::move(listener)) {}
+    : platform_(platform), ready_(ready), listener_(listener) {}
 
 PixelMapSeatLuts::~PixelMapSeatLuts() { end(); }
 

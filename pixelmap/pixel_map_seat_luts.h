@@ -35,6 +35,16 @@ struct SeatLutState {
 using PrecomputeProgress = std::function<void(int done, int total, const std::string& mapId)>;
 using PrecomputeCompletion = std::function<void(int done, int total)>;
 
+/// What the tables ask and tell of the show that they are for.
+class SeatLutListener {
+ public:
+  virtual ~SeatLutListener() = default;
+  /// The frame on the air, around which live sampling begins.
+  virtual int currentVideoMinutes() const = 0;
+  /// Another table, or none, is in force: the light may have to change.
+  virtual void refreshMode21ColorIfNeeded() = 0;
+};
+
 class PixelMapSeatLuts final : public SeatLutPart {
  public:
   /// A table that could not be had is asked for again after the first of these, then after twice as
@@ -42,18 +52,11 @@ class PixelMapSeatLuts final : public SeatLutPart {
   static constexpr Duration kFirstRest = milliseconds(1000);
   static constexpr Duration kLongestRest = milliseconds(64'000);
 
-  struct Listener {
-    /// The frame on the air, around which live sampling begins.
-    std::function<int()> currentVideoMinutes;
-    /// Another table, or none, is in force: the light may have to change.
-    std::function<void()> refreshMode21ColorIfNeeded;
-  };
-
-  /// Before all else a table is looked for in `ready`, if there is one. Platform and tables must
-  /// outlive this.
-  PixelMapSeatLuts(const Platform& platform, Listener listener,
+  /// Before all else a table is looked for in `ready`, if there is one. Platform, listener and
+  /// tables must outlive this.
+  PixelMapSeatLuts(const Platform& platform, SeatLutListener& listener,
                    const SeatLutSource* ready = nullptr);
-  PixelMapSeatLuts(Platform&&, Listener, const SeatLutSource* = nullptr) = delete;
+  PixelMapSeatLuts(Platform&&, SeatLutListener&, const SeatLutSource* = nullptr) = delete;
   ~PixelMapSeatLuts() override;
   PixelMapSeatLuts(const PixelMapSeatLuts&) = delete;
   PixelMapSeatLuts& operator=(const PixelMapSeatLuts&) = delete;
@@ -114,7 +117,7 @@ class PixelMapSeatLuts final : public SeatLutPart {
 
   const Platform& platform_;
   const SeatLutSource* const ready_;
-  Listener listener_;
+  SeatLutListener& listener_;
   /// Made for the first pixel map; most phones that ever listen see none.
   std::unique_ptr<Work> work_;
   /// What background jobs may reach, and only through weak references. Made for the first job.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The clip's step of command processing with a clip in it. No packet gets one past the step that
 // drops it, so the step is run by itself.
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,15 +8,11 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/command_processor.h"
-#include "engine/show_assets.h"
+#include "engine/steps.h"
 #include "light/brightness.h"
-#include "light/gobo_animator.h"
-#include "light/overlays.h"
-#include "light/screen_modes.h"
 #include "light/synchronised_video.h"
-#include "light/torch_modes.h"
-#include "pixelmap/pixel_map_seat_luts.h"
+#include "light/timer_set.h"
+#include "light/view_stack.h"
 
 namespace halvora {
 namespace {
@@ -32,10 +27,8 @@ class ClipStep : public testing::Test, private ViewObserver {
     command.broadcast.videoId = static_cast<std::uint8_t>(videoId);
     command.broadcast.videoStatus = static_cast<std::uint8_t>(status);
     command.mode = mode;
-    state.video.currentVideoStatus = status;
-    for (const CommandProcessor::Step& step : CommandProcessor::steps()) {
-      if (std::string(step.name) == "video") (processor.*step.run)(command);
-    }
+    state.currentVideoStatus = status;
+    setVideo(command, {state, views, timers, video, phone.screen, brightness});
   }
   std::vector<std::string> loaded() {
     std::vector<std::string> names;
@@ -47,29 +40,13 @@ class ClipStep : public testing::Test, private ViewObserver {
 
   RapidJsonReader json;
   VirtualPhone phone{json};
-  Platform platform = phone.platform();
-  EngineState state;
-  std::shared_ptr<const ShowAssets> assets = std::make_shared<const ShowAssets>();
-  std::unique_ptr<ShowCallbacks> callbacks;
+  VideoState state;
+  ColourState colour;
   TimerSet timers{phone.loop};
   ViewStack views{timers};
-  BrightnessRamps brightness{phone.screen, timers, state.colour};
-  Overlays overlays{state.screen, views, timers};
-  TorchModes torch{state.torch, timers, *phone.random, phone.torch, [] { return std::nullopt; }};
-  GoboAnimator gobo{state.gobo, views, phone.files, *phone.random};
-  SynchronisedVideo video{state.video, views, timers, phone.files, phone.videoPlayers};
-  PixelMapSeatLuts seatLut{platform, {}};
-  ShowParts parts{torch, gobo, overlays, video, seatLut};
-  ScreenModes modes{state.screen,
-                    state.colour,
-                    views,
-                    timers,
-                    *phone.random,
-                    overlays,
-                    [] { return SeatLight{}; }};
+  BrightnessRamps brightness{phone.screen, timers, colour};
+  SynchronisedVideo video{state, views, timers, phone.files, phone.videoPlayers};
   Witnessed life;
-  CommandProcessor processor{
-      {platform, state, assets, callbacks, timers, views, brightness, modes, parts, life}};
   std::vector<std::string> animations;
 
  private:
@@ -87,16 +64,16 @@ TEST_F(ClipStep, AClipFadesTheShowAndItsBackgroundInAndIsPrepared) {
   EXPECT_EQ(animations, (std::vector<std::string>{"Fade Out 1000", "Fade Out 1000", " 1000"}));
   EXPECT_EQ(phone.screen.log.entries, std::vector<double>{1.0});
   EXPECT_EQ(loaded(), std::vector<std::string>{"A3"});
-  EXPECT_EQ(state.video.currentVideoId, 3);
+  EXPECT_EQ(state.currentVideoId, 3);
 }
 
 TEST_F(ClipStep, TheSameClipAgainChangesNothing) {
   take(3);
   loaded();
-  const TimerId poller = state.video.videoPlayTimer;
+  const TimerId poller = state.videoPlayTimer;
   take(3);
   EXPECT_EQ(loaded(), std::vector<std::string>{});
-  EXPECT_EQ(state.video.videoPlayTimer, poller);
+  EXPECT_EQ(state.videoPlayTimer, poller);
   EXPECT_EQ(phone.screen.log.entries.size(), 1U);
 }
 
@@ -112,17 +89,17 @@ TEST_F(ClipStep, VideoId11ChangesTheIdAndPlaysNothing) {
   take(3);
   loaded();
   take(11);
-  EXPECT_EQ(state.video.currentVideoId, 11);
-  EXPECT_EQ(state.video.videoPlayTimer, 0U);
+  EXPECT_EQ(state.currentVideoId, 11);
+  EXPECT_EQ(state.videoPlayTimer, 0U);
   EXPECT_EQ(loaded(), std::vector<std::string>{});
 }
 
 TEST_F(ClipStep, CatchingUpStaysDormantBecauseTheStatusIsStoredFirst) {
   take(3, 1);
-  EXPECT_FALSE(state.video.isCatchingUp);
-  state.video.isCatchingUp = true;
+  EXPECT_FALSE(state.isCatchingUp);
+  state.isCatchingUp = true;
   take(4, 0);
-  EXPECT_FALSE(state.video.isCatchingUp);
+  EXPECT_FALSE(state.isCatchingUp);
 }
 
 TEST_F(ClipStep, NoClipFadesThePlayersOutAndThenPausesThem) {
@@ -132,7 +109,7 @@ TEST_F(ClipStep, NoClipFadesThePlayersOutAndThenPausesThem) {
   take(0);
   EXPECT_EQ(views.alpha(ViewId::videoBackgroundView), 0);
   EXPECT_EQ(views.alpha(ViewId::playerViewA), 0);
-  EXPECT_EQ(state.video.currentVideoId, 0);
+  EXPECT_EQ(state.currentVideoId, 0);
   phone.loop.runFor(milliseconds(499));
   EXPECT_TRUE(phone.videoLog.entries.empty());
   phone.loop.runFor(milliseconds(1));

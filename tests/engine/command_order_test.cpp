@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "engine/command_processor.h"
 #include "tests/engine/engine_bench.h"
 
 namespace halvora {
@@ -20,7 +19,7 @@ Acts withoutSynchronise(Acts acts) {
 
 TEST(CommandOrder, HasEighteenNamedSteps) {
   std::vector<std::string> names;
-  for (const CommandProcessor::Step& step : CommandProcessor::steps()) names.push_back(step.name);
+  for (const ShowEngine::Step& step : ShowEngine::steps()) names.push_back(step.name);
   EXPECT_THAT(names, ElementsAre("application id", "sync flag", "fields", "seat", "mode override",
                                  "venue and preload", "cue time", "colour", "video status",
                                  "master", "video", "vibration", "gobo", "mode",

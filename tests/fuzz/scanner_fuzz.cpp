@@ -81,7 +81,7 @@ class PlainScanner {
   Data shown;
 };
 
-class Client final : public ScannerClient {
+class Client final : public ScannerListener {
  public:
   PacketFate processEffect(const Broadcast& broadcast) override {
     last = broadcast;

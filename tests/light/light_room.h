@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,7 +56,7 @@ inline std::string textOf(Duration time) {
 /// A speed byte whose percentage is p; only for the values that these tests use.
 constexpr int speedOf(int p) { return p == 0 ? 255 : p == 33 ? 171 : p == 50 ? 128 : 0; }
 
-class LightRoom final : public ViewObserver, public OverlaysPart {
+class LightRoom final : public ViewObserver, public OverlaysPart, public SeatSight {
  public:
   explicit LightRoom(Rule rule = Rule::least, std::vector<std::uint32_t> firstDraws = {})
       : random(rule, std::move(firstDraws)) {
@@ -106,6 +107,8 @@ class LightRoom final : public ViewObserver, public OverlaysPart {
     if (notesHiding) note("no notice");
   }
   void updateLowLightHintState() override {}
+  SeatLight seatLight() override { return seat; }
+  std::optional<bool> seatIsWhite() override { return std::nullopt; }
 
   VirtualRunLoop loop;
   TimerSet timers{loop};
@@ -115,7 +118,7 @@ class LightRoom final : public ViewObserver, public OverlaysPart {
   ScriptedRandom random;
   SeatLight seat;
   std::vector<Colour> palette{kRed, kGreen, kBlue};
-  ScreenModes modes{state, colour, views, timers, random, *this, [this] { return seat; }};
+  ScreenModes modes{state, colour, views, timers, random, *this, *this};
   bool notesHiding = false;
   Events events;
 

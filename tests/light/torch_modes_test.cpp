@@ -11,7 +11,7 @@ namespace halvora {
 namespace {
 
 /// The torch modes alone, with every write to the torch as an event.
-class TorchRoom final : private Torch {
+class TorchRoom final : private Torch, private SeatSight {
  public:
   explicit TorchRoom(Rule rule = Rule::least, std::vector<std::uint32_t> firstDraws = {})
       : random(rule, std::move(firstDraws)) {}
@@ -39,9 +39,11 @@ class TorchRoom final : private Torch {
   TorchState state;
   ScriptedRandom random;
   Events events;
-  TorchModes modes{state, timers, random, *this, [this] { return seat; }};
+  TorchModes modes{state, timers, random, *this, *this};
 
  private:
+  SeatLight seatLight() override { return {}; }
+  std::optional<bool> seatIsWhite() override { return seat; }
   bool hasTorch() const override { return isTorchFitted; }
   bool hasFlash() const override { return isFlashFitted; }
   void setOn(bool on) override { events.push_back(textOf(loop.now()) + (on ? " on" : " off")); }

@@ -25,12 +25,7 @@ VirtualPhoneSetup phoneSetup() {
 
 PixelMapBench::PixelMapBench() : phone(jsonReader(), phoneSetup()) {
   phone.mainBundle.folder = "/main";
-  luts_ = std::make_unique<PixelMapSeatLuts>(
-      platform,
-      PixelMapSeatLuts::Listener{
-          [this] { return currentVideoMinutes; },
-          [this] { log.add("refresh " + state().pixelMapSeatLUTLoadedKey); }},
-      &ready);
+  luts_ = std::make_unique<PixelMapSeatLuts>(platform, calls_, &ready);
   luts_->useQueues(lutQueue, liveQueue);
   luts_->assets().debugTextListener = [this](const std::optional<std::string>& text) {
     if (text) log.add(*text);

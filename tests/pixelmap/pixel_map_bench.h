@@ -13,6 +13,7 @@
 #include "pixelmap/pixel_map_seat_luts.h"
 #include "pixelmap/seat_lut_files.h"
 #include "tests/pixelmap/seat_lut_bench.h"
+#include "tests/pixelmap/seat_lut_calls.h"
 #include "tests/support/step_queue.h"
 
 namespace halvora {
@@ -82,6 +83,8 @@ class PixelMapBench {
   Log<std::string> log;
 
  private:
+  SeatLutCalls calls_{[this] { log.add("refresh " + state().pixelMapSeatLUTLoadedKey); },
+                      &currentVideoMinutes};
   std::unique_ptr<PixelMapSeatLuts> luts_;
 };
 

@@ -9,6 +9,7 @@
 
 #include "pixelmap/pixel_map_seat_luts.h"
 #include "tests/pixelmap/pixel_map_bench.h"
+#include "tests/pixelmap/seat_lut_calls.h"
 
 namespace halvora {
 namespace {
@@ -250,10 +251,9 @@ class SeatLutsUntold : public testing::Test {
   PixelMapBench bench_;
   LosingLoop loop_{bench_.phone.loop};
   const Platform platform_ = platform();
-  PixelMapSeatLuts luts_{
-      platform_,
-      {[] { return 0; },
-       [this] { bench_.log.add("refresh " + luts_.state().pixelMapSeatLUTLoadedKey); }}};
+  SeatLutCalls calls_{
+      [this] { bench_.log.add("refresh " + luts_.state().pixelMapSeatLUTLoadedKey); }};
+  PixelMapSeatLuts luts_{platform_, calls_};
 };
 
 TEST_F(SeatLutsUntold, TableIsFoundWithinASecond) {

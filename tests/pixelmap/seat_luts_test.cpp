@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/pixelmap/pixel_map_bench.h"
+#include "tests/pixelmap/seat_lut_calls.h"
 
 namespace halvora {
 namespace {
@@ -368,7 +369,8 @@ TEST_F(SeatLutPreload, WithoutQueuesNothingIsBuilt) {
   bench_.putMap("5", kRedGreen);
   bench_.putMapWithTable("6", kBlue);
   const Platform platform = phone.platform();
-  PixelMapSeatLuts luts(platform, {[] { return 0; }, [] {}});
+  SeatLutCalls calls;
+  PixelMapSeatLuts luts(platform, calls);
   luts.preloadPixelMapSeatLUTForVenueId(7, 5, 2, 1);
   EXPECT_EQ(luts.state().pixelMapSeatLUTRequestedKey, PixelMapBench::keyOf("5"));
   luts.preloadPixelMapSeatLUTForVenueId(7, 6, 2, 1);

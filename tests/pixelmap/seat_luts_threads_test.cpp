@@ -17,6 +17,7 @@
 #include "pixelmap/pixel_map_seat_luts.h"
 #include "pixelmap/seat_lut_files.h"
 #include "tests/pixelmap/seat_lut_bench.h"
+#include "tests/pixelmap/seat_lut_calls.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/posted_turns.h"
 
@@ -53,13 +54,7 @@ class SeatLutsThreads : public testing::Test {
     lutQueue_ = threadQueues_.make("lut");
     liveQueue_ = threadQueues_.make("live");
     lutsPlatform_ = std::make_unique<const Platform>(platform());
-    luts_ = std::make_unique<PixelMapSeatLuts>(
-        *lutsPlatform_,
-        PixelMapSeatLuts::Listener{[] { return 0; },
-                                   [this] {
-                                     EXPECT_EQ(std::this_thread::get_id(), main_);
-                                     shown_.push_back(luts_->state().pixelMapSeatLUTLoadedKey);
-                                   }});
+    luts_ = std::make_unique<PixelMapSeatLuts>(*lutsPlatform_, calls_);
     luts_->useQueues(*lutQueue_, *liveQueue_);
   }
   void destroy() {
@@ -137,6 +132,10 @@ class SeatLutsThreads : public testing::Test {
   std::unique_ptr<SerialQueue> lutQueue_;
   std::unique_ptr<SerialQueue> liveQueue_;
   std::unique_ptr<const Platform> lutsPlatform_;
+  SeatLutCalls calls_{[this] {
+    EXPECT_EQ(std::this_thread::get_id(), main_);
+    shown_.push_back(luts_->state().pixelMapSeatLUTLoadedKey);
+  }};
   std::unique_ptr<PixelMapSeatLuts> luts_;
   /// The loaded key at each refresh.
   std::vector<std::string> shown_;

@@ -14,9 +14,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include "engine/still_source.h"
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/image.h"
+#include "pixelmap/still_source.h"
 
 namespace halvora {
 
