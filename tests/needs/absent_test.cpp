@@ -86,6 +86,10 @@ TEST_F(AbsentNeedsPhone, AnEngineStartsShowsALookAndGoes) {
   engine.viewDidLoad();
   engine.start();
   EXPECT_EQ(engine.processEffect(look()), PacketFate::processed);
+  EXPECT_EQ(engine.views().lightColour(), kBlack) << "a pixel map, and nobody has a seat";
+  Broadcast plain = look();
+  plain.pixelMapId = 0;
+  EXPECT_EQ(engine.processEffect(plain), PacketFate::processed);
   EXPECT_EQ(engine.views().lightColour(), colourOfBytes(200, 0, 0));
   engine.precomputePixelMapLUTsForVenueId(7, 1, 2);
   engine.playVideo("3");
