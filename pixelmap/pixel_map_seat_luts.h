@@ -20,6 +20,8 @@
 #include "pixelmap/seat_lut.h"
 #include "pixelmap/seat_lut_failure.h"
 #include "pixelmap/seat_lut_files.h"
+#include "pixelmap/seat_lut_jobs.h"
+#include "pixelmap/seat_lut_precomputes.h"
 
 namespace halvora {
 
@@ -32,9 +34,6 @@ struct SeatLutState {
   int pixelMapSeatLUTFrameCount = 0;
 };
 
-using PrecomputeProgress = std::function<void(int done, int total, const std::string& mapId)>;
-using PrecomputeCompletion = std::function<void(int done, int total)>;
-
 /// What the tables ask and tell of the show that they are for.
 class SeatLutListener {
  public:
@@ -45,13 +44,8 @@ class SeatLutListener {
   virtual void refreshMode21ColorIfNeeded() = 0;
 };
 
-class PixelMapSeatLuts final : public SeatLutPart {
+class PixelMapSeatLuts final : public SeatLutPart, private SeatLutJobsListener {
  public:
-  /// A table that could not be had is asked for again after the first of these, then after twice as
-  /// long, up to the last, by whatever packet comes then; at once where the video is another.
-  static constexpr Duration kFirstRest = milliseconds(1000);
-  static constexpr Duration kLongestRest = milliseconds(64'000);
-
   /// Before all else a table is looked for in `ready`, if there is one. Platform, listener and
   /// tables must outlive this.
   PixelMapSeatLuts(const Platform& platform, SeatLutListener& listener,
@@ -93,27 +87,18 @@ class PixelMapSeatLuts final : public SeatLutPart {
   PixelMapAssets& assets();
 
  private:
-  struct Shared;
   struct Work;
-  struct Build;
-  struct Attempt;
-  struct PrecomputeJob;
-  struct Precompute;
   struct FoundVideo;
 
   Work& work();
   LiveSampler& sampler();
-  const std::shared_ptr<Shared>& shared();
+  const std::shared_ptr<SeatLutJobs>& jobs();
   const FoundVideo& findVideo(int venueId, int pixelMapId, SeatPosition seat);
   bool adopt(const std::string& key, const SeatLut& lut);
   void buildSoon(const FoundVideo& video);
-  bool isResting(const FoundVideo& video, const std::optional<VideoFileSignature>& signature);
-  void requestBuild(const FoundVideo& video, const std::optional<VideoFileSignature>& signature);
-  bool take(const std::shared_ptr<Build>& build);
-  bool take(const std::shared_ptr<PrecomputeJob>& job);
-  bool takeNext();
-  void beginWatch();
-  void endWatch();
+  void workBegins() override;
+  void workEnded() override;
+  void built(const std::string& key, const SeatLut& lut) override;
 
   const Platform& platform_;
   const SeatLutSource* const ready_;
@@ -121,7 +106,7 @@ class PixelMapSeatLuts final : public SeatLutPart {
   /// Made for the first pixel map; most phones that ever listen see none.
   std::unique_ptr<Work> work_;
   /// What background jobs may reach, and only through weak references. Made for the first job.
-  std::shared_ptr<Shared> shared_;
+  std::shared_ptr<SeatLutJobs> jobs_;
   SerialQueue* pixelMapLUTDecodeQueue_ = nullptr;
   SerialQueue* pixelMapLiveDecodeQueue_ = nullptr;
 };

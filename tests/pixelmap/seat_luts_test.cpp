@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "pixelmap/seat_lut_builds.h"
 #include "tests/pixelmap/pixel_map_bench.h"
 #include "tests/pixelmap/seat_lut_calls.h"
 
@@ -247,7 +248,7 @@ TEST_F(SeatLutPreload, BuildThatFailedIsTriedAgainByTheNextPacketAfterItsRest) {
   bench_.putMap("5", kRedGreen);
   bench_.preload(5);
   EXPECT_EQ(bench_.lutQueue.waiting(), 0U);
-  bench_.phone.loop.runFor(PixelMapSeatLuts::kFirstRest);
+  bench_.phone.loop.runFor(SeatLutBuilds::kFirstRest);
   bench_.preload(5);
   EXPECT_THAT(taken(), IsEmpty()) << "it is still the one asked for";
   bench_.settle();
