@@ -2,8 +2,13 @@
 #include "adapters/linux/mapped_file.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -60,6 +65,35 @@ TEST_F(MappedFileTest, OfNoBytesIsEmpty) {
   const auto file = MappedFile::make(folder.path().string(), 0);
   ASSERT_TRUE(file);
   EXPECT_TRUE(file->bytes().empty());
+}
+
+/// How many descriptors and mappings this process has.
+std::pair<std::ptrdiff_t, std::ptrdiff_t> held() {
+  using Entries = std::filesystem::directory_iterator;
+  std::ifstream maps("/proc/self/maps");
+  return {std::distance(Entries("/proc/self/fd"), Entries()),
+          std::count(std::istreambuf_iterator<char>(maps), {}, '\n')};
+}
+
+TEST_F(MappedFileTest, GivesBackWhatItTook) {
+  // Of odd sizes, so that neighbours do not count as one.
+  const auto make = [this](std::size_t size) {
+    return MappedFile::make(folder.path().string(), size);
+  };
+  make(5000);
+  const auto before = held();
+  {
+    std::vector<std::optional<MappedFile>> files;
+    for (int count = 0; count < 20; ++count) files.push_back(make(5000));
+    const auto during = held();
+    EXPECT_EQ(during.first, before.first) << "the mapping is enough";
+    EXPECT_GT(during.second, before.second);
+  }
+  EXPECT_FALSE(make(std::size_t{1} << 62));
+  const auto after = held();
+  EXPECT_EQ(after.first, before.first);
+  // The heap may have grown by a mapping of its own.
+  EXPECT_LE(after.second, before.second + 2);
 }
 
 TEST_F(MappedFileTest, MovesWithItsBytes) {

@@ -2,16 +2,19 @@
 // Real time passes in these tests, but none of them depends on how much.
 #include "adapters/linux/poll_run_loop.h"
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <new>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace halvora {
@@ -92,6 +95,68 @@ TEST_F(PollRunLoopTest, ACancelledTimerDoesNotRun) {
 TEST_F(PollRunLoopTest, SaysWhenItHasWaitedForTooLong) {
   EXPECT_FALSE(loop.runUntil([] { return false; }, milliseconds(1)));
   EXPECT_TRUE(loop.runUntil([] { return true; }, milliseconds(1)));
+}
+
+TEST_F(PollRunLoopTest, WaitsForWhatIsSoonerTheTimerOrItsPatience) {
+  loop.after(std::chrono::hours(1), note('x'));
+  EXPECT_FALSE(loop.runUntil([] { return false; }, milliseconds(1)));
+  const TimerId soon = loop.after(milliseconds(1), note('y'));
+  EXPECT_TRUE(loop.runUntil([&] { return !loop.isPending(soon); }, std::chrono::hours(1)));
+  EXPECT_EQ(ran, "y");
+}
+
+TEST_F(PollRunLoopTest, ManyDescriptorsAreWatchedEachWithItsOwnTask) {
+  constexpr int kMany = 40;
+  std::vector<std::array<int, 2>> pipes(kMany);
+  std::vector<WatchId> watches;
+  for (int at = 0; at < kMany; ++at) {
+    auto& own = pipes[static_cast<std::size_t>(at)];
+    ASSERT_EQ(pipe(own.data()), 0);
+    watches.push_back(loop.watch(own[0], DescriptorEvents::readable, [this, at, &own] {
+      char byte = 0;
+      EXPECT_EQ(read(own[0], &byte, 1), 1);
+      EXPECT_EQ(byte, static_cast<char>(at));
+      ran += byte;
+    }));
+  }
+  // Every third is forgotten; the others stay with what is theirs.
+  for (std::size_t at = 0; at < watches.size(); at += 3) loop.forget(watches[at]);
+  std::string expected;
+  for (int at = 0; at < kMany; ++at) {
+    const auto byte = static_cast<char>(at);
+    EXPECT_EQ(write(pipes[static_cast<std::size_t>(at)][1], &byte, 1), 1);
+    if (at % 3 != 0) expected += byte;
+  }
+  EXPECT_TRUE(loop.runUntil([&] { return ran.size() == expected.size(); }));
+  runTo(loop.after(milliseconds(1), [] {}));
+  EXPECT_EQ(ran, expected);
+  for (const auto& own : pipes) {
+    close(own[0]);
+    close(own[1]);
+  }
+}
+
+TEST_F(PollRunLoopTest, TakesOneDescriptorAndGivesItBack) {
+  const int next = dup(ends[0]);
+  close(next);
+  for (int count = 0; count < 3; ++count) {
+    const PollRunLoop other;
+    const int within = dup(ends[0]);
+    EXPECT_NE(within, next);
+    close(within);
+  }
+  const int after = dup(ends[0]);
+  EXPECT_EQ(after, next);
+  close(after);
+}
+
+TEST_F(PollRunLoopTest, WithoutADescriptorForItThereIsNone) {
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none{0, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  EXPECT_THROW(PollRunLoop(), std::system_error);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
 }
 
 TEST_F(PollRunLoopTest, ADescriptorIsWatchedForAsLongAsThereIsSomethingToRead) {
