@@ -185,6 +185,7 @@ class CountedReader final : public FrameReader {
   std::unique_ptr<VideoFrame> next() override {
     return next_ < frames_ ? std::make_unique<CountedFrame>(next_++) : nullptr;
   }
+  bool hasLostPictures() const override { return false; }
 
  private:
   std::uint32_t frames_;

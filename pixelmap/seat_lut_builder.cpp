@@ -84,6 +84,7 @@ class Stretch {
   }
 
   int settle(int firstBehind) { return gatherer_.settle(firstBehind); }
+  bool hasLostPictures() const { return reader_->hasLostPictures(); }
 
  private:
   std::unique_ptr<VideoFrame> next() {
@@ -135,8 +136,14 @@ void run(std::deque<Stretch>& stretches, Workers& workers, bool isApart) {
   runAnyway(workers, tasks);
 }
 
-BuildEnd build(const VideoAsset& asset, std::span<const SeatPosition> seats,
-               std::span<std::uint32_t> table, const BuildControl& control) {
+// What came of reading the whole video once.
+struct Reading {
+  BuildEnd end;
+  bool hasLostPictures = false;
+};
+
+Reading readOnce(const VideoAsset& asset, std::span<const SeatPosition> seats,
+                 std::span<std::uint32_t> table, const BuildControl& control) {
   const int frameCount = pixelMapFrameCount(asset.durationSeconds());
   std::vector<std::uint8_t> filled(static_cast<std::size_t>(frameCount), 0);
   const SeatTables tables{table, frameCount, filled};
@@ -151,16 +158,42 @@ BuildEnd build(const VideoAsset& asset, std::span<const SeatPosition> seats,
 
   run(stretches, control.workers,
       control.workers.areParallel() && seats.size() >= kSeatsGatheredApart);
-  if (watch.isCancelled()) return BuildEnd::cancelled;
-  if (watch.hasFailed()) return BuildEnd::noMemory;
+  if (watch.isCancelled()) return {BuildEnd::cancelled};
+  if (watch.hasFailed()) return {BuildEnd::noMemory};
 
+  const bool hasLost = std::ranges::any_of(
+      stretches, [](const Stretch& stretch) { return stretch.hasLostPictures(); });
   int firstBehind = frameCount;
   for (auto stretch = stretches.rbegin(); stretch != stretches.rend(); ++stretch) {
     firstBehind = stretch->settle(firstBehind);
   }
-  if (std::find(filled.begin(), filled.end(), 1) == filled.end()) return BuildEnd::noFrames;
+  if (std::find(filled.begin(), filled.end(), 1) == filled.end()) {
+    return {BuildEnd::noFrames, hasLost};
+  }
   fillGaps(tables, seats.size());
-  return BuildEnd::built;
+  return {BuildEnd::built, hasLost};
+}
+
+std::uint64_t digestOf(std::span<const std::uint32_t> words) {
+  std::uint64_t digest = 0;
+  for (const std::uint32_t word : words) {
+    digest = (digest ^ word) * 0x9E3779B97F4A7C15U;
+    digest ^= digest >> 32;
+  }
+  return digest;
+}
+
+// What a damaged video lacks it lacks every time. What is lost for want of memory is there the next
+// time, or something else is lost: a table of that would show the colours of other frames for good.
+BuildEnd build(const VideoAsset& asset, std::span<const SeatPosition> seats,
+               std::span<std::uint32_t> table, const BuildControl& control) {
+  const Reading first = readOnce(asset, seats, table, control);
+  if (!first.hasLostPictures) return first.end;
+  const std::uint64_t firstTable = digestOf(table);
+  const Reading second = readOnce(asset, seats, table, control);
+  if (!second.hasLostPictures) return second.end;
+  const bool isSame = second.end == first.end && digestOf(table) == firstTable;
+  return isSame ? second.end : BuildEnd::noMemory;
 }
 
 }  // namespace

@@ -19,7 +19,8 @@ struct BuildControl {
   Workers& workers;
   /// Asked before each frame, on any of the workers' threads; true ends the build with no table.
   std::function<bool()> isCancelled = {};
-  /// Told after each frame how many have been decoded so far, on any of the workers' threads.
+  /// Told after each frame how many have been decoded so far, on any of the workers' threads. A
+  /// second pass begins to count anew.
   std::function<void(int framesDone)> onFrame = {};
 };
 
@@ -34,7 +35,8 @@ enum class BuildEnd : std::uint8_t {
   noMemory,
 };
 
-/// Fills the tables of many seats in one pass. `table` has one row of
+/// Fills the tables of many seats in one pass, or in two where the first has lost pictures: they
+/// count as missing only if they are missing again. `table` has one row of
 /// `pixelMapFrameCount(asset.durationSeconds())` words a seat, in the order of the seats, all 0; a
 /// seat outside of the picture gets the pixel at the edge nearest to it. Besides the table it needs
 /// room for 64 words a seat and worker. Where there are no threads, this one does everything. Where

@@ -69,6 +69,7 @@ const char* FfmpegAsset::prepare() {
       checkedForMemory(avcodec_parameters_copy(video, demuxer->stream().codecpar)) < 0) {
     return kUnreadable;
   }
+  video_.samples = demuxer->sampleCount();
   const AVCodec* codec = avcodec_find_decoder(video->codec_id);
   if (codec == nullptr) return "no decoder for its video";
   video_.need = demuxer->read(*packet) ? needOf(*video, *packet) : PictureNeed::of(*video);

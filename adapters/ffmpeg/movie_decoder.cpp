@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/ffmpeg/movie_decoder.h"
 
+#include <algorithm>
+
 #include "halvora/platform/image.h"
 
 namespace halvora {
@@ -58,6 +60,8 @@ int MovieDecoder::checked(int result) {
 
 void MovieDecoder::send(const AVPacket* packet) {
   isEnding_ = packet == nullptr;
+  const bool isShown = packet != nullptr && (packet->flags & AV_PKT_FLAG_DISCARD) == 0;
+  if (isShown) owe(packet->pts);
   // A packet that cannot be decoded is as good as none.
   static_cast<void>(checked(avcodec_send_packet(context_.get(), packet)));
 }
@@ -65,7 +69,10 @@ void MovieDecoder::send(const AVPacket* packet) {
 MovieDecoder::Outcome MovieDecoder::receive(AVFrame& frame) {
   while (!buffers_.hasRefused() && failuresAtEnd_ < kMostFailuresAtEnd) {
     const int result = checked(avcodec_receive_frame(context_.get(), &frame));
-    if (result == 0 && isWhole(frame) && !buffers_.hasRefused()) return Outcome::picture;
+    if (result == 0 && isWhole(frame) && !buffers_.hasRefused()) {
+      settle(frame.pts);
+      return Outcome::picture;
+    }
     if (result == AVERROR_EOF) break;
     if (result == AVERROR(EAGAIN)) {
       if (isEnding_) break;
@@ -82,6 +89,25 @@ void MovieDecoder::restart() {
   avcodec_flush_buffers(context_.get());
   isEnding_ = false;
   failuresAtEnd_ = 0;
+  owed_.clear();
+  hasStrayed_ = false;
+}
+
+void MovieDecoder::owe(std::int64_t time) {
+  // More than any decoder holds back, with a thread for each of many processors.
+  constexpr std::size_t kMostOwed = 256;
+  if (owed_.size() == kMostOwed) hasStrayed_ = true;
+  if (!hasStrayed_) owed_.push_back(time);
+}
+
+void MovieDecoder::settle(std::int64_t time) {
+  if (hasStrayed_) return;
+  const auto owed = std::find(owed_.begin(), owed_.end(), time);
+  if (owed == owed_.end()) {
+    hasStrayed_ = true;
+  } else {
+    owed_.erase(owed);
+  }
 }
 
 }  // namespace halvora

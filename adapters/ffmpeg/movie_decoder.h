@@ -3,7 +3,10 @@
 // out none that is damaged or not to be shown. One thread.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "adapters/ffmpeg/libav.h"
 #include "adapters/ffmpeg/picture_memory.h"
@@ -14,6 +17,8 @@ namespace halvora {
 struct MovieVideo {
   LibavPointer<AVCodecParameters> parameters;
   PictureNeed need;
+  /// So many samples were in the track's index when the file was opened.
+  std::size_t samples = 0;
 };
 
 class MovieDecoder {
@@ -37,12 +42,18 @@ class MovieDecoder {
   /// To be called while starved; null for the end.
   void send(const AVPacket* packet);
   Outcome receive(AVFrame& frame);
+  /// Whether not each packet's picture came out, and once; to be asked at the end. A decoder that
+  /// has no memory for a part of a packet says no more than of a part that is damaged: nothing. It
+  /// drops the picture, or gives out the one before it again.
+  bool hasStrayed() const { return hasStrayed_ || !owed_.empty(); }
   /// Forgets everything, as before a seek.
   void restart();
 
  private:
   explicit MovieDecoder(const std::shared_ptr<PictureBudget>& budget) : buffers_(budget) {}
   int checked(int result);
+  void owe(std::int64_t time);
+  void settle(std::int64_t time);
 
   // Freed in this order: the decoder gives its pictures back to its buffers.
   std::unique_ptr<BudgetShare> share_;
@@ -50,6 +61,9 @@ class MovieDecoder {
   LibavPointer<AVCodecContext> context_;
   bool isEnding_ = false;
   int failuresAtEnd_ = 0;
+  // Times of the pictures that are still to come.
+  std::vector<std::int64_t> owed_;
+  bool hasStrayed_ = false;
 };
 
 }  // namespace halvora

@@ -136,7 +136,10 @@ std::optional<std::size_t> MovieDemuxer::read(AVPacket& packet) {
     hasPending_ = false;
     av_packet_unref(&packet);
     av_packet_move_ref(&packet, pending_.get());
-  } else if (next_ >= readable_ || !readPacket(packet)) {
+  } else if (next_ >= readable_) {
+    return std::nullopt;
+  } else if (!readPacket(packet)) {
+    hasBrokenOff_ = true;
     return std::nullopt;
   }
   const std::size_t number = next_++;

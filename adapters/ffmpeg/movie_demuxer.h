@@ -29,6 +29,8 @@ class MovieDemuxer {
   /// The number of the next sample, whose packet is then in `packet`; none at the end, and where
   /// the rest of the file cannot be read.
   std::optional<std::size_t> read(AVPacket& packet);
+  /// Whether reading ended before a sample that is wholly in the file.
+  bool hasBrokenOff() const { return hasBrokenOff_; }
 
  private:
   struct Input;
@@ -55,6 +57,7 @@ class MovieDemuxer {
   // Already read, to find out where a seek led.
   LibavPointer<AVPacket> pending_;
   bool hasPending_ = false;
+  bool hasBrokenOff_ = false;
 };
 
 }  // namespace halvora

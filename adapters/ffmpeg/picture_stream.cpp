@@ -12,8 +12,10 @@ std::unique_ptr<PictureStream> PictureStream::open(const MovieFile& file, const 
   if (demuxer == nullptr) return nullptr;
   auto decoder = MovieDecoder::open(video, demuxer->stream().time_base, budget, threads);
   if (decoder == nullptr) return nullptr;
-  return std::unique_ptr<PictureStream>(
+  std::unique_ptr<PictureStream> stream(
       new PictureStream(file, std::move(demuxer), std::move(decoder)));
+  stream->hasOtherIndex_ = stream->demuxer_->sampleCount() != video.samples;
+  return stream;
 }
 
 bool PictureStream::start(std::size_t sample) {

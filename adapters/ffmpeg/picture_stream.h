@@ -38,6 +38,10 @@ class PictureStream {
 
   /// Null at the end.
   std::unique_ptr<DecodedFrame> next();
+  /// Whether something between the last start and the end has not come out as the file has it.
+  bool hasLostPictures() const {
+    return hasOtherIndex_ || demuxer_->hasBrokenOff() || decoder_->hasStrayed();
+  }
 
  private:
   PictureStream(const MovieFile& file, std::unique_ptr<MovieDemuxer> demuxer,
@@ -54,6 +58,8 @@ class PictureStream {
   std::unique_ptr<MovieDecoder> decoder_;
   LibavPointer<AVPacket> packet_;
   bool hasPacket_ = false;
+  // A demuxer that runs short of memory makes do with a part of the index.
+  bool hasOtherIndex_ = false;
   std::size_t nextSample_ = 0;
   std::optional<std::size_t> end_;
 };

@@ -17,6 +17,7 @@ class StretchReader final : public FrameReader {
                                            const std::optional<MediaTimeRange>& range);
 
   std::unique_ptr<VideoFrame> next() override;
+  bool hasLostPictures() const override { return stream_->hasLostPictures(); }
 
  private:
   StretchReader(std::unique_ptr<PictureStream> stream, const std::optional<MediaTimeRange>& range)

@@ -47,6 +47,8 @@ class Reader final : public FrameReader {
     }
     return nullptr;
   }
+  // Nothing is decoded here.
+  bool hasLostPictures() const override { return false; }
 
  private:
   Video video_;

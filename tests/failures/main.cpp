@@ -45,7 +45,6 @@ constexpr const char* kHelp = R"(halvora_failures [options]
   --seed N         of the sample (default: 1)
   --kills N        so many deaths of each kind of work (default: 40; 1,000 with --all)
   --shard I/N      every N-th case, from the I-th on (from 0)
-  --pending        also what is known to go wrong still
   --list           the cases and the kinds
 )";
 
@@ -65,7 +64,6 @@ struct Options {
   std::size_t shard = 0;
   std::size_t shards = 1;
   bool isList = false;
-  bool hasPending = false;
 };
 
 /// Where a child writes down what became of it; shared with the parent.
@@ -262,11 +260,7 @@ class Runner {
       const std::uint64_t most = calls[static_cast<std::size_t>(kind.call)];
       if (!isMeant || most == 0) continue;
       if (std::string_view(kind.name).find(options_.onlyKind) == std::string_view::npos) continue;
-      // Asked for by its name, or by the word.
-      const bool isPending = one.isPending && kind.call == faults::Call::allocate &&
-                             !options_.hasPending && options_.onlyCase.empty();
-      if (isPending) std::printf("pending: %s, %s once\n", one.name, kind.name);
-      if (options_.onlyMode != "good" && !isPending) inject(one, kind, false, most);
+      if (options_.onlyMode != "good") inject(one, kind, false, most);
       if (options_.onlyMode != "once" && kind.mayLast) inject(one, kind, true, most);
     }
   }
@@ -437,8 +431,6 @@ std::optional<Options> read(int count, char** words) {
       options.shard = std::strtoull(text.c_str(), nullptr, 10);
       options.shards = std::strtoull(text.substr(text.find('/') + 1).c_str(), nullptr, 10);
       if (options.shards == 0) return std::nullopt;
-    } else if (word == "--pending") {
-      options.hasPending = true;
     } else if (word == "--list") {
       options.isList = true;
     } else {

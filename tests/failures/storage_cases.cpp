@@ -156,7 +156,7 @@ constexpr FailureCase kCases[] = {
     {"defaults-load", {.files = true}, make<DefaultsLoad>},
     {"defaults-save", {.files = true}, make<DefaultsSave>},
     {"picture-png", {}, make<Picture<kPng>>},
-    {"picture-jpeg", {}, make<Picture<kJpeg>>, false, 168},
+    {"picture-jpeg", {}, make<Picture<kJpeg>>, 168},
 };
 
 }  // namespace

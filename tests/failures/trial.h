@@ -52,8 +52,6 @@ struct FailureCase {
   Failing failing;
   /// `folder` is empty and the trial's own; it lies beside what was prepared.
   std::unique_ptr<Trial> (*make)(const std::string& folder);
-  /// Single failures of memory are known to go wrong still: left out unless they are asked for.
-  bool isPending = false;
   /// Bytes that a library itself loses where its own start fails.
   std::size_t libraryLoses = 0;
 };

@@ -43,6 +43,7 @@ class Reader final : public FrameReader {
     samples_ = samples_.subspan(1);
     return frame;
   }
+  bool hasLostPictures() const override { return false; }
 
  private:
   std::span<const VideoSample> samples_;

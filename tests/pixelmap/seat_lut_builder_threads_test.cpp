@@ -183,6 +183,7 @@ class ThrowingVideo final : public VideoAsset {
       auto frame = inner->next();
       return frame ? std::make_unique<Frame>(video, std::move(frame)) : nullptr;
     }
+    bool hasLostPictures() const override { return inner->hasLostPictures(); }
     const ThrowingVideo& video;
     std::unique_ptr<FrameReader> inner;
   };

@@ -14,6 +14,7 @@ class Reader final : public FrameReader {
   Reader(std::unique_ptr<FrameReader> reader, Flag& isInterrupted)
       : reader_(std::move(reader)), isInterrupted_(isInterrupted) {}
   std::unique_ptr<VideoFrame> next() override { return isInterrupted_ ? nullptr : reader_->next(); }
+  bool hasLostPictures() const override { return reader_->hasLostPictures(); }
 
  private:
   std::unique_ptr<FrameReader> reader_;

@@ -56,6 +56,10 @@ class FrameReader : public Need {
   /// The next frame as the decoder gives them out; null at the end, and where the file cannot be
   /// read any further. Pictures are as they are stored: not turned.
   virtual std::unique_ptr<VideoFrame> next() = 0;
+  /// Whether pictures did not come out that the file should have; known at the end. Either it is
+  /// damaged, and they are missing whenever it is read, or whatever decodes it ran short of memory
+  /// for a moment and kept that to itself.
+  virtual bool hasLostPictures() const = 0;
 };
 
 class FrameGenerator : public Need {

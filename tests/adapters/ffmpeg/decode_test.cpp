@@ -108,6 +108,7 @@ TEST_P(FfmpegDecode, EveryPixelIsAsTheCommandDecodesIt) {
   ASSERT_TRUE(reader);
   const auto frames = framesOf(*reader);
   ASSERT_EQ(frames.size(), expected.count());
+  EXPECT_FALSE(reader->hasLostPictures());
   for (std::size_t index = 0; index < frames.size(); ++index) {
     const SeenFrame& frame = frames[index];
     EXPECT_EQ(frame.seconds, static_cast<double>(index) / 30);

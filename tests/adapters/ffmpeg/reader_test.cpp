@@ -94,6 +94,7 @@ class FfmpegReaders : public testing::TestWithParam<ReaderCase> {
     ASSERT_TRUE(reader);
     all_ = framesOf(*reader);
     ASSERT_EQ(all_.size(), 60U);
+    EXPECT_FALSE(reader->hasLostPictures());
   }
 
   std::vector<SeenFrame> between(const MediaTimeRange& range) const {
@@ -129,6 +130,7 @@ TEST_P(FfmpegReaders, StretchesAreTheWholeInOrder) {
     ASSERT_FALSE(readers.empty());
     EXPECT_LE(readers.size(), static_cast<std::size_t>(most));
     EXPECT_EQ(framesOf(readers), all_) << most;
+    for (const auto& reader : readers) EXPECT_FALSE(reader->hasLostPictures()) << most;
   }
   EXPECT_EQ(asset_->readers(3).size(), GetParam().readers);
 }
@@ -145,6 +147,7 @@ TEST_P(FfmpegReaders, RangesAreExactWhereverTheyBegin) {
     ASSERT_TRUE(reader) << range.begin.seconds();
     EXPECT_EQ(framesOf(*reader), between(range))
         << range.begin.seconds() << " to " << range.end.seconds();
+    EXPECT_FALSE(reader->hasLostPictures());
   }
 }
 
@@ -203,7 +206,9 @@ TEST(FfmpegReader, WhatAnEditListCutsOffIsNotGivenOut) {
   clips.run("-ss 1.01 -i %whole.mp4 -c copy %cut.mp4");
   const auto asset = opened(clips.pathOf("cut.mp4"));
   ASSERT_TRUE(asset);
-  const auto frames = framesOf(*asset->reader());
+  const auto reader = asset->reader();
+  const auto frames = framesOf(*reader);
+  EXPECT_FALSE(reader->hasLostPictures()) << "nobody is to see them";
   ASSERT_FALSE(frames.empty());
   EXPECT_GE(frames.front().seconds, 0);
   EXPECT_LT(frames.front().seconds, 1.0 / 30);
@@ -229,7 +234,9 @@ TEST(FfmpegReader, Av1KeepsToItsEditListAsWell) {
   clips.run("-ss 1.01 -i %whole.mp4 -c copy %cut.mp4");
   const auto asset = opened(clips.pathOf("cut.mp4"));
   ASSERT_TRUE(asset);
-  const auto frames = framesOf(*asset->reader());
+  const auto reader = asset->reader();
+  const auto frames = framesOf(*reader);
+  EXPECT_FALSE(reader->hasLostPictures());
   ASSERT_FALSE(frames.empty());
   EXPECT_LE(frames.size(), 10U);
   EXPECT_GE(frames.front().seconds, 0);
@@ -270,7 +277,9 @@ TEST(FfmpegReader, AnEditListThatShowsAPartTwiceGivesOneReader) {
   });
   const auto asset = opened(twice);
   ASSERT_TRUE(asset);
-  const auto frames = framesOf(*asset->reader());
+  const auto reader = asset->reader();
+  const auto frames = framesOf(*reader);
+  EXPECT_FALSE(reader->hasLostPictures());
   ASSERT_EQ(frames.size(), 30U);
   for (std::size_t index = 0; index < 30; ++index) {
     EXPECT_EQ(frameNumberOf(frames[index].words[0]), static_cast<int>(index % 15));
