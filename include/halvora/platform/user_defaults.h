@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -30,8 +31,19 @@ struct DefaultsValue {
   template <class T>
   requires std::is_constructible_v<Storage, T&&> DefaultsValue(T&& value)
       : storage(std::forward<T>(value)) {}  // NOLINT(google-explicit-constructor)
+  DefaultsValue(const DefaultsValue& other) : storage(copyOf(other.storage)) {}
+  DefaultsValue(DefaultsValue&&) noexcept = default;
+  DefaultsValue& operator=(const DefaultsValue& other) {
+    storage = copyOf(other.storage);
+    return *this;
+  }
+  DefaultsValue& operator=(DefaultsValue&&) noexcept = default;
+  ~DefaultsValue() = default;
 
   friend bool operator==(const DefaultsValue&, const DefaultsValue&);
+
+ private:
+  static Storage copyOf(const Storage& other);
 };
 
 struct DefaultsMember {
@@ -39,6 +51,16 @@ struct DefaultsMember {
   DefaultsValue value;
   friend bool operator==(const DefaultsMember&, const DefaultsMember&) = default;
 };
+
+// Each kind in its place, and not by the variant's own copy: where there is no memory for that,
+// GCC's library (12) takes apart a value that was never made, and the process ends.
+inline DefaultsValue::Storage DefaultsValue::copyOf(const Storage& other) {
+  return std::visit(
+      [](const auto& value) {
+        return Storage(std::in_place_type<std::remove_cvref_t<decltype(value)>>, value);
+      },
+      other);
+}
 
 inline bool operator==(const DefaultsValue& left, const DefaultsValue& right) {
   return left.storage == right.storage;
