@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <ftw.h>
 #include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
@@ -220,6 +222,18 @@ bool LinuxFiles::makeFolder(const std::string& path) {
   // A name that does not last yet is a matter for whoever needs it to.
   syncFolder(above);
   return true;
+}
+
+// Not by the standard library, which ends the process where there is no memory for a name.
+void LinuxFiles::removeFolder(const std::string& path) {
+  constexpr int kMostOpen = 16;
+  const auto removeOne = [](const char* name, const struct stat* /*status*/, int /*kind*/,
+                            FTW* /*place*/) {
+    static_cast<void>(std::remove(name));
+    return 0;
+  };
+  // What is in a folder before the folder; a link, not where it leads.
+  nftw(path.c_str(), removeOne, kMostOpen, FTW_DEPTH | FTW_PHYS);
 }
 
 }  // namespace halvora

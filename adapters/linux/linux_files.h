@@ -18,6 +18,7 @@ class LinuxFiles final : public StandardFiles {
   void removeLeftovers(const std::string& beginning) override;
   /// A folder that was made is on the medium too.
   bool makeFolder(const std::string& path) override;
+  void removeFolder(const std::string& path) override;
 };
 
 }  // namespace halvora

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The machine's file system, as far as the standard library reaches: it cannot make files last, nor
-// know what a killed writer has left. Stateless; any thread.
+// know what a killed writer has left, and most libraries end the process where there is no memory
+// for the name of something in a folder. A system's own files do better. Stateless; any thread.
 #pragma once
 
 #include "halvora/platform/files.h"

@@ -5,24 +5,24 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
-#include <filesystem>
 #include <iterator>
+#include <span>
 #include <string_view>
-#include <system_error>
 #include <tuple>
+#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
+
+#include "adapters/linux/linux_files.h"
 
 namespace halvora {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 /// The kernel counts levels in ints.
 constexpr std::uint32_t kMostLevel = INT32_MAX;
-constexpr int kMostDevices = 1000;
+constexpr std::size_t kMostDevices = 1000;
 constexpr std::size_t kLongestName = 255;
 
 // The first line of a small file; longer ones are none of the kernel's. Never waits, whatever the
@@ -62,11 +62,9 @@ std::optional<SysfsLight> findLight(const std::string& classes, const char* subs
   const std::string parent = classes + "/" + subsystem;
   std::optional<SysfsLight> best;
   int bestRank = 0;
-  std::error_code error;
-  int count = 0;
-  for (fs::directory_iterator at(parent, error), end; !error && at != end; at.increment(error)) {
-    if (++count > kMostDevices) break;
-    SysfsLight light{subsystem, at->path().filename().string(), at->path().string()};
+  const auto names = LinuxFiles().list(parent).value_or(std::vector<std::string>());
+  for (const std::string& name : std::span(names).first(std::min(names.size(), kMostDevices))) {
+    SysfsLight light{subsystem, name, parent + "/" + name};
     if (!isPlain(light.name)) continue;
     const std::optional<int> rank = rankOf(light);
     const auto most = readLevel(light.folder + "/max_brightness", kMostLevel);
