@@ -199,12 +199,18 @@ void HalvoraSeatSelectorViewController::confirm() {
   const auto row = selectedRow();
   if (!section || !row || !isIndexOf(selectedSeatIndex_, row->seatCount())) return;
   // Taken out first, so that a callback that comes back here is not called a second time.
-  const auto onSeatSelected = std::exchange(inputs_.onSeatSelected, nullptr);
+  auto onSeatSelected = std::exchange(inputs_.onSeatSelected, nullptr);
   const SeatMap::SeatItem seat = row->seat(static_cast<std::size_t>(selectedSeatIndex_));
   // The items are the map's, which may go with the wizard.
   const auto map = inputs_.map;
   const Witness self(life_);
-  if (onSeatSelected) onSeatSelected(*section, *row, seat);
+  try {
+    if (onSeatSelected) onSeatSelected(*section, *row, seat);
+  } catch (...) {
+    // What could not be kept can be confirmed again.
+    if (!self.isGone()) inputs_.onSeatSelected = std::move(onSeatSelected);
+    throw;
+  }
   if (!self.isGone()) dismiss();
 }
 

@@ -88,8 +88,9 @@ void HalvoraStatusViewController::presentSeatSelector(std::int64_t venueId) {
   };
   const auto presented = std::make_shared<PresentedSeatSelector>(
       standingOverlay_, platform_.bundles->kit, face_.hasFont, std::move(inputs));
+  // First: half of one would be on screen for good.
+  presented->selector.viewDidLoad();
   seatSelector_ = {presented, &presented->selector};
-  seatSelector_->viewDidLoad();
 }
 
 void HalvoraStatusViewController::seatSelected(const SeatNames& names, SeatPoint seat) {

@@ -55,11 +55,21 @@ void TableRun::build(std::int64_t venueId, SeatPoint seat) {
 // What is stored is of the seat that is chosen now, and the user may have chosen another one while
 // these tables were built: its own come next.
 void TableRun::buildEnded(std::int64_t venueId, SeatPoint seat, int done, int total) {
-  const auto chosen = storage_.hasValidSeatSelectionForVenueId(venueId);
-  if (chosen && *chosen != seat) done = -1;
-  finished_ = {venueId, seat};
-  storage_.setPersistedSeatLUTReady(total > 0 && done >= total, venueId);
-  tell({Kind::end, done, std::max(total, 0)});
+  const Witness self(life_);
+  try {
+    const auto chosen = storage_.hasValidSeatSelectionForVenueId(venueId);
+    if (chosen && *chosen != seat) done = -1;
+    finished_ = {venueId, seat};
+    storage_.setPersistedSeatLUTReady(total > 0 && done >= total, venueId);
+    tell({Kind::end, done, std::max(total, 0)});
+  } catch (const std::bad_alloc&) {
+    // Or it would be under way for good. A later refresh begins again, and finds the tables.
+    if (!self.isGone()) {
+      forget();
+      finished_.reset();
+    }
+    throw;
+  }
 }
 
 // Nobody goes on with tables whose process died, whose run another one has ended, or whose seat was
