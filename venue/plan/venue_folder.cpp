@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <utility>
 
 #include "adapters/linux/linux_files.h"
@@ -18,6 +19,15 @@ namespace halvora {
 namespace {
 
 constexpr std::uint64_t kLastMap = 255;
+
+// Tried twice: a decoder that has no memory for a moment may keep that to itself.
+std::unique_ptr<VideoFrame> anyPictureOf(const VideoAsset& asset) {
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    const auto reader = asset.reader();
+    if (auto frame = reader ? reader->next() : nullptr) return frame;
+  }
+  return nullptr;
+}
 
 class FolderVisit {
  public:
@@ -106,8 +116,7 @@ void FolderVisit::visitVideo(const std::string& id, const std::string& name) {
   if (!std::isfinite(seconds) || seconds <= 0) {
     return add("videoEmpty", name + " has no length: it counts as one frame");
   }
-  const auto reader = asset->reader();
-  const auto frame = reader ? reader->next() : nullptr;
+  const auto frame = anyPictureOf(*asset);
   if (!frame) {
     return add("videoUnreadable", name + " cannot be played: no picture of it can be read");
   }
