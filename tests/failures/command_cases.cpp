@@ -11,7 +11,9 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "adapters/ffmpeg/ffmpeg_movies.h"
@@ -27,6 +29,7 @@
 #include "tests/support/source_tree.h"
 #include "venue/air/radio.h"
 #include "venue/air/transmitter.h"
+#include "venue/plan/lut_build.h"
 
 namespace halvora {
 
@@ -100,13 +103,24 @@ class QuietTransmitter final : public Transmitter {
   std::string failure_;
 };
 
-/// `halvora WORDS`, with what the program itself hands over. What a process has before its `main`
-/// begins is made beforehand.
+using Command = std::function<CommandResult(const Outside&, const Output&)>;
+
+/// `halvora WORDS`.
+Command commandOf(Words words) {
+  std::vector<const char*> arguments{"halvora"};
+  // The letters of a word stay where they are only if the words do.
+  const auto kept = std::make_shared<const Words>(std::move(words));
+  for (const std::string& word : *kept) arguments.push_back(word.c_str());
+  return [kept, arguments = std::move(arguments)](const Outside& outside, const Output& output) {
+    return runCommand(static_cast<int>(arguments.size()), arguments.data(), outside, output);
+  };
+}
+
+/// A command with what the program itself hands over. What a process has before its `main` begins
+/// is made beforehand.
 class Run {
  public:
-  explicit Run(const Words& words) {
-    arguments_.push_back("halvora");
-    for (const std::string& word : words) arguments_.push_back(word.c_str());
+  explicit Run(Command command) : command_(std::move(command)) {
     outside_.encodePicture = pngOf;
     outside_.movies = &kMovies;
     outside_.openRadio = [](const std::string& /*adapter*/) {
@@ -120,7 +134,7 @@ class Run {
 
   void run() {
     printed_.clear();
-    result_ = runCommand(static_cast<int>(arguments_.size()), arguments_.data(), outside_, output_);
+    result_ = command_(outside_, output_);
   }
   int status() const { return result_.status; }
   const std::string& error() const { return result_.error; }
@@ -129,7 +143,7 @@ class Run {
  private:
   static inline const std::atomic<bool> kIsNotInterrupted{false};
 
-  std::vector<const char*> arguments_;
+  const Command command_;
   Outside outside_{kPictures, kVideos, kIsNotInterrupted};
   CommandResult result_;
   std::string printed_;
@@ -152,12 +166,14 @@ class CommandTrial final : public Trial {
   template <class Which>
   CommandTrial(const std::string& folder, const Which& which, Right& right)
       : folder_(folder),
-        words_(placed(which.words(), folder)),
         right_(right),
         tellsWhatItFinds_(requires { Which::kTellsWhatItFinds; }),
         varies_(requires { Which::kVaries; }),
-        grows_(requires { Which::kGrows; }) {
-    if constexpr (requires { which.before(); }) Run(placed(which.before(), folder)).run();
+        grows_(requires { Which::kGrows; }),
+        run_(commandIn(folder, which)) {
+    if constexpr (requires { which.before(); }) {
+      Run(commandOf(placed(which.before(), folder))).run();
+    }
   }
 
   void act() override { run_.run(); }
@@ -217,6 +233,12 @@ class CommandTrial final : public Trial {
     return "";
   }
 
+  template <class Which>
+  static Command commandIn(const std::string& folder, const Which& which) {
+    if constexpr (requires { which.command(folder); }) return which.command(folder);
+    if constexpr (requires { which.words(); }) return commandOf(placed(which.words(), folder));
+  }
+
   /// In a word, % is the trial's folder.
   static Words placed(Words words, const std::string& folder) {
     for (std::string& word : words) {
@@ -227,14 +249,13 @@ class CommandTrial final : public Trial {
   }
 
   std::string folder_;
-  Words words_;
   Right& right_;
   bool tellsWhatItFinds_;
   /// It prints how long it took.
   bool varies_;
   /// What it writes grows with what happens, as a recording does.
   bool grows_;
-  Run run_{words_};
+  Run run_;
 };
 
 template <class Which>
@@ -279,6 +300,24 @@ struct LutRaw {
     return {"lut", "build", preparedClip(), "--seat", "1,2", "--raw", "%/raw", "--threads", "1"};
   }
 };
+/// As with more seats than the heap should hold: the tables lie in a file.
+struct LutInFile {
+  static Command command(const std::string& folder) {
+    LutBuildRequest request;
+    request.video = preparedClip();
+    request.seats = {{1, 2}, {30, 9}};
+    request.documents = folder + "/documents";
+    request.threads = 2;
+    request.mostHeapBytes = 0;
+    return [request](const Outside& outside, const Output& output) {
+      try {
+        return buildLuts(request, outside, output);
+      } catch (const std::bad_alloc&) {
+        return CommandResult{1, "out of memory"};
+      }
+    };
+  }
+};
 struct LutShow {
   static Words before() {
     return {"lut", "build", preparedClip(), "--seat", "1,2", "--documents", "%/documents"};
@@ -315,6 +354,28 @@ struct CrowdRun {
             "2"};
   }
 };
+/// A map whose tables all phones share, in a file.
+struct CrowdMap {
+  static constexpr bool kTellsWhatItFinds = true;
+  static constexpr bool kVaries = true;
+  static Words words() {
+    return {"crowd",
+            "--assets",
+            preparedAssets(),
+            "--venue",
+            "7",
+            "--scenario",
+            sourceTree() + "/tests/failures/pixel_map_show.jsonl",
+            "--out",
+            "%/sheet.png",
+            "--size",
+            "64x32",
+            "--threads",
+            "2",
+            "--fps",
+            "2"};
+  }
+};
 struct Listen {
   static constexpr bool kGrows = true;
   static Words words() { return {"listen", "--for", "1", "--record", "%/heard.jsonl"}; }
@@ -333,9 +394,11 @@ constexpr FailureCase kCases[] = {
     {"halvora-map-draw", {.files = true}, make<MapDraw>},
     {"halvora-lut-build", {.threads = true, .files = true}, make<LutBuild>},
     {"halvora-lut-raw", {.threads = true, .files = true}, make<LutRaw>},
+    {"halvora-lut-in-file", {.threads = true, .files = true}, make<LutInFile>},
     {"halvora-lut-show", {.files = true}, make<LutShow>},
     {"halvora-trace", {.files = true}, make<Trace>},
     {"halvora-crowd", {.threads = true, .files = true}, make<CrowdRun>},
+    {"halvora-crowd-map", {.threads = true, .files = true}, make<CrowdMap>},
     {"halvora-listen", {.files = true}, make<Listen>},
     {"halvora-transmit", {.files = true}, make<TransmitRun>},
 };

@@ -443,7 +443,7 @@ std::optional<Options> read(int count, char** words) {
 std::vector<FailureCase> allCases() {
   std::vector<FailureCase> all;
   for (const auto& some :
-       {showCases(), tableCases(), storageCases(), seatCases(), commandCases()}) {
+       {showCases(), tableCases(), storageCases(), queueCases(), seatCases(), commandCases()}) {
     all.insert(all.end(), some.begin(), some.end());
   }
   return all;

@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// Seat maps out of their documents.
+// Seat maps out of their documents, the wizard, and the status panel from its opening to the seat
+// whose tables are there.
+#include <functional>
 #include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "adapters/json/rapid_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
+#include "halvora/engine.h"
+#include "seats/halvora_status_view_controller.h"
 #include "seats/seat_map_document.h"
 #include "tests/failures/trial.h"
 #include "tests/seats/wizard_room.h"
@@ -97,6 +102,94 @@ class Wizard final : public Trial {
   int refusals_ = 0;
 };
 
+/// A panel in a venue that has a map and a pixel map. Its user taps again where nothing came of it.
+class Panel final : public Trial {
+ public:
+  Panel() {
+    const std::string venue = "/host/HVAssets/Maps/Venue-7";
+    phone_.mainBundle.folder = "/host";
+    phone_.mainBundle.strings = {{"inside_venue", "a text that is in no small string at all"}};
+    phone_.virtualFiles.put(venue + "/map.json", mapDocument());
+    phone_.virtualFiles.put(venue + "/1/video.mp4", "video");
+    phone_.virtualVideos.put(venue + "/1/video.mp4", VirtualVideo::ofWords({0xFFFF0000}));
+    phone_.defaults.setFromOutside("venueID", std::int64_t{7});
+    engine_ = std::make_unique<HalvoraViewController>(phone_.platform());
+    engine_->viewDidLoad();
+  }
+
+  void act() override { walk(); }
+
+  Verdict judge() override {
+    const bool isWhole = refusals_ == 0 && phone_.loop.failures() == 0;
+    for (int again = 0; !isReady() && again < 8; ++again) walk();
+    if (!isReady()) return wrong("no seat can be chosen afterwards: " + seen());
+    const std::string now = seen();
+    static const std::string kRight = now;
+    if (now != kRight) return wrong("shows " + now + " and not " + kRight);
+    panel_.reset();
+    phone_.loop.runFor(milliseconds(2000));
+    engine_.reset();
+    return isWhole ? whole() : refused();
+  }
+
+ private:
+  bool isReady() const { return panel_ != nullptr && panel_->seatLUTReady(); }
+
+  std::string seen() const {
+    if (panel_ == nullptr) return "no panel";
+    const SeatSelectionSummaryRow& row = panel_->views().seatSelectionSummaryRow;
+    const auto seat = panel_->storage().hasValidSeatSelectionForVenueId(7);
+    return panel_->views().statusTextLabel.text + ", " + row.seatSelectionSummaryLabel.text + ", " +
+           (row.seatLUTStatusDot.colour == kDotGreen ? "green" : "amber") + " at " +
+           (seat ? std::to_string(seat->x) + ":" + std::to_string(seat->y) : "no place") +
+           (panel_->presentedAlert() ? ", with an alert" : "");
+  }
+
+  // As a tap is: a turn of its own.
+  void turn(const std::function<void()>& act) {
+    phone_.loop.actAt(phone_.loop.now(), [this, &act] {
+      try {
+        act();
+      } catch (const std::bad_alloc&) {
+        ++refusals_;
+      }
+    });
+    phone_.loop.runFor({});
+  }
+  void open() {
+    auto panel = std::make_unique<HalvoraStatusViewController>(*engine_, phone_.platform());
+    panel->viewDidLoad();
+    panel_ = std::move(panel);
+  }
+  void walk() {
+    if (panel_ == nullptr) turn([this] { open(); });
+    phone_.loop.runFor(milliseconds(1000));
+    if (panel_ == nullptr) return;
+    turn([this] { panel_->dismissAlert(); });
+    turn([this] { panel_->openSeatSelector(); });
+    for (int step = 0; step < 3; ++step) {
+      turn([this] {
+        const auto selector = panel_->presentedSeatSelector();
+        if (!selector) return;
+        selector->pickerDidSelectRow(selector->currentStep() == 0 ? 3 : 1);
+        selector->nextTapped();
+      });
+    }
+    phone_.loop.runFor(milliseconds(3000));
+  }
+
+  static VirtualPhoneSetup setup() {
+    VirtualPhoneSetup setup;
+    setup.documents = "/documents";
+    return setup;
+  }
+
+  VirtualPhone phone_{kJson, setup()};
+  std::unique_ptr<HalvoraViewController> engine_;
+  std::unique_ptr<HalvoraStatusViewController> panel_;
+  int refusals_ = 0;
+};
+
 template <class Made>
 std::unique_ptr<Trial> make(const std::string& /*folder*/) {
   return std::make_unique<Made>();
@@ -105,6 +198,7 @@ std::unique_ptr<Trial> make(const std::string& /*folder*/) {
 constexpr FailureCase kCases[] = {
     {"map-parse", {}, make<MapParse>},
     {"wizard", {}, make<Wizard>},
+    {"panel", {}, make<Panel>},
 };
 
 }  // namespace

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Defaults in a file: read at the start, saved, and saved again after a failure.
+// Defaults in a file: read at the start, saved, and saved again after a failure; folders that are
+// listed and removed.
+#include <cerrno>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "adapters/image/picture_decoder.h"
 #include "adapters/json/rapid_json_reader.h"
@@ -12,6 +15,7 @@
 #include "adapters/standard/file_defaults.h"
 #include "adapters/virtual/virtual_devices.h"
 #include "adapters/virtual/virtual_run_loop.h"
+#include "tests/failures/faults.h"
 #include "tests/failures/trial.h"
 #include "tests/support/source_tree.h"
 #include "text/defaults_values.h"
@@ -104,6 +108,7 @@ class DefaultsSave final : public DefaultsTrial {
   Verdict judge() override {
     const auto stored = stateOf(path_);
     if (!stored || *stored < 1 || *stored > 2) return wrong("a mixture is stored");
+    if (stored == 2 && isKeptFromMedium()) return wrong("what is on no medium is put in place");
     if (stored == 2) isRefused_ = false;
     // The next save, a second later, and the end of the process bring it in.
     write(room_->defaults, 3);
@@ -113,7 +118,57 @@ class DefaultsSave final : public DefaultsTrial {
   }
 
  private:
+  /// The first sync of all is that of the file's bytes.
+  static bool isKeptFromMedium() {
+    const faults::Plan& plan = faults::plan();
+    return plan.kind != nullptr && plan.kind->call == faults::Call::sync && plan.first == 1 &&
+           plan.kind->error != EINTR;
+  }
+
   std::unique_ptr<DefaultsRoom> room_;
+  bool isRefused_ = false;
+};
+
+/// Tables of a venue whose map has changed: looked through, and removed with their folder.
+class FolderRemoval final : public Trial {
+ public:
+  explicit FolderRemoval(const std::string& folder) : folder_(folder + "/tables"), names_(fill()) {}
+
+  void act() override {
+    try {
+      listed_ = files_.list(folder_);
+      files_.removeLeftovers(folder_ + "/");
+    } catch (const std::bad_alloc&) {
+      isRefused_ = true;
+    }
+    try {
+      files_.removeFolder(folder_);
+    } catch (const std::bad_alloc&) {
+      isRefused_ = true;
+    }
+  }
+
+  Verdict judge() override {
+    if (listed_ && *listed_ != names_) return wrong("another list");
+    const bool isGone = !files_.attributes(folder_);
+    files_.removeFolder(folder_);
+    if (files_.attributes(folder_)) return wrong("it cannot be removed afterwards");
+    return isGone && listed_ && !isRefused_ ? whole() : refused();
+  }
+
+ private:
+  std::vector<std::string> fill() {
+    const std::string within = folder_ + "/a name that is longer than small strings are";
+    files_.makeFolder(within);
+    files_.replace(within + "/table.bin", "table");
+    files_.replace(folder_ + "/table.bin", "table");
+    return files_.list(folder_).value_or(std::vector<std::string>());
+  }
+
+  LinuxFiles files_;
+  const std::string folder_;
+  const std::vector<std::string> names_;
+  std::optional<std::vector<std::string>> listed_;
   bool isRefused_ = false;
 };
 
@@ -155,6 +210,7 @@ std::unique_ptr<Trial> make(const std::string& folder) {
 constexpr FailureCase kCases[] = {
     {"defaults-load", {.files = true}, make<DefaultsLoad>},
     {"defaults-save", {.files = true}, make<DefaultsSave>},
+    {"folder-removal", {.files = true}, make<FolderRemoval>},
     {"picture-png", {}, make<Picture<kPng>>},
     {"picture-jpeg", {}, make<Picture<kJpeg>>, 168},
 };

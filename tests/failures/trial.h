@@ -60,6 +60,7 @@ struct FailureCase {
 std::span<const FailureCase> showCases();
 std::span<const FailureCase> tableCases();
 std::span<const FailureCase> storageCases();
+std::span<const FailureCase> queueCases();
 std::span<const FailureCase> seatCases();
 std::span<const FailureCase> commandCases();
 
