@@ -8,6 +8,7 @@
 #include <iomanip>
 #include <locale>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <vector>
 
@@ -78,6 +79,8 @@ std::string exactText(double value) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
   text << std::setprecision(17) << value;
+  // Streams keep want of memory to themselves.
+  if (!text) throw std::bad_alloc();
   return text.str();
 }
 
