@@ -4,6 +4,7 @@
 
 mutate.py                        a sample of every folder, as far as it is not known already
 mutate.py --folder light --all   every place in light/
+mutate.py --folder light --beside    by the tests in tests/light alone, with build/dev as it is
 mutate.py --summary              a table of what is known, a line a folder
 mutate.py --list-survivors       file, line, operator and change of what no test noticed
 
@@ -12,6 +13,9 @@ starts; only what the compiler itself computes is compiled anew for each. One ru
 which test reaches which mutant. Results are kept in build/mutate, one file a folder: a mutant is tried
 again only where its source changed, or the test that noticed it, or, if none did, any test that
 reaches it. What can make no difference stands in scripts/mutants/equivalent.txt with its reason.
+
+With --beside only the folder's own sources are prepared, and linked before the objects of build/dev:
+minutes instead of an hour. What only tests of other folders notice then counts as survived.
 
 Needs what the tests need, gcc and mold. Exit status: 0 where every folder asked for has at least the
 share of --least (90 %) noticed, 1 where one has not, 2 where something else went wrong.
@@ -30,6 +34,8 @@ def main():
         description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter
     )
     parser.add_argument("--folder", action="append", help="only this folder; may be repeated")
+    parser.add_argument("--beside", action="store_true",
+                        help="only by the tests beside a folder, with the objects of build/dev")
     parser.add_argument("--file", action="append", help="only this source; may be repeated")
     parser.add_argument("--sample", type=int, default=100, metavar="N",
                         help="so many mutants a folder, the same ones every time (100)")

@@ -10,13 +10,12 @@ from pathlib import Path
 
 import operators
 import program
-from program import HERE, ROOT, WORK, Trouble  # noqa: F401
+from program import HERE, Trouble
 
 EQUIVALENT = HERE / "equivalent.txt"
 NOTICED = ("killed", "endless")
 # Milliseconds of tests that a mutant gets at most, as they were measured.
 LONGEST = 6_000
-ALONE = WORK / f"halvora_alone-{os.getpid()}"
 
 
 def equivalents():
@@ -40,6 +39,10 @@ def place_of(mutant):
     return " | ".join(parts + ([f"#{mutant.spot}"] if mutant.spot > 1 else []))
 
 
+def alone_path():
+    return program.WORK / f"halvora_alone-{os.getpid()}"
+
+
 def folder_of(path):
     return Path(path).parent.as_posix()
 
@@ -49,14 +52,14 @@ class Results:
 
     def __init__(self):
         self.known = {}
-        for file in sorted(WORK.glob("*.jsonl")):
+        for file in sorted(program.WORK.glob("*.jsonl")):
             for line in file.read_text(encoding="utf-8").splitlines():
                 entry = json.loads(line)
                 self.known[entry["mutant"]] = entry
 
     def add(self, mutant, entry):
         self.known[mutant.key] = entry
-        file = WORK / (folder_of(mutant.path).replace("/", "-") + ".jsonl")
+        file = program.WORK / (folder_of(mutant.path).replace("/", "-") + ".jsonl")
         with open(file, "a", encoding="utf-8") as out:
             out.write(json.dumps(entry, ensure_ascii=False) + "\n")
 
@@ -235,30 +238,22 @@ class Campaign:
 
     def alone(self, source, mutant):
         """A program whose one source was compiled with this mutant and no other."""
-        output = ALONE.with_suffix(".o")
+        alone = alone_path()
+        output = alone.with_suffix(".o")
         text = operators.edited(source.text, mutant.single)
         if source.compiled(text, output) is not None:
             return None
         objects = [other.object for other in self.sources.values() if other is not source]
-        program.link([*objects, output, program.runtime()], ALONE)
-        return ALONE
+        program.link([*objects, output, program.runtime()], alone)
+        return alone
 
-    def summary(self):
-        """Prints the table; whether each folder has the share that is wanted."""
-        least, is_good = self.arguments.least, True
-        total = [0] * 6
-        print("| folder | places | tried | noticed | survived | equivalent | score |")
-        print("|---|---:|---:|---:|---:|---:|---:|")
+    def rows(self):
+        """A line of the table for each folder: its name and its numbers."""
         for folder, mutants in self.wanted().items():
             found = self.tried(mutants)
             noticed = len(found["killed"]) + len(found["endless"])
             lived = len(found["survived"]) + len(found["unreached"])
-            row = [len(mutants), noticed + lived, noticed, lived, len(found["equivalent"])]
-            total = [one + other for one, other in zip(total, row)]
-            print_row(folder, row)
-            is_good = is_good and 100 * noticed >= least * (noticed + lived)
-        print_row("all", total)
-        return is_good
+            yield folder, [len(mutants), noticed + lived, noticed, lived, len(found["equivalent"])]
 
     def list_survivors(self):
         count = 0
@@ -283,6 +278,19 @@ def is_of_the_file(source, mutant):
     return "(" not in head and not head.startswith(("struct", "class", "namespace", "enum"))
 
 
+def print_table(rows, least):
+    """Whether each folder has the share that is wanted."""
+    is_good, total = True, [0] * 5
+    print("| folder | places | tried | noticed | survived | equivalent | score |")
+    print("|---|---:|---:|---:|---:|---:|---:|")
+    for folder, row in rows:
+        total = [one + other for one, other in zip(total, row)]
+        print_row(folder, row)
+        is_good = is_good and 100 * row[2] >= least * row[1]
+    print_row("all", total)
+    return is_good
+
+
 def print_row(name, row):
     tried, noticed = row[1], row[2]
     score = f"{100 * noticed / tried:.0f} %" if tried else "-"
@@ -293,15 +301,27 @@ def say(text):
     print(text, file=sys.stderr, flush=True)
 
 
-def run(arguments):
+def carry_out(arguments):
+    """Tries, or lists, what is asked for; gives the rows of the table."""
     campaign = Campaign(arguments)
     if arguments.list_survivors:
         campaign.list_survivors()
-        return 0
+        return []
     if not arguments.summary:
         try:
             campaign.try_all()
         finally:
-            for left in (ALONE, ALONE.with_suffix(".o")):
+            for left in (alone_path(), alone_path().with_suffix(".o")):
                 left.unlink(missing_ok=True)
-    return 0 if campaign.summary() else 1
+    return list(campaign.rows())
+
+
+def run(arguments):
+    rows = []
+    if arguments.beside:
+        for folder in arguments.folder or ():
+            program.stay_beside(folder)
+            rows += carry_out(arguments)
+    else:
+        rows = carry_out(arguments)
+    return 0 if arguments.list_survivors or print_table(rows, arguments.least) else 1

@@ -17,7 +17,9 @@ namespace halvora_mutants {
 
 /// Where it is in the object file, the mutant cannot be: its types do not allow it.
 template <int Number>
-__attribute__((noinline)) void cannotBe() {}
+__attribute__((noinline)) void cannotBe() {
+  asm volatile("");  // An optimiser would see that it does nothing.
+}
 
 inline bool isInForce(int number) {
   halvoraReached[number] = 1;

@@ -28,9 +28,11 @@ OPTIONS = [
     "-DCMAKE_CXX_FLAGS_DEBUG=-O0 -g0", "-DCMAKE_VERIFY_INTERFACE_HEADER_SETS=OFF",
 ]  # fmt: skip
 # Of folders: the core, the adapters, the venue's tools.
-FOLDERS = ("text", "light", "usage", "pixelmap", "engine", "seats", "host", "adapters", "venue",
-           "apps/halvora")
+FOLDERS = ("text/", "light/", "usage/", "pixelmap/", "engine/", "seats/", "host/", "adapters/",
+           "venue/", "apps/halvora/")
 ELSEWHERE = ("adapters/qt/", "adapters/system/", "apps/halvora/main.cpp")
+# Of one folder alone: see `stay_beside`.
+BESIDE = None
 MOST_MEMORY = 6 << 30
 MOST_FILE = 256 << 20
 
@@ -51,7 +53,20 @@ def call(command, **more):
     return subprocess.run(command, capture_output=True, text=True, cwd=BUILD, **more)
 
 
+def stay_beside(folder):
+    """From now on this folder alone, by the tests beside it, and the build that is in use anyway."""
+    global WORK, BUILD, PROGRAM, REACHED, BESIDE
+    BESIDE = folder
+    BUILD = ROOT / "build/dev"
+    WORK = ROOT / "build/mutate/beside" / folder.replace("/", "-")
+    PROGRAM = WORK / "halvora_mutants"
+    REACHED = WORK / "reached.tsv"
+    link_command.cache_clear()
+
+
 def build_tests():
+    if BESIDE and not (BUILD / "build.ninja").exists():
+        raise Trouble("build/dev is not configured")
     if not (BUILD / "build.ninja").exists():
         done = subprocess.run(["cmake", "--preset", "dev", "-B", str(BUILD), *OPTIONS], cwd=ROOT)
         if done.returncode:
@@ -69,7 +84,9 @@ def compile_commands():
         if not file.is_relative_to(ROOT) or file.is_relative_to(BUILD):
             continue
         path = file.relative_to(ROOT).as_posix()
-        if path.split("/")[0] in FOLDERS and not path.startswith(ELSEWHERE):
+        if BESIDE and Path(path).parent.as_posix() != BESIDE:
+            continue
+        if path.startswith(FOLDERS) and not path.startswith(ELSEWHERE):
             words = shlex.split(entry["command"])
             at = words.index("-o")
             words = [word for word in words[:at] if "ccache" not in word]
@@ -274,7 +291,13 @@ def files_of_tests():
         suites = json.loads(listing.read_text(encoding="utf-8"))["testsuites"]
     return {f"{suite['name']}.{test['name']}": str((BUILD / test["file"]).resolve())
             for suite in suites for test in suite["testsuite"]
-            if "DISABLED_" not in suite["name"] + test["name"]}  # fmt: skip
+            if "DISABLED_" not in suite["name"] + test["name"] and is_beside(test["file"])}  # fmt: skip
+
+
+def is_beside(file):
+    if BESIDE is None:
+        return True
+    return os.path.relpath(BUILD / file, ROOT).startswith(f"tests/{BESIDE}/")
 
 
 def trace(names):
@@ -357,7 +380,8 @@ def notice(program, number, names, milliseconds):
                 preexec_fn=limits(seconds),
                 env=environment(scratch / "in") | {"HALVORA_MUTANT": str(number)})  # fmt: skip
             try:
-                status = process.wait(timeout=10 + 3 * seconds)
+                # On a machine that is busy with other things too.
+                status = process.wait(timeout=30 + 6 * seconds)
             except subprocess.TimeoutExpired:
                 status = None
             finally:
