@@ -1,22 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/qt/qt_absent_services.h"
 
+#include "adapters/standard/radio_manager.h"
+
 namespace halvora {
 
 namespace {
 
-class AbsentManager final : public CentralManager {
+class AbsentManager final : public RadioManager {
  public:
-  AbsentManager(RunLoop& loop, CentralManagerDelegate& delegate)
-      : report_(loop, loop.soon([&delegate] {
-          delegate.centralManagerDidUpdateState(CentralState::unsupported);
-        })) {}
+  using RadioManager::RadioManager;
   CentralState state() const override { return CentralState::unsupported; }
-  void scanForPeripherals(const ScanOptions& /*options*/) override {}
-  void stopScan() override {}
-
- private:
-  Timer report_;
 };
 
 }  // namespace

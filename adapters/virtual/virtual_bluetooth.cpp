@@ -3,45 +3,34 @@
 
 #include <algorithm>
 
+#include "adapters/standard/radio_manager.h"
+
 namespace halvora {
 
-class VirtualBluetooth::Manager final : public CentralManager {
+class VirtualBluetooth::Manager final : public RadioManager {
  public:
   Manager(VirtualBluetooth& radio, CentralManagerDelegate& delegate)
-      : radio_(radio), delegate_(delegate), firstReport_(radio.loop_, radio.loop_.soon([this] {
-          delegate_.centralManagerDidUpdateState(radio_.state_);
-        })) {
+      : RadioManager(radio.loop_, delegate), radio_(radio) {
     radio_.managers_.push_back(this);
   }
   ~Manager() override { radio_.forget(this); }
-  Manager(const Manager&) = delete;
-  Manager& operator=(const Manager&) = delete;
 
   CentralState state() const override { return radio_.state_; }
-
-  void scanForPeripherals(const ScanOptions&) override {
-    begin();
+  void scanForPeripherals(const ScanOptions& options) override {
+    RadioManager::scanForPeripherals(options);
     radio_.log.add(RadioAct::scanStarted);
   }
   void stopScan() override {
-    isScanning = false;
+    RadioManager::stopScan();
     radio_.log.add(RadioAct::scanStopped);
   }
-  void restartScan(const ScanOptions&) override {
-    begin();
+  void restartScan(const ScanOptions& options) override {
+    RadioManager::scanForPeripherals(options);
     radio_.log.add(RadioAct::scanRestarted);
   }
 
-  CentralManagerDelegate& delegate() { return delegate_; }
-  bool isScanning = false;
-
  private:
-  // A scan asked for without power never begins.
-  void begin() { isScanning = radio_.state_ == CentralState::poweredOn; }
-
   VirtualBluetooth& radio_;
-  CentralManagerDelegate& delegate_;
-  Timer firstReport_;
 };
 
 std::unique_ptr<CentralManager> VirtualBluetooth::makeManager(CentralManagerDelegate& delegate) {
@@ -56,8 +45,7 @@ void VirtualBluetooth::setState(CentralState state) {
   const std::vector<Manager*> managers = managers_;
   for (Manager* manager : managers) {
     if (manager == nullptr || std::ranges::find(managers_, manager) == managers_.end()) continue;
-    if (state != CentralState::poweredOn) manager->isScanning = false;
-    manager->delegate().centralManagerDidUpdateState(state);
+    manager->stateChanged(state);
   }
 }
 
@@ -66,7 +54,7 @@ bool VirtualBluetooth::advertise(const Advertisement& advertisement) {
   // A delegate may make or give up managers while it is called; no list is copied for each packet.
   ++telling_;
   for (std::size_t at = 0; at < managers_.size(); ++at) {
-    if (managers_[at] == nullptr || !managers_[at]->isScanning) continue;
+    if (managers_[at] == nullptr || !managers_[at]->isScanning()) continue;
     isHeard = true;
     managers_[at]->delegate().didDiscoverPeripheral(advertisement);
   }
@@ -83,8 +71,9 @@ void VirtualBluetooth::forget(const Manager* manager) {
 }
 
 bool VirtualBluetooth::isScanning() const {
-  return std::ranges::any_of(
-      managers_, [](const Manager* manager) { return manager != nullptr && manager->isScanning; });
+  return std::ranges::any_of(managers_, [](const Manager* manager) {
+    return manager != nullptr && manager->isScanning();
+  });
 }
 
 }  // namespace halvora

@@ -5,6 +5,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "adapters/standard/radio_manager.h"
+
 namespace halvora {
 
 namespace {
@@ -77,36 +79,20 @@ std::vector<CrowdDefaults::Entry>::const_iterator CrowdDefaults::entryOf(
                               [key](const Entry& entry) { return entry.key->name == key; });
 }
 
-class CrowdRadio::Manager final : public CentralManager {
+class CrowdRadio::Manager final : public RadioManager {
  public:
   Manager(CrowdRadio& radio, CentralManagerDelegate& delegate)
-      : radio_(radio), delegate_(delegate), firstReport_(radio.loop_.soon([this] {
-          delegate_.centralManagerDidUpdateState(radio_.state_);
-        })) {
+      : RadioManager(radio.loop_, delegate), radio_(radio) {
     radio_.manager_ = this;
   }
   ~Manager() override {
-    radio_.loop_.cancel(firstReport_);
     if (radio_.manager_ == this) radio_.manager_ = nullptr;
   }
-  Manager(const Manager&) = delete;
-  Manager& operator=(const Manager&) = delete;
 
   CentralState state() const override { return radio_.state_; }
-  // A scan asked for without power never begins.
-  void scanForPeripherals(const ScanOptions&) override {
-    isScanning = radio_.state_ == CentralState::poweredOn;
-  }
-  void stopScan() override { isScanning = false; }
-  void restartScan(const ScanOptions& options) override { scanForPeripherals(options); }
-
-  CentralManagerDelegate& delegate() { return delegate_; }
-  bool isScanning = false;
 
  private:
   CrowdRadio& radio_;
-  CentralManagerDelegate& delegate_;
-  TimerId firstReport_;
 };
 
 std::unique_ptr<CentralManager> CrowdRadio::makeManager(CentralManagerDelegate& delegate) {
@@ -116,15 +102,13 @@ std::unique_ptr<CentralManager> CrowdRadio::makeManager(CentralManagerDelegate& 
 void CrowdRadio::setState(CentralState state) {
   if (state == state_) return;
   state_ = state;
-  if (manager_ == nullptr) return;
-  if (state != CentralState::poweredOn) manager_->isScanning = false;
-  manager_->delegate().centralManagerDidUpdateState(state);
+  if (manager_ != nullptr) manager_->stateChanged(state);
 }
 
 void CrowdRadio::advertise(std::span<const std::uint8_t> manufacturerData) {
   if (isScanning()) manager_->delegate().didDiscoverPeripheral({manufacturerData});
 }
 
-bool CrowdRadio::isScanning() const { return manager_ != nullptr && manager_->isScanning; }
+bool CrowdRadio::isScanning() const { return manager_ != nullptr && manager_->isScanning(); }
 
 }  // namespace halvora

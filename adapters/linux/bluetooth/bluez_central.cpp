@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "adapters/standard/radio_manager.h"
+
 namespace halvora {
 
 namespace {
@@ -12,43 +14,32 @@ constexpr Duration kLastLook = milliseconds(2000);
 
 }  // namespace
 
-class BluezCentral::Manager final : public CentralManager {
+class BluezCentral::Manager final : public RadioManager {
  public:
   Manager(BluezCentral& central, CentralManagerDelegate& delegate)
-      : central_(central),
-        delegate_(delegate),
-        firstReport_(central.loop_, central.loop_.soon([this] {
-          hasReported_ = true;
-          stateChanged(central_.state_);
-        })) {
+      : RadioManager(central.loop_, delegate), central_(central) {
     central_.managers_.push_back(this);
   }
   ~Manager() override {
     std::erase(central_.managers_, this);
     central_.wishesChanged();
   }
-  Manager(const Manager&) = delete;
-  Manager& operator=(const Manager&) = delete;
 
   CentralState state() const override { return central_.state_; }
-  void scanForPeripherals(const ScanOptions&) override {
-    // A scan asked for without power never begins.
-    setScanning(central_.state_ == CentralState::poweredOn);
-  }
-  void stopScan() override { setScanning(false); }
-  void restartScan(const ScanOptions& options) override { scanForPeripherals(options); }
-
-  bool isScanning() const { return isScanning_; }
-  // Losing power ends a scan. A change before the first report is part of it.
-  void stateChanged(CentralState state) {
-    if (state != CentralState::poweredOn) isScanning_ = false;
-    if (hasReported_) tell([&] { delegate_.centralManagerDidUpdateState(state); });
-  }
   void heard(const Advertisement& advertisement) {
-    if (isScanning_) tell([&] { delegate_.didDiscoverPeripheral(advertisement); });
+    if (isScanning()) tell([&] { delegate().didDiscoverPeripheral(advertisement); });
   }
 
  private:
+  // A change before the first report is part of it.
+  void report(CentralState state) override {
+    if (hasReported()) tell([&] { RadioManager::report(state); });
+  }
+  void setScanning(bool isWanted) override {
+    if (isWanted == isScanning()) return;
+    RadioManager::setScanning(isWanted);
+    central_.wishesChanged();
+  }
   // A delegate that throws harms neither the others nor the radio. It may be the end of this
   // manager, and not of the central.
   template <class Call>
@@ -60,17 +51,8 @@ class BluezCentral::Manager final : public CentralManager {
       ++central.delegateFailures_;
     }
   }
-  void setScanning(bool isScanning) {
-    if (isScanning == isScanning_) return;
-    isScanning_ = isScanning;
-    central_.wishesChanged();
-  }
 
   BluezCentral& central_;
-  CentralManagerDelegate& delegate_;
-  Timer firstReport_;
-  bool hasReported_ = false;
-  bool isScanning_ = false;
 };
 
 BluezCentral::BluezCentral(RunLoop& loop, BluezService& service, const BluezSettings& settings)
