@@ -130,7 +130,8 @@ const BluezScan::Trial& BluezScan::pastOf(const std::string& path) const {
 
 Duration BluezScan::nextStart() const {
   const Duration between = hasNoRepeats_ ? settings_.silenceOfRepeats : settings_.betweenStarts;
-  return starts_ > 0 ? std::max(loop_.now(), lastStart_ + between) : loop_.now();
+  const Duration earliest = std::max(loop_.now(), governor_.earliest());
+  return starts_ > 0 ? std::max(earliest, lastStart_ + between) : earliest;
 }
 
 const BluezAdapter* BluezScan::adapter() const {
@@ -241,6 +242,12 @@ Duration BluezScan::endOfRun() const {
   // Without power there is nothing to hear, and nothing to be done about it.
   if (target == nullptr) return Duration::max();
   if (target->path != path_) return loop_.now();
+  // A run that could not begin anew goes on.
+  return std::max(endOfHearing(), governor_.earliest());
+}
+
+// When this run is to give way to a new one.
+Duration BluezScan::endOfHearing() const {
   const Duration earliest = lastStart_ + settings_.betweenStarts;
   if (isRestartDue_) return earliest;
   if (isWaitingForActivation()) return std::max(lastStart_ + kActivationTime, earliest);
@@ -264,6 +271,7 @@ void BluezScan::start(const BluezAdapter& adapter) {
   isRestartDue_ = false;
   lastStart_ = loop_.now();
   trial.lastStart = lastStart_;
+  governor_.started(lastStart_);
   ++starts_;
   phase_ = Phase::starting;
   service_.start(path_, method_);

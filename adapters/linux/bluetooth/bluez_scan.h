@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "adapters/linux/bluetooth/bluez_service.h"
+#include "adapters/standard/start_governor.h"
 #include "halvora/platform/run_loop.h"
 
 namespace halvora {
@@ -21,12 +22,13 @@ struct BluezSettings {
   /// The same under a controller that was seen to report each device once a scan. Short enough for
   /// a packet in each of the engine's seconds, which else takes the venue for left after a while.
   Duration silenceOfRepeats = milliseconds(600);
-  /// The shortest time between two starts for any other reason. Longer, like the one above, for a
-  /// system that starves applications which begin to scan often.
+  /// The shortest time between two starts for any other reason.
   Duration betweenStarts = milliseconds(1000);
   /// The shortest time between two starts of a monitor for silence alone, which need it less: they
   /// see what a controller would hold back.
   Duration betweenRegistrations = milliseconds(10000);
+  /// For a system that starves an application which begins to scan too often; none by itself.
+  StartLimit startLimit = {};
   /// The one adapter to scan on, as the system calls it ("hci1"), waited for if it is not there;
   /// empty for whichever works.
   std::string adapter = {};
@@ -35,7 +37,7 @@ struct BluezSettings {
 class BluezScan {
  public:
   BluezScan(RunLoop& loop, BluezService& service, const BluezSettings& settings)
-      : loop_(loop), service_(service), settings_(settings) {}
+      : loop_(loop), service_(service), settings_(settings), governor_(settings.startLimit) {}
 
   /// A scan that is no longer wanted goes on for a moment, so that a client may stop and start it
   /// as often as it likes.
@@ -89,6 +91,7 @@ class BluezScan {
   void settleAt(Duration time);
   bool isLost() const;
   Duration endOfRun() const;
+  Duration endOfHearing() const;
   Duration returnTime() const;
   /// Null where it is gone, or has no power.
   const BluezAdapter* powered(const std::string& path) const;
@@ -105,6 +108,7 @@ class BluezScan {
   RunLoop& loop_;
   BluezService& service_;
   const BluezSettings settings_;
+  StartGovernor governor_;
   Timer timer_;
   Phase phase_ = Phase::idle;
   bool isWanted_ = false;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a scan counts and when it forgets it again: pauses after failures, looks, monitors, haste.
+#include <chrono>
+#include <cstdint>
 #include <stdexcept>
 #include <utility>
 
@@ -270,6 +272,32 @@ TEST_F(BluezPauses, AMonitorOnAnAdapterThatLostItsPowerGivesWayAtOnceToAnAdapter
   bluez.become({BluezReach::there, {{"hci0", false, true}, kOther}});
   loop.runFor(Duration::zero());
   EXPECT_THAT(bluez.drain(), ElementsAre("stop", "discover hci1"));
+}
+
+// How often the daemon is asked to scan in two minutes of silence.
+class BluezStartLimit : public BluezPauses {
+ protected:
+  std::uint64_t startsInTwoMinutes() {
+    begin();
+    loop.runFor(std::chrono::minutes(2));
+    return central->diagnostics().starts;
+  }
+};
+
+TEST_F(BluezStartLimit, WithoutOneSilenceBeginsAScanEverySecond) {
+  EXPECT_EQ(startsInTwoMinutes(), 120U);
+}
+
+TEST_F(BluezStartLimit, WithOneAScanGoesOnUntilAnotherMayBegin) {
+  settings.startLimit = {5, milliseconds(30'000)};
+  EXPECT_EQ(startsInTwoMinutes(), 21U);
+  EXPECT_TRUE(isScanning());
+}
+
+TEST_F(BluezStartLimit, FailuresCountToo) {
+  settings.startLimit = {5, milliseconds(30'000)};
+  bluez.startGives = BluezOutcome::failed;
+  EXPECT_EQ(startsInTwoMinutes(), 21U);
 }
 
 }  // namespace
