@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "adapters/ffmpeg/libav.h"
-#include "adapters/ffmpeg/pixel_layout.h"
+#include "adapters/standard/pixel_layout.h"
 #include "halvora/platform/video_asset.h"
 
 namespace halvora {

@@ -9,10 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "adapters/ffmpeg/ffmpeg_videos.h"
-#include "adapters/image/picture_decoder.h"
-#include "adapters/json/rapid_json_reader.h"
-#include "adapters/linux/linux_files.h"
 #include "adapters/qt/qt_absent_services.h"
 #include "adapters/qt/qt_application.h"
 #include "adapters/qt/qt_http.h"
@@ -26,7 +22,7 @@
 #include "adapters/standard/system_clock.h"
 #include "adapters/standard/thread_queues.h"
 #include "adapters/standard/thread_workers.h"
-#include "halvora/platform/absent.h"
+#include "halvora/platform/bundle.h"
 #include "halvora/platform/video_player.h"
 #ifdef HALVORA_HAS_MULTIMEDIA
 #include "adapters/qt/qt_video_player.h"
@@ -82,14 +78,19 @@ std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& j
 }  // namespace
 
 struct QtPlatform::Needs {
-  explicit Needs(const QtPlatformOptions& options)
+  Needs(const QtPlatformOptions& options, const QtPlatformLibraries& libraries)
       : engineOptions{.usageEndpoints = options.usageEndpoints,
                       .usageReports = options.usageReports},
         documents(documentsOf(options)),
-        defaults(documents + "/defaults.json", {files, json, runLoop, queues}),
+        json(libraries.json),
+        defaults(documents + "/defaults.json", {libraries.files, json, runLoop, queues}),
         main(assetsOf(options), identifierOf(options), languages(), json, kitTexts(json)),
         kit(kitBundle(options.kit, json)),
-        http(options.allowsPlainHttp) {}
+        http(options.allowsPlainHttp) {
+    platform.images = libraries.images;
+    platform.files = libraries.files;
+    platform.videoAssets = libraries.videoAssets;
+  }
 
   const EngineOptions engineOptions;
   const std::string documents;
@@ -99,10 +100,7 @@ struct QtPlatform::Needs {
   SystemWallClock wallClock;
   SystemCalendar calendar;
   SeededRandom random{QRandomGenerator::global()->generate64()};
-  RapidJsonReader json;
-  PictureDecoder images;
-  LinuxFiles files;
-  FfmpegVideoAssets videoAssets;
+  const JsonReader& json;
   ThreadWorkers workers;
   FileDefaults defaults;
   FolderBundle main;
@@ -131,21 +129,12 @@ struct QtPlatform::Needs {
                     .bundles = bundles,
                     .http = http,
                     .json = json,
-                    .images = images,
                     .videoPlayers = videoPlayers,
-                    .files = files,
-                    .videoAssets = videoAssets,
                     .workers = workers};
 };
 
-QtPlatform& QtPlatform::sharedInstance(const QtPlatformOptions& options) {
-  // Never destroyed, as the process's engine stands on it.
-  static auto* const kInstance = new QtPlatform(options);
-  return *kInstance;
-}
-
-QtPlatform::QtPlatform(const QtPlatformOptions& options)
-    : needs_(std::make_unique<Needs>(options)) {}
+QtPlatform::QtPlatform(const QtPlatformOptions& options, const QtPlatformLibraries& libraries)
+    : needs_(std::make_unique<Needs>(options, libraries)) {}
 
 QtPlatform::~QtPlatform() = default;
 

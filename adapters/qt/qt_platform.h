@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// A phone, or a desktop, as Qt and the system's libraries see it: every need of the kit, ready for
-// an engine. A host makes one and keeps it for as long as its engine, or uses the process's one.
-// Main thread; needs an application object.
+// A phone, or a desktop, as Qt and standard C++ see it, with the libraries that it is handed: every
+// need of the kit, ready for an engine. Owned by whoever puts them together; main thread; needs an
+// application object.
 #pragma once
 
 #include <memory>
@@ -9,9 +9,14 @@
 
 #include "adapters/qt/qt_platform_services.h"
 #include "halvora/engine.h"
-#include "halvora/platform/bundle.h"
+#include "halvora/platform/absent.h"
+#include "halvora/platform/files.h"
+#include "halvora/platform/image.h"
+#include "halvora/platform/json.h"
+#include "halvora/platform/need.h"
 #include "halvora/platform/platform.h"
 #include "halvora/platform/run_loop.h"
+#include "halvora/platform/video_asset.h"
 
 namespace halvora {
 
@@ -32,12 +37,17 @@ struct QtPlatformOptions {
   bool allowsPlainHttp = false;
 };
 
+/// What is neither Qt's nor standard C++. They outlive the platform.
+struct QtPlatformLibraries {
+  NeedRef<const JsonReader> json;
+  NeedRef<Files> files;
+  NeedRef<const ImageDecoder> images = absent::images();
+  NeedRef<const VideoAssets> videoAssets = absent::videoAssets();
+};
+
 class QtPlatform {
  public:
-  /// The process's one. The first call makes it, of those options; it is never destroyed.
-  static QtPlatform& sharedInstance(const QtPlatformOptions& options = {});
-
-  explicit QtPlatform(const QtPlatformOptions& options = {});
+  QtPlatform(const QtPlatformOptions& options, const QtPlatformLibraries& libraries);
   ~QtPlatform();
   QtPlatform(const QtPlatform&) = delete;
   QtPlatform& operator=(const QtPlatform&) = delete;

@@ -8,7 +8,7 @@ import HalvoraDemo
 Window {
     id: window
 
-    required property SystemPhone system
+    required property SystemHost system
     readonly property bool isFull: visibility === Window.FullScreen
 
     objectName: "systemWindow"

@@ -28,7 +28,7 @@
 #include "faces/qt/light_surface.h"
 
 #ifdef HALVORA_HAS_BLUETOOTH
-#include "apps/console/system_phone.h"
+#include "apps/console/system_host.h"
 #endif
 
 Q_IMPORT_QML_PLUGIN(HalvoraPlugin)
@@ -183,7 +183,7 @@ int showSystem(const ShowFiles& files, const DemoOptions& options) {
   if (!options.contactSheet.empty()) {
     return fail({"--radio system: no display to open the phone on (see --screenshot)", 1});
   }
-  SystemPhone phone(files.assets, {.adapter = options.adapter});
+  SystemHost phone(files.assets, {.adapter = options.adapter});
   QQmlApplicationEngine qml;
   phone.install(qml);
   QQuickWindow* window = openWindow(qml, "SystemWindow.qml", "system", phone);

@@ -39,7 +39,8 @@ QQuickItem* findBelow(QQuickItem* item, const QString& name) {
 BenchWindow::BenchWindow(const std::string& assets, const QString& text)
     : phone_({.assets = assets,
               .documents = documents_.path().toStdString(),
-              .identifier = "com.example.host"}) {
+              .identifier = "com.example.host"},
+             {.json = json_, .files = files_, .images = images_, .videoAssets = videos_}) {
   Platform platform = phone_.platform();
   platform.runLoop = loop_;
   platform.bluetooth = radio_;

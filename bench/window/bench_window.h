@@ -17,6 +17,10 @@
 #include <optional>
 #include <string>
 
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/image/picture_decoder.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/linux/linux_files.h"
 #include "adapters/qt/qt_platform.h"
 #include "adapters/virtual/virtual_bluetooth.h"
 #include "bench/window/counting_run_loop.h"
@@ -59,6 +63,10 @@ class BenchWindow {
 
  private:
   QTemporaryDir documents_;
+  const RapidJsonReader json_;
+  LinuxFiles files_;
+  const PictureDecoder images_;
+  const FfmpegVideoAssets videos_;
   QtPlatform phone_;
   CountingRunLoop loop_{phone_.runLoop()};
   VirtualBluetooth radio_{loop_};

@@ -3,13 +3,13 @@
 #include <QQmlApplicationEngine>
 #include <QUrl>
 
-#include "adapters/qt/qt_platform.h"
+#include "adapters/system/system_phone.h"
 
 int main(int argumentCount, char** arguments) {
   QGuiApplication application(argumentCount, arguments);
   QGuiApplication::setOrganizationDomain(QStringLiteral("example.com"));
   QGuiApplication::setApplicationName(QStringLiteral("qml-host"));
-  if (argumentCount > 1) halvora::QtPlatform::sharedInstance({.assets = arguments[1]});
+  if (argumentCount > 1) halvora::SystemPhone::sharedInstance({.assets = arguments[1]});
 
   QQmlApplicationEngine engine;
   engine.addImportPath(QStringLiteral("qrc:/qt/qml"));

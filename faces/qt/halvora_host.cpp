@@ -4,7 +4,6 @@
 #include <QPointer>
 #include <memory>
 
-#include "adapters/qt/qt_platform.h"
 #include "faces/qt/halvora_view_item.h"
 
 namespace halvora {
@@ -15,21 +14,11 @@ HalvoraHost* installedIn(const QQmlEngine& engine) {
   return engine.findChild<HalvoraHost*>(QString(), Qt::FindDirectChildrenOnly);
 }
 
-HalvoraViewController& systemsEngine(QtPlatform& system) {
-  static HalvoraViewController& engine = [&system]() -> HalvoraViewController& {
-    auto& made = HalvoraViewController::sharedInstance(system.platform(), system.engineOptions());
-    made.viewDidLoad();
-    return made;
-  }();
-  return engine;
-}
-
 }  // namespace
 
 HalvoraHost& HalvoraHost::of(QQmlEngine& engine) {
-  if (HalvoraHost* host = installedIn(engine)) return *host;
-  QtPlatform& system = QtPlatform::sharedInstance();
-  return *new HalvoraHost(engine, system.platform(), systemsEngine(system));
+  if (installedIn(engine) == nullptr) installSystem(engine);
+  return *installedIn(engine);
 }
 
 void HalvoraHost::install(QQmlEngine& engine, const Platform& platform,

@@ -23,6 +23,9 @@ class HalvoraHost : public QObject {
  public:
   /// What was installed in that QML engine; else, from the first call on, the system's.
   static HalvoraHost& of(QQmlEngine& engine);
+  /// Installs this machine and the process's one engine. Defined by whoever puts the module
+  /// together with what this machine has, as a face knows no system.
+  static void installSystem(QQmlEngine& engine);
   /// In place of what was installed before: items that were made with that are dark and empty from
   /// then on, and it may be destroyed as soon as this returns. The controller has its view loaded.
   /// The needs outlive the QML engine, or are kept until something else was installed. So does the

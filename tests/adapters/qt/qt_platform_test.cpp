@@ -26,6 +26,7 @@
 #include "halvora/platform/screen.h"
 #include "halvora/platform/torch.h"
 #include "halvora/platform/user_defaults.h"
+#include "tests/adapters/qt/qt_phone.h"
 #include "tests/faces/qt/event_wait.h"
 #include "tests/faces/qt/qml_bench.h"
 #include "text/defaults_values.h"
@@ -56,7 +57,7 @@ struct QtPlatformTest : testing::Test {
 };
 
 TEST_F(QtPlatformTest, IsOnePlatformForAsLongAsItLives) {
-  QtPlatform phone(options());
+  QtPhone phone(options());
   const Platform& platform = phone.platform();
   EXPECT_EQ(&phone.platform(), &platform);
   EXPECT_EQ(&*platform.runLoop, &phone.runLoop());
@@ -67,7 +68,7 @@ TEST_F(QtPlatformTest, TheMainBundleIsTheHostsFolder) {
   write("assets/strings/en.json", R"({"inside_venue": "You are in"})");
   QtPlatformOptions wanted = options();
   wanted.identifier = "com.example.concert";
-  QtPlatform phone(wanted);
+  QtPhone phone(wanted);
   const Bundles& bundles = phone.platform().bundles;
   EXPECT_EQ(bundles.main.resourcePath(), path("assets"));
   EXPECT_EQ(bundles.main.readResource("HVAssets/palettes.json", 100), "{}");
@@ -80,7 +81,7 @@ TEST_F(QtPlatformTest, TheIdentifierIsTheApplicationsDomainAndName) {
   const QString domain = QCoreApplication::organizationDomain();
   const QString name = QCoreApplication::applicationName();
   const auto identifier = [this] {
-    return QtPlatform(options()).platform().bundles->main.identifier();
+    return QtPhone(options()).platform().bundles->main.identifier();
   };
   QCoreApplication::setOrganizationDomain(QStringLiteral("shows.example.com"));
   QCoreApplication::setApplicationName(QStringLiteral("concert"));
@@ -93,7 +94,7 @@ TEST_F(QtPlatformTest, TheIdentifierIsTheApplicationsDomainAndName) {
 
 TEST_F(QtPlatformTest, TheKitsTextsAreCompiledIn) {
   QLocale::setDefault(QLocale(QLocale::English));
-  QtPlatform phone(options());
+  QtPhone phone(options());
   const Bundle& kit = phone.platform().bundles->kit;
   EXPECT_EQ(kit.localizedString(kSeatButton), "Select Seat");
   EXPECT_EQ(kit.localizedString("no_such_key"), "no_such_key");
@@ -106,9 +107,9 @@ TEST_F(QtPlatformTest, AKitOfTheHostsOwnTakesItsPlace) {
   QtPlatformOptions wanted = options();
   wanted.kit = path("kit");
   QLocale::setDefault(QLocale(QLocale::English));
-  EXPECT_EQ(QtPlatform(wanted).platform().bundles->kit.localizedString(kSeatButton), "Pick");
+  EXPECT_EQ(QtPhone(wanted).platform().bundles->kit.localizedString(kSeatButton), "Pick");
   QLocale::setDefault(QLocale(QLocale::Dutch, QLocale::Belgium));
-  EXPECT_EQ(QtPlatform(wanted).platform().bundles->kit.localizedString(kSeatButton), "Kies");
+  EXPECT_EQ(QtPhone(wanted).platform().bundles->kit.localizedString(kSeatButton), "Kies");
 }
 
 TEST_F(QtPlatformTest, WhatAHostsTablesLackIsCompiledInKeyByKey) {
@@ -118,7 +119,7 @@ TEST_F(QtPlatformTest, WhatAHostsTablesLackIsCompiledInKeyByKey) {
   wanted.kit = path("kit");
   QLocale::setDefault(QLocale(QLocale::English));
   {
-    QtPlatform phone(wanted);
+    QtPhone phone(wanted);
     const Bundles& bundles = phone.platform().bundles;
     EXPECT_EQ(bundles.kit.localizedString(kSeatButton), "Pick");
     EXPECT_EQ(bundles.kit.localizedString("allow_lightshow"), "Join the Light Show");
@@ -128,7 +129,7 @@ TEST_F(QtPlatformTest, WhatAHostsTablesLackIsCompiledInKeyByKey) {
   }
   // In the user's language where the kit has it, and the host's words before the kit's.
   QLocale::setDefault(QLocale(QLocale::German));
-  QtPlatform phone(wanted);
+  QtPhone phone(wanted);
   const Bundles& bundles = phone.platform().bundles;
   EXPECT_EQ(bundles.kit.localizedString(kSeatButton), "Pick");
   EXPECT_EQ(bundles.main.localizedString("outside_venue").substr(0, 8), "Du bist ");
@@ -136,7 +137,7 @@ TEST_F(QtPlatformTest, WhatAHostsTablesLackIsCompiledInKeyByKey) {
 
 TEST_F(QtPlatformTest, AHostWithoutTextsShowsNoKeys) {
   QLocale::setDefault(QLocale(QLocale::English));
-  QtPlatform phone(options());
+  QtPhone phone(options());
   HalvoraViewController controller(phone.platform(), phone.engineOptions());
   controller.viewDidLoad();
   controller.start();
@@ -157,15 +158,15 @@ TEST_F(QtPlatformTest, AResourceBundleReadsWholeResourcesUpToALimit) {
 
 TEST_F(QtPlatformTest, DefaultsLast) {
   {
-    QtPlatform phone(options());
+    QtPhone phone(options());
     phone.platform().defaults->set("venueID", std::int64_t{7});
   }
-  QtPlatform phone(options());
+  QtPhone phone(options());
   EXPECT_EQ(integerForKey(phone.platform().defaults, "venueID"), 7);
 }
 
 TEST_F(QtPlatformTest, WhatAMachineLacksIsAQuietNothing) {
-  QtPlatform phone(options());
+  QtPhone phone(options());
   const Platform& platform = phone.platform();
   EXPECT_FALSE(platform.torch->hasTorch());
   EXPECT_FALSE(platform.torch->hasFlash());
@@ -185,7 +186,7 @@ struct Delegate final : CentralManagerDelegate {
 };
 
 TEST_F(QtPlatformTest, WithoutARadioBluetoothIsAllowedAndUnsupported) {
-  QtPlatform phone(options());
+  QtPhone phone(options());
   BluetoothCentral& bluetooth = phone.platform().bluetooth;
   EXPECT_EQ(bluetooth.authorization(), BluetoothAuthorization::allowedAlways);
   Delegate delegate;
@@ -200,7 +201,7 @@ TEST_F(QtPlatformTest, WithoutARadioBluetoothIsAllowedAndUnsupported) {
 }
 
 TEST_F(QtPlatformTest, AManagerThatIsGoneReportsNothing) {
-  QtPlatform phone(options());
+  QtPhone phone(options());
   Delegate delegate;
   phone.platform().bluetooth->makeManager(delegate);
   bool isOver = false;
@@ -210,7 +211,7 @@ TEST_F(QtPlatformTest, AManagerThatIsGoneReportsNothing) {
 }
 
 TEST_F(QtPlatformTest, ServicesTakeThePlaceOfWhatIsAbsent) {
-  QtPlatform phone(options());
+  QtPhone phone(options());
   VirtualBluetooth bluetooth(phone.runLoop());
   VirtualHaptics haptics;
   VirtualTorch torch;
@@ -236,7 +237,7 @@ TEST_F(QtPlatformTest, AShowRunsOnAnUnreadableTreeOfAssets) {
   for (const char* assets : {"missing", "file", "odd"}) {
     QtPlatformOptions wanted = options();
     wanted.assets = path(assets);
-    QtPlatform phone(wanted);
+    QtPhone phone(wanted);
     VirtualBluetooth bluetooth(phone.runLoop());
     phone.use({.bluetooth = &bluetooth});
     HalvoraViewController controller(phone.platform(), phone.engineOptions());
@@ -263,23 +264,6 @@ TEST_F(QtPlatformTest, AShowRunsOnAnUnreadableTreeOfAssets) {
     insideOf(controller).views().removeAnimations(ViewId::container);
     EXPECT_EQ(placed.colourAt(2, 2), QColor(200, 0, 0)) << assets;
   }
-}
-
-TEST_F(QtPlatformTest, WhereNothingIsInstalledTheSystemsEngineIsUsed) {
-  static const QTemporaryDir lasting;
-  const std::string documents = lasting.path().toStdString();
-  QtPlatform& system = QtPlatform::sharedInstance({.documents = documents});
-  EXPECT_EQ(&QtPlatform::sharedInstance(), &system);
-  EXPECT_EQ(system.platform().bundles->documents, documents);
-  QQmlEngine first;
-  QQmlEngine second;
-  HalvoraHost& host = HalvoraHost::of(first);
-  EXPECT_EQ(&HalvoraHost::of(first), &host);
-  EXPECT_EQ(&host.controller(), &HalvoraViewController::sharedInstance(system.platform()));
-  EXPECT_EQ(&HalvoraHost::of(second).controller(), &host.controller());
-  EXPECT_EQ(&*host.platform().runLoop, &system.runLoop());
-  // Its view is loaded: the code's label has its text.
-  EXPECT_EQ(insideOf(host.controller()).views().text(ViewId::pairingCodeLabel), "0000");
 }
 
 }  // namespace

@@ -13,11 +13,11 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/qt/qt_platform.h"
 #include "adapters/virtual/virtual_bluetooth.h"
 #include "engine/inside.h"
 #include "faces/qt/halvora_view_item.h"
 #include "halvora/platform/user_defaults.h"
+#include "tests/adapters/qt/qt_phone.h"
 #include "tests/faces/qt/event_wait.h"
 #include "tests/faces/qt/qml_bench.h"
 #include "tests/support/source_tree.h"
@@ -226,7 +226,7 @@ struct DamagedAssets : testing::TestWithParam<const char*> {};
 
 // A pixel map, then a colour with a picture, on a real platform, with the panel beside it.
 QColor shownOn(const QString& assets, const QString& documents) {
-  QtPlatform phone(
+  QtPhone phone(
       {.assets = assets.toStdString(), .documents = documents.toStdString(), .identifier = "host"});
   VirtualBluetooth radio(phone.runLoop());
   phone.use({.bluetooth = &radio});

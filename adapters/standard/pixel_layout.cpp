@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "adapters/ffmpeg/pixel_layout.h"
+#include "adapters/standard/pixel_layout.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A machine as a phone, from the packet in the air to what its services are told; and the demo that
 // opens it.
-#include "apps/console/system_phone.h"
+#include "apps/console/system_host.h"
 
 #include <QImage>
 #include <QProcess>
@@ -48,7 +48,7 @@ class SystemPhones : public SystemBench {
   void TearDown() override { qunsetenv("XDG_DATA_HOME"); }
 
   void openPhone() {
-    phone = std::make_unique<SystemPhone>(
+    phone = std::make_unique<SystemHost>(
         kAssets, QtLinuxOptions{bus.address(), bus.address(), login.lights(), "A test"});
     phone->engine().start();
   }
@@ -59,7 +59,7 @@ class SystemPhones : public SystemBench {
   FakeLogin login{loop, descriptors, bus.address()};
   FakeService saver{loop, descriptors, bus.address(), "org.freedesktop.ScreenSaver"};
   FakeService feedback{loop, descriptors, bus.address(), "org.sigxcpu.Feedback"};
-  std::unique_ptr<SystemPhone> phone;
+  std::unique_ptr<SystemHost> phone;
 };
 
 TEST_F(SystemPhones, APacketReachesEveryService) {
@@ -164,7 +164,7 @@ TEST_F(SystemPhones, TheRadioSaysWhichAdapterIsInUse) {
 TEST_F(SystemPhones, AnAdapterThatIsNamedIsWaitedForAndTheRadioSaysSo) {
   bluez.appear();
   bluez.addAdapter("hci0", true);
-  phone = std::make_unique<SystemPhone>(
+  phone = std::make_unique<SystemHost>(
       kAssets, QtLinuxOptions{bus.address(), bus.address(), login.lights(), "A test", "hci1"});
   phone->engine().start();
   EXPECT_TRUE(waitForRadio(

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/console/system_phone.h"
+#include "apps/console/system_host.h"
 
 #include <QStringList>
 #include <algorithm>
@@ -17,27 +17,19 @@ constexpr Duration kBetweenLooks = milliseconds(500);
 
 }  // namespace
 
-SystemPhone::SystemPhone(const std::string& assets, const QtLinuxOptions& options)
+SystemHost::SystemHost(const std::string& assets, const QtLinuxOptions& options)
     : adapter_(options.adapter),
-      platform_({.assets = assets, .identifier = "com.example.host"}),
-      services_(platform_.runLoop(), options),
-      engine_(with(platform_, services_).platform(), platform_.engineOptions()) {
+      phone_({.assets = assets, .identifier = "com.example.host"}, options),
+      engine_(phone_.platform(), phone_.engineOptions()) {
   engine_.viewDidLoad();
   look();
   looks_ = Timer(loop(), loop().every(kBetweenLooks, [this] { look(); }));
 }
 
-QtPlatform& SystemPhone::with(QtPlatform& platform, QtLinuxServices& services) {
-  platform.use(services.services());
-  return platform;
-}
-
-void SystemPhone::install(QQmlEngine& qml) {
-  HalvoraHost::install(qml, platform_.platform(), engine_);
-}
+void SystemHost::install(QQmlEngine& qml) { HalvoraHost::install(qml, phone_.platform(), engine_); }
 
 // Where the daemon has adapters, and not the one that was named.
-QString SystemPhone::missing(const BluetoothDiagnostics& found) const {
+QString SystemHost::missing(const BluetoothDiagnostics& found) const {
   const std::vector<std::string>& all = found.adapters;
   if (adapter_.empty() || all.empty() || std::ranges::find(all, adapter_) != all.end()) return {};
   QStringList names;
@@ -46,8 +38,8 @@ QString SystemPhone::missing(const BluetoothDiagnostics& found) const {
       .arg(QString::fromStdString(adapter_), names.join(QStringLiteral(", ")));
 }
 
-void SystemPhone::look() {
-  const BluetoothDiagnostics found = services_.bluetoothDiagnostics();
+void SystemHost::look() {
+  const BluetoothDiagnostics found = phone_.bluetoothDiagnostics();
   QString text = found.isScanning ? tr("Scanning") : tr("Not scanning");
   text += found.isHearing ? tr(" · hearing a show") : tr(" · no show heard");
   if (found.lastShowPacket) {

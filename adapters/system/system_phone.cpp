@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "adapters/system/system_phone.h"
+
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/image/picture_decoder.h"
+#include "adapters/json/rapid_json_reader.h"
+#include "adapters/linux/linux_files.h"
+#include "faces/qt/halvora_host.h"
+
+namespace halvora {
+
+struct SystemPhone::Parts {
+  Parts(const QtPlatformOptions& options, [[maybe_unused]] const QtLinuxOptions& itsServices)
+      : qt(options, {.json = json, .files = files, .images = images, .videoAssets = videoAssets})
+#ifdef HALVORA_HAS_BLUETOOTH
+        ,
+        services(qt.runLoop(), itsServices) {
+    qt.use(services.services());
+  }
+#else
+  {
+  }
+#endif
+
+  const RapidJsonReader json;
+  LinuxFiles files;
+  const PictureDecoder images;
+  const FfmpegVideoAssets videoAssets;
+  QtPlatform qt;
+#ifdef HALVORA_HAS_BLUETOOTH
+  QtLinuxServices services;
+#endif
+};
+
+SystemPhone& SystemPhone::sharedInstance(const QtPlatformOptions& options,
+                                         const QtLinuxOptions& services) {
+  // Never destroyed, as the process's engine stands on it.
+  static auto* const kInstance = new SystemPhone(options, services);
+  return *kInstance;
+}
+
+SystemPhone::SystemPhone(const QtPlatformOptions& options, const QtLinuxOptions& services)
+    : parts_(std::make_unique<Parts>(options, services)) {}
+
+SystemPhone::~SystemPhone() = default;
+
+RunLoop& SystemPhone::runLoop() { return parts_->qt.runLoop(); }
+
+const Platform& SystemPhone::platform() const { return parts_->qt.platform(); }
+
+const EngineOptions& SystemPhone::engineOptions() const { return parts_->qt.engineOptions(); }
+
+BluetoothDiagnostics SystemPhone::bluetoothDiagnostics() const {
+#ifdef HALVORA_HAS_BLUETOOTH
+  return parts_->services.bluetoothDiagnostics();
+#else
+  return {};
+#endif
+}
+
+// Where a host installs nothing in a QML engine, its views show the process's engine on this
+// machine.
+void HalvoraHost::installSystem(QQmlEngine& qml) {
+  SystemPhone& phone = SystemPhone::sharedInstance();
+  static HalvoraViewController& engine = [&phone]() -> HalvoraViewController& {
+    auto& made = HalvoraViewController::sharedInstance(phone.platform(), phone.engineOptions());
+    made.viewDidLoad();
+    return made;
+  }();
+  install(qml, phone.platform(), engine);
+}
+
+}  // namespace halvora
