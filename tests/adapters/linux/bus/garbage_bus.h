@@ -50,7 +50,7 @@ class GarbageBus {
   }
   void answer() {
     std::array<char, 4096> bytes;
-    const ssize_t size = read(client_, bytes.data(), bytes.size());
+    const ssize_t size = ::read(client_, bytes.data(), bytes.size());
     if (size <= 0) return leave();
     heard_.append(bytes.data(), static_cast<std::size_t>(size));
     say("AUTH", "DATA\r\nOK 0123456789abcdef0123456789abcdef\r\nAGREE_UNIX_FD\r\n");
