@@ -14,8 +14,10 @@ function(halvora_header_library target folder header package)
   target_include_directories(${target} SYSTEM INTERFACE "${include}")
 endfunction()
 
-if(HALVORA_TOOLS)
+if(HALVORA_TOOLS OR HALVORA_PORTABLE)
   halvora_header_library(halvora_rapidjson rapidjson document.h rapidjson-dev)
+endif()
+if(HALVORA_TOOLS)
   halvora_header_library(halvora_cli11 CLI CLI.hpp libcli11-dev)
 endif()
 

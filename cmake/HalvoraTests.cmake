@@ -12,7 +12,7 @@ add_subdirectory("${HALVORA_GOOGLETEST}" "${PROJECT_BINARY_DIR}/googletest"
   EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
-set(elsewhere tests/faces/ tests/apps/console/ tests/adapters/qt/ tests/adapters/system/ tests/bluez-vm/ tests/failures/ tests/soak/ ${fuzz_elsewhere})
+set(elsewhere tests/faces/ tests/apps/console/ tests/adapters/qt/ tests/adapters/system/ tests/bluez-vm/ tests/portable/ tests/failures/ tests/soak/ ${fuzz_elsewhere})
 if(NOT TARGET halvora_image)
   list(APPEND elsewhere tests/adapters/image/)
 endif()

@@ -39,6 +39,11 @@ if(HALVORA_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     "-fsanitize-ignorelist=${PROJECT_BINARY_DIR}/sanitizer-ignore-${content}.txt")
 endif()
 
+if(EMSCRIPTEN)
+  # Debian's has a standard library that lacks some of C++20.
+  add_compile_options("SHELL:-include ${PROJECT_SOURCE_DIR}/cmake/libcxx-13.h")
+endif()
+
 if(HALVORA_STATIC_PROGRAMS)
   add_link_options(-static)
 endif()

@@ -37,19 +37,23 @@ std::optional<double> shortDecimal(std::string_view written) {
   return isNegative ? -value : value;
 }
 
-// The locale that no host changes. The C library has it ready: asking for it allocates nothing and
-// cannot fail.
-locale_t plainLocale() {
+// In the locale that no host changes. The C library has it ready: asking for it allocates nothing
+// and cannot fail.
+double plainNumber(const char* text) {
+#ifdef _WIN32
+  static const _locale_t kPlain = _create_locale(LC_ALL, "C");
+  return _strtod_l(text, nullptr, kPlain);
+#else
   static const locale_t kPlain = newlocale(LC_ALL_MASK, "C", nullptr);
-  return kPlain;
+  return strtod_l(text, nullptr, kPlain);
+#endif
 }
 
 }  // namespace
 
 double realNumber(std::string_view written) {
   if (const auto value = shortDecimal(written)) return *value;
-  const std::string text(written);
-  return strtod_l(text.c_str(), nullptr, plainLocale());
+  return plainNumber(std::string(written).c_str());
 }
 
 }  // namespace halvora

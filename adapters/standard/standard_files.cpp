@@ -38,6 +38,16 @@ bool writeAll(const std::string& path, std::string_view bytes) {
   return file.good();
 }
 
+// A library that cannot convert to the system's time counts in it.
+template <class Time, class Clock = typename Time::clock>
+auto since1970(Time time) {
+  if constexpr (requires { Clock::to_sys(time); }) {
+    return Clock::to_sys(time).time_since_epoch();
+  } else {
+    return time.time_since_epoch();
+  }
+}
+
 // To libc++ an error is the end of the file; what the system said is known only to `errno`.
 #ifdef _LIBCPP_VERSION
 constexpr bool kStreamsSeeErrors = false;
@@ -75,8 +85,7 @@ std::optional<FileAttributes> StandardFiles::attributes(const std::string& path)
   }
   const fs::file_time_type time = fs::last_write_time(path, error);
   if (error) return std::nullopt;
-  const auto since1970 = fs::file_time_type::clock::to_sys(time).time_since_epoch();
-  attributes.modifiedAt = std::chrono::duration<double>(since1970).count();
+  attributes.modifiedAt = std::chrono::duration<double>(since1970(time)).count();
   return attributes;
 }
 

@@ -4,7 +4,9 @@
 // the heap. What does not fit does not compile.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -18,6 +20,8 @@ template <class Result, class... Arguments>
 class Callable<Result(Arguments...)> {
  public:
   static constexpr std::size_t kCapacity = 32;
+  /// Of what a task captures: numbers of 64 bits, also where addresses are shorter.
+  static constexpr std::size_t kAlignment = std::max(alignof(void*), alignof(std::uint64_t));
 
   Callable() = default;
 
@@ -27,7 +31,7 @@ class Callable<Result(Arguments...)> {
       Callable(Function&& function) {  // NOLINT(google-explicit-constructor): a lambda is a task
     using Stored = std::decay_t<Function>;
     static_assert(sizeof(Stored) <= kCapacity, "capture less, or capture a pointer");
-    static_assert(alignof(Stored) <= alignof(void*));
+    static_assert(alignof(Stored) <= kAlignment);
     static_assert(std::is_nothrow_move_constructible_v<Stored>);
     ::new (storage()) Stored(std::forward<Function>(function));
     operations_ = &kOperationsOf<Stored>;
@@ -83,7 +87,7 @@ class Callable<Result(Arguments...)> {
   }
 
   const Operations* operations_ = nullptr;
-  alignas(void*) std::byte storage_[kCapacity];
+  alignas(kAlignment) std::byte storage_[kCapacity];
 };
 
 using Task = Callable<void()>;
