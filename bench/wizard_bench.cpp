@@ -13,7 +13,7 @@
 #include "bench/heap_count.h"
 #include "bench/require.h"
 #include "halvora/platform/absent.h"
-#include "seats/halvora_seat_selector_view_controller.h"
+#include "seats/wizard_controller.h"
 
 namespace halvora {
 
@@ -42,8 +42,8 @@ class Wizard {
     wizard_.viewDidLoad();
     wizard_.pickerDidSelectRow(1);
   }
-  HalvoraSeatSelectorViewController& operator*() { return wizard_; }
-  HalvoraSeatSelectorViewController* operator->() { return &wizard_; }
+  WizardController& operator*() { return wizard_; }
+  WizardController* operator->() { return &wizard_; }
 
  private:
   static SeatSelectorInputs inputsOf(const std::string& section) {
@@ -57,12 +57,12 @@ class Wizard {
   VirtualBundle main_{"com.example.host"};
   VirtualBundle kit_{"com.halvora.sdk"};
   StandingOverlay overlay_{main_, absent::images()};
-  HalvoraSeatSelectorViewController wizard_;
+  WizardController wizard_;
 };
 
 // What a face does after an action: it asks for the titles that the picker shows, seven around the
 // selected one.
-std::size_t titlesInSight(const HalvoraSeatSelectorViewController& wizard) {
+std::size_t titlesInSight(const WizardController& wizard) {
   constexpr std::int64_t kAround = 3;
   std::size_t length = 0;
   const std::int64_t middle = wizard.views().pickerView.selectedRow;
@@ -72,7 +72,7 @@ std::size_t titlesInSight(const HalvoraSeatSelectorViewController& wizard) {
   return length;
 }
 
-std::size_t allTitles(const HalvoraSeatSelectorViewController& wizard) {
+std::size_t allTitles(const WizardController& wizard) {
   std::vector<std::string> titles;
   for (std::size_t row = 0; row < wizard.numberOfPickerRows(); ++row) {
     titles.push_back(wizard.titleForPickerRow(static_cast<std::int64_t>(row)));
@@ -82,7 +82,7 @@ std::size_t allTitles(const HalvoraSeatSelectorViewController& wizard) {
 
 // Section, next, row, next, seat, and back to the section.
 template <class ReadTitles>
-void walk(HalvoraSeatSelectorViewController& wizard, std::int64_t seat, ReadTitles readTitles) {
+void walk(WizardController& wizard, std::int64_t seat, ReadTitles readTitles) {
   wizard.pickerDidSelectRow(1);
   wizard.nextTapped();
   benchmark::DoNotOptimize(readTitles(wizard));

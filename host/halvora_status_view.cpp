@@ -1,18 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/halvora_status_view.h"
+#include <utility>
+
+#include "halvora/host.h"
 
 namespace halvora {
 
+HalvoraStatusView::HalvoraStatusView(const EmbeddedEngine& engine, StatusPanelFields fields)
+    : StatusPanelFields(std::move(fields)), engine_(engine) {}
+
 std::unique_ptr<HalvoraStatusView::Coordinator> HalvoraStatusView::makeCoordinator(
     StatusPanelFace face) const {
-  auto coordinator = std::make_unique<Coordinator>(engine_, std::move(face));
-  coordinator->statusViewController.setFields(fields());
-  return coordinator;
+  HalvoraViewController& engine = engine_.controller();
+  auto panel = HalvoraStatusViewController::make(engine, engine_.platform, std::move(face));
+  panel->setFields(fields());
+  return std::make_unique<Coordinator>(Coordinator{engine, std::move(panel)});
 }
 
-HalvoraStatusViewController& HalvoraStatusView::makeController(Coordinator& coordinator) const {
-  coordinator.statusViewController.setFields(fields());
-  return coordinator.statusViewController;
+HalvoraStatusViewController& HalvoraStatusView::makeController(
+    const Coordinator& coordinator) const {
+  coordinator.statusViewController->setFields(fields());
+  return *coordinator.statusViewController;
 }
 
 void HalvoraStatusView::updateController(HalvoraStatusViewController* controller) const {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Holds the scroll views that a panel lies in still, and lets them go again as they were. The panel
-// does neither by itself: whoever places it in a scrolling page does, while a finger is on it.
-// Owned by the status panel; main thread.
+// Holds the scroll views that a panel lies in still, and lets them go again as they were. Owned by
+// the status panel; main thread.
 #pragma once
 
 #include <algorithm>
@@ -9,19 +8,9 @@
 #include <utility>
 #include <vector>
 
-namespace halvora {
+#include "halvora/panel.h"
 
-/// A scroll view of the host, as a face shows it.
-class ScrollView {
- public:
-  struct Flags {
-    bool isScrollEnabled = true;
-    bool bounces = true;
-  };
-  virtual ~ScrollView() = default;
-  virtual Flags flags() const = 0;
-  virtual void setFlags(Flags flags) = 0;
-};
+namespace halvora {
 
 class AncestorScrollViews {
  public:

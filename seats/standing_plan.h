@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "halvora/platform/screen.h"
+#include "halvora/wizard.h"
 #include "seats/seat_map.h"
-#include "seats/seat_selector_views.h"
 
 namespace halvora {
 
@@ -38,6 +38,12 @@ const StandingSeatPoint* nearestStandingSeat(std::span<const StandingSeatPoint> 
 /// The point of a row's seat; null where there is none.
 const StandingSeatPoint* standingSeatAt(std::span<const StandingSeatPoint> points,
                                         std::int64_t rowIndex, std::int64_t seatIndex);
+
+/// The nearest place that lies rather in that direction than in another, and at least so many
+/// points ahead, on a plan of that size. Null where there is none.
+const StandingSeatPoint* standingSeatTowards(std::span<const StandingSeatPoint> points,
+                                             const StandingSeatPoint& from, PlanDirection direction,
+                                             double leastStep, Size plan);
 
 /// The centre of a dot that wide for a place on the plan, in whole points and not beyond the drag
 /// area's edges; none where the area has no size.

@@ -16,7 +16,7 @@
 #include <span>
 #include <utility>
 
-#include "faces/qt/seat_plan_steps.h"
+#include "seats/standing_plan.h"
 
 namespace halvora {
 

@@ -5,7 +5,7 @@
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/broadcast.h"
-#include "host/halvora_view.h"
+#include "halvora/host.h"
 
 int main() {
   using namespace halvora;

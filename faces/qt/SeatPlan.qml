@@ -54,7 +54,7 @@ FocusScope {
         onActiveFocusChanged: isKeyed = activeFocus
         onLaidOutChanged: plan.wizard.layOutPlan(laidOut.width, laidOut.height)
         Accessible.role: Accessible.Graphic
-        Accessible.name: plan.look.spokenPlan + " " + plan.look.spokenPlace
+        Accessible.name: plan.look.spokenPlan
         Accessible.focusable: true
         Keys.onPressed: event => {
             const ways = {

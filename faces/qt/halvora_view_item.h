@@ -13,8 +13,8 @@
 
 #include "faces/qt/halvora_host.h"
 #include "faces/qt/light_surface.h"
+#include "halvora/host.h"
 #include "halvora/platform/run_loop.h"
-#include "host/halvora_view.h"
 
 namespace halvora {
 

@@ -12,7 +12,7 @@
 
 #include <qqmlregistration.h>
 
-#include "seats/halvora_seat_selector_view_controller.h"
+#include "halvora/wizard.h"
 
 namespace halvora {
 

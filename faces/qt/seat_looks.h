@@ -12,8 +12,7 @@
 
 #include <qqmlregistration.h>
 
-#include "seats/status_panel_views.h"
-#include "seats/view_models.h"
+#include "halvora/panel.h"
 
 namespace halvora {
 

@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "faces/qt/seat_wizard.h"
 
-#include <algorithm>
-
-#include "faces/qt/seat_plan_steps.h"
-
 namespace halvora {
 
 namespace {
-
-/// Of the plan's longer side: how far a long step goes.
-constexpr double kFarStep = 0.1;
 
 using PlanPixels = std::shared_ptr<const Image>;
 
@@ -89,7 +82,7 @@ void SeatWizard::refresh() {
 }
 
 void SeatWizard::takePlanPicture() {
-  const PlanPixels& plan = selector_->views().standingOverlayImageView.image;
+  const PlanPixels& plan = selector_->views().standingOverlayImage;
   if (plan == plan_) return;
   plan_ = plan;
   planPicture_ = pictureOf(plan);
@@ -157,15 +150,7 @@ void SeatWizard::dragPlan(qreal x, qreal y) {
 }
 
 void SeatWizard::stepOnPlan(int right, int down, bool far) {
-  act([&](auto& selector) {
-    const StandingSeatPoint* from = chosenPlace(selector);
-    if (from == nullptr) return;
-    const double least = far ? kFarStep * std::max(planSize_.width, planSize_.height) : 0;
-    const StandingSeatPoint* to =
-        standingSeatTowards(selector.standingSeatPoints(), *from, {right, down}, least, planSize_);
-    if (to == nullptr) return;
-    selector.handleStandingTap({to->xNorm * planSize_.width, to->yNorm * planSize_.height});
-  });
+  act([&](auto& selector) { selector.moveStandingDot({right, down}, far); });
 }
 
 // Later: the sheet says so within a handler of its own, which Qt does not let a host delete in.

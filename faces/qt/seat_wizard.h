@@ -18,7 +18,7 @@
 
 #include "faces/qt/picker_rows.h"
 #include "faces/qt/seat_wizard_look.h"
-#include "seats/halvora_seat_selector_view_controller.h"
+#include "halvora/wizard.h"
 
 namespace halvora {
 

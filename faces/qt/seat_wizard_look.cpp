@@ -1,56 +1,37 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "faces/qt/seat_wizard_look.h"
 
-#include <cmath>
 #include <cstdint>
 #include <string>
-
-#include "seats/seat_names.h"
-#include "seats/seat_selector_texts.h"
 
 namespace halvora {
 
 namespace {
 
-using seat_selector::Text;
+struct Text {
+  const char* key;
+  const char* fallback;
+};
 
 constexpr Text kFilterHint{"hv_seat_picker_filter", "Type to narrow the list"};
 constexpr Text kFilterClear{"hv_seat_picker_filter_clear", "Clear"};
 constexpr Text kFilterMatches{"hv_seat_picker_filter_matches_format", "%ld found"};
 constexpr Text kSpokenRow{"hv_seat_picker_spoken_row_format", "%@, %ld of %ld"};
-constexpr Text kSpokenPlan{"hv_seat_picker_spoken_plan",
-                           "Plan of the standing area. The arrow keys move the dot."};
-constexpr Text kSpokenPlace{"hv_seat_picker_spoken_place_format",
-                            "%ld percent from the left, %ld percent from the stage"};
 
 /// A picker with fewer rows is seen as a whole, or nearly so.
 constexpr std::size_t kLongList = 12;
-constexpr double kFilterFontSize = 17;
-constexpr float kFilterAlpha = 0.6F;
 
 std::string textOf(const HalvoraSeatSelectorViewController& wizard, const Text& text) {
   return wizard.localizedStringForKey(text.key, text.fallback);
 }
 
-std::int64_t chosenRow(const HalvoraSeatSelectorViewController& wizard) {
-  const std::int64_t indices[] = {wizard.selectedSectionIndex(), wizard.selectedRowIndex(),
-                                  wizard.selectedSeatIndex()};
-  return indices[wizard.currentStep()] + 1;
-}
-
-std::string percent(double share) { return std::to_string(std::lround(share * 100)); }
-
 void lookAtPicker(const HalvoraSeatSelectorViewController& wizard, const PickerRows& rows,
                   const Reading& reading, SeatWizardLook& look) {
   const PickerView& picker = wizard.views().pickerView;
   look.pickerShown = !picker.hidden;
-  Label title;
-  title.font = picker.titleFont;
-  title.colour = picker.titleColour;
-  title.alignment = TextAlignment::center;
-  look.pickerTitle = lookOf(title, reading);
+  look.pickerTitle = lookOf(picker.title, reading);
 
-  const std::int64_t row = chosenRow(wizard);
+  const std::int64_t row = picker.selectedRow;
   look.pickerIndex = rows.indexOf(row);
   // The placeholder is not one of what can be chosen.
   const int count = rows.rowCount() - 1;
@@ -62,10 +43,7 @@ void lookAtPicker(const HalvoraSeatSelectorViewController& wizard, const PickerR
                                {name, std::to_string(look.pickerIndex), std::to_string(count)}));
 
   look.filterShown = wizard.numberOfPickerRows() > kLongList || !rows.filter().isEmpty();
-  Label filter = title;
-  filter.font = wizard.statusFontWithSize(kFilterFontSize, FontWeight::regular);
-  filter.colour = withAlpha(kWhite, kFilterAlpha);
-  look.filterLabel = lookOf(filter, reading);
+  look.filterLabel = lookOf(picker.filter, reading);
   look.filterText = rows.filter();
   look.filterHint = textFrom(textOf(wizard, kFilterHint));
   look.filterClear = textFrom(textOf(wizard, kFilterClear));
@@ -89,20 +67,10 @@ void lookAtPlan(const HalvoraSeatSelectorViewController& wizard, const Reading& 
   look.dotColour = colourWithAlpha(dot.background);
   look.dotBorderWidth = dot.border.width;
   look.dotBorderColour = colourWithAlpha(dot.border.colour);
-  look.spokenPlan = textFrom(textOf(wizard, kSpokenPlan));
-  if (const StandingSeatPoint* place = chosenPlace(wizard)) {
-    look.spokenPlace = textFrom(
-        formatted(textOf(wizard, kSpokenPlace), {percent(place->xNorm), percent(place->yNorm)}));
-  }
+  look.spokenPlan = textFrom(views.spokenPlan);
 }
 
 }  // namespace
-
-const StandingSeatPoint* chosenPlace(const HalvoraSeatSelectorViewController& wizard) {
-  if (!wizard.isStandingStepActive()) return nullptr;
-  return standingSeatAt(wizard.standingSeatPoints(), wizard.selectedRowIndex(),
-                        wizard.selectedSeatIndex());
-}
 
 SeatWizardLook lookOf(const HalvoraSeatSelectorViewController& wizard, const PickerRows& rows,
                       const Reading& reading) {

@@ -12,7 +12,7 @@
 
 #include "faces/qt/picker_rows.h"
 #include "faces/qt/seat_looks.h"
-#include "seats/halvora_seat_selector_view_controller.h"
+#include "halvora/wizard.h"
 
 namespace halvora {
 
@@ -51,7 +51,6 @@ struct SeatWizardLook {
   Q_PROPERTY(qreal dotBorderWidth MEMBER dotBorderWidth)
   Q_PROPERTY(QColor dotBorderColour MEMBER dotBorderColour)
   Q_PROPERTY(QString spokenPlan MEMBER spokenPlan)
-  Q_PROPERTY(QString spokenPlace MEMBER spokenPlace)
 
  public:
   QColor background;
@@ -83,7 +82,6 @@ struct SeatWizardLook {
   qreal dotBorderWidth = 0;
   QColor dotBorderColour;
   QString spokenPlan;
-  QString spokenPlace;
 };
 
 struct SeatWizardLayout {
@@ -108,8 +106,5 @@ struct SeatWizardLayout {
 /// `rows` are those of the wizard's picker.
 SeatWizardLook lookOf(const HalvoraSeatSelectorViewController& wizard, const PickerRows& rows,
                       const Reading& reading);
-
-/// The point of the plan that is chosen; null for none.
-const StandingSeatPoint* chosenPlace(const HalvoraSeatSelectorViewController& wizard);
 
 }  // namespace halvora

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-#include "seats/view_models.h"
+#include "halvora/labels.h"
 
 namespace halvora {
 

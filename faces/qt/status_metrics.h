@@ -8,7 +8,7 @@
 
 #include <qqmlregistration.h>
 
-#include "seats/status_panel_views.h"
+#include "halvora/panel.h"
 
 namespace halvora {
 

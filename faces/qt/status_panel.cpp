@@ -188,7 +188,7 @@ QSizeF StatusPanel::fittingSize() const {
 void StatusPanel::sample() {
   if (controller_ == nullptr) return;
   const SeatSelectionSummaryRow& row = controller_->views().seatSelectionSummaryRow;
-  const Duration now = engine_->platform().runLoop->now();
+  const Duration now = engine_->platform.runLoop->now();
   const auto& began = row.seatLUTStatusDot.pulseBegan;
   const bool isPulsing = look_.dotShown && began && now - *began < kPulse;
   dot_ = isPulsing ? dotPoseInPulse(now - *began) : DotPose();

@@ -16,7 +16,7 @@
 
 #include "faces/qt/seat_wizard.h"
 #include "faces/qt/status_panel_look.h"
-#include "host/halvora_status_view.h"
+#include "halvora/host.h"
 
 namespace halvora {
 

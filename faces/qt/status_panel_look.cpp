@@ -5,16 +5,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "seats/seat_selector_texts.h"
-
 namespace halvora {
 
 namespace {
-
-using seat_selector::Text;
-
-constexpr Text kDotReady{"hv_seat_dot_ready", "Your seat is ready for the show"};
-constexpr Text kDotPreparing{"hv_seat_dot_preparing", "Your seat is being prepared"};
 
 QRectF rectFrom(const Rect& rect) { return {rect.x, rect.y, rect.width, rect.height}; }
 
@@ -39,8 +32,7 @@ StatusPanelLook lookOf(const HalvoraStatusViewController& panel, double summaryW
   look.dotShown = !dot.hidden;
   look.dotColour = colourWithAlpha(dot.colour);
   look.dotFrame = rectFrom(dot.frame);
-  const Text& spoken = dot.colour == kDotGreen ? kDotReady : kDotPreparing;
-  look.spokenDot = textFrom(panel.hvLocalizedStringForKey(spoken.key, spoken.fallback));
+  look.spokenDot = textFrom(dot.spoken);
   look.spinnerShown = row.seatSelectionLoadingIndicator.isAnimating;
   look.spinnerFrame = rectFrom(row.seatSelectionLoadingIndicator.frame);
 

@@ -10,7 +10,7 @@
 #include <qqmlregistration.h>
 
 #include "faces/qt/seat_looks.h"
-#include "seats/halvora_status_view_controller.h"
+#include "halvora/panel.h"
 
 namespace halvora {
 

@@ -10,7 +10,7 @@
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "halvora/engine.h"
-#include "seats/halvora_status_view_controller.h"
+#include "seats/panel_controller.h"
 #include "seats/seat_map_document.h"
 #include "tests/failures/trial.h"
 #include "tests/seats/wizard_room.h"
@@ -98,7 +98,7 @@ class Wizard final : public Trial {
   }
 
   WizardRoom room_{{}};
-  HalvoraSeatSelectorViewController* wizard_ = nullptr;
+  WizardController* wizard_ = nullptr;
   int refusals_ = 0;
 };
 
@@ -133,7 +133,7 @@ class Panel final : public Trial {
   }
 
  private:
-  bool isReady() const { return panel_ != nullptr && panel_->seatLUTReady(); }
+  bool isReady() const { return panel_ != nullptr && panel_->tables().isReady(); }
 
   std::string seen() const {
     if (panel_ == nullptr) return "no panel";
@@ -157,7 +157,7 @@ class Panel final : public Trial {
     phone_.loop.runFor({});
   }
   void open() {
-    auto panel = std::make_unique<HalvoraStatusViewController>(*engine_, phone_.platform());
+    auto panel = std::make_unique<PanelController>(*engine_, phone_.platform());
     panel->viewDidLoad();
     panel_ = std::move(panel);
   }
@@ -169,7 +169,7 @@ class Panel final : public Trial {
     turn([this] { panel_->openSeatSelector(); });
     for (int step = 0; step < 3; ++step) {
       turn([this] {
-        const auto selector = panel_->presentedSeatSelector();
+        const auto selector = panel_->presentedWizard();
         if (!selector) return;
         selector->pickerDidSelectRow(selector->currentStep() == 0 ? 3 : 1);
         selector->nextTapped();
@@ -186,7 +186,7 @@ class Panel final : public Trial {
 
   VirtualPhone phone_{kJson, setup()};
   std::unique_ptr<HalvoraViewController> engine_;
-  std::unique_ptr<HalvoraStatusViewController> panel_;
+  std::unique_ptr<PanelController> panel_;
   int refusals_ = 0;
 };
 

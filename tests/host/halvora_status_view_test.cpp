@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The status panel's value: the panel that it makes, the fields that it hands over, and its size.
-#include "host/halvora_status_view.h"
-
 #include <memory>
 #include <optional>
 #include <utility>
@@ -10,7 +8,7 @@
 
 #include "adapters/json/rapid_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "host/halvora_view.h"
+#include "halvora/host.h"
 #include "tests/host/phone_of_the_process.h"
 
 namespace halvora {
@@ -70,25 +68,27 @@ TEST_F(HostStatusViewTest, TakesItsFieldsInOrder) {
 TEST_F(HostStatusViewTest, TheCoordinatorHasAPanelBoundToTheEngine) {
   const auto coordinator = view().makeCoordinator();
   EXPECT_EQ(&coordinator->mainViewController, &engine);
-  EXPECT_EQ(&coordinator->statusViewController.halvoraViewController(), &engine);
+  coordinator->statusViewController->initBluetoothPermission();
+  phone.loop.runFor(milliseconds(1500));
+  EXPECT_TRUE(phone.bluetooth.isScanning());
 }
 
 TEST_F(HostStatusViewTest, TheCoordinatorsPanelHasTheTenFields) {
-  EXPECT_EQ(view(kFields).makeCoordinator()->statusViewController.fields(), kFields);
+  EXPECT_EQ(view(kFields).makeCoordinator()->statusViewController->fields(), kFields);
 }
 
 TEST_F(HostStatusViewTest, EachCoordinatorHasAPanelOfItsOwn) {
   const auto first = view(kFields).makeCoordinator();
   const auto second = view().makeCoordinator();
-  EXPECT_NE(&first->statusViewController, &second->statusViewController);
-  EXPECT_EQ(first->statusViewController.fields(), kFields);
-  EXPECT_EQ(second->statusViewController.fields(), StatusPanelFields());
+  EXPECT_NE(first->statusViewController, second->statusViewController);
+  EXPECT_EQ(first->statusViewController->fields(), kFields);
+  EXPECT_EQ(second->statusViewController->fields(), StatusPanelFields());
 }
 
 TEST_F(HostStatusViewTest, TheControllerIsTheCoordinatorsPanelWithTheFieldsOnceMore) {
   const auto coordinator = view().makeCoordinator();
   HalvoraStatusViewController& panel = view(kFields).makeController(*coordinator);
-  EXPECT_EQ(&panel, &coordinator->statusViewController);
+  EXPECT_EQ(&panel, coordinator->statusViewController.get());
   EXPECT_EQ(panel.fields(), kFields);
 }
 
@@ -106,14 +106,14 @@ TEST_F(HostStatusViewTest, AChangeOfTheFontSizeIsSeenAtTheNextUpdate) {
 
 TEST_F(HostStatusViewTest, UpdatingCopiesAllTenFields) {
   const auto coordinator = view().makeCoordinator();
-  view(kFields).updateController(&coordinator->statusViewController);
-  EXPECT_EQ(coordinator->statusViewController.fields(), kFields);
+  view(kFields).updateController(coordinator->statusViewController.get());
+  EXPECT_EQ(coordinator->statusViewController->fields(), kFields);
 }
 
 TEST_F(HostStatusViewTest, UpdatingWhatIsNoPanelDoesNothing) {
   const auto coordinator = view(kFields).makeCoordinator();
   view().updateController(nullptr);
-  EXPECT_EQ(coordinator->statusViewController.fields(), kFields);
+  EXPECT_EQ(coordinator->statusViewController->fields(), kFields);
 }
 
 // A panel of that preferred height, 320 wide.

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The light view's value: what it makes of an engine, what it hands to it and what it asks of it.
-#include "host/halvora_view.h"
-
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/inside.h"
+#include "halvora/host.h"
 #include "tests/engine/engine_bench.h"
 #include "tests/host/phone_of_the_process.h"
 

@@ -17,7 +17,7 @@
 #include "halvora/platform/video_asset.h"
 #include "halvora/platform/video_player.h"
 #include "halvora/platform/workers.h"
-#include "seats/halvora_status_view_controller.h"
+#include "seats/panel_controller.h"
 
 namespace halvora {
 namespace {
@@ -100,7 +100,7 @@ TEST_F(AbsentNeedsPhone, AnEngineStartsShowsALookAndGoes) {
 TEST_F(AbsentNeedsPhone, APanelIsLaidOutAndActedOn) {
   HalvoraViewController engine(platform);
   engine.viewDidLoad();
-  HalvoraStatusViewController panel(engine, platform);
+  PanelController panel(engine, platform);
   panel.viewDidLoad();
   panel.viewDidLayoutSubviews(390);
   panel.initBluetoothPermission();

@@ -88,7 +88,7 @@ TEST(AncestorScrollViews, AFaceMayKnowOfNone) {
   views.disable({nullptr});
   views.restore();
   PanelBench bench;
-  HalvoraStatusViewController faceless(bench.engine(), bench.phone.platform());
+  PanelController faceless(bench.engine(), bench.phone.platform());
   faceless.viewDidLoad();
   faceless.disableAncestorScrollViewsIfNeeded();
   faceless.restoreAncestorScrollViewsIfNeeded();

@@ -73,7 +73,8 @@ TEST_F(FullWalk, ToASeat) {
   arrive();
   std::vector<std::string> dots;
   bench.phone.loop.onTurnEnded([&] {
-    const std::string dot = bench.dotText() + " " + std::to_string(bench.panel().seatLUTLastDone());
+    const std::string dot =
+        bench.dotText() + " " + std::to_string(bench.panel().tables().lastDone());
     if (dots.empty() || dots.back() != dot) dots.push_back(dot);
   });
   bench.choose(2, 1, 2);
@@ -99,7 +100,7 @@ TEST_F(FullWalk, ToASeat) {
 TEST_F(FullWalk, ToAStandingPlace) {
   arrive();
   bench.turn([&] { bench.panel().openSeatSelector(); });
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   bench.turn([&] {
     selector->pickerDidSelectRow(1);
@@ -112,7 +113,7 @@ TEST_F(FullWalk, ToAStandingPlace) {
     selector->nextTapped();
   });
   bench.tick();
-  EXPECT_EQ(bench.panel().presentedSeatSelector(), nullptr);
+  EXPECT_EQ(bench.panel().presentedWizard(), nullptr);
   EXPECT_EQ(bench.summary(), "Standing Floor");
   EXPECT_EQ(bench.views().seatSelectionButton.title, "Change Location");
   EXPECT_EQ(bench.flat("xPos") + " " + bench.flat("yPos"), "12 8");

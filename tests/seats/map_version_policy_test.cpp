@@ -68,7 +68,7 @@ TEST_F(MapVersionPolicyTest, ANewSeatMapDiscardsSeatFlatKeysAndTables) {
   EXPECT_EQ(bench.flat("selectedSeat"), "-");
   EXPECT_EQ(bench.tables(), 0U);
   EXPECT_FALSE(bench.isStoredReady(7));
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   EXPECT_EQ(storedVersions(), "4 2");
   EXPECT_EQ(bench.dotText(), "hidden");
   EXPECT_EQ(bench.summary(), "No seat selected");
@@ -138,7 +138,7 @@ TEST_F(MapVersionPolicyTest, NewAssetsWithoutASeatRebuildNothing) {
   update(benchMap(3, 3));
   EXPECT_EQ(bench.tables(), 0U);
   EXPECT_FALSE(bench.isStoredReady(7));
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
 }
 
 TEST_F(MapVersionPolicyTest, AMapWithoutVersionsCountsAsVersion1ForBoth) {
@@ -184,7 +184,7 @@ TEST_F(MapVersionPolicyTest, NewAssetsOfOneVenueEndThePrecomputeOfAnother) {
   bench.panel().hideSeatLUTPrecomputeProgress();
   bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4});
   bench.settle();
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   EXPECT_TRUE(bench.isStoredReady(8));
   EXPECT_EQ(bench.dotText(), "green");
 }

@@ -66,7 +66,7 @@ PanelBench::PanelBench(PanelBenchSetup setup) : phone(jsonReader(), phoneSetup(s
   if (setup.prepare) setup.prepare(phone);
   engine_ = std::make_unique<HalvoraViewController>(phone.platform());
   engine_->viewDidLoad();
-  panel_ = std::make_unique<HalvoraStatusViewController>(*engine_, phone.platform(), face());
+  panel_ = std::make_unique<PanelController>(*engine_, phone.platform(), face());
   StatusPanelFields fields;
   fields.defaultVenueId = setup.defaultVenueId;
   panel_->setFields(fields);
@@ -165,7 +165,7 @@ void PanelBench::turn(const std::function<void()>& act) {
 
 void PanelBench::choose(std::int64_t section, std::int64_t row, std::int64_t seat) {
   turn([&] { panel().openSeatSelector(); });
-  const auto selector = panel().presentedSeatSelector();
+  const auto selector = panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   for (const std::int64_t pick : {section, row, seat}) {
     turn([&] {

@@ -13,7 +13,7 @@
 
 #include "adapters/virtual/virtual_phone.h"
 #include "halvora/engine.h"
-#include "seats/halvora_status_view_controller.h"
+#include "seats/panel_controller.h"
 
 namespace halvora {
 
@@ -30,7 +30,7 @@ class PanelBench {
  public:
   explicit PanelBench(PanelBenchSetup setup = {});
 
-  HalvoraStatusViewController& panel() { return *panel_; }
+  PanelController& panel() { return *panel_; }
   HalvoraViewController& engine() { return *engine_; }
   void destroyPanel() { panel_.reset(); }
   void destroyEngine() { engine_.reset(); }
@@ -64,7 +64,7 @@ class PanelBench {
   void settle() {
     turn([] {});
   }
-  void tick() { phone.loop.runFor(HalvoraStatusViewController::kStatusInterval); }
+  void tick() { phone.loop.runFor(PanelController::kStatusInterval); }
 
   /// Goes through the wizard: that section, row and seat, counted from 1.
   void choose(std::int64_t section, std::int64_t row, std::int64_t seat);
@@ -84,7 +84,7 @@ class PanelBench {
   /// Every file is newer than the one before.
   double fileTime_ = 0;
   std::unique_ptr<HalvoraViewController> engine_;
-  std::unique_ptr<HalvoraStatusViewController> panel_;
+  std::unique_ptr<PanelController> panel_;
 };
 
 /// A standing area of two places, and two seated sections, A (rows 1 and 2 of two seats) and B (row

@@ -140,11 +140,11 @@ TEST(PanelWithoutItsEngine, StandsStill) {
   bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4});
   bench.panel().applyMapVersionPolicyForVenueId(7);
   EXPECT_EQ(bench.panel().changes(), changes);
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   // What is on screen can still be taken away.
   bench.panel().openSeatSelector();
   bench.phone.application.dismissPresentedScreens();
-  EXPECT_EQ(bench.panel().presentedSeatSelector(), nullptr);
+  EXPECT_EQ(bench.panel().presentedWizard(), nullptr);
 }
 
 // The engine's own reports of a precompute
@@ -238,7 +238,7 @@ TEST(WizardDestroyedInside, TheChangeThatItsConfirmationMakes) {
   PanelBench bench(inVenue7());
   bench.putPixelMap(7, 1, {kRedWord});
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   bench.onChange = [&] { bench.destroyPanel(); };
   for (int step = 0; step < 3; ++step) {

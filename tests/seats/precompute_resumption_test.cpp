@@ -30,7 +30,7 @@ struct SecondPanel {
   std::string dot() const {
     return PanelBench::textOf(panel.views().seatSelectionSummaryRow.seatLUTStatusDot);
   }
-  HalvoraStatusViewController panel;
+  PanelController panel;
 };
 
 struct UnfinishedTables : testing::Test {
@@ -41,7 +41,7 @@ struct UnfinishedTables : testing::Test {
   void begin(const SeatNames& names, SeatPoint place) {
     bench.storeSeat(7, names, place);
     bench.panel().startSeatLUTPrecomputeForVenueId(7, place);
-    EXPECT_TRUE(bench.panel().seatLUTPrecomputeInProgress());
+    EXPECT_TRUE(bench.panel().tables().isInProgress());
   }
   int opens() const { return bench.phone.virtualVideos.counts.opens; }
 
@@ -59,7 +59,7 @@ TEST_F(UnfinishedTables, TheHostsOwnPrecomputeDoesNotLeaveThePanelInProgress) {
   bench.tick();
   EXPECT_EQ(completions, 1);
   bench.tick();
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   EXPECT_TRUE(bench.isStoredReady(7));
   EXPECT_EQ(bench.dotText(), "green");
   EXPECT_EQ(bench.tables(), 6U);
@@ -70,7 +70,7 @@ TEST_F(UnfinishedTables, AnInvalidationDoesNotLeaveThePanelInProgress) {
   bench.engine().invalidatePixelMapSeatLUTCacheForVenueId(7);
   bench.tick();
   bench.tick();
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   EXPECT_EQ(bench.dotText(), "green");
   EXPECT_EQ(bench.tables(), 3U);
 }
@@ -82,8 +82,8 @@ TEST_F(UnfinishedTables, ASecondPanelsChoiceDoesNotLeaveTheFirstInProgress) {
   second.panel.startSeatLUTPrecomputeForVenueId(7, kPlaceB);
   bench.tick();
   bench.tick();
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
-  EXPECT_FALSE(second.panel.seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
+  EXPECT_FALSE(second.panel.tables().isInProgress());
   EXPECT_EQ(bench.dotText(), "green");
   EXPECT_EQ(second.dot(), "green");
   EXPECT_TRUE(bench.isStoredReady(7));
@@ -95,7 +95,7 @@ TEST_F(UnfinishedTables, ASecondPanelLetsTheFirstFinish) {
   SecondPanel second(bench);
   begin(kSeatA, kPlaceA);
   second.panel.updateStatus();
-  EXPECT_FALSE(second.panel.seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(second.panel.tables().isInProgress());
   EXPECT_EQ(second.dot(), "amber");
   bench.settle();
   EXPECT_TRUE(bench.isStoredReady(7));
@@ -119,13 +119,13 @@ TEST_F(UnfinishedTables, ASeatChosenMeanwhileIsNotCalledReady) {
   for (const std::string& state : seen) EXPECT_TRUE(state == "ready 6" || state[0] != 'r') << state;
   EXPECT_EQ(seen.back(), "ready 6") << "as soon as its own tables are there";
   EXPECT_EQ(bench.dotText(), "green");
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
 }
 
 TEST_F(UnfinishedTables, ASeatThatIsChosenInTheWizardMeanwhileIsBuiltInItsTurn) {
   begin(kSeatA, kPlaceA);
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   for (const std::int64_t pick : {2, 2, 2}) {
     selector->pickerDidSelectRow(pick);
@@ -182,7 +182,7 @@ TEST(TablesOfADeadProcess, ThatAreAllThereAreOnlyLookedAt) {
   HalvoraViewController engine(bench.phone.platform());
   engine.viewDidLoad();
   bench.destroyPanel();
-  HalvoraStatusViewController panel(engine, bench.phone.platform());
+  PanelController panel(engine, bench.phone.platform());
   StatusPanelFields fields;
   fields.defaultVenueId = 7;
   panel.setFields(fields);
@@ -194,7 +194,7 @@ TEST(TablesOfADeadProcess, ThatAreAllThereAreOnlyLookedAt) {
 TEST(TablesOfADeadProcess, OfAVenueWithoutMapsAreAskedForOnce) {
   PanelBench bench(afterADeath(0));
   bench.settle();
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   EXPECT_FALSE(bench.isStoredReady(7));
   EXPECT_EQ(bench.dotText(), "amber");
   const std::uint64_t changes = bench.panel().changes();
@@ -208,7 +208,7 @@ TEST(TablesOfADeadProcess, WaitForTheMap) {
   PanelBench bench(std::move(setup));
   // Before the map is read, nobody knows whether the seat still is one.
   bench.panel().viewDidLoad();
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   bench.settle();
   EXPECT_EQ(bench.dotText(), "green");
 }

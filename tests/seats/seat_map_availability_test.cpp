@@ -272,7 +272,7 @@ TEST(SeatMapAvailability, TheTextsOfLoadingAreTheKits) {
 TEST(OpenSeatSelector, WithoutAVenueSaysThatTheMapIsMissing) {
   PanelBench bench;
   bench.panel().openSeatSelector();
-  EXPECT_EQ(bench.panel().presentedSeatSelector(), nullptr);
+  EXPECT_EQ(bench.panel().presentedWizard(), nullptr);
   EXPECT_EQ(bench.panel().presentedAlert(),
             (Alert{"Seat Map Missing", "No valid map.json parsed for current venue.", "OK"}));
   const std::uint64_t changes = bench.panel().changes();
@@ -295,12 +295,12 @@ TEST(OpenSeatSelector, WhileTheMapLoadsDoesNothing) {
   bench.putMap(7, kBenchMap);
   bench.hearVenue(7);
   bench.panel().openSeatSelector();
-  EXPECT_EQ(bench.panel().presentedSeatSelector(), nullptr);
+  EXPECT_EQ(bench.panel().presentedWizard(), nullptr);
   EXPECT_EQ(bench.panel().presentedAlert(), std::nullopt);
   bench.settle();
-  EXPECT_EQ(bench.panel().presentedSeatSelector(), nullptr);
+  EXPECT_EQ(bench.panel().presentedWizard(), nullptr);
   bench.panel().openSeatSelector();
-  EXPECT_NE(bench.panel().presentedSeatSelector(), nullptr);
+  EXPECT_NE(bench.panel().presentedWizard(), nullptr);
 }
 
 TEST(OpenSeatSelector, WhereTheMapWasMissingItIsLookedForOnceMoreAndThenReported) {
@@ -347,9 +347,9 @@ TEST(OpenSeatSelector, OpensNothingOverSomethingThatIsOpen) {
   bench.putMap(7, kBenchMap);
   bench.tick();
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   bench.panel().openSeatSelector();
-  EXPECT_EQ(bench.panel().presentedSeatSelector(), selector);
+  EXPECT_EQ(bench.panel().presentedWizard(), selector);
 }
 
 TEST(OpenSeatSelector, WhileTheWizardIsPresentedTheTimerChangesNothing) {
@@ -369,8 +369,8 @@ TEST(OpenSeatSelector, WhileTheWizardIsPresentedTheTimerChangesNothing) {
   EXPECT_GT(outside, writes);
   EXPECT_EQ(mapOf(bench).seatMapVenueId(), 7);
 
-  bench.panel().presentedSeatSelector()->cancelTapped();
-  EXPECT_EQ(bench.panel().presentedSeatSelector(), nullptr);
+  bench.panel().presentedWizard()->cancelTapped();
+  EXPECT_EQ(bench.panel().presentedWizard(), nullptr);
   bench.tick();
   EXPECT_EQ(bench.views().statusTextLabel.text, "other");
   EXPECT_EQ(bench.flat("xPos"), "0");
@@ -392,11 +392,11 @@ TEST(OpenSeatSelector, AShowThatBeginsTakesThePresentedScreensAway) {
   bench.putMap(7, kBenchMap);
   bench.tick();
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   bench.phone.application.dismissPresentedScreens();
   EXPECT_TRUE(selector->isDismissed());
-  EXPECT_EQ(bench.panel().presentedSeatSelector(), nullptr);
+  EXPECT_EQ(bench.panel().presentedWizard(), nullptr);
 
   bench.panel().preloadSeatMapForVenueId(0);
   StatusPanelFields none;
@@ -410,7 +410,7 @@ TEST(OpenSeatSelector, AShowThatBeginsTakesThePresentedScreensAway) {
 TEST(OpenSeatSelector, APanelThatIsGoneHearsNoMoreOfShows) {
   PanelBench bench(inVenue7());
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   bench.destroyPanel();
   bench.phone.application.dismissPresentedScreens();
   EXPECT_FALSE(selector->isDismissed());

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "seats/label_styles.h"
 #include "tests/engine/allocation_count.h"
 #include "tests/seats/wizard_room.h"
 
@@ -109,7 +110,7 @@ TEST(SeatSelectorTexts, ANamelessItemIsNumbered) {
 TEST(SeatSelectorStyle, WithoutInputsIsTheKitsOwn) {
   WizardRoom room(kSections);
   const SeatSelectorViews& views = room.load().views();
-  EXPECT_EQ(views.background, kSystemGroupedBackground);
+  EXPECT_EQ(views.background, kBlack);
 
   EXPECT_EQ(views.closeButton.titleColour, kSystemBlue);
   EXPECT_EQ(views.closeButton.font, (Font{"", 16, FontWeight::semibold}));
@@ -122,7 +123,7 @@ TEST(SeatSelectorStyle, WithoutInputsIsTheKitsOwn) {
   EXPECT_EQ(views.stepLabel.colour, kPaleWhite);
   EXPECT_EQ(views.stepLabel.lines, 0);
   EXPECT_EQ(views.selectionSummaryLabel.colour, kPaleWhite);
-  EXPECT_EQ(views.pickerView.titleFont, (Font{"", 31, FontWeight::regular}));
+  EXPECT_EQ(views.pickerView.title.font, (Font{"", 31, FontWeight::regular}));
 
   EXPECT_EQ(views.standingStageLabel.alignment, TextAlignment::center);
   EXPECT_EQ(views.standingStageLabel.background, (Colour{0.82F, 0.12F, 0.12F, 1}));
@@ -188,7 +189,7 @@ TEST(SeatSelectorStyle, FontsNeedAPhoneThatHasSome) {
 
 TEST(SeatSelectorGeometry, FollowsTheWizardsView) {
   WizardRoom room(kSections);
-  const SeatSelectorLayout layout = room.load().layout({287, 1000});
+  const SeatSelectorLayout layout = layoutOf(room.load().views(), {287, 1000});
   EXPECT_EQ(seat_selector::kSideMargin, 16);
   EXPECT_EQ(seat_selector::kTopMargin, 12);
   EXPECT_EQ(seat_selector::kSpacing, 12);
@@ -205,14 +206,14 @@ TEST(SeatSelectorGeometry, AnOverlayTakesTheStagesPlace) {
   WizardRoom room(kSections);
   room.inputs.venueId = 7;
   room.main.setResource("HVAssets/Maps/Venue-7/standing-overlay.png", pixmapOf(1, 1, 9, 9, 9));
-  const SeatSelectorLayout layout = room.load().layout({287, 1000});
+  const SeatSelectorLayout layout = layoutOf(room.load().views(), {287, 1000});
   EXPECT_EQ(layout.stage, (Rect{0, 0, 255, 0}));
   EXPECT_EQ(layout.dragArea, (Rect{0, 0, 255, 700}));
 }
 
 TEST(SeatSelectorGeometry, NothingIsSmallerThanNothing) {
   WizardRoom room(kSections);
-  const SeatSelectorLayout layout = room.load().layout({20, 50});
+  const SeatSelectorLayout layout = layoutOf(room.load().views(), {20, 50});
   EXPECT_EQ(layout.contentWidth, 0);
   EXPECT_EQ(layout.backWidth, 0);
   EXPECT_EQ(layout.nextWidth, 0);

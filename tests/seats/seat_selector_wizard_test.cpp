@@ -202,8 +202,8 @@ TEST(SeatSelectorPicker, TitlesAreWhiteInTheStatusFontAt31) {
   WizardRoom room(kSeated);
   room.inputs.statusTextFontName = room.font = "Avenir";
   auto& wizard = room.load();
-  EXPECT_EQ(wizard.views().pickerView.titleFont, (Font{"Avenir", 31, FontWeight::regular}));
-  EXPECT_EQ(wizard.views().pickerView.titleColour, kWhite);
+  EXPECT_EQ(wizard.views().pickerView.title.font, (Font{"Avenir", 31, FontWeight::regular}));
+  EXPECT_EQ(wizard.views().pickerView.title.colour, kWhite);
 }
 
 TEST(SeatSelectorStored, AChoiceIsRestoredAndTheSectionStepShown) {
@@ -409,7 +409,7 @@ TEST(SeatSelectorResult, HandsOverTheItemsOnceAndIsDismissed) {
 
 TEST(SeatSelectorResult, IsHandedOverBeforeTheDismissal) {
   WizardRoom room(kSeated);
-  HalvoraSeatSelectorViewController* shown = nullptr;
+  WizardController* shown = nullptr;
   int calls = 0;
   room.inputs.onSeatSelected = [&](const auto&, const auto&, const auto&) {
     ++calls;

@@ -230,7 +230,7 @@ TEST(StandingPlanPicture, IsAbsentWithoutOneAndTheStageIsShown) {
   WizardRoom room(kFloor);
   room.inputs.venueId = 7;
   const SeatSelectorViews& views = room.load().views();
-  EXPECT_EQ(views.standingOverlayImageView.image, nullptr);
+  EXPECT_EQ(views.standingOverlayImage, nullptr);
   EXPECT_FALSE(views.standingStageLabel.hidden);
   EXPECT_EQ(views.standingStageHeightConstraint, 64);
   EXPECT_EQ(views.standingDragAreaTopConstraint, 10);
@@ -241,8 +241,8 @@ TEST(StandingPlanPicture, HidesTheStage) {
   room.inputs.venueId = 7;
   room.main.setResource(kPlan, pixmapOf(3, 2, 1, 2, 3));
   const SeatSelectorViews& views = room.loadAtPlan().views();
-  ASSERT_NE(views.standingOverlayImageView.image, nullptr);
-  EXPECT_EQ(views.standingOverlayImageView.image->width, 3U);
+  ASSERT_NE(views.standingOverlayImage, nullptr);
+  EXPECT_EQ(views.standingOverlayImage->width, 3U);
   EXPECT_TRUE(views.standingStageLabel.hidden);
   EXPECT_EQ(views.standingStageHeightConstraint, 0);
   EXPECT_EQ(views.standingDragAreaTopConstraint, 0);
@@ -258,7 +258,7 @@ TEST(StandingPlanPicture, IsLookedForUnderFourNamesInOrder) {
     for (std::size_t at = first; at < names.size(); ++at) {
       room.main.setResource(names[at], pixmapOf(static_cast<int>(at) + 1, 1, 0, 0, 0));
     }
-    const auto image = room.load().views().standingOverlayImageView.image;
+    const auto image = room.load().views().standingOverlayImage;
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(image->width, first + 1);
     EXPECT_EQ(room.main.reads,
@@ -272,7 +272,7 @@ TEST(StandingPlanPicture, ThatCannotBeDecodedIsPassedOver) {
   room.inputs.venueId = 7;
   room.main.setResource(kPlan, "no picture");
   room.main.setResource("HVAssets/Maps/Venue-7/standing_overlay.PNG", pixmapOf(5, 1, 0, 0, 0));
-  const auto image = room.load().views().standingOverlayImageView.image;
+  const auto image = room.load().views().standingOverlayImage;
   ASSERT_NE(image, nullptr);
   EXPECT_EQ(image->width, 5U);
 }
@@ -281,7 +281,7 @@ TEST(StandingPlanPicture, IsNotLookedForWithoutAVenue) {
   WizardRoom room(kFloor);
   for (const std::int64_t venue : {std::int64_t{0}, std::int64_t{-7}, INT64_MIN}) {
     room.inputs.venueId = venue;
-    EXPECT_EQ(room.load().views().standingOverlayImageView.image, nullptr);
+    EXPECT_EQ(room.load().views().standingOverlayImage, nullptr);
   }
   EXPECT_THAT(room.main.reads, IsEmpty());
   room.inputs.venueId = 7;
@@ -296,14 +296,14 @@ TEST(StandingPlanPicture, IsDecodedOnceAVenue) {
   WizardRoom room(kFloor);
   room.inputs.venueId = 7;
   room.main.setResource(kPlan, pixmapOf(3, 2, 1, 2, 3));
-  const auto image = room.loadAtPlan().views().standingOverlayImageView.image;
+  const auto image = room.loadAtPlan().views().standingOverlayImage;
   auto& wizard = room.loadAtPlan();
   for (double x = 0; x < 100; x += 5) wizard.handleStandingDrag({x, x});
-  EXPECT_EQ(wizard.views().standingOverlayImageView.image, image) << "the same in both wizards";
+  EXPECT_EQ(wizard.views().standingOverlayImage, image) << "the same in both wizards";
   EXPECT_EQ(room.decoder.calls, 1);
 
   room.inputs.venueId = 8;
-  EXPECT_EQ(room.loadAtPlan().views().standingOverlayImageView.image, nullptr);
+  EXPECT_EQ(room.loadAtPlan().views().standingOverlayImage, nullptr);
   const std::size_t reads = room.main.reads.size();
   room.loadAtPlan().handleStandingDrag({1, 1});
   EXPECT_EQ(room.main.reads.size(), reads) << "nor is a missing one looked for again";

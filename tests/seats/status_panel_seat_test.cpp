@@ -105,7 +105,7 @@ TEST(SeatSelection, TheWizardGetsWhatItNeeds) {
   fields.actionButtonTitleFontSize = 13;
   bench.panel().setFields(fields);
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   EXPECT_EQ(selector->inputs().venueId, 7);
   EXPECT_EQ(selector->inputs().map, bench.panel().seatMap().seatMapSections());
@@ -158,7 +158,7 @@ TEST(SeatSelection, WritesTheFlatKeysThenTheRecordAndThenWhatBecomesOfTheTables)
 TEST(SeatSelection, IsShownAtOnceThoughThePanelIsStillCovered) {
   PanelBench bench(inVenue7());
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   for (const std::int64_t pick : {2, 2, 1}) {
     selector->pickerDidSelectRow(pick);
@@ -174,7 +174,7 @@ TEST(SeatSelection, GoesToTheVenueOfTheMapWhereNoneIsInForceAnyMore) {
   bench.hearVenue(7);
   bench.tick();
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   bench.hearVenue(0);
   for (int step = 0; step < 3; ++step) {
@@ -187,7 +187,7 @@ TEST(SeatSelection, GoesToTheVenueOfTheMapWhereNoneIsInForceAnyMore) {
 TEST(SeatSelection, AWizardThatOutlivesThePanelDoesNothing) {
   PanelBench bench(inVenue7());
   bench.panel().openSeatSelector();
-  const auto selector = bench.panel().presentedSeatSelector();
+  const auto selector = bench.panel().presentedWizard();
   bench.destroyPanel();
   for (int step = 0; step < 3; ++step) {
     selector->pickerDidSelectRow(step == 0 ? 2 : 1);
@@ -202,7 +202,7 @@ TEST(SeatSelection, WithOnlyADefaultVenueAStandingSectionCannotBeChosen) {
   bench.tick();
   EXPECT_EQ(bench.panel().seatMap().seatMapVenueId(), 12);
   bench.panel().openSeatSelector();
-  auto selector = bench.panel().presentedSeatSelector();
+  auto selector = bench.panel().presentedWizard();
   ASSERT_NE(selector, nullptr);
   selector->pickerDidSelectRow(1);
   selector->nextTapped();
@@ -213,7 +213,7 @@ TEST(SeatSelection, WithOnlyADefaultVenueAStandingSectionCannotBeChosen) {
   bench.hearVenue(12);
   bench.tick();
   bench.panel().openSeatSelector();
-  selector = bench.panel().presentedSeatSelector();
+  selector = bench.panel().presentedWizard();
   selector->pickerDidSelectRow(1);
   selector->nextTapped();
   EXPECT_EQ(selector->currentStep(), 1);
@@ -226,7 +226,7 @@ TEST(SeatPrecompute, DoesNothingWithoutAPlaceOrAVenue) {
   bench.panel().startSeatLUTPrecomputeForVenueId(7, {-1, 2});
   bench.panel().startSeatLUTPrecomputeForVenueId(7, {1, -2});
   bench.panel().startSeatLUTPrecomputeForVenueId(0, {1, 2});
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   EXPECT_EQ(bench.phone.defaults.find("seatLUTReadyByVenue"), nullptr);
 }
 
@@ -245,13 +245,13 @@ TEST(SeatPrecompute, IsNotReadyFromItsStartUntilItsEnd) {
   bench.tick();
   EXPECT_EQ(bench.dotText(), "green");
   bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4});
-  EXPECT_TRUE(bench.panel().seatLUTPrecomputeInProgress());
-  EXPECT_EQ(bench.panel().seatLUTLastDone(), 0);
+  EXPECT_TRUE(bench.panel().tables().isInProgress());
+  EXPECT_EQ(bench.panel().tables().lastDone(), 0);
   EXPECT_FALSE(bench.isStoredReady(7));
   EXPECT_EQ(bench.dotText(), "amber");
   bench.settle();
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
-  EXPECT_EQ(bench.panel().seatLUTLastDone(), -1);
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
+  EXPECT_EQ(bench.panel().tables().lastDone(), -1);
   EXPECT_TRUE(bench.isStoredReady(7));
   EXPECT_EQ(bench.dotText(), "green");
 }
@@ -271,7 +271,7 @@ TEST(SeatPrecompute, ASecondOneLeavesTheFirstAlone) {
   bench.putPixelMap(7, 1, {kRedWord});
   bench.panel().showSeatLUTPrecomputeProgressWithDone(1, 3, "1");
   bench.panel().startSeatLUTPrecomputeForVenueId(7, {5, 6});
-  EXPECT_EQ(bench.panel().seatLUTLastDone(), 1);
+  EXPECT_EQ(bench.panel().tables().lastDone(), 1);
   EXPECT_EQ(bench.phone.defaults.find("seatLUTReadyByVenue"), nullptr);
   bench.settle();
   EXPECT_EQ(bench.tables(), 0U);
@@ -288,7 +288,7 @@ TEST(SeatPrecompute, ItsStartAndItsReportsRefreshTheStatus) {
   };
   bench.phone.loop.onTurnEnded([&] {
     seen.push_back(bench.views().statusTextLabel.text + " at " +
-                   std::to_string(bench.panel().seatLUTLastDone()));
+                   std::to_string(bench.panel().tables().lastDone()));
     setStatus();
   });
   setStatus();
@@ -301,7 +301,7 @@ TEST(SeatPrecompute, OneThatReportsNothingToDoLeavesTheFlagNo) {
   bench.storeSeat(7, {"A", "1", "10"}, {3, 4});
   bench.panel().storage().setPersistedSeatLUTReady(true, 7);
   bench.turn([&] { bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4}); });
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   EXPECT_FALSE(bench.isStoredReady(7));
   EXPECT_EQ(bench.dotText(), "amber");
 }
@@ -314,7 +314,7 @@ TEST(SeatPrecompute, ReportsEveryMapAndPulsesAtEach) {
   std::vector<std::string> seen;
   bench.panel().startSeatLUTPrecomputeForVenueId(7, {3, 4});
   bench.phone.loop.onTurnEnded([&] {
-    seen.push_back(std::to_string(bench.panel().seatLUTLastDone()) + " " + bench.dotText());
+    seen.push_back(std::to_string(bench.panel().tables().lastDone()) + " " + bench.dotText());
   });
   bench.settle();
   EXPECT_EQ(seen,
@@ -330,7 +330,7 @@ TEST(SeatPrecompute, WhatComesLateOfAnAbandonedOneIsIgnored) {
   bench.phone.loop.soon([&] { bench.panel().hideSeatLUTPrecomputeProgress(); });
   bench.phone.loop.runFor({});
   EXPECT_EQ(bench.tables(), 1U);
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
   EXPECT_FALSE(bench.isStoredReady(7));
 }
 
@@ -394,14 +394,14 @@ TEST_F(StatusDotTest, PulsesOnlyWhenTheProgressHasGrown) {
 TEST_F(StatusDotTest, ProgressOfNoTotalIsIgnored) {
   progress(3, 0);
   progress(3, -1);
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
-  EXPECT_EQ(bench.panel().seatLUTLastDone(), -1);
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
+  EXPECT_EQ(bench.panel().tables().lastDone(), -1);
 }
 
 TEST_F(StatusDotTest, ProgressBelowNothingCountsAsNothing) {
   progress(-4);
-  EXPECT_TRUE(bench.panel().seatLUTPrecomputeInProgress());
-  EXPECT_EQ(bench.panel().seatLUTLastDone(), 0);
+  EXPECT_TRUE(bench.panel().tables().isInProgress());
+  EXPECT_EQ(bench.panel().tables().lastDone(), 0);
   progress(0);
   EXPECT_FALSE(pulses());
   progress(1);
@@ -419,7 +419,7 @@ TEST_F(StatusDotTest, PulsesOnceWhenTheTablesHaveJustBecomeReady) {
   progress(1);
   pulses();
   bench.panel().completeSeatLUTPrecomputeWithDone(9, 9);
-  EXPECT_TRUE(bench.panel().seatLUTReady());
+  EXPECT_TRUE(bench.panel().tables().isReady());
   EXPECT_EQ(bench.dotText(), "green");
   EXPECT_TRUE(pulses());
   bench.panel().completeSeatLUTPrecomputeWithDone(9, 9);
@@ -428,7 +428,7 @@ TEST_F(StatusDotTest, PulsesOnceWhenTheTablesHaveJustBecomeReady) {
 
 TEST_F(StatusDotTest, CompletionShortOfTheTotalLeavesTheTablesNotReady) {
   bench.panel().completeSeatLUTPrecomputeWithDone(8, 9);
-  EXPECT_FALSE(bench.panel().seatLUTReady());
+  EXPECT_FALSE(bench.panel().tables().isReady());
   EXPECT_EQ(bench.dotText(), "amber");
   EXPECT_FALSE(pulses());
 }
@@ -436,18 +436,18 @@ TEST_F(StatusDotTest, CompletionShortOfTheTotalLeavesTheTablesNotReady) {
 TEST_F(StatusDotTest, CompletionWithTotal0LeavesTheTablesNotReady) {
   progress(1);
   bench.panel().completeSeatLUTPrecomputeWithDone(0, 0);
-  EXPECT_FALSE(bench.panel().seatLUTReady());
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
-  EXPECT_EQ(bench.panel().seatLUTLastDone(), -1);
+  EXPECT_FALSE(bench.panel().tables().isReady());
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
+  EXPECT_EQ(bench.panel().tables().lastDone(), -1);
 }
 
 TEST_F(StatusDotTest, HidingTheProgressForgetsItAndTheReadiness) {
   bench.panel().completeSeatLUTPrecomputeWithDone(1, 1);
   progress(3);
   bench.panel().hideSeatLUTPrecomputeProgress();
-  EXPECT_FALSE(bench.panel().seatLUTPrecomputeInProgress());
-  EXPECT_FALSE(bench.panel().seatLUTReady());
-  EXPECT_EQ(bench.panel().seatLUTLastDone(), -1);
+  EXPECT_FALSE(bench.panel().tables().isInProgress());
+  EXPECT_FALSE(bench.panel().tables().isReady());
+  EXPECT_EQ(bench.panel().tables().lastDone(), -1);
   EXPECT_EQ(bench.dotText(), "amber");
 }
 
@@ -470,10 +470,10 @@ TEST_F(StatusDotTest, ItsReadinessIsTheStoredOneUnlessTablesAreBeingBuilt) {
   bench.panel().storage().setPersistedSeatLUTReady(false, 7);
   progress(1);
   bench.tick();
-  EXPECT_TRUE(bench.panel().seatLUTReady());
+  EXPECT_TRUE(bench.panel().tables().isReady());
   bench.panel().completeSeatLUTPrecomputeWithDone(0, 9);
   bench.tick();
-  EXPECT_FALSE(bench.panel().seatLUTReady());
+  EXPECT_FALSE(bench.panel().tables().isReady());
 }
 
 TEST(DotPulse, SwellsFastAndFadesThenGoesBack) {

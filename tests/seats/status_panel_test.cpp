@@ -8,7 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "engine/broadcast.h"
-#include "seats/status_panel_looks.h"
+#include "seats/label_styles.h"
+#include "seats/panel_looks.h"
 #include "tests/seats/panel_bench.h"
 #include "text/defaults_values.h"
 
@@ -266,7 +267,7 @@ TEST(StatusPanel, ItsTimerGoesWithIt) {
   PanelBench bench;
   bench.destroyPanel();
   const std::uint64_t turns = bench.phone.loop.turns();
-  bench.phone.loop.runFor(HalvoraStatusViewController::kStatusInterval);
+  bench.phone.loop.runFor(PanelController::kStatusInterval);
   // The engine's notices go on.
   EXPECT_EQ(bench.phone.loop.turns(), turns + 1);
 }

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "adapters/virtual/virtual_storage.h"
-#include "seats/halvora_seat_selector_view_controller.h"
+#include "seats/wizard_controller.h"
 #include "tests/seats/seat_maker.h"
 #include "tests/support/pixmap_decoder.h"
 
@@ -78,20 +78,20 @@ class WizardRoom {
     };
   }
 
-  HalvoraSeatSelectorViewController& load() {
-    wizard_ = std::make_unique<HalvoraSeatSelectorViewController>(
+  WizardController& load() {
+    wizard_ = std::make_unique<WizardController>(
         kit, overlay, [this](std::string_view name) { return name == font; }, inputs);
     wizard_->viewDidLoad();
     return *wizard_;
   }
   void destroyWizard() { wizard_.reset(); }
   /// Loads with a choice as the storage had it.
-  HalvoraSeatSelectorViewController& loadWith(const SeatNames& stored) {
+  WizardController& loadWith(const SeatNames& stored) {
     inputs.initialSelection = stored;
     return load();
   }
   /// Loads, heard at the venue, and goes on to the plan of the first section.
-  HalvoraSeatSelectorViewController& loadAtPlan(Size dragArea = {100, 100}) {
+  WizardController& loadAtPlan(Size dragArea = {100, 100}) {
     inputs.hasLiveVenueSignal = true;
     auto& wizard = load();
     wizard.pickerDidSelectRow(1);
@@ -110,7 +110,7 @@ class WizardRoom {
   std::vector<Chosen> chosen;
 
  private:
-  std::unique_ptr<HalvoraSeatSelectorViewController> wizard_;
+  std::unique_ptr<WizardController> wizard_;
 };
 
 /// Step and indices of section, row and seat.
@@ -122,7 +122,7 @@ struct WizardState {
   friend bool operator==(const WizardState&, const WizardState&) = default;
 };
 
-inline WizardState stateOf(const HalvoraSeatSelectorViewController& wizard) {
+inline WizardState stateOf(const WizardController& wizard) {
   return {wizard.currentStep(), wizard.selectedSectionIndex(), wizard.selectedRowIndex(),
           wizard.selectedSeatIndex()};
 }
@@ -140,7 +140,7 @@ inline std::vector<std::string> namesOf(const SeatSelectorItems& items) {
   return names;
 }
 
-inline std::vector<std::string> pickerTitles(const HalvoraSeatSelectorViewController& wizard) {
+inline std::vector<std::string> pickerTitles(const WizardController& wizard) {
   std::vector<std::string> titles;
   for (std::size_t row = 0; row < wizard.numberOfPickerRows(); ++row) {
     titles.push_back(wizard.titleForPickerRow(static_cast<std::int64_t>(row)));

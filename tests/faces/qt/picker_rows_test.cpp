@@ -10,6 +10,7 @@
 
 #include "adapters/virtual/virtual_storage.h"
 #include "halvora/platform/absent.h"
+#include "seats/wizard_controller.h"
 #include "tests/seats/seat_maker.h"
 
 namespace halvora {
@@ -23,8 +24,7 @@ struct PickerRowsTest : testing::Test {
     for (const std::string& name : names) sections.push_back(sectionNamed(name));
     SeatSelectorInputs inputs;
     inputs.map = mapOf(sections);
-    wizard = std::make_shared<HalvoraSeatSelectorViewController>(bundle, overlay, FontLookup(),
-                                                                 std::move(inputs));
+    wizard = std::make_shared<WizardController>(bundle, overlay, FontLookup(), std::move(inputs));
     wizard->viewDidLoad();
     rows.reload(wizard);
   }
@@ -38,7 +38,7 @@ struct PickerRowsTest : testing::Test {
 
   VirtualBundle bundle{"com.example.empty"};
   StandingOverlay overlay{bundle, absent::images()};
-  std::shared_ptr<HalvoraSeatSelectorViewController> wizard;
+  std::shared_ptr<WizardController> wizard;
   PickerRows rows;
 };
 

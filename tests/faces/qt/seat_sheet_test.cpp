@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "seats/seat_selector_views.h"
+#include "halvora/wizard.h"
 #include "tests/faces/qt/status_bench.h"
 
 namespace halvora {

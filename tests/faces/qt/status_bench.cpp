@@ -165,7 +165,7 @@ void StatusBench::settle() {
 void StatusBench::waitUntil(const std::function<bool()>& isSo) { letQtWorkUntil(isSo); }
 
 void StatusBench::tick() {
-  phone.loop.runFor(HalvoraStatusViewController::kStatusInterval);
+  phone.loop.runFor(PanelController::kStatusInterval);
   settle();
 }
 

@@ -24,7 +24,7 @@
 #include "adapters/virtual/virtual_phone.h"
 #include "faces/qt/status_panel.h"
 #include "halvora/engine.h"
-#include "seats/halvora_status_view_controller.h"
+#include "seats/panel_controller.h"
 #include "seats/seat_storage.h"
 
 namespace halvora {
@@ -54,9 +54,9 @@ class StatusBench {
   QQuickWindow& window() { return *window_; }
   QQuickItem& view() { return *item("halvoraStatusView"); }
   StatusPanel& face() { return *root_->findChild<StatusPanel*>(QStringLiteral("statusPanel")); }
-  HalvoraStatusViewController& panel() { return *face().controller(); }
+  PanelController& panel() { return static_cast<PanelController&>(*face().controller()); }
   SeatWizard& wizard() { return *face().wizard(); }
-  HalvoraSeatSelectorViewController& selector() { return *wizard().selector(); }
+  WizardController& selector() { return static_cast<WizardController&>(*wizard().selector()); }
   void destroyWindow();
 
   /// In the panel, the wizard or an alert; null for none.

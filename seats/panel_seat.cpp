@@ -6,32 +6,32 @@
 
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/run_loop.h"
-#include "seats/halvora_status_view_controller.h"
-#include "seats/status_panel_looks.h"
+#include "seats/panel_controller.h"
+#include "seats/panel_looks.h"
 #include "text/defaults_values.h"
 
 namespace halvora {
 
 namespace {
 
-struct PresentedSeatSelector {
-  PresentedSeatSelector(std::shared_ptr<StandingOverlay> standingOverlay, const Bundle& kit,
-                        const FontLookup& hasFont, SeatSelectorInputs inputs)
-      : overlay(std::move(standingOverlay)), selector(kit, *overlay, hasFont, std::move(inputs)) {}
+struct PresentedWizard {
+  PresentedWizard(std::shared_ptr<StandingOverlay> standingOverlay, const Bundle& kit,
+                  const FontLookup& hasFont, SeatSelectorInputs inputs)
+      : overlay(std::move(standingOverlay)), wizard(kit, *overlay, hasFont, std::move(inputs)) {}
 
   std::shared_ptr<StandingOverlay> overlay;
-  HalvoraSeatSelectorViewController selector;
+  WizardController wizard;
 };
 
 }  // namespace
 
 // Seat map
 
-void HalvoraStatusViewController::preloadSeatMapForVenueId(std::int64_t venueId) {
+void PanelController::preloadSeatMapForVenueId(std::int64_t venueId) {
   act([&] { seatMap_.preloadSeatMapForVenueId(venueId); });
 }
 
-void HalvoraStatusViewController::seatMapLoaded() {
+void PanelController::seatMapLoaded() {
   act([this] {
     const Witness self(life_);
     updateStatus();
@@ -43,7 +43,7 @@ void HalvoraStatusViewController::seatMapLoaded() {
   });
 }
 
-void HalvoraStatusViewController::openSeatSelector() {
+void PanelController::openSeatSelector() {
   act([this] {
     if (isPresenting()) return;
     const std::int64_t venueId = resolvedVenueId();
@@ -60,14 +60,14 @@ void HalvoraStatusViewController::openSeatSelector() {
   });
 }
 
-void HalvoraStatusViewController::presentSeatMapMissingAlert() {
+void PanelController::presentSeatMapMissingAlert() {
   presentedAlert_ = Alert{hvLocalizedStringForKey("hv_seat_map_missing_title", "Seat Map Missing"),
                           hvLocalizedStringForKey("hv_seat_map_missing_message",
                                                   "No valid map.json parsed for current venue."),
                           hvLocalizedStringForKey("hv_common_ok", "OK")};
 }
 
-void HalvoraStatusViewController::presentSeatSelector(std::int64_t venueId) {
+void PanelController::presentSeatSelector(std::int64_t venueId) {
   SeatSelectorInputs inputs;
   inputs.venueId = venueId;
   inputs.hasLiveVenueSignal = integerForKey(platform_.defaults, "venueID") > 0;
@@ -86,14 +86,14 @@ void HalvoraStatusViewController::presentSeatSelector(std::int64_t venueId) {
                   std::string(seat.displayName)},
                  {seat.xPos, seat.yPos});
   };
-  const auto presented = std::make_shared<PresentedSeatSelector>(
-      standingOverlay_, platform_.bundles->kit, face_.hasFont, std::move(inputs));
+  const auto presented = std::make_shared<PresentedWizard>(standingOverlay_, platform_.bundles->kit,
+                                                           face_.hasFont, std::move(inputs));
   // First: half of one would be on screen for good.
-  presented->selector.viewDidLoad();
-  seatSelector_ = {presented, &presented->selector};
+  presented->wizard.viewDidLoad();
+  wizard_ = {presented, &presented->wizard};
 }
 
-void HalvoraStatusViewController::seatSelected(const SeatNames& names, SeatPoint seat) {
+void PanelController::seatSelected(const SeatNames& names, SeatPoint seat) {
   act([&] {
     const std::int64_t resolved = resolvedVenueId();
     const std::int64_t venueId = resolved > 0 ? resolved : seatMap_.seatMapVenueId();
@@ -105,18 +105,18 @@ void HalvoraStatusViewController::seatSelected(const SeatNames& names, SeatPoint
   });
 }
 
-SeatNames HalvoraStatusViewController::storedSeatNames(std::int64_t venueId) const {
+SeatNames PanelController::storedSeatNames(std::int64_t venueId) const {
   const DefaultsDictionary* record = storage_.seatSelectionForVenueId(venueId);
   return record != nullptr ? seatNamesOf(*record) : SeatNames();
 }
 
 // What is seen of it
 
-void HalvoraStatusViewController::updateSeatSelectionUIForVenueId(std::int64_t venueId) {
+void PanelController::updateSeatSelectionUIForVenueId(std::int64_t venueId) {
   act([&] { showSeat(venueId); });
 }
 
-void HalvoraStatusViewController::showSeat(std::int64_t venueId) {
+void PanelController::showSeat(std::int64_t venueId) {
   const Bundle& kit = platform_.bundles->kit;
   if (seatMap_.isLoading(venueId)) {
     showSeatLoading(kit, views_);
@@ -129,24 +129,28 @@ void HalvoraStatusViewController::showSeat(std::int64_t venueId) {
   layOutSummary();
 }
 
-void HalvoraStatusViewController::showDot(bool hasSelection) {
+void PanelController::showDot(bool hasSelection) {
   StatusDot& dot = views_.seatSelectionSummaryRow.seatLUTStatusDot;
   dot.hidden = !hasSelection;
   if (!hasSelection) {
     dot.pulseBegan.reset();
+  } else if (!tables_.isInProgress() && tables_.isReady()) {
+    dot.colour = kDotGreen;
+    dot.spoken = hvLocalizedStringForKey("hv_seat_dot_ready", "Your seat is ready for the show");
   } else {
-    dot.colour = !tables_.isInProgress() && tables_.isReady() ? kDotGreen : kDotAmber;
+    dot.colour = kDotAmber;
+    dot.spoken = hvLocalizedStringForKey("hv_seat_dot_preparing", "Your seat is being prepared");
   }
 }
 
-void HalvoraStatusViewController::refreshDot(bool isPulseDue) {
+void PanelController::refreshDot(bool isPulseDue) {
   showDot(storedSeatNames(resolvedVenueId()).areComplete());
   layOutSummary();
   StatusDot& dot = views_.seatSelectionSummaryRow.seatLUTStatusDot;
   if (isPulseDue && !dot.hidden) dot.pulseBegan = platform_.runLoop->now();
 }
 
-void HalvoraStatusViewController::layOutSummary() {
+void PanelController::layOutSummary() {
   SeatSelectionSummaryRow& row = views_.seatSelectionSummaryRow;
   if (!face_.summaryTextFrame) return;
   const Rect text = face_.summaryTextFrame(row.seatSelectionSummaryLabel);
@@ -159,19 +163,18 @@ void HalvoraStatusViewController::layOutSummary() {
 
 // Its tables
 
-void HalvoraStatusViewController::applyMapVersionPolicyForVenueId(std::int64_t venueId) {
+void PanelController::applyMapVersionPolicyForVenueId(std::int64_t venueId) {
   act([&] {
     const auto versions = seatMap_.mapVersionInfoForVenueId(venueId);
     if (versions && !engineLife_.isGone()) versionPolicy_.apply(venueId, *versions);
   });
 }
 
-void HalvoraStatusViewController::startSeatLUTPrecomputeForVenueId(std::int64_t venueId,
-                                                                   SeatPoint seat) {
+void PanelController::startSeatLUTPrecomputeForVenueId(std::int64_t venueId, SeatPoint seat) {
   act([&] { tables_.start(venueId, seat); });
 }
 
-void HalvoraStatusViewController::tablesTold(const TableRunNews& news) {
+void PanelController::tablesTold(const TableRunNews& news) {
   act([&] {
     switch (news.kind) {
       case TableRunNews::Kind::progress:
@@ -189,17 +192,17 @@ void HalvoraStatusViewController::tablesTold(const TableRunNews& news) {
   });
 }
 
-void HalvoraStatusViewController::showSeatLUTPrecomputeProgressWithDone(
-    int done, int total, std::string_view /*mapId*/) {
+void PanelController::showSeatLUTPrecomputeProgressWithDone(int done, int total,
+                                                            std::string_view /*mapId*/) {
   if (total < 1) return;
   act([&] { refreshDot(tables_.progressed(done)); });
 }
 
-void HalvoraStatusViewController::completeSeatLUTPrecomputeWithDone(int done, int total) {
+void PanelController::completeSeatLUTPrecomputeWithDone(int done, int total) {
   act([&] { refreshDot(tables_.ended(done, total)); });
 }
 
-void HalvoraStatusViewController::hideSeatLUTPrecomputeProgress() {
+void PanelController::hideSeatLUTPrecomputeProgress() {
   act([this] {
     tables_.forget();
     refreshDot(false);

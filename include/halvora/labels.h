@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a face draws of the seat screens: labels, buttons, alerts, fonts. Plain values that compare,
-// so that a screen can tell whether anything visible changed. Points are the screen's, colours are
-// the light's. Values, any thread.
+// What a face draws of the seat screens: labels, buttons, alerts and their fonts. Plain values that
+// compare, so that a screen can tell whether anything visible changed. Lengths are points of the
+// screen. Values, any thread.
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -15,12 +16,6 @@ namespace halvora {
 
 /// Of the dark appearance: the seat screens write white on their background.
 inline constexpr Colour kSystemBlue = colourOfBytes(10, 132, 255);
-inline constexpr Colour kSystemGroupedBackground = kBlack;
-
-constexpr Colour withAlpha(Colour colour, float alpha) {
-  colour.alpha = alpha;
-  return colour;
-}
 
 enum class FontWeight : std::uint8_t { regular, semibold, bold };
 
@@ -36,15 +31,6 @@ struct Font {
 /// Whether the phone has a font of that name; supplied by the face. Absent: it has none.
 using FontLookup = std::function<bool(std::string_view name)>;
 
-/// The font of that name where there is one, else the system's of that weight.
-inline Font fontNamed(std::string_view name, double size, FontWeight weight,
-                      const FontLookup& hasFont) {
-  if (!name.empty() && hasFont && hasFont(name)) {
-    return {std::string(name), size, FontWeight::regular};
-  }
-  return {"", size, weight};
-}
-
 /// `natural` follows the direction of the user's language.
 enum class TextAlignment : std::uint8_t { natural, left, center, right, justified };
 
@@ -54,7 +40,9 @@ struct Border {
   friend bool operator==(const Border&, const Border&) = default;
 };
 
+/// What is hidden takes no room, what has alpha 0 does.
 struct Label {
+  /// UTF-8, as all texts.
   std::string text;
   Colour colour = kWhite;
   Font font;
@@ -82,6 +70,7 @@ struct Button {
   /// None: clear.
   MaybeColour background;
   double cornerRadius = 0;
+  /// At least: a title that needs more room has it.
   double height = 0;
   friend bool operator==(const Button&, const Button&) = default;
 };
@@ -93,5 +82,10 @@ struct Alert {
   std::string button;
   friend bool operator==(const Alert&, const Alert&) = default;
 };
+
+/// Fills arguments into a format of a string table. "%@", "%ld" and their kin take the arguments in
+/// turn, "%2$@" takes the second; "%%" is a percent sign. A place without an argument stays empty,
+/// an argument without a place is left out, anything else stands as it is written.
+std::string formatted(std::string_view format, std::initializer_list<std::string_view> arguments);
 
 }  // namespace halvora

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "faces/qt/seat_plan_steps.h"
-
 #include <set>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "seats/standing_plan.h"
 
 namespace halvora {
 namespace {

@@ -3,9 +3,10 @@
 // flags and titles that follow from its state.
 #include <algorithm>
 
-#include "seats/halvora_seat_selector_view_controller.h"
+#include "seats/label_styles.h"
 #include "seats/seat_names.h"
-#include "seats/seat_selector_texts.h"
+#include "seats/wizard_controller.h"
+#include "seats/wizard_texts.h"
 
 namespace halvora {
 
@@ -18,6 +19,8 @@ constexpr Colour kPlanDotGreen{0.196F, 0.843F, 0.294F, 1};
 constexpr Colour kPaleWhite = withAlpha(kWhite, 0.75F);
 constexpr double kCornerRadius = 8;
 constexpr double kPickerFontSize = 31;
+constexpr double kFilterFontSize = 17;
+constexpr float kFilterAlpha = 0.6F;
 constexpr double kDotBorder = 2;
 constexpr float kStageBorderAlpha = 0.28F;
 constexpr double kDisabledAlpha = 0.5;
@@ -32,28 +35,31 @@ Label label(const Font& font, Colour colour) {
 
 }  // namespace
 
-std::string HalvoraSeatSelectorViewController::localizedStringForKey(
-    std::string_view key, std::string_view fallback) const {
+std::string WizardController::localizedStringForKey(std::string_view key,
+                                                    std::string_view fallback) const {
   return localizedText(kitBundle_, key, fallback);
 }
 
-std::string HalvoraSeatSelectorViewController::text(const Text& text) const {
+std::string WizardController::text(const Text& text) const {
   return localizedStringForKey(text.key, text.fallback);
 }
 
-Font HalvoraSeatSelectorViewController::statusFontWithSize(double size, FontWeight weight) const {
+Font WizardController::statusFontWithSize(double size, FontWeight weight) const {
   return fontNamed(inputs_.statusTextFontName, size, weight, hasFont_);
 }
 
-void HalvoraSeatSelectorViewController::styleTexts() {
+void WizardController::styleTexts() {
   views_.titleLabel = label(statusFontWithSize(18, FontWeight::bold), kWhite);
   views_.stepLabel = label(statusFontWithSize(14, FontWeight::regular), kPaleWhite);
   views_.stepLabel.lines = 0;
   views_.selectionSummaryLabel = label(statusFontWithSize(14, FontWeight::regular), kPaleWhite);
-  views_.pickerView.titleFont = statusFontWithSize(kPickerFontSize, FontWeight::regular);
+  PickerView& picker = views_.pickerView;
+  picker.title = label(statusFontWithSize(kPickerFontSize, FontWeight::regular), kWhite);
+  picker.filter = label(statusFontWithSize(kFilterFontSize, FontWeight::regular),
+                        withAlpha(kWhite, kFilterAlpha));
 }
 
-void HalvoraSeatSelectorViewController::styleButtons() {
+void WizardController::styleButtons() {
   views_.closeButton.title = text(kClose);
   views_.closeButton.titleColour = inputs_.buttonBackgroundColor.value_or(kSystemBlue);
   views_.closeButton.font = statusFontWithSize(16, FontWeight::semibold);
@@ -69,7 +75,7 @@ void HalvoraSeatSelectorViewController::styleButtons() {
   views_.backButton.title = text(kBack);
 }
 
-void HalvoraSeatSelectorViewController::styleStandingViews() {
+void WizardController::styleStandingViews() {
   const Colour textColour = inputs_.buttonTitleColor.value_or(kWhite);
   Label& stage = views_.standingStageLabel;
   stage = label(statusFontWithSize(16, FontWeight::semibold), textColour);
@@ -83,15 +89,16 @@ void HalvoraSeatSelectorViewController::styleStandingViews() {
   dot.border = {kDotBorder, textColour};
 }
 
-void HalvoraSeatSelectorViewController::updateWizardUIAndReloadPicker(bool reload) {
+void WizardController::updateWizardUIAndReloadPicker(bool reload) {
   updateStandingOverlayPresentation();
   ensureStandingSelectionInitialized();
+  updateStandingPlace();
   updateLabels();
   updateButtons();
   updatePicker(reload);
 }
 
-void HalvoraSeatSelectorViewController::updateLabels() {
+void WizardController::updateLabels() {
   // Rows and seats of a standing area mean nothing to who stands there.
   views_.selectionSummaryLabel.text =
       isStandingSectionAtIndex(selectedSectionIndex_)
@@ -103,7 +110,7 @@ void HalvoraSeatSelectorViewController::updateLabels() {
   views_.titleLabel.text = text(isStanding ? kTitleStanding : kTitle);
 }
 
-void HalvoraSeatSelectorViewController::updateButtons() {
+void WizardController::updateButtons() {
   Button& back = views_.backButton;
   back.hidden = currentStep_ < 1;
   back.enabled = currentStep_ > 0;
@@ -119,15 +126,15 @@ void HalvoraSeatSelectorViewController::updateButtons() {
   next.alpha = next.enabled ? 1 : kDisabledAlpha;
 }
 
-void HalvoraSeatSelectorViewController::updatePicker(bool reload) {
+void WizardController::updatePicker(bool reload) {
   const bool isStanding = isStandingStepActive();
   views_.pickerView.hidden = isStanding;
   views_.standingSelectorContainerHidden = !isStanding;
-  if (!reload || isStanding) return;
+  if (isStanding) return;
   const auto lastRow = static_cast<std::int64_t>(numberOfPickerRows()) - 1;
   const std::int64_t row = std::min(selectedIndexForStep(currentStep_) + 1, lastRow);
   views_.pickerView.selectedRow = std::max<std::int64_t>(row, 0);
-  ++views_.pickerView.reloads;
+  if (reload) ++views_.pickerView.reloads;
 }
 
 }  // namespace halvora

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "seats/seat_selector_views.h"
-
 #include <algorithm>
+
+#include "halvora/wizard.h"
 
 namespace halvora {
 

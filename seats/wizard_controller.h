@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The seat selector: section, row and seat chosen from a picker one after the other, or a place on
-// a plan where the section is a standing area. State, actions and what is to be seen; no drawing,
-// and nothing is stored. The status panel makes one whenever it opens. Main thread.
+// The seat selector behind its public face, and what its tests look at: the map, the step and what
+// is selected so far. Nothing is stored. Main thread.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +14,8 @@
 
 #include "halvora/platform/bundle.h"
 #include "halvora/witness.h"
+#include "halvora/wizard.h"
 #include "seats/seat_map.h"
-#include "seats/seat_selector_views.h"
 #include "seats/seat_storage.h"
 #include "seats/standing_overlay.h"
 #include "seats/standing_plan.h"
@@ -50,13 +49,13 @@ struct SeatSelectorInputs {
   std::string statusTextFontName;
 };
 
-class HalvoraSeatSelectorViewController;
+class WizardController;
 
 /// The sections, the rows of the selected section or the seats of the selected row, by their
 /// display names. What it lists follows the selection.
 class SeatSelectorItems {
  public:
-  SeatSelectorItems(const HalvoraSeatSelectorViewController& wizard, std::int64_t step)
+  SeatSelectorItems(const WizardController& wizard, std::int64_t step)
       : wizard_(wizard), step_(step) {}
   std::size_t size() const;
   bool empty() const { return size() == 0; }
@@ -64,47 +63,38 @@ class SeatSelectorItems {
   std::string_view displayName(std::size_t index) const;
 
  private:
-  const HalvoraSeatSelectorViewController& wizard_;
+  const WizardController& wizard_;
   std::int64_t step_;
 };
 
-class HalvoraSeatSelectorViewController {
+class WizardController final : public HalvoraSeatSelectorViewController {
  public:
   /// Bundle and overlay must outlive the wizard. Without `hasFont` all texts are in the system's
   /// font.
-  HalvoraSeatSelectorViewController(const Bundle& kitBundle, StandingOverlay& overlay,
-                                    FontLookup hasFont, SeatSelectorInputs inputs);
-  HalvoraSeatSelectorViewController(const HalvoraSeatSelectorViewController&) = delete;
-  HalvoraSeatSelectorViewController& operator=(const HalvoraSeatSelectorViewController&) = delete;
+  WizardController(const Bundle& kitBundle, StandingOverlay& overlay, FontLookup hasFont,
+                   SeatSelectorInputs inputs);
 
   /// Once, before anything else.
   void viewDidLoad();
-  /// After every layout pass, with the size that the drag area was given.
-  void viewDidLayoutSubviews(Size dragArea);
+  void viewDidLayoutSubviews(Size dragArea) override;
 
-  // Actions. A face sends none for a button that is disabled or hidden; after the wizard is
-  // dismissed they do nothing.
-  void cancelTapped() { dismiss(); }
-  void backTapped();
-  void nextTapped();
-  void alertButtonTapped() { presentedAlert_.reset(); }
-  void pickerDidSelectRow(std::int64_t row);
-  /// Where the finger is in the drag area; the drag at every change.
-  void handleStandingTap(Point location) { handleStandingTouch(location); }
-  void handleStandingDrag(Point location) { handleStandingTouch(location); }
+  void cancelTapped() override { dismiss(); }
+  void backTapped() override;
+  void nextTapped() override;
+  void alertButtonTapped() override { presentedAlert_.reset(); }
+  void pickerDidSelectRow(std::int64_t row) override;
+  void handleStandingTap(Point location) override { handleStandingTouch(location); }
+  void handleStandingDrag(Point location) override { handleStandingTouch(location); }
+  void moveStandingDot(PlanDirection direction, bool isFar) override;
 
   /// What is to be seen, recomputed from the state; every action does it.
   void updateWizardUI() { updateWizardUIAndReloadPicker(true); }
 
-  // What is to be seen.
-  const SeatSelectorViews& views() const { return views_; }
-  SeatSelectorLayout layout(Size view) const { return layoutOf(views_, view); }
-  std::size_t numberOfPickerRows() const { return itemsForCurrentStep().size() + 1; }
-  /// Empty for a row that there is not.
-  std::string titleForPickerRow(std::int64_t row) const;
-  const std::optional<Alert>& presentedAlert() const { return presentedAlert_; }
-  /// The wizard leaves the screen, animated, when this becomes true.
-  bool isDismissed() const { return isDismissed_; }
+  const SeatSelectorViews& views() const override { return views_; }
+  std::size_t numberOfPickerRows() const override { return itemsForCurrentStep().size() + 1; }
+  std::string titleForPickerRow(std::int64_t row) const override;
+  const std::optional<Alert>& presentedAlert() const override { return presentedAlert_; }
+  bool isDismissed() const override { return isDismissed_; }
 
   // State. An index of -1 means none.
   std::int64_t currentStep() const { return currentStep_; }
@@ -128,7 +118,7 @@ class HalvoraSeatSelectorViewController {
   std::string wizardSeatSummaryWithSection(std::optional<std::string_view> section,
                                            std::optional<std::string_view> row,
                                            std::optional<std::string_view> seat) const;
-  std::string localizedStringForKey(std::string_view key, std::string_view fallback) const;
+  std::string localizedStringForKey(std::string_view key, std::string_view fallback) const override;
   Font statusFontWithSize(double size, FontWeight weight) const;
   std::vector<StandingSeatPoint> buildStandingSeatPointsForSectionIndex(std::int64_t index) const;
 
@@ -155,6 +145,8 @@ class HalvoraSeatSelectorViewController {
 
   void updateStandingOverlayPresentation();
   void ensureStandingSelectionInitialized();
+  const StandingSeatPoint* chosenPlace() const;
+  void updateStandingPlace();
   void selectNearestStandingSeatForNormalizedX(double x, double y);
   void updateStandingDotPositionForNormalizedX(double x, double y);
   void showStandingDotAt(const StandingSeatPoint& point);

@@ -33,6 +33,10 @@ inline constexpr Text kStandingAlertMessage{
     "If you've got a standing ticket, please select your location once you've arrived at the "
     "venue."};
 inline constexpr Text kOk{"hv_common_ok", "OK"};
+inline constexpr Text kSpokenPlan{"hv_seat_picker_spoken_plan",
+                                  "Plan of the standing area. The arrow keys move the dot."};
+inline constexpr Text kSpokenPlace{"hv_seat_picker_spoken_place_format",
+                                   "%ld percent from the left, %ld percent from the stage"};
 
 /// By step: section, row, seat.
 inline constexpr Text kPlaceholders[] = {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "seats/halvora_status_view_controller.h"
+#include "seats/panel_controller.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,8 +9,8 @@
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/screen.h"
 #include "halvora/platform/user_defaults.h"
+#include "seats/panel_looks.h"
 #include "seats/seat_names.h"
-#include "seats/status_panel_looks.h"
 #include "text/defaults_values.h"
 
 namespace halvora {
@@ -23,9 +23,13 @@ constexpr double kLeastHeightChange = 0.5;
 
 }  // namespace
 
-HalvoraStatusViewController::HalvoraStatusViewController(HalvoraViewController& engine,
-                                                         const Platform& platform,
-                                                         StatusPanelFace face)
+std::unique_ptr<HalvoraStatusViewController> HalvoraStatusViewController::make(
+    HalvoraViewController& engine, const Platform& platform, StatusPanelFace face) {
+  return std::make_unique<PanelController>(engine, platform, std::move(face));
+}
+
+PanelController::PanelController(HalvoraViewController& engine, const Platform& platform,
+                                 StatusPanelFace face)
     : engine_(engine),
       engineLife_(engine.life()),
       platform_(platform),
@@ -36,18 +40,15 @@ HalvoraStatusViewController::HalvoraStatusViewController(HalvoraViewController& 
       standingOverlay_(std::make_shared<StandingOverlay>(platform.bundles->main, platform.images)),
       seatMap_(platform, [this] { seatMapLoaded(); }) {}
 
-HalvoraStatusViewController::~HalvoraStatusViewController() {
-  platform_.application->removeObserver(*this);
-}
+PanelController::~PanelController() { platform_.application->removeObserver(*this); }
 
 // Changes
 
-HalvoraStatusViewController::Acting::Acting(HalvoraStatusViewController& panel)
-    : panel_(panel), life_(panel.life_) {
+PanelController::Acting::Acting(PanelController& panel) : panel_(panel), life_(panel.life_) {
   ++panel_.acting_;
 }
 
-HalvoraStatusViewController::Acting::~Acting() {
+PanelController::Acting::~Acting() {
   if (life_.isGone()) return;
   try {
     if (panel_.acting_ == 1) panel_.publish();
@@ -57,8 +58,8 @@ HalvoraStatusViewController::Acting::~Acting() {
   if (!life_.isGone()) --panel_.acting_;
 }
 
-void HalvoraStatusViewController::publish() {
-  Seen now{asSeen(views_), preferredContentSize_, presentedAlert_, presentedSeatSelector()};
+void PanelController::publish() {
+  Seen now{asSeen(views_), preferredContentSize_, presentedAlert_, presentedWizard()};
   if (now == seen_) return;
   seen_ = std::move(now);
   ++changes_;
@@ -68,18 +69,18 @@ void HalvoraStatusViewController::publish() {
 
 // Actions
 
-void HalvoraStatusViewController::setFields(StatusPanelFields fields) {
+void PanelController::setFields(StatusPanelFields fields) {
   act([&] {
     fields_ = std::move(fields);
     if (isViewLoaded_) applyStyle(fields_, face_.hasFont, views_);
   });
 }
 
-void HalvoraStatusViewController::viewDidLoad() {
+void PanelController::viewDidLoad() {
   act([this] { load(); });
 }
 
-void HalvoraStatusViewController::viewDidLayoutSubviews(double viewWidth) {
+void PanelController::viewDidLayoutSubviews(double viewWidth) {
   act([&] {
     viewWidth_ = viewWidth;
     layOutSummary();
@@ -87,11 +88,11 @@ void HalvoraStatusViewController::viewDidLayoutSubviews(double viewWidth) {
   });
 }
 
-void HalvoraStatusViewController::updateStatus() {
+void PanelController::updateStatus() {
   act([this] { refresh(); });
 }
 
-void HalvoraStatusViewController::initBluetoothPermission() {
+void PanelController::initBluetoothPermission() {
   act([this] {
     if (engineLife_.isGone()) return;
     engine_.initBluetoothPermission();
@@ -100,33 +101,33 @@ void HalvoraStatusViewController::initBluetoothPermission() {
   });
 }
 
-void HalvoraStatusViewController::openAppSettings() {
+void PanelController::openAppSettings() {
   Application& application = platform_.application;
   if (application.canOpenSettings()) application.openSettings();
 }
 
-void HalvoraStatusViewController::dismissAlert() {
+void PanelController::dismissAlert() {
   act([this] { presentedAlert_.reset(); });
 }
 
-void HalvoraStatusViewController::presentedScreensDismissed() {
+void PanelController::presentedScreensDismissed() {
   act([this] {
     presentedAlert_.reset();
-    if (const auto selector = presentedSeatSelector()) selector->cancelTapped();
+    if (const auto wizard = presentedWizard()) wizard->cancelTapped();
   });
 }
 
-void HalvoraStatusViewController::updatePreferredContentSizeForCurrentLayout() {
+void PanelController::updatePreferredContentSizeForCurrentLayout() {
   act([this] { measure(); });
 }
 
-void HalvoraStatusViewController::disableAncestorScrollViewsIfNeeded() {
+void PanelController::disableAncestorScrollViewsIfNeeded() {
   if (face_.ancestorScrollViews) ancestorScrollViews_.disable(face_.ancestorScrollViews());
 }
 
 // What they do
 
-void HalvoraStatusViewController::load() {
+void PanelController::load() {
   views_ = loadedViews(platform_.bundles->kit);
   isViewLoaded_ = true;
   applyStyle(fields_, face_.hasFont, views_);
@@ -140,9 +141,9 @@ void HalvoraStatusViewController::load() {
   timer_ = Timer(loop, loop.every(kStatusInterval, [this] { updateStatus(); }));
 }
 
-void HalvoraStatusViewController::refresh() {
+void PanelController::refresh() {
   if (!isViewLoaded_ || isPresenting() || engineLife_.isGone()) return;
-  seatSelector_.reset();
+  wizard_.reset();
   const std::int64_t venueId = resolvedVenueId();
   seatMap_.preloadSeatMapForVenueId(venueId);
   const Witness self(life_);
@@ -156,7 +157,7 @@ void HalvoraStatusViewController::refresh() {
   measure();
 }
 
-void HalvoraStatusViewController::refreshStatusViews() {
+void PanelController::refreshStatusViews() {
   const bool isUndetermined =
       platform_.bluetooth->authorization() == BluetoothAuthorization::notDetermined;
   if (views_.onboardingLabel) views_.onboardingLabel->hidden = !isUndetermined;
@@ -173,7 +174,7 @@ void HalvoraStatusViewController::refreshStatusViews() {
   }
 }
 
-void HalvoraStatusViewController::showStatus(const std::string& bluetoothStatus) {
+void PanelController::showStatus(const std::string& bluetoothStatus) {
   const Bundles& bundles = platform_.bundles;
   StatusText& label = views_.statusTextLabel;
   label.text =
@@ -186,12 +187,12 @@ void HalvoraStatusViewController::showStatus(const std::string& bluetoothStatus)
   views_.settingsButton.hidden = !isRefused && !isOff;
 }
 
-bool HalvoraStatusViewController::hasSeatControls(std::int64_t venueId) const {
+bool PanelController::hasSeatControls(std::int64_t venueId) const {
   return seatMap_.isLoaded(venueId) && !seatMap_.isLoading(venueId) &&
          !seatMap_.seatMapSections()->isEmpty();
 }
 
-void HalvoraStatusViewController::measure() {
+void PanelController::measure() {
   if (!isViewLoaded_ || isUpdatingPreferredContentSize_ || !face_.fittingHeight) return;
   struct Measuring {
     ~Measuring() {
@@ -214,28 +215,22 @@ void HalvoraStatusViewController::measure() {
   }
 }
 
-std::int64_t HalvoraStatusViewController::resolvedVenueIdFromDefaults(
-    const UserDefaults& defaults) const {
+std::int64_t PanelController::resolvedVenueIdFromDefaults(const UserDefaults& defaults) const {
   const std::int64_t heard = integerForKey(defaults, "venueID");
   return heard > 0 ? heard : std::max<std::int64_t>(fields_.defaultVenueId, 0);
 }
 
-std::int64_t HalvoraStatusViewController::resolvedVenueId() const {
+std::int64_t PanelController::resolvedVenueId() const {
   return resolvedVenueIdFromDefaults(platform_.defaults);
 }
 
-std::string HalvoraStatusViewController::hvLocalizedStringForKey(std::string_view key,
-                                                                 std::string_view fallback) const {
+std::string PanelController::hvLocalizedStringForKey(std::string_view key,
+                                                     std::string_view fallback) const {
   return localizedText(platform_.bundles->kit, key, fallback);
 }
 
-bool HalvoraStatusViewController::isPresenting() const {
-  return presentedAlert_ || presentedSeatSelector();
-}
-
-std::shared_ptr<HalvoraSeatSelectorViewController>
-HalvoraStatusViewController::presentedSeatSelector() const {
-  return seatSelector_ && !seatSelector_->isDismissed() ? seatSelector_ : nullptr;
+std::shared_ptr<WizardController> PanelController::presentedWizard() const {
+  return wizard_ && !wizard_->isDismissed() ? wizard_ : nullptr;
 }
 
 }  // namespace halvora

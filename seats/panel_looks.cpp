@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "seats/status_panel_looks.h"
+#include "seats/panel_looks.h"
 
 #include <string>
 #include <utility>
 
+#include "seats/label_styles.h"
 #include "seats/seat_names.h"
 
 namespace halvora {
@@ -25,6 +26,12 @@ void setLoading(bool isLoading, StatusPanelViews& views) {
   views.seatSelectionButton.alpha = isLoading ? kLoadingAlpha : 1;
   views.seatSelectionSummaryRow.seatSelectionLoadingIndicator.isAnimating = isLoading;
 }
+
+double eased(AnimationCurve curve, double share) {
+  return curve == AnimationCurve::easeIn ? share * share : 1 - (1 - share) * (1 - share);
+}
+
+double between(double from, double to, double share) { return from + (to - from) * share; }
 
 template <class View>
 void forgetHidden(View& view) {
@@ -93,6 +100,21 @@ void showSeatNames(const SeatNames& names, const Bundle& kit, StatusPanelViews& 
     showSeatTexts(localizedText(kit, "hv_seat_button_change_seat", "Change Seat"),
                   names.section + "  |  " + names.row + "  |  " + names.seat, views);
   }
+}
+
+DotPose dotPoseInPulse(Duration sinceBegin) {
+  DotPose from;
+  for (const DotAnimation& animation : kDotPulse) {
+    if (sinceBegin < animation.duration) {
+      const double share = toSeconds(sinceBegin) / toSeconds(animation.duration);
+      const double done = eased(animation.curve, share);
+      return {between(from.scale, animation.to.scale, done),
+              between(from.alpha, animation.to.alpha, done)};
+    }
+    sinceBegin -= animation.duration;
+    from = animation.to;
+  }
+  return from;
 }
 
 StatusPanelViews asSeen(StatusPanelViews views) {

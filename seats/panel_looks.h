@@ -3,12 +3,9 @@
 // views say. Functions over values, which the panel calls; main thread.
 #pragma once
 
-#include <string_view>
-
+#include "halvora/panel.h"
 #include "halvora/platform/bundle.h"
-#include "seats/halvora_status_view_controller.h"
 #include "seats/seat_storage.h"
-#include "seats/status_panel_views.h"
 
 namespace halvora {
 

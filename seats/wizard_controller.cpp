@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "seats/halvora_seat_selector_view_controller.h"
+#include "seats/wizard_controller.h"
 
 #include <algorithm>
 #include <numeric>
 #include <utility>
 
 #include "seats/seat_names.h"
-#include "seats/seat_selector_texts.h"
+#include "seats/wizard_texts.h"
 
 namespace halvora {
 
@@ -37,16 +37,14 @@ const Row& ofStep(const Row (&rows)[3], std::int64_t step) {
 
 }  // namespace
 
-HalvoraSeatSelectorViewController::HalvoraSeatSelectorViewController(const Bundle& kitBundle,
-                                                                     StandingOverlay& overlay,
-                                                                     FontLookup hasFont,
-                                                                     SeatSelectorInputs inputs)
+WizardController::WizardController(const Bundle& kitBundle, StandingOverlay& overlay,
+                                   FontLookup hasFont, SeatSelectorInputs inputs)
     : kitBundle_(kitBundle),
       overlay_(overlay),
       hasFont_(std::move(hasFont)),
       inputs_(std::move(inputs)) {}
 
-void HalvoraSeatSelectorViewController::viewDidLoad() {
+void WizardController::viewDidLoad() {
   currentStep_ = kSectionStep;
   selectedSectionIndex_ = selectedRowIndex_ = selectedSeatIndex_ = -1;
   sortSectionsWithStandingFirst();
@@ -58,12 +56,13 @@ void HalvoraSeatSelectorViewController::viewDidLoad() {
 }
 
 // The drag area has a size only now.
-void HalvoraSeatSelectorViewController::viewDidLayoutSubviews(Size dragArea) {
+void WizardController::viewDidLayoutSubviews(Size dragArea) {
   dragArea_ = dragArea;
   ensureStandingSelectionInitialized();
+  updateStandingPlace();
 }
 
-void HalvoraSeatSelectorViewController::sortSectionsWithStandingFirst() {
+void WizardController::sortSectionsWithStandingFirst() {
   sectionOrder_.resize(inputs_.map ? inputs_.map->sectionCount() : 0);
   std::iota(sectionOrder_.begin(), sectionOrder_.end(), std::size_t{0});
   std::stable_partition(sectionOrder_.begin(), sectionOrder_.end(), [this](std::size_t section) {
@@ -73,7 +72,7 @@ void HalvoraSeatSelectorViewController::sortSectionsWithStandingFirst() {
 
 // The map may have changed since the choice was stored: it counts as far as it is still there. Row
 // and seat of a standing area are those that its plan had picked, so they are found like any other.
-void HalvoraSeatSelectorViewController::applyInitialSelectionIfAvailable() {
+void WizardController::applyInitialSelectionIfAvailable() {
   const SeatNames& stored = inputs_.initialSelection;
   if (!stored.areComplete()) return;
   selectedSectionIndex_ = indexNamed(sections(), stored.section);
@@ -81,13 +80,12 @@ void HalvoraSeatSelectorViewController::applyInitialSelectionIfAvailable() {
   selectedSeatIndex_ = indexNamed(currentSeats(), stored.seat);
 }
 
-std::optional<SeatMap::SectionItem> HalvoraSeatSelectorViewController::sectionAtIndex(
-    std::int64_t index) const {
+std::optional<SeatMap::SectionItem> WizardController::sectionAtIndex(std::int64_t index) const {
   if (!isIndexOf(index, sectionOrder_.size())) return std::nullopt;
   return inputs_.map->section(sectionOrder_[static_cast<std::size_t>(index)]);
 }
 
-std::optional<SeatMap::RowItem> HalvoraSeatSelectorViewController::selectedRow() const {
+std::optional<SeatMap::RowItem> WizardController::selectedRow() const {
   const auto section = sectionAtIndex(selectedSectionIndex_);
   if (!section || !isIndexOf(selectedRowIndex_, section->rowCount())) return std::nullopt;
   return section->row(static_cast<std::size_t>(selectedRowIndex_));
@@ -113,25 +111,25 @@ std::string_view SeatSelectorItems::displayName(std::size_t index) const {
   return wizard_.selectedRow()->seat(index).displayName;
 }
 
-std::int64_t HalvoraSeatSelectorViewController::selectedIndexForStep(std::int64_t step) const {
+std::int64_t WizardController::selectedIndexForStep(std::int64_t step) const {
   if (step == kSectionStep) return selectedSectionIndex_;
   return step == kRowStep ? selectedRowIndex_ : selectedSeatIndex_;
 }
 
-bool HalvoraSeatSelectorViewController::isStandingSectionAtIndex(std::int64_t index) const {
+bool WizardController::isStandingSectionAtIndex(std::int64_t index) const {
   const auto section = sectionAtIndex(index);
   return section && isStandingName(section->displayName());
 }
 
-bool HalvoraSeatSelectorViewController::isStandingStepActive() const {
+bool WizardController::isStandingStepActive() const {
   return currentStep_ == kRowStep && isStandingSectionAtIndex(selectedSectionIndex_);
 }
 
-std::int64_t HalvoraSeatSelectorViewController::maxStepForCurrentSelection() const {
+std::int64_t WizardController::maxStepForCurrentSelection() const {
   return isStandingSectionAtIndex(selectedSectionIndex_) ? kRowStep : kSeatStep;
 }
 
-std::string HalvoraSeatSelectorViewController::selectedNameForStep(std::int64_t step) const {
+std::string WizardController::selectedNameForStep(std::int64_t step) const {
   const SeatSelectorItems items(*this, step);
   const std::int64_t index = selectedIndexForStep(step);
   if (!isIndexOf(index, items.size())) return std::string(kNoName);
@@ -139,14 +137,14 @@ std::string HalvoraSeatSelectorViewController::selectedNameForStep(std::int64_t 
   return std::string(name.empty() ? kNoName : name);
 }
 
-std::string HalvoraSeatSelectorViewController::wizardSeatSummaryWithSection(
+std::string WizardController::wizardSeatSummaryWithSection(
     std::optional<std::string_view> section, std::optional<std::string_view> row,
     std::optional<std::string_view> seat) const {
   return formatted(text(kSummaryFormat),
                    {section.value_or(kNoName), row.value_or(kNoName), seat.value_or(kNoName)});
 }
 
-std::string HalvoraSeatSelectorViewController::titleForPickerRow(std::int64_t row) const {
+std::string WizardController::titleForPickerRow(std::int64_t row) const {
   if (row == 0) return text(ofStep(kPlaceholders, currentStep_));
   const SeatSelectorItems items = itemsForCurrentStep();
   const std::int64_t index = row > 0 ? row - 1 : -1;
@@ -157,7 +155,7 @@ std::string HalvoraSeatSelectorViewController::titleForPickerRow(std::int64_t ro
   return formatted(text(ofStep(kItemFormats, currentStep_)), {std::to_string(row)});
 }
 
-void HalvoraSeatSelectorViewController::pickerDidSelectRow(std::int64_t row) {
+void WizardController::pickerDidSelectRow(std::int64_t row) {
   if (isDismissed_) return;
   const std::int64_t index = row > 0 ? row - 1 : -1;
   if (currentStep_ == kSectionStep) {
@@ -172,13 +170,13 @@ void HalvoraSeatSelectorViewController::pickerDidSelectRow(std::int64_t row) {
   updateWizardUIAndReloadPicker(false);
 }
 
-void HalvoraSeatSelectorViewController::backTapped() {
+void WizardController::backTapped() {
   if (isDismissed_) return;
   if (currentStep_ > kSectionStep) --currentStep_;
   updateWizardUI();
 }
 
-void HalvoraSeatSelectorViewController::nextTapped() {
+void WizardController::nextTapped() {
   if (isDismissed_) return;
   // Where somebody stands is known only once they stand there.
   if (currentStep_ == kSectionStep && isStandingSectionAtIndex(selectedSectionIndex_) &&
@@ -194,7 +192,7 @@ void HalvoraSeatSelectorViewController::nextTapped() {
   }
 }
 
-void HalvoraSeatSelectorViewController::confirm() {
+void WizardController::confirm() {
   const auto section = sectionAtIndex(selectedSectionIndex_);
   const auto row = selectedRow();
   if (!section || !row || !isIndexOf(selectedSeatIndex_, row->seatCount())) return;
@@ -214,7 +212,7 @@ void HalvoraSeatSelectorViewController::confirm() {
   if (!self.isGone()) dismiss();
 }
 
-void HalvoraSeatSelectorViewController::dismiss() {
+void WizardController::dismiss() {
   presentedAlert_.reset();
   isDismissed_ = true;
 }

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: Apache-2.0
+// The status panel that a host embeds: tells where the phone is, asks for permission, opens the
+// settings, and has the user's seat chosen and its tables built. State, actions and what is to be
+// seen; no drawing. A face makes one for each panel that it shows, and keeps no copy of its values.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "halvora/labels.h"
+#include "halvora/platform/screen.h"
+#include "halvora/platform/time.h"
+#include "halvora/wizard.h"
+
+namespace halvora {
+
+class HalvoraViewController;
+struct Platform;
+
+/// Of any number of lines, unless it says otherwise.
+struct StatusText : Label {
+  StatusText() { lines = 0; }
+  friend bool operator==(const StatusText&, const StatusText&) = default;
+};
+
+/// How fast an animation goes: slow at its beginning, or slow at its end.
+enum class AnimationCurve : std::uint8_t { easeIn, easeOut };
+
+/// How the dot is drawn: scaled about its centre.
+struct DotPose {
+  double scale = 1;
+  double alpha = 1;
+  friend bool operator==(const DotPose&, const DotPose&) = default;
+};
+
+struct DotAnimation {
+  Duration duration;
+  AnimationCurve curve;
+  DotPose to;
+};
+
+/// A pulse, one animation after the other; it begins at the plain pose and ends there.
+inline constexpr DotAnimation kDotPulse[] = {
+    {milliseconds(110), AnimationCurve::easeOut, {1.35, 0.8}},
+    {milliseconds(140), AnimationCurve::easeIn, {1, 1}},
+};
+
+/// The pose so long after a pulse began.
+DotPose dotPoseInPulse(Duration sinceBegin);
+
+/// A circle beside the summary: whether the seat's tables are ready.
+struct StatusDot {
+  bool hidden = true;
+  Colour colour;
+  /// In the summary row; all 0 until a face has measured the text.
+  Rect frame;
+  /// In media time; none if no pulse is to be shown. A later one replaces the one that runs.
+  std::optional<Duration> pulseBegan;
+  /// What the colour says, for who cannot see it.
+  std::string spoken;
+  friend bool operator==(const StatusDot&, const StatusDot&) = default;
+};
+inline constexpr double kDotCornerRadius = 4;
+inline constexpr Colour kDotAmber{1.0F, 0.624F, 0.102F, 1};
+inline constexpr Colour kDotGreen{0.129F, 0.773F, 0.365F, 1};
+
+struct LoadingIndicator {
+  bool isAnimating = false;
+  /// Like the dot's.
+  Rect frame;
+  friend bool operator==(const LoadingIndicator&, const LoadingIndicator&) = default;
+};
+inline constexpr double kLoadingIndicatorSize = 20;
+
+/// Of the dot and the loading indicator from the text that they stand beside.
+inline constexpr double kSummaryGap = 6;
+
+struct SeatSelectionSummaryRow {
+  bool hidden = false;
+  StatusText seatSelectionSummaryLabel;
+  StatusDot seatLUTStatusDot;
+  LoadingIndicator seatSelectionLoadingIndicator;
+  friend bool operator==(const SeatSelectionSummaryRow&, const SeatSelectionSummaryRow&) = default;
+};
+
+/// What is to be seen: the stack, from top to bottom.
+struct StatusPanelViews {
+  /// None once it was taken out of the panel, as the button is with it.
+  std::optional<StatusText> onboardingLabel;
+  std::optional<Button> joinButton;
+  StatusText statusTextLabel;
+  Button settingsButton;
+  Button seatSelectionButton;
+  SeatSelectionSummaryRow seatSelectionSummaryRow;
+  friend bool operator==(const StatusPanelViews&, const StatusPanelViews&) = default;
+};
+
+inline constexpr double kSpacingAfterOnboardingLabel = 20;
+inline constexpr double kSpacingAfterStatusText = 20;
+inline constexpr double kSpacingAfterSeatSelectionButton = 6;
+
+/// What the host decides about the panel.
+struct StatusPanelFields {
+  Colour statusTextColour = kWhite;
+  /// Empty, or unknown to the phone, for the system's font.
+  std::string statusTextFontName;
+  double statusTextFontSize = 17;
+  TextAlignment statusTextAlignment = TextAlignment::natural;
+  Colour actionButtonColour = kSystemBlue;
+  Colour actionButtonTitleColour = kWhite;
+  std::string actionButtonTitleFontName;
+  double actionButtonTitleFontSize = 17;
+  double actionButtonHeight = 44;
+  /// The venue as long as no transmitter has been heard; below 1 for none.
+  std::int64_t defaultVenueId = 0;
+  /// The settings button is there for who has Bluetooth switched off, too, and not only for who is
+  /// not allowed to use it: where opening the settings switches it on.
+  bool offersSettingsWhenOff = false;
+  friend bool operator==(const StatusPanelFields&, const StatusPanelFields&) = default;
+};
+
+/// A scroll view of the host that the panel lies in, as a face shows it.
+class ScrollView {
+ public:
+  struct Flags {
+    bool isScrollEnabled = true;
+    bool bounces = true;
+  };
+  virtual ~ScrollView() = default;
+  virtual Flags flags() const = 0;
+  virtual void setFlags(Flags flags) = 0;
+};
+
+/// What only a face can tell or do. Any of it may be absent. What is asked must leave the panel
+/// alive, but for `fittingHeight`, which lays views out and so may let others act.
+struct StatusPanelFace {
+  FontLookup hasFont;
+  /// The height that the stack of views needs at that width. May destroy the panel or the engine.
+  std::function<double(double width)> fittingHeight;
+  /// Where the label's text, not the label, lies in the summary row.
+  std::function<Rect(const StatusText& label)> summaryTextFrame;
+  /// From the inside out.
+  std::function<std::vector<std::shared_ptr<ScrollView>>()> ancestorScrollViews;
+  /// Something visible has changed. May destroy the panel or the engine.
+  std::function<void()> changed;
+};
+
+/// Main thread only. No function waits for anything: maps are read and tables are built in the
+/// background, and the face hears of what has become of them. Every function may be called from
+/// within a callback of the face or the engine, and each may destroy the panel by way of the face;
+/// the panel itself may be destroyed at any time, while its wizard is on screen or tables are being
+/// built too. None throws, but for want of memory; what fails is seen on the panel, or tried again.
+class HalvoraStatusViewController {
+ public:
+  /// The needs of the platform must outlive the panel. The engine need not: without it the panel
+  /// stands still.
+  static std::unique_ptr<HalvoraStatusViewController> make(HalvoraViewController& engine,
+                                                           const Platform& platform,
+                                                           StatusPanelFace face = {});
+  virtual ~HalvoraStatusViewController() = default;
+  HalvoraStatusViewController(const HalvoraStatusViewController&) = delete;
+  HalvoraStatusViewController& operator=(const HalvoraStatusViewController&) = delete;
+
+  /// At any time; they take effect at once.
+  virtual void setFields(StatusPanelFields fields) = 0;
+  virtual const StatusPanelFields& fields() const = 0;
+
+  /// Shows the panel, and keeps it up to date from then on, twice a second. Once, before any of the
+  /// following.
+  virtual void viewDidLoad() = 0;
+  /// After every layout pass, with the width that the panel was given; 0 for none yet.
+  virtual void viewDidLayoutSubviews(double viewWidth) = 0;
+
+  // Actions of the user, each by the button that is named like it. One that can do nothing at
+  // present does nothing.
+  virtual void initBluetoothPermission() = 0;
+  virtual void openAppSettings() = 0;
+  virtual void openSeatSelector() = 0;
+  virtual void dismissAlert() = 0;
+
+  // What is to be seen. The references are good until the panel is asked to do something else.
+  virtual const StatusPanelViews& views() const = 0;
+  /// The size that the panel would like to have; no height until its face has measured one.
+  virtual Size preferredContentSize() const = 0;
+  virtual const std::optional<Alert>& presentedAlert() const = 0;
+  /// Null for none. Whoever is still drawing it may keep it for that long, also without the panel.
+  virtual std::shared_ptr<HalvoraSeatSelectorViewController> presentedSeatSelector() const = 0;
+
+  /// The kit's own text for a key, or `fallback` when its table has none.
+  virtual std::string hvLocalizedStringForKey(std::string_view key,
+                                              std::string_view fallback) const = 0;
+
+  /// Holds the face's scroll views still, for whoever needs the finger for the panel, and lets them
+  /// go again as they were. The panel does neither by itself.
+  virtual void disableAncestorScrollViewsIfNeeded() = 0;
+  virtual void restoreAncestorScrollViewsIfNeeded() = 0;
+
+ protected:
+  HalvoraStatusViewController() = default;
+};
+
+}  // namespace halvora
