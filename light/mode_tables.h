@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "text/rows.h"
+
 namespace halvora {
 
 enum class Paint : std::uint8_t { nothing, black, white, current, darker };
@@ -175,12 +177,7 @@ inline constexpr std::array<EffectRow, kEffectCount> kEffects = {{
      {},
      exactly(kBurstStep)},
 }};
-static_assert([] {
-  for (std::size_t at = 0; at < kEffectCount; ++at) {
-    if (kEffects[at].effect != static_cast<Effect>(at)) return false;
-  }
-  return true;
-}());
+static_assert(areInOrder(kEffects, &EffectRow::effect));
 
 /// What a change to a mode, or of its speed, does at once.
 enum class Entry : std::uint8_t {
@@ -324,12 +321,7 @@ inline constexpr std::array<ModeRow, 22> kModes = {{
      {},
      Again::never},
 }};
-static_assert([] {
-  for (std::size_t at = 0; at < kModes.size(); ++at) {
-    if (kModes[at].number != at) return false;
-  }
-  return true;
-}());
+static_assert(areInOrder(kModes, &ModeRow::number));
 inline constexpr ModeRow kNoSeatRow{
     50, Begins::withTheChange, GoboRule::hidden, Entry::noSeat, Paint::black, Effect::none,
     {}, Again::never};
@@ -391,12 +383,7 @@ inline constexpr std::array<TorchModeRow, 10> kTorchModes = {{
     {8, TorchAgain::never, TorchEntry::toggle, TorchEffect::none, {}},
     {kPixelMapTorchMode, TorchAgain::never, TorchEntry::pixelMap, TorchEffect::none, {}},
 }};
-static_assert([] {
-  for (std::size_t at = 0; at < kTorchModes.size(); ++at) {
-    if (kTorchModes[at].number != at) return false;
-  }
-  return true;
-}());
+static_assert(areInOrder(kTorchModes, &TorchModeRow::number));
 inline constexpr TorchModeRow kUnknownTorchMode{
     255, TorchAgain::never, TorchEntry::none, TorchEffect::none, {}};
 

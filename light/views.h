@@ -10,6 +10,7 @@
 
 #include "halvora/light.h"
 #include "halvora/platform/screen.h"
+#include "text/rows.h"
 
 namespace halvora {
 
@@ -35,6 +36,7 @@ enum class ViewId : std::uint8_t {
 inline constexpr std::size_t kViewCount = 14;
 
 struct ViewRow {
+  ViewId view;
   const char* name;
   ViewId parent;
   ViewContent content;
@@ -53,25 +55,35 @@ inline constexpr double kLabelSize = 100;
 }  // namespace views
 
 inline constexpr std::array<ViewRow, kViewCount> kViews = {{
-    {"container", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
+    {ViewId::container, "container", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
     // The light itself: extended range, 16-bit float RGBA, sRGB, not opaque; its colour is the
     // ViewStack's light colour.
-    {"lightView", ViewId::container, ViewContent::fill, 1, false, kBlack, 0},
-    {"fpsLabel", ViewId::container, ViewContent::text, 0, false, kWhite, views::kLabelSize},
-    {"videoBackgroundView", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
-    {kClipA, ViewId::container, ViewContent::video, 0, false, views::kClear, 0},
-    {kClipB, ViewId::container, ViewContent::video, 0, false, views::kClear, 0},
-    {"goboView", ViewId::container, ViewContent::fill, 0, false, views::kClear, 0},
-    {"goboImage", ViewId::goboView, ViewContent::image, 1, false, views::kClear, 0},
-    {"pixelMapImage", ViewId::goboView, ViewContent::image, 1, false, views::kClear, 0},
-    {"pairingCodeLabel", ViewId::container, ViewContent::text, 0, false, kWhite, views::kLabelSize},
-    {"dimmerView", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
-    {"mapNoSeatOverlayView", ViewId::container, ViewContent::fill, 0, true, views::kClear, 0},
-    {"mapNoSeatOverlayLabel", ViewId::mapNoSeatOverlayView, ViewContent::text, 1, false,
-     Colour{1, 1, 1, 0.4F}, 14},
-    {"lowLightHintLabel", ViewId::container, ViewContent::text, 0, true, Colour{1, 1, 1, 0.16F},
-     13},
+    {ViewId::lightView, "lightView", ViewId::container, ViewContent::fill, 1, false, kBlack, 0},
+    {ViewId::fpsLabel, "fpsLabel", ViewId::container, ViewContent::text, 0, false, kWhite,
+     views::kLabelSize},
+    {ViewId::videoBackgroundView, "videoBackgroundView", ViewId::container, ViewContent::fill, 0,
+     false, kBlack, 0},
+    {ViewId::playerViewA, kClipA, ViewId::container, ViewContent::video, 0, false, views::kClear,
+     0},
+    {ViewId::playerViewB, kClipB, ViewId::container, ViewContent::video, 0, false, views::kClear,
+     0},
+    {ViewId::goboView, "goboView", ViewId::container, ViewContent::fill, 0, false, views::kClear,
+     0},
+    {ViewId::goboImage, "goboImage", ViewId::goboView, ViewContent::image, 1, false, views::kClear,
+     0},
+    {ViewId::pixelMapImage, "pixelMapImage", ViewId::goboView, ViewContent::image, 1, false,
+     views::kClear, 0},
+    {ViewId::pairingCodeLabel, "pairingCodeLabel", ViewId::container, ViewContent::text, 0, false,
+     kWhite, views::kLabelSize},
+    {ViewId::dimmerView, "dimmerView", ViewId::container, ViewContent::fill, 0, false, kBlack, 0},
+    {ViewId::mapNoSeatOverlayView, "mapNoSeatOverlayView", ViewId::container, ViewContent::fill, 0,
+     true, views::kClear, 0},
+    {ViewId::mapNoSeatOverlayLabel, "mapNoSeatOverlayLabel", ViewId::mapNoSeatOverlayView,
+     ViewContent::text, 1, false, Colour{1, 1, 1, 0.4F}, 14},
+    {ViewId::lowLightHintLabel, "lowLightHintLabel", ViewId::container, ViewContent::text, 0, true,
+     Colour{1, 1, 1, 0.16F}, 13},
 }};
+static_assert(areInOrder(kViews, &ViewRow::view));
 
 constexpr std::size_t indexOf(ViewId view) { return static_cast<std::size_t>(view); }
 constexpr const ViewRow& rowOf(ViewId view) { return kViews[indexOf(view)]; }

@@ -12,6 +12,8 @@
 #include <sstream>
 #include <vector>
 
+#include "text/rows.h"
+
 namespace halvora {
 
 namespace {
@@ -21,19 +23,25 @@ constexpr std::size_t kLargestData = 16 << 20;
 constexpr std::size_t kWordBytes = 4;
 constexpr double kSameTimeSeconds = 0.5;
 
-constexpr std::array<std::string_view, 11> kFaultTexts = {
-    "there is no video",
-    "the data file is missing",
-    "the meta file is missing",
-    "the video cannot be looked at",
-    "the meta file is empty or cannot be read",
-    "the meta file is not a JSON object",
-    "the meta file lacks fileSize, modifiedAt or frameCount",
-    "the video's size has changed",
-    "the video's modification time has changed",
-    "the data file is too short",
-    "the data file's length is not that of its frames",
+struct FaultRow {
+  SeatLutFault fault;
+  std::string_view text;
 };
+
+constexpr std::array<FaultRow, 11> kFaults = {{
+    {SeatLutFault::noVideo, "there is no video"},
+    {SeatLutFault::noDataFile, "the data file is missing"},
+    {SeatLutFault::noMetaFile, "the meta file is missing"},
+    {SeatLutFault::noSignature, "the video cannot be looked at"},
+    {SeatLutFault::metaUnreadable, "the meta file is empty or cannot be read"},
+    {SeatLutFault::metaNotAnObject, "the meta file is not a JSON object"},
+    {SeatLutFault::metaIncomplete, "the meta file lacks fileSize, modifiedAt or frameCount"},
+    {SeatLutFault::sizeDiffers, "the video's size has changed"},
+    {SeatLutFault::timeDiffers, "the video's modification time has changed"},
+    {SeatLutFault::dataTooShort, "the data file is too short"},
+    {SeatLutFault::dataLengthDiffers, "the data file's length is not that of its frames"},
+}};
+static_assert(areInOrder(kFaults, &FaultRow::fault));
 
 // The alphabet of file names, without padding.
 std::string fileNameBase64(std::string_view bytes) {
@@ -116,7 +124,7 @@ std::variant<Meta, SeatLutFault> parseMeta(const std::string& text, const JsonRe
 }  // namespace
 
 std::string_view describe(SeatLutFault fault) {
-  return kFaultTexts[static_cast<std::size_t>(fault)];
+  return kFaults[static_cast<std::size_t>(fault)].text;
 }
 
 std::string pixelMapSeatLUTCacheKeyForVideoPath(std::string_view videoPath, SeatPosition seat) {

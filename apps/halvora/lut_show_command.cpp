@@ -9,6 +9,7 @@
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/lut_commands.h"
 #include "pixelmap/seat_lut_files.h"
+#include "text/rows.h"
 #include "venue/base/json_line.h"
 
 namespace halvora {
@@ -17,11 +18,26 @@ namespace {
 
 enum class LutPart { video, data, meta };
 
-// Which file a check that failed speaks of, in the order of the checks.
-constexpr std::array<LutPart, 11> kBlamed = {
-    LutPart::video, LutPart::data,  LutPart::meta,  LutPart::video, LutPart::meta, LutPart::meta,
-    LutPart::meta,  LutPart::video, LutPart::video, LutPart::data,  LutPart::data,
+struct BlamedRow {
+  SeatLutFault fault;
+  LutPart part;
 };
+
+// Which file a check that failed speaks of.
+constexpr std::array<BlamedRow, 11> kBlamed = {{
+    {SeatLutFault::noVideo, LutPart::video},
+    {SeatLutFault::noDataFile, LutPart::data},
+    {SeatLutFault::noMetaFile, LutPart::meta},
+    {SeatLutFault::noSignature, LutPart::video},
+    {SeatLutFault::metaUnreadable, LutPart::meta},
+    {SeatLutFault::metaNotAnObject, LutPart::meta},
+    {SeatLutFault::metaIncomplete, LutPart::meta},
+    {SeatLutFault::sizeDiffers, LutPart::video},
+    {SeatLutFault::timeDiffers, LutPart::video},
+    {SeatLutFault::dataTooShort, LutPart::data},
+    {SeatLutFault::dataLengthDiffers, LutPart::data},
+}};
+static_assert(areInOrder(kBlamed, &BlamedRow::fault));
 
 std::string wordsText(std::span<const std::uint32_t> words) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
@@ -54,7 +70,7 @@ class ShowCommand final : public ToolCommand {
     const std::string video = absolutePath(video_);
     const auto result = luts.read(video, *seat);
     if (const auto* fault = std::get_if<SeatLutFault>(&result)) {
-      const LutPart blamed = kBlamed[static_cast<std::size_t>(*fault)];
+      const LutPart blamed = kBlamed[static_cast<std::size_t>(*fault)].part;
       const std::string file = blamed == LutPart::video ? video_
                                : blamed == LutPart::data
                                    ? luts.pixelMapSeatLUTDataURLForVideoURL(video, *seat)

@@ -29,7 +29,7 @@ enum class PacketFate : std::uint8_t {
   engineGone,
 };
 /// Of those that are counted.
-inline constexpr std::size_t kPacketFateCount = 11;
+inline constexpr auto kPacketFateCount = static_cast<std::size_t>(PacketFate::engineGone);
 
 /// How many advertisements met each fate since the engine was made; a host may read it at any time.
 struct ScanDiagnostics {

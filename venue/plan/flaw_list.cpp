@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "seats/seat_texts.h"
+#include "text/rows.h"
 #include "venue/plan/placed_seats.h"
 
 namespace halvora {
@@ -52,13 +53,7 @@ constexpr std::array<FlawRow, kFlaws> kRows = {{
      "coordinates are missing where other seats have them: the seats are placed by their numbers"},
 }};
 
-constexpr bool isInOrder() {
-  for (std::size_t at = 0; at < kRows.size(); ++at) {
-    if (kRows[at].flaw != static_cast<Flaw>(at)) return false;
-  }
-  return true;
-}
-static_assert(isInOrder());
+static_assert(areInOrder(kRows, &FlawRow::flaw));
 
 }  // namespace
 
