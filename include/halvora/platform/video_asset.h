@@ -58,7 +58,8 @@ class FrameReader : public Need {
   virtual std::unique_ptr<VideoFrame> next() = 0;
   /// Whether pictures did not come out that the file should have; known at the end. Either it is
   /// damaged, and they are missing whenever it is read, or whatever decodes it ran short of memory
-  /// for a moment and kept that to itself.
+  /// for a moment and kept that to itself. Of a range it may also say so where pictures at its
+  /// edges lean on some outside of it, which nobody asked for.
   virtual bool hasLostPictures() const = 0;
 };
 
