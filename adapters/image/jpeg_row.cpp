@@ -40,7 +40,6 @@ Reading& readingOf(j_common_ptr jpeg) noexcept { return *static_cast<Reading*>(j
 void hear(j_common_ptr jpeg, int level) noexcept {
   if (level < 0) giveUp(jpeg);
 }
-void ignoreMessage(j_common_ptr) noexcept {}
 void countScans(j_common_ptr jpeg) noexcept {
   if (readingOf(jpeg).jpeg.input_scan_number > kMostScans) giveUp(jpeg);
 }
@@ -81,7 +80,6 @@ bool readJpegRow(std::string_view bytes, std::uint32_t row, std::span<std::uint8
   reading.jpeg.client_data = &reading;
   reading.errors.error_exit = &giveUp;
   reading.errors.emit_message = &hear;
-  reading.errors.output_message = &ignoreMessage;
   reading.progress.progress_monitor = &countScans;
   reading.data = reinterpret_cast<const unsigned char*>(bytes.data());
   reading.size = bytes.size();

@@ -195,9 +195,13 @@ TEST_F(LinuxFilesRefused, ANameWithoutAFolderIsInTheOneOfTheProcess) {
   EXPECT_TRUE(files_.makeFolder("folder"));
   EXPECT_THAT(calls.all, ElementsAre("sync " + own));
   EXPECT_FALSE(files_.makeFolder(""));
+  EXPECT_TRUE(files_.makeFolder("a"));
+  calls.all.clear();
+  EXPECT_TRUE(files_.replaceLastingly("a/file", "new"));
+  EXPECT_EQ(calls.all.back(), "sync a");
   take(5);
   files_.removeLeftovers("file");
-  EXPECT_THAT(names(), ElementsAre("file", "folder"));
+  EXPECT_THAT(names(), ElementsAre("a", "file", "folder"));
 }
 
 TEST_F(LinuxFilesRefused, TheFirstFolderOfAllIsThere) {
