@@ -3,10 +3,12 @@
 
 #include <algorithm>
 
+#include "halvora/platform/bluetooth.h"
+
 namespace halvora {
 
 BroadcastFormat formatOf(std::span<const std::uint8_t> data) {
-  if (data.size() < 2 || data[0] != kCompanyPrefix[0] || data[1] != kCompanyPrefix[1]) {
+  if (data.size() < 2 || data[0] != kShowPrefix[0] || data[1] != kShowPrefix[1]) {
     return BroadcastFormat::otherMaker;
   }
   return data.size() < kShortestBroadcast ? BroadcastFormat::tooShort : BroadcastFormat::valid;
@@ -24,7 +26,7 @@ Broadcast decodeBroadcast(std::span<const std::uint8_t> data) {
 
 BroadcastBytes encodeBroadcast(const Broadcast& broadcast) {
   BroadcastBytes data{};
-  std::copy(std::begin(kCompanyPrefix), std::end(kCompanyPrefix), data.begin());
+  std::ranges::copy(kShowPrefix, data.begin());
   for (const BroadcastField& field : kBroadcastFields) {
     const std::uint16_t value = field.value.of(broadcast);
     std::uint8_t* at = data.data() + field.offset;

@@ -12,7 +12,6 @@
 
 namespace halvora {
 
-inline constexpr std::uint8_t kCompanyPrefix[2] = {0x09, 0xC9};
 inline constexpr std::size_t kShortestBroadcast = 26;
 /// The bytes before the sequence number: two packets with the same ones carry the same look.
 inline constexpr std::size_t kBroadcastKeySize = 23;

@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/show_assets.h"
 
-#include <cstddef>
 #include <optional>
 
 #include "halvora/platform/json.h"
+#include "text/asset_paths.h"
 
 namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestPaletteFile = 4 << 20;
-
 std::vector<Palette> loadPalettes(const Bundle& bundle, const JsonReader& json) {
-  const auto text = bundle.readResource("HVAssets/palettes.json", kLargestPaletteFile);
+  const auto text = bundle.readResource(kPaletteFile, kLargestPaletteFile);
   if (!text) return {};
   const std::optional<JsonValue> document = json.parse(*text);
   return document ? parsePalettes(*document) : std::vector<Palette>();

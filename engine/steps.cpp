@@ -11,6 +11,7 @@
 #include "light/torch_modes.h"
 #include "light/view_stack.h"
 #include "text/defaults_values.h"
+#include "text/seat_defaults.h"
 
 namespace halvora {
 
@@ -24,7 +25,7 @@ enum Vibration : int { kLightTap = 1, kHeavyTap = 2, kSystemVibration = 3 };
 }  // namespace
 
 bool hasSelectedSection(const UserDefaults& defaults) {
-  return !textForKey(defaults, "selectedSection").value_or("").empty();
+  return !textForKey(defaults, kSelectedSectionKey).value_or("").empty();
 }
 
 void takeApplicationId(Command& command, UserDefaults& defaults) {
@@ -48,8 +49,8 @@ void takeFields(Command& command) {
 }
 
 void readSeat(Command& command, SeatState& seat, const UserDefaults& defaults) {
-  seat.currentXPos = integerForKey(defaults, "xPos");
-  seat.currentYPos = integerForKey(defaults, "yPos");
+  seat.currentXPos = integerForKey(defaults, kXPosKey);
+  seat.currentYPos = integerForKey(defaults, kYPosKey);
   command.hasPosition = seat.hasPosition();
   command.hasSection = hasSelectedSection(defaults);
 }

@@ -9,18 +9,11 @@
 
 #include "light/bitmap.h"
 #include "pixelmap/frame_time.h"
+#include "text/asset_paths.h"
 
 namespace halvora {
 
 namespace {
-
-std::string venueFolder(std::int64_t venueId) {
-  return "HVAssets/Maps/Venue-" + std::to_string(venueId);
-}
-
-std::string mapFolder(std::int64_t venueId, std::int64_t pixelMapId) {
-  return venueFolder(venueId) + "/" + std::to_string(pixelMapId);
-}
 
 bool isVideoName(std::string_view name) {
   constexpr std::string_view kName = "video.mp4";
@@ -59,7 +52,7 @@ std::string PixelMapAssets::pixelMapVideoURLForVenueId(std::int64_t venueId,
   for (const Bundle* bundle : inOrder(bundles_)) {
     if (bundle->resourcePath().empty()) continue;
     std::string video =
-        pixelMapVideoIn(files_, bundle->resourcePath() + "/" + mapFolder(venueId, pixelMapId));
+        pixelMapVideoIn(files_, bundle->resourcePath() + "/" + pixelMapFolder(venueId, pixelMapId));
     if (!video.empty()) return video;
   }
   return {};
@@ -141,7 +134,8 @@ MaybeColour PixelMapAssets::colorFromPixelMapJPGFallbackForVenueId(std::int64_t 
   if (seatX < 0 || seatY < 0) return std::nullopt;
   const std::int64_t first = std::max<std::int64_t>(frameIndex, 1);
   for (const std::int64_t frame : {first, first + (first < INT64_MAX ? 1 : 0)}) {
-    const std::string name = mapFolder(venueId, pixelMapId) + "/f" + std::to_string(frame) + ".jpg";
+    const std::string name =
+        pixelMapFolder(venueId, pixelMapId) + "/f" + std::to_string(frame) + ".jpg";
     auto bytes = bundles_.main.readResource(name, kLargestPixelMapStill);
     if (!bytes) bytes = bundles_.kit.readResource(name, kLargestPixelMapStill);
     if (!bytes) continue;

@@ -12,6 +12,7 @@
 #include "halvora/platform/run_loop.h"
 #include "seats/map_versions.h"
 #include "seats/seat_map_document.h"
+#include "text/asset_paths.h"
 
 namespace halvora {
 
@@ -41,9 +42,7 @@ class SeatMapAvailability::Loader {
   }
 
  private:
-  std::string mapPath(std::int64_t venueId) const {
-    return folder_ + "/HVAssets/Maps/Venue-" + std::to_string(venueId) + "/map.json";
-  }
+  std::string mapPath(std::int64_t venueId) const { return folder_ + "/" + seatMapFile(venueId); }
   LoadedSeatMap read(const std::string& path) const {
     const std::optional<std::string> document = files_.read(path, kLargestSeatMap);
     if (!document) return {};

@@ -6,16 +6,11 @@
 
 #include "text/defaults_values.h"
 #include "text/numbers.h"
+#include "text/seat_defaults.h"
 
 namespace halvora {
 
 namespace {
-
-constexpr std::string_view kXPos = "xPos";
-constexpr std::string_view kYPos = "yPos";
-constexpr std::string_view kSelectedSection = "selectedSection";
-constexpr std::string_view kSelectedRow = "selectedRow";
-constexpr std::string_view kSelectedSeat = "selectedSeat";
 
 const DefaultsDictionary* dictionaryOf(const DefaultsValue* value) {
   return value != nullptr ? std::get_if<DefaultsDictionary>(&value->storage) : nullptr;
@@ -65,16 +60,16 @@ void SeatStorage::persistSeatSelectionForVenueId(std::int64_t venueId, const Sea
               DefaultsDictionary{{"section", names.section},
                                  {"row", names.row},
                                  {"seat", names.seat},
-                                 {std::string(kXPos), seat.x},
-                                 {std::string(kYPos), seat.y}});
+                                 {std::string(kXPosKey), seat.x},
+                                 {std::string(kYPosKey), seat.y}});
   finish();
 }
 
 std::optional<SeatPoint> SeatStorage::hasValidSeatSelectionForVenueId(std::int64_t venueId) const {
   const DefaultsDictionary* record = seatSelectionForVenueId(venueId);
   if (record == nullptr || !seatNamesOf(*record).areComplete()) return std::nullopt;
-  const SeatPoint seat{integerOf(find(*record, kXPos)).value_or(-1),
-                       integerOf(find(*record, kYPos)).value_or(-1)};
+  const SeatPoint seat{integerOf(find(*record, kXPosKey)).value_or(-1),
+                       integerOf(find(*record, kYPosKey)).value_or(-1)};
   return seat.x >= 0 && seat.y >= 0 ? std::optional(seat) : std::nullopt;
 }
 
@@ -94,17 +89,17 @@ void SeatStorage::syncSeatDefaultsForVenueId(std::int64_t venueId) {
   if (record == nullptr) {
     setSeatDefaults({}, {0, 0});
   } else {
-    setSeatDefaults(seatNamesOf(*record), {numberOf(find(*record, kXPos)).value_or(-1),
-                                           numberOf(find(*record, kYPos)).value_or(-1)});
+    setSeatDefaults(seatNamesOf(*record), {numberOf(find(*record, kXPosKey)).value_or(-1),
+                                           numberOf(find(*record, kYPosKey)).value_or(-1)});
   }
 }
 
 void SeatStorage::setSeatDefaults(const SeatNames& names, SeatPoint seat) {
-  setText(kXPos, std::to_string(seat.x));
-  setText(kYPos, std::to_string(seat.y));
-  setLabel(kSelectedSection, names.section);
-  setLabel(kSelectedRow, names.row);
-  setLabel(kSelectedSeat, names.seat);
+  setText(kXPosKey, std::to_string(seat.x));
+  setText(kYPosKey, std::to_string(seat.y));
+  setLabel(kSelectedSectionKey, names.section);
+  setLabel(kSelectedRowKey, names.row);
+  setLabel(kSelectedSeatKey, names.seat);
   finish();
 }
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "text/asset_paths.h"
+
 namespace halvora {
 
 std::shared_ptr<const Image> StandingOverlay::standingOverlayImageForVenueId(std::int64_t venueId) {
@@ -17,7 +19,7 @@ std::shared_ptr<const Image> StandingOverlay::standingOverlayImageForVenueId(std
 }
 
 std::shared_ptr<const Image> StandingOverlay::load(std::int64_t venueId) const {
-  const std::string folder = "HVAssets/Maps/Venue-" + std::to_string(venueId) + "/";
+  const std::string folder = venueFolder(venueId) + "/";
   for (const char* name : kStandingOverlayNames) {
     const std::optional<std::string> bytes =
         bundle_.readResource(folder + name, kLargestStandingOverlay);

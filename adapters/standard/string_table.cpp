@@ -8,7 +8,6 @@ namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestStringTable = 1 << 20;
 constexpr const char* kShippedLanguage = "en";
 constexpr std::size_t kLongestLanguageTag = 64;
 

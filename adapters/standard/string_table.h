@@ -3,6 +3,7 @@
 // serves is settled when it is read. Values, any thread.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
@@ -12,6 +13,9 @@
 #include "halvora/platform/json.h"
 
 namespace halvora {
+
+/// In bytes; a larger file is not read.
+inline constexpr std::size_t kLargestStringTable = std::size_t{1} << 20;
 
 using StringTable = std::map<std::string, std::string, std::less<>>;
 

@@ -11,12 +11,12 @@
 
 #include "adapters/standard/standard_files.h"
 #include "apps/console/desk_words.h"
+#include "text/asset_paths.h"
 
 namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLargestPalettes = std::size_t{4} << 20;
 constexpr const char* kSwatches[] = {"#ffffff", "#ffb46b", "#ff2d20", "#ff7a00",
                                      "#ffd400", "#2bff4f", "#00e5ff", "#1f5bff",
                                      "#8a2bff", "#ff2bd6", "#ff6f91", "#000000"};
@@ -62,7 +62,7 @@ QVariantList paletteChoices(const std::string& assets, const JsonReader& json) {
   QVariantMap own = choice(0, QStringLiteral("Own colour"));
   own.insert(QStringLiteral("colours"), QVariantList());
   QVariantList choices{own};
-  const auto text = readFile(assets + "/HVAssets/palettes.json", kLargestPalettes);
+  const auto text = readFile(assets + "/" + kPaletteFile, kLargestPaletteFile);
   const auto document = text ? json.parse(*text) : std::nullopt;
   const JsonValue* palettes = document ? document->find("palettes") : nullptr;
   if (palettes == nullptr || palettes->array() == nullptr) return choices;

@@ -7,6 +7,7 @@
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/map_commands.h"
 #include "apps/halvora/map_input.h"
+#include "text/asset_paths.h"
 #include "venue/plan/map_report.h"
 #include "venue/plan/map_report_text.h"
 #include "venue/plan/placed_seats.h"
@@ -62,7 +63,7 @@ class CheckCommand final : public ToolCommand {
     if (!venue || *venue == 0) {
       return unusable("--venue must be a whole number from 1 on, not \"" + *venue_ + "\"");
     }
-    folder = *assets_ + "/HVAssets/Maps/Venue-" + std::to_string(*venue);
+    folder = *assets_ + "/" + venueFolder(static_cast<std::int64_t>(*venue));
     std::error_code error;
     if (fs::is_directory(folder, error)) return std::nullopt;
     return unusable(folder + ": not a folder (--assets, --venue)");

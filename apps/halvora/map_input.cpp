@@ -3,17 +3,12 @@
 
 #include <utility>
 
+#include "adapters/standard/string_table.h"
 #include "apps/halvora/command_line.h"
 #include "seats/seat_map_document.h"
 #include "venue/base/input_file.h"
 
 namespace halvora {
-
-namespace {
-
-constexpr std::size_t kLargestStringTable = std::size_t{1} << 20;
-
-}  // namespace
 
 void MapInput::describe(CommandOptions& options) {
   options.required("FILE", file_, "the venue's seat map document");

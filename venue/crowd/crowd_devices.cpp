@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "adapters/standard/radio_manager.h"
+#include "text/seat_defaults.h"
 
 namespace halvora {
 
@@ -44,9 +45,9 @@ const DefaultsValue* CrowdDefaults::find(std::string_view key) const {
         entry->value);
     return &unpacked;
   }
-  if (key == "xPos") return &(shared_.xPos = seat_.at.x);
-  if (key == "yPos") return &(shared_.yPos = seat_.at.y);
-  if (key == "selectedSection") return &section_;
+  if (key == kXPosKey) return &(shared_.xPos = seat_.at.x);
+  if (key == kYPosKey) return &(shared_.yPos = seat_.at.y);
+  if (key == kSelectedSectionKey) return &section_;
   return nullptr;
 }
 

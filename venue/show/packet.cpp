@@ -2,6 +2,7 @@
 #include "venue/show/packet.h"
 
 #include "engine/broadcast.h"
+#include "halvora/platform/bluetooth.h"
 #include "light/show_state.h"
 #include "venue/base/json_line.h"
 
@@ -10,11 +11,12 @@ namespace halvora {
 namespace {
 
 std::string refusalOf(std::span<const std::uint8_t> data, BroadcastFormat format) {
-  if (format == BroadcastFormat::tooShort || data.size() < sizeof kCompanyPrefix) {
-    return "only " + std::to_string(data.size()) + " bytes; a show packet has 26 or more";
+  if (format == BroadcastFormat::tooShort || data.size() < kShowPrefix.size()) {
+    return "only " + std::to_string(data.size()) + " bytes; a show packet has " +
+           std::to_string(kShortestBroadcast) + " or more";
   }
-  return "another company prefix: " + NSDataToHex(data.first(sizeof kCompanyPrefix)) +
-         " instead of 09C9";
+  return "another company prefix: " + NSDataToHex(data.first(kShowPrefix.size())) + " instead of " +
+         NSDataToHex(kShowPrefix);
 }
 
 }  // namespace

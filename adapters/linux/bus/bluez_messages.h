@@ -11,6 +11,7 @@
 #include <systemd/sd-bus.h>
 
 #include "adapters/linux/bluetooth/show_devices.h"
+#include "halvora/platform/bluetooth.h"
 
 namespace halvora {
 
@@ -18,10 +19,8 @@ inline constexpr const char* kAdapterInterface = "org.bluez.Adapter1";
 inline constexpr const char* kDeviceInterface = "org.bluez.Device1";
 inline constexpr const char* kMonitorManagerInterface = "org.bluez.AdvertisementMonitorManager1";
 
-/// How our packets begin: the company's id, low byte first.
-inline constexpr std::array<std::uint8_t, 2> kShowPrefix = {0x09, 0xC9};
-/// The same as the daemon counts companies.
-inline constexpr std::uint16_t kShowCompany = 0xC909;
+/// The packets' prefix as the daemon counts companies.
+inline constexpr std::uint16_t kShowCompany = kShowPrefix[0] | kShowPrefix[1] << 8;
 
 /// Manufacturer data as on the air: the company's id, then the rest.
 class CompanyData {

@@ -3,6 +3,7 @@
 // nothing here transmits. Main thread; the delegate must outlive the manager.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -28,6 +29,10 @@ enum class CentralState : std::uint8_t {
   poweredOff = 4,
   poweredOn = 5,
 };
+
+/// How the manufacturer data of a show's packet begins: the company's id, low byte first. What
+/// begins otherwise need not be reported.
+inline constexpr std::array<std::uint8_t, 2> kShowPrefix = {0x09, 0xC9};
 
 /// One received advertisement. The bytes live only while the delegate is called.
 struct Advertisement {
