@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A venue as the demo reads it for a crowd: its map, so many of its seats, and the tables of its
-// pixel maps. Read in the background; afterwards a value that does not change.
+// Reads a venue for the crowd on the console, with the tables of all of its pixel maps. In the
+// background.
 #pragma once
 
 #include <cstddef>
@@ -14,22 +14,10 @@
 #include "halvora/platform/video_asset.h"
 #include "halvora/platform/workers.h"
 #include "pixelmap/pixel_map_assets.h"
-#include "seats/seat_map.h"
 #include "seats/seat_texts.h"
 #include "venue/crowd/crowd_venue.h"
-#include "venue/crowd/venue_tables.h"
 
 namespace halvora {
-
-struct VenueFiles {
-  SeatMap map;
-  /// Of the whole venue.
-  std::size_t seatCount = 0;
-  /// Those with a phone.
-  std::vector<CrowdSeat> seats;
-  TableRooms rooms;
-  std::optional<VenueTables> tables;
-};
 
 /// What is read, and who is told.
 struct VenueOrder {
@@ -46,7 +34,7 @@ struct VenueOrder {
 
 /// Null, and why not in `failure`; null without a word when it was cancelled. A map whose video
 /// cannot be read has no tables: its phones show black.
-std::unique_ptr<VenueFiles> readVenueFiles(const VenueOrder& order, const VideoAssets& videos,
+std::unique_ptr<CrowdVenue> readVenueFiles(const VenueOrder& order, const VideoAssets& videos,
                                            const JsonReader& json, Workers& workers,
                                            std::string& failure);
 

@@ -9,6 +9,7 @@
 #include "apps/console/desk_words.h"
 #include "engine/broadcast.h"
 #include "seats/seat_map_document.h"
+#include "text/asset_paths.h"
 
 namespace halvora {
 
@@ -41,7 +42,7 @@ struct VenueShow::Reading {
   std::atomic<bool> isCancelled{false};
   std::atomic<int> percent{0};
   /// What came of it, and why nothing did. The queue's until it posts them.
-  std::unique_ptr<VenueFiles> files;
+  std::unique_ptr<CrowdVenue> files;
   std::string failure;
 
   void run(const std::shared_ptr<Reading>& self) {
@@ -110,7 +111,7 @@ void VenueShow::read() {
                               parts_.libraries.images);
   showProgress(0);
   reading_ = std::make_shared<Reading>(*this);
-  reading_->order = {parts_.mainBundle.readResource(seatMapPath(parts_.venueId), kLargestSeatMap),
+  reading_->order = {parts_.mainBundle.readResource(seatMapFile(parts_.venueId), kLargestSeatMap),
                      seatMapTexts(parts_.kitBundle),
                      assets.pixelMapVideoEntriesForVenueId(parts_.venueId),
                      phones_,
@@ -124,7 +125,7 @@ void VenueShow::read() {
   }
 }
 
-void VenueShow::readEnded(std::unique_ptr<VenueFiles> files, const std::string& failure) {
+void VenueShow::readEnded(std::unique_ptr<CrowdVenue> files, const std::string& failure) {
   reading_.reset();
   files_ = std::move(files);
   failure_ = text(failure);
@@ -143,9 +144,9 @@ void VenueShow::seatPhones() {
                  parts_.libraries.json,
                  parts_.libraries.images,
                  parts_.libraries.files,
-                 {{}, loadShowAssets(bundles_, parts_.libraries.json), &*files_->tables, &stills_},
+                 {{}, loadShowAssets(bundles_, parts_.libraries.json), &files_->tables(), &stills_},
                  parts_.device});
-  crowd_ = std::make_unique<LiveCrowd>(parts_.loop, *crowdParts_, files_->seats);
+  crowd_ = std::make_unique<LiveCrowd>(parts_.loop, *crowdParts_, files_->seats());
   crowd_->mayHaveChanged = [this] { emit lightsMayHaveChanged(); };
 }
 
@@ -205,7 +206,7 @@ void VenueShow::becomeActive() {
 }
 
 std::span<const CrowdSeat> VenueShow::crowdSeats() const {
-  return crowd_ ? std::span<const CrowdSeat>(files_->seats) : std::span<const CrowdSeat>();
+  return crowd_ ? std::span<const CrowdSeat>(files_->seats()) : std::span<const CrowdSeat>();
 }
 
 QString VenueShow::nameOf(int phone) const {

@@ -79,7 +79,7 @@ class VenueShow : public QObject {
   const QString& failure() const { return failure_; }
   double progress() const { return progress_; }
   int phones() const { return crowd_ ? static_cast<int>(crowd_->size()) : 0; }
-  int seats() const { return files_ ? static_cast<int>(files_->seatCount) : 0; }
+  int seats() const { return files_ ? static_cast<int>(files_->seatCount()) : 0; }
 
   int chosen() const { return chosen_ ? static_cast<int>(*chosen_) : -1; }
   void choose(int phone);
@@ -119,7 +119,7 @@ class VenueShow : public QObject {
   struct Reading;
 
   void read();
-  void readEnded(std::unique_ptr<VenueFiles> files, const std::string& failure);
+  void readEnded(std::unique_ptr<CrowdVenue> files, const std::string& failure);
   void showProgress(double share);
   void seatPhones();
   void dropPhones();
@@ -134,7 +134,7 @@ class VenueShow : public QObject {
   bool isOpen_ = false;
   QString failure_;
   double progress_ = 0;
-  std::unique_ptr<VenueFiles> files_;
+  std::unique_ptr<CrowdVenue> files_;
   std::optional<CrowdParts> crowdParts_;
   std::unique_ptr<LiveCrowd> crowd_;
   std::optional<std::size_t> chosen_;

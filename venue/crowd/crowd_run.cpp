@@ -2,9 +2,7 @@
 #include "venue/crowd/crowd_run.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <new>
 #include <optional>
 #include <set>
 #include <utility>
@@ -16,7 +14,9 @@
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_storage.h"
 #include "adapters/virtual/virtual_video.h"
+#include "pixelmap/frame_time.h"
 #include "seats/seat_map_document.h"
+#include "text/asset_paths.h"
 #include "venue/base/progress_bar.h"
 #include "venue/crowd/crowd_output.h"
 #include "venue/crowd/crowd_picture.h"
@@ -65,13 +65,8 @@ class CrowdRun {
   VirtualBundle kitBundle_{"com.halvora.sdk"};
   const Bundles bundles_{mainBundle_, kitBundle_};
   const PixelMapAssets assets_{bundles_, files_, outside_.videos, outside_.images};
-  SeatMap map_;
-  std::vector<CrowdSeat> seats_;
-  std::size_t seatCount_ = 0;
+  std::optional<CrowdVenue> venue_;
   std::optional<Air> air_;
-  /// The memory that the tables lie in.
-  TableRooms rooms_;
-  std::optional<VenueTables> tables_;
   std::unique_ptr<CrowdOutput> output_;
   std::size_t framesWritten_ = 0;
   std::vector<std::uint8_t> rgb_;
@@ -79,20 +74,15 @@ class CrowdRun {
 };
 
 Failure CrowdRun::readVenue() {
-  const std::string path = seatMapPath(request_.venueId);
+  const std::string path = seatMapFile(request_.venueId);
   const auto document = mainBundle_.readResource(path, kLargestSeatMap);
   if (!document) return unusable(request_.assets + "/" + path + ": cannot be read");
-  map_ = parseSeatMapSectionsFromJSON(*document, seatMapTexts(kitBundle_), json_);
-  seats_ = seatsOf(map_);
-  seatCount_ = seats_.size();
-  if (seats_.empty()) return unusable(request_.assets + "/" + path + ": has no seats");
-  if (request_.phones > seatCount_) {
-    return unusable("--phones " + std::to_string(request_.phones) + ": venue " +
-                    std::to_string(request_.venueId) + " has only " + std::to_string(seatCount_) +
-                    " seats");
-  }
-  if (request_.phones > 0) seats_ = spreadOver(std::move(seats_), request_.phones);
-  return std::nullopt;
+  venue_.emplace(*document, seatMapTexts(kitBundle_), json_, request_.phones, spreadOver);
+  if (venue_->seatCount() == 0) return unusable(request_.assets + "/" + path + ": has no seats");
+  if (request_.phones <= venue_->seatCount()) return std::nullopt;
+  return unusable("--phones " + std::to_string(request_.phones) + ": venue " +
+                  std::to_string(request_.venueId) + " has only " +
+                  std::to_string(venue_->seatCount()) + " seats");
 }
 
 Failure CrowdRun::fillAir() {
@@ -116,9 +106,6 @@ Failure CrowdRun::openOutput() {
 
 // Those of the maps that the show uses.
 Failure CrowdRun::buildTables() {
-  std::vector<SeatPosition> places;
-  for (const CrowdSeat& seat : seats_) places.push_back(seat.at);
-  tables_.emplace(places);
   std::set<std::pair<int, int>> maps;
   for (const Sent& sent : air_->sent()) {
     const auto& broadcast = air_->packet(sent).broadcast;
@@ -128,8 +115,8 @@ Failure CrowdRun::buildTables() {
   for (const auto& [venue, map] : maps) {
     const std::string video = assets_.pixelMapVideoURLForVenueId(venue, map);
     if (video.empty()) {
-      return unusable(request_.assets + "/HVAssets/Maps/Venue-" + std::to_string(venue) + "/" +
-                      std::to_string(map) + "/video.mp4: missing, and the show uses it");
+      return unusable(request_.assets + "/" + pixelMapFolder(venue, map) +
+                      "/video.mp4: missing, and the show uses it");
     }
     if (Failure failure = buildTable({std::to_string(map), video})) return failure;
   }
@@ -138,24 +125,20 @@ Failure CrowdRun::buildTables() {
 
 Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
   const auto asset = outside_.videos.open(map.videoURL);
-  const auto frames =
-      asset ? static_cast<std::uint64_t>(std::llround(asset->durationSeconds() * 30)) : 1;
+  const int frames = asset ? pixelMapFrameCount(asset->durationSeconds()) : 1;
   ProgressBar bar(outside_.terminal, "reading map " + map.mapId, "frames",
-                  std::max<std::uint64_t>(frames, 1));
+                  static_cast<std::uint64_t>(frames));
   const BuildControl control{
       .workers = workers_,
       .isCancelled = [this] { return outside_.isInterrupted.load(); },
       .onFrame = [&bar](int done) { bar.show(static_cast<std::uint64_t>(done)); }};
-  const auto room = [this](std::size_t words) { return rooms_.make(words); };
-  switch (tables_->build(map, outside_.videos, control, room)) {
+  switch (venue_->build(map, outside_.videos, control)) {
     case VenueTables::End::built:
       return std::nullopt;
     case VenueTables::End::noVideo:
       return unusable(map.videoURL + ": cannot be read as a video");
     case VenueTables::End::noRoom:
       return failed("no room for the seat tables in the temporary folder");
-    case VenueTables::End::noMemory:
-      throw std::bad_alloc();
     case VenueTables::End::cancelled:
       break;
   }
@@ -168,14 +151,15 @@ Failure CrowdRun::show() {
                          json_,
                          outside_.images,
                          files_,
-                         {{}, loadShowAssets(bundles_, json_), &*tables_, &stills},
+                         {{}, loadShowAssets(bundles_, json_), &venue_->tables(), &stills},
                          request_.scenario.device,
                          request_.allowedTransmitterIds};
-  const CrowdPicture picture(seats_, request_.width, request_.height);
+  const CrowdPicture picture(venue_->seats(), request_.width, request_.height);
   rgb_.resize(static_cast<std::size_t>(request_.width) * static_cast<std::size_t>(request_.height) *
               3);
-  Crowd crowd({parts, seats_, request_.scenario, *air_, *tables_, assets_, workers_},
-              request_.settings);
+  Crowd crowd(
+      {parts, venue_->seats(), request_.scenario, *air_, venue_->tables(), assets_, workers_},
+      request_.settings);
   CrowdSummary summary;
   const Duration end = request_.settings.end;
   Duration spent{};
@@ -194,9 +178,9 @@ Failure CrowdRun::show() {
   }
   if (!output_->finish()) return failed(request_.out + ": cannot be written");
   const Duration simulated = std::min(crowd.now(), end);
-  report_ =
-      summary.json(crowd, {seatCount_, seats_, air_->sent().size(), framesWritten_, simulated,
-                           spent > Duration::zero() ? toSeconds(simulated) / toSeconds(spent) : 0});
+  report_ = summary.json(
+      crowd, {venue_->seatCount(), venue_->seats(), air_->sent().size(), framesWritten_, simulated,
+              spent > Duration::zero() ? toSeconds(simulated) / toSeconds(spent) : 0});
   return std::nullopt;
 }
 

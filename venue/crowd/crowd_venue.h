@@ -1,37 +1,60 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a crowd finds in a venue's files: where people are, and room for the tables of all seats.
-// Values; any thread.
+// A venue as a crowd finds it in its files: where people are, which of them have a phone, and the
+// tables of their pixels, as far as they have been built. One thread at a time; once it is all
+// there, any thread.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "adapters/linux/mapped_file.h"
 #include "seats/seat_map.h"
+#include "seats/seat_texts.h"
 #include "venue/crowd/crowd_phone.h"
+#include "venue/crowd/venue_tables.h"
 
 namespace halvora {
-
-/// A venue's map within the main bundle.
-std::string seatMapPath(std::int64_t venueId);
 
 /// All seats of a map, in its order.
 std::vector<CrowdSeat> seatsOf(const SeatMap& map);
 
-/// So many of the seats, evenly spread, in their order; all where there are no more.
+/// A choice of so many of the seats, in their order; all where there are no more.
+using SeatChoice = std::vector<CrowdSeat> (*)(std::vector<CrowdSeat> seats, std::size_t count);
+/// Exactly so many, evenly spread.
 std::vector<CrowdSeat> spreadOver(std::vector<CrowdSeat> seats, std::size_t count);
+/// About so many, in a pattern without gaps.
+std::vector<CrowdSeat> thinned(std::vector<CrowdSeat> seats, std::size_t count);
 
-/// Room for tables that would be too much for the machine's own memory, gone with this object.
-class TableRooms {
+class CrowdVenue {
  public:
-  /// So many words, all 0; none where they cannot be had.
-  std::span<std::uint32_t> make(std::size_t words);
+  /// `document` is the text of the venue's map, and may be none. So many phones, 0 for one a seat.
+  CrowdVenue(std::string_view document, const SeatMapTexts& texts, const JsonReader& json,
+             std::size_t phones, SeatChoice choose);
+  CrowdVenue(const CrowdVenue&) = delete;
+  CrowdVenue& operator=(const CrowdVenue&) = delete;
+
+  /// Of the whole map.
+  std::size_t seatCount() const { return seatCount_; }
+  /// Those with a phone.
+  const std::vector<CrowdSeat>& seats() const { return seats_; }
+
+  /// Adds the tables of one map. They would be too much for the machine's own memory, so they lie
+  /// in files of the temporary folder, which are gone with this object.
+  VenueTables::End build(const PixelMapVideoEntry& map, const VideoAssets& videos,
+                         const BuildControl& control);
+  const VenueTables& tables() const { return tables_; }
 
  private:
-  std::vector<MappedFile> files_;
+  std::span<std::uint32_t> roomFor(std::size_t words);
+
+  SeatMap map_;
+  std::size_t seatCount_ = 0;
+  std::vector<CrowdSeat> seats_;
+  std::vector<MappedFile> rooms_;
+  VenueTables tables_;
 };
 
 }  // namespace halvora

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
 
 #include "pixelmap/frame_time.h"
 
@@ -44,7 +45,7 @@ VenueTables::End VenueTables::build(const PixelMapVideoEntry& map, const VideoAs
     case BuildEnd::cancelled:
       return End::cancelled;
     case BuildEnd::noMemory:
-      return End::noMemory;
+      throw std::bad_alloc();
     case BuildEnd::noVideo:
     case BuildEnd::noFrames:
       break;

@@ -27,8 +27,8 @@ class VenueTables final : public SeatLutSource {
   /// Seats that share a pixel share a table.
   explicit VenueTables(std::span<const SeatPosition> seats);
 
-  enum class End : std::uint8_t { built, noVideo, noRoom, cancelled, noMemory };
-  /// Adds the tables of one map.
+  enum class End : std::uint8_t { built, noVideo, noRoom, cancelled };
+  /// Adds the tables of one map. Throws std::bad_alloc where memory is short.
   End build(const PixelMapVideoEntry& map, const VideoAssets& videos, const BuildControl& control,
             const Room& room);
 
