@@ -15,6 +15,7 @@
 #include "bench/require.h"
 #include "engine/broadcast.h"
 #include "halvora/platform/absent.h"
+#include "text/asset_paths.h"
 #include "venue/show/trace.h"
 
 namespace halvora {
@@ -22,7 +23,6 @@ namespace halvora {
 namespace {
 
 constexpr const char* kAssets = "assets/demo";
-constexpr std::size_t kLargestScenario = std::size_t{1} << 20;
 constexpr int kPacketsASecond = 10;
 constexpr int kBusySeconds = 60;
 /// The first scan begins a second after the start.
@@ -103,7 +103,7 @@ void traceShow(benchmark::State& state, const std::string& text, std::optional<D
 }
 
 bool hasAssets(benchmark::State& state) {
-  if (readFile(std::string(kAssets) + "/HVAssets/palettes.json", kLargestScenario)) return true;
+  if (readFile(std::string(kAssets) + "/" + kPaletteFile, kLargestPaletteFile)) return true;
   state.SkipWithError("no assets/demo below the working folder");
   return false;
 }

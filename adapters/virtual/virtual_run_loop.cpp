@@ -17,8 +17,8 @@ TimerId VirtualRunLoop::every(Duration interval, Task&& task) {
 
 TimerId VirtualRunLoop::soon(Task&& task) { return queue_.schedule(now_, {}, std::move(task)); }
 
-void VirtualRunLoop::actFromOutside(Duration time, std::uint64_t order, Task&& act) {
-  queue_.scheduleFirst(std::max(time, now_), order, std::move(act));
+TimerId VirtualRunLoop::actFromOutside(Duration time, std::uint64_t order, Task&& act) {
+  return queue_.scheduleFirst(std::max(time, now_), order, std::move(act));
 }
 
 bool VirtualRunLoop::runUntil(Duration end) {

@@ -31,7 +31,7 @@ class VirtualRunLoop final : public RunLoop {
 
   /// An act from outside the phone. At its time it runs before everything that the phone has
   /// scheduled; acts at one time run in ascending `order`. A time that has passed counts as now.
-  void actFromOutside(Duration time, std::uint64_t order, Task&& act);
+  TimerId actFromOutside(Duration time, std::uint64_t order, Task&& act);
 
   /// Runs all that is due before `time`, then `act` at once, as an act from outside that comes
   /// first at that time; a time that has passed counts as now. Not from within a turn. False like

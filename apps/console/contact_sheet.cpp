@@ -14,6 +14,7 @@
 #include "faces/qt/display_painter.h"
 #include "light/display_list.h"
 #include "venue/show/scenario_player.h"
+#include "venue/show/scenario_run.h"
 
 namespace halvora {
 
@@ -104,8 +105,9 @@ ContactSheet drawContactSheet(const ShowFiles& files, DemoLibraries& libraries) 
   setup.workers = &libraries.workers;
   VirtualPhone phone(libraries.json, std::move(setup));
   ShowEngine engine(phone.platform());
-  const ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};
-  schedule(files.scenario, phone.loop, stage);
+  const ScenarioStage stage{{phone.bluetooth, phone.application, engine}, phone.defaults};
+  const ScenarioRun run(ScenarioSchedule(files.scenario), phone.loop,
+                        [&stage](const ScenarioAction& action) { perform(action, stage); });
 
   const Duration pause = pauseFor(files.end());
   const int tiles = static_cast<int>(files.end() / pause) + 1;

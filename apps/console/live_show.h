@@ -9,12 +9,12 @@
 
 #include "apps/console/demo_phone.h"
 #include "apps/console/libraries.h"
-#include "apps/console/scenario_run.h"
 #include "apps/console/show_files.h"
 #include "engine/show_engine.h"
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/serial_queues.h"
 #include "venue/show/scenario_player.h"
+#include "venue/show/scenario_run.h"
 
 namespace halvora {
 
@@ -30,12 +30,12 @@ class LiveShow {
   Duration time() const { return run_.time(); }
 
  private:
-  /// What comes before the engine's view is loaded; the number of those lines.
-  std::size_t load(const Scenario& scenario);
+  /// Does all up to the loading of the view, for whoever shows it; answers with what is left.
+  ScenarioSchedule load(const Scenario& scenario);
 
   DemoPhone phone_;
   ShowEngine engine_;
-  const ScenarioStage stage_{phone_.bluetooth, phone_.application, phone_.defaults, engine_};
+  const ScenarioStage stage_{{phone_.bluetooth, phone_.application, engine_}, phone_.defaults};
   ScenarioRun run_;
 };
 

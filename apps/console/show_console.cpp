@@ -16,15 +16,13 @@
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "seats/seat_storage.h"
+#include "text/seat_defaults.h"
 
 namespace halvora {
 
 namespace {
 
 constexpr Duration kAfterReplay = milliseconds(500);
-/// What tells an engine where its phone is.
-constexpr const char* kSeatKeys[] = {"selectedSection", "selectedRow", "selectedSeat", "xPos",
-                                     "yPos"};
 
 // The packet's parts: the maker, then the fields.
 struct Part {
@@ -194,8 +192,9 @@ void ShowConsole::transmit(std::span<const std::uint8_t> packet) {
 void ShowConsole::record() {
   if (isRecording() || isReplaying()) return;
   DefaultsDictionary seat;
-  for (const char* key : kSeatKeys) {
-    if (const DefaultsValue* value = phone_.defaults.find(key)) seat.push_back({key, *value});
+  for (const std::string_view key : kSeatKeys) {
+    const DefaultsValue* value = phone_.defaults.find(key);
+    if (value != nullptr) seat.push_back({std::string(key), *value});
   }
   recording_.emplace(loop_.now(), seat);
   say({});
@@ -216,7 +215,7 @@ void ShowConsole::replay() {
   // forget the show within a second, and so before a recording's first packet.
   phone_.application.becomeActive();
   venue_.becomeActive();
-  run_.emplace(scenario_.lines, 0, loop_, [this](const ScenarioAction& action) {
+  run_.emplace(ScenarioSchedule(scenario_), loop_, [this](const ScenarioAction& action) {
     const auto* packet = std::get_if<PacketAction>(&action);
     if (packet == nullptr) return;
     transmit(packet->data);

@@ -18,7 +18,6 @@
 
 #include "apps/console/demo_phone.h"
 #include "apps/console/libraries.h"
-#include "apps/console/scenario_run.h"
 #include "apps/console/show_desk.h"
 #include "apps/console/show_recording.h"
 #include "apps/console/venue_show.h"
@@ -26,6 +25,7 @@
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/serial_queues.h"
 #include "venue/show/scenario.h"
+#include "venue/show/scenario_run.h"
 
 namespace halvora {
 

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <QImage>
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -19,8 +18,6 @@ namespace halvora {
 
 /// The window and the contact sheet draw the same chances.
 inline constexpr std::uint64_t kShowSeed = 1;
-/// In bytes; a longer one is not read.
-inline constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
 
 struct ShowFiles {
   /// The folder that holds HVAssets.

@@ -15,6 +15,7 @@
 #include "venue/show/packet.h"
 #include "venue/show/scenario.h"
 #include "venue/show/scenario_file.h"
+#include "venue/show/scenario_run.h"
 
 namespace halvora {
 
@@ -29,7 +30,7 @@ constexpr Duration kLastShown = milliseconds(1000);
 
 /// What is to be shown, and how long all of it takes; none for as long as the user likes.
 struct Programme {
-  std::vector<ScenarioLine> lines;
+  Scenario scenario;
   std::optional<Duration> length;
 };
 
@@ -40,28 +41,17 @@ class Broadcasting {
       : transmitter_(transmitter), output_(output), begin_(transmitter.loop().now()) {}
 
   void begin(const Programme& programme) {
-    timers_.reserve(programme.lines.size());
-    for (const ScenarioLine& line : programme.lines) {
-      timers_.emplace_back();
-      schedule(timers_.size() - 1, line, 0);
-    }
+    run_.emplace(ScenarioSchedule(programme.scenario), transmitter_.loop(),
+                 [this](const ScenarioAction& action) {
+                   const auto* packet = std::get_if<PacketAction>(&action);
+                   if (packet != nullptr) show(packet->data);
+                 });
   }
-  void stop() { timers_.clear(); }
+  void stop() { run_.reset(); }
   bool isWritable() const { return isWritable_; }
   Duration elapsed() const { return transmitter_.loop().now() - begin_; }
 
  private:
-  // One occurrence schedules the next.
-  void schedule(std::size_t at, const ScenarioLine& line, std::uint64_t k) {
-    const auto time = line.timeOf(k);
-    if (!time) return;
-    RunLoop& loop = transmitter_.loop();
-    timers_[at] = {loop, loop.after(*time - elapsed(), [this, at, &line, k] {
-                     show(std::get<PacketAction>(line.action).data);
-                     schedule(at, line, k + 1);
-                   })};
-  }
-
   // What is shown is repeated by the radio, so a packet's repeats are nothing new.
   void show(const std::vector<std::uint8_t>& data) {
     if (data == shown_) return;
@@ -75,7 +65,7 @@ class Broadcasting {
   Transmitter& transmitter_;
   const Output& output_;
   const Duration begin_;
-  std::vector<Timer> timers_;
+  std::optional<ScenarioRun> run_;
   std::vector<std::uint8_t> shown_;
   bool isWritable_ = true;
 };
@@ -132,9 +122,9 @@ class TransmitCommand final : public ToolCommand {
     auto packet = fields_.read();
     if (auto* refusal = std::get_if<CommandResult>(&packet)) return std::move(*refusal);
     const BroadcastBytes data = encodeBroadcast(std::get<Broadcast>(packet));
-    ScenarioLine line;
-    line.action = PacketAction{{data.begin(), data.end()}};
-    return Programme{{std::move(line)}, std::nullopt};
+    Programme programme;
+    programme.scenario.lines.push_back({.action = PacketAction{{data.begin(), data.end()}}});
+    return programme;
   }
 
   std::variant<Programme, CommandResult> readScenario(
@@ -152,9 +142,9 @@ class TransmitCommand final : public ToolCommand {
         return unusable(file + ":" + std::to_string(line.number) + ": " + std::to_string(size) +
                         " bytes; an advertisement holds 2 to 29");
       }
-      programme.lines.push_back(std::move(line));
+      programme.scenario.lines.push_back(std::move(line));
     }
-    if (programme.lines.empty()) return unusable(file + ": no packets");
+    if (programme.scenario.lines.empty()) return unusable(file + ": no packets");
     return programme;
   }
 

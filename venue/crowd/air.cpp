@@ -7,6 +7,8 @@
 #include <tuple>
 #include <utility>
 
+#include "venue/show/scenario_schedule.h"
+
 namespace halvora {
 
 namespace {
@@ -33,11 +35,6 @@ double lowerShare(std::uint64_t bits) {
   return static_cast<double>(bits & 0xFFFFFFFFU) / 4294967296.0;
 }
 
-void sortByTime(std::vector<Sent>& sent) {
-  std::stable_sort(sent.begin(), sent.end(),
-                   [](const Sent& one, const Sent& other) { return one.time < other.time; });
-}
-
 }  // namespace
 
 std::uint64_t mixed(std::uint64_t seed, std::uint64_t one, std::uint64_t other) {
@@ -50,26 +47,27 @@ bool isLost(std::uint64_t chance, double loss) { return upperShare(chance) < los
 std::optional<Air> Air::of(const Scenario& scenario, const AirSettings& settings, Duration end) {
   Air air(settings);
   if (!air.expand(scenario, end)) return std::nullopt;
-  sortByTime(air.sent_);
   if (settings.interval > Duration::zero() && !air.addRepeats(end)) return std::nullopt;
   air.countLooks();
   return air;
 }
 
 bool Air::expand(const Scenario& scenario, Duration end) {
-  for (const ScenarioLine& line : scenario.lines) {
-    const auto* action = std::get_if<PacketAction>(&line.action);
+  constexpr std::uint32_t kNew = UINT32_MAX;
+  std::vector<std::uint32_t> packetOf(scenario.lines.size(), kNew);
+  ScenarioSchedule schedule(scenario);
+  while (const auto moment = schedule.next(end)) {
+    const auto* action = std::get_if<PacketAction>(moment->action);
     if (action == nullptr) continue;
-    const auto packet = static_cast<std::uint32_t>(packets_.size());
-    const bool isOurs = formatOf(action->data) == BroadcastFormat::valid;
-    packets_.push_back({line.number, action->data,
-                        isOurs ? std::optional(decodeBroadcast(action->data)) : std::nullopt});
-    for (std::uint64_t k = 0;; ++k) {
-      const auto time = line.timeOf(k);
-      if (!time || *time > end) break;
-      if (sent_.size() == kMostSent) return false;
-      sent_.push_back({*time, packet, 0});
+    if (sent_.size() == kMostSent) return false;
+    std::uint32_t& packet = packetOf[moment->line];
+    if (packet == kNew) {
+      packet = static_cast<std::uint32_t>(packets_.size());
+      const bool isOurs = formatOf(action->data) == BroadcastFormat::valid;
+      packets_.push_back({moment->order, action->data,
+                          isOurs ? std::optional(decodeBroadcast(action->data)) : std::nullopt});
     }
+    sent_.push_back({moment->time, packet, 0});
   }
   return true;
 }
@@ -96,7 +94,8 @@ bool Air::addRepeats(Duration end) {
     if (!repeat(sent, end)) return false;
   }
   sent_.insert(sent_.end(), repeats.begin(), repeats.end());
-  sortByTime(sent_);
+  std::stable_sort(sent_.begin(), sent_.end(),
+                   [](const Sent& one, const Sent& other) { return one.time < other.time; });
   return true;
 }
 

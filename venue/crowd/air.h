@@ -48,8 +48,8 @@ struct Sent {
 
 /// A packet's bytes and what they say.
 struct AirPacket {
-  /// Of the scenario, from 1.
-  std::size_t line = 0;
+  /// Among what happens at one time.
+  std::uint64_t order = 0;
   std::vector<std::uint8_t> data;
   /// None for data that is no packet of ours.
   std::optional<Broadcast> broadcast;

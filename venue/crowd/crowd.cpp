@@ -69,7 +69,7 @@ struct Crowd::Member {
   std::uint32_t nextLook = 0;
 };
 
-enum class CrowdEvent : std::uint8_t { open, act, packet, leave, frame, watch };
+enum class CrowdEvent : std::uint8_t { act, packet, leave, frame, watch };
 
 // Something that happens to one phone, or a look at all of a block.
 struct Crowd::Moment {
@@ -112,16 +112,10 @@ struct Crowd::Chunk {
 
 Crowd::Crowd(const Parts& parts, const CrowdSettings& settings)
     : parts_(parts), settings_(settings) {
-  for (const ScenarioLine& line : parts_.scenario.lines) {
-    if (std::holds_alternative<PacketAction>(line.action)) continue;
-    for (std::uint64_t k = 0;; ++k) {
-      const auto time = line.timeOf(k);
-      if (!time || *time > settings_.end || acts_.size() == Air::kMostSent) break;
-      acts_.push_back({*time, &line});
-    }
+  ScenarioSchedule schedule(parts_.scenario);
+  while (const auto moment = schedule.next(settings_.end)) {
+    if (!std::holds_alternative<PacketAction>(*moment->action)) acts_.push_back(*moment);
   }
-  std::stable_sort(acts_.begin(), acts_.end(),
-                   [](const Act& one, const Act& other) { return one.time < other.time; });
   seatPhones();
 }
 
@@ -309,10 +303,8 @@ bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
 void Crowd::act(const Moment& moment, Duration now, Chunk& chunk) {
   Member& member = *members_[moment.phone];
   switch (moment.kind) {
-    case CrowdEvent::open:
-      return member.phone.open();
     case CrowdEvent::act:
-      return member.phone.act(acts_[moment.at].line->action);
+      return member.phone.act(*acts_[moment.at].action);
     case CrowdEvent::packet:
       return hear(moment.at, member, now, chunk);
     case CrowdEvent::leave:
@@ -349,15 +341,11 @@ void Crowd::collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk
   std::vector<Moment>& moments = chunk.moments;
   const auto isNow = [&](Duration time) { return time >= slice.begin && time < slice.end; };
 
-  const std::size_t before = parts_.scenario.linesBeforeLoading();
-  const std::uint64_t opening = before == 0 ? 0 : parts_.scenario.lines[before - 1].number * 2 + 1;
-  if (isNow(presence.opens))
-    moments.push_back({presence.opens, opening, CrowdEvent::open, number, 0});
   for (; member.nextAct < acts_.size(); ++member.nextAct) {
-    const Act& act = acts_[member.nextAct];
+    const ScenarioMoment& act = acts_[member.nextAct];
     const Duration time = act.time + presence.opens;
     if (time >= slice.end) break;
-    moments.push_back({time, act.line->number * 2, CrowdEvent::act, number, member.nextAct});
+    moments.push_back({time, act.order, CrowdEvent::act, number, member.nextAct});
   }
   for (std::size_t at = slice.firstSent; at < slice.endSent; ++at) {
     const Sent& sent = parts_.air.sent()[at];
@@ -365,7 +353,7 @@ void Crowd::collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk
     if (isOffered && isNow(sent.time)) ++chunk.packets.offered;
     const auto arrival = parts_.air.arrival(at, number, member.phone.seat().at);
     if (!arrival || !isOffered || !isNow(*arrival)) continue;
-    moments.push_back({*arrival, parts_.air.packet(sent).line * 2, CrowdEvent::packet, number, at});
+    moments.push_back({*arrival, parts_.air.packet(sent).order, CrowdEvent::packet, number, at});
   }
   if (isNow(presence.leaves)) {
     moments.push_back({presence.leaves, kLooking - 1, CrowdEvent::leave, number, 0});

@@ -21,6 +21,7 @@
 #include "venue/crowd/crowd_report.h"
 #include "venue/crowd/flash_count.h"
 #include "venue/crowd/venue_tables.h"
+#include "venue/show/scenario_schedule.h"
 
 namespace halvora {
 
@@ -132,12 +133,8 @@ class Crowd {
 
   Parts parts_;
   CrowdSettings settings_;
-  /// The scenario's actions other than packets, repeats included, by time and line.
-  struct Act {
-    Duration time{};
-    const ScenarioLine* line = nullptr;
-  };
-  std::vector<Act> acts_;
+  /// What the scenario does to a phone beside its packets, from the opening of its application on.
+  std::vector<ScenarioMoment> acts_;
   std::vector<Presence> presences_;
   std::vector<std::unique_ptr<Block>> blocks_;
   std::vector<std::unique_ptr<Member>> members_;

@@ -2,17 +2,15 @@
 #include "venue/crowd/crowd_phone.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <variant>
+
+#include "text/seat_defaults.h"
+#include "venue/show/scenario_player.h"
 
 namespace halvora {
 
 namespace {
-
-// A crowd's phones have seats of their own, whatever seat the scenario was recorded in.
-constexpr std::array<std::string_view, 5> kSeatKeys = {"xPos", "yPos", "selectedSection",
-                                                       "selectedRow", "selectedSeat"};
 
 double visible(const ViewStack& views, ViewId view) {
   return views.isHidden(view) ? 0 : std::clamp(views.shownAlpha(view), 0.0, 1.0);
@@ -58,6 +56,7 @@ void CrowdPhone::leave() {
   radio_.setState(CentralState::poweredOff);
 }
 
+// A crowd's phones have seats of their own, whatever seat the scenario was recorded in.
 void CrowdPhone::write(const DefaultsAction& action) {
   for (const auto& [key, value] : action.writes) {
     if (std::ranges::find(kSeatKeys, key) != kSeatKeys.end()) continue;
@@ -69,34 +68,20 @@ void CrowdPhone::write(const DefaultsAction& action) {
   }
 }
 
-struct CrowdPhone::Actor {
+struct CrowdPhone::Actor : ScenarioActs<CrowdRadio, CrowdApplication> {
   CrowdPhone& phone;
 
-  void operator()(const StartAction&) const { phone.engine_.start(); }
-  void operator()(const BluetoothAction& action) const {
-    if (action.authorization) phone.radio_.setAuthorization(*action.authorization);
-    if (action.state) phone.radio_.setState(*action.state);
-  }
+  using ScenarioActs::operator();
   void operator()(const PacketAction& action) const { phone.hear(action.data); }
-  void operator()(const AppAction& action) const {
-    if (action.isActive) {
-      phone.application_.becomeActive();
-    } else {
-      phone.application_.resignActive();
-    }
-  }
   void operator()(const DefaultsAction& action) const { phone.write(action); }
-  void operator()(const PlayVideoAction& action) const { phone.engine_.playVideo(action.name); }
   void operator()(const PrecomputeAction& action) const {
-    phone.engine_.precomputePixelMapLUTsForVenueId(action.venueId, phone.seat_.at.x,
-                                                   phone.seat_.at.y);
-  }
-  void operator()(const InvalidateAction& action) const {
-    phone.engine_.invalidatePixelMapSeatLUTCacheForVenueId(action.venueId);
+    engine.precomputePixelMapLUTsForVenueId(action.venueId, phone.seat_.at.x, phone.seat_.at.y);
   }
 };
 
-void CrowdPhone::act(const ScenarioAction& action) { std::visit(Actor{*this}, action); }
+void CrowdPhone::act(const ScenarioAction& action) {
+  std::visit(Actor{{radio_, application_, engine_}, *this}, action);
+}
 
 CrowdPhone::Heard CrowdPhone::hear(std::span<const std::uint8_t> data) {
   const ScanDiagnostics& fates = engine_.diagnostics();

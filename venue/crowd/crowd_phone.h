@@ -54,8 +54,6 @@ class CrowdPhone {
   const EngineState& state() const { return engine_.state(); }
   CrowdTorch& torch() { return torch_; }
 
-  /// The application is opened: its view is loaded.
-  void open() { engine_.viewDidLoad(); }
   /// The application is closed: what is on the air reaches nobody any more.
   void leave();
   bool isScanning() const { return radio_.isScanning(); }

@@ -67,7 +67,7 @@ LiveCrowd::LiveCrowd(RunLoop& loop, const CrowdParts& parts, std::span<const Cro
   members_.reserve(seats.size());
   for (const CrowdSeat& seat : seats) {
     members_.push_back(std::make_unique<Member>(*this, members_.size(), parts, seat));
-    members_.back()->phone.open();
+    members_.back()->phone.act(LoadAction{});
     members_.back()->phone.act(StartAction{});
   }
 }

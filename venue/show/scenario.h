@@ -20,6 +20,9 @@
 
 namespace halvora {
 
+/// In bytes; a longer file is not read.
+inline constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
+
 struct ScenarioDevice {
   double brightness = 0.5;
   bool torch = true;
@@ -28,6 +31,8 @@ struct ScenarioDevice {
   CentralState state = CentralState::poweredOn;
 };
 
+/// The engine's view is loaded. Stands in no file: see `linesBeforeLoading`.
+struct LoadAction {};
 struct StartAction {};
 struct BluetoothAction {
   std::optional<BluetoothAuthorization> authorization;
@@ -56,7 +61,7 @@ struct PlayVideoAction {
 };
 
 using ScenarioAction =
-    std::variant<StartAction, BluetoothAction, PacketAction, AppAction, DefaultsAction,
+    std::variant<LoadAction, StartAction, BluetoothAction, PacketAction, AppAction, DefaultsAction,
                  PrecomputeAction, InvalidateAction, PlayVideoAction>;
 
 struct ScenarioLine {

@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "venue/show/scenario_file.h"
 
-#include <cstddef>
 #include <utility>
 
 #include "venue/base/input_file.h"
 
 namespace halvora {
-
-namespace {
-
-constexpr std::size_t kLargestScenario = std::size_t{256} << 20;
-
-}  // namespace
 
 std::variant<Scenario, CommandResult> readScenario(const std::string& path, const JsonReader& json,
                                                    const std::atomic<bool>& isInterrupted) {

@@ -8,6 +8,7 @@
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 #include "venue/show/scenario_player.h"
+#include "venue/show/scenario_run.h"
 #include "venue/show/trace_writer.h"
 
 namespace halvora {
@@ -70,12 +71,13 @@ TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
     if (!hasFailed()) writer.turnEnded();
   });
 
-  ScenarioStage stage{phone.bluetooth, phone.application, phone.defaults, engine};
+  ScenarioStage stage{{phone.bluetooth, phone.application, engine}, phone.defaults};
   stage.progress = [&writer](int done, int total, const std::string& mapId) {
     writer.precomputeProgressed(done, total, mapId);
   };
   stage.completion = [&writer](int done, int total) { writer.precomputeCompleted(done, total); };
-  schedule(scenario, phone.loop, stage);
+  const ScenarioRun run(ScenarioSchedule(scenario), phone.loop,
+                        [&stage](const ScenarioAction& action) { perform(action, stage); });
   const Duration end = options.until.value_or(scenario.lastAction() + kAfterLastAction);
   const bool isWhole =
       options.goesOn ? runInParts(phone.loop, end, options.goesOn) : phone.loop.runUntil(end);

@@ -91,9 +91,7 @@ Reference::Reference(const std::string& text)
     : bundle_(demoAssets(), "com.example.host"),
       scenario_(std::get<Scenario>(parseScenario(text, json_))),
       phone_(json_, setup()),
-      engine_(phone_.platform()) {
-  schedule(scenario_, phone_.loop, stage_);
-}
+      engine_(phone_.platform()) {}
 
 VirtualPhoneSetup Reference::setup() {
   VirtualPhoneSetup setup = setupOf(scenario_.device, std::make_unique<SeededRandom>(1));

@@ -18,6 +18,7 @@
 #include "engine/inside.h"
 #include "light/display_list.h"
 #include "venue/show/scenario_player.h"
+#include "venue/show/scenario_run.h"
 
 namespace halvora {
 
@@ -79,7 +80,9 @@ class Reference {
   Scenario scenario_;
   VirtualPhone phone_;
   HalvoraViewController engine_;
-  ScenarioStage stage_{phone_.bluetooth, phone_.application, phone_.defaults, insideOf(engine_)};
+  ScenarioStage stage_{{phone_.bluetooth, phone_.application, insideOf(engine_)}, phone_.defaults};
+  ScenarioRun run_{ScenarioSchedule(scenario_), phone_.loop,
+                   [this](const ScenarioAction& action) { perform(action, stage_); }};
 };
 
 }  // namespace halvora
