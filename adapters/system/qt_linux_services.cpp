@@ -19,11 +19,11 @@ namespace halvora {
 
 namespace {
 
-BusAddresses busesOf(const QtLinuxOptions& options) {
-  BusAddresses buses = BusAddresses::ofEnvironment();
-  if (!options.systemBus.empty()) buses.system = options.systemBus;
-  if (!options.sessionBus.empty()) buses.session = options.sessionBus;
-  return buses;
+BusAddresses addressesOf(const QtLinuxOptions& options) {
+  BusAddresses addresses = BusAddresses::ofEnvironment();
+  if (!options.systemBus.empty()) addresses.system = options.systemBus;
+  if (!options.sessionBus.empty()) addresses.session = options.sessionBus;
+  return addresses;
 }
 
 std::string lightsOf(const QtLinuxOptions& options) {
@@ -60,20 +60,21 @@ void openSettingsPage() {
 
 struct QtLinuxServices::Parts {
   Parts(RunLoop& loop, const QtLinuxOptions& options)
-      : buses(busesOf(options)),
-        daemon(loop, descriptors, buses.system),
+      : buses(loop, descriptors, addressesOf(options)),
+        daemon(loop, descriptors, options.systemBus),
         central(loop, daemon, {.adapter = options.adapter}),
-        haptics(loop, descriptors, buses, applicationOf()),
-        torch(loop, descriptors, buses, findTorchLight(lightsOf(options))),
-        idle(loop, descriptors, buses, reasonOf(options)),
-        settings(loop, descriptors, buses, daemon, openSettingsPage, options.adapter) {
+        haptics(loop, buses, applicationOf()),
+        torch(loop, buses.system, findTorchLight(lightsOf(options))),
+        idle(loop, buses, reasonOf(options)),
+        settings(buses.system, daemon, openSettingsPage, options.adapter) {
     if (const auto light = findBacklight(lightsOf(options))) {
-      backlight.emplace(loop, descriptors, buses, *light);
+      backlight.emplace(loop, buses.system, *light);
     }
   }
 
-  const BusAddresses buses;
   QtDescriptors descriptors;
+  Buses buses;
+  /// On a connection of its own: by leaving the bus it ends all that it has asked for.
   BluezDaemon daemon;
   BluezCentral central;
   LinuxHaptics haptics;

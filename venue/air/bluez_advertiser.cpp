@@ -13,7 +13,6 @@ namespace halvora {
 
 namespace {
 
-constexpr const char* kDaemon = "org.bluez";
 constexpr const char* kManagerInterface = "org.bluez.LEAdvertisingManager1";
 constexpr const char* kObject = "/org/halvora/advertisement";
 constexpr const char* kInterface = "org.bluez.LEAdvertisement1";
@@ -91,9 +90,9 @@ void BluezAdvertiser::open(const TransmitterSettings& settings) {
   isBusy_ = true;
   connection_.open(busAddress_, [this] { busLost(); });
   if (connection_.bus() == nullptr) return;
-  ownerMatch_ = watchName(connection_, kDaemon,
+  ownerMatch_ = watchName(connection_, kBluez,
                           [this](std::string_view, std::string_view now) { ownerChanged(now); });
-  call("/", "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", nullptr,
+  call(connection_.newCall({kBluez, "/", kObjectManagerInterface}, "GetManagedObjects"),
        &BluezAdvertiser::takeObjects);
 }
 
@@ -103,17 +102,13 @@ void BluezAdvertiser::busLost() {
                                   : "no system bus to reach the Bluetooth service on");
 }
 
-void BluezAdvertiser::call(const std::string& path, const char* interface, const char* member,
-                           const std::function<bool(sd_bus_message*)>& append, Handler answered) {
+void BluezAdvertiser::call(const BusMessage& message, Handler answered) {
   isBusy_ = true;
-  sd_bus_message* message = nullptr;
-  sd_bus_message_new_method_call(connection_.bus(), &message, kDaemon, path.c_str(), interface,
-                                 member);
-  BusMessage owned(message);
-  if (message != nullptr && append && !append(message)) owned.reset();
-  answer_ =
-      connection_.call(owned, BusConnection::kUsualTime,
-                       [this, answered](sd_bus_message* answer) { (this->*answered)(answer); });
+  answer_ = connection_.call(message, BusConnection::kUsualTime,
+                             [this, answered](sd_bus_message* answer) {
+                               answer_.reset();
+                               (this->*answered)(answer);
+                             });
 }
 
 void BluezAdvertiser::ownerChanged(std::string_view now) {
@@ -123,7 +118,6 @@ void BluezAdvertiser::ownerChanged(std::string_view now) {
 }
 
 void BluezAdvertiser::takeObjects(sd_bus_message* message) {
-  answer_.reset();
   if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
     if (isRefusal(*error)) return fail("the system does not allow this user to use Bluetooth");
     return fail(isAbsence(*error) ? kNoService : kNoService + (": " + textOf(*error)));
@@ -178,16 +172,12 @@ void BluezAdvertiser::show(std::span<const std::uint8_t> manufacturerData) {
     return connection_.giveUp();
   }
   object_.reset(slot);
-  call(
-      adapter_, kManagerInterface, "RegisterAdvertisement",
-      [](sd_bus_message* message) {
-        return sd_bus_message_append(message, "oa{sv}", kObject, 0) >= 0;
-      },
-      &BluezAdvertiser::takeRegistered);
+  call(connection_.newCall({kBluez, adapter_.c_str(), kManagerInterface}, "RegisterAdvertisement",
+                           "oa{sv}", kObject, 0),
+       &BluezAdvertiser::takeRegistered);
 }
 
 void BluezAdvertiser::takeRegistered(sd_bus_message* message) {
-  answer_.reset();
   isBusy_ = false;
   if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
     return fail("the Bluetooth service does not advertise: " + textOf(*error));
@@ -205,15 +195,13 @@ void BluezAdvertiser::tellChange() {
 void BluezAdvertiser::end() {
   if (!failure_.empty() || object_ == nullptr) return;
   isOnAir_ = false;
-  call(
-      adapter_, kManagerInterface, "UnregisterAdvertisement",
-      [](sd_bus_message* message) { return sd_bus_message_append(message, "o", kObject) >= 0; },
-      &BluezAdvertiser::takeUnregistered);
+  call(connection_.newCall({kBluez, adapter_.c_str(), kManagerInterface}, "UnregisterAdvertisement",
+                           "o", kObject),
+       &BluezAdvertiser::takeUnregistered);
 }
 
 // Whatever the answer is: the daemon has it no longer.
 void BluezAdvertiser::takeUnregistered(sd_bus_message*) {
-  answer_.reset();
   object_.reset();
   isBusy_ = false;
 }

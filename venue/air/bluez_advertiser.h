@@ -5,7 +5,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -44,8 +43,7 @@ class BluezAdvertiser {
   static int handleRelease(sd_bus_message* message, void* self, sd_bus_error* error) noexcept;
   static const sd_bus_vtable kTable[];
 
-  void call(const std::string& path, const char* interface, const char* member,
-            const std::function<bool(sd_bus_message*)>& append, Handler answered);
+  void call(const BusMessage& message, Handler answered);
   void takeObjects(sd_bus_message* message);
   void takeRegistered(sd_bus_message* message);
   void takeUnregistered(sd_bus_message* message);

@@ -1,20 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "venue/air/system_radio.h"
 
-#include <exception>
 #include <utility>
 
 #include "adapters/linux/bluetooth/bluez_central.h"
 #include "adapters/linux/bus/bluez_daemon.h"
-#include "adapters/linux/poll_run_loop.h"
+#include "venue/air/system_loop.h"
 
 namespace halvora {
 
 namespace {
-
-/// A signal between a look at `isDone` and the wait would go unnoticed for as long as nothing else
-/// happens.
-constexpr Duration kLongestWait = milliseconds(200);
 
 class SystemRadio final : public Radio {
  public:
@@ -28,13 +23,7 @@ class SystemRadio final : public Radio {
     if (!found.isScanning) found.adapter.clear();
     return {std::move(found.adapters), std::move(found.adapter), std::move(found.errors.last)};
   }
-  void runUntil(const std::function<bool()>& isDone) override {
-    const auto isOver = [&] { return isDone() || loop_.failures() > 0; };
-    while (!loop_.runUntil(isOver, kLongestWait)) {
-    }
-    // A command that lost a turn has nothing true to say any more.
-    if (loop_.failures() > 0) std::rethrow_exception(loop_.firstFailure());
-  }
+  void runUntil(const std::function<bool()>& isDone) override { runCommandUntil(loop_, isDone); }
 
  private:
   PollRunLoop loop_;

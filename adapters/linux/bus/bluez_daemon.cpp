@@ -13,7 +13,6 @@ namespace halvora {
 
 namespace {
 
-constexpr const char* kDaemon = "org.bluez";
 constexpr const char* kLogin = "org.freedesktop.login1";
 constexpr const char* kInProgress = "org.bluez.Error.InProgress";
 
@@ -109,7 +108,7 @@ void BluezDaemon::matchDaemon() {
   const std::string objects = signal + "path='/',interface='org.freedesktop.DBus.ObjectManager',";
   matches_.clear();
   matches_.push_back(watchName(
-      connection_, kDaemon, [this](std::string_view, std::string_view now) { ownerChanged(now); }));
+      connection_, kBluez, [this](std::string_view, std::string_view now) { ownerChanged(now); }));
   matches_.push_back(match(objects + "member='InterfacesAdded'", &BluezDaemon::interfacesAdded));
   matches_.push_back(
       match(objects + "member='InterfacesRemoved'", &BluezDaemon::interfacesRemoved));
@@ -131,13 +130,12 @@ void BluezDaemon::matchSleep() {
       askForOwner(connection_, kLogin, [this](std::string_view owner) { login_ = owner; }));
 }
 
-BusMessage BluezDaemon::newCall(const std::string& path, const char* interface,
-                                const char* member) {
-  sd_bus_message* message = nullptr;
-  sd_bus_message_new_method_call(connection_.bus(), &message, kDaemon, path.c_str(), interface,
-                                 member);
-  if (message != nullptr && !mayBeStarted_) sd_bus_message_set_auto_start(message, 0);
-  return BusMessage(message);
+template <class... Arguments>
+BusMessage BluezDaemon::newCall(const std::string& path, const char* interface, const char* member,
+                                Arguments... arguments) {
+  BusMessage message = connection_.newCall({kBluez, path.c_str(), interface}, member, arguments...);
+  if (message != nullptr && !mayBeStarted_) sd_bus_message_set_auto_start(message.get(), 0);
+  return message;
 }
 
 // A connection on which nothing can be sent is as good as lost.
@@ -147,8 +145,7 @@ BusSlot BluezDaemon::send(const BusMessage& message, Handler handler) {
 }
 
 void BluezDaemon::askForObjects() {
-  const BusMessage message =
-      newCall("/", "org.freedesktop.DBus.ObjectManager", "GetManagedObjects");
+  const BusMessage message = newCall("/", kObjectManagerInterface, "GetManagedObjects");
   mayBeStarted_ = false;
   objectsAnswer_ = send(message, &BluezDaemon::takeObjects);
 }
@@ -204,12 +201,9 @@ void BluezDaemon::stop() {
 
 // Without a filter of our own the daemon would pause between its scans and tell of no repeats.
 void BluezDaemon::sendDiscoveryFilter() {
-  BusMessage message = newCall(scanned_, kAdapterInterface, "SetDiscoveryFilter");
-  if (message != nullptr && sd_bus_message_append(message.get(), "a{sv}", 2, "Transport", "s", "le",
-                                                  "DuplicateData", "b", 1) < 0) {
-    message.reset();
-  }
-  answer_ = send(message, &BluezDaemon::takeFilterAnswer);
+  answer_ = send(newCall(scanned_, kAdapterInterface, "SetDiscoveryFilter", "a{sv}", 2, "Transport",
+                         "s", "le", "DuplicateData", "b", 1),
+                 &BluezDaemon::takeFilterAnswer);
 }
 
 void BluezDaemon::takeFilterAnswer(sd_bus_message* message) {
@@ -218,14 +212,11 @@ void BluezDaemon::takeFilterAnswer(sd_bus_message* message) {
 }
 
 void BluezDaemon::request(const char* ofDiscovery, const char* ofMonitors) {
-  const bool isForMonitor = method_ == BluezMethod::monitor;
-  BusMessage message = isForMonitor ? newCall(scanned_, kMonitorManagerInterface, ofMonitors)
-                                    : newCall(scanned_, kAdapterInterface, ofDiscovery);
-  if (message != nullptr && isForMonitor &&
-      sd_bus_message_append(message.get(), "o", BluezMonitor::kRoot) < 0) {
-    message.reset();
-  }
-  answer_ = send(message, &BluezDaemon::takeAnswer);
+  answer_ =
+      send(method_ == BluezMethod::monitor
+               ? newCall(scanned_, kMonitorManagerInterface, ofMonitors, "o", BluezMonitor::kRoot)
+               : newCall(scanned_, kAdapterInterface, ofDiscovery),
+           &BluezDaemon::takeAnswer);
 }
 
 void BluezDaemon::takeAnswer(sd_bus_message* message) {
@@ -256,13 +247,10 @@ void BluezDaemon::askForData(std::string_view device) {
       questions_, [](const Question& question) { return question.answer == nullptr; });
   if (free == questions_.end()) return;
   free->device = device;
-  BusMessage message = newCall(free->device, "org.freedesktop.DBus.Properties", "Get");
-  if (message != nullptr &&
-      sd_bus_message_append(message.get(), "ss", kDeviceInterface, "ManufacturerData") < 0) {
-    message.reset();
-  }
   free->answer = connection_.call(
-      message, BusConnection::kUsualTime,
+      newCall(free->device, kPropertiesInterface, "Get", "ss", kDeviceInterface,
+              "ManufacturerData"),
+      BusConnection::kUsualTime,
       [this, &question = *free](sd_bus_message* answer) { takeData(question, answer); });
 }
 

@@ -51,7 +51,9 @@ class BluezDaemon final : public BluezService, private BluezMonitorCalls {
   void matchDaemon();
   void matchSleep();
   BusSlot match(const std::string& rule, Handler handler);
-  BusMessage newCall(const std::string& path, const char* interface, const char* member);
+  template <class... Arguments>
+  BusMessage newCall(const std::string& path, const char* interface, const char* member,
+                     Arguments... arguments);
   BusSlot send(const BusMessage& message, Handler handler);
   void askForObjects();
   void askForData(std::string_view device);

@@ -15,6 +15,10 @@
 
 namespace halvora {
 
+/// The daemon's name, and what of its objects is spoken with.
+inline constexpr const char* kBluez = "org.bluez";
+inline constexpr const char* kObjectManagerInterface = "org.freedesktop.DBus.ObjectManager";
+inline constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
 inline constexpr const char* kAdapterInterface = "org.bluez.Adapter1";
 inline constexpr const char* kDeviceInterface = "org.bluez.Device1";
 inline constexpr const char* kMonitorManagerInterface = "org.bluez.AdvertisementMonitorManager1";

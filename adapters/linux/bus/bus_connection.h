@@ -37,6 +37,13 @@ struct BusError : sd_bus_error {
 /// Is called with each message that comes for it, and may drop its own slot.
 using BusHandler = std::function<void(sd_bus_message*)>;
 
+/// What of a service is called. The texts live for the call.
+struct BusObject {
+  const char* service;
+  const char* path;
+  const char* interface;
+};
+
 class BusConnection {
  public:
   /// As long as the bus library waits by itself: five seconds.
@@ -54,6 +61,19 @@ class BusConnection {
 
   /// Null while it is closed.
   sd_bus* bus() const { return bus_.get(); }
+
+  /// Null where there is no connection, or no memory. The arguments are as the bus library takes
+  /// them.
+  template <class... Arguments>
+  BusMessage newCall(const BusObject& object, const char* member, const char* types = "",
+                     Arguments... arguments) {
+    sd_bus_message* message = nullptr;
+    sd_bus_message_new_method_call(bus_.get(), &message, object.service, object.path,
+                                   object.interface, member);
+    BusMessage call(message);
+    if (call != nullptr && sd_bus_message_append(message, types, arguments...) < 0) call.reset();
+    return call;
+  }
 
   /// Hands every message on that the rule describes. Null, and the connection given up, if the bus
   /// takes no rule.

@@ -7,8 +7,7 @@ namespace halvora {
 
 namespace {
 
-constexpr const char* kBus = "org.freedesktop.DBus";
-constexpr const char* kBusPath = "/org/freedesktop/DBus";
+constexpr BusObject kBus{"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"};
 
 }  // namespace
 
@@ -25,18 +24,15 @@ BusSlot watchName(BusConnection& connection, const std::string& name, NameChange
   return connection.match(rule, [changed = std::move(changed)](sd_bus_message* message) {
     const char* before = nullptr;
     const char* now = nullptr;
-    if (!isFrom(message, kBus)) return;
+    if (!isFrom(message, kBus.service)) return;
     if (sd_bus_message_read(message, "sss", nullptr, &before, &now) > 0) changed(before, now);
   });
 }
 
 BusSlot askForOwner(BusConnection& connection, const std::string& name,
                     std::function<void(std::string_view owner)> answered) {
-  sd_bus_message* call = nullptr;
-  sd_bus_message_new_method_call(connection.bus(), &call, kBus, kBusPath, kBus, "GetNameOwner");
-  const BusMessage owned(call);
-  if (call == nullptr || sd_bus_message_append(call, "s", name.c_str()) < 0) return nullptr;
-  return connection.call(owned, BusConnection::kUsualTime,
+  const BusMessage call = connection.newCall(kBus, "GetNameOwner", "s", name.c_str());
+  return connection.call(call, BusConnection::kUsualTime,
                          [answered = std::move(answered)](sd_bus_message* reply) {
                            const char* owner = nullptr;
                            if (sd_bus_message_is_method_error(reply, nullptr) != 0) return;

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "adapters/linux/bus/bluez_messages.h"
+
 namespace halvora {
 
 namespace {
@@ -42,17 +44,9 @@ std::vector<SettingsCommand> settingsCommands(std::string_view desktops) {
   return own;
 }
 
-BluetoothSettings::BluetoothSettings(RunLoop& loop, Descriptors& descriptors,
-                                     const BusAddresses& buses, const BluezService& radio,
+BluetoothSettings::BluetoothSettings(Bus& system, const BluezService& radio,
                                      std::function<void()> openPage, std::string adapter)
-    : radio_(radio),
-      openPage_(std::move(openPage)),
-      adapter_(std::move(adapter)),
-      bus_(loop, descriptors, buses.system, {{}, [this] {
-                                               if (!call_.isPending()) return;
-                                               call_.drop();
-                                               openPage_();
-                                             }}) {}
+    : radio_(radio), openPage_(std::move(openPage)), adapter_(std::move(adapter)), bus_(system) {}
 
 void BluetoothSettings::open() {
   if (call_.isPending()) return;
@@ -63,9 +57,9 @@ void BluetoothSettings::open() {
     if (off == nullptr) off = &one;
   }
   if (off == nullptr) return openPage_();
-  const BusObject adapter{"org.bluez", off->path.c_str(), "org.freedesktop.DBus.Properties"};
+  const BusObject adapter{kBluez, off->path.c_str(), kPropertiesInterface};
   const BusMessage message =
-      bus_.newCall(adapter, "Set", "ssv", "org.bluez.Adapter1", "Powered", "b", 1);
+      bus_.newCall(adapter, "Set", "ssv", kAdapterInterface, "Powered", "b", 1);
   const auto answered = [this](sd_bus_message* reply) {
     if (isError(reply)) openPage_();
   };

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "adapters/linux/bluetooth/bluez_service.h"
-#include "adapters/linux/services/service_bus.h"
+#include "adapters/linux/bus/bus.h"
 
 namespace halvora {
 
@@ -31,8 +31,7 @@ class BluetoothSettings {
  public:
   /// `radio` says what adapters there are. `openPage` is called on the main thread, in a turn of
   /// its own or from within `open`. Only that adapter ("hci1") counts, or all if none is named.
-  BluetoothSettings(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                    const BluezService& radio, std::function<void()> openPage,
+  BluetoothSettings(Bus& system, const BluezService& radio, std::function<void()> openPage,
                     std::string adapter = {});
   BluetoothSettings(const BluetoothSettings&) = delete;
   BluetoothSettings& operator=(const BluetoothSettings&) = delete;
@@ -44,7 +43,7 @@ class BluetoothSettings {
   const BluezService& radio_;
   const std::function<void()> openPage_;
   const std::string adapter_;
-  ServiceBus bus_;
+  Bus& bus_;
   BusCall call_;
 };
 

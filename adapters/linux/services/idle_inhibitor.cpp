@@ -40,20 +40,21 @@ IdleInhibitor::Descriptor::~Descriptor() {
   if (number_ >= 0) close(number_);
 }
 
-IdleInhibitor::IdleInhibitor(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                             IdleReason reason, const IdleSettings& settings)
+IdleInhibitor::IdleInhibitor(RunLoop& loop, Buses& buses, IdleReason reason,
+                             const IdleSettings& settings)
     : loop_(loop),
       reason_(std::move(reason)),
       settings_(settings),
-      session_(loop, descriptors, buses.session,
-               {[this](sd_bus*) {
-                  watch(IdleHolder::screenSaver);
-                  watch(IdleHolder::portal);
-                },
-                [this] { busLost(false); }}),
-      system_(loop, descriptors, buses.system,
-              {[this](sd_bus*) { watch(IdleHolder::login); }, [this] { busLost(true); }}),
-      pause_(settings.firstPause) {}
+      buses_(buses),
+      pause_(settings.firstPause),
+      session_(buses.session, {[this] {
+                                 watch(IdleHolder::screenSaver);
+                                 watch(IdleHolder::portal);
+                               },
+                               [this] { busLost(false); }}),
+      system_(buses.system, {[this] { watch(IdleHolder::login); }, [this] { busLost(true); }}) {}
+
+IdleInhibitor::~IdleInhibitor() { setInhibited(false); }
 
 void IdleInhibitor::setInhibited(bool inhibited) {
   if (std::exchange(isWanted_, inhibited) == inhibited) return;
@@ -90,7 +91,6 @@ void IdleInhibitor::serviceChanged(IdleHolder holder, bool isGone) {
 void IdleInhibitor::busLost(bool isSystem) {
   for (std::size_t at = 0; at < kIdleHolders; ++at) {
     if ((static_cast<IdleHolder>(at) == IdleHolder::login) != isSystem) continue;
-    services_[at].call.drop();
     services_[at].grant.reset();
     watches_[at].reset();
   }
@@ -124,7 +124,7 @@ void IdleInhibitor::askNext() {
 }
 
 bool IdleInhibitor::ask(IdleHolder holder) {
-  ServiceBus& bus = busOf(holder);
+  Bus& bus = busOf(holder);
   const BusObject& object = objectOf(holder);
   const char* application = reason_.application.c_str();
   const char* reason = reason_.reason.c_str();
@@ -146,6 +146,8 @@ bool IdleInhibitor::ask(IdleHolder holder) {
 }
 
 void IdleInhibitor::answered(IdleHolder holder, sd_bus_message* reply) {
+  // All is asked anew once the loss has been told.
+  if (reply == nullptr) return;
   auto grant = isError(reply) ? std::nullopt : readGrant(holder, reply);
   if (!grant) return askNext();
   if (!isWanted_ || this->holder()) return release(holder, *grant);
@@ -181,7 +183,7 @@ std::optional<IdleInhibitor::Grant> IdleInhibitor::readGrant(IdleHolder holder,
 
 // The login daemon's ends with its descriptor.
 void IdleInhibitor::release(IdleHolder holder, const Grant& grant) {
-  ServiceBus& bus = busOf(holder);
+  Bus& bus = busOf(holder);
   BusObject object = objectOf(holder);
   if (holder == IdleHolder::screenSaver) {
     bus.tell(bus.newCall(object, "UnInhibit", "u", grant.cookie));

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "adapters/linux/services/service_bus.h"
+#include "adapters/linux/bus/bus.h"
 
 namespace halvora {
 
@@ -33,8 +33,9 @@ struct IdleSettings {
 
 class IdleInhibitor {
  public:
-  IdleInhibitor(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                IdleReason reason, const IdleSettings& settings = {});
+  IdleInhibitor(RunLoop& loop, Buses& buses, IdleReason reason, const IdleSettings& settings = {});
+  /// What is in force is released.
+  ~IdleInhibitor();
   IdleInhibitor(const IdleInhibitor&) = delete;
   IdleInhibitor& operator=(const IdleInhibitor&) = delete;
 
@@ -77,14 +78,15 @@ class IdleInhibitor {
   void answered(IdleHolder holder, sd_bus_message* reply);
   static std::optional<Grant> readGrant(IdleHolder holder, sd_bus_message* reply);
   void release(IdleHolder holder, const Grant& grant);
-  ServiceBus& busOf(IdleHolder holder) { return holder == IdleHolder::login ? system_ : session_; }
+  Bus& busOf(IdleHolder holder) {
+    return holder == IdleHolder::login ? buses_.system : buses_.session;
+  }
   Service& at(IdleHolder holder) { return services_[static_cast<std::size_t>(holder)]; }
 
   RunLoop& loop_;
   const IdleReason reason_;
   const IdleSettings settings_;
-  ServiceBus session_;
-  ServiceBus system_;
+  Buses& buses_;
   bool isWanted_ = false;
   /// How many were asked in the present round.
   std::size_t asked_ = 0;
@@ -94,6 +96,8 @@ class IdleInhibitor {
   std::array<Service, kIdleHolders> services_;
   Timer patience_;
   Timer nextRound_;
+  const BusObserver session_;
+  const BusObserver system_;
 };
 
 }  // namespace halvora

@@ -16,16 +16,9 @@ constexpr BusObject kSession{"org.freedesktop.login1", "/org/freedesktop/login1/
 
 }  // namespace
 
-LightWriter::LightWriter(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                         SysfsLight light, const LightWriterSettings& settings)
-    : loop_(loop),
-      light_(std::move(light)),
-      settings_(settings),
-      bus_(loop, descriptors, buses.system, {{}, [this] {
-                                               if (!call_.isPending()) return;
-                                               call_.drop();
-                                               failed();
-                                             }}) {}
+LightWriter::LightWriter(RunLoop& loop, Bus& system, SysfsLight light,
+                         const LightWriterSettings& settings)
+    : loop_(loop), light_(std::move(light)), settings_(settings), bus_(system) {}
 
 void LightWriter::write(std::uint32_t level) {
   wanted_ = level;

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "adapters/linux/services/service_bus.h"
+#include "adapters/linux/bus/bus.h"
 #include "adapters/linux/services/sysfs_light.h"
 
 namespace halvora {
@@ -26,7 +26,7 @@ struct LightWriterCounts {
 
 class LightWriter {
  public:
-  LightWriter(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses, SysfsLight light,
+  LightWriter(RunLoop& loop, Bus& system, SysfsLight light,
               const LightWriterSettings& settings = {});
   LightWriter(const LightWriter&) = delete;
   LightWriter& operator=(const LightWriter&) = delete;
@@ -49,7 +49,7 @@ class LightWriter {
   RunLoop& loop_;
   const SysfsLight light_;
   const LightWriterSettings settings_;
-  ServiceBus bus_;
+  Bus& bus_;
   /// None once it has been written, or given up.
   std::optional<std::uint32_t> wanted_;
   int failuresInARow_ = 0;

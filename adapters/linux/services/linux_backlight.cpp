@@ -6,10 +6,9 @@
 
 namespace halvora {
 
-LinuxBacklight::LinuxBacklight(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                               const SysfsLight& light, const LightWriterSettings& settings,
-                               Duration fresh)
-    : loop_(loop), fresh_(fresh), writer_(loop, descriptors, buses, light, settings) {}
+LinuxBacklight::LinuxBacklight(RunLoop& loop, Bus& system, const SysfsLight& light,
+                               const LightWriterSettings& settings, Duration fresh)
+    : loop_(loop), fresh_(fresh), writer_(loop, system, light, settings) {}
 
 LinuxBacklight::~LinuxBacklight() {
   if (!before_ || before_ == asked_) return;

@@ -15,9 +15,8 @@ class LinuxBacklight {
  public:
   static constexpr Duration kFresh = milliseconds(2000);
 
-  LinuxBacklight(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                 const SysfsLight& light, const LightWriterSettings& settings = {},
-                 Duration fresh = kFresh);
+  LinuxBacklight(RunLoop& loop, Bus& system, const SysfsLight& light,
+                 const LightWriterSettings& settings = {}, Duration fresh = kFresh);
   ~LinuxBacklight();
   LinuxBacklight(const LinuxBacklight&) = delete;
   LinuxBacklight& operator=(const LinuxBacklight&) = delete;

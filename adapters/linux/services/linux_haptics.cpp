@@ -29,13 +29,9 @@ constexpr BusObject kMotor{"com.lomiri.hfd", "/com/lomiri/hfd", "com.lomiri.hfd.
 
 }  // namespace
 
-LinuxHaptics::LinuxHaptics(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                           std::string application, const HapticsSettings& settings)
-    : loop_(loop),
-      application_(std::move(application)),
-      settings_(settings),
-      session_(loop, descriptors, buses.session, {{}, [this] { busLost(false); }}),
-      system_(loop, descriptors, buses.system, {{}, [this] { busLost(true); }}) {}
+LinuxHaptics::LinuxHaptics(RunLoop& loop, Buses& buses, std::string application,
+                           const HapticsSettings& settings)
+    : loop_(loop), application_(std::move(application)), settings_(settings), buses_(buses) {}
 
 void LinuxHaptics::impact(ImpactStyle style) {
   play(style == ImpactStyle::light ? &kLightTap : &kHeavyTap);
@@ -69,18 +65,19 @@ BusMessage LinuxHaptics::newCall(const Touch& touch) {
   const HapticsRow* row = touch.row;
   switch (static_cast<HapticsWay>(way_)) {
     case HapticsWay::vibration:
-      if (row == nullptr) return session_.newCall(kVibrations, "Vibrate", "sa(du)", application, 0);
-      return session_.newCall(kVibrations, "Vibrate", "sa(du)", application, 1, row->amplitude,
-                              row->milliseconds);
+      if (row == nullptr)
+        return buses_.session.newCall(kVibrations, "Vibrate", "sa(du)", application, 0);
+      return buses_.session.newCall(kVibrations, "Vibrate", "sa(du)", application, 1,
+                                    row->amplitude, row->milliseconds);
     case HapticsWay::event:
-      if (row == nullptr) return session_.newCall(kEvents, "EndFeedback", "u", event_);
+      if (row == nullptr) return buses_.session.newCall(kEvents, "EndFeedback", "u", event_);
       // The quiet profile is the one that is felt and not heard.
-      return session_.newCall(kEvents, "TriggerFeedback", "ssa{sv}i", application, row->event, 1,
-                              "profile", "s", "quiet", -1);
+      return buses_.session.newCall(kEvents, "TriggerFeedback", "ssa{sv}i", application, row->event,
+                                    1, "profile", "s", "quiet", -1);
     case HapticsWay::motor:
       // It cannot be stopped; what it does is short.
       if (row == nullptr) return {};
-      return system_.newCall(kMotor, "vibrate", "i", static_cast<int>(row->milliseconds));
+      return buses_.system.newCall(kMotor, "vibrate", "i", static_cast<int>(row->milliseconds));
   }
   return {};
 }
@@ -99,6 +96,11 @@ void LinuxHaptics::send() {
 }
 
 void LinuxHaptics::answered(const Touch& touch, sd_bus_message* reply) {
+  if (reply == nullptr) {
+    wanted_.reset();
+    ++diagnostics_.dropped;
+    return;
+  }
   if (isError(reply)) return refused(touch);
   refusals_ = 0;
   if (touch.row != nullptr) {
@@ -108,14 +110,6 @@ void LinuxHaptics::answered(const Touch& touch, sd_bus_message* reply) {
     if (diagnostics_.way == HapticsWay::event) sd_bus_message_read(reply, "u", &event_);
   }
   send();
-}
-
-void LinuxHaptics::busLost(bool isSystem) {
-  const bool isAsked = (static_cast<HapticsWay>(way_) == HapticsWay::motor) == isSystem;
-  if (!isAsked || !call_.isPending()) return;
-  call_.drop();
-  wanted_.reset();
-  ++diagnostics_.dropped;
 }
 
 // The next way may know the touch; a newer one goes before it.

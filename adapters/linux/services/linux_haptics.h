@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "adapters/linux/services/service_bus.h"
+#include "adapters/linux/bus/bus.h"
 #include "halvora/platform/haptics.h"
 
 namespace halvora {
@@ -36,8 +36,8 @@ struct HapticsDiagnostics {
 class LinuxHaptics final : public Haptics {
  public:
   /// `application` is who vibrates, such as "com.example.host": users may quieten applications.
-  LinuxHaptics(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-               std::string application, const HapticsSettings& settings = {});
+  LinuxHaptics(RunLoop& loop, Buses& buses, std::string application,
+               const HapticsSettings& settings = {});
   LinuxHaptics(const LinuxHaptics&) = delete;
   LinuxHaptics& operator=(const LinuxHaptics&) = delete;
 
@@ -59,16 +59,14 @@ class LinuxHaptics final : public Haptics {
   void send();
   void answered(const Touch& touch, sd_bus_message* reply);
   void refused(const Touch& touch);
-  void busLost(bool isSystem);
   BusMessage newCall(const Touch& touch);
-  ServiceBus& busOf(HapticsWay way) { return way == HapticsWay::motor ? system_ : session_; }
+  Bus& busOf(HapticsWay way) { return way == HapticsWay::motor ? buses_.system : buses_.session; }
   bool isLate(const Touch& touch) const;
 
   RunLoop& loop_;
   const std::string application_;
   const HapticsSettings settings_;
-  ServiceBus session_;
-  ServiceBus system_;
+  Buses& buses_;
   /// Index of the way that is asked, and how many of them have refused one after the other.
   std::size_t way_ = 0;
   std::size_t refusals_ = 0;

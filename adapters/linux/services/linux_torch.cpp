@@ -3,10 +3,9 @@
 
 namespace halvora {
 
-LinuxTorch::LinuxTorch(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-                       const std::optional<SysfsLight>& light,
+LinuxTorch::LinuxTorch(RunLoop& loop, Bus& system, const std::optional<SysfsLight>& light,
                        const LightWriterSettings& settings) {
-  if (light) writer_.emplace(loop, descriptors, buses, *light, settings);
+  if (light) writer_.emplace(loop, system, *light, settings);
 }
 
 // Also what was to put it out may still be on its way.

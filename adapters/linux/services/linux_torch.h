@@ -13,8 +13,8 @@ namespace halvora {
 class LinuxTorch final : public Torch {
  public:
   /// Without a light there is no torch.
-  LinuxTorch(RunLoop& loop, Descriptors& descriptors, const BusAddresses& buses,
-             const std::optional<SysfsLight>& light, const LightWriterSettings& settings = {});
+  LinuxTorch(RunLoop& loop, Bus& system, const std::optional<SysfsLight>& light,
+             const LightWriterSettings& settings = {});
   ~LinuxTorch() override;
   LinuxTorch(const LinuxTorch&) = delete;
   LinuxTorch& operator=(const LinuxTorch&) = delete;

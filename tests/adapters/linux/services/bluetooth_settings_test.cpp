@@ -40,11 +40,11 @@ class SettingsOfBluetooth : public ServicesTest {
  protected:
   SettingsOfBluetooth() { bluez.answers[kSet] = agree; }
 
-  FakeService bluez{loop, loop, buses.system, "org.bluez"};
+  FakeService bluez{loop, loop, bus.address(), "org.bluez"};
   KnownAdapters radio;
   int pages = 0;
   std::string path;
-  BluetoothSettings settings{loop, loop, buses, radio, [this] { ++pages; }};
+  BluetoothSettings settings{buses.system, radio, [this] { ++pages; }};
 };
 
 TEST_F(SettingsOfBluetooth, AnAdapterWithoutPowerIsSwitchedOn) {
@@ -69,9 +69,9 @@ TEST_F(SettingsOfBluetooth, WhereThereIsNothingToSwitchOnThePageIsOpened) {
 TEST_F(SettingsOfBluetooth, OnlyTheAdapterThatIsNamedCounts) {
   radio.known = {{"/org/bluez/hci0", true, false}, {"/org/bluez/hci1", false, false}};
   BluetoothSettings named(
-      loop, loop, buses, radio, [this] { ++pages; }, "hci1");
+      buses.system, radio, [this] { ++pages; }, "hci1");
   BluetoothSettings missing(
-      loop, loop, buses, radio, [this] { ++pages; }, "hci7");
+      buses.system, radio, [this] { ++pages; }, "hci7");
   bluez.answers[kSet] = [this](sd_bus_message* call) {
     path = sd_bus_message_get_path(call);
     return agree(call);

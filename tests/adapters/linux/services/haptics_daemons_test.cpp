@@ -25,20 +25,20 @@ class HapticsDaemons : public ServicesTest {
   TemporaryFolder home;
   SystemDaemon feedbackd{loop,
                          "/usr/libexec/feedbackd",
-                         {{"DBUS_SESSION_BUS_ADDRESS", buses.session},
-                          {"DBUS_SYSTEM_BUS_ADDRESS", buses.system},
+                         {{"DBUS_SESSION_BUS_ADDRESS", bus.address()},
+                          {"DBUS_SYSTEM_BUS_ADDRESS", bus.address()},
                           {"GSETTINGS_BACKEND", "memory"},
                           {"G_MESSAGES_DEBUG", "all"},
                           {"HOME", home.path()},
                           {"XDG_RUNTIME_DIR", home.path()}}};
   SystemDaemon hfd{loop,
                    "/usr/libexec/hfd-service",
-                   {{"DBUS_SYSTEM_BUS_ADDRESS", buses.system},
+                   {{"DBUS_SYSTEM_BUS_ADDRESS", bus.address()},
                     {"HFD_VIBRATOR_IMPL", "dummy"},
                     {"HFD_LEDS_IMPL", "dummy"},
                     {"QT_LOGGING_TO_CONSOLE", "1"},
                     {"HOME", home.path()}}};
-  LinuxHaptics haptics{loop, loop, buses, "com.example.host", {.latest = std::chrono::hours(1)}};
+  LinuxHaptics haptics{loop, buses, "com.example.host", {.latest = std::chrono::hours(1)}};
 };
 
 TEST_F(HapticsDaemons, TheFeedbackDaemonTakesTouchesAsEvents) {

@@ -51,8 +51,8 @@ class IdleInhibitors : public ServicesTest {
     return read(granted, &byte, 1) == 0;
   }
   void makeInhibitor() {
-    inhibitor = std::make_unique<IdleInhibitor>(loop, loop, buses,
-                                                IdleReason{"The host", "Light show"}, settings);
+    inhibitor = std::make_unique<IdleInhibitor>(loop, buses, IdleReason{"The host", "Light show"},
+                                                settings);
   }
   void inhibit() {
     makeInhibitor();
@@ -62,9 +62,9 @@ class IdleInhibitors : public ServicesTest {
     return waitFor([&] { return inhibitor->holder() == holder; });
   }
 
-  FakeService saver{loop, loop, buses.session, "org.freedesktop.ScreenSaver"};
-  FakeService portal{loop, loop, buses.session, "org.freedesktop.portal.Desktop"};
-  FakeService login{loop, loop, buses.system, "org.freedesktop.login1"};
+  FakeService saver{loop, loop, bus.address(), "org.freedesktop.ScreenSaver"};
+  FakeService portal{loop, loop, bus.address(), "org.freedesktop.portal.Desktop"};
+  FakeService login{loop, loop, bus.address(), "org.freedesktop.login1"};
   IdleSettings settings;
   int granted = -1;
   std::unique_ptr<IdleInhibitor> inhibitor;
@@ -266,11 +266,12 @@ TEST_F(IdleInhibitors, ABusThatIsLostIsFoundAgain) {
 
 TEST_F(IdleInhibitors, WithoutASessionTheLoginDaemonIsAsked) {
   login.appear();
-  inhibitor = std::make_unique<IdleInhibitor>(
-      loop, loop, BusAddresses{bus.address(), "unix:path=" + bus.address()},
-      IdleReason{"The host", "Light show"}, settings);
+  Buses half{loop, loop, {bus.address(), "unix:path=" + bus.address()}};
+  inhibitor =
+      std::make_unique<IdleInhibitor>(loop, half, IdleReason{"The host", "Light show"}, settings);
   inhibitor->setInhibited(true);
   EXPECT_TRUE(waitForHolder(IdleHolder::login));
+  inhibitor.reset();
 }
 
 TEST_F(IdleInhibitors, AnInhibitorThatGoesLeavesNothingBehind) {

@@ -22,14 +22,14 @@ class LinuxBacklights : public ServicesTest {
   void makeBacklight(std::uint32_t most, std::uint32_t level,
                      Duration fresh = LinuxBacklight::kFresh) {
     login.addLight(kScreen, most, level);
-    backlight.emplace(loop, loop, buses, *findBacklight(login.lights()), LightWriterSettings{},
+    backlight.emplace(loop, buses.system, *findBacklight(login.lights()), LightWriterSettings{},
                       fresh);
   }
   bool waitForLevel(std::uint32_t level) {
     return waitFor([&] { return login.levelOf(kScreen) == level; });
   }
 
-  FakeLogin login{loop, loop, buses.system};
+  FakeLogin login{loop, loop, bus.address()};
   std::optional<LinuxBacklight> backlight;
 };
 
@@ -113,7 +113,7 @@ TEST_F(LinuxBacklights, ALevelThatTheUserHasSetSinceStays) {
   login.set(kScreen, 60);
   backlight.reset();
   // The daemon has heard everything that came before this.
-  LinuxBacklight other(loop, loop, buses, *findBacklight(login.lights()));
+  LinuxBacklight other(loop, buses.system, *findBacklight(login.lights()));
   other.setLevel(0.7);
   ASSERT_TRUE(waitForLevel(70));
   EXPECT_EQ(login.calls.size(), 2U);
@@ -126,11 +126,12 @@ class UnheardBacklights : public testing::Test {
     folder.write("backlight/panel/max_brightness", most);
     folder.write("backlight/panel/brightness", level);
   }
-  LinuxBacklight make() { return {loop, none, {"unix:path=", {}}, *findBacklight(folder.path())}; }
+  LinuxBacklight make() { return {loop, nobody, *findBacklight(folder.path())}; }
 
   TemporaryFolder folder;
   NoDescriptors none;
   VirtualRunLoop loop;
+  Bus nobody{loop, none, "unix:path="};
 };
 
 TEST_F(UnheardBacklights, ARampEndsOnALightOfFewStepsThatNobodySets) {

@@ -37,11 +37,11 @@ class LinuxHapticsTest : public ServicesTest {
     return waitFor([&] { return haptics.diagnostics().played >= count; });
   }
 
-  FakeService feedback{loop, loop, buses.session, "org.sigxcpu.Feedback"};
-  FakeService hfd{loop, loop, buses.system, "com.lomiri.hfd"};
+  FakeService feedback{loop, loop, bus.address(), "org.sigxcpu.Feedback"};
+  FakeService hfd{loop, loop, bus.address(), "com.lomiri.hfd"};
   // However slow the machine is.
   static constexpr HapticsSettings kPatient{.latest = std::chrono::hours(1)};
-  LinuxHaptics haptics{loop, loop, buses, "com.example.host", kPatient};
+  LinuxHaptics haptics{loop, buses, "com.example.host", kPatient};
 };
 
 TEST_F(LinuxHapticsTest, VibrationsHaveTheirStrengthAndLength) {
@@ -188,7 +188,7 @@ TEST_F(LinuxHapticsTest, WhereNothingVibratesTouchesAreDropped) {
 TEST_F(LinuxHapticsTest, ATouchThatComesTooLateIsDropped) {
   addVibrations();
   feedback.appear();
-  LinuxHaptics hasty(loop, loop, buses, "com.example.host", {.latest = milliseconds(-1)});
+  LinuxHaptics hasty(loop, buses, "com.example.host", {.latest = milliseconds(-1)});
   hasty.impact(ImpactStyle::heavy);
   EXPECT_EQ(hasty.diagnostics().dropped, 1U);
   settle();
@@ -196,7 +196,7 @@ TEST_F(LinuxHapticsTest, ATouchThatComesTooLateIsDropped) {
 }
 
 TEST_F(LinuxHapticsTest, AfterItsSilenceAllWaysAreAskedAgain) {
-  LinuxHaptics eager(loop, loop, buses, "com.example.host",
+  LinuxHaptics eager(loop, buses, "com.example.host",
                      {.latest = std::chrono::hours(1), .silence = Duration::zero()});
   eager.impact(ImpactStyle::heavy);
   ASSERT_TRUE(waitFor([&] { return eager.diagnostics().dropped == 1; }));
@@ -221,8 +221,8 @@ TEST_F(LinuxHapticsTest, ABusThatIsLostIsQuiet) {
 
 TEST_F(LinuxHapticsTest, ABusThatBreaksOffInACallCostsTheTouchesOfThatMoment) {
   GarbageBus garbage(loop);
-  LinuxHaptics broken(loop, loop, {garbage.address(), garbage.address()}, "com.example.host",
-                      kPatient);
+  Buses garbled(loop, loop, {garbage.address(), garbage.address()});
+  LinuxHaptics broken(loop, garbled, "com.example.host", kPatient);
   broken.impact(ImpactStyle::heavy);
   broken.impact(ImpactStyle::light);
   EXPECT_TRUE(waitFor([&] { return broken.diagnostics().dropped == 1; }));

@@ -24,7 +24,7 @@ class LinuxTorches : public ServicesTest {
     login.addLight(kLamp, 31, 0);
   }
   void makeTorch() {
-    torch.emplace(loop, loop, buses, findTorchLight(login.lights()), settings);
+    torch.emplace(loop, buses.system, findTorchLight(login.lights()), settings);
     ASSERT_TRUE(torch->hasTorch());
     ASSERT_TRUE(torch->hasFlash());
   }
@@ -33,7 +33,7 @@ class LinuxTorches : public ServicesTest {
   }
 
   LightWriterSettings settings;
-  FakeLogin login{loop, loop, buses.system};
+  FakeLogin login{loop, loop, bus.address()};
   std::optional<LinuxTorch> torch;
 };
 
@@ -59,7 +59,7 @@ TEST_F(LinuxTorches, ATorchThatIsSwitchedOffAndGoesInTheSameTurnIsOut) {
 }
 
 TEST_F(LinuxTorches, APhoneWithoutALampHasNoTorch) {
-  LinuxTorch none(loop, loop, buses, std::nullopt);
+  LinuxTorch none(loop, buses.system, std::nullopt);
   EXPECT_FALSE(none.hasTorch());
   EXPECT_FALSE(none.hasFlash());
   none.setOn(true);

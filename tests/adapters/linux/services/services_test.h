@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/linux/bus/bus.h"
 #include "adapters/linux/poll_run_loop.h"
-#include "adapters/linux/services/service_bus.h"
 #include "tests/adapters/linux/bus/private_bus.h"
 #include "tests/adapters/linux/services/fake_service.h"
 
@@ -43,7 +43,7 @@ class ServicesTest : public testing::Test {
   bool hasOwner(const char* name) {
     static constexpr BusObject kBus{"org.freedesktop.DBus", "/org/freedesktop/DBus",
                                     "org.freedesktop.DBus"};
-    ServiceBus asked(loop, loop, bus.address(), {});
+    Bus asked(loop, loop, bus.address());
     BusCall call;
     int isThere = 0;
     call.send(asked, asked.newCall(kBus, "NameHasOwner", "s", name), milliseconds(20'000),
@@ -58,7 +58,8 @@ class ServicesTest : public testing::Test {
 
   PrivateBus bus;
   PollRunLoop loop;
-  const BusAddresses buses{bus.address(), bus.address()};
+  /// Shared by all that a test asks; both are the one.
+  Buses buses{loop, loop, {bus.address(), bus.address()}};
 };
 
 }  // namespace halvora

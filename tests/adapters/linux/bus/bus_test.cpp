@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "adapters/linux/services/service_bus.h"
+#include "adapters/linux/bus/bus.h"
 
 #include <cstdlib>
 #include <memory>
@@ -17,7 +17,9 @@ TEST(UnreachableBus, IsLookedForOnceASecondAtMost) {
   VirtualRunLoop loop;
   NoDescriptors none;
   int losses = 0;
-  ServiceBus bus(loop, none, "unix:path=", {{}, [&losses] { ++losses; }});
+  Bus bus(loop, none, "unix:path=");
+  const BusObserver observer(
+      bus, {[] { ADD_FAILURE() << "there is no such bus"; }, [&losses] { ++losses; }});
   for (int look = 0; look < 1000; ++look) {
     EXPECT_EQ(bus.reach(), nullptr);
     loop.runFor(milliseconds(10));
@@ -29,33 +31,36 @@ TEST(UnreachableBus, IsLookedForOnceASecondAtMost) {
   EXPECT_FALSE(call.isPending());
 }
 
-class ServiceBuses : public ServicesTest {
+class SharedBus : public ServicesTest {
  protected:
   int opened = 0;
   int lost = 0;
-  std::unique_ptr<ServiceBus> asked;
+  std::unique_ptr<Bus> asked;
+  std::unique_ptr<BusObserver> observer;
 
   void connect() {
-    asked = std::make_unique<ServiceBus>(
-        loop, loop, bus.address(),
-        ServiceBus::Events{[this](sd_bus*) { ++opened; }, [this] { ++lost; }});
+    asked = std::make_unique<Bus>(loop, loop, bus.address());
+    observer = std::make_unique<BusObserver>(
+        *asked, BusObserver::Events{[this] { ++opened; }, [this] { ++lost; }});
   }
 };
 
-TEST_F(ServiceBuses, IsConnectedToWithTheFirstCallAndAgainWhenItIsBack) {
+TEST_F(SharedBus, IsConnectedToWithTheFirstCallAndAgainWhenItIsBack) {
   connect();
   EXPECT_EQ(opened, 0);
   ASSERT_NE(asked->reach(), nullptr);
   ASSERT_NE(asked->reach(), nullptr);
   EXPECT_EQ(opened, 1);
+  const BusObserver later(*asked, {[this] { ++opened; }, [] {}});
+  EXPECT_EQ(opened, 2);
   bus.stop();
   ASSERT_TRUE(waitFor([&] { return lost == 1; }));
   ASSERT_TRUE(bus.start());
   EXPECT_TRUE(waitFor([&] { return asked->reach() != nullptr; }));
-  EXPECT_EQ(opened, 2);
+  EXPECT_EQ(opened, 4);
 }
 
-TEST_F(ServiceBuses, ACallThatIsDroppedIsNotHeardOf) {
+TEST_F(SharedBus, ACallThatIsDroppedIsNotHeardOf) {
   connect();
   BusCall call;
   const auto fail = [](sd_bus_message*) { ADD_FAILURE() << "it was dropped"; };
@@ -65,7 +70,7 @@ TEST_F(ServiceBuses, ACallThatIsDroppedIsNotHeardOf) {
   settle();
 }
 
-TEST_F(ServiceBuses, ACallThatNobodyAnswersEndsInItsTime) {
+TEST_F(SharedBus, ACallThatNobodyAnswersEndsInItsTime) {
   FakeService mute(loop, loop, bus.address(), "org.example.Mute");
   mute.isHanging = true;
   mute.appear();
@@ -77,6 +82,34 @@ TEST_F(ServiceBuses, ACallThatNobodyAnswersEndsInItsTime) {
                         [&isEnded](sd_bus_message* reply) { isEnded = isError(reply); }));
   EXPECT_TRUE(waitFor([&] { return isEnded; }));
   EXPECT_FALSE(call.isPending());
+}
+
+TEST_F(SharedBus, ItsLossEndsAllCallsBeforeItIsToldOf) {
+  FakeService mute(loop, loop, bus.address(), "org.example.Mute");
+  mute.isHanging = true;
+  mute.appear();
+  connect();
+  BusCall calls[3];
+  int ended = 0;
+  const BusObject object{"org.example.Mute", "/", "org.example.Mute"};
+  const auto end = [&](sd_bus_message* reply) {
+    EXPECT_TRUE(isError(reply));
+    EXPECT_EQ(lost, 0);
+    ++ended;
+    // Whichever of these two is told first drops the other.
+    if (!calls[0].isPending() || !calls[1].isPending()) {
+      calls[0].drop();
+      calls[1].drop();
+    }
+  };
+  for (BusCall& call : calls) {
+    ASSERT_TRUE(call.send(*asked, asked->newCall(object, "Speak"), milliseconds(60'000), end));
+  }
+  ASSERT_TRUE(waitForCalls(mute, 3));
+  bus.stop();
+  ASSERT_TRUE(waitFor([&] { return lost == 1; }));
+  EXPECT_EQ(ended, 2);
+  for (const BusCall& call : calls) EXPECT_FALSE(call.isPending());
 }
 
 TEST(BusAddressesOfTheEnvironment, ASessionIsFoundByItsAddressOrItsFolder) {
