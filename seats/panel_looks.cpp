@@ -27,12 +27,6 @@ void setLoading(bool isLoading, StatusPanelViews& views) {
   views.seatSelectionSummaryRow.seatSelectionLoadingIndicator.isAnimating = isLoading;
 }
 
-double eased(AnimationCurve curve, double share) {
-  return curve == AnimationCurve::easeIn ? share * share : 1 - (1 - share) * (1 - share);
-}
-
-double between(double from, double to, double share) { return from + (to - from) * share; }
-
 template <class View>
 void forgetHidden(View& view) {
   if (!view.hidden) return;
@@ -100,21 +94,6 @@ void showSeatNames(const SeatNames& names, const Bundle& kit, StatusPanelViews& 
     showSeatTexts(localizedText(kit, "hv_seat_button_change_seat", "Change Seat"),
                   names.section + "  |  " + names.row + "  |  " + names.seat, views);
   }
-}
-
-DotPose dotPoseInPulse(Duration sinceBegin) {
-  DotPose from;
-  for (const DotAnimation& animation : kDotPulse) {
-    if (sinceBegin < animation.duration) {
-      const double share = toSeconds(sinceBegin) / toSeconds(animation.duration);
-      const double done = eased(animation.curve, share);
-      return {between(from.scale, animation.to.scale, done),
-              between(from.alpha, animation.to.alpha, done)};
-    }
-    sinceBegin -= animation.duration;
-    from = animation.to;
-  }
-  return from;
 }
 
 StatusPanelViews asSeen(StatusPanelViews views) {

@@ -56,7 +56,7 @@ class WizardBench {
   WizardBench(const QTemporaryDir& assets, bool reducedMotion)
       : bench_(assets.path().toStdString(), wizardWindow(reducedMotion)),
         panel_(bench_.find<StatusPanel>("statusPanel")) {
-    bench_.waitUntil([this] { return panel_.look().seatSelectionButton.enabled; });
+    bench_.waitUntil([this] { return panel_.seatSelectionButton().enabled(); });
     bench_.run(std::chrono::milliseconds(700));
     // Whatever the benchmark runs moves.
     bench_.frames().watchMotion([] { return true; });

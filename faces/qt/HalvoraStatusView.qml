@@ -7,28 +7,41 @@ import Halvora
 Item {
     id: root
 
+    // Of the status sentence, the question for permission and the line about the seat. A font name
+    // that is empty, or unknown to the system, means the system's font; sizes are in pixels.
     property alias statusTextColour: panel.statusTextColour
+    property alias statusTextColor: panel.statusTextColour
     property alias statusTextFontName: panel.statusTextFontName
     property alias statusTextFontSize: panel.statusTextFontSize
+    // As of Text; unless it is set, the side where lines begin.
     property alias statusTextAlignment: panel.statusTextAlignment
+
+    // Of the buttons, in the panel and in the seat selector.
     property alias actionButtonColour: panel.actionButtonColour
+    property alias actionButtonColor: panel.actionButtonColour
     property alias actionButtonTitleColour: panel.actionButtonTitleColour
+    property alias actionButtonTitleColor: panel.actionButtonTitleColour
     property alias actionButtonTitleFontName: panel.actionButtonTitleFontName
     property alias actionButtonTitleFontSize: panel.actionButtonTitleFontSize
     property alias actionButtonHeight: panel.actionButtonHeight
+
+    // The venue as long as no transmitter has been heard; 0 for none.
     property alias defaultVenueId: panel.defaultVenueId
+    // Whether the settings button is there for who has Bluetooth switched off, too: for systems
+    // whose settings page can switch it on.
     property alias offersSettingsWhenOff: panel.offersSettingsWhenOff
 
-    // For the user rather than for the host: all texts are so many times their size, and nothing
-    // slides or turns by itself.
+    // For the user rather than for the host: all texts are so many times their size, at first as
+    // large as the system asks for, and nothing slides or turns by itself.
     property alias textScale: panel.textScale
     property bool reducedMotion: false
 
+    // For the views in here.
     readonly property alias panel: panel
 
     objectName: "halvoraStatusView"
-    implicitWidth: panel.look.preferredWidth
-    implicitHeight: panel.look.preferredHeight
+    implicitWidth: panel.preferredSize.width
+    implicitHeight: panel.preferredSize.height
     LayoutMirroring.enabled: panel.isRightToLeft
     LayoutMirroring.childrenInherit: true
 
@@ -38,14 +51,6 @@ Item {
         objectName: "statusPanel"
         viewWidth: root.width
         contentHeight: stack.implicitHeight
-    }
-
-    Component.onCompleted: panel.load()
-
-    FrameAnimation {
-        objectName: "statusFrames"
-        running: panel.isMoving
-        onTriggered: panel.sample()
     }
 
     // What is hidden takes no room, and neither does the space that belongs to it.
@@ -67,7 +72,7 @@ Item {
                 id: onboardingLabel
 
                 objectName: "onboardingLabel"
-                look: panel.look.onboardingLabel
+                look: panel.onboardingLabel
                 width: parent.width
             }
         }
@@ -75,7 +80,7 @@ Item {
             id: joinButton
 
             objectName: "joinButton"
-            look: panel.look.joinButton
+            look: panel.joinButton
             anchors.top: onboarding.bottom
             anchors.topMargin: look.shown ? StatusMetrics.afterOnboardingLabel : 0
             width: stack.width
@@ -94,7 +99,7 @@ Item {
                 id: statusTextLabel
 
                 objectName: "statusTextLabel"
-                look: panel.look.statusTextLabel
+                look: panel.statusTextLabel
                 width: parent.width
             }
         }
@@ -102,7 +107,7 @@ Item {
             id: settingsButton
 
             objectName: "settingsButton"
-            look: panel.look.settingsButton
+            look: panel.settingsButton
             anchors.top: status.bottom
             anchors.topMargin: look.shown ? StatusMetrics.afterStatusText : 0
             width: stack.width
@@ -113,7 +118,7 @@ Item {
             id: seatSelectionButton
 
             objectName: "seatSelectionButton"
-            look: panel.look.seatSelectionButton
+            look: panel.seatSelectionButton
             anchors.top: settingsButton.bottom
             anchors.topMargin: !look.shown ? 0
                                : settingsButton.look.shown ? StatusMetrics.betweenButtons
@@ -127,16 +132,17 @@ Item {
 
             objectName: "seatSelectionSummaryRow"
             panel: panel
+            reducedMotion: root.reducedMotion
             anchors.top: seatSelectionButton.bottom
-            anchors.topMargin: panel.look.summaryShown ? StatusMetrics.afterSeatButton : 0
+            anchors.topMargin: panel.summaryShown ? StatusMetrics.afterSeatButton : 0
             width: stack.width
-            height: panel.look.summaryShown ? implicitHeight : 0
+            height: panel.summaryShown ? implicitHeight : 0
         }
     }
 
     StatusAlert {
         objectName: "statusAlert"
-        look: panel.look.alert
+        look: panel.alert
         isMirrored: panel.isRightToLeft
         reducedMotion: root.reducedMotion
         onDismissed: panel.dismissAlert()

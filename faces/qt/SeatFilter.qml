@@ -7,7 +7,7 @@ import Halvora
 T.TextField {
     id: field
 
-    property seatWizardLook look
+    required property SeatWizard wizard
 
     // Goes on from what is typed elsewhere.
     function type(text: string): void {
@@ -20,17 +20,17 @@ T.TextField {
     rightPadding: 14
     topPadding: 8
     bottomPadding: 8
-    font: look.filterLabel.font
-    color: look.pickerTitle.colour
-    selectionColor: look.closeButton.titleColour
+    font: wizard.filterLabel.font
+    color: wizard.pickerTitle.colour
+    selectionColor: wizard.closeButton.titleColour
     selectedTextColor: "white"
     selectByMouse: true
     maximumLength: 200
     verticalAlignment: TextInput.AlignVCenter
     inputMethodHints: Qt.ImhNoPredictiveText
-    placeholderText: look.filterHint
-    Accessible.name: look.filterHint
-    Accessible.description: look.filterMatches
+    placeholderText: wizard.filterHint
+    Accessible.name: wizard.filterHint
+    Accessible.description: wizard.filterMatches
     // A line is accepted once, however long the key is held.
     Keys.onReturnPressed: event => event.accepted = event.isAutoRepeat
     Keys.onEnterPressed: event => event.accepted = event.isAutoRepeat
@@ -48,7 +48,7 @@ T.TextField {
         text: field.placeholderText
         textFormat: Text.PlainText
         font: field.font
-        color: field.look.filterLabel.colour
+        color: field.wizard.filterLabel.colour
         horizontalAlignment: Text.AlignLeft
         verticalAlignment: Text.AlignVCenter
         fontSizeMode: Text.HorizontalFit
@@ -63,10 +63,10 @@ T.TextField {
         visible: field.text !== ""
         anchors.right: clearButton.left
         anchors.verticalCenter: parent.verticalCenter
-        text: field.look.filterMatches
+        text: field.wizard.filterMatches
         textFormat: Text.PlainText
         font: field.font
-        color: field.look.filterLabel.colour
+        color: field.wizard.filterLabel.colour
         Accessible.ignored: true
     }
     T.AbstractButton {
@@ -78,13 +78,13 @@ T.TextField {
         width: StatusMetrics.target
         height: parent.height
         focusPolicy: Qt.NoFocus
-        text: field.look.filterClear
+        text: field.wizard.filterClear
         onClicked: field.clear()
         contentItem: Text {
             objectName: "filterClearSign"
             text: "\u00d7"
             font: field.font
-            color: field.look.filterLabel.colour
+            color: field.wizard.filterLabel.colour
             horizontalAlignment: Text.AlignHCenter
             verticalAlignment: Text.AlignVCenter
             Accessible.ignored: true

@@ -9,7 +9,6 @@ Item {
 
     required property SeatWizard wizard
     property seatWizardLayout layout
-    readonly property seatWizardLook look: wizard.look
 
     implicitHeight: summary.y + summary.height
 
@@ -17,7 +16,7 @@ Item {
         id: close
 
         objectName: "closeButton"
-        look: heading.look.closeButton
+        look: heading.wizard.closeButton
         anchors.left: parent.left
         leftPadding: mirrored ? 16 : 0
         rightPadding: mirrored ? 0 : 16
@@ -30,7 +29,7 @@ Item {
         objectName: "titleLabel"
         anchors.top: close.bottom
         anchors.topMargin: heading.layout.spacing
-        look: heading.look.titleLabel
+        look: heading.wizard.titleLabel
         width: heading.width
         wrapMode: Text.Wrap
         maximumLineCount: 3
@@ -42,7 +41,7 @@ Item {
         objectName: "stepLabel"
         anchors.top: title.bottom
         anchors.topMargin: heading.layout.spacing
-        look: heading.look.stepLabel
+        look: heading.wizard.stepLabel
         width: heading.width
     }
     StatusText {
@@ -51,7 +50,7 @@ Item {
         objectName: "selectionSummaryLabel"
         anchors.top: step.bottom
         anchors.topMargin: heading.layout.spacing
-        look: heading.look.selectionSummaryLabel
+        look: heading.wizard.selectionSummaryLabel
         width: heading.width
         wrapMode: Text.Wrap
         maximumLineCount: 3

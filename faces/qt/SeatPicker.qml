@@ -11,9 +11,8 @@ FocusScope {
     required property SeatWizard wizard
     property bool reducedMotion: false
 
-    readonly property seatWizardLook look: wizard.look
     readonly property real rowHeight: Math.max(Math.ceil(metrics.height * 1.35), StatusMetrics.target)
-    readonly property real filterRoom: look.filterShown ? filterLine.implicitHeight + 8 : 0
+    readonly property real filterRoom: wizard.filterShown ? filterLine.implicitHeight + 8 : 0
     readonly property real leastHeight: filterRoom + 3 * rowHeight
 
     readonly property Item keyed: view.isKeyed ? view : null
@@ -47,8 +46,8 @@ FocusScope {
     Connections {
         target: picker.wizard
         function onPickerMoved(index) {
-            if (filterLine.text.trim() !== picker.look.filterText)
-                filterLine.text = picker.look.filterText;
+            if (filterLine.text.trim() !== picker.wizard.filterText)
+                filterLine.text = picker.wizard.filterText;
             picker.jumpTo(index);
         }
     }
@@ -56,14 +55,14 @@ FocusScope {
     FontMetrics {
         id: metrics
 
-        font: picker.look.pickerTitle.font
+        font: picker.wizard.pickerTitle.font
     }
     SeatFilter {
         id: filterLine
 
         objectName: "seatFilter"
-        look: picker.look
-        visible: picker.look.filterShown
+        wizard: picker.wizard
+        visible: picker.wizard.filterShown
         width: parent.width
         onTextChanged: picker.wizard.filter(text)
         Keys.onUpPressed: picker.turnBy(-1)
@@ -93,7 +92,7 @@ FocusScope {
         readonly property alias count: wheel.count
         readonly property alias visibleItemCount: wheel.visibleItemCount
         readonly property int page: Math.max(visibleItemCount - 1, 1)
-        readonly property int value: picker.look.pickerIndex
+        readonly property int value: picker.wizard.pickerIndex
         readonly property int minimumValue: 0
         readonly property int maximumValue: count - 1
         property bool isKeyed: false
@@ -108,7 +107,7 @@ FocusScope {
         // Whoever comes otherwise than by the keyboard says so afterwards.
         onActiveFocusChanged: isKeyed = activeFocus
         Accessible.role: Accessible.SpinBox
-        Accessible.name: picker.look.spokenRow
+        Accessible.name: picker.wizard.spokenRow
         Accessible.focusable: true
         Accessible.onIncreaseAction: picker.turnBy(1)
         Accessible.onDecreaseAction: picker.turnBy(-1)
@@ -154,8 +153,8 @@ FocusScope {
             model: picker.wizard.rows
             Accessible.ignored: true
 
-            font: picker.look.pickerTitle.font
-            palette.text: picker.look.pickerTitle.colour
+            font: picker.wizard.pickerTitle.font
+            palette.text: picker.wizard.pickerTitle.colour
             delegate: SeatPickerRow {}
             contentItem: ListView {
                 objectName: "pickerList"

@@ -8,7 +8,6 @@ FocusScope {
     id: plan
 
     required property SeatWizard wizard
-    readonly property seatWizardLook look: wizard.look
     readonly property Item keyed: area.isKeyed ? area : null
 
     // Without the ring that shows where the keyboard is.
@@ -19,17 +18,17 @@ FocusScope {
 
     Rectangle {
         objectName: "standingStageLabel"
-        visible: plan.look.stageLabel.shown
+        visible: plan.wizard.stageLabel.shown
         width: parent.width
-        height: plan.look.stageHeight
-        color: plan.look.stageLabel.background
-        radius: plan.look.stageLabel.cornerRadius
-        border.width: plan.look.stageLabel.borderWidth
-        border.color: plan.look.stageLabel.borderColour
+        height: plan.wizard.stageHeight
+        color: plan.wizard.stageLabel.background
+        radius: plan.wizard.stageLabel.cornerRadius
+        border.width: plan.wizard.stageLabel.borderWidth
+        border.color: plan.wizard.stageLabel.borderColour
 
         StatusText {
             objectName: "standingStageText"
-            look: plan.look.stageLabel
+            look: plan.wizard.stageLabel
             anchors.fill: parent
             verticalAlignment: Text.AlignVCenter
             fontSizeMode: Text.Fit
@@ -46,7 +45,7 @@ FocusScope {
 
 
         objectName: "standingDragArea"
-        y: plan.look.dragAreaTop
+        y: plan.wizard.dragAreaTop
         width: parent.width
         height: Math.max(parent.height - y, 0)
         focus: true
@@ -54,7 +53,7 @@ FocusScope {
         onActiveFocusChanged: isKeyed = activeFocus
         onLaidOutChanged: plan.wizard.layOutPlan(laidOut.width, laidOut.height)
         Accessible.role: Accessible.Graphic
-        Accessible.name: plan.look.spokenPlan
+        Accessible.name: plan.wizard.spokenPlan
         Accessible.focusable: true
         Keys.onPressed: event => {
             const ways = {
@@ -104,15 +103,15 @@ FocusScope {
         }
         Rectangle {
             objectName: "standingDotView"
-            visible: plan.look.dotShown
-            x: plan.look.dotCentre.x - width / 2
-            y: plan.look.dotCentre.y - height / 2
-            width: plan.look.dotWidth
+            visible: plan.wizard.dotShown
+            x: plan.wizard.dotCentre.x - width / 2
+            y: plan.wizard.dotCentre.y - height / 2
+            width: plan.wizard.dotWidth
             height: width
-            radius: plan.look.dotCornerRadius
-            color: plan.look.dotColour
-            border.width: plan.look.dotBorderWidth
-            border.color: plan.look.dotBorderColour
+            radius: plan.wizard.dotCornerRadius
+            color: plan.wizard.dotColour
+            border.width: plan.wizard.dotBorderWidth
+            border.color: plan.wizard.dotBorderColour
         }
         StatusFocusRing {
             objectName: "standingFocusRing"

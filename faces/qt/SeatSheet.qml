@@ -13,7 +13,6 @@ T.Popup {
     property bool isMirrored: false
     property bool reducedMotion: false
 
-    readonly property seatWizardLook look: wizard.look
     readonly property seatWizardLayout layout: wizard.layoutIn(width, height)
     readonly property Item space: parent
     readonly property SeatSheetContent content: contentItem as SeatSheetContent
@@ -60,7 +59,7 @@ T.Popup {
     }
     background: Rectangle {
         objectName: "sheetBackground"
-        color: root.look.background
+        color: root.wizard.background
         radius: 14
         border.width: 1
         border.color: StatusMetrics.hairline

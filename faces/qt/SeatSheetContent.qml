@@ -12,7 +12,6 @@ FocusScope {
     property seatWizardLayout layout
     property bool isMirrored: false
     property bool reducedMotion: false
-    readonly property seatWizardLook look: wizard.look
     // Where the keyboard is, if the user is at the keyboard.
     readonly property Item atKeys: {
         const control = content.Window.activeFocusItem as T.Control;
@@ -22,7 +21,7 @@ FocusScope {
     // At the top, with what the wizard begins with.
     function begin(): void {
         scroller.contentY = 0;
-        picker.jumpTo(content.look.pickerIndex);
+        picker.jumpTo(content.wizard.pickerIndex);
     }
     function takeFocus(): void {
         body.takeFocus();
@@ -33,14 +32,14 @@ FocusScope {
     LayoutMirroring.enabled: content.isMirrored
     LayoutMirroring.childrenInherit: true
     Accessible.role: Accessible.Dialog
-    Accessible.name: content.look.titleLabel.text
+    Accessible.name: content.wizard.titleLabel.text
     Keys.onEscapePressed: event => {
         if (!event.isAutoRepeat)
             content.wizard.close();
     }
     Keys.onBackPressed: event => {
         if (!event.isAutoRepeat)
-            content.look.backButton.shown ? content.wizard.back() : content.wizard.close();
+            content.wizard.backButton.shown ? content.wizard.back() : content.wizard.close();
     }
     onAtKeysChanged: scroller.reveal(atKeys)
 
@@ -82,7 +81,7 @@ FocusScope {
             id: body
 
             readonly property real room: scroller.height - y
-            readonly property bool isPicker: content.look.pickerShown
+            readonly property bool isPicker: content.wizard.pickerShown
 
             // Where the user goes on after each step.
             function takeFocus(): void {
@@ -130,7 +129,7 @@ FocusScope {
             id: backButton
 
             objectName: "backButton"
-            look: content.look.backButton
+            look: content.wizard.backButton
             anchors.left: parent.left
             width: content.layout.backWidth
             height: parent.height
@@ -140,7 +139,7 @@ FocusScope {
             id: nextButton
 
             objectName: "nextButton"
-            look: content.look.nextButton
+            look: content.wizard.nextButton
             anchors.right: parent.right
             width: content.layout.nextWidth
             height: parent.height
@@ -149,7 +148,7 @@ FocusScope {
     }
     StatusAlert {
         objectName: "seatAlert"
-        look: content.look.alert
+        look: content.wizard.alert
         isMirrored: content.isMirrored
         reducedMotion: content.reducedMotion
         onDismissed: content.wizard.dismissAlert()

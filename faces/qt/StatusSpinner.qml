@@ -1,14 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
-// A ring of dots of which one after the other is bright. It shows a moment of its turn and does not
-// move by itself.
+// A ring of dots, each paler than the one before it, that turns once a second.
 import QtQuick
 import Halvora
 
 Item {
-    property real turn: 0
+    id: spinner
+
+    property bool turns: false
     property color colour: "white"
 
     Accessible.role: Accessible.Animation
+
+    RotationAnimation {
+        objectName: "spinnerTurn"
+        target: spinner
+        property: "rotation"
+        from: 0
+        to: 360
+        duration: 1000
+        loops: Animation.Infinite
+        running: spinner.turns
+        onStopped: spinner.rotation = 0
+    }
 
     Repeater {
         model: 8
@@ -16,7 +29,7 @@ Item {
         Rectangle {
             required property int index
             readonly property StatusSpinner ring: parent as StatusSpinner
-            readonly property real behind: (ring.turn - index / 8 + 1) % 1
+            readonly property real behind: (1 - index / 8) % 1
 
             objectName: "spinnerDot"
             width: ring.width / 7

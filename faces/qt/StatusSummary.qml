@@ -7,10 +7,10 @@ Item {
     id: row
 
     required property StatusPanel panel
-    readonly property statusPanelLook look: panel.look
+    property bool reducedMotion: false
 
-    visible: look.summaryShown
-    implicitHeight: look.summaryTextFrame.height
+    visible: panel.summaryShown
+    implicitHeight: panel.summaryTextFrame.height
 
     // Frames begin at the side where lines begin.
     function mirrored(frame: rect): real {
@@ -19,34 +19,86 @@ Item {
 
     StatusText {
         objectName: "seatSelectionSummaryLabel"
-        look: row.look.summaryLabel
-        x: row.mirrored(row.look.summaryTextFrame)
-        width: row.look.summaryTextFrame.width
+        look: row.panel.summaryLabel
+        x: row.mirrored(row.panel.summaryTextFrame)
+        width: row.panel.summaryTextFrame.width
         height: row.height
         verticalAlignment: Text.AlignVCenter
     }
     Rectangle {
+        id: dot
+
         objectName: "seatLUTStatusDot"
-        visible: row.look.dotShown
-        x: row.mirrored(row.look.dotFrame)
-        y: row.look.dotFrame.y
-        width: row.look.dotFrame.width
-        height: row.look.dotFrame.height
+        visible: row.panel.dotShown
+        x: row.mirrored(row.panel.dotFrame)
+        y: row.panel.dotFrame.y
+        width: row.panel.dotFrame.width
+        height: row.panel.dotFrame.height
         radius: height / 2
-        color: row.look.dotColour
-        scale: row.panel.dotScale
-        opacity: row.panel.dotAlpha
+        color: row.panel.dotColour
         Accessible.role: Accessible.Indicator
-        Accessible.name: row.look.spokenDot
+        Accessible.name: row.panel.spokenDot
+        onVisibleChanged: {
+            pulse.stop();
+            scale = 1;
+            opacity = 1;
+        }
+
+        Connections {
+            target: row.panel
+            function onPulsed() {
+                pulse.restart();
+            }
+        }
+        SequentialAnimation {
+            id: pulse
+
+            objectName: "dotPulse"
+
+            ParallelAnimation {
+                ScaleAnimator {
+                    objectName: "dotGrows"
+                    target: dot
+                    from: 1
+                    to: StatusMetrics.pulseScale
+                    duration: StatusMetrics.pulseGrows
+                    easing.type: Easing.OutQuad
+                }
+                OpacityAnimator {
+                    objectName: "dotFades"
+                    target: dot
+                    from: 1
+                    to: StatusMetrics.pulseAlpha
+                    duration: StatusMetrics.pulseGrows
+                    easing.type: Easing.OutQuad
+                }
+            }
+            ParallelAnimation {
+                ScaleAnimator {
+                    objectName: "dotShrinks"
+                    target: dot
+                    to: 1
+                    duration: StatusMetrics.pulseShrinks
+                    easing.type: Easing.InQuad
+                }
+                OpacityAnimator {
+                    objectName: "dotReturns"
+                    target: dot
+                    to: 1
+                    duration: StatusMetrics.pulseShrinks
+                    easing.type: Easing.InQuad
+                }
+            }
+        }
     }
     StatusSpinner {
         objectName: "seatSelectionLoadingIndicator"
-        visible: row.look.spinnerShown
-        x: row.mirrored(row.look.spinnerFrame)
-        y: row.look.spinnerFrame.y
-        width: row.look.spinnerFrame.width
-        height: row.look.spinnerFrame.height
-        turn: row.panel.spinnerTurn
-        colour: row.look.summaryLabel.colour
+        visible: row.panel.spinnerShown
+        x: row.mirrored(row.panel.spinnerFrame)
+        y: row.panel.spinnerFrame.y
+        width: row.panel.spinnerFrame.width
+        height: row.panel.spinnerFrame.height
+        turns: row.panel.spinnerShown && row.panel.summaryShown && !row.reducedMotion
+        colour: row.panel.summaryLabel.colour
     }
 }

@@ -27,7 +27,9 @@ class HalvoraViewItem : public halvora::LightSurface {
                  setAllowedTransmitterIds NOTIFY allowedTransmitterIdsChanged)
   /// Whether usage counters are sent; unless it is set, whatever the engine was made with.
   Q_PROPERTY(bool usageReports READ usageReports WRITE setUsageReports NOTIFY usageReportsChanged)
+  /// Whether the user has allowed Bluetooth.
   Q_PROPERTY(bool isPermissionGranted READ isPermissionGranted NOTIFY isPermissionGrantedChanged)
+  /// Whether a transmitter of the venue has been heard lately.
   Q_PROPERTY(bool isInsideVenue READ isInsideVenue NOTIFY isInsideVenueChanged)
   /// Whether the show wants the whole screen, without the system's bars: a host whose window can
   /// have it makes it full screen for as long.

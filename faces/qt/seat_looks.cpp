@@ -15,30 +15,14 @@ constexpr double kAlertTitleSize = 17;
 constexpr double kAlertMessageSize = 14;
 constexpr double kAlertButtonHeight = 44;
 
-// Where the layout is mirrored, QML takes "left" for the side where lines begin.
-int alignmentOf(TextAlignment alignment, const Reading& reading) {
-  switch (alignment) {
-    case TextAlignment::natural:
-      return Qt::AlignLeft;
-    case TextAlignment::left:
-      return reading.isRightToLeft ? Qt::AlignRight : Qt::AlignLeft;
-    case TextAlignment::right:
-      return reading.isRightToLeft ? Qt::AlignLeft : Qt::AlignRight;
-    case TextAlignment::center:
-      return Qt::AlignHCenter;
-    case TextAlignment::justified:
-      return Qt::AlignJustify;
-  }
-  return Qt::AlignLeft;
-}
-
-Label alertLabel(const std::string& text, double size, FontWeight weight) {
+LabelLook alertLabel(const std::string& text, double size, FontWeight weight,
+                     const Reading& reading) {
   Label label;
   label.text = text;
   label.font = {"", size, weight};
   label.alignment = TextAlignment::center;
   label.lines = 0;
-  return label;
+  return {label, reading};
 }
 
 }  // namespace
@@ -61,55 +45,58 @@ QString textFrom(std::string_view text) {
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-LabelLook lookOf(const Label& label, const Reading& reading) {
-  LabelLook look;
-  look.shown = !label.hidden;
-  look.text = textFrom(label.text);
-  look.colour = colourWithAlpha(label.colour);
-  look.font = fontOf(label.font, reading.textScale);
-  look.alignment = alignmentOf(label.alignment, reading);
-  look.lines = label.lines;
-  // A fixed line height is meant for the usual sizes of text: letters are never cut for it.
-  if (label.lineHeight > 0) {
-    look.lineHeight =
-        std::max(label.lineHeight * reading.textScale, QFontMetricsF(look.font).height());
+QString LabelLook::text() const { return textFrom(label_.text); }
+QColor LabelLook::colour() const { return colourWithAlpha(label_.colour); }
+QFont LabelLook::font() const { return fontOf(label_.font, reading_.textScale); }
+QColor LabelLook::background() const { return colourWithAlpha(label_.background); }
+QColor LabelLook::borderColour() const { return colourWithAlpha(label_.border.colour); }
+
+// Where the layout is mirrored, QML takes "left" for the side where lines begin.
+int LabelLook::alignment() const {
+  switch (label_.alignment) {
+    case TextAlignment::natural:
+      return Qt::AlignLeft;
+    case TextAlignment::left:
+      return reading_.isRightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    case TextAlignment::right:
+      return reading_.isRightToLeft ? Qt::AlignLeft : Qt::AlignRight;
+    case TextAlignment::center:
+      return Qt::AlignHCenter;
+    case TextAlignment::justified:
+      return Qt::AlignJustify;
   }
-  look.alpha = label.alpha;
-  look.background = colourWithAlpha(label.background);
-  look.cornerRadius = label.cornerRadius;
-  look.borderWidth = label.border.width;
-  look.borderColour = colourWithAlpha(label.border.colour);
-  return look;
+  return Qt::AlignLeft;
 }
 
-ButtonLook lookOf(const Button& button, const Reading& reading) {
-  ButtonLook look;
-  look.shown = !button.hidden;
-  look.enabled = button.enabled;
-  look.title = textFrom(button.title);
-  look.titleColour = colourWithAlpha(button.titleColour);
-  look.font = fontOf(button.font, reading.textScale);
-  look.alpha = button.alpha;
-  look.background = colourWithAlpha(button.background);
-  look.cornerRadius = button.cornerRadius;
-  look.height = button.height;
-  return look;
+// A fixed line height is meant for the usual sizes of text: letters are never cut for it.
+qreal LabelLook::lineHeight() const {
+  if (label_.lineHeight <= 0) return 0;
+  return std::max(label_.lineHeight * reading_.textScale, QFontMetricsF(font()).height());
 }
 
-AlertLook lookOf(const std::optional<Alert>& alert, const Reading& reading) {
-  AlertLook look;
-  if (!alert) return look;
-  look.shown = true;
-  look.title = lookOf(alertLabel(alert->title, kAlertTitleSize, FontWeight::semibold), reading);
-  look.message =
-      lookOf(alertLabel(alert->message, kAlertMessageSize, FontWeight::regular), reading);
+QString ButtonLook::title() const { return textFrom(button_.title); }
+QColor ButtonLook::titleColour() const { return colourWithAlpha(button_.titleColour); }
+QFont ButtonLook::font() const { return fontOf(button_.font, reading_.textScale); }
+QColor ButtonLook::background() const { return colourWithAlpha(button_.background); }
+
+LabelLook AlertLook::title() const {
+  if (!alert_) return {};
+  return alertLabel(alert_->title, kAlertTitleSize, FontWeight::semibold, reading_);
+}
+
+LabelLook AlertLook::message() const {
+  if (!alert_) return {};
+  return alertLabel(alert_->message, kAlertMessageSize, FontWeight::regular, reading_);
+}
+
+ButtonLook AlertLook::button() const {
+  if (!alert_) return {};
   Button button;
-  button.title = alert->button;
+  button.title = alert_->button;
   button.titleColour = kSystemBlue;
   button.font = {"", kAlertTitleSize, FontWeight::semibold};
   button.height = kAlertButtonHeight;
-  look.button = lookOf(button, reading);
-  return look;
+  return {button, reading_};
 }
 
 }  // namespace halvora

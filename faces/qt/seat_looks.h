@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// Labels, buttons and alerts of the seat screens as QML reads them: plain values with Qt's types,
-// sizes already scaled for the user, alignments already turned for the direction of the text.
-// Values; main thread.
+// Labels, buttons and alerts of the seat screens as QML reads them: the core's values, of which
+// each property is converted when it is asked for, to Qt's types, sizes scaled for the user and
+// alignments turned for the direction of the text. Values; main thread.
 #pragma once
 
 #include <QColor>
 #include <QFont>
 #include <QObject>
+#include <QRectF>
 #include <QString>
 #include <optional>
+#include <string_view>
 
 #include <qqmlregistration.h>
 
-#include "halvora/panel.h"
+#include "halvora/labels.h"
+#include "halvora/platform/screen.h"
 
 namespace halvora {
 
@@ -20,82 +23,111 @@ namespace halvora {
 struct Reading {
   double textScale = 1;
   bool isRightToLeft = false;
+  friend bool operator==(const Reading&, const Reading&) = default;
 };
 
-struct LabelLook {
+class LabelLook {
   Q_GADGET
   QML_VALUE_TYPE(labelLook)
-  Q_PROPERTY(bool shown MEMBER shown)
-  Q_PROPERTY(QString text MEMBER text)
-  Q_PROPERTY(QColor colour MEMBER colour)
-  Q_PROPERTY(QFont font MEMBER font)
+  Q_PROPERTY(bool shown READ shown)
+  Q_PROPERTY(QString text READ text)
+  Q_PROPERTY(QColor colour READ colour)
+  Q_PROPERTY(QFont font READ font)
   /// As of QML's Text, which turns left and right round where its layout is mirrored.
-  Q_PROPERTY(int alignment MEMBER alignment)
-  Q_PROPERTY(int lines MEMBER lines)
+  Q_PROPERTY(int alignment READ alignment)
+  Q_PROPERTY(int lines READ lines)
   /// In pixels; 0 for the font's own.
-  Q_PROPERTY(qreal lineHeight MEMBER lineHeight)
-  Q_PROPERTY(qreal alpha MEMBER alpha)
-  Q_PROPERTY(QColor background MEMBER background)
-  Q_PROPERTY(qreal cornerRadius MEMBER cornerRadius)
-  Q_PROPERTY(qreal borderWidth MEMBER borderWidth)
-  Q_PROPERTY(QColor borderColour MEMBER borderColour)
+  Q_PROPERTY(qreal lineHeight READ lineHeight)
+  Q_PROPERTY(qreal alpha READ alpha)
+  Q_PROPERTY(QColor background READ background)
+  Q_PROPERTY(qreal cornerRadius READ cornerRadius)
+  Q_PROPERTY(qreal borderWidth READ borderWidth)
+  Q_PROPERTY(QColor borderColour READ borderColour)
 
  public:
-  bool shown = false;
-  QString text;
-  QColor colour;
-  QFont font;
-  int alignment = 0;
-  int lines = 1;
-  qreal lineHeight = 0;
-  qreal alpha = 1;
-  QColor background;
-  qreal cornerRadius = 0;
-  qreal borderWidth = 0;
-  QColor borderColour;
+  /// Of none.
+  LabelLook() { label_.hidden = true; }
+  LabelLook(const Label& label, const Reading& reading) : label_(label), reading_(reading) {}
+
+  bool shown() const { return !label_.hidden; }
+  QString text() const;
+  QColor colour() const;
+  QFont font() const;
+  int alignment() const;
+  int lines() const { return label_.lines; }
+  qreal lineHeight() const;
+  qreal alpha() const { return label_.alpha; }
+  QColor background() const;
+  qreal cornerRadius() const { return label_.cornerRadius; }
+  qreal borderWidth() const { return label_.border.width; }
+  QColor borderColour() const;
   friend bool operator==(const LabelLook&, const LabelLook&) = default;
+
+ private:
+  Label label_;
+  Reading reading_;
 };
 
-struct ButtonLook {
+class ButtonLook {
   Q_GADGET
   QML_VALUE_TYPE(buttonLook)
-  Q_PROPERTY(bool shown MEMBER shown)
-  Q_PROPERTY(bool enabled MEMBER enabled)
-  Q_PROPERTY(QString title MEMBER title)
-  Q_PROPERTY(QColor titleColour MEMBER titleColour)
-  Q_PROPERTY(QFont font MEMBER font)
-  Q_PROPERTY(qreal alpha MEMBER alpha)
-  Q_PROPERTY(QColor background MEMBER background)
-  Q_PROPERTY(qreal cornerRadius MEMBER cornerRadius)
-  Q_PROPERTY(qreal height MEMBER height)
+  Q_PROPERTY(bool shown READ shown)
+  Q_PROPERTY(bool enabled READ enabled)
+  Q_PROPERTY(QString title READ title)
+  Q_PROPERTY(QColor titleColour READ titleColour)
+  Q_PROPERTY(QFont font READ font)
+  Q_PROPERTY(qreal alpha READ alpha)
+  Q_PROPERTY(QColor background READ background)
+  Q_PROPERTY(qreal cornerRadius READ cornerRadius)
+  Q_PROPERTY(qreal height READ height)
 
  public:
-  bool shown = false;
-  bool enabled = false;
-  QString title;
-  QColor titleColour;
-  QFont font;
-  qreal alpha = 1;
-  QColor background;
-  qreal cornerRadius = 0;
-  qreal height = 0;
+  /// Of none.
+  ButtonLook() {
+    button_.hidden = true;
+    button_.enabled = false;
+  }
+  ButtonLook(const Button& button, const Reading& reading) : button_(button), reading_(reading) {}
+
+  bool shown() const { return !button_.hidden; }
+  bool enabled() const { return button_.enabled; }
+  QString title() const;
+  QColor titleColour() const;
+  QFont font() const;
+  qreal alpha() const { return button_.alpha; }
+  QColor background() const;
+  qreal cornerRadius() const { return button_.cornerRadius; }
+  qreal height() const { return button_.height; }
   friend bool operator==(const ButtonLook&, const ButtonLook&) = default;
+
+ private:
+  Button button_;
+  Reading reading_;
 };
 
-struct AlertLook {
+class AlertLook {
   Q_GADGET
   QML_VALUE_TYPE(alertLook)
-  Q_PROPERTY(bool shown MEMBER shown)
-  Q_PROPERTY(halvora::LabelLook title MEMBER title)
-  Q_PROPERTY(halvora::LabelLook message MEMBER message)
-  Q_PROPERTY(halvora::ButtonLook button MEMBER button)
+  Q_PROPERTY(bool shown READ shown)
+  Q_PROPERTY(halvora::LabelLook title READ title)
+  Q_PROPERTY(halvora::LabelLook message READ message)
+  Q_PROPERTY(halvora::ButtonLook button READ button)
 
  public:
-  bool shown = false;
-  LabelLook title;
-  LabelLook message;
-  ButtonLook button;
+  AlertLook() = default;
+  AlertLook(const std::optional<Alert>& alert, const Reading& reading)
+      : alert_(alert), reading_(reading) {}
+
+  bool shown() const { return alert_.has_value(); }
+  LabelLook title() const;
+  LabelLook message() const;
+  ButtonLook button() const;
   friend bool operator==(const AlertLook&, const AlertLook&) = default;
+
+ private:
+  /// None of it while it is not shown.
+  std::optional<Alert> alert_;
+  Reading reading_;
 };
 
 QColor colourWithAlpha(const Colour& colour);
@@ -103,9 +135,6 @@ QColor colourWithAlpha(const Colour& colour);
 QColor colourWithAlpha(const MaybeColour& colour);
 Colour colourFrom(const QColor& colour);
 QString textFrom(std::string_view text);
-
-LabelLook lookOf(const Label& label, const Reading& reading);
-ButtonLook lookOf(const Button& button, const Reading& reading);
-AlertLook lookOf(const std::optional<Alert>& alert, const Reading& reading);
+inline QRectF rectFrom(const Rect& rect) { return {rect.x, rect.y, rect.width, rect.height}; }
 
 }  // namespace halvora

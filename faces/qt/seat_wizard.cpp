@@ -5,6 +5,9 @@ namespace halvora {
 
 namespace {
 
+/// A picker with fewer rows is seen as a whole, or nearly so.
+constexpr std::size_t kLongList = 12;
+
 using PlanPixels = std::shared_ptr<const Image>;
 
 void dropPixels(void* pixels) { delete static_cast<PlanPixels*>(pixels); }
@@ -35,7 +38,6 @@ void SeatWizard::forget() {
   selector_.reset();
   plan_.reset();
   planPicture_ = {};
-  look_ = {};
   rows_.reload(nullptr);
   const QPointer<SeatWizard> self(this);
   emit planPictureChanged();
@@ -56,12 +58,51 @@ void SeatWizard::setReading(const Reading& reading) {
 
 // These three follow from the size alone, so QML need not ask again when the wizard changes.
 SeatWizardLayout SeatWizard::layoutIn(qreal width, qreal height) const {
-  const SeatSelectorLayout layout = layoutOf(SeatSelectorViews(), {width, height});
-  SeatWizardLayout result;
-  result.pickerHeight = layout.pickerHeight;
-  result.backWidth = layout.backWidth;
-  result.nextWidth = layout.nextWidth;
-  return result;
+  return SeatWizardLayout(layoutOf(SeatSelectorViews(), {width, height}));
+}
+
+const SeatSelectorViews& SeatWizard::views() const {
+  static const SeatSelectorViews kNone = [] {
+    SeatSelectorViews none;
+    none.pickerView.hidden = true;
+    return none;
+  }();
+  return selector_ ? selector_->views() : kNone;
+}
+
+std::string SeatWizard::text(const char* key, const char* fallback) const {
+  return selector_ ? selector_->localizedStringForKey(key, fallback) : std::string();
+}
+
+AlertLook SeatWizard::alert() const {
+  return selector_ ? AlertLook(selector_->presentedAlert(), reading_) : AlertLook();
+}
+
+QString SeatWizard::spokenRow() const {
+  const QString title = rows_.titleOf(picker().selectedRow);
+  const int index = pickerIndex();
+  if (index < 1) return title;
+  return textFrom(
+      formatted(text("hv_seat_picker_spoken_row_format", "%@, %ld of %ld"),
+                {title.toStdString(), std::to_string(index), std::to_string(rowsToChooseFrom())}));
+}
+
+bool SeatWizard::filterShown() const {
+  return selector_ && (selector_->numberOfPickerRows() > kLongList || !rows_.filter().isEmpty());
+}
+
+QString SeatWizard::filterHint() const {
+  return textFrom(text("hv_seat_picker_filter", "Type to narrow the list"));
+}
+
+QString SeatWizard::filterClear() const {
+  return textFrom(text("hv_seat_picker_filter_clear", "Clear"));
+}
+
+QString SeatWizard::filterMatches() const {
+  if (rows_.filter().isEmpty()) return {};
+  return textFrom(formatted(text("hv_seat_picker_filter_matches_format", "%ld found"),
+                            {std::to_string(rowsToChooseFrom())}));
 }
 
 void SeatWizard::refresh() {
@@ -73,11 +114,10 @@ void SeatWizard::refresh() {
     reloads_ = views.pickerView.reloads;
     rows_.reload(selector);
   }
-  look_ = lookOf(*selector, rows_, reading_);
   const QPointer<SeatWizard> self(this);
   takePlanPicture();
   if (self) emit changed();
-  if (self && isReloaded) emit pickerMoved(look_.pickerIndex);
+  if (self && isReloaded) emit pickerMoved(pickerIndex());
   if (self && selector->isDismissed()) setPresented(false);
 }
 
@@ -94,12 +134,12 @@ void SeatWizard::close() {
 }
 
 void SeatWizard::back() {
-  if (!look_.backButton.shown || !look_.backButton.enabled) return;
+  if (!backButton().shown() || !backButton().enabled()) return;
   act([](auto& selector) { selector.backTapped(); });
 }
 
 void SeatWizard::next() {
-  if (!look_.nextButton.enabled) return;
+  if (!nextButton().enabled()) return;
   act([](auto& selector) { selector.nextTapped(); });
 }
 
@@ -109,7 +149,7 @@ void SeatWizard::dismissAlert() {
 
 void SeatWizard::pick(int index) {
   const std::int64_t row = rows_.rowAt(index);
-  if (row < 0 || index == look_.pickerIndex || !look_.pickerShown) return;
+  if (row < 0 || index == pickerIndex() || !pickerShown()) return;
   act([row](auto& selector) { selector.pickerDidSelectRow(row); });
 }
 
@@ -117,15 +157,15 @@ void SeatWizard::pick(int index) {
 // comes into its place is.
 void SeatWizard::filter(const QString& text) {
   const QString wanted = text.trimmed();
-  if (!selector_ || !look_.pickerShown || wanted == rows_.filter()) return;
-  const std::int64_t row = rows_.rowAt(look_.pickerIndex);
+  if (!selector_ || !pickerShown() || wanted == rows_.filter()) return;
+  const std::int64_t row = rows_.rowAt(pickerIndex());
   rows_.setFilter(wanted);
   const bool isKept = row > 0 && rows_.indexOf(row) >= 0;
   const std::int64_t shown = isKept || wanted.isEmpty() ? row : rows_.bestMatch();
   if (shown != row) selector_->pickerDidSelectRow(shown);
   const QPointer<SeatWizard> self(this);
   refresh();
-  if (self) emit pickerMoved(look_.pickerIndex);
+  if (self) emit pickerMoved(pickerIndex());
 }
 
 void SeatWizard::layOutPlan(qreal width, qreal height) {

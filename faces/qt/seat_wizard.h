@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// What QML sees of the seat selector that the status panel presents: its look, its picker's rows
+// What QML sees of the seat selector that the status panel presents: its views, its picker's rows
 // and its actions. One lives as long as the panel's face; which wizard is behind it changes. It
 // keeps a dismissed one until its sheet has left the screen. Any of its signals may destroy it.
 // Owned by StatusPanel; main thread.
 #pragma once
 
+#include <QColor>
 #include <QImage>
 #include <QObject>
 #include <QPointF>
@@ -13,21 +14,79 @@
 #include <QString>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include <qqmlregistration.h>
 
 #include "faces/qt/picker_rows.h"
-#include "faces/qt/seat_wizard_look.h"
+#include "faces/qt/seat_looks.h"
 #include "halvora/wizard.h"
 
 namespace halvora {
+
+/// Where the views go in a sheet of some size.
+class SeatWizardLayout {
+  Q_GADGET
+  QML_VALUE_TYPE(seatWizardLayout)
+  Q_PROPERTY(qreal sideMargin READ sideMargin)
+  Q_PROPERTY(qreal topMargin READ topMargin)
+  Q_PROPERTY(qreal spacing READ spacing)
+  Q_PROPERTY(qreal pickerHeight READ pickerHeight)
+  Q_PROPERTY(qreal backWidth READ backWidth)
+  Q_PROPERTY(qreal nextWidth READ nextWidth)
+
+ public:
+  SeatWizardLayout() = default;
+  explicit SeatWizardLayout(const SeatSelectorLayout& layout) : layout_(layout) {}
+
+  qreal sideMargin() const { return seat_selector::kSideMargin; }
+  qreal topMargin() const { return seat_selector::kTopMargin; }
+  qreal spacing() const { return seat_selector::kSpacing; }
+  qreal pickerHeight() const { return layout_.pickerHeight; }
+  qreal backWidth() const { return layout_.backWidth; }
+  qreal nextWidth() const { return layout_.nextWidth; }
+
+ private:
+  SeatSelectorLayout layout_;
+};
 
 class SeatWizard : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("the status panel has one")
   Q_PROPERTY(bool isPresented READ isPresented NOTIFY presentedChanged)
-  Q_PROPERTY(halvora::SeatWizardLook look READ look NOTIFY changed)
+  Q_PROPERTY(QColor background READ background NOTIFY changed)
+  Q_PROPERTY(halvora::ButtonLook closeButton READ closeButton NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook titleLabel READ titleLabel NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook stepLabel READ stepLabel NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook selectionSummaryLabel READ selectionSummaryLabel NOTIFY changed)
+  Q_PROPERTY(halvora::ButtonLook backButton READ backButton NOTIFY changed)
+  Q_PROPERTY(halvora::ButtonLook nextButton READ nextButton NOTIFY changed)
+  Q_PROPERTY(halvora::AlertLook alert READ alert NOTIFY changed)
+  /// The picker: the style of its titles, the row in its middle, the line that filters it.
+  Q_PROPERTY(bool pickerShown READ pickerShown NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook pickerTitle READ pickerTitle NOTIFY changed)
+  Q_PROPERTY(int pickerIndex READ pickerIndex NOTIFY changed)
+  Q_PROPERTY(QString spokenRow READ spokenRow NOTIFY changed)
+  Q_PROPERTY(bool filterShown READ filterShown NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook filterLabel READ filterLabel NOTIFY changed)
+  /// As it is in force, which is empty again after each step.
+  Q_PROPERTY(QString filterText READ filterText NOTIFY changed)
+  Q_PROPERTY(QString filterHint READ filterHint NOTIFY changed)
+  Q_PROPERTY(QString filterClear READ filterClear NOTIFY changed)
+  Q_PROPERTY(QString filterMatches READ filterMatches NOTIFY changed)
+  /// The plan: its stage, its picture, the dot in it.
+  Q_PROPERTY(halvora::LabelLook stageLabel READ stageLabel NOTIFY changed)
+  Q_PROPERTY(qreal stageHeight READ stageHeight NOTIFY changed)
+  Q_PROPERTY(qreal dragAreaTop READ dragAreaTop NOTIFY changed)
+  Q_PROPERTY(bool dotShown READ dotShown NOTIFY changed)
+  Q_PROPERTY(QPointF dotCentre READ dotCentre NOTIFY changed)
+  Q_PROPERTY(qreal dotWidth READ dotWidth NOTIFY changed)
+  Q_PROPERTY(qreal dotCornerRadius READ dotCornerRadius NOTIFY changed)
+  Q_PROPERTY(QColor dotColour READ dotColour NOTIFY changed)
+  Q_PROPERTY(qreal dotBorderWidth READ dotBorderWidth NOTIFY changed)
+  Q_PROPERTY(QColor dotBorderColour READ dotBorderColour NOTIFY changed)
+  Q_PROPERTY(QString spokenPlan READ spokenPlan NOTIFY changed)
   Q_PROPERTY(halvora::PickerRows* rows READ rows CONSTANT)
 
  public:
@@ -44,7 +103,35 @@ class SeatWizard : public QObject {
   bool isPresented() const { return isPresented_; }
   /// From when it is presented until `leftScreen`.
   bool isLoaded() const { return selector_ != nullptr; }
-  const SeatWizardLook& look() const { return look_; }
+  QColor background() const { return colourWithAlpha(views().background); }
+  ButtonLook closeButton() const { return {views().closeButton, reading_}; }
+  LabelLook titleLabel() const { return {views().titleLabel, reading_}; }
+  LabelLook stepLabel() const { return {views().stepLabel, reading_}; }
+  LabelLook selectionSummaryLabel() const { return {views().selectionSummaryLabel, reading_}; }
+  ButtonLook backButton() const { return {views().backButton, reading_}; }
+  ButtonLook nextButton() const { return {views().nextButton, reading_}; }
+  AlertLook alert() const;
+  bool pickerShown() const { return !picker().hidden; }
+  LabelLook pickerTitle() const { return {picker().title, reading_}; }
+  int pickerIndex() const { return rows_.indexOf(picker().selectedRow); }
+  QString spokenRow() const;
+  bool filterShown() const;
+  LabelLook filterLabel() const { return {picker().filter, reading_}; }
+  QString filterText() const { return rows_.filter(); }
+  QString filterHint() const;
+  QString filterClear() const;
+  QString filterMatches() const;
+  LabelLook stageLabel() const { return {views().standingStageLabel, reading_}; }
+  qreal stageHeight() const { return views().standingStageHeightConstraint; }
+  qreal dragAreaTop() const { return stageHeight() + views().standingDragAreaTopConstraint; }
+  bool dotShown() const { return !dot().hidden; }
+  QPointF dotCentre() const { return {dot().center.x, dot().center.y}; }
+  qreal dotWidth() const { return dot().width; }
+  qreal dotCornerRadius() const { return dot().cornerRadius; }
+  QColor dotColour() const { return colourWithAlpha(dot().background); }
+  qreal dotBorderWidth() const { return dot().border.width; }
+  QColor dotBorderColour() const { return colourWithAlpha(dot().border.colour); }
+  QString spokenPlan() const { return textFrom(views().spokenPlan); }
   /// Null for none.
   QImage planPicture() const { return planPicture_; }
   PickerRows* rows() { return &rows_; }
@@ -86,6 +173,14 @@ class SeatWizard : public QObject {
     if (self) refresh();
   }
   void refresh();
+  /// Nothing is shown of those that stand in while there is no wizard.
+  const SeatSelectorViews& views() const;
+  const PickerView& picker() const { return views().pickerView; }
+  const StandingDotView& dot() const { return views().standingDotView; }
+  /// Empty while there is no wizard.
+  std::string text(const char* key, const char* fallback) const;
+  /// The placeholder is not one of what can be chosen.
+  int rowsToChooseFrom() const { return rows_.rowCount() - 1; }
   void takePlanPicture();
   void setPresented(bool presented);
 
@@ -94,7 +189,6 @@ class SeatWizard : public QObject {
   Reading reading_;
   std::uint64_t reloads_ = 0;
   PickerRows rows_;
-  SeatWizardLook look_;
   std::shared_ptr<const Image> plan_;
   QImage planPicture_;
   Size planSize_;

@@ -22,6 +22,11 @@ class StatusMetrics : public QObject {
   Q_PROPERTY(qreal betweenButtons MEMBER betweenButtons_ CONSTANT)
   /// The least that a finger hits.
   Q_PROPERTY(qreal target MEMBER target_ CONSTANT)
+  /// The dot's pulse: how far it goes, and the milliseconds there and back.
+  Q_PROPERTY(qreal pulseScale MEMBER pulseScale_ CONSTANT)
+  Q_PROPERTY(qreal pulseAlpha MEMBER pulseAlpha_ CONSTANT)
+  Q_PROPERTY(int pulseGrows MEMBER pulseGrows_ CONSTANT)
+  Q_PROPERTY(int pulseShrinks MEMBER pulseShrinks_ CONSTANT)
   /// Milliseconds that a sheet takes to come or go.
   Q_PROPERTY(int slide MEMBER slide_ CONSTANT)
   Q_PROPERTY(QColor hairline MEMBER hairline_ CONSTANT)
@@ -38,6 +43,10 @@ class StatusMetrics : public QObject {
   const qreal afterSeatButton_ = kSpacingAfterSeatSelectionButton;
   const qreal betweenButtons_ = 12;
   const qreal target_ = 44;
+  const qreal pulseScale_ = kDotPulse.scale;
+  const qreal pulseAlpha_ = kDotPulse.alpha;
+  const int pulseGrows_ = static_cast<int>(kDotPulse.there / milliseconds(1));
+  const int pulseShrinks_ = static_cast<int>(kDotPulse.back / milliseconds(1));
   const int slide_ = 260;
   const QColor hairline_{255, 255, 255, 41};
   const QColor raised_{255, 255, 255, 23};

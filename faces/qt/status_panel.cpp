@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "faces/qt/status_panel.h"
 
+#include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QPointer>
 #include <QQmlEngine>
 #include <QScreen>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "faces/qt/halvora_host.h"
 #include "faces/qt/status_fonts.h"
-#include "halvora/platform/run_loop.h"
 
 namespace halvora {
 
@@ -20,16 +21,14 @@ namespace {
 constexpr double kUsualDotsPerInch = 96;
 constexpr double kLeastTextScale = 0.5;
 constexpr double kMostTextScale = 4;
-constexpr Duration kSpinnerTurn = milliseconds(1000);
-constexpr Duration kPulse = kDotPulse[0].duration + kDotPulse[1].duration;
 
 double systemTextScale() {
   const QScreen* screen = QGuiApplication::primaryScreen();
   return screen != nullptr ? screen->logicalDotsPerInch() / kUsualDotsPerInch : 1;
 }
 
-TextAlignment alignmentFrom(int alignment) {
-  switch (alignment & Qt::AlignHorizontal_Mask) {
+TextAlignment alignmentFrom(Qt::Alignment alignment) {
+  switch (static_cast<int>(alignment & Qt::AlignHorizontal_Mask)) {
     case Qt::AlignLeft:
       return TextAlignment::left;
     case Qt::AlignRight:
@@ -82,14 +81,12 @@ StatusPanelFace StatusPanel::face() {
   StatusPanelFace face;
   face.hasFont = [](std::string_view name) { return installedFont(name).has_value(); };
   face.fittingHeight = [this](double width) { return measure(width); };
-  face.summaryTextFrame = [this](const StatusText& label) {
-    return summaryTextFrame(label, layoutWidth(), reading_);
-  };
+  face.summaryTextFrame = [this](const StatusText& label) { return frameOfSummaryText(label); };
   face.changed = [this] { refresh(); };
   return face;
 }
 
-void StatusPanel::load() {
+void StatusPanel::componentComplete() {
   QQmlEngine* engine = qmlEngine(this);
   if (engine == nullptr || controller_ != nullptr) return;
   const HalvoraHost& host = HalvoraHost::of(*engine);
@@ -111,14 +108,10 @@ void StatusPanel::unload() {
   controller_ = nullptr;
   coordinator_.reset();
   engine_.reset();
-  look_ = {};
-  dot_ = {};
-  spinnerTurn_ = 0;
-  isMoving_ = false;
+  pulse_.reset();
   const QPointer<StatusPanel> self(this);
   wizard_.forget();
   if (self) emit changed();
-  if (self) emit moved();
 }
 
 void StatusPanel::applyFields() {
@@ -166,36 +159,68 @@ void StatusPanel::layOut() {
 
 void StatusPanel::refresh() {
   if (controller_ == nullptr) return;
-  look_ = lookOf(*controller_, layoutWidth(), reading_);
-  const QSizeF fitting = fittingSize();
-  look_.preferredWidth = fitting.width();
-  look_.preferredHeight = fitting.height();
   const QPointer<StatusPanel> self(this);
   emit changed();
   if (self && controller_ != nullptr) wizard_.present(controller_->presentedSeatSelector());
-  if (self) sample();
+  if (self) tellPulse();
+}
+
+const StatusPanelViews& StatusPanel::views() const {
+  static const StatusPanelViews kNone = [] {
+    StatusPanelViews none;
+    none.statusTextLabel.hidden = true;
+    none.settingsButton.hidden = true;
+    none.seatSelectionButton.hidden = true;
+    none.seatSelectionSummaryRow.hidden = true;
+    return none;
+  }();
+  return controller_ != nullptr ? controller_->views() : kNone;
+}
+
+LabelLook StatusPanel::onboardingLabel() const {
+  const auto& label = views().onboardingLabel;
+  return label ? LabelLook(*label, reading_) : LabelLook();
+}
+
+ButtonLook StatusPanel::joinButton() const {
+  const auto& button = views().joinButton;
+  return button ? ButtonLook(*button, reading_) : ButtonLook();
+}
+
+QRectF StatusPanel::summaryTextFrame() const {
+  return rectFrom(frameOfSummaryText(row().seatSelectionSummaryLabel));
+}
+
+AlertLook StatusPanel::alert() const {
+  return controller_ != nullptr ? AlertLook(controller_->presentedAlert(), reading_) : AlertLook();
+}
+
+// On one line, and leaving room for what stands beside it.
+Rect StatusPanel::frameOfSummaryText(const StatusText& label) const {
+  const LabelLook look(label, reading_);
+  const QFontMetricsF metrics(look.font());
+  const double width = layoutWidth();
+  const double height = std::max(std::ceil(metrics.height()), kLoadingIndicatorSize);
+  const double room = std::max(width - kSummaryGap - kLoadingIndicatorSize, 0.0);
+  const double taken = std::min(std::ceil(metrics.horizontalAdvance(look.text())), room);
+  double x = 0;
+  if (look.alignment() == Qt::AlignHCenter) x = std::floor(std::max(width - taken, 0.0) / 2);
+  if (look.alignment() == Qt::AlignRight) x = room - taken;
+  return {x, 0, taken, height};
 }
 
 // Where the panel has measured nothing yet, the host's layout is free.
-QSizeF StatusPanel::fittingSize() const {
+QSizeF StatusPanel::preferredSize() const {
+  if (controller_ == nullptr) return {0, 0};
   ProposedSize proposal;
   if (viewWidth_ > 0) proposal.width = viewWidth_;
   const auto size = view().sizeThatFits(proposal, controller_);
   return size ? QSizeF(size->width, size->height) : QSizeF(0, 0);
 }
 
-// A function of the time, so that it is the same however often frames are drawn.
-void StatusPanel::sample() {
-  if (controller_ == nullptr) return;
-  const SeatSelectionSummaryRow& row = controller_->views().seatSelectionSummaryRow;
-  const Duration now = engine_->platform.runLoop->now();
-  const auto& began = row.seatLUTStatusDot.pulseBegan;
-  const bool isPulsing = look_.dotShown && began && now - *began < kPulse;
-  dot_ = isPulsing ? dotPoseInPulse(now - *began) : DotPose();
-  const bool isSpinning = look_.summaryShown && look_.spinnerShown;
-  spinnerTurn_ = isSpinning ? toSeconds(now % kSpinnerTurn) / toSeconds(kSpinnerTurn) : 0;
-  isMoving_ = isPulsing || isSpinning;
-  emit moved();
+void StatusPanel::tellPulse() {
+  const auto& began = row().seatLUTStatusDot.pulseBegan;
+  if (std::exchange(pulse_, began) != began && began) emit pulsed();
 }
 
 void StatusPanel::initBluetoothPermission() {
@@ -207,7 +232,7 @@ void StatusPanel::openAppSettings() {
 }
 
 void StatusPanel::openSeatSelector() {
-  if (controller_ != nullptr && look_.seatSelectionButton.enabled) controller_->openSeatSelector();
+  if (controller_ != nullptr && seatSelectionButton().enabled()) controller_->openSeatSelector();
 }
 
 void StatusPanel::dismissAlert() {

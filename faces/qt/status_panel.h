@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What stands behind the QML type HalvoraStatusView: it makes the status panel on the phone that
 // the QML engine's host has, hands it the host's values, measures the layout for it, and shows QML
-// what is to be seen as one value with one signal. With another host it is empty from then on. Any
-// of its signals may destroy it, or bring another host. Owned by the item; main thread.
+// what is to be seen, with one signal for all of it. With another host it is empty from then on.
+// Any of its signals may destroy it, or bring another host. Owned by the item; main thread.
 #pragma once
 
 #include <QColor>
 #include <QObject>
+#include <QQmlParserStatus>
+#include <QRectF>
 #include <QSizeF>
 #include <QString>
 #include <memory>
@@ -14,21 +16,22 @@
 
 #include <qqmlregistration.h>
 
+#include "faces/qt/seat_looks.h"
 #include "faces/qt/seat_wizard.h"
-#include "faces/qt/status_panel_look.h"
 #include "halvora/host.h"
 
 namespace halvora {
 
-class StatusPanel : public QObject {
+class StatusPanel : public QObject, public QQmlParserStatus {
   Q_OBJECT
+  Q_INTERFACES(QQmlParserStatus)
   QML_ELEMENT
   // What the host decides.
   Q_PROPERTY(QColor statusTextColour MEMBER statusTextColour_ NOTIFY fieldsChanged)
   Q_PROPERTY(QString statusTextFontName MEMBER statusTextFontName_ NOTIFY fieldsChanged)
   Q_PROPERTY(qreal statusTextFontSize MEMBER statusTextFontSize_ NOTIFY fieldsChanged)
   /// As of QML's Text; 0 for the side where lines begin.
-  Q_PROPERTY(int statusTextAlignment MEMBER statusTextAlignment_ NOTIFY fieldsChanged)
+  Q_PROPERTY(Qt::Alignment statusTextAlignment MEMBER statusTextAlignment_ NOTIFY fieldsChanged)
   Q_PROPERTY(QColor actionButtonColour MEMBER actionButtonColour_ NOTIFY fieldsChanged)
   Q_PROPERTY(QColor actionButtonTitleColour MEMBER actionButtonTitleColour_ NOTIFY fieldsChanged)
   Q_PROPERTY(
@@ -45,35 +48,58 @@ class StatusPanel : public QObject {
   Q_PROPERTY(qreal contentHeight MEMBER contentHeight_ NOTIFY contentHeightChanged)
 
   // What is to be seen.
-  Q_PROPERTY(halvora::StatusPanelLook look READ look NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook onboardingLabel READ onboardingLabel NOTIFY changed)
+  Q_PROPERTY(halvora::ButtonLook joinButton READ joinButton NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook statusTextLabel READ statusTextLabel NOTIFY changed)
+  Q_PROPERTY(halvora::ButtonLook settingsButton READ settingsButton NOTIFY changed)
+  Q_PROPERTY(halvora::ButtonLook seatSelectionButton READ seatSelectionButton NOTIFY changed)
+  Q_PROPERTY(bool summaryShown READ summaryShown NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook summaryLabel READ summaryLabel NOTIFY changed)
+  /// Frames in the summary row, from the side where lines begin.
+  Q_PROPERTY(QRectF summaryTextFrame READ summaryTextFrame NOTIFY changed)
+  Q_PROPERTY(bool dotShown READ dotShown NOTIFY changed)
+  Q_PROPERTY(QColor dotColour READ dotColour NOTIFY changed)
+  Q_PROPERTY(QRectF dotFrame READ dotFrame NOTIFY changed)
+  Q_PROPERTY(QString spokenDot READ spokenDot NOTIFY changed)
+  Q_PROPERTY(bool spinnerShown READ spinnerShown NOTIFY changed)
+  Q_PROPERTY(QRectF spinnerFrame READ spinnerFrame NOTIFY changed)
+  Q_PROPERTY(halvora::AlertLook alert READ alert NOTIFY changed)
+  /// What the item would like to have, which only its owner knows.
+  Q_PROPERTY(QSizeF preferredSize READ preferredSize NOTIFY changed)
   Q_PROPERTY(bool isRightToLeft READ isRightToLeft NOTIFY changed)
   /// The width to lay the content out in: the view's, or as long as it has none, the screen's.
   Q_PROPERTY(qreal layoutWidth READ layoutWidth NOTIFY layoutWidthChanged)
   Q_PROPERTY(halvora::SeatWizard* wizard READ wizard CONSTANT)
-  /// While this is so, each frame samples the dot and the spinner.
-  Q_PROPERTY(bool isMoving READ isMoving NOTIFY moved)
-  Q_PROPERTY(qreal dotScale READ dotScale NOTIFY moved)
-  Q_PROPERTY(qreal dotAlpha READ dotAlpha NOTIFY moved)
-  Q_PROPERTY(qreal spinnerTurn READ spinnerTurn NOTIFY moved)
 
  public:
   explicit StatusPanel(QObject* parent = nullptr);
   ~StatusPanel() override;
 
-  const StatusPanelLook& look() const { return look_; }
+  LabelLook onboardingLabel() const;
+  ButtonLook joinButton() const;
+  LabelLook statusTextLabel() const { return {views().statusTextLabel, reading_}; }
+  ButtonLook settingsButton() const { return {views().settingsButton, reading_}; }
+  ButtonLook seatSelectionButton() const { return {views().seatSelectionButton, reading_}; }
+  bool summaryShown() const { return controller_ != nullptr && !row().hidden; }
+  LabelLook summaryLabel() const { return {row().seatSelectionSummaryLabel, reading_}; }
+  QRectF summaryTextFrame() const;
+  bool dotShown() const { return !row().seatLUTStatusDot.hidden; }
+  QColor dotColour() const { return colourWithAlpha(row().seatLUTStatusDot.colour); }
+  QRectF dotFrame() const { return rectFrom(row().seatLUTStatusDot.frame); }
+  QString spokenDot() const { return textFrom(row().seatLUTStatusDot.spoken); }
+  bool spinnerShown() const { return row().seatSelectionLoadingIndicator.isAnimating; }
+  QRectF spinnerFrame() const { return rectFrom(row().seatSelectionLoadingIndicator.frame); }
+  AlertLook alert() const;
+  QSizeF preferredSize() const;
   bool isRightToLeft() const { return reading_.isRightToLeft; }
   qreal layoutWidth() const { return viewWidth_ > 0 ? viewWidth_ : measuredWidth_; }
   SeatWizard* wizard() { return &wizard_; }
-  bool isMoving() const { return isMoving_; }
-  qreal dotScale() const { return dot_.scale; }
-  qreal dotAlpha() const { return dot_.alpha; }
-  qreal spinnerTurn() const { return spinnerTurn_; }
-  /// Null before `load`.
+  /// Null before the item is complete, and without a host.
   HalvoraStatusViewController* controller() const { return controller_; }
 
-  /// Once, when the item is complete.
-  Q_INVOKABLE void load();
-  Q_INVOKABLE void sample();
+  void classBegin() override {}
+  void componentComplete() override;
+
   Q_INVOKABLE void initBluetoothPermission();
   Q_INVOKABLE void openAppSettings();
   Q_INVOKABLE void openSeatSelector();
@@ -86,7 +112,8 @@ class StatusPanel : public QObject {
   void contentHeightChanged();
   void layoutWidthChanged();
   void changed();
-  void moved();
+  /// The dot's pulse begins, anew if it is under way.
+  void pulsed();
 
  private:
   StatusPanelFields fields() const;
@@ -99,12 +126,16 @@ class StatusPanel : public QObject {
   void layOutSoon();
   void layOut();
   void refresh();
-  QSizeF fittingSize() const;
+  void tellPulse();
+  /// As they are before there is a panel, where there is none.
+  const StatusPanelViews& views() const;
+  const SeatSelectionSummaryRow& row() const { return views().seatSelectionSummaryRow; }
+  Rect frameOfSummaryText(const StatusText& label) const;
 
   QColor statusTextColour_;
   QString statusTextFontName_;
   qreal statusTextFontSize_ = 0;
-  int statusTextAlignment_ = 0;
+  Qt::Alignment statusTextAlignment_;
   QColor actionButtonColour_;
   QColor actionButtonTitleColour_;
   QString actionButtonTitleFontName_;
@@ -121,10 +152,8 @@ class StatusPanel : public QObject {
   bool isLayoutDue_ = false;
 
   Reading reading_;
-  StatusPanelLook look_;
-  bool isMoving_ = false;
-  DotPose dot_;
-  qreal spinnerTurn_ = 0;
+  /// When the pulse began that QML was told of last.
+  std::optional<Duration> pulse_;
   SeatWizard wizard_;
   std::optional<EmbeddedEngine> engine_;
   std::unique_ptr<HalvoraStatusView::Coordinator> coordinator_;

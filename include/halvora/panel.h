@@ -28,30 +28,15 @@ struct StatusText : Label {
   friend bool operator==(const StatusText&, const StatusText&) = default;
 };
 
-/// How fast an animation goes: slow at its beginning, or slow at its end.
-enum class AnimationCurve : std::uint8_t { easeIn, easeOut };
-
-/// How the dot is drawn: scaled about its centre.
-struct DotPose {
-  double scale = 1;
-  double alpha = 1;
-  friend bool operator==(const DotPose&, const DotPose&) = default;
+/// How the dot pulses: it is scaled about its centre and fades, slower and slower, and goes back to
+/// how it was, faster and faster. It is plain at either end.
+struct DotPulse {
+  double scale;
+  double alpha;
+  Duration there;
+  Duration back;
 };
-
-struct DotAnimation {
-  Duration duration;
-  AnimationCurve curve;
-  DotPose to;
-};
-
-/// A pulse, one animation after the other; it begins at the plain pose and ends there.
-inline constexpr DotAnimation kDotPulse[] = {
-    {milliseconds(110), AnimationCurve::easeOut, {1.35, 0.8}},
-    {milliseconds(140), AnimationCurve::easeIn, {1, 1}},
-};
-
-/// The pose so long after a pulse began.
-DotPose dotPoseInPulse(Duration sinceBegin);
+inline constexpr DotPulse kDotPulse{1.35, 0.8, milliseconds(110), milliseconds(140)};
 
 /// A circle beside the summary: whether the seat's tables are ready.
 struct StatusDot {

@@ -476,19 +476,5 @@ TEST_F(StatusDotTest, ItsReadinessIsTheStoredOneUnlessTablesAreBeingBuilt) {
   EXPECT_FALSE(bench.panel().tables().isReady());
 }
 
-TEST(DotPulse, SwellsFastAndFadesThenGoesBack) {
-  EXPECT_EQ(dotPoseInPulse(milliseconds(0)), (DotPose{1, 1}));
-  EXPECT_EQ(dotPoseInPulse(milliseconds(110)), (DotPose{1.35, 0.8}));
-  EXPECT_EQ(dotPoseInPulse(milliseconds(250)), (DotPose{1, 1}));
-  EXPECT_EQ(dotPoseInPulse(milliseconds(10'000)), (DotPose{1, 1}));
-  // Slow at its end: three quarters of the way at half time; and slow at its beginning: a quarter.
-  EXPECT_NEAR(dotPoseInPulse(milliseconds(55)).scale, 1.2625, 1e-9);
-  EXPECT_NEAR(dotPoseInPulse(milliseconds(55)).alpha, 0.85, 1e-9);
-  EXPECT_NEAR(dotPoseInPulse(milliseconds(180)).scale, 1.2625, 1e-9);
-  EXPECT_NEAR(dotPoseInPulse(milliseconds(180)).alpha, 0.85, 1e-9);
-  EXPECT_EQ(kDotPulse[0].curve, AnimationCurve::easeOut);
-  EXPECT_EQ(kDotPulse[1].curve, AnimationCurve::easeIn);
-}
-
 }  // namespace
 }  // namespace halvora

@@ -95,7 +95,7 @@ struct QmlDestroyedInside : testing::Test {
     settle();
     EXPECT_EQ(placed->colourAt(200, 50), QColor(10, 60, 20));
     EXPECT_EQ(panel().controller(), nullptr);
-    EXPECT_FALSE(panel().look().statusTextLabel.shown);
+    EXPECT_FALSE(panel().statusTextLabel().shown());
     EXPECT_EQ(placed->find("status")->implicitHeight(), 0);
     light().start();
     light().setAllowedTransmitterIds({QStringLiteral("258:7")});
@@ -229,7 +229,7 @@ TEST_F(QmlDestroyedInside, ADocumentThatComesAfterwardsHasTheNewEngine) {
   second.phone.loop.runFor(milliseconds(1500));
   settle();
   EXPECT_EQ(late.colourAt(200, 50), QColor(200, 0, 0));
-  EXPECT_TRUE(late.find<StatusPanel>("statusPanel")->look().statusTextLabel.shown);
+  EXPECT_TRUE(late.find<StatusPanel>("statusPanel")->statusTextLabel().shown());
   placed.reset();
 }
 
@@ -261,8 +261,8 @@ const Signal kSignals[] = {
      [](StatusPanel& panel, const auto& act) {
        QObject::connect(&panel, &StatusPanel::changed, qApp, act);
      }},
-    {"moved", [](StatusPanel& panel,
-                 const auto& act) { QObject::connect(&panel, &StatusPanel::moved, qApp, act); }},
+    {"pulsed", [](StatusPanel& panel,
+                  const auto& act) { QObject::connect(&panel, &StatusPanel::pulsed, qApp, act); }},
     {"layoutWidthChanged",
      [](StatusPanel& panel, const auto& act) {
        QObject::connect(&panel, &StatusPanel::layoutWidthChanged, qApp, act);
@@ -309,6 +309,12 @@ class WindowDestroyedInside : public testing::TestWithParam<Signal> {
           bench.turn([&] { bench.phone.application.dismissPresentedScreens(); });
         },
         [](StatusBench& bench) { bench.tick(); },
+        [](StatusBench& bench) { bench.panel().showSeatLUTPrecomputeProgressWithDone(0, 3, "1"); },
+        [](StatusBench& bench) { bench.panel().showSeatLUTPrecomputeProgressWithDone(1, 3, "1"); },
+        [](StatusBench& bench) {
+          bench.phone.loop.runFor(milliseconds(10));
+          bench.panel().showSeatLUTPrecomputeProgressWithDone(2, 3, "1");
+        },
     };
     return kSteps;
   }

@@ -2,9 +2,11 @@
 // The status panel as its user meets it: what each situation shows, what the buttons do, how the
 // panel takes its size from its texts, and how it follows the host's values.
 #include <QColor>
+#include <QEasingCurve>
 #include <QFont>
 #include <QFontInfo>
 #include <QQuickItem>
+#include <cmath>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -110,6 +112,8 @@ TEST(StatusPanelQml, ALongSeatNameLeavesRoomForTheDot) {
 
 TEST(StatusPanelQml, TurnsASpinnerWhileAMapIsLoaded) {
   StatusBench bench;
+  // Which the bench asks for, so that its pictures stand still.
+  bench.view().setProperty("reducedMotion", false);
   bench.phone.defaults.setFromOutside("venueID", std::int64_t{8});
   bench.panel().preloadSeatMapForVenueId(8);
   bench.panel().updateSeatSelectionUIForVenueId(8);
@@ -119,33 +123,68 @@ TEST(StatusPanelQml, TurnsASpinnerWhileAMapIsLoaded) {
   EXPECT_EQ(bench.item("seatSelectionButton")->opacity(), 0.85);
   EXPECT_TRUE(bench.isShown("seatSelectionLoadingIndicator"));
   EXPECT_FALSE(bench.isShown("seatLUTStatusDot"));
-  EXPECT_TRUE(bench.face().isMoving());
-  const qreal turn = bench.face().spinnerTurn();
+  const QObject& turn = *bench.view().findChild<QObject*>(QStringLiteral("spinnerTurn"));
+  const auto isTurning = [&turn] { return turn.property("running").toBool(); };
+  bench.waitUntil(isTurning);
+  EXPECT_EQ(turn.property("duration"), 1000);
   // The loop's time goes on without any of its turns, so nothing is loaded yet.
   bench.clickAt(bench.frame("seatSelectionButton").center());
   EXPECT_FALSE(bench.isShown("seatSheetContent"));
-  EXPECT_EQ(bench.face().spinnerTurn(), turn);
+  EXPECT_TRUE(turn.property("running").toBool());
+  bench.view().setProperty("reducedMotion", true);
+  EXPECT_FALSE(turn.property("running").toBool());
+  bench.view().setProperty("reducedMotion", false);
+  bench.waitUntil(isTurning);
   bench.tick();
   EXPECT_FALSE(bench.isShown("seatSelectionLoadingIndicator"));
-  EXPECT_FALSE(bench.face().isMoving());
+  EXPECT_FALSE(turn.property("running").toBool());
+  EXPECT_EQ(bench.item("seatSelectionLoadingIndicator")->rotation(), 0);
 }
 
-TEST(StatusPanelQml, PulsesTheDotAsAFunctionOfTime) {
+// How a dot's animation goes: to what, in how many milliseconds, by which curve.
+std::string animation(StatusBench& bench, const char* name) {
+  const QObject* found = bench.view().findChild<QObject*>(QString::fromLatin1(name));
+  if (found == nullptr) return "none";
+  return std::to_string(std::lround(found->property("to").toReal() * 100)) + " in " +
+         std::to_string(found->property("duration").toInt()) + ", " +
+         std::to_string(found->property("easing").value<QEasingCurve>().type());
+}
+
+TEST(StatusPanelQml, PulsesTheDotAndPutsItBack) {
+  StatusBench bench;
+  bench.store({"A", "2", "7"}, {3, 4});
+  bench.tick();
+  const QObject& pulse = *bench.view().findChild<QObject*>(QStringLiteral("dotPulse"));
+  EXPECT_FALSE(pulse.property("running").toBool());
+  bench.panel().showSeatLUTPrecomputeProgressWithDone(0, 3, "1");
+  EXPECT_FALSE(pulse.property("running").toBool());
+  bench.panel().showSeatLUTPrecomputeProgressWithDone(1, 3, "1");
+  EXPECT_TRUE(pulse.property("running").toBool());
+  bench.waitUntil([&] { return !pulse.property("running").toBool(); });
+  const QQuickItem& dot = *bench.item("seatLUTStatusDot");
+  EXPECT_EQ(dot.scale(), 1);
+  EXPECT_EQ(dot.opacity(), 1);
+
+  const std::string slower = std::to_string(QEasingCurve::OutQuad);
+  const std::string faster = std::to_string(QEasingCurve::InQuad);
+  EXPECT_EQ(animation(bench, "dotGrows"), "135 in 110, " + slower);
+  EXPECT_EQ(animation(bench, "dotFades"), "80 in 110, " + slower);
+  EXPECT_EQ(animation(bench, "dotShrinks"), "100 in 140, " + faster);
+  EXPECT_EQ(animation(bench, "dotReturns"), "100 in 140, " + faster);
+}
+
+TEST(StatusPanelQml, ADotThatIsHiddenPulsesNoMore) {
   StatusBench bench;
   bench.store({"A", "2", "7"}, {3, 4});
   bench.tick();
   bench.panel().showSeatLUTPrecomputeProgressWithDone(0, 3, "1");
   bench.panel().showSeatLUTPrecomputeProgressWithDone(1, 3, "1");
-  EXPECT_TRUE(bench.face().isMoving());
-  const QQuickItem& dot = *bench.item("seatLUTStatusDot");
-  bench.phone.loop.runFor(milliseconds(110));
-  bench.waitUntil([&] { return dot.scale() > 1.3; });
-  EXPECT_DOUBLE_EQ(dot.scale(), 1.35);
-  EXPECT_DOUBLE_EQ(dot.opacity(), 0.8);
-  bench.phone.loop.runFor(milliseconds(140));
-  bench.waitUntil([&] { return !bench.face().isMoving(); });
-  EXPECT_EQ(dot.scale(), 1);
-  EXPECT_EQ(dot.opacity(), 1);
+  bench.panel().storage().clearSeatSelectionForVenueId(7);
+  bench.panel().hideSeatLUTPrecomputeProgress();
+  const QObject& pulse = *bench.view().findChild<QObject*>(QStringLiteral("dotPulse"));
+  EXPECT_FALSE(pulse.property("running").toBool());
+  EXPECT_EQ(bench.item("seatLUTStatusDot")->scale(), 1);
+  EXPECT_EQ(bench.item("seatLUTStatusDot")->opacity(), 1);
 }
 
 TEST(StatusPanelQml, TellsOfAMissingMapUntilItIsAcknowledged) {
