@@ -62,7 +62,7 @@ TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
   phone.bluetooth.log.isKept = false;
   phone.queues.log.isKept = false;
 
-  ShowEngine engine(phone.platform(), {traceEndpoints()});
+  ShowEngine engine(phone.platform(), {{traceEndpoints()}});
   engine.setAllowedTransmitterIds(options.allowedTransmitterIds);
   TraceWriter writer(phone, engine, {options.assets, options.documents}, write);
   // A phone goes on after a turn that failed, but then it shows what no other one would.

@@ -64,7 +64,7 @@ std::optional<SysfsLight> findLight(const std::string& classes, const char* subs
   int bestRank = 0;
   const auto names = LinuxFiles().list(parent).value_or(std::vector<std::string>());
   for (const std::string& name : std::span(names).first(std::min(names.size(), kMostDevices))) {
-    SysfsLight light{subsystem, name, parent + "/" + name};
+    SysfsLight light{subsystem, name, std::string(parent).append("/").append(name)};
     if (!isPlain(light.name)) continue;
     const std::optional<int> rank = rankOf(light);
     const auto most = readLevel(light.folder + "/max_brightness", kMostLevel);

@@ -31,12 +31,9 @@ struct DefaultsValue {
   template <class T>
   requires std::is_constructible_v<Storage, T&&> DefaultsValue(T&& value)
       : storage(std::forward<T>(value)) {}  // NOLINT(google-explicit-constructor)
-  DefaultsValue(const DefaultsValue& other) : storage(copyOf(other.storage)) {}
+  DefaultsValue(const DefaultsValue& other);
   DefaultsValue(DefaultsValue&&) noexcept = default;
-  DefaultsValue& operator=(const DefaultsValue& other) {
-    storage = copyOf(other.storage);
-    return *this;
-  }
+  DefaultsValue& operator=(const DefaultsValue& other);
   DefaultsValue& operator=(DefaultsValue&&) noexcept = default;
   ~DefaultsValue() = default;
 
@@ -60,6 +57,13 @@ inline DefaultsValue::Storage DefaultsValue::copyOf(const Storage& other) {
         return Storage(std::in_place_type<std::remove_cvref_t<decltype(value)>>, value);
       },
       other);
+}
+
+inline DefaultsValue::DefaultsValue(const DefaultsValue& other) : storage(copyOf(other.storage)) {}
+
+inline DefaultsValue& DefaultsValue::operator=(const DefaultsValue& other) {
+  storage = copyOf(other.storage);
+  return *this;
 }
 
 inline bool operator==(const DefaultsValue& left, const DefaultsValue& right) {
