@@ -15,6 +15,7 @@ namespace {
 
 std::vector<SeatPosition> placesOf(const std::vector<CrowdSeat>& seats) {
   std::vector<SeatPosition> places;
+  places.reserve(seats.size());
   for (const CrowdSeat& seat : seats) places.push_back(seat.at);
   return places;
 }
