@@ -162,7 +162,7 @@ void VenueShow::choose(int phone) {
   }
   if (chosen == chosen_) return;
   chosen_ = chosen;
-  lendViews();
+  showChosen();
   emit chosenChanged();
   emit chosenPacketChanged();
   emit chosenStatusChanged();
@@ -171,16 +171,14 @@ void VenueShow::choose(int phone) {
 void VenueShow::showOn(LightSurface* surface) {
   if (surface_) surface_->setLight(std::nullopt);
   surface_ = surface;
-  lendViews();
+  showChosen();
 }
 
-// The surface lets go of one stack before it, or the crowd, takes another.
-void VenueShow::lendViews() {
-  if (surface_) surface_->setLight(std::nullopt);
-  if (!crowd_) return;
-  const bool isShown = surface_ && chosen_;
-  crowd_->lend(isShown ? chosen_ : std::nullopt);
-  if (isShown) surface_->setLight(Light(crowd_->phone(*chosen_).views()));
+void VenueShow::showChosen() {
+  if (!surface_) return;
+  std::optional<Light> light;
+  if (crowd_ && chosen_) light.emplace(crowd_->phone(*chosen_).views());
+  surface_->setLight(light);
 }
 
 bool VenueShow::goBack() {

@@ -123,7 +123,7 @@ class VenueShow : public QObject {
   void showProgress(double share);
   void seatPhones();
   void dropPhones();
-  void lendViews();
+  void showChosen();
 
   const Parts parts_;
   const Bundles bundles_;

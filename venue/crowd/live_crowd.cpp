@@ -39,11 +39,10 @@ std::unique_ptr<SerialQueue> LoopQueues::make(std::string_view label) {
 struct LiveCrowd::Member final : private ViewObserver, private CrowdTorch::Observer {
   Member(LiveCrowd& its, std::size_t place, const CrowdParts& parts, const CrowdSeat& seat)
       : crowd(its), index(place), phone(its.ground_, parts, seat, mixed(kPhoneSeed, place, 0)) {
-    observe(true);
+    phone.views().setObserver(this);
     phone.torch().setObserver(this);
   }
 
-  void observe(bool isOn) { phone.views().setObserver(isOn ? this : nullptr); }
   void touch() {
     if (std::exchange(isTouched, true)) return;
     crowd.touch(index);
@@ -103,7 +102,6 @@ void LiveCrowd::touch(std::size_t index) {
 
 void LiveCrowd::look(std::vector<std::uint32_t>& changed) {
   isAnnounced_ = true;
-  if (lent_) members_[*lent_]->touch();
   isAnimating_ = false;
   std::vector<std::uint32_t> next;
   for (const std::uint32_t index : std::exchange(touched_, {})) {
@@ -121,12 +119,6 @@ void LiveCrowd::look(std::vector<std::uint32_t>& changed) {
   }
   touched_ = std::move(next);
   isAnnounced_ = false;
-}
-
-void LiveCrowd::lend(std::optional<std::size_t> index) {
-  if (lent_) members_[*lent_]->observe(true);
-  lent_ = index;
-  if (lent_) members_[*lent_]->observe(false);
 }
 
 }  // namespace halvora

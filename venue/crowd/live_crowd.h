@@ -61,10 +61,6 @@ class LiveCrowd {
   /// look itself: more phones may be about to change.
   std::function<void()> mayHaveChanged;
 
-  /// Lends the views of a phone, so that they may be given another observer; `look` looks at that
-  /// phone each time. One phone at a time; none takes it back, without an observer.
-  void lend(std::optional<std::size_t> index);
-
  private:
   struct Member;
 
@@ -75,7 +71,6 @@ class LiveCrowd {
   std::vector<CrowdLight> lights_;
   /// Phones to be looked at.
   std::vector<std::uint32_t> touched_;
-  std::optional<std::size_t> lent_;
   bool isAnimating_ = false;
   bool isAnnounced_ = false;
   std::uint64_t sent_ = 0;

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include "adapters/virtual/virtual_run_loop.h"
+#include "halvora/light.h"
 #include "tests/venue/crowd/crowd_bench.h"
 #include "venue/crowd/venue_tables.h"
 
@@ -155,24 +156,24 @@ TEST_F(LiveCrowdRoom, KnowsThePacketThatAPhoneObeyed) {
   EXPECT_EQ(crowd.obeyed(0), encodeBroadcast(plainLook(1, 255)));
 }
 
-TEST_F(LiveCrowdRoom, LentViewsMayBeWatchedBySomebodyElse) {
-  struct Watcher final : ViewObserver {
-    void lightChanged(const MaybeColour&) override { ++changes; }
+TEST_F(LiveCrowdRoom, AFaceAndTheCrowdSeeTheSameViews) {
+  struct Face final : LightObserver {
+    void lightChanged() override { ++changes; }
+    void lightEnds() override {}
     int changes = 0;
-  } watcher;
+  } face;
   send(plainLook(1, 255));
   pass(milliseconds(1500));
   static_cast<void>(changed());
-  crowd.lend(2);
-  crowd.phone(2).views().setObserver(&watcher);
+  const Light light(crowd.phone(2).views());
+  light.setObserver(&face);
   send(plainLook(2, 100));
-  EXPECT_GT(watcher.changes, 0);
+  EXPECT_GT(face.changes, 0);
   EXPECT_THAT(changed(), UnorderedElementsAre(0, 1, 2, 3));
   // It is no reason for a frame after the other.
   EXPECT_FALSE(crowd.isAnimating());
 
-  crowd.phone(2).views().setObserver(nullptr);
-  crowd.lend(std::nullopt);
+  light.setObserver(nullptr);
   static_cast<void>(changed());
   announced = 0;
   crowd.phone(2).hear(encodeBroadcast(plainLook(3, 50)));
