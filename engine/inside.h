@@ -11,9 +11,7 @@ namespace halvora {
 
 /// As long as the engine lives.
 inline ShowEngine& insideOf(HalvoraViewController& engine) { return *engine.inside_; }
-inline const ShowEngine& insideOf(const HalvoraViewController& engine) {
-  return insideOf(const_cast<HalvoraViewController&>(engine));
-}
+inline const ShowEngine& insideOf(const HalvoraViewController& engine) { return *engine.inside_; }
 
 /// The public face of an engine that was made in an unusual way.
 std::unique_ptr<HalvoraViewController> controllerOf(std::unique_ptr<ShowEngine> inside);

@@ -5,20 +5,16 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "halvora/platform/serial_queues.h"
+#include "halvora/precompute.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "pixelmap/seat_lut.h"
 #include "pixelmap/seat_lut_jobs.h"
 
 namespace halvora {
-
-using PrecomputeProgress = std::function<void(int done, int total, const std::string& mapId)>;
-using PrecomputeCompletion = std::function<void(int done, int total)>;
 
 class SeatLutPrecomputes {
  public:

@@ -21,6 +21,7 @@
 #include "halvora/light.h"
 #include "halvora/platform/platform.h"
 #include "halvora/platform/screen.h"
+#include "halvora/precompute.h"
 #include "halvora/usage.h"
 #include "halvora/witness.h"
 
@@ -38,9 +39,8 @@ struct EngineOptions {
 class HalvoraViewController {
  public:
   using Callback = std::function<void()>;
-  /// Of `total` pixel maps `done` have their table; the map's number as a text.
-  using Progress = std::function<void(int done, int total, const std::string& mapId)>;
-  using Completion = std::function<void(int done, int total)>;
+  using Progress = PrecomputeProgress;
+  using Completion = PrecomputeCompletion;
 
   /// The process's one engine. The first call makes it, on that platform, which must live as long
   /// as the process; later calls answer with the same engine whatever they hand in. It is never
@@ -127,6 +127,7 @@ class HalvoraViewController {
 
  private:
   friend ShowEngine& insideOf(HalvoraViewController& engine);
+  friend const ShowEngine& insideOf(const HalvoraViewController& engine);
   friend std::unique_ptr<HalvoraViewController> controllerOf(std::unique_ptr<ShowEngine> inside);
 
   explicit HalvoraViewController(std::unique_ptr<ShowEngine> inside);
