@@ -136,8 +136,8 @@ MaybeColour PixelMapAssets::colorFromPixelMapJPGFallbackForVenueId(std::int64_t 
   for (const std::int64_t frame : {first, first + (first < INT64_MAX ? 1 : 0)}) {
     const std::string name =
         pixelMapFolder(venueId, pixelMapId) + "/f" + std::to_string(frame) + ".jpg";
-    auto bytes = bundles_.main.readResource(name, kLargestPixelMapStill);
-    if (!bytes) bytes = bundles_.kit.readResource(name, kLargestPixelMapStill);
+    auto bytes = bundles_.main.readResource(name, kLargestPicture);
+    if (!bytes) bytes = bundles_.kit.readResource(name, kLargestPicture);
     if (!bytes) continue;
     const std::optional<Image> image = images_.decode(*bytes);
     if (!image) continue;

@@ -4,7 +4,6 @@
 // of videos keep no state.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -26,9 +25,6 @@ struct PixelMapVideoEntry {
   /// The path of its video.
   std::string videoURL;
 };
-
-/// A larger file counts as no still.
-constexpr std::size_t kLargestPixelMapStill = std::size_t{32} << 20;
 
 /// The path of the video directly in a map's folder; empty for none.
 std::string pixelMapVideoIn(const Files& files, const std::string& folder);

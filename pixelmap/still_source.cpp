@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "light/bitmap.h"
+#include "text/asset_paths.h"
 
 namespace halvora {
 
@@ -32,7 +33,7 @@ std::optional<bool> isWhiteInShared(const std::string& name, const StillSource& 
 std::optional<bool> isWhiteInOwn(const std::string& name, const Bundle& bundle,
                                  const ImageDecoder& images,
                                  const std::optional<SeatPosition>& seat) {
-  const auto bytes = bundle.readResource(name, kLargestStill);
+  const auto bytes = bundle.readResource(name, kLargestPicture);
   if (!bytes) return std::nullopt;
   if (!seat) return false;
   auto row = images.decodeRow(*bytes, seat->y);

@@ -3,7 +3,6 @@
 // of one process may share a source, which reads and decodes each still once. Any thread.
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,9 +12,6 @@
 #include "pixelmap/seat_lut.h"
 
 namespace halvora {
-
-/// A larger file counts as no still.
-inline constexpr std::size_t kLargestStill = std::size_t{32} << 20;
 
 class StillSource {
  public:

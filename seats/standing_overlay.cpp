@@ -21,8 +21,7 @@ std::shared_ptr<const Image> StandingOverlay::standingOverlayImageForVenueId(std
 std::shared_ptr<const Image> StandingOverlay::load(std::int64_t venueId) const {
   const std::string folder = venueFolder(venueId) + "/";
   for (const char* name : kStandingOverlayNames) {
-    const std::optional<std::string> bytes =
-        bundle_.readResource(folder + name, kLargestStandingOverlay);
+    const std::optional<std::string> bytes = bundle_.readResource(folder + name, kLargestPicture);
     std::optional<Image> image = bytes ? images_.decode(*bytes) : std::nullopt;
     if (image) return std::make_shared<const Image>(std::move(*image));
   }

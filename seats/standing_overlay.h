@@ -3,7 +3,6 @@
 // that a plan is read and decoded once a venue and not whenever the wizard opens. Main thread.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -15,9 +14,6 @@ namespace halvora {
 /// Names of a plan in the venue's folder: the first that is a picture counts.
 inline constexpr const char* kStandingOverlayNames[] = {
     "standing-overlay.png", "standing_overlay.png", "standing-overlay.PNG", "standing_overlay.PNG"};
-
-/// A larger file counts as no plan.
-constexpr std::size_t kLargestStandingOverlay = std::size_t{32} << 20;
 
 class StandingOverlay {
  public:

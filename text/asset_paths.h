@@ -11,6 +11,9 @@ namespace halvora {
 
 inline constexpr const char* kPaletteFile = "HVAssets/palettes.json";
 inline constexpr std::size_t kLargestPaletteFile = std::size_t{4} << 20;
+/// Bytes of a venue's picture, a map's still or a standing area's plan: a larger file counts as
+/// none.
+inline constexpr std::size_t kLargestPicture = std::size_t{32} << 20;
 
 /// The folder of all that belongs to a venue.
 inline std::string venueFolder(std::int64_t venueId) {

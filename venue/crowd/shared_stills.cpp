@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "venue/crowd/shared_stills.h"
 
+#include "text/asset_paths.h"
+
 namespace halvora {
 
 std::optional<StillSource::Still> SharedStills::find(const std::string& name) const {
@@ -12,7 +14,7 @@ std::optional<StillSource::Still> SharedStills::find(const std::string& name) co
 }
 
 std::optional<StillSource::Still> SharedStills::read(const std::string& name) const {
-  const auto bytes = bundle_.readResource(name, kLargestStill);
+  const auto bytes = bundle_.readResource(name, kLargestPicture);
   if (!bytes) return std::nullopt;
   std::optional<Image> image = decoder_.decode(*bytes);
   return image ? std::make_shared<const Image>(std::move(*image)) : Still();

@@ -10,6 +10,7 @@
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "seats/standing_overlay.h"
+#include "text/asset_paths.h"
 #include "venue/base/input_text.h"
 #include "venue/base/progress_bar.h"
 #include "venue/plan/placed_seats.h"
@@ -131,7 +132,7 @@ void FolderVisit::visitStills(const std::string& id, const std::vector<std::uint
   Finding broken{"stillUnreadable", "", 0, {}};
   for (std::size_t at = 0; at < numbers.size() && !outside_.isInterrupted; ++at) {
     std::string name = id + "/" + stillName(numbers[at]);
-    if (auto picture = pictureOf(name, kLargestPixelMapStill)) {
+    if (auto picture = pictureOf(name, kLargestPicture)) {
       found_.pictures.push_back(std::move(*picture));
     } else {
       ++broken.count;
@@ -166,7 +167,7 @@ void FolderVisit::findGaps(const std::string& id, const std::vector<std::uint64_
 
 void FolderVisit::visitOverlays() {
   for (const char* name : kStandingOverlayNames) {
-    found_.overlay = pictureOf(name, kLargestStandingOverlay);
+    found_.overlay = pictureOf(name, kLargestPicture);
     if (found_.overlay) return;
     if (files_.attributes(folder_ + "/" + name)) {
       add("overlayUnreadable", std::string(name) + " is not a picture that can be read");

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "adapters/virtual/virtual_storage.h"
+#include "text/asset_paths.h"
 
 namespace halvora {
 namespace {
@@ -32,7 +33,7 @@ class CountingBundle final : public Bundle {
   const std::string& resourcePath() const override { return name_; }
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override {
     ++reads;
-    EXPECT_EQ(limit, kLargestStill);
+    EXPECT_EQ(limit, kLargestPicture);
     if (path == "missing") return std::nullopt;
     return std::string(path);
   }
