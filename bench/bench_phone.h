@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 
@@ -46,7 +46,7 @@ class BenchPhone {
   VirtualRunLoop& loop() { return phone_.loop; }
 
  private:
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   VirtualPhone phone_{json_};
 
  public:

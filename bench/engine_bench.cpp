@@ -13,7 +13,7 @@ namespace halvora {
 namespace {
 
 void startEngine(benchmark::State& state, const std::string& palettes) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json);
   keepNoLogs(phone);
   if (!palettes.empty()) phone.mainBundle.resources["HVAssets/palettes.json"] = palettes;

@@ -64,7 +64,7 @@ class SeatPhone {
     return setup;
   }
 
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   VirtualPhone phone_{json_, setup()};
   const Platform platform_ = phone_.platform();
 
@@ -129,7 +129,7 @@ class TableFolder {
 
  private:
   StandardFiles standard_;
-  RapidJsonReader json_;
+  ExactJsonReader json_;
 };
 
 void loadFromDisk(benchmark::State& state) {

@@ -10,7 +10,7 @@
 #include <rapidjson/reader.h>
 #include <rapidjson/stringbuffer.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "bench/seat_map_documents.h"
 #include "seats/seat_map_document.h"
@@ -166,7 +166,7 @@ void keepHeap() {
 }
 
 SeatMap seatMapOf(const std::string& document) {
-  static const RapidJsonReader kJson;
+  static const ExactJsonReader kJson;
   return parseSeatMapSectionsFromJSON(document, kPlainTexts, kJson);
 }
 

@@ -9,7 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/standard_files.h"
 #include "bench/require.h"
@@ -74,7 +74,7 @@ Scenario parsed(const std::string& text, const JsonReader& json) {
 }
 
 TraceSize trace(const std::string& text, std::optional<Duration> until) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   TraceOptions options;
   options.assets = kAssets;
   options.until = until;
@@ -119,7 +119,7 @@ void exampleShow(benchmark::State& state) {
   if (!hasAssets(state)) return;
   const auto text = readFile(std::string(kAssets) + "/example-show.jsonl", kLargestScenario);
   require(text.has_value(), "the example show cannot be read");
-  const Duration end = parsed(*text, RapidJsonReader()).lastAction() + milliseconds(10'000);
+  const Duration end = parsed(*text, ExactJsonReader()).lastAction() + milliseconds(10'000);
   traceShow(state, *text, end, end, 1);
 }
 BENCHMARK(exampleShow)->Name("TraceExampleShow")->Unit(benchmark::kMillisecond);

@@ -3,7 +3,7 @@
 
 #include "adapters/ffmpeg/ffmpeg_videos.h"
 #include "adapters/image/picture_decoder.h"
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "faces/qt/halvora_host.h"
 
@@ -22,7 +22,7 @@ struct SystemPhone::Parts {
   }
 #endif
 
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   LinuxFiles files;
   const PictureDecoder images;
   const FfmpegVideoAssets videoAssets;

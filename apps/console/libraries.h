@@ -7,14 +7,14 @@
 
 #include "adapters/ffmpeg/ffmpeg_videos.h"
 #include "adapters/image/picture_decoder.h"
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/standard/thread_workers.h"
 
 namespace halvora {
 
 struct DemoLibraries {
-  RapidJsonReader json = {};
+  ExactJsonReader json = {};
   PictureDecoder images = {};
   FfmpegVideoAssets videos = {};
   LinuxFiles files = {};

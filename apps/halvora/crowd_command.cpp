@@ -12,7 +12,7 @@
 #include <variant>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "apps/halvora/command_line.h"
 #include "venue/crowd/crowd_run.h"
 #include "venue/show/scenario_file.h"
@@ -163,7 +163,7 @@ class CrowdCommand final : public ToolCommand {
   }
 
   Refusal readScenario(CrowdRequest& request, const std::atomic<bool>& isInterrupted) {
-    const RapidJsonReader json;
+    const ExactJsonReader json;
     auto scenario = halvora::readScenario(scenario_, json, isInterrupted);
     if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
     request.scenario = std::get<Scenario>(std::move(scenario));

@@ -4,7 +4,7 @@
 #include <string>
 #include <variant>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/lut_commands.h"
@@ -65,7 +65,7 @@ class ShowCommand final : public ToolCommand {
     if (video_.empty()) return unusable("VIDEO must not be empty");
     if (!mayBeFolder(documents_)) return notAFolder(documents_);
     LinuxFiles files;
-    const RapidJsonReader json;
+    const ExactJsonReader json;
     const SeatLutFiles luts(files, json, absolutePath(documents_));
     const std::string video = absolutePath(video_);
     const auto result = luts.read(video, *seat);

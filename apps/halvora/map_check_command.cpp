@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/map_commands.h"
 #include "apps/halvora/map_input.h"
@@ -34,7 +34,7 @@ class CheckCommand final : public ToolCommand {
   }
 
   CommandResult run(const Call& call) override {
-    const RapidJsonReader json;
+    const ExactJsonReader json;
     std::string folder;
     if (const auto refusal = findFolder(folder)) return *refusal;
     if (const auto refusal = input_.read(json, call.outside.isInterrupted)) return *refusal;

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/map_input.h"
 #include "venue/plan/map_dump.h"
@@ -20,7 +20,7 @@ class DumpCommand final : public ToolCommand {
   }
 
   CommandResult run(const Call& call) override {
-    const RapidJsonReader json;
+    const ExactJsonReader json;
     if (const auto refusal = input_.read(json, call.outside.isInterrupted)) return *refusal;
     return writeAll(dumpSeatMap(input_.document(), input_.strings(), json), call.output);
   }

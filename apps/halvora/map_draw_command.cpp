@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/map_commands.h"
 #include "apps/halvora/map_input.h"
@@ -26,7 +26,7 @@ class DrawCommand final : public ToolCommand {
   }
 
   CommandResult run(const Call& call) override {
-    const RapidJsonReader json;
+    const ExactJsonReader json;
     const auto size = decimal(size_, kLargestPlan);
     if (!size || *size < kSmallestPlan) {
       return unusable("--size must be " + std::to_string(kSmallestPlan) + " to " +

@@ -7,7 +7,7 @@
 #include <utility>
 #include <variant>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_devices.h"
@@ -125,7 +125,7 @@ class TraceCommand final : public ToolCommand {
     return done();
   }
 
-  const RapidJsonReader json_{};
+  const ExactJsonReader json_{};
   std::string file_;
   std::string assets_;
   std::optional<std::string> documents_;

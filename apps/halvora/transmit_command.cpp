@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/packet_options.h"
 #include "venue/air/transmitter.h"
@@ -130,7 +130,7 @@ class TransmitCommand final : public ToolCommand {
   std::variant<Programme, CommandResult> readScenario(
       const std::string& file, const std::atomic<bool>& isInterrupted) const {
     if (fields_.isGiven()) return unusable("--scenario has the packets; no fields beside it");
-    auto read = halvora::readScenario(file, RapidJsonReader(), isInterrupted);
+    auto read = halvora::readScenario(file, ExactJsonReader(), isInterrupted);
     if (auto* refusal = std::get_if<CommandResult>(&read)) return std::move(*refusal);
     auto& scenario = std::get<Scenario>(read);
     Programme programme{{}, scenario.lastAction() + kLastShown};

@@ -19,7 +19,7 @@
 
 #include "adapters/ffmpeg/ffmpeg_videos.h"
 #include "adapters/image/picture_decoder.h"
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/qt/qt_platform.h"
 #include "adapters/virtual/virtual_bluetooth.h"
@@ -63,7 +63,7 @@ class BenchWindow {
 
  private:
   QTemporaryDir documents_;
-  const RapidJsonReader json_;
+  const ExactJsonReader json_;
   LinuxFiles files_;
   const PictureDecoder images_;
   const FfmpegVideoAssets videos_;

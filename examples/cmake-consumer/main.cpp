@@ -2,14 +2,14 @@
 // One phone in memory hears one packet; the program prints the colour that its screen then shows.
 #include <cstdio>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/broadcast.h"
 #include "halvora/host.h"
 
 int main() {
   using namespace halvora;
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json);
   HalvoraViewController engine(phone.platform());
   engine.viewDidLoad();

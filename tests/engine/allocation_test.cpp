@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 #include "tests/engine/allocation_count.h"
@@ -50,7 +50,7 @@ class Allocations : public testing::Test {
     return allocationsOf(Advertisement{std::span<const std::uint8_t>(data)}, fate);
   }
 
-  const RapidJsonReader json_;
+  const ExactJsonReader json_;
   VirtualPhone phone_{json_};
   ShowEngine engine_{phone_.platform()};
 };

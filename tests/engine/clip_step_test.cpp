@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/steps.h"
 #include "light/brightness.h"
@@ -38,7 +38,7 @@ class ClipStep : public testing::Test, private ViewObserver {
     return names;
   }
 
-  RapidJsonReader json;
+  ExactJsonReader json;
   VirtualPhone phone{json};
   VideoState state;
   ColourState colour;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 
@@ -18,7 +18,7 @@ std::uint64_t turnsOfTenMinutes(VirtualPhone& phone) {
 }
 
 TEST(Idle, PhoneInAVenueWithoutAShowWakesOnlyForItsNamedTimers) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json);
   ShowEngine engine(phone.platform());
   engine.viewDidLoad();
@@ -29,7 +29,7 @@ TEST(Idle, PhoneInAVenueWithoutAShowWakesOnlyForItsNamedTimers) {
 }
 
 TEST(Idle, PhoneThatIsNotAllowedToListenWakesOnlyForTheLowLightPoll) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json);
   phone.bluetooth.setAuthorization(BluetoothAuthorization::denied);
   ShowEngine engine(phone.platform());
@@ -40,7 +40,7 @@ TEST(Idle, PhoneThatIsNotAllowedToListenWakesOnlyForTheLowLightPoll) {
 }
 
 TEST(Idle, PhoneIsAsQuietAfterAShowAsBeforeIt) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json);
   ShowEngine engine(phone.platform());
   engine.viewDidLoad();
@@ -64,7 +64,7 @@ TEST(Idle, PhoneIsAsQuietAfterAShowAsBeforeIt) {
 }
 
 TEST(Idle, NothingWakesThePhoneOnceTheEngineIsGone) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json);
   {
     ShowEngine engine(phone.platform());

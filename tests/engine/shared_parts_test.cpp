@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 
@@ -38,7 +38,7 @@ struct SharedParts : testing::Test {
     return std::make_shared<const ShowAssets>(std::move(assets));
   }
 
-  RapidJsonReader json;
+  ExactJsonReader json;
   VirtualPhone phone{json};
 };
 

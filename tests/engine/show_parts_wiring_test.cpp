@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
@@ -66,7 +66,7 @@ class ShowPartsWiring : public testing::Test {
 
   TemporaryFolder files_;
   StandardFiles disk_;
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   std::unique_ptr<VirtualPhone> phone_;
   std::unique_ptr<ShowEngine> engine_;
 };
@@ -314,7 +314,7 @@ TEST_F(ShowPartsWiring, SeekThatCompletesAfterTheEngineIsGonePlaysNothing) {
 
 // Where no path leads to: the phone's own files are all that is asked.
 TEST(ShowPartsInMemory, GobosAndClipsAreFoundThere) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json, {.random = nullptr, .documents = "/documents"});
   phone.mainBundle.folder = "/packed";
   for (const char* name : {"/packed/HVAssets/Gobos/1.png", "/packed/HVAssets/Gobos/3.png",

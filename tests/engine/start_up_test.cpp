@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "tests/engine/engine_bench.h"
 
 namespace halvora {
@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 // The one engine lives as long as the process, and so does its phone.
 Platform platformOfTheProcess() {
-  static const RapidJsonReader kReader;
+  static const ExactJsonReader kReader;
   static auto* const kPhone = new VirtualPhone(kReader);
   return kPhone->platform();
 }
@@ -30,7 +30,7 @@ TEST(SharedInstance, CallingItTwiceGivesTheSameEngine) {
 
 TEST(SharedInstance, LaterPlatformsAreNotUsed) {
   HalvoraViewController& shared = HalvoraViewController::sharedInstance(platformOfTheProcess());
-  const RapidJsonReader reader;
+  const ExactJsonReader reader;
   VirtualPhone other(reader);
   EXPECT_EQ(&HalvoraViewController::sharedInstance(other.platform()), &shared);
 }

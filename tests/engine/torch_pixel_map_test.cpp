@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 
@@ -63,7 +63,7 @@ class TorchPixelMap : public testing::Test {
   bool isOffForSeat() { return !torchBeganFrom(true); }
 
   OnePicture decoder_;
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   VirtualPhone phone_{json_, {.random = nullptr, .images = &decoder_}};
   ShowEngine engine_{phone_.platform()};
 };

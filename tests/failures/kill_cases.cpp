@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "adapters/ffmpeg/ffmpeg_videos.h"
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/standard/file_defaults.h"
 #include "adapters/standard/thread_workers.h"
@@ -27,7 +27,7 @@ namespace {
 namespace fs = std::filesystem;
 using Words = std::vector<std::uint32_t>;
 
-const RapidJsonReader kJson;
+const ExactJsonReader kJson;
 const FfmpegVideoAssets kVideos;
 
 Words wordsOf(const SeatLut& lut) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "halvora/engine.h"
 #include "seats/panel_controller.h"
@@ -21,7 +21,7 @@ namespace halvora {
 
 namespace {
 
-const RapidJsonReader kJson;
+const ExactJsonReader kJson;
 
 const std::string& mapDocument() {
   static const std::string kDocument =

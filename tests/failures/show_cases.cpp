@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
@@ -19,7 +19,7 @@ namespace halvora {
 
 namespace {
 
-const RapidJsonReader kJson;
+const ExactJsonReader kJson;
 
 /// What is to be seen of a phone.
 struct Seen {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "adapters/image/picture_decoder.h"
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/standard/file_defaults.h"
 #include "adapters/virtual/virtual_devices.h"
@@ -24,7 +24,7 @@ namespace halvora {
 
 namespace {
 
-const RapidJsonReader kJson;
+const ExactJsonReader kJson;
 
 /// A process's defaults and what they need, without threads.
 struct DefaultsRoom {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "adapters/ffmpeg/ffmpeg_videos.h"
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_phone.h"
@@ -25,7 +25,7 @@ namespace {
 using Words = std::vector<std::uint32_t>;
 
 const FfmpegVideoAssets kVideos;
-const RapidJsonReader kJson;
+const ExactJsonReader kJson;
 
 Words wordsOf(const SeatLut& lut) {
   return lut ? Words(lut.words().begin(), lut.words().end()) : Words();

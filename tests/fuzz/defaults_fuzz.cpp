@@ -4,7 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/defaults_document.h"
 #include "tests/fuzz/fuzz_targets.h"
 
@@ -39,7 +39,7 @@ bool isSame(const DefaultsValue& left, const DefaultsValue& right) {
 }  // namespace
 
 int fuzzDefaults(FuzzBytes bytes) {
-  const RapidJsonReader reader;
+  const ExactJsonReader reader;
   const JsonReader& json = reader;
   const auto document = json.parse(textOf(bytes));
   if (!document) return 0;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/string_table.h"
 #include "adapters/virtual/virtual_storage.h"
@@ -22,7 +22,7 @@ namespace halvora {
 namespace {
 
 const JsonReader& reader() {
-  static const RapidJsonReader kReader;
+  static const ExactJsonReader kReader;
   return kReader;
 }
 

@@ -5,7 +5,7 @@
 #include <array>
 #include <span>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 #include "tests/fuzz/fuzz_target.h"
@@ -94,7 +94,7 @@ class PlainJudge {
 }  // namespace
 
 std::uint64_t judgePackets(std::uint64_t count, std::uint64_t seed) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json);
   phone.bluetooth.log.isKept = phone.screen.log.isKept = phone.defaults.log.isKept = false;
   phone.torch.log.isKept = phone.haptics.log.isKept = phone.videoLog.isKept = false;

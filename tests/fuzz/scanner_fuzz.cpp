@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/scanner.h"
 #include "tests/fuzz/fuzz_targets.h"
@@ -192,7 +192,7 @@ class ScannerRun {
   }
 
   static const JsonReader& json() {
-    static const RapidJsonReader kReader;
+    static const ExactJsonReader kReader;
     return kReader;
   }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <variant>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "tests/fuzz/fuzz_targets.h"
 #include "venue/show/scenario.h"
 
@@ -35,7 +35,7 @@ void checkTimes(const ScenarioLine& line) {
 int fuzzScenario(FuzzBytes bytes) {
   const std::string_view text = textOf(bytes);
   const auto lines = static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1;
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const auto parsed = parseScenario(text, json);
   if (const auto* error = std::get_if<ScenarioError>(&parsed)) {
     require(error->line >= 1 && error->line <= lines && !error->what.empty(),

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "seats/seat_map_document.h"
 #include "seats/standing_plan.h"
 #include "tests/fuzz/fuzz_targets.h"
@@ -43,7 +43,7 @@ void checkPlan(const SeatMap::SectionItem& section) {
 
 int fuzzSeatMap(FuzzBytes bytes) {
   const std::string_view text = textOf(bytes);
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const auto tree = json.parse(text, nullptr);
   if (isComparableJson(text)) {
     require(tree.has_value() == rapidJsonAccepts(text), "another reader takes the same documents");
@@ -66,7 +66,7 @@ int fuzzSeatMap(FuzzBytes bytes) {
 }
 
 int fuzzStanding(FuzzBytes bytes) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const SeatMap map = parseSeatMapSectionsFromJSON(textOf(bytes), {}, json);
   for (std::size_t at = 0; at < map.sectionCount(); ++at) checkPlan(map.section(at));
   return 0;

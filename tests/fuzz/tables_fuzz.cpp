@@ -5,7 +5,7 @@
 #include <string>
 #include <variant>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_files.h"
 #include "pixelmap/seat_lut_files.h"
 #include "tests/fuzz/fuzz_targets.h"
@@ -59,7 +59,7 @@ void checkTable(const SeatLut& table, const TableFiles& files, const JsonReader&
 }  // namespace
 
 int fuzzTables(FuzzBytes bytes) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualFiles disk;
   disk.reads.isKept = disk.writes.isKept = false;
   disk.put(kVideo, std::string(kVideoSize, 'v'), kVideoTime);

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "halvora/host.h"
 #include "tests/host/phone_of_the_process.h"
@@ -32,7 +32,7 @@ struct HostStatusViewTest : testing::Test {
     return HalvoraStatusView(embedded(), std::move(fields));
   }
 
-  const RapidJsonReader reader;
+  const ExactJsonReader reader;
   VirtualPhone phone{reader};
   HalvoraViewController engine{phone.platform()};
 };

@@ -4,13 +4,13 @@
 // being in use.
 #pragma once
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 
 namespace halvora {
 
 inline Platform platformOfTheProcess() {
-  static const RapidJsonReader kReader;
+  static const ExactJsonReader kReader;
   static auto* const kPhone = new VirtualPhone(kReader);
   return kPhone->platform();
 }

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/virtual/virtual_devices.h"
 
@@ -21,7 +21,7 @@ constexpr Colour kBlue{0, 0, 1, 1};
 constexpr Colour kGrey{0.5F, 0.5F, 0.5F, 1};
 
 std::vector<Palette> parse(const std::string& text) {
-  const auto document = RapidJsonReader().parse(text, nullptr);
+  const auto document = ExactJsonReader().parse(text, nullptr);
   EXPECT_TRUE(document) << text;
   return document ? parsePalettes(*document) : std::vector<Palette>{};
 }

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/thread_queues.h"
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_phone.h"
@@ -56,7 +56,7 @@ struct DestroyedInPrecompute : testing::Test {
   }
 
   const std::thread::id main = std::this_thread::get_id();
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone{json, phoneSetup()};
   PostedTurns turns;
   ThreadQueues queues;

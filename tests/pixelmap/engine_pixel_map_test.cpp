@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 #include "pixelmap/seat_lut_files.h"
@@ -88,7 +88,7 @@ class EnginePixelMap : public testing::Test {
            views.alpha(ViewId::mapNoSeatOverlayView) > 0;
   }
 
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   PixmapDecoder decoder_;
   VirtualPhone phone_{json_, {.random = nullptr, .documents = "/documents", .images = &decoder_}};
   std::unique_ptr<ShowEngine> engine_;
@@ -318,7 +318,7 @@ TEST_F(EnginePixelMap, BothQueuesHaveTheirLabels) {
 }
 
 TEST(EngineWithoutDocuments, ShowsTheColourAndSavesNothing) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone phone(json);
   phone.mainBundle.folder = "/main";
   phone.virtualFiles.put("/main/HVAssets/Maps/Venue-7/5/video.mp4", "video");

@@ -3,15 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "pixelmap/seat_lut_files.h"
 
 namespace halvora {
 
 namespace {
 
-const RapidJsonReader& jsonReader() {
-  static const RapidJsonReader kReader;
+const ExactJsonReader& jsonReader() {
+  static const ExactJsonReader kReader;
   return kReader;
 }
 

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/standard_files.h"
 #include "tests/adapters/standard/temporary_folder.h"
 #include "tests/pixelmap/seat_lut_bench.h"
@@ -46,7 +46,7 @@ class SeatLutFilesTest : public testing::Test {
   }
   bool isThere(const std::string& path) const { return files_.attributes(path).has_value(); }
 
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   FilesWithFaults files_;
   SeatLutFiles luts_{files_, json_, "/documents"};
 };
@@ -235,7 +235,7 @@ TEST(SeatLutLongPath, TablesOfAPathThatNoFolderCanBeNamedAfterAreNotStored) {
   path += std::string(192 - path.size(), 'v');
   StandardFiles files;
   ASSERT_TRUE(files.replace(path, "video"));
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const SeatLutFiles luts(files, json, folder.path());
   EXPECT_FALSE(luts.persistPixelMapSeatLUTData(lutOf({1}), path, kSeat));
   EXPECT_EQ(std::get<SeatLutFault>(luts.read(path, kSeat)), SeatLutFault::noDataFile);

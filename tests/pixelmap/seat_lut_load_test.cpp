@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_files.h"
 #include "pixelmap/seat_lut_files.h"
 #include "tests/pixelmap/seat_lut_bench.h"
@@ -45,7 +45,7 @@ class SeatLutLoad : public testing::Test {
   }
   void putData(std::size_t bytes) { files_.put(kData, std::string(bytes, 'x')); }
 
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   VirtualFiles files_;
   SeatLutFiles luts_{files_, json_, "/documents"};
 };

@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/thread_queues.h"
 #include "adapters/standard/thread_workers.h"
@@ -28,7 +28,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr SeatPosition kSeat{2, 1};
-const RapidJsonReader kJson;
+const ExactJsonReader kJson;
 
 VirtualPhoneSetup phoneSetup() {
   VirtualPhoneSetup setup;

@@ -13,7 +13,7 @@
 #include <variant>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_devices.h"
@@ -69,7 +69,7 @@ std::vector<std::string> scenarioNames(const std::string& folder) {
 
 bool play(const std::string& path, const std::string& assets) {
   StandardFiles files;
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const std::optional<std::string> document = files.read(path + ".jsonl", kLargestFile);
   if (!document) return false;
   const auto scenario = parseScenario(*document, json);

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/file_defaults.h"
 #include "engine/broadcast.h"
 #include "engine/inside.h"
@@ -129,7 +129,7 @@ TEST_F(FullWalk, ComesBackToItsSeatAfterARestart) {
   const DefaultsValue* seats = bench.phone.defaults.find("seatSelectionByVenue");
   ASSERT_NE(seats, nullptr);
   VirtualFiles files;
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const FileDefaults::Needs needs{files, json, bench.phone.loop, bench.phone.queues};
   {
     FileDefaults lasting("/data/defaults.json", needs);

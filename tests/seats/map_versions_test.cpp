@@ -6,13 +6,13 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 
 namespace halvora {
 namespace {
 
 std::optional<MapVersionInfo> versionsOf(const std::string& document) {
-  return mapVersionInfoFromJSON(document, RapidJsonReader());
+  return mapVersionInfoFromJSON(document, ExactJsonReader());
 }
 
 TEST(MapVersions, AreTheOutermostMembers) {

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "text/defaults_values.h"
 #include "text/numbers.h"
 
@@ -14,8 +14,8 @@ namespace halvora {
 
 namespace {
 
-const RapidJsonReader& jsonReader() {
-  static const RapidJsonReader kReader;
+const ExactJsonReader& jsonReader() {
+  static const ExactJsonReader kReader;
   return kReader;
 }
 

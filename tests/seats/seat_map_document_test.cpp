@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/seeded_random.h"
 #include "tests/seats/plain_seat_map.h"
 #include "tests/seats/seat_map_lines.h"
@@ -79,8 +79,8 @@ TEST(SeatMapDocument, DeepNestingIsReadToItsLimitAndRejectedBeyond) {
   const auto nested = [](std::size_t depth) {
     return "[" + std::string(depth, '[') + std::string(depth, ']') + "," + kListed.substr(1);
   };
-  EXPECT_FALSE(seatMapOf(nested(RapidJsonReader::kDeepestNesting - 1)).isEmpty());
-  EXPECT_TRUE(seatMapOf(nested(RapidJsonReader::kDeepestNesting)).isEmpty());
+  EXPECT_FALSE(seatMapOf(nested(ExactJsonReader::kDeepestNesting - 1)).isEmpty());
+  EXPECT_TRUE(seatMapOf(nested(ExactJsonReader::kDeepestNesting)).isEmpty());
 }
 
 TEST(SeatMapDocument, TheLargestOneIsReadAndALargerOneIsNot) {
@@ -219,7 +219,7 @@ class ChanceDocument {
 };
 
 TEST(SeatMapDocument, OfChanceGivesWhatTheRulesGiveOnATreeOfValues) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   std::size_t seats = 0;
   for (std::uint64_t seed = 1; seed <= 4000; ++seed) {
     const std::string document = ChanceDocument(seed).text();

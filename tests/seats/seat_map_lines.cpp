@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/seats/seat_map_lines.h"
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 
 namespace halvora {
 
@@ -23,7 +23,7 @@ std::vector<std::string> linesOf(const SeatMap& map) {
 }
 
 SeatMap seatMapOf(std::string_view document, const SeatMapTexts& texts) {
-  return parseSeatMapSectionsFromJSON(document, texts, RapidJsonReader());
+  return parseSeatMapSectionsFromJSON(document, texts, ExactJsonReader());
 }
 
 std::vector<std::string> linesOfDocument(std::string_view document, const SeatMapTexts& texts) {

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "seats/seat_map_availability.h"
 #include "tests/support/step_queue.h"
@@ -76,7 +76,7 @@ class SeatMapLost : public testing::Test {
     return platform;
   }
 
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   VirtualPhone phone_{json_, {}};
   OneQueue queues_;
   ShortFiles files_{phone_.virtualFiles};

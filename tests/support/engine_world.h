@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 #include "tests/support/pixmap_decoder.h"
@@ -105,7 +105,7 @@ class EngineWorld {
   void noteLook(const Broadcast& look);
   Picture pictureOfProbe();
 
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   PixmapDecoder images_;
   VirtualPhone phone_;
   std::unique_ptr<WatchedScreen> screen_;

@@ -7,7 +7,7 @@
 #include <set>
 #include <utility>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/standard/stopwatch.h"
@@ -58,7 +58,7 @@ class CrowdRun {
 
   const CrowdRequest& request_;
   const Outside& outside_;
-  const RapidJsonReader json_{};
+  const ExactJsonReader json_{};
   LinuxFiles files_;
   ThreadWorkers workers_;
   FolderBundle mainBundle_;

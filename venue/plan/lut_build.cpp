@@ -8,7 +8,7 @@
 #include <span>
 #include <utility>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/mapped_file.h"
 #include "adapters/standard/thread_workers.h"
 #include "pixelmap/frame_time.h"
@@ -105,7 +105,7 @@ class LutBuild {
 
   const LutBuildRequest& request_;
   const Outside& outside_;
-  const RapidJsonReader json_{};
+  const ExactJsonReader json_{};
   WrittenFiles written_;
   const SeatLutFiles luts_;
   const std::optional<VideoFileSignature> signature_ =

@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 
 namespace halvora {
 namespace {
@@ -45,7 +45,7 @@ class Recorder final : public JsonEvents {
 bool read(std::string_view text, JsonEvents& events, std::string* reason = nullptr) {
   const auto block = std::make_unique<char[]>(text.size());
   std::copy(text.begin(), text.end(), block.get());
-  return RapidJsonReader().read({block.get(), text.size()}, events, reason);
+  return ExactJsonReader().read({block.get(), text.size()}, events, reason);
 }
 
 std::vector<std::string> heard(std::string_view text) {

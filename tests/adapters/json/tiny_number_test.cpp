@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/file_defaults.h"
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/virtual/virtual_devices.h"
@@ -37,7 +37,7 @@ TEST(TinyNumber, InASeatMap) {
 }
 
 TEST(TinyNumber, InAScenario) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   EXPECT_TRUE(std::holds_alternative<ScenarioError>(parseScenario(kAlone, json)));
   const auto read = parseScenario(R"({"at": )" + kTiny + R"(, "start": true})", json);
   ASSERT_TRUE(std::holds_alternative<Scenario>(read));
@@ -46,7 +46,7 @@ TEST(TinyNumber, InAScenario) {
 
 TEST(TinyNumber, InThePalettes) {
   const auto palettesOf = [](const std::string& text) {
-    const auto document = RapidJsonReader().parse(text, nullptr);
+    const auto document = ExactJsonReader().parse(text, nullptr);
     EXPECT_TRUE(document) << text;
     return parsePalettes(document.value_or(JsonValue()));
   };
@@ -59,7 +59,7 @@ TEST(TinyNumber, InThePalettes) {
 
 TEST(TinyNumber, InAStringTable) {
   const TemporaryFolder folder;
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   folder.write("strings/de.json", kAlone);
   folder.write("strings/en.json", R"({"number": )" + kTiny + R"(, "text": "Hello"})");
   const FolderBundle bundle(folder.path(), "id", {"de"}, json);
@@ -71,7 +71,7 @@ TEST(TinyNumber, InATablesMeta) {
   constexpr SeatPosition kSeat{1, 2};
   const std::string video = "/video";
   VirtualFiles files;
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const SeatLutFiles luts(files, json, "/documents");
   files.put(video, "video", 0);
   files.put(luts.pixelMapSeatLUTDataURLForVideoURL(video, kSeat), std::string(4, '\0'));
@@ -85,7 +85,7 @@ TEST(TinyNumber, InATablesMeta) {
 TEST(TinyNumber, InTheDefaultsFile) {
   const std::string path = "/data/defaults.json";
   VirtualFiles files;
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualRunLoop loop;
   VirtualQueues queues(loop);
   files.put(path, kAlone);

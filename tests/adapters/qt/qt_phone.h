@@ -5,14 +5,14 @@
 
 #include "adapters/ffmpeg/ffmpeg_videos.h"
 #include "adapters/image/picture_decoder.h"
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/qt/qt_platform.h"
 
 namespace halvora {
 
 struct QtPhoneLibraries {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   LinuxFiles files;
   const PictureDecoder images;
   const FfmpegVideoAssets videoAssets;

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/qt/qt_resource_bundle.h"
 #include "adapters/virtual/virtual_bluetooth.h"
 #include "adapters/virtual/virtual_devices.h"
@@ -146,7 +146,7 @@ TEST_F(QtPlatformTest, AHostWithoutTextsShowsNoKeys) {
 }
 
 TEST_F(QtPlatformTest, AResourceBundleReadsWholeResourcesUpToALimit) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const QtResourceBundle kit(QStringLiteral(":/halvora/kit"), "kit", {"en"}, json);
   const auto table = kit.readResource("strings/en.json", 1 << 20);
   ASSERT_TRUE(table);

@@ -9,14 +9,14 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "tests/support/other_country.h"
 
 namespace halvora {
 namespace {
 
 ReadDefaults read(const std::string& text) {
-  const std::optional<JsonValue> document = RapidJsonReader().parse(text, nullptr);
+  const std::optional<JsonValue> document = ExactJsonReader().parse(text, nullptr);
   return document ? readDefaultsDocument(*document) : ReadDefaults{};
 }
 

@@ -15,7 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "adapters/standard/file_defaults.h"
 #include "adapters/standard/thread_queues.h"
@@ -76,7 +76,7 @@ class SayingFiles final : public Files {
 struct Process {
   Process(const std::string& path, Files& files) : defaults(path, {files, json, loop, queues}) {}
 
-  RapidJsonReader json;
+  ExactJsonReader json;
   VirtualRunLoop loop;
   ThreadQueues queues;
   FileDefaults defaults;

@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_devices.h"
 #include "adapters/virtual/virtual_files.h"
 #include "adapters/virtual/virtual_run_loop.h"
@@ -77,7 +77,7 @@ class FileDefaultsTest : public testing::Test {
   std::string bytes(const std::string& path) { return files.read(path, SIZE_MAX).value_or("none"); }
 
   VirtualFiles files;
-  RapidJsonReader json;
+  ExactJsonReader json;
   VirtualRunLoop loop;
   VirtualQueues queues{loop};
 };

@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "tests/adapters/standard/temporary_folder.h"
 
 namespace halvora {
@@ -31,7 +31,7 @@ class FolderBundleTest : public testing::Test {
   }
 
   TemporaryFolder folder_;
-  RapidJsonReader json_;
+  ExactJsonReader json_;
 };
 
 TEST_F(FolderBundleTest, TakesTheTableOfTheExactLanguage) {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_storage.h"
 
 namespace halvora {
@@ -20,7 +20,7 @@ struct StringTableTest : testing::Test {
   }
 
   VirtualBundle bundle{"com.halvora.sdk"};
-  RapidJsonReader json;
+  ExactJsonReader json;
 };
 
 TEST_F(StringTableTest, TheFirstLanguageThatIsThereCountsAndEnglishFillsIt) {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 
 namespace halvora {
@@ -73,7 +73,7 @@ TEST(VirtualBundle, ServesItsResourcesAndTexts) {
 }
 
 TEST(VirtualPhone, HandsOutWhatItOwns) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualBundle host("com.example.other");
   VirtualPhone phone(json, {.brightness = 0.75,
                             .bounds = {100, 200},
@@ -94,7 +94,7 @@ TEST(VirtualPhone, HandsOutWhatItOwns) {
 }
 
 TEST(VirtualPhone, DrawsTheSameAsAnyOtherPhone) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualPhone first(json);
   VirtualPhone second(json);
   for (int count = 0; count < 20; ++count) {

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_devices.h"
 #include "apps/console/desk_words.h"
 #include "apps/console/show_desk.h"
@@ -194,7 +194,7 @@ TEST(ShowRecording, IsAScenarioOfTheSamePackets) {
   }
   EXPECT_EQ(recording.packets(), 10);
 
-  const auto parsed = parseScenario(recording.text(), RapidJsonReader());
+  const auto parsed = parseScenario(recording.text(), ExactJsonReader());
   const auto* scenario = std::get_if<Scenario>(&parsed);
   ASSERT_NE(scenario, nullptr) << std::get<ScenarioError>(parsed).what;
   ASSERT_EQ(scenario->lines.size(), 12U);

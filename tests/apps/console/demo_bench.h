@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_phone.h"
@@ -74,7 +74,7 @@ class Reference {
  private:
   VirtualPhoneSetup setup();
 
-  RapidJsonReader json_;
+  ExactJsonReader json_;
   FolderBundle bundle_;
   StandardFiles files_;
   Scenario scenario_;

@@ -16,7 +16,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/broadcast.h"
 #include "faces/qt/halvora_host.h"
@@ -79,7 +79,7 @@ struct QmlBench {
     return phone.bluetooth.advertise(encodeBroadcast(onAir));
   }
 
-  const RapidJsonReader reader;
+  const ExactJsonReader reader;
   VirtualPhone phone{reader};
   HalvoraViewController controller{phone.platform()};
   QQmlEngine qml;

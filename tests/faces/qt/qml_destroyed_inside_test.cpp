@@ -111,7 +111,7 @@ struct QmlDestroyedInside : testing::Test {
     settle();
   }
 
-  const RapidJsonReader reader;
+  const ExactJsonReader reader;
   std::unique_ptr<Phone> first = std::make_unique<Phone>(reader);
   Phone second{reader};
   QQmlEngine qml;

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/folder_bundle.h"
 #include "tests/support/source_tree.h"
 
@@ -35,7 +35,7 @@ std::string contentOf(const fs::path& file) {
 
 Table tableIn(const fs::path& file) {
   Table table;
-  const RapidJsonReader reader;
+  const ExactJsonReader reader;
   const JsonReader& json = reader;
   const auto value = json.parse(contentOf(file));
   if (!value || value->object() == nullptr) {
@@ -153,7 +153,7 @@ TEST(SeatStrings, EveryTextThatIsAskedForIsThereAndNoOther) {
 }
 
 TEST(SeatStrings, ABundleSpeaksTheUsersLanguage) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const std::string kit = (kRoot / "assets/kit").string();
   EXPECT_EQ(FolderBundle(kit, "kit", {"de-AT"}, json).localizedString("hv_seat_picker_back"),
             "Zurück");

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "adapters/image/picture_decoder.h"
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "faces/qt/status_panel.h"
@@ -99,7 +99,7 @@ class StatusBench {
   /// Of the second frame: the first brings some of the layout about.
   QImage picture();
 
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const PictureDecoder decoder;
   FolderBundle kit;
   FolderBundle demo;

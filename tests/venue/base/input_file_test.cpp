@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "tests/apps/halvora/tool_runner.h"
 #include "venue/show/scenario_file.h"
 
@@ -60,7 +60,7 @@ TEST_F(InputRoom, AnInterruptionEndsTheWait) {
 }
 
 TEST_F(InputRoom, LinesOfAScenarioAreToldByTheirFile) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   const std::string good = folder.write("good", "{\"at\":0,\"start\":true}\n");
   const std::string bad = folder.write("bad", "{\"at\":0,\"start\":true}\n{\n");
   const auto scenario = readScenario(good, json, isInterrupted);

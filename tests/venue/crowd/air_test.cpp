@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 
 namespace halvora {
 namespace {
@@ -32,7 +32,7 @@ std::string line(double at, const std::string& hex, const std::string& more = ""
 }
 
 std::optional<Air> airOf(const std::string& text, const AirSettings& settings = {}) {
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   auto scenario = parseScenario(text, json);
   EXPECT_TRUE(std::holds_alternative<Scenario>(scenario));
   return Air::of(std::get<Scenario>(scenario), settings, kEnd);

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_files.h"
 #include "adapters/virtual/virtual_storage.h"
 #include "adapters/virtual/virtual_video.h"
@@ -34,7 +34,7 @@ struct CrowdBench {
   VirtualBundle main{"com.example.host"};
   VirtualBundle kit{"com.halvora.sdk"};
   const Bundles bundles{main, kit};
-  const RapidJsonReader json;
+  const ExactJsonReader json;
   VirtualFiles files;
   InlineWorkers workers;
   std::shared_ptr<const ShowAssets> assets = std::make_shared<const ShowAssets>();

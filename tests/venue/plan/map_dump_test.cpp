@@ -4,12 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 
 namespace halvora {
 namespace {
 
-const RapidJsonReader kJson;
+const ExactJsonReader kJson;
 
 std::string dump(std::string_view document, const StringTable& strings = {}) {
   return dumpSeatMap(document, strings, kJson);

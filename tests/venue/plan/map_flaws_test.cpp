@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/standard_files.h"
 #include "tests/seats/seat_map_lines.h"
 #include "tests/support/source_tree.h"
@@ -26,7 +26,7 @@ using Lines = std::vector<std::string>;
 /// "KIND COUNT: PLACE; PLACE" for each kind, in their order.
 Lines flaws(const std::string& document) {
   Lines lines;
-  for (const Finding& finding : flawsOf(document, RapidJsonReader())) {
+  for (const Finding& finding : flawsOf(document, ExactJsonReader())) {
     std::string line = finding.kind + " " + std::to_string(finding.count) + ":";
     for (std::size_t at = 0; at < finding.examples.size(); ++at) {
       line += (at > 0 ? "; " : " ") + finding.examples[at];
@@ -239,7 +239,7 @@ TEST(MapFlaws, PartsThatNobodyLooksAt) {
 TEST(MapFlaws, AllAreCountedAndFiveAreNamed) {
   std::string seats;
   for (int seat = 0; seat < 100'000; ++seat) seats += "null, ";
-  const auto found = flawsOf(R"([{"rows": [{"seats": [)" + seats + "1]}]}]", RapidJsonReader());
+  const auto found = flawsOf(R"([{"rows": [{"seats": [)" + seats + "1]}]}]", ExactJsonReader());
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].count, 100'000U);
   EXPECT_EQ(found[0].text, "100,000 entries are no seats and are passed over");

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "venue/plan/named_map.h"
 
 namespace halvora {
@@ -17,7 +17,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-const RapidJsonReader kJson;
+const ExactJsonReader kJson;
 const std::string kVersions = R"("seatVersion": 2, "mapAssetsVersion": 3)";
 
 MapReport reportOnText(const std::string& document, VenueAssets assets = {}) {

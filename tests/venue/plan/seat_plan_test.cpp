@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "tests/venue/plan/picture_probe.h"
 #include "venue/plan/named_map.h"
 
@@ -21,7 +21,7 @@ const Rgb kFirst = {76, 155, 232};
 const Rgb kSecond = {242, 193, 78};
 
 Image drawn(const std::string& document, std::uint32_t size = 1600) {
-  return drawSeatPlan(seatMapOf(document, {}, RapidJsonReader()), size);
+  return drawSeatPlan(seatMapOf(document, {}, ExactJsonReader()), size);
 }
 
 /// Seats side by side from (0, 0) to (columns - 1, rows - 1), all in one section.

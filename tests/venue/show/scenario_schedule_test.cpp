@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_run_loop.h"
 #include "venue/show/scenario_run.h"
 
@@ -18,7 +18,7 @@ namespace {
 using testing::ElementsAre;
 
 Scenario parsed(const std::string& text) {
-  return std::get<Scenario>(parseScenario(text, RapidJsonReader()));
+  return std::get<Scenario>(parseScenario(text, ExactJsonReader()));
 }
 
 // Milliseconds, and the video that tells the lines apart, or what else is done.

@@ -10,7 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 #include "tests/apps/halvora/tool_runner.h"
 
 namespace halvora {
@@ -250,7 +250,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf<Accepted>);
 
 Scenario parsed(const std::string& text) {
-  auto result = parseScenario(text, RapidJsonReader());
+  auto result = parseScenario(text, ExactJsonReader());
   if (const auto* error = std::get_if<ScenarioError>(&result)) {
     ADD_FAILURE() << error->line << ": " << error->what;
     return {};

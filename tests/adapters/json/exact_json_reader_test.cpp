@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 
 #include <limits>
 #include <string>
@@ -13,7 +13,7 @@ constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 
 std::optional<JsonValue> parse(std::string_view text) {
-  return RapidJsonReader().parse(text, nullptr);
+  return ExactJsonReader().parse(text, nullptr);
 }
 
 /// The only element of the array that `element` stands in.
@@ -249,12 +249,12 @@ TEST(JsonText, AnEscapedZeroCharacterIsPartOfAText) {
 }
 
 TEST(JsonDepth, TheDeepestNestingAllowedIsRead) {
-  constexpr std::size_t kDeepest = RapidJsonReader::kDeepestNesting;
+  constexpr std::size_t kDeepest = ExactJsonReader::kDeepestNesting;
   EXPECT_TRUE(parse(std::string(kDeepest, '[') + std::string(kDeepest, ']')));
 }
 
 TEST(JsonDepth, ADeeperDocumentIsRejected) {
-  constexpr std::size_t kTooDeep = RapidJsonReader::kDeepestNesting + 1;
+  constexpr std::size_t kTooDeep = ExactJsonReader::kDeepestNesting + 1;
   EXPECT_FALSE(parse(std::string(kTooDeep, '[') + std::string(kTooDeep, ']')));
   EXPECT_FALSE(parse(std::string(1'000'000, '[')));
   std::string objects;
@@ -271,7 +271,7 @@ TEST(JsonDepth, ManyContainersSideBySideAreNotDeep) {
 }
 
 TEST(JsonReason, IsGivenOnFailureOnly) {
-  const RapidJsonReader reader;
+  const ExactJsonReader reader;
   std::string reason = "untouched";
   EXPECT_TRUE(reader.parse("[]", &reason));
   EXPECT_EQ(reason, "untouched");
@@ -284,7 +284,7 @@ TEST(JsonReason, IsGivenOnFailureOnly) {
 }
 
 TEST(JsonReason, SaysWhatIsWrongWithTheEnd) {
-  const RapidJsonReader reader;
+  const ExactJsonReader reader;
   std::string reason;
   for (const char* text : {"null", "5", "{} x", "[1, 2", "{\"a\": 1"}) {
     EXPECT_FALSE(reader.parse(text, &reason)) << text;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "adapters/json/rapid_json_reader.h"
+#include "adapters/json/exact_json_reader.h"
 
 #include <string>
 #include <utility>
@@ -76,7 +76,7 @@ class ValueBuilder final : public JsonEvents {
 
 }  // namespace
 
-bool RapidJsonReader::read(std::string_view document, JsonEvents& events,
+bool ExactJsonReader::read(std::string_view document, JsonEvents& events,
                            std::string* reason) const {
   std::string converted;
   const std::optional<std::string_view> text = utf8Of(document, converted);
@@ -86,7 +86,7 @@ bool RapidJsonReader::read(std::string_view document, JsonEvents& events,
   return false;
 }
 
-std::optional<JsonValue> RapidJsonReader::parse(std::string_view document,
+std::optional<JsonValue> ExactJsonReader::parse(std::string_view document,
                                                 std::string* reason) const {
   ValueBuilder builder;
   if (!read(document, builder, reason)) return std::nullopt;

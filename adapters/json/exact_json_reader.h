@@ -8,7 +8,7 @@
 
 namespace halvora {
 
-class RapidJsonReader final : public JsonReader {
+class ExactJsonReader final : public JsonReader {
  public:
   /// Arrays and objects may lie this deep in each other; a deeper document is rejected.
   static constexpr std::size_t kDeepestNesting = JsonScanner::kDeepestNesting;
