@@ -47,10 +47,12 @@ struct EngineState {
 
 /// What the host wants to be told; either may be absent, and may destroy the engine.
 struct ShowCallbacks {
+  explicit ShowCallbacks(std::uint64_t& count) : failures(count) {}
+
   std::function<void()> lightShowStarted;
   std::function<void()> lightShowStopped;
   /// How many calls of either ended by an exception, which ends here: the show goes on.
-  std::uint64_t failures = 0;
+  std::uint64_t& failures;
 };
 
 }  // namespace halvora

@@ -90,6 +90,9 @@ class Scanner : private CentralManagerDelegate {
     }
   }
 
+  /// To be counted by whoever calls the host.
+  std::uint64_t& failedCallbacks() { return diagnostics_.failedCallbacks; }
+
   void startScan();
   void restartScan();
   void resetRangeCount();

@@ -81,7 +81,7 @@ void ShowEngine::viewDidLoad() {
 }
 
 ShowCallbacks& ShowEngine::callbacks() {
-  if (!callbacks_) callbacks_ = std::make_unique<ShowCallbacks>();
+  if (!callbacks_) callbacks_ = std::make_unique<ShowCallbacks>(scanner_.failedCallbacks());
   return *callbacks_;
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -153,7 +154,10 @@ double secondsOf(const timespec& time) {
 template <class Take>
 bool readFolder(const std::string& path, const Take& take) {
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
-  if (!folder) return false;
+  if (!folder) {
+    if (errno == ENOMEM) throw std::bad_alloc();
+    return false;
+  }
   for (;;) {
     errno = 0;
     const dirent* entry = readdir(folder.get());

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <ios>
+#include <new>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -60,8 +61,13 @@ constexpr bool kStreamsSeeErrors = true;
 std::optional<std::string> readFile(const std::string& path, std::size_t limit) {
   std::error_code error;
   if (!fs::is_regular_file(path, error)) return std::nullopt;
+  errno = 0;
   std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
+  if (!file) {
+    // A file that is there must not be taken for one that is not.
+    if (errno == ENOMEM) throw std::bad_alloc();
+    return std::nullopt;
+  }
   // What is read decides, not the size the file claimed before: it may be growing.
   std::string bytes;
   char block[1 << 14];

@@ -37,6 +37,8 @@ struct ScanDiagnostics {
   /// Other calls of the system that were cut short: the radio's state, the application's. What a
   /// timer began is counted by the run loop.
   std::uint64_t failedCalls = 0;
+  /// Calls of the host's two callbacks that ended by an exception, which went no further.
+  std::uint64_t failedCallbacks = 0;
   std::uint64_t operator[](PacketFate fate) const { return counts[static_cast<std::size_t>(fate)]; }
 };
 

@@ -69,6 +69,8 @@ TEST_F(FailedLook, AHostsCallbackThatThrowsLeavesTheShow) {
   bench_.engine().lightShowStartedCallback() = [] { throw std::string("the host's own"); };
   EXPECT_EQ(bench_.hear(look(3, {{&B::sequence, 5}})), PacketFate::processed);
   EXPECT_EQ(container(), 1);
+  EXPECT_EQ(bench_.engine().diagnostics().failedCallbacks, 1U);
+  EXPECT_EQ(bench_.engine().diagnostics().failedCalls, 0U);
 }
 
 }  // namespace

@@ -39,8 +39,9 @@ bool runInParts(VirtualRunLoop& loop, Duration end, const std::function<bool()>&
 bool wasShortOfMemory(const ShowEngine& engine) {
   const ScanDiagnostics& diagnostics = engine.diagnostics();
   const SeatLutFailures tables = engine.seatLuts().failures();
-  return diagnostics.failedCalls > 0 || diagnostics[PacketFate::failed] > 0 ||
-         tables[SeatLutFailure::noMemory] != 0 || tables[SeatLutFailure::noThread] != 0;
+  return diagnostics.failedCalls > 0 || diagnostics.failedCallbacks > 0 ||
+         diagnostics[PacketFate::failed] > 0 || tables[SeatLutFailure::noMemory] != 0 ||
+         tables[SeatLutFailure::noThread] != 0;
 }
 
 }  // namespace
