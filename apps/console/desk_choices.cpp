@@ -9,9 +9,8 @@
 #include <set>
 #include <system_error>
 
-#include "adapters/standard/standard_files.h"
-#include "apps/console/desk_words.h"
-#include "text/asset_paths.h"
+#include "venue/show/palette_names.h"
+#include "venue/show/show_words.h"
 
 namespace halvora {
 
@@ -28,18 +27,6 @@ QVariantList choicesOf(const std::array<const char*, kCount>& names) {
     choices.append(choice(static_cast<int>(choices.size()), QString::fromLatin1(name)));
   }
   return choices;
-}
-
-QString textOf(const JsonValue* value) {
-  return value != nullptr && value->text() != nullptr ? QString::fromStdString(*value->text())
-                                                      : QString();
-}
-
-QVariantList coloursOf(const JsonValue* value) {
-  QVariantList colours;
-  if (value == nullptr || value->array() == nullptr) return colours;
-  for (const JsonValue& colour : *value->array()) colours.append(QColor(textOf(&colour)));
-  return colours;
 }
 
 }  // namespace
@@ -62,15 +49,13 @@ QVariantList paletteChoices(const std::string& assets, const JsonReader& json) {
   QVariantMap own = choice(0, QStringLiteral("Own colour"));
   own.insert(QStringLiteral("colours"), QVariantList());
   QVariantList choices{own};
-  const auto text = readFile(assets + "/" + kPaletteFile, kLargestPaletteFile);
-  const auto document = text ? json.parse(*text) : std::nullopt;
-  const JsonValue* palettes = document ? document->find("palettes") : nullptr;
-  if (palettes == nullptr || palettes->array() == nullptr) return choices;
-  for (const JsonValue& palette : *palettes->array()) {
-    const JsonValue* id = palette.find("id");
-    if (id == nullptr || id->integer() == nullptr) continue;
-    QVariantMap entry = choice(static_cast<int>(*id->integer()), textOf(palette.find("name")));
-    entry.insert(QStringLiteral("colours"), coloursOf(palette.find("colours")));
+  for (const NamedPalette& palette : readPaletteNames(assets, json)) {
+    QVariantMap entry = choice(static_cast<int>(palette.id), QString::fromStdString(palette.name));
+    QVariantList colours;
+    for (const std::string& colour : palette.colours) {
+      colours.append(QColor(QString::fromStdString(colour)));
+    }
+    entry.insert(QStringLiteral("colours"), colours);
     choices.append(entry);
   }
   return choices;
@@ -85,7 +70,7 @@ QVariantList goboChoices(const std::string& assets) {
     std::from_chars(name.data(), name.data() + name.size(), number);
     if (number >= 1 && number <= 0xFF) numbers.insert(number);
   }
-  QVariantList choices{choice(0, QStringLiteral("None"))};
+  QVariantList choices{choice(0, QString::fromLatin1(kNoGoboName))};
   for (const int number : numbers) choices.append(choice(number, QString::number(number)));
   return choices;
 }

@@ -10,13 +10,13 @@
 
 #include "adapters/standard/standard_files.h"
 #include "apps/console/desk_choices.h"
-#include "apps/console/desk_words.h"
 #include "engine/inside.h"
 #include "faces/qt/halvora_host.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "seats/seat_storage.h"
 #include "text/seat_defaults.h"
+#include "venue/show/show_words.h"
 
 namespace halvora {
 

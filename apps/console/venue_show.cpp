@@ -6,10 +6,10 @@
 #include <new>
 #include <utility>
 
-#include "apps/console/desk_words.h"
 #include "engine/broadcast.h"
 #include "seats/seat_map_document.h"
 #include "text/asset_paths.h"
+#include "venue/show/show_words.h"
 
 namespace halvora {
 

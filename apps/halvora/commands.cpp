@@ -15,6 +15,7 @@
 #include "apps/halvora/lut_commands.h"
 #include "apps/halvora/map_commands.h"
 #include "apps/halvora/packet_commands.h"
+#include "apps/halvora/show_commands.h"
 #include "apps/halvora/trace_command.h"
 #include "apps/halvora/transmit_command.h"
 
@@ -29,6 +30,7 @@ constexpr const char* kPurpose =
 constexpr CommandGroup kPacket{"packet", "decode or encode show packets"};
 constexpr CommandGroup kMap{
     "map", "look at a venue's seat map: what is in it, what is wrong, how it looks"};
+constexpr CommandGroup kShow{"show", "check a show that a person wrote, or compile it to packets"};
 constexpr CommandGroup kLut{"lut", "build seat tables from a pixel map's video, or show them"};
 
 constexpr std::array kCommands = {
@@ -42,6 +44,9 @@ constexpr std::array kCommands = {
     CommandRow{&kLut, "build", "take the colours of seats out of a video and keep them as tables",
                makeLutBuildCommand},
     CommandRow{&kLut, "show", "print a table that was kept", makeLutShowCommand},
+    CommandRow{&kShow, "check", "count what a show sends and list what is wrong with it",
+               makeShowCheckCommand},
+    CommandRow{&kShow, "compile", "write a show's packets as a scenario", makeShowCompileCommand},
     CommandRow{nullptr, "crowd", "run a whole venue's phones through a scenario and show them",
                makeCrowdCommand},
     CommandRow{nullptr, "listen", "print the show packets that are in the air", makeListenCommand},
@@ -75,6 +80,7 @@ CommandResult runCommand(int argumentCount, const char* const* arguments, const 
     result = failed(error.what());
   }
   result.error = oneLine(std::move(result.error));
+  for (std::string& line : result.more) line = oneLine(std::move(line));
   return result;
 }
 

@@ -42,6 +42,10 @@ int main(int argumentCount, char** arguments) {
     outside.terminal = {[](std::string_view text) { writeTo(stderr, text); },
                         [&watch] { return watch.elapsed(); }};
   }
+  outside.messages = [](std::string_view lines) {
+    writeTo(stderr, lines);
+    return true;
+  };
   halvora::WholeLines output(STDOUT_FILENO);
   const halvora::CommandResult result =
       halvora::runCommand(argumentCount, arguments, outside,
@@ -49,5 +53,6 @@ int main(int argumentCount, char** arguments) {
   // Whoever closes the pipe has what they wanted.
   if (output.isClosed()) return 0;
   if (!result.error.empty()) std::fprintf(stderr, "halvora: %s\n", result.error.c_str());
+  for (const std::string& line : result.more) std::fprintf(stderr, "halvora: %s\n", line.c_str());
   return result.status;
 }

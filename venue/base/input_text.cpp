@@ -29,7 +29,7 @@ std::optional<std::uint64_t> decimal(std::string_view text, std::uint64_t larges
   for (const char character : text) {
     if (character < '0' || character > '9') return std::nullopt;
     const auto digit = static_cast<std::uint64_t>(character - '0');
-    if (value > (largest - digit) / 10) return std::nullopt;
+    if (digit > largest || value > (largest - digit) / 10) return std::nullopt;
     value = value * 10 + digit;
   }
   return value;

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "halvora/platform/image.h"
 #include "halvora/platform/movie_writer.h"
@@ -17,6 +18,7 @@
 
 namespace halvora {
 
+class LiveGround;
 class Radio;
 class Transmitter;
 
@@ -28,6 +30,8 @@ struct CommandResult {
   int status = 0;
   /// One line, for standard error; empty for none.
   std::string error;
+  /// Further lines, where an input has several faults.
+  std::vector<std::string> more = {};
 };
 
 /// A picture as the bytes of a file, empty where that failed.
@@ -58,6 +62,10 @@ struct Outside {
   std::function<std::unique_ptr<Radio>(const std::string& adapter)> openRadio = {};
   /// The machine's transmitter, likewise.
   std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
+  /// Where a show is played from, likewise.
+  std::function<std::unique_ptr<LiveGround>()> openLive = {};
+  /// Whole lines for standard error while a command runs; absent where nobody reads them.
+  Output messages = {};
 };
 
 struct Call {

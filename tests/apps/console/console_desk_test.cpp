@@ -10,11 +10,11 @@
 
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_devices.h"
-#include "apps/console/desk_words.h"
 #include "apps/console/show_desk.h"
 #include "apps/console/show_recording.h"
 #include "light/mode_tables.h"
 #include "venue/show/scenario.h"
+#include "venue/show/show_words.h"
 
 namespace halvora {
 namespace {

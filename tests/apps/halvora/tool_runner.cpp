@@ -40,15 +40,21 @@ ToolRun runTool(const std::vector<std::string>& arguments, const ToolSetup& setu
                   setup.terminal, pixmapOfImage};
   outside.openRadio = setup.openRadio;
   outside.openTransmitter = setup.openTransmitter;
+  outside.openLive = setup.openLive;
   ToolRun run;
   const Output output = setup.output ? setup.output : [&](std::string_view text) {
     if (setup.isOutputClosed) return false;
     run.output += text;
     return true;
   };
+  outside.messages = [&run](std::string_view lines) {
+    run.messages += lines;
+    return true;
+  };
   CommandResult result = runCommand(static_cast<int>(words.size()), words.data(), outside, output);
   run.status = result.status;
   run.error = std::move(result.error);
+  for (const std::string& line : result.more) run.error += "\n" + line;
   return run;
 }
 

@@ -19,6 +19,8 @@ struct ToolRun {
   int status = 0;
   std::string output;
   std::string error;
+  /// What it said on standard error while it ran.
+  std::string messages;
 };
 
 /// What is around a run, where it is not what a script has: files as `WordVideos` reads them, no
@@ -32,6 +34,7 @@ struct ToolSetup {
   /// None where they are absent.
   std::function<std::unique_ptr<Radio>(const std::string& adapter)> openRadio = {};
   std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
+  std::function<std::unique_ptr<LiveGround>()> openLive = {};
   /// Nothing can be written to the result's text.
   bool isOutputClosed = false;
 };

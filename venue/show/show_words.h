@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The desk's words for what a packet carries: names of the modes, and what a field's value means.
-// Values, any thread.
+// The words for what a packet carries, on a desk and in a show that a person writes: names of the
+// modes, and what a field's value means. Values, any thread.
 #pragma once
 
 #include <array>
@@ -26,6 +26,9 @@ inline constexpr std::array<const char*, 10> kTorchModeNames = {
 
 inline constexpr std::array<const char*, 4> kVibrationNames = {"None", "Light tap", "Heavy tap",
                                                                "Buzz"};
+
+/// Gobos are pictures with numbers; only their absence has a name.
+inline constexpr const char* kNoGoboName = "None";
 
 /// What a phone does that is in a mode, as the rest of a sentence.
 std::string statusOf(bool isInsideVenue, std::uint32_t mode);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/console/desk_words.h"
+#include "venue/show/show_words.h"
 
 #include "light/mode_tables.h"
 #include "light/palettes.h"
