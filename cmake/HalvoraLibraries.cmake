@@ -50,6 +50,14 @@ else()
   message(STATUS "FFmpeg's libraries not found: no video decoder, no halvora command")
 endif()
 
+# The one that has the cipher of show keys.
+if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
+  pkg_check_modules(HALVORA_NETTLE QUIET IMPORTED_TARGET nettle)
+endif()
+if(NOT TARGET PkgConfig::HALVORA_NETTLE)
+  message(STATUS "nettle not found: no show keys")
+endif()
+
 # And the one that speaks D-Bus.
 if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
   pkg_check_modules(HALVORA_SYSTEMD QUIET IMPORTED_TARGET libsystemd)

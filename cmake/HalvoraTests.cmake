@@ -22,6 +22,9 @@ endif()
 if(NOT HALVORA_YAML_FOUND)
   list(APPEND elsewhere tests/venue/show/cue_ tests/venue/show/yaml_ tests/apps/halvora/show_)
 endif()
+if(NOT TARGET halvora_nettle)
+  list(APPEND elsewhere tests/adapters/nettle/ tests/apps/halvora/signed_packets_)
+endif()
 if(NOT HALVORA_BUS_FOUND)
   list(APPEND elsewhere
     tests/adapters/linux/services/ tests/adapters/linux/bus/ tests/venue/air/)
@@ -69,7 +72,7 @@ if(HALVORA_TEST_SUITES)
 endif()
 halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
   LINK halvora_tool $<TARGET_NAME_IF_EXISTS:halvora_image>
-    $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> halvora_json halvora_virtual
+    $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> $<TARGET_NAME_IF_EXISTS:halvora_nettle> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)
 if(TARGET halvora_tests)
   # Tests are compiled far longer than they run: only what they test is worth optimising.

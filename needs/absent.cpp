@@ -18,6 +18,7 @@
 #include "halvora/platform/http.h"
 #include "halvora/platform/image.h"
 #include "halvora/platform/json.h"
+#include "halvora/platform/message_codes.h"
 #include "halvora/platform/random.h"
 #include "halvora/platform/screen.h"
 #include "halvora/platform/serial_queues.h"
@@ -125,6 +126,11 @@ class AbsentHttp final : public HttpClient {
 class AbsentImages final : public ImageDecoder {
  public:
   std::optional<Image> decode(std::string_view /*bytes*/) const override { return std::nullopt; }
+};
+
+class AbsentCodes final : public MessageCodes {
+ public:
+  std::unique_ptr<MessageCode> withKey(const ShowKey& /*key*/) const override { return nullptr; }
 };
 
 class AbsentJson final : public JsonReader {
@@ -245,6 +251,7 @@ Haptics& haptics() { return onlyOne<AbsentHaptics>(); }
 HttpClient& http() { return onlyOne<AbsentHttp>(); }
 const ImageDecoder& images() { return onlyOne<AbsentImages>(); }
 const JsonReader& json() { return onlyOne<AbsentJson>(); }
+const MessageCodes& codes() { return onlyOne<AbsentCodes>(); }
 SerialQueues& queues() { return onlyOne<AbsentQueues>(); }
 Random& random() { return onlyOne<AbsentRandom>(); }
 Screen& screen() { return onlyOne<AbsentScreen>(); }

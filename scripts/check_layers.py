@@ -17,7 +17,8 @@ FACE = "include/halvora"
 CORE = ["needs", "text", "light", "usage", "pixelmap", "engine", "seats", "host"]
 ADAPTERS = [
     f"adapters/{name}"
-    for name in ("standard", "json", "image", "ffmpeg", "linux", "virtual", "qt", "system")
+    for name in ("standard", "json", "image", "ffmpeg", "nettle", "linux", "virtual", "qt",
+                 "system")
 ]
 FACES = ["faces/qt"]
 VENUE = ["venue/base", "venue/show", "venue/plan", "venue/crowd", "venue/air"]
@@ -39,11 +40,12 @@ MAY_INCLUDE = {
     "adapters/json": [FACE, "text"],
     "adapters/image": [FACE],
     "adapters/ffmpeg": [FACE, "adapters/standard"],
+    "adapters/nettle": [FACE],
     "adapters/linux": [FACE, "adapters/standard"],
     "adapters/virtual": [FACE, "adapters/standard"],
     "adapters/qt": [FACE, "faces/qt", "adapters/standard"],
     "adapters/system": [FACE, "faces/qt", *(f"adapters/{name}" for name in
-                        ("json", "image", "ffmpeg", "linux", "qt"))],
+                        ("json", "image", "ffmpeg", "nettle", "linux", "qt"))],
     "venue/base": BELOW_VENUE,
     "venue/show": [*BELOW_VENUE, "venue/base"],
     "venue/plan": [*BELOW_VENUE, "venue/base", "venue/show"],

@@ -13,6 +13,9 @@
 #include "apps/halvora/commands.h"
 #include "apps/halvora/interruption.h"
 #include "apps/halvora/whole_lines.h"
+#ifdef HALVORA_HAS_CIPHER
+#include "adapters/nettle/nettle_codes.h"
+#endif
 #ifdef HALVORA_HAS_BLUETOOTH
 #include "venue/air/system_radio.h"
 #include "venue/air/system_transmitter.h"
@@ -34,6 +37,10 @@ int main(int argumentCount, char** arguments) {
   outside.encodePicture = halvora::pngOf;
   const halvora::FfmpegMovies movies;
   outside.movies = &movies;
+#ifdef HALVORA_HAS_CIPHER
+  const halvora::NettleCodes codes;
+  outside.codes = &codes;
+#endif
 #ifdef HALVORA_HAS_BLUETOOTH
   outside.openRadio = [](const std::string& adapter) { return halvora::openSystemRadio(adapter); };
   outside.openTransmitter = [] { return halvora::openSystemTransmitter(); };

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "halvora/platform/image.h"
+#include "halvora/platform/message_codes.h"
 #include "halvora/platform/movie_writer.h"
 #include "halvora/platform/time.h"
 #include "halvora/platform/video_asset.h"
@@ -55,6 +56,8 @@ struct Outside {
   Terminal terminal = {};
   /// Null where pictures cannot be written.
   PictureEncoder encodePicture = nullptr;
+  /// Null where there is no cipher for show keys.
+  const MessageCodes* codes = nullptr;
   /// Null where movies cannot be written.
   const MovieWriters* movies = nullptr;
   /// The machine's radio, never null, on that adapter ("hci1") or, where none is named, on

@@ -21,7 +21,7 @@ std::string refusalOf(std::span<const std::uint8_t> data, BroadcastFormat format
 
 }  // namespace
 
-std::string describePacket(std::span<const std::uint8_t> data) {
+std::string describePacket(std::span<const std::uint8_t> data, const TagCheck& isTagGood) {
   JsonLine line;
   line.begin();
   const BroadcastFormat format = formatOf(data);
@@ -40,6 +40,10 @@ std::string describePacket(std::span<const std::uint8_t> data) {
       .add("cueToken", std::int64_t{cueToken(broadcast)})
       .add("speedPercent", std::int64_t{percentageSpeed(broadcast.speed)})
       .add("ledSpeedPercent", std::int64_t{percentageSpeed(broadcast.ledSpeed)});
+  if (const auto packet = signedBroadcastIn(data)) {
+    line.add("tag", NSDataToHex(tagIn(*packet)));
+    if (isTagGood) line.add("tagValid", isTagGood(*packet));
+  }
   return std::string(line.end());
 }
 

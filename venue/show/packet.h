@@ -3,13 +3,20 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 
+#include "engine/signed_broadcast.h"
+
 namespace halvora {
 
-/// One JSON object on one line: the fields as transmitted and what follows from them, or why the
-/// data is no packet of ours.
-std::string describePacket(std::span<const std::uint8_t> data);
+/// Whether the tag of a signed packet is good.
+using TagCheck = std::function<bool(SignedBroadcastView packet)>;
+
+/// One JSON object on one line: the fields as transmitted and what follows from them, its tag if it
+/// has one and, where it can be checked, whether that is good; or why the data is no packet of
+/// ours.
+std::string describePacket(std::span<const std::uint8_t> data, const TagCheck& isTagGood = {});
 
 }  // namespace halvora

@@ -49,6 +49,8 @@ struct Platform {
   NeedRef<const VideoAssets> videoAssets = absent::videoAssets();
   /// Absent: nothing is done side by side.
   NeedRef<Workers> workers = absent::workers();
+  /// Absent: no tag of a packet is good.
+  NeedRef<const MessageCodes> codes = absent::codes();
 };
 
 }  // namespace halvora

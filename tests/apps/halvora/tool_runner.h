@@ -35,6 +35,7 @@ struct ToolSetup {
   std::function<std::unique_ptr<Radio>(const std::string& adapter)> openRadio = {};
   std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
   std::function<std::unique_ptr<LiveGround>()> openLive = {};
+  const MessageCodes* codes = nullptr;
   /// Nothing can be written to the result's text.
   bool isOutputClosed = false;
 };

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+// Message authentication codes: whether bytes come from somebody who has a key, and are as they
+// were. AES-CMAC with 128 bits, NIST SP 800-38B and RFC 4493. Main thread.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "halvora/platform/need.h"
+
+namespace halvora {
+
+/// The secret of a show: 16 bytes that its transmitters and the applications of its audience share.
+/// Whoever reads it can sign. Its memory is wiped when it goes; it is never printed.
+class ShowKey {
+ public:
+  static constexpr std::size_t kSize = 16;
+
+  explicit ShowKey(std::span<const std::uint8_t, kSize> bytes) {
+    std::ranges::copy(bytes, bytes_.begin());
+  }
+  ShowKey(const ShowKey&) = default;
+  ShowKey& operator=(const ShowKey&) = default;
+  ~ShowKey() {
+    // Written through a volatile, because nobody reads it any more and a compiler would leave it.
+    for (volatile std::uint8_t& byte : bytes_) byte = 0;
+  }
+
+  std::span<const std::uint8_t, kSize> bytes() const { return bytes_; }
+
+ private:
+  std::array<std::uint8_t, kSize> bytes_{};
+};
+
+/// The codes of one key.
+class MessageCode : public Need {
+ public:
+  using Code = std::array<std::uint8_t, 16>;
+  /// Of any bytes, none included. Allocates nothing and cannot fail.
+  virtual Code of(std::span<const std::uint8_t> message) = 0;
+};
+
+class MessageCodes : public Need {
+ public:
+  /// Null where there is no cipher. The key is not kept longer than the code, nor as it is.
+  virtual std::unique_ptr<MessageCode> withKey(const ShowKey& key) const = 0;
+};
+
+}  // namespace halvora

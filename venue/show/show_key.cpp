@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "venue/show/show_key.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "venue/base/input_text.h"
+
+namespace halvora {
+
+namespace {
+
+/// More than any key with white space around it that somebody means.
+constexpr std::size_t kLongestFile = 256;
+constexpr std::string_view kBlank = " \t\r\n";
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+/// A file's first bytes, wiped when they go.
+struct KeyText {
+  KeyText() = default;
+  ~KeyText() { explicit_bzero(bytes.data(), bytes.size()); }
+  KeyText(const KeyText&) = delete;
+  KeyText& operator=(const KeyText&) = delete;
+
+  std::string_view text() const {
+    const std::string_view all(bytes.data(), size);
+    const std::size_t begin = all.find_first_not_of(kBlank);
+    if (begin == std::string_view::npos) return {};
+    return all.substr(begin, all.find_last_not_of(kBlank) + 1 - begin);
+  }
+
+  std::array<char, kLongestFile> bytes{};
+  std::size_t size = 0;
+};
+
+/// False, with the system's reason in `errno`, where it cannot be read.
+bool readInto(KeyText& key, int file) {
+  while (key.size < key.bytes.size()) {
+    const ssize_t count = read(file, key.bytes.data() + key.size, key.bytes.size() - key.size);
+    if (count == 0) return true;
+    if (count < 0) return false;
+    key.size += static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+std::optional<std::uint8_t> digitOf(char character) {
+  if (character >= '0' && character <= '9') return static_cast<std::uint8_t>(character - '0');
+  if (character >= 'a' && character <= 'f') return static_cast<std::uint8_t>(character - 'a' + 10);
+  if (character >= 'A' && character <= 'F') return static_cast<std::uint8_t>(character - 'A' + 10);
+  return std::nullopt;
+}
+
+std::optional<ShowKey> keyOf(std::string_view text) {
+  if (text.size() != 2 * ShowKey::kSize) return std::nullopt;
+  // Wiped when it goes, as a bare array would not be.
+  std::array<std::uint8_t, ShowKey::kSize> bytes{};
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
+    const auto high = digitOf(text[2 * at]);
+    const auto low = digitOf(text[2 * at + 1]);
+    if (!high || !low) return std::nullopt;
+    bytes[at] = static_cast<std::uint8_t>(*high << 4 | *low);
+  }
+  std::optional<ShowKey> key(bytes);
+  explicit_bzero(bytes.data(), bytes.size());
+  return key;
+}
+
+}  // namespace
+
+std::variant<ShowKey, CommandResult> readShowKey(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  struct stat facts {};
+  if (file.number() < 0 || fstat(file.number(), &facts) != 0) {
+    return unusable(path + ": " + std::strerror(errno) + " (--show-key)");
+  }
+  if ((facts.st_mode & (S_IRGRP | S_IROTH)) != 0) {
+    return unusable(path +
+                    ": others may read this show key; allow only its owner, as by chmod 600");
+  }
+  KeyText text;
+  if (!readInto(text, file.number())) {
+    return unusable(path + ": " + std::strerror(errno) + " (--show-key)");
+  }
+  if (auto key = keyOf(text.text())) return *key;
+  return unusable(path + ": a show key is 32 hexadecimal digits and nothing else");
+}
+
+std::variant<std::unique_ptr<MessageCode>, CommandResult> readShowCode(const std::string& path,
+                                                                       const MessageCodes* codes) {
+  auto key = readShowKey(path);
+  if (auto* refusal = std::get_if<CommandResult>(&key)) return std::move(*refusal);
+  auto code = codes != nullptr ? codes->withKey(std::get<ShowKey>(key)) : nullptr;
+  if (code == nullptr) return failed("this build has no cipher for show keys");
+  return code;
+}
+
+std::variant<std::uint32_t, CommandResult> readEpoch(const std::string& text) {
+  const auto value = decimal(text, std::numeric_limits<std::uint32_t>::max());
+  if (value) return static_cast<std::uint32_t>(*value);
+  return unusable("--epoch must be whole minutes since 1970, 0 to 4294967295, not \"" + text +
+                  "\"");
+}
+
+}  // namespace halvora
