@@ -2,12 +2,13 @@
 # The Qt Quick face, the demo, the tests of both, and the benchmarks of the face.
 find_package(Qt6 6.4 QUIET COMPONENTS Core Gui Network Qml Quick QuickControls2)
 if(NOT Qt6_FOUND)
-  message(STATUS "Qt 6.4 not found: no Qt Quick face, no demo")
-  return()
+  message(FATAL_ERROR "HALVORA_QT needs Qt 6.4 (Debian: qt6-base-dev, qt6-declarative-dev): install "
+    "it, or configure with -DHALVORA_QT=OFF")
 endif()
 if(NOT TARGET halvora_image OR NOT TARGET halvora_ffmpeg)
-  message(STATUS "Pictures or videos cannot be read: no Qt Quick face, no demo")
-  return()
+  message(FATAL_ERROR "HALVORA_QT needs readers of pictures and videos (Debian: libpng-dev, "
+    "libturbojpeg0-dev, libjpeg62-turbo-dev, libavformat-dev, libavcodec-dev): install them, or "
+    "configure with -DHALVORA_QT=OFF")
 endif()
 find_package(Qt6 6.4 QUIET OPTIONAL_COMPONENTS Multimedia)
 qt_standard_project_setup()

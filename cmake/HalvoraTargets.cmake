@@ -61,18 +61,24 @@ function(halvora_collect)
 endfunction()
 
 # The headers are a public header set: `all_verify_interface_header_sets` compiles each one alone.
-# FLAGS are compiler flags that the other libraries do not have.
+# FLAGS are compiler flags that the other libraries do not have. COMPONENT is the name under which a
+# library is installed; one without is only ever a part of our own programs.
 function(halvora_library target)
-  cmake_parse_arguments(arg "" "" "FILES;FOLDERS;EXCLUDE;LINK;PRIVATE_LINK;FLAGS" ${ARGN})
+  cmake_parse_arguments(arg "" "COMPONENT" "FILES;FOLDERS;EXCLUDE;LINK;PRIVATE_LINK;FLAGS" ${ARGN})
   halvora_collect(FILES ${arg_FILES} FOLDERS ${arg_FOLDERS} EXCLUDE ${arg_EXCLUDE})
   if(sources)
     set(scope PUBLIC)
-    add_library(${target} STATIC ${sources})
+    set(kind STATIC)
+    if(arg_COMPONENT)
+      # Shared, where the build asks for that.
+      set(kind)
+    endif()
+    add_library(${target} ${kind} ${sources})
     halvora_own(${target})
     set_target_properties(${target} PROPERTIES UNITY_BUILD ${HALVORA_UNITY})
     target_link_libraries(${target} PRIVATE ${arg_PRIVATE_LINK})
     target_compile_options(${target} PRIVATE ${arg_FLAGS})
-    if(target STREQUAL halvora_core OR arg_FLAGS)
+    if(target STREQUAL halvora_core OR arg_FLAGS OR BUILD_SHARED_LIBS)
       halvora_precompile(${target})
     else()
       halvora_precompiled_in(${target} halvora_core)
@@ -84,12 +90,32 @@ function(halvora_library target)
   endif()
   add_library(halvora::${target} ALIAS ${target})
   target_include_directories(${target} ${scope}
-    "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
+    "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR};${PROJECT_SOURCE_DIR}/include>")
   target_link_libraries(${target} ${scope} ${arg_LINK})
+  if(arg_COMPONENT)
+    halvora_component(${target} ${arg_COMPONENT})
+    # What is installed has no set of headers of its own: most of these are not.
+    add_library(${target}_headers INTERFACE)
+    target_link_libraries(${target}_headers INTERFACE ${target})
+    string(APPEND target _headers)
+    set(scope INTERFACE)
+  endif()
   if(headers)
     target_sources(${target}
       ${scope} FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${headers})
   endif()
+endfunction()
+
+# What makes a library of the kit a component: its names outside, and where hosts find its headers.
+# HALVORA_COMPONENTS lists all of them, HALVORA_TARGET_OF_… their targets.
+function(halvora_component target component)
+  add_library(Halvora::${component} ALIAS ${target})
+  target_include_directories(${target} INTERFACE "$<INSTALL_INTERFACE:${HALVORA_INSTALL_INCLUDE}>")
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${component} DEFINE_SYMBOL ""
+    VERSION "${PROJECT_VERSION}" SOVERSION "${HALVORA_ABI}")
+  set_property(GLOBAL APPEND PROPERTY HALVORA_COMPONENTS ${component})
+  set_property(GLOBAL PROPERTY HALVORA_TARGET_OF_${component} ${target})
 endfunction()
 
 function(halvora_program target)

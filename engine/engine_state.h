@@ -8,12 +8,11 @@
 #include <vector>
 
 #include "engine/scanner.h"
+#include "halvora/platform/user_defaults.h"
 #include "light/palettes.h"
 #include "light/show_state.h"
 
 namespace halvora {
-
-class UserDefaults;
 
 /// The seat as the engine last read it from the defaults, and the pixel map of the look in force.
 struct SeatState {

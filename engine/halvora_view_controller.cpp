@@ -19,7 +19,7 @@ HalvoraViewController::HalvoraViewController(const Platform& platform, const Eng
 HalvoraViewController::HalvoraViewController(std::unique_ptr<ShowEngine> inside)
     : inside_(std::move(inside)) {}
 
-std::unique_ptr<HalvoraViewController> controllerOf(std::unique_ptr<ShowEngine> inside) {
+std::unique_ptr<HalvoraViewController> v0::controllerOf(std::unique_ptr<ShowEngine> inside) {
   return std::unique_ptr<HalvoraViewController>(new HalvoraViewController(std::move(inside)));
 }
 

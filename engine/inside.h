@@ -8,6 +8,8 @@
 #include "halvora/engine.h"
 
 namespace halvora {
+// Friends of the public engine, and so in its namespace.
+inline namespace v0 {
 
 /// As long as the engine lives.
 inline ShowEngine& insideOf(HalvoraViewController& engine) { return *engine.inside_; }
@@ -16,4 +18,5 @@ inline const ShowEngine& insideOf(const HalvoraViewController& engine) { return 
 /// The public face of an engine that was made in an unusual way.
 std::unique_ptr<HalvoraViewController> controllerOf(std::unique_ptr<ShowEngine> inside);
 
+}  // namespace v0
 }  // namespace halvora

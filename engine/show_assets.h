@@ -9,12 +9,11 @@
 #include <vector>
 
 #include "halvora/platform/bundle.h"
+#include "halvora/platform/json.h"
 #include "light/gobo_animator.h"
 #include "light/palettes.h"
 
 namespace halvora {
-
-class JsonReader;
 
 struct ShowAssets {
   std::vector<Palette> palettes;

@@ -11,6 +11,11 @@
 #include "engine/broadcast.h"
 #include "engine/engine_state.h"
 #include "halvora/diagnostics.h"
+#include "halvora/platform/application.h"
+#include "halvora/platform/haptics.h"
+#include "halvora/platform/random.h"
+#include "halvora/platform/screen.h"
+#include "halvora/platform/user_defaults.h"
 #include "halvora/witness.h"
 #include "light/palettes.h"
 #include "light/show_parts.h"
@@ -18,14 +23,9 @@
 
 namespace halvora {
 
-class Application;
 class BrightnessRamps;
-class Haptics;
-class Random;
-class Screen;
 class ScreenModes;
 class TimerSet;
-class UserDefaults;
 class ViewStack;
 
 /// A look on its way through the steps.

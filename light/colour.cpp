@@ -18,7 +18,7 @@ constexpr std::uint8_t byteAt(std::uint64_t number, unsigned shift) {
 
 }  // namespace
 
-Colour colorFromHexString(std::string_view text) {
+Colour v0::colorFromHexString(std::string_view text) {
   std::uint64_t number = 0;
   std::size_t at = 1;
   // A first character of several bytes is one character all the same.
@@ -31,13 +31,13 @@ Colour colorFromHexString(std::string_view text) {
   return colourOfBytes(byteAt(number, 16), byteAt(number, 8), byteAt(number, 0));
 }
 
-MaybeColour darkerColorForColor(const MaybeColour& colour) {
+MaybeColour v0::darkerColorForColor(const MaybeColour& colour) {
   if (!colour) return std::nullopt;
   const auto darker = [](float level) { return std::max(level - kDarkening, 0.0F); };
   return Colour{darker(colour->red), darker(colour->green), darker(colour->blue), colour->alpha};
 }
 
-Colour mix(const Colour& from, const Colour& to, float share) {
+Colour v0::mix(const Colour& from, const Colour& to, float share) {
   const auto between = [share](float a, float b) { return a + (b - a) * share; };
   return {between(from.red, to.red), between(from.green, to.green), between(from.blue, to.blue),
           between(from.alpha, to.alpha)};

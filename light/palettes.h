@@ -7,11 +7,10 @@
 #include <vector>
 
 #include "halvora/colour.h"
+#include "halvora/platform/json.h"
 #include "halvora/platform/random.h"
 
 namespace halvora {
-
-class JsonValue;
 
 struct Palette {
   std::int64_t id = 0;

@@ -7,14 +7,13 @@
 #include <memory>
 #include <string>
 
+#include "halvora/platform/files.h"
 #include "halvora/platform/video_player.h"
 #include "light/show_parts.h"
 #include "light/show_state.h"
 #include "light/view_stack.h"
 
 namespace halvora {
-
-class Files;
 
 class SynchronisedVideo final : public VideoPart {
  public:

@@ -239,7 +239,7 @@ Nothing& onlyOne() {
 
 }  // namespace
 
-namespace absent {
+namespace v0::absent {
 
 Application& application() { return onlyOne<AbsentApplication>(); }
 BluetoothCentral& bluetooth() { return onlyOne<AbsentBluetooth>(); }
@@ -261,6 +261,6 @@ const VideoPlayers& videoPlayers() { return onlyOne<AbsentPlayers>().players; }
 WallClock& wallClock() { return onlyOne<AbsentWallClock>(); }
 Workers& workers() { return onlyOne<AbsentWorkers>(); }
 
-}  // namespace absent
+}  // namespace v0::absent
 
 }  // namespace halvora

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Every header and source compiles alone: it includes what it uses, though the build precompiles
-headers. Syntax only.
+headers. Syntax only. What a host may include sees nothing but its own folder, as in a host.
 
 check_alone.py BUILD_FOLDER [--all] [--jobs N]
 
 Without --all: the files that changed since what landed last (or in the last commits), and a tenth of
-the others, another one with each commit. A file that passed is not compiled again before something
+the others, another one with each commit, and all that a host may include. A file that passed is not compiled again before something
 changes that it depends on.
 """
 
@@ -20,6 +20,15 @@ from selection import ROOT, Build, Stamps, changed_files, key_of, selected
 
 MOST_CHANGED = 120
 SHARE = 10
+FACE = "include/"
+
+
+def words_for(path, words):
+    """What compiles that file, without debug information."""
+    words = [word for word in words if word != "-g1"]
+    if path.startswith(FACE):
+        words = [word for word in words if not word.startswith("-I")] + [f"-I{ROOT / FACE}"]
+    return words
 
 
 def main():
@@ -34,11 +43,12 @@ def main():
     changed = None if arguments.all else changed_files()
     chosen = sorted(files)
     if changed is not None:
-        chosen = selected(files, changed, SHARE, MOST_CHANGED)
+        face = {path for path in files if path.startswith(FACE)}
+        chosen = sorted(face.union(selected(files, changed, SHARE, MOST_CHANGED)))
     stamps = Stamps(build.folder / "alone")
 
     def check(path):
-        words = [word for word in build.sources[files[path]]["words"] if word != "-g1"]
+        words = words_for(path, build.sources[files[path]]["words"])
         depends = build.depends_of(files[path]) or {path}
         hashes = [f"{name} {build.hash_of(name)}" for name in sorted(depends)]
         key = key_of(path, *words, *hashes)

@@ -94,6 +94,9 @@ BANNED = [
     ),
 ]
 
+# The namespace of what a host may include carries the major version.
+OPENS_VERSION = re.compile(r"^inline namespace HALVORA_PUBLIC v\d+ {$", re.MULTILINE)
+
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)')
 COMMENT = re.compile(r'//[^\n]*|/\*.*?\*/|("(?:\\.|[^"\\\n])*")', re.DOTALL)
 GENERATED = re.compile(r"(^|/)(moc_\w+\.cpp|\w+\.moc)$")
@@ -147,7 +150,10 @@ def complaints(root):
             if path.split("/")[0] in WINGS:
                 yield path, 1, "a file of a wing, in no room of the table"
             continue
-        lines = without_comments(file.read_text(encoding="utf-8")).split("\n")
+        text = without_comments(file.read_text(encoding="utf-8"))
+        if folder == FACE and "namespace halvora" in text and not OPENS_VERSION.search(text):
+            yield path, 1, "its names are not in the namespace of the major version (version.h)"
+        lines = text.split("\n")
         for number, line in enumerate(lines, 1):
             if include := INCLUDE.match(line):
                 quoted, angled = include.groups()
@@ -171,7 +177,8 @@ def check(root):
 
 GOOD = {
     "include/halvora/platform/run_loop.h": '#include <vector>\n#include "halvora/platform/task.h"\n',
-    "include/halvora/engine.h": '#include "halvora/platform/platform.h"\n',
+    "include/halvora/engine.h": '#include "halvora/platform/platform.h"\n'
+    "namespace halvora {\nclass Inside;\ninline namespace HALVORA_PUBLIC v0 {\n}\n}\n",
     "adapters/standard/queues.cpp": "#include <thread>\nauto t = std::chrono::steady_clock::now();\n",
     "adapters/virtual/phone.h": '#include "adapters/standard/random.h"\n',
     "adapters/json/reader.cpp": "#include <rapidjson/reader.h>\n",
@@ -196,6 +203,7 @@ BAD = {
         '#include "include/halvora/light.h"',
         "#include <QString>",
         "std::thread worker;",
+        "namespace halvora {",
     ],
     "include/halvora/platform/a.h": ['#include "adapters/standard/random.h"', '#include "a.h"'],
     "adapters/unknown/a.h": [""],

@@ -103,7 +103,8 @@ std::string localizedText(const Bundle& bundle, std::string_view key, std::strin
   return text.empty() || text == key ? std::string(fallback) : text;
 }
 
-std::string formatted(std::string_view format, std::initializer_list<std::string_view> arguments) {
+std::string v0::formatted(std::string_view format,
+                          std::initializer_list<std::string_view> arguments) {
   std::string text;
   std::size_t next = 1;
   while (!format.empty()) {

@@ -5,7 +5,7 @@
 
 namespace halvora {
 
-SeatSelectorLayout layoutOf(const SeatSelectorViews& views, Size view) {
+SeatSelectorLayout v0::layoutOf(const SeatSelectorViews& views, Size view) {
   SeatSelectorLayout layout;
   layout.contentWidth = std::max(view.width - 2 * seat_selector::kSideMargin, 0.0);
   layout.pickerHeight = std::max(view.height, 0.0) * seat_selector::kPickerShare;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/halvora/version.h"
 
+#include "halvora/version.h"
+
 namespace halvora {
 
 std::string_view versionText() {

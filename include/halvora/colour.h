@@ -6,7 +6,10 @@
 #include <optional>
 #include <string_view>
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 struct Colour {
   float red = 0;
@@ -40,4 +43,5 @@ MaybeColour darkerColorForColor(const MaybeColour& colour);
 /// The colour part of the way from one to the other, `share` from 0 to 1.
 Colour mix(const Colour& from, const Colour& to, float share);
 
+}  // namespace v0
 }  // namespace halvora

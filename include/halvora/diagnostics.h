@@ -6,7 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// What became of an advertisement.
 enum class PacketFate : std::uint8_t {
@@ -42,4 +45,5 @@ struct ScanDiagnostics {
   std::uint64_t operator[](PacketFate fate) const { return counts[static_cast<std::size_t>(fate)]; }
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -23,12 +23,15 @@
 #include "halvora/platform/screen.h"
 #include "halvora/precompute.h"
 #include "halvora/usage.h"
+#include "halvora/version.h"
 #include "halvora/witness.h"
 
 namespace halvora {
+class ShowEngine;
+
+inline namespace HALVORA_PUBLIC v0 {
 
 class CentralManager;
-class ShowEngine;
 
 struct EngineOptions {
   UsageEndpoints usageEndpoints = {};
@@ -135,4 +138,5 @@ class HalvoraViewController {
   std::unique_ptr<ShowEngine> inside_;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -17,8 +17,10 @@
 #include "halvora/panel.h"
 #include "halvora/platform/platform.h"
 #include "halvora/platform/screen.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// How large a face would like a view to be, in points: either dimension may be open.
 struct ProposedSize {
@@ -110,4 +112,5 @@ class HalvoraStatusView : public StatusPanelFields {
   EmbeddedEngine engine_;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -11,8 +11,10 @@
 #include <string_view>
 
 #include "halvora/colour.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// Of the dark appearance: the seat screens write white on their background.
 inline constexpr Colour kSystemBlue = colourOfBytes(10, 132, 255);
@@ -88,4 +90,5 @@ struct Alert {
 /// an argument without a place is left out, anything else stands as it is written.
 std::string formatted(std::string_view format, std::initializer_list<std::string_view> arguments);
 
+}  // namespace v0
 }  // namespace halvora

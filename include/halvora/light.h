@@ -10,10 +10,12 @@
 
 #include "halvora/colour.h"
 #include "halvora/platform/screen.h"
+#include "halvora/version.h"
 
 namespace halvora {
-
 class ViewStack;
+
+inline namespace HALVORA_PUBLIC v0 {
 
 enum class ViewContent : std::uint8_t { fill, text, image, video };
 
@@ -69,4 +71,5 @@ class Light {
   ViewStack* views_;
 };
 
+}  // namespace v0
 }  // namespace halvora

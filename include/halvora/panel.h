@@ -15,9 +15,11 @@
 #include "halvora/labels.h"
 #include "halvora/platform/screen.h"
 #include "halvora/platform/time.h"
+#include "halvora/version.h"
 #include "halvora/wizard.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class HalvoraViewController;
 struct Platform;
@@ -189,4 +191,5 @@ class HalvoraStatusViewController {
   HalvoraStatusViewController() = default;
 };
 
+}  // namespace v0
 }  // namespace halvora

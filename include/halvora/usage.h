@@ -5,7 +5,10 @@
 
 #include <string>
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 struct UsageEndpoints {
   /// At every activation of the application.
@@ -16,4 +19,5 @@ struct UsageEndpoints {
   std::string receivedSignal;
 };
 
+}  // namespace v0
 }  // namespace halvora

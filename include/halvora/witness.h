@@ -6,7 +6,10 @@
 
 #include <cassert>
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class Witness;
 
@@ -64,4 +67,5 @@ inline Witnessed::~Witnessed() {
   }
 }
 
+}  // namespace v0
 }  // namespace halvora

@@ -15,8 +15,10 @@
 #include "halvora/labels.h"
 #include "halvora/platform/image.h"
 #include "halvora/platform/screen.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 struct Point {
   double x = 0;
@@ -146,4 +148,5 @@ class HalvoraSeatSelectorViewController {
   HalvoraSeatSelectorViewController() = default;
 };
 
+}  // namespace v0
 }  // namespace halvora

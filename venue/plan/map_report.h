@@ -12,12 +12,11 @@
 #include <tuple>
 #include <vector>
 
+#include "halvora/platform/json.h"
 #include "seats/seat_map.h"
 #include "seats/seat_storage.h"
 
 namespace halvora {
-
-class JsonReader;
 
 struct Finding {
   /// One word, for programs.

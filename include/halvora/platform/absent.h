@@ -4,7 +4,10 @@
 // loop: without it there is no time.
 #pragma once
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class Application;
 class BluetoothCentral;
@@ -50,4 +53,5 @@ Workers& workers();
 
 }  // namespace absent
 
+}  // namespace v0
 }  // namespace halvora

@@ -4,8 +4,10 @@
 #pragma once
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class ApplicationObserver {
  public:
@@ -35,4 +37,5 @@ class Application : public Need {
   virtual void useAudioPlaybackCategory() = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

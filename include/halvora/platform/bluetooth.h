@@ -10,8 +10,10 @@
 #include <span>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// The numbers are those of the phones' own systems; scenario files and hosts use them.
 enum class BluetoothAuthorization : std::uint8_t {
@@ -78,4 +80,5 @@ class BluetoothCentral : public Need {
   virtual std::unique_ptr<CentralManager> makeManager(CentralManagerDelegate& delegate) = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

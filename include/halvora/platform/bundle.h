@@ -9,8 +9,10 @@
 #include <string_view>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class Bundle : public Need {
  public:
@@ -33,4 +35,5 @@ struct Bundles {
   std::string documents = {};
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -9,8 +9,10 @@
 
 #include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 enum class DescriptorEvents : std::uint8_t { none = 0, readable = 1, writable = 2, both = 3 };
 
@@ -60,4 +62,5 @@ class DescriptorWatch {
   WatchId id_ = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

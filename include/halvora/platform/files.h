@@ -11,8 +11,10 @@
 #include <vector>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 struct FileAttributes {
   bool isFolder = false;
@@ -59,4 +61,5 @@ inline bool isFile(const Files& files, const std::string& path) {
   return attributes && !attributes->isFolder;
 }
 
+}  // namespace v0
 }  // namespace halvora

@@ -5,8 +5,10 @@
 #include <cstdint>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 enum class ImpactStyle : std::uint8_t { light, heavy };
 
@@ -22,4 +24,5 @@ class Haptics : public Need {
   virtual void disposeSystemSound(std::uint32_t sound) = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -6,8 +6,10 @@
 #include <string>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class HttpClient : public Need {
  public:
@@ -16,4 +18,5 @@ class HttpClient : public Need {
   virtual void cancelAll() {}
 };
 
+}  // namespace v0
 }  // namespace halvora

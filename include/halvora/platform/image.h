@@ -10,8 +10,10 @@
 #include <vector>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// 8 bits a channel, not premultiplied; rows from the top, 4 bytes a pixel: red, green, blue,
 /// alpha.
@@ -50,4 +52,5 @@ class ImageDecoder : public Need {
   }
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -14,8 +14,10 @@
 #include <vector>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 struct JsonMember;
 
@@ -104,4 +106,5 @@ class JsonReader : public Need {
                     std::string* reason = nullptr) const = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -9,8 +9,10 @@
 #include <string>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 struct MovieFormat {
   /// Both even, at least 2.
@@ -36,4 +38,5 @@ class MovieWriters : public Need {
                                             const MovieFormat& format) const = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -3,7 +3,10 @@
 // serves it owns the object, and everybody else holds a reference.
 #pragma once
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// The base of every need, and of what needs make. Copying one through a reference to its interface
 /// would copy nothing that the object behind it has, so it does not compile.
@@ -33,4 +36,5 @@ class NeedRef {
   Interface* need_;
 };
 
+}  // namespace v0
 }  // namespace halvora

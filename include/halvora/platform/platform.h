@@ -13,8 +13,10 @@
 
 #include "halvora/platform/absent.h"
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class RunLoop;
 
@@ -53,4 +55,5 @@ struct Platform {
   NeedRef<const MessageCodes> codes = absent::codes();
 };
 
+}  // namespace v0
 }  // namespace halvora

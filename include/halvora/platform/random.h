@@ -5,8 +5,10 @@
 #include <cstdint>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class Random : public Need {
  public:
@@ -14,4 +16,5 @@ class Random : public Need {
   virtual std::uint32_t below(std::uint32_t bound) = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -10,8 +10,10 @@
 #include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
 #include "halvora/platform/time.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// Names one scheduled timer; never used twice by a loop. 0 names none.
 using TimerId = std::uint64_t;
@@ -77,4 +79,5 @@ class Timer {
   TimerId id_ = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

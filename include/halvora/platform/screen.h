@@ -3,8 +3,10 @@
 #pragma once
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// Points of the screen, origin at the top left.
 struct Size {
@@ -32,4 +34,5 @@ class Screen : public Need {
   virtual float currentEDRHeadroom() const = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -10,8 +10,10 @@
 
 #include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class SerialQueue : public Need {
  public:
@@ -27,4 +29,5 @@ class SerialQueues : public Need {
   virtual std::unique_ptr<SerialQueue> make(std::string_view label) = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

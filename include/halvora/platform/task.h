@@ -11,7 +11,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 template <class Signature>
 class Callable;
@@ -92,4 +95,5 @@ class Callable<Result(Arguments...)> {
 
 using Task = Callable<void()>;
 
+}  // namespace v0
 }  // namespace halvora

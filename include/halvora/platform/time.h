@@ -8,7 +8,10 @@
 #include <cmath>
 #include <compare>
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 using Duration = std::chrono::microseconds;
 
@@ -27,4 +30,5 @@ struct Date {
   friend auto operator<=>(const Date&, const Date&) = default;
 };
 
+}  // namespace v0
 }  // namespace halvora

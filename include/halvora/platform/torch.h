@@ -3,8 +3,10 @@
 #pragma once
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 class Torch : public Need {
  public:
@@ -15,4 +17,5 @@ class Torch : public Need {
   virtual void setOn(bool on) = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -14,8 +14,10 @@
 
 #include "halvora/platform/need.h"
 #include "halvora/platform/time.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 struct DefaultsMember;
 struct DefaultsValue;
@@ -80,4 +82,5 @@ class UserDefaults : public Need {
   virtual void synchronize() = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

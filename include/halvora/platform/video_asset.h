@@ -15,8 +15,10 @@
 
 #include "halvora/platform/image.h"
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// So many timescale-ths of a second.
 struct MediaTime {
@@ -91,4 +93,5 @@ class VideoAssets : public Need {
                                            std::string* reason = nullptr) const = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

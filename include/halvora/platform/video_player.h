@@ -8,8 +8,10 @@
 #include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
 #include "halvora/platform/time.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// A clip by the name it was asked for with, and where its file lies; an empty path for one that is
 /// not there.
@@ -40,4 +42,5 @@ struct VideoPlayers {
   VideoPlayer& b;
 };
 
+}  // namespace v0
 }  // namespace halvora

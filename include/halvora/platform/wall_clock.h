@@ -5,8 +5,10 @@
 
 #include "halvora/platform/need.h"
 #include "halvora/platform/time.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 struct DayComponents {
   int year = 0;
@@ -25,4 +27,5 @@ class Calendar : public Need {
   virtual DayComponents componentsOf(Date date) const = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora

@@ -8,8 +8,10 @@
 
 #include "halvora/platform/need.h"
 #include "halvora/platform/task.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 enum class WorkEnd : std::uint8_t {
   done,
@@ -53,4 +55,5 @@ inline WorkEnd runAnyway(Workers& workers, std::span<Task> tasks) {
   return end;
 }
 
+}  // namespace v0
 }  // namespace halvora
