@@ -6,7 +6,7 @@ include(CMakePackageConfigHelpers)
 # What a component shows of its adapter: patterns of headers, and which of them it keeps to itself.
 set(headers_of_Core "include/halvora/*.h" "include/halvora/platform/*.h")
 set(headers_of_Standard "adapters/standard/*.h")
-set(headers_of_Json adapters/json/exact_json_reader.h)
+set(headers_of_Json "adapters/json/*.h")
 set(headers_of_Image adapters/image/picture_decoder.h adapters/image/png_writer.h)
 set(headers_of_Ffmpeg adapters/ffmpeg/ffmpeg_movies.h adapters/ffmpeg/ffmpeg_videos.h)
 set(headers_of_Linux "adapters/linux/*.h" "adapters/linux/bluetooth/*.h")

@@ -1,11 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 // One phone in memory hears one packet; the program prints the colour that its screen then shows.
+#include <array>
+#include <cstdint>
 #include <cstdio>
 
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "engine/broadcast.h"
 #include "halvora/host.h"
+
+namespace {
+
+// Of application 258 and transmitter 7, its first: mode 1, a plain colour, at full brightness.
+// `halvora packet encode` makes such bytes.
+constexpr std::array<std::uint8_t, 26> kOrange{0x09, 0xC9, 0x01, 0x02, 0x00, 0x00, 0x00, 0xFF, 0xFF,
+                                               0x80, 0x00, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+                                               0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x01, 0x07};
+
+}  // namespace
 
 int main() {
   using namespace halvora;
@@ -20,15 +31,7 @@ int main() {
   view.start();
   phone.loop.runFor(milliseconds(1500));
 
-  Broadcast look;
-  look.applicationId = 258;
-  look.transmitter = 7;
-  look.sequence = 1;
-  look.master = 255;
-  look.mode = 1;
-  look.red = 255;
-  look.green = 128;
-  phone.bluetooth.advertise(encodeBroadcast(look));
+  phone.bluetooth.advertise(kOrange);
   phone.loop.runFor(milliseconds(1000));
 
   const DisplayList list = engine.light().displayList(phone.screen.size);

@@ -7,11 +7,15 @@
 #include <functional>
 #include <string>
 
+#include "halvora/version.h"
+
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// Of `total` pixel maps `done` have their table; the map's number as a text.
 using PrecomputeProgress = std::function<void(int done, int total, const std::string& mapId)>;
 /// Once, at the end: fewer done than there are where some could not be built.
 using PrecomputeCompletion = std::function<void(int done, int total)>;
 
+}  // namespace v0
 }  // namespace halvora

@@ -34,26 +34,11 @@ class Workers : public Need {
 };
 
 /// Whether the task came to its end without throwing.
-inline bool ranToItsEnd(Task& task) noexcept {
-  try {
-    task();
-    return true;
-  } catch (...) {
-    return false;
-  }
-}
+bool ranToItsEnd(Task& task) noexcept;
 
 /// For tasks of which none waits for another: where there are no threads, the caller's own does
 /// them one after the other. Never `notBegun`.
-inline WorkEnd runAnyway(Workers& workers, std::span<Task> tasks) {
-  WorkEnd end = workers.run(tasks);
-  if (end != WorkEnd::notBegun) return end;
-  end = WorkEnd::done;
-  for (Task& task : tasks) {
-    if (!ranToItsEnd(task)) end = WorkEnd::failed;
-  }
-  return end;
-}
+WorkEnd runAnyway(Workers& workers, std::span<Task> tasks);
 
 }  // namespace v0
 }  // namespace halvora

@@ -1,0 +1,224 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Installs the kit, static and shared, and uses it as strangers do.
+
+check_consumers.py [--all] [--folder build/consumers] [--jobs N] [--list]
+
+Each row of the table is one way in which a host may take the kit: its program prints what the example
+prints. Rows that end in "refused" must fail with the sentence that says why. Without --all rows that
+compile the kit once more are left out.
+"""
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+EXAMPLE = ROOT / "examples/cmake-consumer"
+PRINTED = "the show begins\nlight 1.00 0.50 0.00\n"
+STRICT = (
+    "-Werror -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast "
+    "-Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wcast-qual -Wnull-dereference "
+    "-Wdouble-promotion -Wformat=2 -Wundef"
+).split()
+# What clang has beside: all of it, but for what contradicts C++20, what a layout costs, and values
+# whose fractions are compared as they were set.
+CLANG = (
+    "-Werror -Weverything -Wno-c++98-compat -Wno-c++98-compat-pedantic -Wno-padded "
+    "-Wno-float-equal -Wno-unsafe-buffer-usage -Wno-weak-vtables -Wno-ctad-maybe-unsupported "
+    "-Wno-exit-time-destructors -Wno-global-constructors -Wno-switch-enum -Wno-covered-switch-default"
+).split()
+LIBCXX = ["-stdlib=libc++"]
+
+
+class Failure(Exception):
+    pass
+
+
+class Consumers:
+    def __init__(self, folder, jobs):
+        self.folder, self.jobs = folder, jobs
+        self.kits = {}
+
+    def run(self, *command, expect=0, **options):
+        done = subprocess.run(
+            # Nowhere near the tree, whose headers a compiler would find.
+            [str(word) for word in command], capture_output=True, text=True, cwd=self.folder, **options
+        )
+        if (done.returncode == 0) != (expect == 0):
+            raise Failure(f"{' '.join(map(str, command))}\n{done.stdout}{done.stderr}")
+        return done.stdout + done.stderr
+
+    def configured(self, source, build, *options):
+        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
+        self.run("cmake", "-S", source, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
+                 *launcher, *options)
+
+    def kit(self, name, *options):
+        """Where that build of the kit is installed; made once."""
+        if name not in self.kits:
+            build, prefix = self.folder / f"kit-{name}", self.folder / f"prefix-{name}"
+            self.configured(ROOT, build, f"-DCMAKE_INSTALL_PREFIX={prefix}", "-DHALVORA_UNITY=ON",
+                            "-DHALVORA_TESTS=OFF", "-DHALVORA_TOOLS=OFF", *options)
+            self.run("cmake", "--build", build, "-j", self.jobs)
+            shutil.rmtree(prefix, ignore_errors=True)
+            self.run("cmake", "--install", build)
+            self.kits[name] = prefix
+        return self.kits[name]
+
+    def static(self):
+        return self.kit("static", "-DBUILD_SHARED_LIBS=OFF")
+
+    def shared(self):
+        return self.kit("shared", "-DBUILD_SHARED_LIBS=ON")
+
+    def clang(self):
+        return self.kit("clang", "-DCMAKE_CXX_COMPILER=clang++-16", "-DCMAKE_CXX_FLAGS=-stdlib=libc++")
+
+    def expect_print(self, program, prefix):
+        printed = self.run(program, env={**os.environ, "LD_LIBRARY_PATH": str(prefix / "lib")})
+        if printed != PRINTED:
+            raise Failure(f"{program} printed:\n{printed}")
+
+    def by_cmake(self, name, prefix, *options, flags=()):
+        build = self.folder / f"by-{name}"
+        shutil.rmtree(build, ignore_errors=True)
+        # Warnings within what is installed count too.
+        self.configured(EXAMPLE, build, f"-DCMAKE_PREFIX_PATH={prefix}",
+                        "-DCMAKE_NO_SYSTEM_FROM_IMPORTED=ON", "-DCMAKE_INSTALL_LIBDIR=lib",
+                        f"-DCMAKE_CXX_FLAGS={' '.join(flags)}", *options)
+        self.run("cmake", "--build", build, "-j", self.jobs)
+        self.expect_print(build / "cmake-consumer", prefix)
+
+    def module(self, prefix, what, *modules):
+        path = {**os.environ, "PKG_CONFIG_PATH": str(prefix / "lib/pkgconfig")}
+        return self.run("pkg-config", *what, *modules, env=path).split()
+
+    def by_modules(self, name, prefix, flags=()):
+        program = self.folder / f"by-{name}"
+        words = self.module(prefix, ["--cflags", "--libs"], "halvora-virtual", "halvora-json")
+        sources = [EXAMPLE / "main.cpp"]
+        self.run("g++", "-std=c++20", *flags, *sources, "-o", program, *words)
+        self.expect_print(program, prefix)
+
+    def headers(self, compiler, flags):
+        """All that is installed of what needs no Qt, in one source."""
+        prefix = self.static()
+        include = next((prefix / "include").iterdir())
+        names = sorted(path.relative_to(include) for path in include.rglob("*.h"))
+        words = self.module(prefix, ["--cflags"], "halvora-linux", "halvora-virtual")
+        qt = ("faces/qt/", "adapters/qt/", "adapters/system/")
+        text = "".join(f'#include "{name}"\n' for name in map(str, names) if not name.startswith(qt))
+        self.run(compiler, "-std=c++20", "-fsyntax-only", *flags, *words, "-x", "c++", "-",
+                 input=text)
+
+    def refused(self, sentence, *options):
+        build = self.folder / "refused"
+        shutil.rmtree(build, ignore_errors=True)
+        said = self.run("cmake", "-S", ROOT / "tests/consumers/refused", "-B", build, "-G", "Ninja",
+                        f"-DCMAKE_PREFIX_PATH={self.static()}", *options, expect=1)
+        said = " ".join(said.split())
+        if sentence not in said:
+            raise Failure(f"not said: {sentence}\n{said}")
+
+    def refused_build(self, sentence, *options):
+        build = self.folder / "refused"
+        shutil.rmtree(build, ignore_errors=True)
+        said = self.run("cmake", "-S", ROOT, "-B", build, "-G", "Ninja", *options, expect=1)
+        if sentence not in " ".join(said.split()):
+            raise Failure(f"not said: {sentence}\n{said}")
+
+    def only_public_names(self):
+        """The core shows the names of what a host may include, and no others."""
+        library = self.shared() / "lib/libhalvora_core.so"
+        names = self.run("nm", "-DC", "--defined-only", library).splitlines()
+        shown = [line.split(" ", 2)[2] for line in names if " T " in line]
+        others = [name for name in shown if not name.startswith("halvora::v")]
+        if others or not shown:
+            raise Failure(f"the core shows {others or 'nothing'}")
+
+    def moved(self):
+        """An installation works where it is moved to."""
+        there = self.folder / "prefix-moved"
+        shutil.rmtree(there, ignore_errors=True)
+        shutil.copytree(self.shared(), there, symlinks=True)
+        self.by_modules("modules-moved", there)
+
+    def qml_host(self):
+        prefix = self.kit("qt", "-DBUILD_SHARED_LIBS=OFF", "-DHALVORA_QT=ON", "-DHALVORA_QML_AHEAD=OFF")
+        build = self.folder / "by-qml-host"
+        shutil.rmtree(build, ignore_errors=True)
+        self.configured(ROOT / "examples/qml-host", build, f"-DCMAKE_PREFIX_PATH={prefix}",
+                        "-DHALVORA_FROM=installation")
+        self.run("cmake", "--build", build, "-j", self.jobs)
+
+
+INSTALLED = "-DHALVORA_FROM=installation"
+# Name, whether it is for a day, and what it does.
+ROWS = [
+    ("find_package, static, every warning", True,
+     lambda it: it.by_cmake("static", it.static(), INSTALLED, flags=STRICT)),
+    ("find_package, shared", True, lambda it: it.by_cmake("shared", it.shared(), INSTALLED)),
+    ("find_package, unity build", True,
+     lambda it: it.by_cmake("unity", it.shared(), INSTALLED, "-DCMAKE_UNITY_BUILD=ON")),
+    ("pkg-config, static", True, lambda it: it.by_modules("modules-static", it.static())),
+    ("pkg-config, shared", True, lambda it: it.by_modules("modules-shared", it.shared())),
+    ("pkg-config, after a move", True, lambda it: it.moved()),
+    ("-fno-exceptions", True,
+     lambda it: it.by_modules("no-exceptions", it.shared(), ["-fno-exceptions"])),
+    ("-fno-rtti", True, lambda it: it.by_modules("no-rtti", it.shared(), ["-fno-rtti"])),
+    ("headers, gcc, every warning", True, lambda it: it.headers("g++", STRICT)),
+    ("headers, clang and libc++, every warning", True,
+     lambda it: it.headers("clang++-16", LIBCXX + CLANG)),
+    ("the core shows public names only", True, lambda it: it.only_public_names()),
+    ("a component that is not there: refused", True,
+     lambda it: it.refused("was installed without a component Nonesuch; it has Core,",
+                           "-DWANTED=0.1;REQUIRED;COMPONENTS;Nonesuch")),
+    ("another version: refused", True,
+     lambda it: it.refused('compatible with requested version "9.0"', "-DWANTED=9.0;REQUIRED")),
+    ("shared libraries with the tools: refused", True,
+     lambda it: it.refused_build("HALVORA_TOOLS needs the inside of the kit",
+                                 "-DBUILD_SHARED_LIBS=ON", "-DHALVORA_TOOLS=ON")),
+    ("add_subdirectory", False,
+     lambda it: it.by_cmake("folder", it.static(), "-DHALVORA_UNITY=ON")),
+    ("FetchContent from a local repository", False,
+     lambda it: it.by_cmake("fetch", it.static(), "-DHALVORA_FROM=fetch", "-DHALVORA_UNITY=ON",
+                            f"-DHALVORA_REPOSITORY=file://{ROOT}")),
+    ("find_package, clang and libc++", False,
+     lambda it: it.by_cmake("clang", it.clang(), INSTALLED, "-DCMAKE_CXX_COMPILER=clang++-16",
+                            flags=LIBCXX)),
+    ("a host in QML, find_package", False, lambda it: it.qml_host()),
+]
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--all", action="store_true")
+    parser.add_argument("--folder", type=Path, default=ROOT / "build/consumers")
+    parser.add_argument("--jobs", type=int, default=2)
+    parser.add_argument("--only", default="", help="rows with this in their name")
+    arguments = parser.parse_args()
+    arguments.folder.mkdir(parents=True, exist_ok=True)
+    consumers = Consumers(arguments.folder.resolve(), arguments.jobs)
+    failed = 0
+    chosen = [row for row in ROWS if (row[1] or arguments.all or arguments.only)
+              and arguments.only in row[0]]
+    for name, _, check in chosen:
+        begun = time.monotonic()
+        try:
+            check(consumers)
+            verdict = "ok"
+        except Failure as failure:
+            failed += 1
+            verdict = f"FAILED\n{failure}"
+        print(f"{name:44} {time.monotonic() - begun:6.1f} s  {verdict}", flush=True)
+    print(f"note: {len(chosen)} ways to take the kit, {failed} failed")
+    return 1 if failed or not chosen else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
