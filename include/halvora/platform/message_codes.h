@@ -11,8 +11,10 @@
 #include <span>
 
 #include "halvora/platform/need.h"
+#include "halvora/version.h"
 
 namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
 
 /// The secret of a show: 16 bytes that its transmitters and the applications of its audience share.
 /// Whoever reads it can sign. Its memory is wiped when it goes; it is never printed.
@@ -50,4 +52,5 @@ class MessageCodes : public Need {
   virtual std::unique_ptr<MessageCode> withKey(const ShowKey& key) const = 0;
 };
 
+}  // namespace v0
 }  // namespace halvora
