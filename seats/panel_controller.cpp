@@ -113,7 +113,12 @@ void PanelController::dismissAlert() {
 void PanelController::presentedScreensDismissed() {
   act([this] {
     presentedAlert_.reset();
-    if (const auto wizard = presentedWizard()) wizard->cancelTapped();
+    const auto wizard = presentedWizard();
+    if (!wizard) return;
+    if (wizard->hasUnconfirmedChoice()) {
+      unfinished_ = Unfinished{wizard->inputs().map, wizard->progress()};
+    }
+    wizard->cancelTapped();
   });
 }
 
@@ -152,6 +157,7 @@ void PanelController::refresh() {
   tables_.lookAfter(venueId, seatMap_.isLoaded(venueId));
   if (self.isGone() || engineLife_.isGone()) return;
   storage_.syncSeatDefaultsForVenueId(venueId);
+  placeTicketSeat(venueId);
   showSeat(venueId);
   refreshStatusViews();
   measure();

@@ -18,10 +18,12 @@
 #include "halvora/witness.h"
 #include "seats/ancestor_scroll_views.h"
 #include "seats/map_version_policy.h"
+#include "seats/seat_finder.h"
 #include "seats/seat_map_availability.h"
 #include "seats/seat_storage.h"
 #include "seats/standing_overlay.h"
 #include "seats/table_run.h"
+#include "seats/ticket_link.h"
 #include "seats/wizard_controller.h"
 
 namespace halvora {
@@ -45,6 +47,8 @@ class PanelController final : public HalvoraStatusViewController, private Applic
   void openAppSettings() override;
   void openSeatSelector() override;
   void dismissAlert() override;
+  void setSeat(std::string_view section, std::string_view row, std::string_view seat) override;
+  bool openLink(std::string_view link) override;
 
   const StatusPanelViews& views() const override { return views_; }
   Size preferredContentSize() const override { return preferredContentSize_; }
@@ -129,6 +133,7 @@ class PanelController final : public HalvoraStatusViewController, private Applic
   void seatMapLoaded();
   void presentSeatMapMissingAlert();
   void presentSeatSelector(std::int64_t venueId);
+  void placeTicketSeat(std::int64_t venueId);
   void seatSelected(const SeatNames& names, SeatPoint seat);
   void tablesTold(const TableRunNews& news);
   SeatNames storedSeatNames(std::int64_t venueId) const;
@@ -161,6 +166,15 @@ class PanelController final : public HalvoraStatusViewController, private Applic
   int acting_ = 0;
   /// The venue whose map the user has asked for after it had been found missing; 0 for none.
   std::int64_t missingMapVenueId_ = 0;
+
+  /// A wizard that went with the screens over the panel while a show began, and its map.
+  struct Unfinished {
+    std::shared_ptr<const SeatMap> map;
+    SeatSelectorProgress progress;
+  };
+  std::optional<Unfinished> unfinished_;
+  /// A seat from a ticket that waits for the venue's map.
+  std::optional<TicketSeat> ticketSeat_;
 
   /// What the wizard holds of the panel.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

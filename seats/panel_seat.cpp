@@ -8,6 +8,7 @@
 #include "halvora/platform/run_loop.h"
 #include "seats/panel_controller.h"
 #include "seats/panel_looks.h"
+#include "seats/seat_names.h"
 #include "text/defaults_values.h"
 
 namespace halvora {
@@ -90,11 +91,53 @@ void PanelController::presentSeatSelector(std::int64_t venueId) {
                                                            face_.hasFont, std::move(inputs));
   // First: half of one would be on screen for good.
   presented->wizard.viewDidLoad();
+  const auto unfinished = std::exchange(unfinished_, std::nullopt);
+  if (unfinished && unfinished->map == presented->wizard.inputs().map) {
+    presented->wizard.resume(unfinished->progress);
+  }
   wizard_ = {presented, &presented->wizard};
+}
+
+// A seat of a ticket
+
+void PanelController::setSeat(std::string_view section, std::string_view row,
+                              std::string_view seat) {
+  act([&] {
+    ticketSeat_ = TicketSeat{std::string(section), std::string(row), std::string(seat)};
+    refresh();
+  });
+}
+
+bool PanelController::openLink(std::string_view link) {
+  const std::optional<TicketSeat> seat = ticketSeatOf(link);
+  if (seat) setSeat(seat->section, seat->row, seat->seat);
+  return seat.has_value();
+}
+
+// Where somebody stands is known only once they stand there, so that is left to the wizard, as is
+// everything that the map has not got.
+void PanelController::placeTicketSeat(std::int64_t venueId) {
+  if (!ticketSeat_ || !hasSeatControls(venueId)) return;
+  const TicketSeat asked = *std::exchange(ticketSeat_, std::nullopt);
+  const auto map = seatMap_.seatMapSections();
+  const SeatFinder finder(*map, ticketWords(platform_.bundles->kit));
+  const FoundSeat found = finder.seat(asked);
+  if (found.isComplete() && !isStandingName(map->section(*found.section).displayName())) {
+    const SeatMap::SectionItem section = map->section(*found.section);
+    const SeatMap::RowItem row = section.row(*found.row);
+    const SeatMap::SeatItem seat = row.seat(*found.seat);
+    seatSelected({std::string(section.displayName()), std::string(row.displayName()),
+                  std::string(seat.displayName)},
+                 {seat.xPos, seat.yPos});
+    return;
+  }
+  presentSeatSelector(venueId);
+  wizard_->show(found);
 }
 
 void PanelController::seatSelected(const SeatNames& names, SeatPoint seat) {
   act([&] {
+    unfinished_.reset();
     const std::int64_t resolved = resolvedVenueId();
     const std::int64_t venueId = resolved > 0 ? resolved : seatMap_.seatMapVenueId();
     storage_.setSeatDefaults(names, seat);

@@ -49,6 +49,7 @@ void WizardController::viewDidLoad() {
   selectedSectionIndex_ = selectedRowIndex_ = selectedSeatIndex_ = -1;
   sortSectionsWithStandingFirst();
   applyInitialSelectionIfAvailable();
+  loaded_ = progress();
   styleTexts();
   styleButtons();
   styleStandingViews();

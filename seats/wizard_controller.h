@@ -15,6 +15,7 @@
 #include "halvora/platform/bundle.h"
 #include "halvora/witness.h"
 #include "halvora/wizard.h"
+#include "seats/seat_finder.h"
 #include "seats/seat_map.h"
 #include "seats/seat_storage.h"
 #include "seats/standing_overlay.h"
@@ -49,6 +50,15 @@ struct SeatSelectorInputs {
   std::string statusTextFontName;
 };
 
+/// How far the user has come, as indices; -1 means none.
+struct SeatSelectorProgress {
+  std::int64_t step = 0;
+  std::int64_t section = -1;
+  std::int64_t row = -1;
+  std::int64_t seat = -1;
+  friend bool operator==(const SeatSelectorProgress&, const SeatSelectorProgress&) = default;
+};
+
 class WizardController;
 
 /// The sections, the rows of the selected section or the seats of the selected row, by their
@@ -79,6 +89,9 @@ class WizardController final : public HalvoraSeatSelectorViewController {
   void viewDidLayoutSubviews(Size dragArea) override;
 
   void cancelTapped() override { dismiss(); }
+  void leaveTapped() override;
+  void sayWhatIsMissing() override;
+  bool findSeat(std::string_view line) override;
   void backTapped() override;
   void nextTapped() override;
   void alertButtonTapped() override { presentedAlert_.reset(); }
@@ -93,8 +106,18 @@ class WizardController final : public HalvoraSeatSelectorViewController {
   const SeatSelectorViews& views() const override { return views_; }
   std::size_t numberOfPickerRows() const override { return itemsForCurrentStep().size() + 1; }
   std::string titleForPickerRow(std::int64_t row) const override;
+  std::string detailForPickerRow(std::int64_t row) const override;
   const std::optional<Alert>& presentedAlert() const override { return presentedAlert_; }
   bool isDismissed() const override { return isDismissed_; }
+
+  SeatSelectorProgress progress() const {
+    return {currentStep_, selectedSectionIndex_, selectedRowIndex_, selectedSeatIndex_};
+  }
+  /// Goes on where another wizard with the same map was left. After `viewDidLoad`.
+  void resume(const SeatSelectorProgress& progress);
+  bool hasUnconfirmedChoice() const;
+  /// What was found of a ticket's seat, or why it was not.
+  bool show(const FoundSeat& found);
 
   // State. An index of -1 means none.
   std::int64_t currentStep() const { return currentStep_; }
@@ -137,6 +160,8 @@ class WizardController final : public HalvoraSeatSelectorViewController {
   void updateButtons();
   void updatePicker(bool reload);
   void confirm();
+  void say(std::string message, bool asksToLeave = false);
+  std::string missingText(const FoundSeat& found) const;
   /// What stands over the wizard goes with it.
   void dismiss();
   std::optional<SeatMap::SectionItem> sectionAtIndex(std::int64_t index) const;
@@ -169,6 +194,10 @@ class WizardController final : public HalvoraSeatSelectorViewController {
   Size dragArea_;
   SeatSelectorViews views_;
   std::optional<Alert> presentedAlert_;
+  /// What was selected when the wizard loaded.
+  SeatSelectorProgress loaded_;
+  /// The message is the question whether to leave.
+  bool isAskedToLeave_ = false;
   bool isDismissed_ = false;
   Witnessed life_;
 };

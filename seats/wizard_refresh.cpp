@@ -90,6 +90,7 @@ void WizardController::styleStandingViews() {
 }
 
 void WizardController::updateWizardUIAndReloadPicker(bool reload) {
+  say({});
   updateStandingOverlayPresentation();
   ensureStandingSelectionInitialized();
   updateStandingPlace();
@@ -108,6 +109,8 @@ void WizardController::updateLabels() {
   const bool isStanding = isStandingStepActive();
   views_.stepLabel.text = text(isStanding ? kDragHint : kDescription);
   views_.titleLabel.text = text(isStanding ? kTitleStanding : kTitle);
+  views_.step = static_cast<int>(currentStep_) + 1;
+  views_.steps = static_cast<int>(maxStepForCurrentSelection()) + 1;
 }
 
 void WizardController::updateButtons() {

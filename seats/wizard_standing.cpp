@@ -57,13 +57,14 @@ const StandingSeatPoint* WizardController::chosenPlace() const {
 void WizardController::updateStandingPlace() {
   views_.standingPlace.reset();
   views_.spokenPlan.clear();
+  views_.spokenPlace.clear();
   const StandingSeatPoint* place = chosenPlace();
   if (place == nullptr) return;
   views_.standingPlace = Point{place->xNorm, place->yNorm};
   const auto percent = [](double share) { return std::to_string(std::lround(share * 100)); };
-  views_.spokenPlan =
-      text(seat_selector::kSpokenPlan) + " " +
+  views_.spokenPlace =
       formatted(text(seat_selector::kSpokenPlace), {percent(place->xNorm), percent(place->yNorm)});
+  views_.spokenPlan = text(seat_selector::kSpokenPlan) + " " + views_.spokenPlace;
 }
 
 // The dot goes to the seat and not to the finger.

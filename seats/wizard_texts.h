@@ -38,7 +38,25 @@ inline constexpr Text kSpokenPlan{"hv_seat_picker_spoken_plan",
 inline constexpr Text kSpokenPlace{"hv_seat_picker_spoken_place_format",
                                    "%ld percent from the left, %ld percent from the stage"};
 
+inline constexpr Text kLeave{"hv_seat_picker_leave",
+                             "Your choice is not confirmed. Once more closes without it."};
+
 /// By step: section, row, seat.
+inline constexpr Text kChooseFirst[] = {
+    {"hv_seat_picker_choose_section", "Please choose a section first."},
+    {"hv_seat_picker_choose_row", "Please choose a row first."},
+    {"hv_seat_picker_choose_seat", "Please choose a seat first."}};
+/// What stands before each on a ticket, several words parted by blanks.
+inline constexpr Text kTicketWords[] = {
+    {"hv_seat_find_words_section", "section sec sect block area"},
+    {"hv_seat_find_words_row", "row"},
+    {"hv_seat_find_words_seat", "seat place"}};
+/// What was asked for and, below the section, what it was looked for in, and the first and last of
+/// what there is.
+inline constexpr Text kNotFound[] = {
+    {"hv_seat_find_no_section_format", "No section %@ at this venue"},
+    {"hv_seat_find_no_row_format", "No row %@ in section %@, rows %@ to %@"},
+    {"hv_seat_find_no_seat_format", "No seat %@ in row %@, seats %@ to %@"}};
 inline constexpr Text kPlaceholders[] = {
     {"hv_seat_picker_placeholder_section", "Select section..."},
     {"hv_seat_picker_placeholder_row", "Select row..."},

@@ -45,6 +45,59 @@ Item {
     LayoutMirroring.enabled: panel.isRightToLeft
     LayoutMirroring.childrenInherit: true
 
+    // A ticket's seat, by its names or by a link that carries them: see the panel's own.
+    function setSeat(section: string, row: string, seat: string): void {
+        panel.setSeat(section, row, seat);
+    }
+    function openLink(link: string): bool {
+        return panel.openLink(link);
+    }
+
+    // What is said aloud, once whenever it changes; nothing while it is not to be seen.
+    QtObject {
+        id: heard
+
+        readonly property SeatWizard wizard: panel.wizard
+        readonly property bool isOpen: wizard.isPresented
+        readonly property string sentence: panel.statusTextLabel.shown && panel.statusTextLabel.alpha > 0
+                                         ? panel.statusTextLabel.text : ""
+        readonly property string dot: panel.dotShown ? panel.spokenDot : ""
+        readonly property string seat: panel.summaryShown && panel.dotShown ? panel.spokenSummary : ""
+        readonly property string step: isOpen ? wizard.stepText : ""
+        readonly property string row: isOpen && wizard.pickerShown ? wizard.spokenRow : ""
+        readonly property string matches: isOpen ? wizard.filterMatches : ""
+        readonly property string place: isOpen ? wizard.spokenPlace : ""
+        readonly property string message: isOpen ? wizard.message : ""
+
+        objectName: "heard"
+        onSentenceChanged: announcer.say(sentence)
+        onSeatChanged: announcer.say(seat)
+        onDotChanged: announcer.say(dot)
+        onStepChanged: announcer.say(step)
+        onRowChanged: announcer.say(row)
+        onMatchesChanged: announcer.say(matches)
+        onPlaceChanged: announcer.say(place)
+        onMessageChanged: announcer.say(message)
+    }
+    StatusAnnouncer {
+        id: announcer
+
+        objectName: "statusAnnouncer"
+        Accessible.role: Accessible.Notification
+        Accessible.name: said
+    }
+    Connections {
+        target: panel
+        function onTold(words: string): void {
+            announcer.say(words);
+        }
+    }
+    SheetCurtain {
+        objectName: "sheetCurtain"
+        before: root.Window.contentItem
+        drawn: sheet.visible || alert.visible
+    }
+
     StatusPanel {
         id: panel
 
@@ -141,17 +194,29 @@ Item {
     }
 
     StatusAlert {
+        id: alert
+
         objectName: "statusAlert"
         look: panel.alert
         isMirrored: panel.isRightToLeft
         reducedMotion: root.reducedMotion
         onDismissed: panel.dismissAlert()
+        onClosed: root.focusOpener(wasAtKeys)
+    }
+
+    // Back to the button that had opened what is closed now.
+    function focusOpener(byKeys: bool): void {
+        if (seatSelectionButton.visible && seatSelectionButton.enabled)
+            seatSelectionButton.forceActiveFocus(byKeys ? Qt.TabFocusReason : Qt.PopupFocusReason);
     }
 
     SeatSheet {
+        id: sheet
+
         objectName: "seatSheet"
         wizard: panel.wizard
         isMirrored: panel.isRightToLeft
         reducedMotion: root.reducedMotion
+        onClosed: root.focusOpener(wasAtKeys)
     }
 }

@@ -80,6 +80,9 @@ T.TextField {
         focusPolicy: Qt.NoFocus
         text: field.wizard.filterClear
         onClicked: field.clear()
+        Accessible.role: Accessible.Button
+        Accessible.name: text
+        Accessible.onPressAction: field.clear()
         contentItem: Text {
             objectName: "filterClearSign"
             text: "\u00d7"

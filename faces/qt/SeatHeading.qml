@@ -10,7 +10,7 @@ Item {
     required property SeatWizard wizard
     property seatWizardLayout layout
 
-    implicitHeight: summary.y + summary.height
+    implicitHeight: message.visible ? message.y + message.height : summary.y + summary.height
 
     StatusButton {
         id: close
@@ -22,6 +22,16 @@ Item {
         rightPadding: mirrored ? 0 : 16
         height: Math.max(implicitHeight, 32)
         onClicked: heading.wizard.close()
+    }
+    StatusText {
+        objectName: "stepCount"
+        look: heading.wizard.stepLabel
+        anchors.left: close.right
+        anchors.leftMargin: 8
+        anchors.right: parent.right
+        anchors.verticalCenter: close.verticalCenter
+        text: heading.wizard.stepText
+        horizontalAlignment: Text.AlignRight
     }
     StatusText {
         id: title
@@ -54,5 +64,24 @@ Item {
         width: heading.width
         wrapMode: Text.Wrap
         maximumLineCount: 3
+    }
+    // In the ink of the title: it is what to read next.
+    Text {
+        id: message
+
+        objectName: "wizardMessage"
+        visible: text !== ""
+        anchors.top: summary.bottom
+        anchors.topMargin: heading.layout.spacing
+        width: heading.width
+        text: heading.wizard.message
+        textFormat: Text.PlainText
+        font: heading.wizard.stepLabel.font
+        color: heading.wizard.titleLabel.colour
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
+        Accessible.ignored: text === ""
     }
 }

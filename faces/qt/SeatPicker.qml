@@ -17,10 +17,10 @@ FocusScope {
 
     readonly property Item keyed: view.isKeyed ? view : null
 
-    // Without the ring that shows where the keyboard is.
-    function takeFocus(): void {
+    // Without the ring that shows where the keyboard is, unless the user is there.
+    function takeFocus(byKeys = false): void {
         view.forceActiveFocus();
-        view.isKeyed = false;
+        view.isKeyed = byKeys;
     }
     // Goes to a row as the user would.
     function turnTo(index: int): void {
@@ -67,7 +67,7 @@ FocusScope {
         onTextChanged: picker.wizard.filter(text)
         Keys.onUpPressed: picker.turnBy(-1)
         Keys.onDownPressed: picker.turnBy(1)
-        onAccepted: picker.wizard.next()
+        onAccepted: picker.wizard.enterFilter()
     }
     Rectangle {
         objectName: "pickerBand"
@@ -84,7 +84,8 @@ FocusScope {
         }
     }
     // A control would say of itself what it is, and a tumbler says nothing: so the keyboard and the
-    // screen reader are at this item, and the tumbler in it only turns.
+    // screen reader are at this item, a list of the rows that are in sight, and the tumbler in it
+    // only turns.
     Item {
         id: view
 
@@ -92,9 +93,6 @@ FocusScope {
         readonly property alias count: wheel.count
         readonly property alias visibleItemCount: wheel.visibleItemCount
         readonly property int page: Math.max(visibleItemCount - 1, 1)
-        readonly property int value: picker.wizard.pickerIndex
-        readonly property int minimumValue: 0
-        readonly property int maximumValue: count - 1
         property bool isKeyed: false
 
         objectName: "pickerView"
@@ -106,11 +104,14 @@ FocusScope {
         activeFocusOnTab: true
         // Whoever comes otherwise than by the keyboard says so afterwards.
         onActiveFocusChanged: isKeyed = activeFocus
-        Accessible.role: Accessible.SpinBox
+        Accessible.role: Accessible.List
         Accessible.name: picker.wizard.spokenRow
+        Accessible.description: picker.wizard.stepText
         Accessible.focusable: true
         Accessible.onIncreaseAction: picker.turnBy(1)
         Accessible.onDecreaseAction: picker.turnBy(-1)
+        Accessible.onNextPageAction: picker.turnBy(page)
+        Accessible.onPreviousPageAction: picker.turnBy(-page)
 
         Keys.onPressed: event => {
             const turns = {
@@ -155,7 +156,10 @@ FocusScope {
 
             font: picker.wizard.pickerTitle.font
             palette.text: picker.wizard.pickerTitle.colour
-            delegate: SeatPickerRow {}
+            delegate: SeatPickerRow {
+                wizard: picker.wizard
+                onChosen: picker.turnTo(index)
+            }
             contentItem: ListView {
                 objectName: "pickerList"
                 model: wheel.model

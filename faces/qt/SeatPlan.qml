@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The plan of a standing area: the stage above, and the dot where the user stands, moved by a finger
-// or by the arrow keys. A plan is never mirrored: the hall is not.
+// or by the arrow keys. Where the venue has a picture of it, what a finger moves over is that picture,
+// so its edges are the area's. A plan is never mirrored: the hall is not.
 import QtQuick
 import Halvora
 
@@ -10,10 +11,10 @@ FocusScope {
     required property SeatWizard wizard
     readonly property Item keyed: area.isKeyed ? area : null
 
-    // Without the ring that shows where the keyboard is.
-    function takeFocus(): void {
+    // Without the ring that shows where the keyboard is, unless the user is there.
+    function takeFocus(byKeys = false): void {
         area.forceActiveFocus();
-        area.isKeyed = false;
+        area.isKeyed = byKeys;
     }
 
     Rectangle {
@@ -41,13 +42,20 @@ FocusScope {
         // A hidden plan is not laid out: its size comes when it is shown.
         readonly property size laidOut: plan.visible ? Qt.size(width, height) : Qt.size(0, 0)
 
+        readonly property size picture: plan.wizard.planPictureSize
+        readonly property size room: Qt.size(parent.width,
+                                             Math.max(parent.height - plan.wizard.dragAreaTop, 0))
+        // The picture as large as there is room for it, in its own shape.
+        readonly property real fit: picture.width > 0 && picture.height > 0
+                                    ? Math.min(room.width / picture.width,
+                                               room.height / picture.height) : 0
         property bool isKeyed: false
 
-
         objectName: "standingDragArea"
-        y: plan.wizard.dragAreaTop
-        width: parent.width
-        height: Math.max(parent.height - y, 0)
+        width: fit > 0 ? Math.round(picture.width * fit) : room.width
+        height: fit > 0 ? Math.round(picture.height * fit) : room.height
+        x: Math.round((room.width - width) / 2)
+        y: plan.wizard.dragAreaTop + Math.round((room.height - height) / 2)
         focus: true
         activeFocusOnTab: true
         onActiveFocusChanged: isKeyed = activeFocus
@@ -55,6 +63,10 @@ FocusScope {
         Accessible.role: Accessible.Graphic
         Accessible.name: plan.wizard.spokenPlan
         Accessible.focusable: true
+        Accessible.onScrollLeftAction: plan.wizard.stepOnPlan(-1, 0, false)
+        Accessible.onScrollRightAction: plan.wizard.stepOnPlan(1, 0, false)
+        Accessible.onScrollUpAction: plan.wizard.stepOnPlan(0, -1, false)
+        Accessible.onScrollDownAction: plan.wizard.stepOnPlan(0, 1, false)
         Keys.onPressed: event => {
             const ways = {
                 [Qt.Key_Left]: [-1, 0],
@@ -89,6 +101,52 @@ FocusScope {
                 objectName: "standingOverlayImageView"
                 anchors.fill: parent
                 wizard: plan.wizard
+            }
+        }
+        // A picture has its stage at its upper edge, and nothing in it need say so.
+        Rectangle {
+            objectName: "standingStageSign"
+            visible: area.fit > 0
+            anchors.top: parent.top
+            anchors.topMargin: 6
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: Math.min(stageSign.implicitWidth + 20, parent.width)
+            height: stageSign.implicitHeight + 6
+            radius: 6
+            color: StatusMetrics.sign
+
+            Text {
+                id: stageSign
+
+                objectName: "standingStageSignText"
+                anchors.centerIn: parent
+                width: Math.min(implicitWidth, area.width - 20)
+                text: plan.wizard.stageLabel.text
+                textFormat: Text.PlainText
+                font: plan.wizard.stageLabel.font
+                color: "white"
+                elide: Text.ElideRight
+                Accessible.ignored: true
+            }
+        }
+        // The four ways as buttons that only a screen reader finds, each at its side of the plan.
+        Repeater {
+            model: [[-1, 0], [1, 0], [0, -1], [0, 1]]
+
+            Item {
+                required property int index
+                required property var modelData
+                readonly property Item within: parent as Item
+
+                objectName: "planWay" + index
+                width: within ? within.width / 3 : 0
+                height: within ? within.height / 3 : 0
+                x: width * (1 + modelData[0])
+                y: height * (1 + modelData[1])
+                Accessible.role: Accessible.Button
+                Accessible.name: plan.wizard.planWays[index]
+                Accessible.description: plan.wizard.spokenPlace
+                Accessible.onPressAction: plan.wizard.stepOnPlan(modelData[0], modelData[1], false)
             }
         }
         MouseArea {

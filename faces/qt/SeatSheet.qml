@@ -32,8 +32,12 @@ T.Popup {
     height: !space ? 0 : isNarrow ? space.height - 10 : Math.min(space.height - 48, 760)
     x: space ? Math.round((space.width - width) / 2) : 0
     y: space ? restingY + Math.round(away * (space.height - restingY)) : 0
+    // Whether the keyboard was in use when the sheet went.
+    property bool wasAtKeys: false
+
     onAboutToShow: content.begin()
     onOpened: content.takeFocus()
+    onAboutToHide: wasAtKeys = content.atKeys !== null
     onClosed: wizard.leftScreen()
 
     T.Overlay.modal: Rectangle {

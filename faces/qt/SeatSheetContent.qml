@@ -23,8 +23,8 @@ FocusScope {
         scroller.contentY = 0;
         picker.jumpTo(content.wizard.pickerIndex);
     }
-    function takeFocus(): void {
-        body.takeFocus();
+    function takeFocus(byKeys = false): void {
+        body.takeFocus(byKeys);
     }
 
     objectName: "seatSheetContent"
@@ -35,13 +35,38 @@ FocusScope {
     Accessible.name: content.wizard.titleLabel.text
     Keys.onEscapePressed: event => {
         if (!event.isAutoRepeat)
-            content.wizard.close();
+            content.wizard.leave();
     }
     Keys.onBackPressed: event => {
         if (!event.isAutoRepeat)
-            content.wizard.backButton.shown ? content.wizard.back() : content.wizard.close();
+            content.wizard.backButton.shown ? content.wizard.back() : content.wizard.leave();
     }
     onAtKeysChanged: scroller.reveal(atKeys)
+
+    // Each step begins where it is answered, whatever button brought it.
+    Connections {
+        target: content.wizard
+        property int step: 1
+
+        function onChanged(): void {
+            const isOther = content.wizard.step !== step;
+            step = content.wizard.step;
+            if (isOther && content.wizard.isPresented)
+                body.takeFocus(content.byKeys || content.atKeys !== null);
+        }
+    }
+    // While a button's work is done, whether a key has pressed it: it may be disabled afterwards.
+    property bool byKeys: false
+
+    function press(act: var): void {
+        byKeys = atKeys !== null;
+        act();
+        byKeys = false;
+    }
+    SheetCurtain {
+        before: content
+        drawn: content.wizard.alert.shown
+    }
 
     Flickable {
         id: scroller
@@ -84,8 +109,8 @@ FocusScope {
             readonly property bool isPicker: content.wizard.pickerShown
 
             // Where the user goes on after each step.
-            function takeFocus(): void {
-                isPicker ? picker.takeFocus() : plan.takeFocus();
+            function takeFocus(byKeys = false): void {
+                isPicker ? picker.takeFocus(byKeys) : plan.takeFocus(byKeys);
             }
 
             objectName: "seatBody"
@@ -94,7 +119,6 @@ FocusScope {
             width: heading.width
             height: Math.max(picker.leastHeight,
                              Math.floor(Math.min(content.layout.pickerHeight, room)))
-            onIsPickerChanged: takeFocus()
 
             SeatPicker {
                 id: picker
@@ -125,6 +149,16 @@ FocusScope {
         width: parent.width - 2 * content.layout.sideMargin
         height: Math.max(backButton.implicitHeight, nextButton.implicitHeight)
 
+        // A button that is disabled lets a finger through to here.
+        TapHandler {
+            objectName: "nextTap"
+            enabled: !nextButton.enabled
+            onTapped: eventPoint => {
+                if (nextButton.contains(nextButton.mapFromItem(buttons, eventPoint.position)))
+                    content.wizard.next();
+            }
+        }
+
         StatusButton {
             id: backButton
 
@@ -133,7 +167,7 @@ FocusScope {
             anchors.left: parent.left
             width: content.layout.backWidth
             height: parent.height
-            onClicked: content.wizard.back()
+            onClicked: content.press(content.wizard.back)
         }
         StatusButton {
             id: nextButton
@@ -143,7 +177,7 @@ FocusScope {
             anchors.right: parent.right
             width: content.layout.nextWidth
             height: parent.height
-            onClicked: content.wizard.next()
+            onClicked: content.press(content.wizard.next)
         }
     }
     StatusAlert {

@@ -11,8 +11,12 @@ T.Popup {
     property bool isMirrored: false
     property bool reducedMotion: false
 
+    // Whether the keyboard was in use when the alert went.
+    property bool wasAtKeys: false
+
     signal dismissed()
 
+    onAboutToHide: wasAtKeys = (contentItem as StatusAlertContent).isAtKeys
     parent: T.Overlay.overlay
     visible: look.shown
     modal: true

@@ -9,6 +9,8 @@ FocusScope {
     property alertLook look
     property bool isMirrored: false
 
+    readonly property bool isAtKeys: button.visualFocus
+
     signal dismissed()
 
     // A key that is held, and may have brought the alert, does not take it away.

@@ -21,6 +21,10 @@ T.Button {
     focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.Button
     Accessible.name: text
+    Accessible.onPressAction: {
+        if (button.enabled)
+            button.clicked();
+    }
     // A key that is held acts once, and not on whatever it has brought.
     Keys.onPressed: event => {
         const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter;

@@ -10,7 +10,12 @@ Item {
     property bool reducedMotion: false
 
     visible: panel.summaryShown
+    // Beside the dot, or where there is no room for it there, below.
+    readonly property real besideDot: panel.dotFrame.x + panel.dotFrame.width + 6
+    readonly property bool isWordBelow: besideDot + word.implicitWidth > width
+
     implicitHeight: panel.summaryTextFrame.height
+                    + (panel.dotShown && isWordBelow ? word.implicitHeight : 0)
 
     // Frames begin at the side where lines begin.
     function mirrored(frame: rect): real {
@@ -22,8 +27,28 @@ Item {
         look: row.panel.summaryLabel
         x: row.mirrored(row.panel.summaryTextFrame)
         width: row.panel.summaryTextFrame.width
-        height: row.height
+        height: row.panel.summaryTextFrame.height
         verticalAlignment: Text.AlignVCenter
+        Accessible.name: row.panel.spokenSummary
+    }
+    // Colour alone tells nothing to who cannot see it.
+    Text {
+        id: word
+
+        objectName: "seatLUTStatusWord"
+        visible: row.panel.dotShown
+        x: row.mirrored(Qt.rect(row.isWordBelow ? 0 : row.besideDot, 0, width, 0))
+        y: row.isWordBelow ? row.panel.summaryTextFrame.height : 0
+        width: Math.min(implicitWidth, row.width)
+        height: row.isWordBelow ? implicitHeight : row.panel.summaryTextFrame.height
+        text: row.panel.dotWord
+        textFormat: Text.PlainText
+        font: row.panel.summaryLabel.font
+        color: row.panel.summaryLabel.colour
+        horizontalAlignment: Text.AlignLeft
+        verticalAlignment: Text.AlignVCenter
+        wrapMode: Text.Wrap
+        Accessible.ignored: true
     }
     Rectangle {
         id: dot

@@ -44,6 +44,11 @@ class HalvoraHost : public QObject {
   void enter(HalvoraViewItem& item);
   void leave(HalvoraViewItem& item);
 
+ signals:
+  /// A show has begun or ended in the item that shows the engine's view; looks in between do not
+  /// count.
+  void showTold(bool hasBegun);
+
  private:
   HalvoraHost(QQmlEngine& engine, const Platform& platform, HalvoraViewController& controller)
       : QObject(&engine),

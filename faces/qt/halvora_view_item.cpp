@@ -65,7 +65,10 @@ HalvoraView HalvoraViewItem::view() {
 // The bar first: whoever hears of the show may have destroyed the item, and the other way round.
 void HalvoraViewItem::tellShow(void (HalvoraViewItem::*signal)()) {
   const QPointer<HalvoraViewItem> self(this);
+  const bool hadShow = isStatusBarHidden_;
   lookAtStatusBar();
+  // The signals come with every look of another mode or speed.
+  if (self && host_ && isStatusBarHidden_ != hadShow) emit host_->showTold(isStatusBarHidden_);
   if (self) emit(this->*signal)();
 }
 

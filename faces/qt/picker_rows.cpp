@@ -31,11 +31,14 @@ int PickerRows::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant PickerRows::data(const QModelIndex& index, int role) const {
-  if (!index.isValid() || role != Qt::DisplayRole) return {};
-  return titleOf(rowAt(index.row()));
+  if (!index.isValid()) return {};
+  if (role == kTitle) return titleOf(rowAt(index.row()));
+  return role == kDetail ? QVariant(detailOf(rowAt(index.row()))) : QVariant();
 }
 
-QHash<int, QByteArray> PickerRows::roleNames() const { return {{Qt::DisplayRole, "title"}}; }
+QHash<int, QByteArray> PickerRows::roleNames() const {
+  return {{kTitle, "title"}, {kDetail, "detail"}};
+}
 
 void PickerRows::reload(Wizard wizard) {
   beginResetModel();
@@ -60,7 +63,7 @@ void PickerRows::findMatches(const QString& filter) {
   std::int64_t best = 0;
   int bestRank = 0;
   const auto look = [&](std::int64_t row) {
-    const int rank = rankOf(titleOf(row), filter);
+    const int rank = std::max(rankOf(titleOf(row), filter), rankOf(detailOf(row), filter));
     if (rank == 0) return;
     matches.push_back(row);
     if (rank > bestRank) {
@@ -76,6 +79,7 @@ void PickerRows::findMatches(const QString& filter) {
   }
   matches_ = std::move(matches);
   bestMatch_ = best;
+  bestRank_ = bestRank;
 }
 
 std::int64_t PickerRows::rowAt(int index) const {
@@ -88,6 +92,10 @@ int PickerRows::indexOf(std::int64_t row) const {
   const auto found = std::lower_bound(matches_.begin(), matches_.end(), row);
   if (found == matches_.end() || *found != row) return -1;
   return static_cast<int>(found - matches_.begin());
+}
+
+QString PickerRows::detailOf(std::int64_t row) const {
+  return wizard_ ? textFrom(wizard_->detailForPickerRow(row)) : QString();
 }
 
 QString PickerRows::titleOf(std::int64_t row) const {

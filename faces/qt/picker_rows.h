@@ -20,6 +20,8 @@ class PickerRows : public QAbstractListModel {
   Q_OBJECT
   QML_ANONYMOUS
 
+  enum Role { kTitle = Qt::DisplayRole, kDetail = Qt::UserRole };
+
  public:
   using Wizard = std::shared_ptr<const HalvoraSeatSelectorViewController>;
 
@@ -31,7 +33,7 @@ class PickerRows : public QAbstractListModel {
 
   /// Reads the rows of the wizard's current step anew, without a filter. Null for no rows.
   void reload(Wizard wizard);
-  /// Leaves the placeholder and the rows whose title contains the text, in any case.
+  /// Leaves the placeholder and the rows whose title or second line contains the text, in any case.
   void setFilter(const QString& filter);
   const QString& filter() const { return filter_; }
 
@@ -41,7 +43,10 @@ class PickerRows : public QAbstractListModel {
   /// The row that the filter means most likely: equal to it, else with a word that is, else
   /// beginning with it, else the first one; the placeholder, row 0, where no row is left.
   std::int64_t bestMatch() const { return bestMatch_; }
+  /// How surely it is meant: 4 equal, 3 a word of it, 2 its beginning, 1 in its middle, 0 none.
+  int bestRank() const { return bestRank_; }
   QString titleOf(std::int64_t row) const;
+  QString detailOf(std::int64_t row) const;
 
  private:
   void findMatches(const QString& filter);
@@ -51,6 +56,7 @@ class PickerRows : public QAbstractListModel {
   /// With a filter: the placeholder's row and those that match, ascending.
   std::vector<std::int64_t> matches_;
   std::int64_t bestMatch_ = 0;
+  int bestRank_ = 0;
 };
 
 }  // namespace halvora

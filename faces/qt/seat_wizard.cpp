@@ -78,9 +78,28 @@ AlertLook SeatWizard::alert() const {
   return selector_ ? AlertLook(selector_->presentedAlert(), reading_) : AlertLook();
 }
 
+QString SeatWizard::stepText() const {
+  if (!selector_) return {};
+  return textFrom(formatted(text("hv_seat_picker_step_format", "Step %ld of %ld"),
+                            {std::to_string(views().step), std::to_string(views().steps)}));
+}
+
+QStringList SeatWizard::planWays() const {
+  return {textFrom(text("hv_seat_picker_plan_left", "To the left")),
+          textFrom(text("hv_seat_picker_plan_right", "To the right")),
+          textFrom(text("hv_seat_picker_plan_nearer", "Nearer to the stage")),
+          textFrom(text("hv_seat_picker_plan_farther", "Farther from the stage"))};
+}
+
 QString SeatWizard::spokenRow() const {
-  const QString title = rows_.titleOf(picker().selectedRow);
   const int index = pickerIndex();
+  return index < 1 ? rows_.titleOf(picker().selectedRow) : spokenRowAt(index);
+}
+
+QString SeatWizard::spokenRowAt(int index) const {
+  const std::int64_t row = rows_.rowAt(index);
+  const QString detail = rows_.detailOf(row);
+  const QString title = detail.isEmpty() ? rows_.titleOf(row) : detail;
   if (index < 1) return title;
   return textFrom(
       formatted(text("hv_seat_picker_spoken_row_format", "%@, %ld of %ld"),
@@ -138,9 +157,30 @@ void SeatWizard::back() {
   act([](auto& selector) { selector.backTapped(); });
 }
 
+void SeatWizard::leave() {
+  act([](auto& selector) { selector.leaveTapped(); });
+}
+
 void SeatWizard::next() {
-  if (!nextButton().enabled()) return;
-  act([](auto& selector) { selector.nextTapped(); });
+  const bool isChosen = nextButton().enabled();
+  act([isChosen](auto& selector) {
+    isChosen ? selector.nextTapped() : selector.sayWhatIsMissing();
+  });
+}
+
+void SeatWizard::enterFilter() {
+  if (rows_.filter().isEmpty() || pickerIndex() > 0) return next();
+  if (rows_.bestMatch() == 0) {
+    const std::string line = rows_.filter().toStdString();
+    return act([&line](auto& selector) { selector.findSeat(line); });
+  }
+  const bool isSure = rowsToChooseFrom() == 1 || rows_.bestRank() >= 3;
+  const int best = rows_.indexOf(rows_.bestMatch());
+  const QPointer<SeatWizard> self(this);
+  pick(best);
+  if (!self) return;
+  if (isSure) return next();
+  emit pickerMoved(pickerIndex());
 }
 
 void SeatWizard::dismissAlert() {
@@ -153,16 +193,14 @@ void SeatWizard::pick(int index) {
   act([row](auto& selector) { selector.pickerDidSelectRow(row); });
 }
 
-// What is in the middle of a picker is chosen: where the chosen row is filtered away, the one that
-// comes into its place is.
+// Only the user chooses: where the chosen row is filtered away, nothing is chosen any more.
 void SeatWizard::filter(const QString& text) {
   const QString wanted = text.trimmed();
   if (!selector_ || !pickerShown() || wanted == rows_.filter()) return;
   const std::int64_t row = rows_.rowAt(pickerIndex());
   rows_.setFilter(wanted);
   const bool isKept = row > 0 && rows_.indexOf(row) >= 0;
-  const std::int64_t shown = isKept || wanted.isEmpty() ? row : rows_.bestMatch();
-  if (shown != row) selector_->pickerDidSelectRow(shown);
+  if (row > 0 && !isKept && !wanted.isEmpty()) selector_->pickerDidSelectRow(0);
   const QPointer<SeatWizard> self(this);
   refresh();
   if (self) emit pickerMoved(pickerIndex());

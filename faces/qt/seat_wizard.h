@@ -12,6 +12,7 @@
 #include <QPointer>
 #include <QSizeF>
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -63,6 +64,11 @@ class SeatWizard : public QObject {
   Q_PROPERTY(halvora::ButtonLook backButton READ backButton NOTIFY changed)
   Q_PROPERTY(halvora::ButtonLook nextButton READ nextButton NOTIFY changed)
   Q_PROPERTY(halvora::AlertLook alert READ alert NOTIFY changed)
+  /// "Step 2 of 3", and which is that: they move with each step.
+  Q_PROPERTY(QString stepText READ stepText NOTIFY changed)
+  Q_PROPERTY(int step READ step NOTIFY changed)
+  /// Why what was asked for last was not done; empty for nothing.
+  Q_PROPERTY(QString message READ message NOTIFY changed)
   /// The picker: the style of its titles, the row in its middle, the line that filters it.
   Q_PROPERTY(bool pickerShown READ pickerShown NOTIFY changed)
   Q_PROPERTY(halvora::LabelLook pickerTitle READ pickerTitle NOTIFY changed)
@@ -87,6 +93,11 @@ class SeatWizard : public QObject {
   Q_PROPERTY(qreal dotBorderWidth READ dotBorderWidth NOTIFY changed)
   Q_PROPERTY(QColor dotBorderColour READ dotBorderColour NOTIFY changed)
   Q_PROPERTY(QString spokenPlan READ spokenPlan NOTIFY changed)
+  Q_PROPERTY(QString spokenPlace READ spokenPlace NOTIFY changed)
+  /// Of the picture, in its own pixels; nothing for none.
+  Q_PROPERTY(QSizeF planPictureSize READ planPictureSize NOTIFY planPictureChanged)
+  /// How the four ways across the plan are called: left, right, nearer to the stage, farther off.
+  Q_PROPERTY(QStringList planWays READ planWays NOTIFY changed)
   Q_PROPERTY(halvora::PickerRows* rows READ rows CONSTANT)
 
  public:
@@ -111,6 +122,9 @@ class SeatWizard : public QObject {
   ButtonLook backButton() const { return {views().backButton, reading_}; }
   ButtonLook nextButton() const { return {views().nextButton, reading_}; }
   AlertLook alert() const;
+  QString stepText() const;
+  int step() const { return views().step; }
+  QString message() const { return textFrom(views().message); }
   bool pickerShown() const { return !picker().hidden; }
   LabelLook pickerTitle() const { return {picker().title, reading_}; }
   int pickerIndex() const { return rows_.indexOf(picker().selectedRow); }
@@ -132,6 +146,9 @@ class SeatWizard : public QObject {
   qreal dotBorderWidth() const { return dot().border.width; }
   QColor dotBorderColour() const { return colourWithAlpha(dot().border.colour); }
   QString spokenPlan() const { return textFrom(views().spokenPlan); }
+  QString spokenPlace() const { return textFrom(views().spokenPlace); }
+  QSizeF planPictureSize() const { return planPicture_.size(); }
+  QStringList planWays() const;
   /// Null for none.
   QImage planPicture() const { return planPicture_; }
   PickerRows* rows() { return &rows_; }
@@ -139,9 +156,18 @@ class SeatWizard : public QObject {
 
   Q_INVOKABLE halvora::SeatWizardLayout layoutIn(qreal width, qreal height) const;
 
+  /// A row of `rows` and its place among them: "Row 8, 8 of 20".
+  Q_INVOKABLE QString spokenRowAt(int index) const;
+
   Q_INVOKABLE void close();
+  /// Asks first where a choice would be lost.
+  Q_INVOKABLE void leave();
   Q_INVOKABLE void back();
+  /// Says what is missing where nothing is chosen.
   Q_INVOKABLE void next();
+  /// The filter line was entered: what it means surely is chosen, and the next step shown; what it
+  /// means most likely is chosen. A line that no row contains may name a whole seat.
+  Q_INVOKABLE void enterFilter();
   Q_INVOKABLE void dismissAlert();
   /// The user has brought that row of `rows` to the picker's middle.
   Q_INVOKABLE void pick(int index);

@@ -33,6 +33,8 @@ class StatusMetrics : public QObject {
   Q_PROPERTY(QColor raised MEMBER raised_ CONSTANT)
   Q_PROPERTY(QColor alert MEMBER alert_ CONSTANT)
   Q_PROPERTY(QColor shade MEMBER shade_ CONSTANT)
+  /// Behind words that lie on a picture.
+  Q_PROPERTY(QColor sign MEMBER sign_ CONSTANT)
 
  public:
   using QObject::QObject;
@@ -52,6 +54,7 @@ class StatusMetrics : public QObject {
   const QColor raised_{255, 255, 255, 23};
   const QColor alert_{28, 28, 31};
   const QColor shade_{0, 0, 0, 153};
+  const QColor sign_{0, 0, 0, 190};
 };
 
 }  // namespace halvora

@@ -93,6 +93,7 @@ void StatusPanel::componentComplete() {
   if (!host.hasController()) return;
   // The needs that the panel uses are still there when a host goes, and may not be afterwards.
   connect(&host, &QObject::destroyed, this, &StatusPanel::unload);
+  connect(&host, &HalvoraHost::showTold, this, &StatusPanel::tellShow);
   engine_.emplace(host.platform(), host.controller());
   coordinator_ = view().makeCoordinator(face());
   controller_ = &view().makeController(*coordinator_);
@@ -221,6 +222,36 @@ QSizeF StatusPanel::preferredSize() const {
 void StatusPanel::tellPulse() {
   const auto& began = row().seatLUTStatusDot.pulseBegan;
   if (std::exchange(pulse_, began) != began && began) emit pulsed();
+}
+
+void StatusPanel::tellShow(bool hasBegun) {
+  if (controller_ == nullptr) return;
+  emit told(textFrom(hasBegun ? controller_->hvLocalizedStringForKey("hv_spoken_show_began",
+                                                                     "The light show has begun.")
+                              : controller_->hvLocalizedStringForKey("hv_spoken_show_ended",
+                                                                     "The light show has ended.")));
+}
+
+QString StatusPanel::dotWord() const {
+  if (controller_ == nullptr || !dotShown()) return {};
+  return textFrom(
+      row().seatLUTStatusDot.colour == kDotGreen
+          ? controller_->hvLocalizedStringForKey("hv_seat_dot_word_ready", "Ready")
+          : controller_->hvLocalizedStringForKey("hv_seat_dot_word_preparing", "Preparing"));
+}
+
+QString StatusPanel::spokenSummary() const {
+  return textFrom(row().seatSelectionSummaryLabel.text)
+      .replace(QStringLiteral("  |  "), QStringLiteral(", "));
+}
+
+void StatusPanel::setSeat(const QString& section, const QString& row, const QString& seat) {
+  if (controller_ == nullptr) return;
+  controller_->setSeat(section.toStdString(), row.toStdString(), seat.toStdString());
+}
+
+bool StatusPanel::openLink(const QString& link) {
+  return controller_ != nullptr && controller_->openLink(link.toStdString());
 }
 
 void StatusPanel::initBluetoothPermission() {

@@ -61,6 +61,10 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   Q_PROPERTY(QColor dotColour READ dotColour NOTIFY changed)
   Q_PROPERTY(QRectF dotFrame READ dotFrame NOTIFY changed)
   Q_PROPERTY(QString spokenDot READ spokenDot NOTIFY changed)
+  /// The dot in a word, to stand beside it.
+  Q_PROPERTY(QString dotWord READ dotWord NOTIFY changed)
+  /// The summary as it is read out: without bars.
+  Q_PROPERTY(QString spokenSummary READ spokenSummary NOTIFY changed)
   Q_PROPERTY(bool spinnerShown READ spinnerShown NOTIFY changed)
   Q_PROPERTY(QRectF spinnerFrame READ spinnerFrame NOTIFY changed)
   Q_PROPERTY(halvora::AlertLook alert READ alert NOTIFY changed)
@@ -87,6 +91,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   QColor dotColour() const { return colourWithAlpha(row().seatLUTStatusDot.colour); }
   QRectF dotFrame() const { return rectFrom(row().seatLUTStatusDot.frame); }
   QString spokenDot() const { return textFrom(row().seatLUTStatusDot.spoken); }
+  QString dotWord() const;
+  QString spokenSummary() const;
   bool spinnerShown() const { return row().seatSelectionLoadingIndicator.isAnimating; }
   QRectF spinnerFrame() const { return rectFrom(row().seatSelectionLoadingIndicator.frame); }
   AlertLook alert() const;
@@ -104,6 +110,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   Q_INVOKABLE void openAppSettings();
   Q_INVOKABLE void openSeatSelector();
   Q_INVOKABLE void dismissAlert();
+  Q_INVOKABLE void setSeat(const QString& section, const QString& row, const QString& seat);
+  Q_INVOKABLE bool openLink(const QString& link);
 
  signals:
   void fieldsChanged();
@@ -114,6 +122,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   void changed();
   /// The dot's pulse begins, anew if it is under way.
   void pulsed();
+  /// To be said aloud, and not seen otherwise.
+  void told(const QString& words);
 
  private:
   StatusPanelFields fields() const;
@@ -127,6 +137,7 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   void layOut();
   void refresh();
   void tellPulse();
+  void tellShow(bool hasBegun);
   /// As they are before there is a panel, where there is none.
   const StatusPanelViews& views() const;
   const SeatSelectionSummaryRow& row() const { return views().seatSelectionSummaryRow; }

@@ -170,6 +170,17 @@ class HalvoraStatusViewController {
   virtual void openSeatSelector() = 0;
   virtual void dismissAlert() = 0;
 
+  /// The seat on the user's ticket, each by the name that the map shows ("Row 8") or by what the
+  /// ticket calls it ("8"); capitals do not matter. It is stored as if it had been confirmed in the
+  /// wizard, as soon as the venue's map is there. One that the map has not got opens the wizard
+  /// with what there is of it and a message, and so does a standing area, which is chosen at the
+  /// venue. A later seat takes the place of one that still waits.
+  virtual void setSeat(std::string_view section, std::string_view row, std::string_view seat) = 0;
+  /// The same from a link that has the three as query items, in any order and among others:
+  /// "https://tickets.example/show?section=209&row=8&seat=10". False, and nothing is done, for any
+  /// other link, and for one of more than 2048 bytes.
+  virtual bool openLink(std::string_view link) = 0;
+
   // What is to be seen. The references are good until the panel is asked to do something else.
   virtual const StatusPanelViews& views() const = 0;
   /// The size that the panel would like to have; no height until its face has measured one.

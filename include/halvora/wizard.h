@@ -64,8 +64,16 @@ struct SeatSelectorViews {
   StandingDotView standingDotView;
   /// The chosen place, 0 to 1 from the left and from the stage; none while no plan is shown.
   std::optional<Point> standingPlace;
-  /// For who cannot see it: what the plan is, and where on it the chosen place is.
+  /// For who cannot see it: what the plan is, and where on it the chosen place is; and the latter
+  /// alone.
   std::string spokenPlan;
+  std::string spokenPlace;
+  /// Which step this is, counted from 1, and how many there are for what is selected.
+  int step = 1;
+  int steps = 3;
+  /// Why what the user asked for last was not done, and what to do; empty for nothing. It goes with
+  /// the next action.
+  std::string message;
   Button backButton;
   Button nextButton;
   double standingStageHeightConstraint = 0;
@@ -124,6 +132,17 @@ class HalvoraSeatSelectorViewController {
   virtual void backTapped() = 0;
   virtual void nextTapped() = 0;
   virtual void alertButtonTapped() = 0;
+  /// For a user who wants to go on while nothing is chosen: the message says what is missing.
+  virtual void sayWhatIsMissing() = 0;
+  /// Leaves as `cancelTapped` does, but with a choice that is not confirmed the first call only
+  /// asks, by the message, and the one that follows it leaves.
+  virtual void leaveTapped() = 0;
+  /// Section, row and seat from one line, as a ticket has them: "209 8 10", or "Sec 209 Row 8 Seat
+  /// 10" with other words between. What the line names is chosen, and the first step that it does
+  /// not name is shown, or the last one. Where the map has not got it, nothing changes, and the
+  /// message says which it is. Of a longer line only the first 512 bytes count. True if all that
+  /// was named is chosen.
+  virtual bool findSeat(std::string_view line) = 0;
   virtual void pickerDidSelectRow(std::int64_t row) = 0;
   /// Where the finger is in the drag area; the drag at every change.
   virtual void handleStandingTap(Point location) = 0;
@@ -136,6 +155,8 @@ class HalvoraSeatSelectorViewController {
   virtual std::size_t numberOfPickerRows() const = 0;
   /// Empty for a row that there is not.
   virtual std::string titleForPickerRow(std::int64_t row) const = 0;
+  /// A second line below the title: a standing area's own name. Empty for none.
+  virtual std::string detailForPickerRow(std::int64_t row) const = 0;
   virtual const std::optional<Alert>& presentedAlert() const = 0;
   /// The wizard leaves the screen, animated, when this becomes true.
   virtual bool isDismissed() const = 0;

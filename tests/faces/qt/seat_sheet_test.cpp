@@ -152,8 +152,11 @@ TEST(SeatSheet, IsLeftWithoutAChoice) {
     bench.open();
     bench.clickAt(rowBelow(bench, 1));
     if (way == 0) bench.click("closeButton");
-    if (way == 1) bench.key(Qt::Key_Escape);
-    if (way == 2) bench.key(Qt::Key_Back);
+    // Keys, which slip more easily, are asked first.
+    for (int press = 0; press < 2; ++press) {
+      if (way == 1) bench.key(Qt::Key_Escape);
+      if (way == 2) bench.key(Qt::Key_Back);
+    }
     waitUntilClosed(bench);
     EXPECT_EQ(bench.stored(), std::nullopt);
     EXPECT_FALSE(bench.isShown("seatSheetContent"));
@@ -200,7 +203,7 @@ TEST(SeatSheet, TheKeyboardGoesRoundWithinIt) {
 
 // Filter
 
-TEST(SeatSheet, TypingNarrowsALongListAndChoosesWhatItMeans) {
+TEST(SeatSheet, TypingNarrowsALongListAndChoosesNothing) {
   StatusBenchSetup setup;
   setup.map = mapOfSeats(1, 500);
   StatusBench bench(setup);
@@ -213,11 +216,13 @@ TEST(SeatSheet, TypingNarrowsALongListAndChoosesWhatItMeans) {
   ASSERT_TRUE(bench.isShown("seatFilter"));
   bench.type("1");
   EXPECT_EQ(bench.focused(), "seatFilter");
-  EXPECT_EQ(bench.pickedTitle(), "1");
   bench.type("23");
   EXPECT_EQ(bench.text("seatFilter"), "123");
-  EXPECT_EQ(bench.pickedTitle(), "123");
   EXPECT_EQ(bench.text("filterMatches"), "1 found");
+  EXPECT_EQ(bench.selector().selectedSeatIndex(), -1);
+  EXPECT_EQ(bench.pickedTitle(), "Select seat...");
+  bench.key(Qt::Key_Down);
+  EXPECT_EQ(bench.pickedTitle(), "123");
   EXPECT_EQ(bench.selector().selectedSeatIndex(), 122);
   EXPECT_EQ(bench.text("selectionSummaryLabel"), "A  |  Row 1  |  123");
 
@@ -246,12 +251,15 @@ TEST(SeatSheet, EscapeEmptiesTheFilterAndThenCloses) {
   StatusBench bench;
   bench.open();
   bench.type("21");
+  bench.key(Qt::Key_Down);
   EXPECT_EQ(bench.pickedTitle(), "Section 210");
   bench.key(Qt::Key_Escape);
   EXPECT_FALSE(isClosed(bench));
   EXPECT_EQ(bench.text("seatFilter"), "");
   EXPECT_EQ(bench.pickedTitle(), "Section 210") << "what is chosen stays";
   EXPECT_GT(bench.item("pickerView")->property("count").toInt(), 20);
+  bench.key(Qt::Key_Escape);
+  EXPECT_FALSE(isClosed(bench));
   bench.key(Qt::Key_Escape);
   waitUntilClosed(bench);
 }
@@ -270,6 +278,7 @@ TEST(SeatSheet, TheFilterIsEmptiedByItsButton) {
   StatusBench bench;
   bench.open();
   bench.type("216");
+  bench.key(Qt::Key_Down);
   bench.click("filterClear");
   EXPECT_EQ(bench.text("seatFilter"), "");
   EXPECT_EQ(bench.pickedTitle(), "Section 216");
@@ -370,7 +379,7 @@ TEST(SeatSheet, AVenuesPlanTakesThePlaceOfTheStage) {
   goToPlan(bench);
   EXPECT_FALSE(bench.isShown("standingStageLabel"));
   EXPECT_FALSE(bench.wizard().planPicture().isNull());
-  EXPECT_EQ(bench.frame("standingDragArea"), bench.frame("standingSelectorContainer"));
+  EXPECT_EQ(bench.frame("standingDragArea"), bench.frame("standingOverlayImageView"));
   // The picture is there: its middle is not the sheet's black.
   const QPoint middle = bench.frame("standingDragArea").center().toPoint() + QPoint(40, 40);
   EXPECT_GT(bench.picture().pixelColor(middle).lightness(), 10);
@@ -497,7 +506,7 @@ TEST(SeatSheet, IsTurnedByAScreenReader) {
   bench.open();
   QAccessibleInterface* wheel = QAccessible::queryAccessibleInterface(bench.item("pickerView"));
   ASSERT_NE(wheel, nullptr);
-  EXPECT_EQ(wheel->role(), QAccessible::SpinBox);
+  EXPECT_EQ(wheel->role(), QAccessible::List);
   ASSERT_NE(wheel->actionInterface(), nullptr);
   wheel->actionInterface()->doAction(QAccessibleActionInterface::increaseAction());
   wheel->actionInterface()->doAction(QAccessibleActionInterface::increaseAction());
@@ -511,6 +520,8 @@ TEST(SeatSheet, SaysWhatAFilterLeaves) {
   bench.open();
   EXPECT_EQ(bench.spokenName("seatFilter"), "Type to narrow the list");
   bench.type("216");
+  EXPECT_EQ(bench.spokenName("pickerView"), "Select section...");
+  bench.key(Qt::Key_Down);
   EXPECT_EQ(bench.spokenName("pickerView"), "Section 216, 1 of 1");
 }
 
@@ -533,7 +544,7 @@ TEST(SeatSheet, AHundredThousandSeatsCostWhatIsSeenOfThem) {
   EXPECT_EQ(bench.spokenName("pickerView"), "100000, 100000 of 100000");
   EXPECT_LE(list->childItems().size(), 60);
   bench.type("54321");
-  EXPECT_EQ(bench.selector().selectedSeatIndex(), 54320);
+  EXPECT_EQ(bench.selector().selectedSeatIndex(), -1);
   bench.key(Qt::Key_Return);
   waitUntilClosed(bench);
   EXPECT_EQ(bench.stored(), (SeatPoint{54321, 1}));
