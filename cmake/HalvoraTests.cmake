@@ -71,7 +71,7 @@ if(HALVORA_TEST_SUITES)
   endforeach()
 endif()
 halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
-  LINK halvora_tool $<TARGET_NAME_IF_EXISTS:halvora_image>
+  LINK halvora_tool halvora_cface $<TARGET_NAME_IF_EXISTS:halvora_image>
     $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> $<TARGET_NAME_IF_EXISTS:halvora_nettle> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)
 if(TARGET halvora_tests)
@@ -124,3 +124,25 @@ endif()
 # The air of the emulated machine; tests/bluez-vm/run builds what it needs itself.
 halvora_program(halvora_vm_controllers FOLDERS tests/bluez-vm)
 set_target_properties(halvora_vm_controllers PROPERTIES EXCLUDE_FROM_ALL ON)
+
+# The C library as its users load it: by a program in C, and by Python, for which a sanitizer's library
+# would come too late.
+if(TARGET halvora_c AND NOT HALVORA_TEST_SUITES AND NOT HALVORA_TEST_PROCESSOR)
+  enable_language(C)
+  add_executable(halvora_c99_host tests/bindings/c/c99_host.c)
+  set_target_properties(halvora_c99_host PROPERTIES C_STANDARD 99 C_EXTENSIONS OFF)
+  target_compile_options(halvora_c99_host PRIVATE
+    -Wall -Wextra -Wpedantic -Wconversion -Wstrict-prototypes -Werror)
+  target_link_libraries(halvora_c99_host PRIVATE halvora_c)
+  add_test(NAME c_interface/c99 COMMAND halvora_c99_host)
+  find_package(Python3 QUIET COMPONENTS Interpreter)
+  if(Python3_FOUND AND NOT HALVORA_SANITIZE)
+    add_test(NAME c_interface/recorded_shows
+      COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/tests/bindings/c/recorded_shows.py"
+        $<TARGET_FILE:halvora_c> "${PROJECT_SOURCE_DIR}")
+    add_test(NAME c_interface/python_phone
+      COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/tests/bindings/c/python_phone.py"
+        $<TARGET_FILE:halvora_c> "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/python-phone")
+    set_tests_properties(c_interface/recorded_shows c_interface/python_phone PROPERTIES TIMEOUT 120)
+  endif()
+endif()

@@ -11,6 +11,7 @@ compile the kit once more are left out.
 
 import argparse
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -148,13 +149,64 @@ class Consumers:
         shutil.copytree(self.shared(), there, symlinks=True)
         self.by_modules("modules-moved", there)
 
+    def pasted(self, section):
+        """The files of a section of docs/embedding.md, in a folder of their own."""
+        text = (ROOT / "docs/embedding.md").read_text(encoding="utf-8")
+        text = text.split(f"\n## {section}", 1)[1].split("\n## ", 1)[0]
+        folder = self.folder / f"pasted-{section.split(',')[0].lower()}"
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir()
+        for name, lines in re.findall(r"^```\w+ (\S+)\n(.*?)^```$", text, re.MULTILINE | re.DOTALL):
+            (folder / name).write_text(lines, encoding="utf-8")
+        return folder
+
+    def expect_orange(self, program, prefix, before):
+        printed = self.run(program, env={**os.environ, "LD_LIBRARY_PATH": str(prefix / "lib")})
+        if printed != before + "390 x 844 points of 1.00 0.50 0.00\n":
+            raise Failure(f"{program} printed:\n{printed}")
+
+    def pasted_in_cpp(self):
+        folder = self.pasted("C++")
+        self.configured(folder, folder / "build", f"-DCMAKE_PREFIX_PATH={self.shared()}")
+        self.run("cmake", "--build", folder / "build")
+        self.expect_orange(folder / "build/my-show", self.shared(), "the show begins\n")
+
+    def pasted_in_c(self):
+        folder = self.pasted("C, and all that can call it")
+        words = self.module(self.shared(), ["--cflags", "--libs"], "halvora-c")
+        self.run("gcc", "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror", folder / "phone.c",
+                 *words, "-o", folder / "phone")
+        self.expect_orange(folder / "phone", self.shared(), "torch on\n")
+        # What a static kit installs is whole in itself.
+        self.expect_orange(folder / "phone", self.static(), "torch on\n")
+
+    def pasted_in_qml(self):
+        folder, prefix = self.pasted("QML"), self.with_qt()
+        self.configured(folder, folder / "build", f"-DCMAKE_PREFIX_PATH={prefix}")
+        self.run("cmake", "--build", folder / "build")
+        self.expect_window(folder / "build/my-app", prefix)
+
+    def with_qt(self):
+        return self.kit("qt", "-DBUILD_SHARED_LIBS=ON", "-DHALVORA_QT=ON", "-DHALVORA_QML_AHEAD=OFF")
+
     def qml_host(self):
-        prefix = self.kit("qt", "-DBUILD_SHARED_LIBS=OFF", "-DHALVORA_QT=ON", "-DHALVORA_QML_AHEAD=OFF")
+        prefix = self.with_qt()
         build = self.folder / "by-qml-host"
         shutil.rmtree(build, ignore_errors=True)
         self.configured(ROOT / "examples/qml-host", build, f"-DCMAKE_PREFIX_PATH={prefix}",
                         "-DHALVORA_FROM=installation")
         self.run("cmake", "--build", build, "-j", self.jobs)
+        self.expect_window(build / "qml-host", prefix)
+
+    def expect_window(self, program, prefix):
+        """It says what it could not load, and goes on until it is ended."""
+        begun = subprocess.run(
+            ["timeout", "5", program], capture_output=True, text=True, cwd=self.folder,
+            env={**os.environ, "QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software",
+                 "QML_IMPORT_PATH": str(prefix / "lib/qt6/qml"),
+                 "LD_LIBRARY_PATH": str(prefix / "lib")})
+        if begun.returncode != 124 or "not installed" in begun.stderr:
+            raise Failure(f"{program} ended with {begun.returncode}:\n{begun.stderr}")
 
 
 INSTALLED = "-DHALVORA_FROM=installation"
@@ -174,6 +226,8 @@ ROWS = [
     ("headers, gcc, every warning", True, lambda it: it.headers("g++", STRICT)),
     ("headers, clang and libc++, every warning", True,
      lambda it: it.headers("clang++-16", LIBCXX + CLANG)),
+    ("docs/embedding.md, C++, as pasted", True, lambda it: it.pasted_in_cpp()),
+    ("docs/embedding.md, C, as pasted", True, lambda it: it.pasted_in_c()),
     ("the core shows public names only", True, lambda it: it.only_public_names()),
     ("a component that is not there: refused", True,
      lambda it: it.refused("was installed without a component Nonesuch; it has Core,",
@@ -191,6 +245,7 @@ ROWS = [
     ("find_package, clang and libc++", False,
      lambda it: it.by_cmake("clang", it.clang(), INSTALLED, "-DCMAKE_CXX_COMPILER=clang++-16",
                             flags=LIBCXX)),
+    ("docs/embedding.md, QML, as pasted", False, lambda it: it.pasted_in_qml()),
     ("a host in QML, find_package", False, lambda it: it.qml_host()),
 ]
 

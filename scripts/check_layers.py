@@ -20,7 +20,7 @@ ADAPTERS = [
     for name in ("standard", "json", "image", "ffmpeg", "nettle", "linux", "virtual", "qt",
                  "system")
 ]
-FACES = ["faces/qt"]
+FACES = ["faces/qt", "bindings/c"]
 VENUE = ["venue/base", "venue/show", "venue/plan", "venue/crowd", "venue/air"]
 APPS = ["apps/halvora", "apps/console"]
 BELOW_VENUE = [FACE, *CORE, *ADAPTERS]
@@ -36,6 +36,7 @@ MAY_INCLUDE = {
     "seats": [FACE, "text"],
     "host": [FACE],
     "faces/qt": [FACE],
+    "bindings/c": [FACE, "adapters/standard", "adapters/json"],
     "adapters/standard": [FACE, "text"],
     "adapters/json": [FACE, "text"],
     "adapters/image": [FACE],
@@ -220,6 +221,7 @@ BAD = {
         '#include "adapters/ffmpeg/videos.h"',
     ],
     "adapters/linux/a.cpp": ['#include "adapters/qt/loop.h"'],
+    "bindings/c/a.cpp": ['#include "engine/scanner.h"', '#include "faces/qt/face.h"'],
     "faces/qt/a.cpp": [
         '#include "engine/scanner.h"',
         '#include "pixelmap/assets.h"',

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+// The kit's own bundle without a folder: its texts are compiled in, in every language that there is
+// a table of, and no text reaches a user as a bare key. Main thread.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "adapters/standard/string_table.h"
+#include "halvora/platform/bundle.h"
+#include "halvora/platform/json.h"
+
+namespace halvora {
+
+class KitBundle final : public Bundle {
+ public:
+  /// `languages` are the user's, best first; English stands in for what theirs lacks.
+  KitBundle(const std::vector<std::string>& languages, const JsonReader& json);
+
+  const std::string& identifier() const override { return identifier_; }
+  const std::string& resourcePath() const override { return folder_; }
+  /// Its tables, as "strings/en.json".
+  std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
+  std::string localizedString(std::string_view key) const override;
+
+  /// What a host's own bundle lays its texts over, key by key.
+  const StringTable& texts() const { return texts_; }
+
+ private:
+  const std::string identifier_ = "com.halvora.sdk";
+  const std::string folder_;
+  StringTable texts_;
+};
+
+}  // namespace halvora

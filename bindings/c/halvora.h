@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: Apache-2.0
+/* The kit in C: one phone of a light show, for hosts in C and in every language that can call it.
+ * A host makes a phone out of callbacks, each of which may be absent, hands it what its radio
+ * hears, lets it work at its times, and asks what to draw.
+ *
+ * Time is in microseconds since a moment of the host's choice and never goes back. A phone works
+ * only within the host's calls, up to the time that its clock callback says, or, without one, that
+ * it was told last.
+ *
+ * One thread calls a phone at a time. A phone may be called from within its own callbacks, but for
+ * those that run it and halvora_phone_free, which are refused there.
+ *
+ * Every function that can fail answers with a status and leaves its results alone where it fails.
+ * Texts are UTF-8. Pointers that a function hands out are good until the next call for that phone.
+ * Every struct begins with its size as its user knows it, so that later versions may add members:
+ * set it with sizeof. Nothing that stands here is ever taken away or given another meaning within
+ * a version of the interface.
+ */
+#ifndef HALVORA_H
+#define HALVORA_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#define HALVORA_C_INTERFACE 1
+
+#if defined(_WIN32)
+#define HALVORA_C_PUBLIC
+#else
+#define HALVORA_C_PUBLIC __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef enum halvora_status {
+  HALVORA_OK = 0,
+  /* A pointer that may not be null is, or a struct's size is too small to be any version's. */
+  HALVORA_MISSING = 1,
+  /* A number that is out of its range, or a text that is none. */
+  HALVORA_RANGE = 2,
+  /* From within a callback, where this may not be called. */
+  HALVORA_BUSY = 3,
+  /* There is no such thing at present: no panel, no wizard, no such row. */
+  HALVORA_NONE = 4,
+  HALVORA_NO_MEMORY = 5,
+  /* Anything else that went wrong within. */
+  HALVORA_FAILED = 6
+} halvora_status;
+
+/* A sentence for a person; never null, whatever the number. Any thread. */
+HALVORA_C_PUBLIC const char* halvora_status_text(int status);
+
+/* "major.minor.patch" of the library that is there at run time. Any thread. */
+HALVORA_C_PUBLIC const char* halvora_version(void);
+
+typedef struct halvora_phone halvora_phone;
+
+typedef enum halvora_haptic {
+  HALVORA_HAPTIC_LIGHT = 0,
+  HALVORA_HAPTIC_HEAVY = 1,
+  /* The system's sound that vibrates the phone, and its end. */
+  HALVORA_HAPTIC_SOUND = 2,
+  HALVORA_HAPTIC_SOUND_ENDS = 3
+} halvora_haptic;
+
+typedef enum halvora_switch {
+  HALVORA_SWITCH_TORCH = 0,
+  /* The radio is to listen, repeats included. */
+  HALVORA_SWITCH_SCAN = 1,
+  /* The screen is to stay on by itself no longer. */
+  HALVORA_SWITCH_IDLE_TIMER_DISABLED = 2,
+  HALVORA_SWITCH_STATUS_BAR_HIDDEN = 3
+} halvora_switch;
+
+typedef enum halvora_event {
+  HALVORA_EVENT_SHOW_STARTED = 0,
+  HALVORA_EVENT_SHOW_STOPPED = 1,
+  /* The light may look different from now on, or begin to move. */
+  HALVORA_EVENT_LIGHT_CHANGED = 2,
+  HALVORA_EVENT_PANEL_CHANGED = 3,
+  HALVORA_EVENT_OPEN_SETTINGS = 4
+} halvora_event;
+
+/* What a phone asks of its host. All are called on the thread that calls the phone. */
+typedef struct halvora_callbacks {
+  size_t size;
+  /* Handed to each of them. */
+  void* context;
+
+  /* Absent: the time is what halvora_phone_run_until was told last. */
+  int64_t (*now)(void* context);
+  /* There is nothing to do before that time, at which halvora_phone_run is to be called; INT64_MAX
+   * for nothing at all. */
+  void (*wake_at)(void* context, int64_t time);
+
+  void (*set)(void* context, int which, int is_on);
+  void (*haptic)(void* context, int haptic);
+  void (*event)(void* context, int event);
+
+  /* The backlight's level, 0 to 1. Absent: what was set last, at first 1. */
+  double (*brightness)(void* context);
+  void (*set_brightness)(void* context, double level);
+
+  /* 0 not determined, 1 restricted, 2 denied, 3 allowed. Absent: allowed. */
+  int (*radio_permission)(void* context);
+  /* The user is to be asked. */
+  void (*ask_radio_permission)(void* context);
+
+  /* The small values that last, as one document. `read_defaults` writes at most `room` bytes and
+   * answers how many there are, or below 0 for none; where there are more than there was room for
+   * it is called again. `write_defaults` answers 0 where it failed and is then called again later.
+   * Both absent: they are kept in the documents folder, and without one in memory. */
+  int64_t (*read_defaults)(void* context, void* into, size_t room);
+  int (*write_defaults)(void* context, const void* bytes, size_t count);
+
+  /* A whole file by its absolute path, for what lies in the assets and documents folders, as
+   * `read_defaults` answers. Absent: the machine's own files. */
+  int64_t (*read_file)(void* context, const char* path, void* into, size_t room);
+  /* Puts a whole file in place; 0 where it failed and nothing has changed. */
+  int (*write_file)(void* context, const char* path, const void* bytes, size_t count);
+  /* 0 where there is nothing; else 1 for a file and 2 for a folder, with its size in bytes and
+   * seconds since 1970. Both pointers are never null. */
+  int (*look_at_file)(void* context, const char* path, uint64_t* bytes, double* modified_at);
+  /* Calls `each` with `into` and the name of everything in a folder; 0 where it cannot. */
+  int (*list_folder)(void* context, const char* path, void (*each)(void* into, const char* name),
+                     void* into);
+  /* A file, or a folder with all that is in it. */
+  void (*remove_file)(void* context, const char* path);
+} halvora_callbacks;
+
+typedef struct halvora_options {
+  size_t size;
+  /* The folder that holds HVAssets and strings, and the one for what is kept; null for none. */
+  const char* assets;
+  const char* documents;
+  /* The user's languages, best first, with commas between them ("de-AT,en"); null for those of the
+   * environment. */
+  const char* languages;
+  /* In points, above 0. */
+  double width;
+  double height;
+  /* What chance begins with. */
+  uint64_t seed;
+  int has_torch;
+  /* The venue of the panel as long as no transmitter has been heard; below 1 for none. */
+  int64_t default_venue;
+} halvora_options;
+
+/* Sets every member to what suits a plain phone of 390 by 844 points. */
+HALVORA_C_PUBLIC int halvora_options_init(halvora_options* options, size_t size);
+
+/* A phone whose view is loaded. Callbacks and options are copied; either may be null. */
+HALVORA_C_PUBLIC int halvora_phone_make(const halvora_callbacks* callbacks,
+                                        const halvora_options* options, halvora_phone** phone);
+/* Null is fine. */
+HALVORA_C_PUBLIC int halvora_phone_free(halvora_phone* phone);
+
+/* Begins to listen, if the user has allowed it. */
+HALVORA_C_PUBLIC int halvora_phone_start(halvora_phone* phone);
+/* Does what is due by now, as the clock callback says. */
+HALVORA_C_PUBLIC int halvora_phone_run(halvora_phone* phone);
+/* The same up to and including that time, at least 0; one that has passed changes nothing. */
+HALVORA_C_PUBLIC int halvora_phone_run_until(halvora_phone* phone, int64_t time);
+/* The same with what is due before that time only, which it is then: what the host hands in next
+ * comes before what the phone has to do at it, as in a recording. */
+HALVORA_C_PUBLIC int halvora_phone_run_before(halvora_phone* phone, int64_t time);
+
+/* One advertisement's manufacturer data, the company's id first, low byte before high. What is no
+ * show's is passed over. */
+HALVORA_C_PUBLIC int halvora_phone_advertisement(halvora_phone* phone, const uint8_t* bytes,
+                                                 size_t count);
+/* 0 unknown, 1 resetting, 2 unsupported, 3 not authorised, 4 off, 5 on; at first on. */
+HALVORA_C_PUBLIC int halvora_phone_radio_state(halvora_phone* phone, int state);
+/* The application became active (1), or will resign (0). */
+HALVORA_C_PUBLIC int halvora_phone_active(halvora_phone* phone, int is_active);
+HALVORA_C_PUBLIC int halvora_phone_resize(halvora_phone* phone, double width, double height);
+/* Keys such as "4242:1", with commas between them; null or empty for all. */
+HALVORA_C_PUBLIC int halvora_phone_allow(halvora_phone* phone, const char* transmitters);
+HALVORA_C_PUBLIC int halvora_phone_inside_venue(halvora_phone* phone, int* is_inside);
+/* One of the small values that last: for a host that knows the seat itself ("selectedSection",
+ * "xPos", …). Null removes it. */
+HALVORA_C_PUBLIC int halvora_phone_set_default(halvora_phone* phone, const char* key,
+                                               const char* text);
+
+typedef enum halvora_content {
+  HALVORA_CONTENT_FILL = 0,
+  HALVORA_CONTENT_TEXT = 1,
+  HALVORA_CONTENT_IMAGE = 2,
+  HALVORA_CONTENT_VIDEO = 3
+} halvora_content;
+
+/* One thing to draw, over those before it. */
+typedef struct halvora_item {
+  size_t size;
+  int content;
+  /* In the container's points. */
+  double x, y, width, height;
+  /* 0 to 1, in sRGB; of an image what each of its channels is multiplied with. */
+  float red, green, blue;
+  double opacity;
+  /* The text, or the picture's file; never null. */
+  const char* text;
+  double font_size;
+} halvora_item;
+
+/* Makes the list of what is to be seen now in a container of that size, and answers how long it
+ * is. The first item, if there is one, is the light. */
+HALVORA_C_PUBLIC int halvora_phone_look(halvora_phone* phone, double width, double height,
+                                        size_t* count);
+/* Of the list that was made last. */
+HALVORA_C_PUBLIC int halvora_phone_item(halvora_phone* phone, size_t index, halvora_item* item);
+/* Whether a later moment may show something else without a word to the host. */
+HALVORA_C_PUBLIC int halvora_phone_is_animating(halvora_phone* phone, int* is_animating);
+
+/* The parts of the panel and of the wizard that it opens. */
+typedef enum halvora_part {
+  HALVORA_PANEL_ONBOARDING = 0,
+  HALVORA_PANEL_STATUS = 1,
+  HALVORA_PANEL_SEAT = 2,
+  HALVORA_PANEL_JOIN_BUTTON = 3,
+  HALVORA_PANEL_SETTINGS_BUTTON = 4,
+  HALVORA_PANEL_SEAT_BUTTON = 5,
+  HALVORA_WIZARD_TITLE = 16,
+  HALVORA_WIZARD_STEP = 17,
+  HALVORA_WIZARD_SUMMARY = 18,
+  HALVORA_WIZARD_CLOSE_BUTTON = 19,
+  HALVORA_WIZARD_BACK_BUTTON = 20,
+  HALVORA_WIZARD_NEXT_BUTTON = 21
+} halvora_part;
+
+/* A label or a button as it is to be seen. */
+typedef struct halvora_text {
+  size_t size;
+  const char* text;
+  int is_hidden;
+  /* Of a button; a label is never. */
+  int is_enabled;
+  double alpha;
+  float red, green, blue;
+} halvora_text;
+
+typedef struct halvora_alert {
+  size_t size;
+  const char* title;
+  const char* message;
+  const char* button;
+} halvora_alert;
+
+/* Shows the panel, and keeps it up to date from then on; once. */
+HALVORA_C_PUBLIC int halvora_panel_open(halvora_phone* phone);
+HALVORA_C_PUBLIC int halvora_panel_close(halvora_phone* phone);
+/* HALVORA_NONE for a part that was taken out, and for a wizard that is not open. */
+HALVORA_C_PUBLIC int halvora_part_text(halvora_phone* phone, int part, halvora_text* text);
+/* Presses a button; one that is hidden or not enabled is HALVORA_NONE. */
+HALVORA_C_PUBLIC int halvora_part_press(halvora_phone* phone, int part);
+/* What lies over the panel or the wizard, and the press of its button. */
+HALVORA_C_PUBLIC int halvora_alert_look(halvora_phone* phone, halvora_alert* alert);
+HALVORA_C_PUBLIC int halvora_alert_press(halvora_phone* phone);
+/* Whether the seat's tables are ready: 0 no word of them, 1 not yet, 2 ready. */
+HALVORA_C_PUBLIC int halvora_panel_tables(halvora_phone* phone, int* state);
+
+HALVORA_C_PUBLIC int halvora_wizard_is_open(halvora_phone* phone, int* is_open);
+/* The picker's rows; row 0 stands for no choice. */
+HALVORA_C_PUBLIC int halvora_wizard_rows(halvora_phone* phone, size_t* count, size_t* selected);
+HALVORA_C_PUBLIC int halvora_wizard_row(halvora_phone* phone, size_t row, const char** title);
+HALVORA_C_PUBLIC int halvora_wizard_select(halvora_phone* phone, size_t row);
+/* Whether a place is to be picked on a plan, and the finger on it, 0 to 1 from the left and from
+ * the stage. */
+HALVORA_C_PUBLIC int halvora_wizard_is_standing(halvora_phone* phone, int* is_standing);
+HALVORA_C_PUBLIC int halvora_wizard_stand(halvora_phone* phone, double x, double y);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
