@@ -27,6 +27,7 @@ if(HALVORA_BUS_FOUND)
   set(modules_of_Linux libsystemd)
 endif()
 set(libraries_of_Standard "-pthread")
+set(libraries_of_Conformance "-pthread")
 
 set(package "${CMAKE_INSTALL_LIBDIR}/cmake/Halvora-${PROJECT_VERSION_MAJOR}")
 

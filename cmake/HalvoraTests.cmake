@@ -71,7 +71,7 @@ if(HALVORA_TEST_SUITES)
   endforeach()
 endif()
 halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
-  LINK halvora_tool halvora_cface $<TARGET_NAME_IF_EXISTS:halvora_image>
+  LINK halvora_tool halvora_cface halvora_conformance $<TARGET_NAME_IF_EXISTS:halvora_image>
     $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> $<TARGET_NAME_IF_EXISTS:halvora_nettle> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)
 if(TARGET halvora_tests)

@@ -37,6 +37,7 @@ MAY_INCLUDE = {
     "host": [FACE],
     "faces/qt": [FACE],
     "bindings/c": [FACE, "adapters/standard", "adapters/json"],
+    "conformance": [FACE],
     "adapters/standard": [FACE, "text"],
     "adapters/json": [FACE, "text"],
     "adapters/image": [FACE],
@@ -54,7 +55,7 @@ MAY_INCLUDE = {
     "venue/air": [*BELOW_VENUE, "venue/base", "venue/show"],
     "apps/halvora": BELOW_APPS,
     "apps/console": BELOW_APPS,
-    "tests": [*BELOW_APPS, *APPS],
+    "tests": [*BELOW_APPS, *APPS, "conformance"],
     "bench": [*BELOW_APPS, "apps/halvora"],
 }
 WINGS = {room.split("/")[0] for room in MAY_INCLUDE if "/" in room}
@@ -222,6 +223,7 @@ BAD = {
     ],
     "adapters/linux/a.cpp": ['#include "adapters/qt/loop.h"'],
     "bindings/c/a.cpp": ['#include "engine/scanner.h"', '#include "faces/qt/face.h"'],
+    "conformance/a.cpp": ['#include "adapters/standard/queues.h"', '#include "text/numbers.h"'],
     "faces/qt/a.cpp": [
         '#include "engine/scanner.h"',
         '#include "pixelmap/assets.h"',

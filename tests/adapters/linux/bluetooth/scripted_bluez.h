@@ -3,7 +3,9 @@
 // itself or has them answered in the next turn. Owned by the test; one thread.
 #pragma once
 
+#include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -65,6 +67,7 @@ class ScriptedBluez final : public BluezService {
     constexpr std::uint8_t kPacket[] = {0x09, 0xC9, 0x01};
     listener_->heard(kPacket);
   }
+  void advertise(std::span<const std::uint8_t> packet) { listener_->heard(packet); }
   bool isOpen() const { return listener_ != nullptr; }
 
   std::vector<std::string> drain() { return std::exchange(requests, {}); }
