@@ -21,7 +21,7 @@ ADAPTERS = [
                  "system")
 ]
 FACES = ["faces/qt", "bindings/c"]
-VENUE = ["venue/base", "venue/show", "venue/plan", "venue/crowd", "venue/air"]
+VENUE = [f"venue/{name}" for name in ("base", "show", "plan", "crowd", "air", "live")]
 APPS = ["apps/halvora", "apps/console"]
 BELOW_VENUE = [FACE, *CORE, *ADAPTERS]
 BELOW_APPS = [*BELOW_VENUE, *FACES, *VENUE]
@@ -53,6 +53,7 @@ MAY_INCLUDE = {
     "venue/plan": [*BELOW_VENUE, "venue/base", "venue/show"],
     "venue/crowd": [*BELOW_VENUE, "venue/base", "venue/show", "venue/plan"],
     "venue/air": [*BELOW_VENUE, "venue/base", "venue/show"],
+    "venue/live": [*BELOW_VENUE, "venue/base", "venue/show", "venue/air"],
     "apps/halvora": BELOW_APPS,
     "apps/console": BELOW_APPS,
     "tests": [*BELOW_APPS, *APPS, "conformance"],

@@ -12,6 +12,7 @@
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/crowd_command.h"
 #include "apps/halvora/listen_command.h"
+#include "apps/halvora/live_command.h"
 #include "apps/halvora/lut_commands.h"
 #include "apps/halvora/map_commands.h"
 #include "apps/halvora/packet_commands.h"
@@ -50,6 +51,8 @@ constexpr std::array kCommands = {
     CommandRow{nullptr, "crowd", "run a whole venue's phones through a scenario and show them",
                makeCrowdCommand},
     CommandRow{nullptr, "listen", "print the show packets that are in the air", makeListenCommand},
+    CommandRow{nullptr, "live", "play a show: cues by GO and by time, and safe to stop",
+               makeLiveCommand},
     CommandRow{nullptr, "trace", "run one phone through a scenario and print what it does",
                makeTraceCommand},
     CommandRow{nullptr, "transmit", "advertise show packets from this machine's own adapter",

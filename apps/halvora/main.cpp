@@ -13,6 +13,7 @@
 #include "apps/halvora/commands.h"
 #include "apps/halvora/interruption.h"
 #include "apps/halvora/whole_lines.h"
+#include "venue/live/system_ground.h"
 #ifdef HALVORA_HAS_CIPHER
 #include "adapters/nettle/nettle_codes.h"
 #endif
@@ -44,6 +45,13 @@ int main(int argumentCount, char** arguments) {
 #ifdef HALVORA_HAS_BLUETOOTH
   outside.openRadio = [](const std::string& adapter) { return halvora::openSystemRadio(adapter); };
   outside.openTransmitter = [] { return halvora::openSystemTransmitter(); };
+  outside.openLive = [] {
+    return halvora::openSystemGround([](halvora::RunLoop& loop, halvora::Descriptors& descriptors) {
+      return halvora::makeSystemAdvertiser(loop, descriptors);
+    });
+  };
+#else
+  outside.openLive = [] { return halvora::openSystemGround({}); };
 #endif
   if (isatty(STDERR_FILENO) != 0) {
     outside.terminal = {[](std::string_view text) { writeTo(stderr, text); },

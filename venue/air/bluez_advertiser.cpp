@@ -20,7 +20,7 @@ constexpr const char* kNoService = "no Bluetooth service";
 /// No machine has so many; a daemon that says otherwise is not believed.
 constexpr std::size_t kMostAdapters = 16;
 
-const BluezAdvertiser& advertiser(void* self) { return *static_cast<BluezAdvertiser*>(self); }
+BluezAdvertiser& advertiser(void* self) { return *static_cast<BluezAdvertiser*>(self); }
 
 // Not connectable: nobody is to connect, and no bytes go to flags.
 int appendType(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*,
@@ -187,6 +187,7 @@ void BluezAdvertiser::takeRegistered(sd_bus_message* message) {
 }
 
 void BluezAdvertiser::tellChange() {
+  isUnread_ = true;
   sd_bus_emit_properties_changed(connection_.bus(), kObject, kInterface, "ManufacturerData",
                                  nullptr);
   connection_.sent();

@@ -15,21 +15,24 @@
 
 namespace halvora {
 
-class BluezAdvertiser {
+class BluezAdvertiser final : public Advertiser {
  public:
   /// On the system's bus, or the one at `busAddress`.
   BluezAdvertiser(RunLoop& loop, Descriptors& descriptors, std::string busAddress = {})
       : connection_(loop, descriptors), busAddress_(std::move(busAddress)) {}
 
-  // As `Transmitter` says.
-  void open(const TransmitterSettings& settings);
-  void show(std::span<const std::uint8_t> manufacturerData);
-  void end();
-  bool isBusy() const { return isBusy_; }
-  const std::string& failure() const { return failure_; }
+  void open(const TransmitterSettings& settings) override;
+  void show(std::span<const std::uint8_t> manufacturerData) override;
+  void end() override;
+  bool isBusy() const override { return isBusy_; }
+  bool isTaken() const override { return !isBusy_ && !isUnread_; }
+  const std::string& failure() const override { return failure_; }
 
   // What the daemon reads.
-  const std::vector<std::uint8_t>& data() const { return data_; }
+  const std::vector<std::uint8_t>& data() {
+    isUnread_ = false;
+    return data_;
+  }
   const TransmitterSettings& settings() const { return settings_; }
 
  private:
@@ -64,6 +67,8 @@ class BluezAdvertiser {
   bool isBusy_ = false;
   /// The daemon has the advertisement, and may be told of changes.
   bool isOnAir_ = false;
+  /// The daemon was told of data that it has not read yet.
+  bool isUnread_ = false;
   /// Its data has changed since the daemon was asked to take it.
   bool isChanged_ = false;
   std::string failure_;

@@ -32,4 +32,9 @@ std::unique_ptr<Transmitter> openSystemTransmitter(const std::string& busAddress
   return std::make_unique<SystemTransmitter>(busAddress);
 }
 
+std::unique_ptr<Advertiser> makeSystemAdvertiser(RunLoop& loop, Descriptors& descriptors,
+                                                 const std::string& busAddress) {
+  return std::make_unique<BluezAdvertiser>(loop, descriptors, busAddress);
+}
+
 }  // namespace halvora

@@ -23,13 +23,10 @@ struct TransmitterSettings {
   Duration interval = milliseconds(100);
 };
 
-class Transmitter {
+/// What is on the air of one adapter.
+class Advertiser {
  public:
-  virtual ~Transmitter() = default;
-  virtual RunLoop& loop() = 0;
-  /// Runs turns until `isDone`, which is asked often enough for a user who waits.
-  virtual void runUntil(const std::function<bool()>& isDone) = 0;
-
+  virtual ~Advertiser() = default;
   /// Looks for the adapter. Once, before anything is shown.
   virtual void open(const TransmitterSettings& settings) = 0;
   /// Advertises this data again and again, in place of what was shown before.
@@ -39,8 +36,17 @@ class Transmitter {
 
   /// Something that was asked for is still to be answered.
   virtual bool isBusy() const = 0;
+  /// What was shown last has been taken by whoever sends it; a newer one before that replaces it.
+  virtual bool isTaken() const { return !isBusy(); }
   /// Why nothing is on the air any more, in one line; empty while all is well.
   virtual const std::string& failure() const = 0;
+};
+
+class Transmitter : public Advertiser {
+ public:
+  virtual RunLoop& loop() = 0;
+  /// Runs turns until `isDone`, which is asked often enough for a user who waits.
+  virtual void runUntil(const std::function<bool()>& isDone) = 0;
 };
 
 }  // namespace halvora

@@ -65,7 +65,7 @@ struct Outside {
   std::function<std::unique_ptr<Radio>(const std::string& adapter)> openRadio = {};
   /// The machine's transmitter, likewise.
   std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
-  /// Where a show is played from, likewise.
+  /// What a show is played on; absent where nothing can be played.
   std::function<std::unique_ptr<LiveGround>()> openLive = {};
   /// Whole lines for standard error while a command runs; absent where nobody reads them.
   Output messages = {};

@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: Apache-2.0
+// `halvora live` as crews and scripts use it, in virtual time.
+#include "apps/halvora/live_command.h"
+
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "adapters/virtual/virtual_run_loop.h"
+#include "tests/apps/halvora/tool_runner.h"
+#include "venue/air/transmitter.h"
+#include "venue/live/command_input.h"
+#include "venue/live/live_ground.h"
+
+namespace halvora {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+// What a crew does and when, and what its adapters are.
+struct Crew {
+  std::vector<std::pair<long long, std::string>> lines;
+  /// Standard input ends.
+  long long inputEnds = -1;
+  bool hasTerminal = false;
+  bool hasBluetooth = true;
+  /// Why the adapter of that name cannot be had.
+  std::string lost;
+  std::vector<std::string> shown;
+};
+
+class CrewAdvertiser final : public Advertiser {
+ public:
+  explicit CrewAdvertiser(Crew& crew) : crew_(crew) {}
+  void open(const TransmitterSettings& settings) override {
+    adapter_ = settings.adapter;
+    if (adapter_ == crew_.lost) failure_ = "no such adapter";
+  }
+  void show(std::span<const std::uint8_t> data) override {
+    crew_.shown.push_back(adapter_ + " " + std::to_string(data[24]) + "/" +
+                          std::to_string(data[25]));
+  }
+  void end() override { crew_.shown.push_back(adapter_ + " off"); }
+  bool isBusy() const override { return false; }
+  const std::string& failure() const override { return failure_; }
+
+ private:
+  Crew& crew_;
+  std::string adapter_;
+  std::string failure_;
+};
+
+class VirtualGround final : public LiveGround {
+ public:
+  explicit VirtualGround(Crew& crew) : crew_(crew) {}
+  RunLoop& loop() override { return loop_; }
+  void runUntil(const std::function<bool()>& isDone) override {
+    while (!isDone() && loop_.now() < std::chrono::hours(1)) loop_.runFor(milliseconds(1));
+  }
+  void readLines(CommandSource source) override {
+    source_ = std::move(source);
+    for (const auto& [time, line] : crew_.lines) {
+      loop_.after(milliseconds(time), [this, &line = line] { source_.line(line); });
+    }
+    if (crew_.inputEnds >= 0) {
+      loop_.after(milliseconds(crew_.inputEnds), [this] { source_.ended(); });
+    }
+  }
+  bool readKeys(CommandSource source) override {
+    if (crew_.hasTerminal) readLines(std::move(source));
+    return crew_.hasTerminal;
+  }
+  std::unique_ptr<SerialQueue> makeQueue() override { return nullptr; }
+  std::unique_ptr<Advertiser> makeAdvertiser() override {
+    return crew_.hasBluetooth ? std::make_unique<CrewAdvertiser>(crew_) : nullptr;
+  }
+
+ private:
+  Crew& crew_;
+  VirtualRunLoop loop_;
+  CommandSource source_;
+};
+
+const char* const kShow =
+    "application: 4242\nvenue: 7\ntransmitter: 1\ncues:\n"
+    "- {name: One, look: {mode: 1, colour: \"#ff0000\"}}\n"
+    "- {name: Two, look: {mode: 1, colour: \"#00ff00\"}}\n";
+
+class LiveCommandTest : public testing::Test {
+ protected:
+  ToolRun play(std::vector<std::string> options) {
+    options.insert(options.begin(), {"live", folder.write("show.yaml", show)});
+    ToolSetup setup;
+    setup.openLive = [this] { return std::make_unique<VirtualGround>(crew); };
+    return runTool(options, setup);
+  }
+
+  TestFolder folder;
+  std::string show = kShow;
+  Crew crew;
+};
+
+TEST_F(LiveCommandTest, PrintsEachPacketAtItsTimeAndEachChange) {
+  crew.lines = {{50, "go"}, {270, "go"}, {400, "quit"}};
+  const ToolRun run = play({"--air", "stdout", "--control", "-"});
+  EXPECT_EQ(run.status, 0) << run.error;
+  const std::string one = "09C91092000700FFFF0000010000000000000000000000";
+  const std::string two = "09C91092000700FF00FF00010000000000000000000000";
+  EXPECT_THAT(linesOf(run.output), ElementsAre("{\"t\":50,\"packet\":\"" + one + "000101\"}",
+                                               "{\"t\":150,\"packet\":\"" + one + "000101\"}",
+                                               "{\"t\":250,\"packet\":\"" + one + "000101\"}",
+                                               "{\"t\":270,\"packet\":\"" + two + "000201\"}",
+                                               "{\"t\":370,\"packet\":\"" + two + "000201\"}"));
+  EXPECT_THAT(linesOf(run.messages),
+              ElementsAre("{\"t\":50,\"cue\":\"One\",\"state\":\"playing\"}",
+                          "{\"t\":270,\"cue\":\"Two\",\"state\":\"playing\"}"));
+}
+
+TEST_F(LiveCommandTest, AnUnknownCommandIsOneLineAndChangesNothing) {
+  crew.lines = {{0, "go"}, {10, "jump"}, {20, "goto Three"}, {30, "quit"}};
+  const ToolRun run = play({"--air", "stdout", "--control", "-"});
+  EXPECT_EQ(linesOf(run.output).size(), 1U);
+  EXPECT_THAT(linesOf(run.messages),
+              ElementsAre(HasSubstr("playing"), StartsWith("halvora: \"jump\" is no command"),
+                          "halvora: no cue is called \"Three\""));
+}
+
+TEST_F(LiveCommandTest, LossOfControlLeavesTheLookOnTheAir) {
+  crew.lines = {{0, "go"}, {1000, "quit"}};
+  crew.inputEnds = 10;
+  const ToolRun run = play({"--air", "stdout", "--control", "-"});
+  EXPECT_EQ(linesOf(run.output).size(), 10U);
+  EXPECT_THAT(run.messages, HasSubstr("standard input has ended; the show goes on as it is"));
+}
+
+TEST_F(LiveCommandTest, SeveralAirsAreTransmittersThatCountUp) {
+  crew.lines = {{0, "go"}, {50, "quit"}};
+  const ToolRun run =
+      play({"--air", "hci0", "--air", "stdout", "--air", "hci1", "--control", "-", "--no-journal"});
+  EXPECT_EQ(run.status, 0) << run.error;
+  EXPECT_THAT(linesOf(run.output), ElementsAre(HasSubstr("000102\"}")));
+  EXPECT_THAT(crew.shown, ElementsAre("hci0 1/1", "hci1 1/3", "hci0 off", "hci1 off"));
+}
+
+TEST_F(LiveCommandTest, WhoSpeaksForTheVenueDoesSoOnEveryAir) {
+  show = "application: 1\ntransmitter: 1\ncues:\n- {name: a, transmitter: 255, look: {}}\n";
+  crew.lines = {{0, "go"}, {50, "quit"}};
+  const ToolRun run = play({"--air", "stdout", "--air", "stdout", "--control", "-"});
+  EXPECT_THAT(linesOf(run.output), ElementsAre(HasSubstr("0001FF\"}"), HasSubstr("0001FF\"}")));
+}
+
+TEST_F(LiveCommandTest, GoesOnAboveTheJournal) {
+  const std::string journal = (folder.path() / "j").string();
+  crew.lines = {{0, "go"}, {50, "quit"}};
+  for (const char* number : {"000101", "000201", "000301"}) {
+    const ToolRun run = play({"--air", "stdout", "--control", "-", "--journal", journal});
+    EXPECT_THAT(linesOf(run.output), ElementsAre(HasSubstr(number)));
+  }
+  const ToolRun above =
+      play({"--air", "stdout", "--control", "-", "--journal", journal, "--sequence", "4660"});
+  EXPECT_THAT(linesOf(above.output), ElementsAre(HasSubstr("123401")));
+}
+
+TEST_F(LiveCommandTest, NeverBeginsWithoutItsJournal) {
+  const ToolRun run = play(
+      {"--air", "stdout", "--control", "-", "--journal", (folder.path() / "none" / "j").string()});
+  EXPECT_EQ(flawOfRefusal(run), "");
+  EXPECT_THAT(run.error, HasSubstr("journal cannot be written"));
+}
+
+TEST_F(LiveCommandTest, ThereIsAStatusLineWhereThereIsATerminal) {
+  crew.hasTerminal = true;
+  crew.lines = {{0, "go"}, {1500, "quit"}};
+  show = "application: 1\ncues:\n- {name: One, at: 0, look: {}}\n- {name: Two, at: 9, look: {}}\n";
+  std::string terminal;
+  ToolSetup setup;
+  setup.openLive = [this] { return std::make_unique<VirtualGround>(crew); };
+  setup.terminal = {[&](std::string_view text) { terminal += text; }, [] { return Duration{}; }};
+  const ToolRun run = runTool({"live", folder.write("show.yaml", show), "--air", "stdout"}, setup);
+  EXPECT_EQ(run.status, 0) << run.error;
+  EXPECT_THAT(run.messages, IsEmpty());
+  EXPECT_THAT(terminal, HasSubstr("ready  next: One"));
+  EXPECT_THAT(terminal, HasSubstr("playing  1/2 One  next: Two in 9 s"));
+  EXPECT_THAT(terminal, HasSubstr("playing  1/2 One  next: Two in 8 s"));
+}
+
+TEST_F(LiveCommandTest, RefusesWhatCannotBePlayed) {
+  EXPECT_THAT(play({"--air", "stdout"}).error, HasSubstr("nobody can give commands"));
+  EXPECT_THAT(play({"--air", "stdout", "--control", "x"}).error, HasSubstr("--control must be -"));
+  EXPECT_THAT(play({"--control", "-"}).error, HasSubstr("--air"));
+  EXPECT_THAT(play({"--air", "hci0", "--air", "hci0", "--control", "-"}).error,
+              HasSubstr("there twice"));
+  EXPECT_THAT(play({"--air", "stdout", "--control", "-", "--sequence", "0"}).error,
+              HasSubstr("--sequence"));
+  show = "transmitter: 254\ncues:\n- {name: a, look: {}}\n";
+  EXPECT_THAT(play({"--air", "stdout", "--air", "stdout", "--control", "-"}).error,
+              HasSubstr("transmitter 254 leaves no numbers for 2 airs"));
+  show = "cues: 3\n";
+  EXPECT_EQ(flawOfRefusal(play({"--air", "stdout", "--control", "-"})), "");
+}
+
+TEST_F(LiveCommandTest, BeginsOnlyWithAllItsAdapters) {
+  crew.lost = "hci1";
+  const ToolRun run = play({"--air", "hci0", "--air", "hci1", "--control", "-", "--no-journal"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.error, "hci1: no such adapter");
+  crew.hasBluetooth = false;
+  EXPECT_THAT(play({"--air", "hci0", "--control", "-", "--no-journal"}).error,
+              HasSubstr("without Bluetooth"));
+}
+
+TEST(CommandLines, TakesWholeLinesOutOfPieces) {
+  std::vector<std::string> lines;
+  const auto take = [&](std::string_view line) { lines.emplace_back(line); };
+  CommandLines input;
+  input.add("g", take);
+  input.add("o\n\n  \nblack", take);
+  input.add("out\r\nrel", take);
+  EXPECT_THAT(lines, ElementsAre("go", "blackout\r"));
+  input.end(take);
+  EXPECT_THAT(lines, ElementsAre("go", "blackout\r", "rel"));
+  input.add(std::string(5000, 'x'), take);
+  input.add(std::string(5000, 'y') + "\ngo\n", take);
+  ASSERT_EQ(lines.size(), 5U);
+  EXPECT_EQ(lines[3].size(), CommandLines::kLongest);
+  EXPECT_EQ(lines[4], "go");
+}
+
+TEST(CommandKeys, EachMeansACommand) {
+  EXPECT_EQ(commandOfKey(' '), "go");
+  EXPECT_EQ(commandOfKey('p'), "panic");
+  EXPECT_EQ(commandOfKey('x'), "");
+}
+
+}  // namespace
+}  // namespace halvora

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+// The journal is a text of lines "reserved N", of which the last whole one counts: a line that a
+// power cut has torn was never reserved, because nothing of its block had been on the air.
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "venue/base/input_text.h"
+#include "venue/live/sequence_numbers.h"
+
+namespace halvora {
+
+namespace {
+
+constexpr std::string_view kWord = "reserved ";
+/// More than its last two lines.
+constexpr std::size_t kTail = 256;
+
+class JournalFile {
+ public:
+  explicit JournalFile(int descriptor) : descriptor_(descriptor) {}
+  ~JournalFile() { ::close(descriptor_); }
+  JournalFile(const JournalFile&) = delete;
+  JournalFile& operator=(const JournalFile&) = delete;
+
+  bool isFile() const {
+    struct stat file = {};
+    return fstat(descriptor_, &file) == 0 && S_ISREG(file.st_mode);
+  }
+  bool lock() const { return flock(descriptor_, LOCK_EX | LOCK_NB) == 0; }
+
+  /// The number that was reserved last, 0 in an empty file; none where it is no journal. Cuts off
+  /// a torn line.
+  std::optional<std::uint16_t> last() const {
+    struct stat file = {};
+    if (fstat(descriptor_, &file) != 0) return std::nullopt;
+    std::array<char, kTail> bytes{};
+    const off_t from = std::max<off_t>(0, file.st_size - static_cast<off_t>(kTail));
+    const ssize_t count = pread(descriptor_, bytes.data(), bytes.size(), from);
+    if (count < 0) return std::nullopt;
+    const std::string_view tail(bytes.data(), static_cast<std::size_t>(count));
+    const std::size_t end = tail.rfind('\n');
+    if (end == std::string_view::npos) {
+      // The first line of all was torn, or it is another file.
+      const std::string_view known = kWord.substr(0, std::min(tail.size(), kWord.size()));
+      if (!tail.starts_with(known) || ftruncate(descriptor_, 0) != 0) return std::nullopt;
+      return std::uint16_t{0};
+    }
+    const std::size_t before = end == 0 ? std::string_view::npos : tail.rfind('\n', end - 1);
+    const std::size_t begin = before == std::string_view::npos ? 0 : before + 1;
+    const std::string_view line = tail.substr(begin, end - begin);
+    if (!line.starts_with(kWord)) return std::nullopt;
+    const auto number = decimal(line.substr(kWord.size()), 0xFFFF);
+    if (!number || ftruncate(descriptor_, from + static_cast<off_t>(end) + 1) != 0) {
+      return std::nullopt;
+    }
+    return static_cast<std::uint16_t>(*number);
+  }
+
+  bool keep(std::uint16_t number) const {
+    const std::string line = std::string(kWord) + std::to_string(number) + "\n";
+    return ::write(descriptor_, line.data(), line.size()) == static_cast<ssize_t>(line.size()) &&
+           fdatasync(descriptor_) == 0;
+  }
+
+ private:
+  int descriptor_;
+};
+
+// A file that was made is there after a power cut only when its folder says so.
+bool keepEntry(const std::string& path) {
+  const std::string folder = std::filesystem::path(path).parent_path().string();
+  const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) return false;
+  const bool isKept = fsync(descriptor) == 0;
+  ::close(descriptor);
+  return isKept;
+}
+
+}  // namespace
+
+std::variant<std::unique_ptr<SequenceNumbers>, CommandResult> openSequenceJournal(
+    const std::string& path, std::uint16_t first, std::unique_ptr<SerialQueue> queue) {
+  const auto cannot = [&path] {
+    return unusable(path + ": the journal cannot be written: " + std::strerror(errno));
+  };
+  const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK,
+                                S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
+  if (descriptor < 0) return cannot();
+  const auto file = std::make_shared<JournalFile>(descriptor);
+  if (!file->isFile()) return unusable(path + ": not a file; a journal must be one");
+  if (!file->lock()) {
+    return failed(path + ": another player has this journal; end it first, or give another file");
+  }
+  const auto last = file->last();
+  if (!last) {
+    return unusable(path + ": not a journal of sequence numbers; give another file, or a new one");
+  }
+  if (!keepEntry(path)) return cannot();
+  const auto below = static_cast<std::uint16_t>(std::max<int>(first, 1) - 1);
+  auto numbers = std::make_unique<ReservedNumbers>(
+      std::max(*last, below), [file](std::uint16_t number) { return file->keep(number); },
+      std::move(queue));
+  if (!numbers->begin()) return cannot();
+  return std::unique_ptr<SequenceNumbers>(std::move(numbers));
+}
+
+}  // namespace halvora

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+// Plays a show: cues by GO and by time, and what an operator does to them. Times count from when a
+// cue was due, so nothing drifts; blackout and panic go on the air in the turn in which they are
+// asked for, and stay until they are released. A pure object over a run loop: whoever owns it hands
+// on what it sends. Main thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "halvora/platform/run_loop.h"
+#include "venue/live/sequence_numbers.h"
+#include "venue/show/cue_list.h"
+#include "venue/show/cue_schedule.h"
+#include "venue/show/cue_steps.h"
+
+namespace halvora {
+
+enum class LiveState : std::uint8_t {
+  /// Nothing was played yet.
+  ready,
+  playing,
+  /// Its time stands still; what is on the air stays.
+  held,
+  blackout,
+  panic,
+};
+const char* nameOf(LiveState state);
+
+struct LiveStatus {
+  /// The cue that was played last.
+  std::optional<std::size_t> cue;
+  LiveState state = LiveState::ready;
+};
+
+/// What a player is listened to with; called in its turns.
+struct PlayerEnds {
+  /// A new look, or one that is on the air already, again.
+  std::function<void(const Broadcast& packet, bool isRepeat)> send;
+  std::function<void(const LiveStatus& status)> changed;
+};
+
+class ShowPlayer {
+ public:
+  /// Of panic: so often black is sent, before the mode that ends the show on all phones.
+  static constexpr int kBlacksBeforeEnd = 3;
+
+  /// All of them outlive it. Nothing is on the air before the first GO.
+  ShowPlayer(const CueList& show, MapFrames frames, RunLoop& loop, SequenceNumbers& numbers,
+             PlayerEnds ends);
+
+  /// Does what a line says: go, back, "goto NAME", hold, resume, blackout, release, panic. Or why
+  /// not, in one line; then nothing has changed.
+  std::string obey(std::string_view line);
+
+  LiveStatus status() const;
+  /// The cue that GO plays; none at the end.
+  std::optional<std::size_t> nextCue() const;
+  /// How long until the next cue comes by itself; none where it waits for GO, or time stands still.
+  std::optional<Duration> untilNext() const;
+
+ private:
+  struct Command {
+    std::string_view word;
+    std::string (ShowPlayer::*act)();
+    /// While blackout or panic is in force.
+    bool isAlwaysObeyed;
+  };
+  static const Command kCommands[];
+
+  std::string go();
+  std::string back();
+  std::string hold();
+  std::string resume();
+  std::string blackout();
+  std::string panic();
+  std::string release();
+  std::string goTo(std::string_view name);
+
+  void play(std::size_t cue, Duration began);
+  void playNext();
+  void endShow();
+  void takeSteps();
+  void waitForStep();
+  void waitForNext();
+  void stopWaiting();
+  /// Since the cue began, as its time goes.
+  Duration cueTime() const;
+  /// After the cue began; none where the next cue waits for GO.
+  std::optional<Duration> nextDue() const;
+  void freeze();
+  void show(Broadcast packet);
+  Broadcast black() const;
+  void tell() { ends_.changed(status()); }
+  Timer at(Duration time, void (ShowPlayer::*act)());
+
+  const CueList& list_;
+  MapFrames frames_;
+  RunLoop& loop_;
+  SequenceNumbers& numbers_;
+  PlayerEnds ends_;
+
+  std::optional<std::size_t> cue_;
+  /// When it was due, on the loop's clock.
+  Duration began_{};
+  /// The show's own time then: the cue's, or that of the last one with a time.
+  Duration showTime_{};
+  std::optional<Duration> heldAt_;
+  bool isBlack_ = false;
+  bool isPanic_ = false;
+  std::optional<CueSteps> steps_;
+  std::optional<CueStep> pending_;
+  /// The look of the show as it is now, on the air or under the black.
+  std::optional<Broadcast> look_;
+  Broadcast sent_;
+  Timer step_;
+  Timer next_;
+  Timer repeat_;
+  Timer end_;
+};
+
+}  // namespace halvora

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "venue/live/system_ground.h"
+
+#include <array>
+#include <cerrno>
+#include <optional>
+#include <utility>
+
+#include <termios.h>
+#include <unistd.h>
+
+#include "adapters/linux/poll_run_loop.h"
+#include "adapters/standard/thread_queues.h"
+#include "venue/air/transmitter.h"
+#include "venue/live/command_input.h"
+
+namespace halvora {
+
+namespace {
+
+/// A signal between a look at who wants an end and the wait would go unnoticed otherwise.
+constexpr Duration kLongestWait = milliseconds(200);
+
+// The terminal's own way comes back with the object.
+class KeyMode {
+ public:
+  KeyMode() {
+    if (tcgetattr(STDIN_FILENO, &before_) != 0) return;
+    termios keys = before_;
+    keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    isSet_ = tcsetattr(STDIN_FILENO, TCSANOW, &keys) == 0;
+  }
+  ~KeyMode() {
+    if (isSet_) tcsetattr(STDIN_FILENO, TCSANOW, &before_);
+  }
+  KeyMode(const KeyMode&) = delete;
+  KeyMode& operator=(const KeyMode&) = delete;
+  bool isSet() const { return isSet_; }
+
+ private:
+  termios before_{};
+  bool isSet_ = false;
+};
+
+class SystemGround final : public LiveGround {
+ public:
+  explicit SystemGround(MakeAdvertiser makeAdvertiser)
+      : makeAdvertiser_(std::move(makeAdvertiser)) {}
+
+  RunLoop& loop() override { return loop_; }
+  // A turn that failed for want of memory was counted, and the show goes on.
+  void runUntil(const std::function<bool()>& isDone) override {
+    while (!loop_.runUntil(isDone, kLongestWait)) {
+    }
+  }
+
+  void readLines(CommandSource source) override {
+    source_ = std::move(source);
+    listen(&SystemGround::takeLines);
+  }
+
+  bool readKeys(CommandSource source) override {
+    if (isatty(STDIN_FILENO) == 0) return false;
+    keyMode_.emplace();
+    if (!keyMode_->isSet()) return false;
+    source_ = std::move(source);
+    listen(&SystemGround::takeKeys);
+    return true;
+  }
+
+  std::unique_ptr<SerialQueue> makeQueue() override { return queues_.make("halvora.journal"); }
+  std::unique_ptr<Advertiser> makeAdvertiser() override {
+    return makeAdvertiser_ ? makeAdvertiser_(loop_, loop_) : nullptr;
+  }
+
+ private:
+  using Take = void (SystemGround::*)(std::string_view bytes);
+
+  void listen(Take take) {
+    watch_ = {loop_,
+              loop_.watch(STDIN_FILENO, DescriptorEvents::readable, [this, take] { read(take); })};
+  }
+
+  // The descriptor may be shared, so it stays as it is: it is read only when something is there.
+  void read(Take take) {
+    std::array<char, 4096> bytes{};
+    const ssize_t count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+    if (count > 0) return (this->*take)({bytes.data(), static_cast<std::size_t>(count)});
+    if (count < 0 && (errno == EINTR || errno == EAGAIN)) return;
+    watch_.end();
+    lines_.end(source_.line);
+    source_.ended();
+  }
+
+  void takeLines(std::string_view bytes) { lines_.add(bytes, source_.line); }
+  void takeKeys(std::string_view bytes) {
+    for (const char key : bytes) {
+      if (const std::string_view command = commandOfKey(key); !command.empty()) {
+        source_.line(command);
+      }
+    }
+  }
+
+  MakeAdvertiser makeAdvertiser_;
+  PollRunLoop loop_;
+  ThreadQueues queues_;
+  std::optional<KeyMode> keyMode_;
+  CommandLines lines_;
+  CommandSource source_;
+  DescriptorWatch watch_;
+};
+
+}  // namespace
+
+std::unique_ptr<LiveGround> openSystemGround(MakeAdvertiser makeAdvertiser) {
+  return std::make_unique<SystemGround>(std::move(makeAdvertiser));
+}
+
+}  // namespace halvora
