@@ -14,22 +14,20 @@
 
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/show_input.h"
+#include "engine/signed_broadcast.h"
 #include "venue/base/json_line.h"
 #include "venue/live/command_input.h"
 #include "venue/live/live_session.h"
 #include "venue/live/radio_air.h"
 #include "venue/show/cue_values.h"
+#include "venue/show/show_key.h"
 
 namespace halvora {
 
 namespace {
 
 constexpr const char* kLines = "stdout";
-
-std::vector<std::uint8_t> plainPacket(const Broadcast& packet) {
-  const BroadcastBytes bytes = encodeBroadcast(packet);
-  return {bytes.begin(), bytes.end()};
-}
+constexpr const char* kLoopback = "127.0.0.1";
 
 /// Where the numbers of an application's shows are kept that go on a real air.
 std::string usualJournal(std::uint16_t applicationId) {
@@ -49,6 +47,14 @@ class LiveCommand final : public ToolCommand {
                      "where packets go: a Bluetooth adapter, as hci0, or stdout, a line of JSON "
                      "each; several are one transmitter each, with numbers counting up");
     options.optional("--control", control_, "- takes commands from standard input, a line each");
+    options.optional("--osc", osc_,
+                     "UDP port that takes commands by OSC: /halvora/go, /halvora/goto with a text, "
+                     "and so on");
+    options.optional("--osc-bind", oscBind_,
+                     "address to listen at with --osc; anybody who reaches it plays the show "
+                     "(default: 127.0.0.1)");
+    options.optional("--ola", ola_,
+                     "universe of a lighting desk, by OLA's daemon; not in this build");
     options.optional("--journal", journal_,
                      "file that keeps the last sequence number (default: one of the application's "
                      "own for adapters, none for stdout)");
@@ -56,6 +62,9 @@ class LiveCommand final : public ToolCommand {
                  "go on the air with numbers that a restart does not know");
     options.optional("--sequence", sequence_,
                      "the first sequence number, where the journal has none above it (default: 1)");
+    options.optional("--show-key", keyFile_,
+                     "file with the show's key: packets are signed, for the minute that they are "
+                     "sent in");
     options.footer(
         "Commands: go, back, goto NAME, hold, resume, blackout, release, panic, quit. On a "
         "terminal the keys\n" +
@@ -69,6 +78,11 @@ class LiveCommand final : public ToolCommand {
     if (auto refusal = input_.read(call)) return std::move(*refusal);
     if (auto refusal = checkNumbers()) return std::move(*refusal);
     if (!call.outside.openLive) return failed("nothing can be played here");
+    if (keyFile_) {
+      auto code = readShowCode(*keyFile_, call.outside.codes);
+      if (auto* refusal = std::get_if<CommandResult>(&code)) return std::move(*refusal);
+      code_ = std::get<std::unique_ptr<MessageCode>>(std::move(code));
+    }
     const std::unique_ptr<LiveGround> ground = call.outside.openLive();
     auto numbers = openNumbers(*ground);
     if (auto* refusal = std::get_if<CommandResult>(&numbers)) return std::move(*refusal);
@@ -83,6 +97,18 @@ class LiveCommand final : public ToolCommand {
   std::optional<CommandResult> checkOptions() {
     if (control_ && *control_ != "-") {
       return unusable("--control must be -, for standard input, not \"" + *control_ + "\"");
+    }
+    if (osc_) {
+      const auto port = decimal(*osc_, 0xFFFF);
+      if (!port || *port == 0) {
+        return unusable("--osc must be a port, 1 to 65535, not \"" + *osc_ + "\"");
+      }
+      oscPort_ = static_cast<std::uint16_t>(*port);
+    } else if (oscBind_ != kLoopback) {
+      return unusable("--osc-bind goes with --osc");
+    }
+    if (ola_) {
+      return failed("--ola: this halvora was built without the input of lighting desks (OLA)");
     }
     const auto first = decimal(sequence_, 0xFFFF);
     if (!first || *first == 0) {
@@ -137,6 +163,17 @@ class LiveCommand final : public ToolCommand {
     return openSequenceJournal(path, first_, ground.makeQueue());
   }
 
+  PacketEncoder encoderOn(const LiveGround& ground) const {
+    return [this, &ground](const Broadcast& packet) -> std::vector<std::uint8_t> {
+      if (code_) {
+        const auto bytes = signBroadcast(packet, epochOf(ground.date()), *code_);
+        return {bytes.begin(), bytes.end()};
+      }
+      const BroadcastBytes bytes = encodeBroadcast(packet);
+      return {bytes.begin(), bytes.end()};
+    };
+  }
+
   LiveReport reportTo(const Call& call) {
     const Output& messages = call.outside.messages;
     const Terminal& terminal = call.outside.terminal;
@@ -186,16 +223,26 @@ class LiveCommand final : public ToolCommand {
     terminal.write(text);
   }
 
-  // Where it listens; false where nobody could ever say go.
-  bool listen(LiveGround& ground, const std::function<void(const std::string&)>& say) {
+  // Whoever gives commands; what to end with where nobody could ever say go.
+  std::optional<CommandResult> listen(LiveGround& ground,
+                                      const std::function<void(const std::string&)>& say) {
     const auto obey = [this](std::string_view line) { session_->obey(line); };
+    bool hasSource = osc_.has_value();
+    if (osc_) {
+      if (auto why = ground.readOsc(oscBind_, oscPort_, {obey, [] {}}); !why.empty()) {
+        return failed("--osc: " + why);
+      }
+    }
     if (control_) {
+      hasSource = true;
       ground.readLines(
           {obey, [say] { say("standard input has ended; the show goes on as it is"); }});
-      return true;
+    } else if (ground.readKeys(
+                   {obey, [say] { say("the terminal is gone; the show goes on as it is"); }})) {
+      hasSource = true;
     }
-    return ground.readKeys(
-        {obey, [say] { say("the terminal is gone; the show goes on as it is"); }});
+    if (hasSource) return std::nullopt;
+    return unusable("nobody can give commands: there is no terminal; see --control and --osc");
   }
 
   std::unique_ptr<RadioAir> openAdapter(const std::string& adapter, LiveGround& ground,
@@ -209,8 +256,8 @@ class LiveCommand final : public ToolCommand {
   CommandResult play(LiveGround& ground, SequenceNumbers& numbers, const Call& call) {
     const std::atomic<bool>& isInterrupted = call.outside.isInterrupted;
     const LiveReport report = reportTo(call);
-    LiveSession session(input_.show(), input_.mapFrames(), ground.loop(), numbers, plainPacket,
-                        report);
+    LiveSession session(input_.show(), input_.mapFrames(), ground.loop(), numbers,
+                        encoderOn(ground), report);
     session_ = &session;
     LineAir lines(ground.loop(), call.output);
     std::vector<std::unique_ptr<RadioAir>> radios;
@@ -231,9 +278,7 @@ class LiveCommand final : public ToolCommand {
     for (const auto& radio : radios) {
       if (!radio->failure().empty()) return failed(radio->adapter() + ": " + radio->failure());
     }
-    if (!listen(ground, report.say)) {
-      return unusable("nobody can give commands: there is no terminal; see --control");
-    }
+    if (auto refusal = listen(ground, report.say)) return std::move(*refusal);
     Timer clock;
     if (!control_) {
       showStatus(call.outside.terminal);
@@ -258,8 +303,14 @@ class LiveCommand final : public ToolCommand {
   ShowInput input_;
   std::vector<std::string> airs_;
   std::optional<std::string> control_;
+  std::optional<std::string> ola_;
+  std::optional<std::string> osc_;
+  std::string oscBind_ = kLoopback;
+  std::uint16_t oscPort_ = 0;
   std::optional<std::string> journal_;
   bool isWithoutJournal_ = false;
+  std::optional<std::string> keyFile_;
+  std::unique_ptr<MessageCode> code_;
   std::string sequence_ = "1";
   std::uint16_t first_ = 1;
   JsonLine line_;

@@ -28,6 +28,7 @@ class LiveGround {
  public:
   virtual ~LiveGround() = default;
   virtual RunLoop& loop() = 0;
+  virtual Date date() const = 0;
   /// Runs turns until `isDone`, which is asked often enough for a user who waits.
   virtual void runUntil(const std::function<bool()>& isDone) = 0;
 
@@ -35,6 +36,10 @@ class LiveGround {
   virtual void readLines(CommandSource source) = 0;
   /// Single keys of the terminal, as the commands that they mean; false where there is none.
   virtual bool readKeys(CommandSource source) = 0;
+
+  /// Messages of Open Sound Control at that address and port, as commands; empty, or why not.
+  virtual std::string readOsc(const std::string& address, std::uint16_t port,
+                              CommandSource source) = 0;
 
   /// Off the main thread, for what must not hold up a show; null where that cannot be had.
   virtual std::unique_ptr<SerialQueue> makeQueue() = 0;

@@ -52,8 +52,9 @@ void RadioAir::lose(const std::string& why) {
 }
 
 void RadioAir::send(std::span<const std::uint8_t> data, bool isRepeat) {
-  if (isRepeat) return;
-  if (isWaiting_ && hasShown_ && leftOut_++ == 0) {
+  // A repeat that was signed anew is told, as a radio repeats what it has.
+  if (isRepeat && std::ranges::equal(data, newest_)) return;
+  if (!isRepeat && isWaiting_ && hasShown_ && leftOut_++ == 0) {
     say_(settings_.adapter + " does not take packets as fast as they come; the newest is kept");
   }
   newest_.assign(data.begin(), data.end());

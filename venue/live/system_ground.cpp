@@ -10,9 +10,12 @@
 #include <unistd.h>
 
 #include "adapters/linux/poll_run_loop.h"
+#include "adapters/standard/system_clock.h"
 #include "adapters/standard/thread_queues.h"
 #include "venue/air/transmitter.h"
 #include "venue/live/command_input.h"
+#include "venue/live/datagram_socket.h"
+#include "venue/live/osc_message.h"
 
 namespace halvora {
 
@@ -48,6 +51,7 @@ class SystemGround final : public LiveGround {
       : makeAdvertiser_(std::move(makeAdvertiser)) {}
 
   RunLoop& loop() override { return loop_; }
+  Date date() const override { return clock_.now(); }
   // A turn that failed for want of memory was counted, and the show goes on.
   void runUntil(const std::function<bool()>& isDone) override {
     while (!loop_.runUntil(isDone, kLongestWait)) {
@@ -66,6 +70,15 @@ class SystemGround final : public LiveGround {
     source_ = std::move(source);
     listen(&SystemGround::takeKeys);
     return true;
+  }
+
+  std::string readOsc(const std::string& address, std::uint16_t port,
+                      CommandSource source) override {
+    if (!readsOsc()) return "this halvora was built without OSC (liblo)";
+    return osc_.open(address, port, kLargestOsc, loop_,
+                     [line = std::move(source.line)](std::span<const std::uint8_t> datagram) {
+                       for (const std::string& command : commandsOfOsc(datagram)) line(command);
+                     });
   }
 
   std::unique_ptr<SerialQueue> makeQueue() override { return queues_.make("halvora.journal"); }
@@ -102,12 +115,14 @@ class SystemGround final : public LiveGround {
   }
 
   MakeAdvertiser makeAdvertiser_;
+  SystemWallClock clock_;
   PollRunLoop loop_;
   ThreadQueues queues_;
   std::optional<KeyMode> keyMode_;
   CommandLines lines_;
   CommandSource source_;
   DescriptorWatch watch_;
+  DatagramSocket osc_;
 };
 
 }  // namespace

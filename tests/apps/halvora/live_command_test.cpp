@@ -11,9 +11,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "adapters/virtual/virtual_run_loop.h"
 #include "tests/apps/halvora/tool_runner.h"
+#include "tests/support/plain_codes.h"
 #include "venue/air/transmitter.h"
 #include "venue/live/command_input.h"
 #include "venue/live/live_ground.h"
@@ -33,6 +35,9 @@ struct Crew {
   long long inputEnds = -1;
   bool hasTerminal = false;
   bool hasBluetooth = true;
+  bool hasOsc = true;
+  /// Where it is listened for.
+  std::string osc;
   /// Why the adapter of that name cannot be had.
   std::string lost;
   std::vector<std::string> shown;
@@ -63,6 +68,8 @@ class VirtualGround final : public LiveGround {
  public:
   explicit VirtualGround(Crew& crew) : crew_(crew) {}
   RunLoop& loop() override { return loop_; }
+  // The first minute ends after 150 ms.
+  Date date() const override { return {59.85 + toSeconds(loop_.now())}; }
   void runUntil(const std::function<bool()>& isDone) override {
     while (!isDone() && loop_.now() < std::chrono::hours(1)) loop_.runFor(milliseconds(1));
   }
@@ -78,6 +85,12 @@ class VirtualGround final : public LiveGround {
   bool readKeys(CommandSource source) override {
     if (crew_.hasTerminal) readLines(std::move(source));
     return crew_.hasTerminal;
+  }
+  std::string readOsc(const std::string& address, std::uint16_t port,
+                      CommandSource source) override {
+    crew_.osc = address + " " + std::to_string(port);
+    if (crew_.hasOsc) readLines(std::move(source));
+    return crew_.hasOsc ? "" : "no OSC here";
   }
   std::unique_ptr<SerialQueue> makeQueue() override { return nullptr; }
   std::unique_ptr<Advertiser> makeAdvertiser() override {
@@ -101,12 +114,14 @@ class LiveCommandTest : public testing::Test {
     options.insert(options.begin(), {"live", folder.write("show.yaml", show)});
     ToolSetup setup;
     setup.openLive = [this] { return std::make_unique<VirtualGround>(crew); };
+    setup.codes = &codes;
     return runTool(options, setup);
   }
 
   TestFolder folder;
   std::string show = kShow;
   Crew crew;
+  PlainCodes codes;
 };
 
 TEST_F(LiveCommandTest, PrintsEachPacketAtItsTimeAndEachChange) {
@@ -170,6 +185,29 @@ TEST_F(LiveCommandTest, GoesOnAboveTheJournal) {
   EXPECT_THAT(linesOf(above.output), ElementsAre(HasSubstr("123401")));
 }
 
+TEST_F(LiveCommandTest, SignsEachPacketForTheMinuteThatItIsSentIn) {
+  const std::string key = folder.write("key", "000102030405060708090A0B0C0D0E0F");
+  ASSERT_EQ(chmod(key.c_str(), S_IRUSR | S_IWUSR), 0);
+  crew.lines = {{0, "go"}, {250, "quit"}};
+  const ToolRun run = play({"--air", "stdout", "--control", "-", "--show-key", key});
+  ASSERT_EQ(run.status, 0) << run.error;
+  std::vector<std::string> lines = linesOf(run.output);
+  ASSERT_EQ(lines.size(), 3U);
+  const char* const epochs[] = {"0", "0", "1"};
+  for (std::size_t at = 0; at < lines.size(); ++at) {
+    const std::size_t begin = lines[at].find("09C9");
+    const std::string packet = lines[at].substr(begin, lines[at].find('"', begin) - begin);
+    EXPECT_EQ(packet.size(), 58U);
+    ToolSetup setup;
+    setup.codes = &codes;
+    EXPECT_THAT(
+        runTool({"packet", "decode", packet, "--show-key", key, "--epoch", epochs[at]}, setup)
+            .output,
+        HasSubstr("\"tagValid\":true"));
+  }
+  EXPECT_EQ(play({"--air", "stdout", "--control", "-", "--show-key", "nowhere"}).status, 2);
+}
+
 TEST_F(LiveCommandTest, NeverBeginsWithoutItsJournal) {
   const ToolRun run = play(
       {"--air", "stdout", "--control", "-", "--journal", (folder.path() / "none" / "j").string()});
@@ -206,6 +244,23 @@ TEST_F(LiveCommandTest, RefusesWhatCannotBePlayed) {
               HasSubstr("transmitter 254 leaves no numbers for 2 airs"));
   show = "cues: 3\n";
   EXPECT_EQ(flawOfRefusal(play({"--air", "stdout", "--control", "-"})), "");
+}
+
+TEST_F(LiveCommandTest, ADeskPlaysItOverOsc) {
+  crew.lines = {{0, "go"}, {50, "/other"}, {60, "quit"}};
+  const ToolRun run = play({"--air", "stdout", "--osc", "9000"});
+  EXPECT_EQ(run.status, 0) << run.error;
+  EXPECT_EQ(crew.osc, "127.0.0.1 9000");
+  EXPECT_EQ(linesOf(run.output).size(), 1U);
+  EXPECT_THAT(run.messages, StartsWith("halvora: \"/other\" is no command"));
+  play({"--air", "stdout", "--osc", "9000", "--osc-bind", "::"});
+  EXPECT_EQ(crew.osc, ":: 9000");
+  EXPECT_THAT(play({"--air", "stdout", "--osc", "0"}).error, HasSubstr("--osc must be a port"));
+  EXPECT_THAT(play({"--air", "stdout", "--osc-bind", "::"}).error, HasSubstr("goes with --osc"));
+  crew.hasOsc = false;
+  const ToolRun without = play({"--air", "stdout", "--osc", "9000"});
+  EXPECT_EQ(without.status, 1);
+  EXPECT_EQ(without.error, "--osc: no OSC here");
 }
 
 TEST_F(LiveCommandTest, BeginsOnlyWithAllItsAdapters) {
