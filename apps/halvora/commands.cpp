@@ -42,6 +42,8 @@ constexpr std::array kCommands = {
                makeMapCheckCommand},
     CommandRow{&kMap, "draw", "draw the plan of all seats as a picture", makeMapDrawCommand},
     CommandRow{&kMap, "dump", "print a seat map's sections, rows and seats", makeMapDumpCommand},
+    CommandRow{&kMap, "import", "make a seat map out of a ticket office's seats",
+               makeMapImportCommand},
     CommandRow{&kLut, "build", "take the colours of seats out of a video and keep them as tables",
                makeLutBuildCommand},
     CommandRow{&kLut, "show", "print a table that was kept", makeLutShowCommand},

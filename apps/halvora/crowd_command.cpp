@@ -14,6 +14,7 @@
 
 #include "adapters/json/exact_json_reader.h"
 #include "apps/halvora/command_line.h"
+#include "apps/halvora/show_input.h"
 #include "venue/crowd/crowd_run.h"
 #include "venue/show/scenario_file.h"
 
@@ -42,7 +43,10 @@ class CrowdCommand final : public ToolCommand {
   void describe(CommandOptions& options) override {
     options.required("--assets", assets_, "folder that holds HVAssets");
     options.required("--venue", venue_, "the venue's number");
-    options.required("--scenario", scenario_, "JSON Lines file of the show, as for trace");
+    options.optional("--scenario", scenario_, "JSON Lines file of the show, as for trace");
+    options.optional("--show", showFile_,
+                     "the show as YAML, in place of a scenario: the report then says of each cue "
+                     "when half, 95 % and 99 % of the phones followed, by section");
     options.required("--out", out_,
                      "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures");
     options.optional("--phones", phones_, "so many phones, spread over the seats (default: all)");
@@ -54,6 +58,12 @@ class CrowdCommand final : public ToolCommand {
         "--reach", reaches_,
         "a transmitter's place and reach in the map's pixels, as NUMBER@X,Y,RADIUS; may "
         "be repeated (default: everywhere)");
+    options.optional("--dead", dead_,
+                     "a transmitter that is off the air from a time on, as NUMBER@SECONDS; may be "
+                     "repeated");
+    options.optional("--air", controller_,
+                     "what controllers send: each transmitter its newest packet, every so many ms "
+                     "(default: all that the show sends)");
     options.optional(
         "--late", late_,
         "share of phones that open late, and by how many seconds at most, as SHARE,SECONDS");
@@ -77,7 +87,7 @@ class CrowdCommand final : public ToolCommand {
     CrowdRequest request;
     if (auto refusal = readNumbers(request)) return *refusal;
     if (auto refusal = readAir(request)) return *refusal;
-    if (auto refusal = readScenario(request, call.outside.isInterrupted)) return *refusal;
+    if (auto refusal = readScenario(request, call)) return *refusal;
     if (auto refusal = readPaths(request)) return *refusal;
     Outside outside = call.outside;
     if (isQuiet_) outside.terminal.write = {};
@@ -149,6 +159,20 @@ class CrowdCommand final : public ToolCommand {
     if (auto refusal = read("--interval", interval_, 1, 60'000, interval)) return refusal;
     air.jitter = fromSeconds(jitter / 1000);
     air.interval = fromSeconds(interval / 1000);
+    double controller = 0;
+    if (auto refusal = read("--air", controller_, 1, 60'000, controller)) return refusal;
+    if (controller > 0 && interval > 0) return unusable("--air and --interval exclude each other");
+    air.controller = fromSeconds(controller / 1000);
+    for (const std::string& text : dead_) {
+      const auto parts = split(text, "@");
+      double from = 0;
+      if (parts.size() != 2 || parts[1].empty()) return refuse("--dead", "NUMBER@SECONDS", text);
+      DeadTransmitter dead;
+      if (auto refusal = read("--dead", parts[0], 0, 255, dead.transmitter)) return refusal;
+      if (auto refusal = read("--dead", parts[1], 0, kLatestPicture, from)) return refusal;
+      dead.from = fromSeconds(from);
+      air.dead.push_back(dead);
+    }
     for (const std::string& text : reaches_) {
       const auto parts = split(text, "@,");
       if (parts.size() != 4) return refuse("--reach", "NUMBER@X,Y,RADIUS", text);
@@ -162,14 +186,42 @@ class CrowdCommand final : public ToolCommand {
     return std::nullopt;
   }
 
-  Refusal readScenario(CrowdRequest& request, const std::atomic<bool>& isInterrupted) {
-    const ExactJsonReader json;
-    auto scenario = halvora::readScenario(scenario_, json, isInterrupted);
+  Refusal readScenario(CrowdRequest& request, const Call& call) {
+    if (scenario_.empty() == showFile_.empty()) {
+      return unusable("one of --scenario and --show says what is sent");
+    }
+    if (!showFile_.empty()) {
+      if (auto refusal = readShow(request, call)) return refusal;
+      return readEnd(request, showFile_);
+    }
+    auto scenario = halvora::readScenario(scenario_, ExactJsonReader(), call.outside.isInterrupted);
     if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
     request.scenario = std::get<Scenario>(std::move(scenario));
+    return readEnd(request, scenario_);
+  }
+
+  // The same packets as those of the compiled show.
+  Refusal readShow(CrowdRequest& request, const Call& call) {
+    ShowInput input(assets_);
+    if (auto refusal = input.read(showFile_, call)) return refusal;
+    const auto packets = packetsOf(input.show(), 1);
+    if (!packets) return unusable(showFile_ + ": more packets than a show can have");
+    request.scenario =
+        std::get<Scenario>(parseScenario(scenarioOf(input.show(), *packets), ExactJsonReader()));
+    for (const ShowPacket& sent : *packets) {
+      if (sent.cue == request.cues.size()) {
+        const std::uint16_t number = sent.packet.sequence;
+        request.cues.push_back({input.show().cues[sent.cue].name, sent.begin, number, number});
+      }
+      request.cues.back().lastSequence = sent.packet.sequence;
+    }
+    return std::nullopt;
+  }
+
+  Refusal readEnd(CrowdRequest& request, const std::string& file) const {
     double until = toSeconds(request.scenario.lastAction() + kPictureAfterLastAction);
     if (until_.empty() && until > kLatestPicture) {
-      return unusable(scenario_ + ": longer than a day; say how long with --until");
+      return unusable(file + ": longer than a day; say how long with --until");
     }
     if (auto refusal = read("--until", until_, 0, kLatestPicture, until)) return refusal;
     request.settings.end = fromSeconds(until);
@@ -190,6 +242,9 @@ class CrowdCommand final : public ToolCommand {
   std::string assets_;
   std::string venue_;
   std::string scenario_;
+  std::string showFile_;
+  std::vector<std::string> dead_;
+  std::string controller_;
   std::string out_;
   std::string phones_;
   std::string loss_;

@@ -12,5 +12,6 @@ namespace halvora {
 std::unique_ptr<ToolCommand> makeMapCheckCommand();
 std::unique_ptr<ToolCommand> makeMapDrawCommand();
 std::unique_ptr<ToolCommand> makeMapDumpCommand();
+std::unique_ptr<ToolCommand> makeMapImportCommand();
 
 }  // namespace halvora

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/halvora/show_commands.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -83,11 +85,15 @@ class ShowCompileCommand final : public ToolCommand {
                       "\"");
     }
     if (auto refusal = input_.read(call)) return std::move(*refusal);
+    std::error_code error;
+    if (std::filesystem::equivalent(out_, input_.file(), error)) {
+      return unusable(out_ + ": is the show itself (--out)");
+    }
     const auto packets = packetsOf(input_.show(), static_cast<std::uint16_t>(*sequence));
     if (!packets) return tooLong(input_.file());
     WrittenFiles files(call.outside.isInterrupted);
     if (!files.replace(absolutePath(out_), scenarioOf(input_.show(), *packets))) {
-      return call.outside.isInterrupted ? interrupted() : failed(out_ + ": cannot be written");
+      return call.outside.isInterrupted ? interrupted() : unusable(out_ + ": cannot be written");
     }
     if (!call.outside.messages) return done();
     for (const std::string& warning : warningsOf(input_.show(), input_.mapFrames())) {

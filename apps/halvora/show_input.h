@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "apps/halvora/command_line.h"
 #include "venue/show/cue_list.h"
@@ -14,10 +15,12 @@ namespace halvora {
 
 class ShowInput {
  public:
+  ShowInput() = default;
+  /// For a command that has assets of its own.
+  explicit ShowInput(std::string assets) : assets_(std::move(assets)) {}
+
   /// FILE and --assets.
   void describe(CommandOptions& options);
-  /// For a command that has a FILE of another name, or none.
-  void describeAssets(CommandOptions& options);
 
   /// What to end with, where the show cannot be used.
   std::optional<CommandResult> read(const Call& call);

@@ -47,7 +47,9 @@ bool isLost(std::uint64_t chance, double loss) { return upperShare(chance) < los
 std::optional<Air> Air::of(const Scenario& scenario, const AirSettings& settings, Duration end) {
   Air air(settings);
   if (!air.expand(scenario, end)) return std::nullopt;
+  if (settings.controller > Duration::zero() && !air.sendAsControllersDo(end)) return std::nullopt;
   if (settings.interval > Duration::zero() && !air.addRepeats(end)) return std::nullopt;
+  air.silenceTheDead();
   air.countLooks();
   return air;
 }
@@ -97,6 +99,39 @@ bool Air::addRepeats(Duration end) {
   std::stable_sort(sent_.begin(), sent_.end(),
                    [](const Sent& one, const Sent& other) { return one.time < other.time; });
   return true;
+}
+
+bool Air::sendAsControllersDo(Duration end) {
+  std::vector<Sent> carried;
+  std::map<TransmitterId, std::vector<Sent>> shown;
+  for (const Sent& sent : sent_) {
+    const auto& broadcast = packets_[sent.packet].broadcast;
+    if (broadcast) {
+      shown[idOf(*broadcast)].push_back(sent);
+    } else {
+      carried.push_back(sent);
+    }
+  }
+  for (const auto& [id, packets] : shown) {
+    std::size_t newest = 0;
+    for (Duration time = packets.front().time; time < end; time += settings_.controller) {
+      while (newest + 1 < packets.size() && packets[newest + 1].time <= time) ++newest;
+      if (carried.size() == kMostSent) return false;
+      carried.push_back({time, packets[newest].packet, 0});
+    }
+  }
+  sent_ = std::move(carried);
+  std::ranges::stable_sort(sent_, {}, &Sent::time);
+  return true;
+}
+
+void Air::silenceTheDead() {
+  std::erase_if(sent_, [this](const Sent& sent) {
+    const auto& broadcast = packets_[sent.packet].broadcast;
+    return broadcast && std::ranges::any_of(settings_.dead, [&](const DeadTransmitter& one) {
+             return one.transmitter == broadcast->transmitter && sent.time >= one.from;
+           });
+  });
 }
 
 void Air::countLooks() {

@@ -25,6 +25,12 @@ struct TransmitterReach {
   double radius = 0;
 };
 
+/// A transmitter that is off the air from a time on.
+struct DeadTransmitter {
+  std::uint16_t transmitter = 0;
+  Duration from{};
+};
+
 struct AirSettings {
   /// The share of packets that a phone misses, 0 to 1.
   double loss = 0;
@@ -33,6 +39,10 @@ struct AirSettings {
   /// A transmitter sends its last packet again and again, so far apart; zero for never.
   Duration interval{};
   std::vector<TransmitterReach> reaches = {};
+  std::vector<DeadTransmitter> dead = {};
+  /// What controllers send: each transmitter its newest packet, so far apart, from its first one to
+  /// the end; what is replaced in between is never on the air. Zero: all that the show sends.
+  Duration controller{};
   std::uint64_t seed = 1;
 };
 
@@ -78,6 +88,8 @@ class Air {
 
   bool expand(const Scenario& scenario, Duration end);
   bool addRepeats(Duration end);
+  bool sendAsControllersDo(Duration end);
+  void silenceTheDead();
   void countLooks();
   bool isInReach(const AirPacket& packet, SeatPosition seat) const;
 

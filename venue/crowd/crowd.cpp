@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "adapters/virtual/virtual_run_loop.h"
+#include "venue/crowd/cue_watch.h"
 
 namespace halvora {
 
@@ -306,7 +307,7 @@ void Crowd::act(const Moment& moment, Duration now, Chunk& chunk) {
     case CrowdEvent::act:
       return member.phone.act(*acts_[moment.at].action);
     case CrowdEvent::packet:
-      return hear(moment.at, member, now, chunk);
+      return hear(moment.at, moment.phone, now, chunk);
     case CrowdEvent::leave:
       return member.phone.leave();
     case CrowdEvent::frame:
@@ -360,7 +361,8 @@ void Crowd::collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk
   }
 }
 
-void Crowd::hear(std::size_t sent, Member& member, Duration now, Chunk& chunk) {
+void Crowd::hear(std::size_t sent, std::size_t phone, Duration now, Chunk& chunk) {
+  Member& member = *members_[phone];
   const Sent& one = parts_.air.sent()[sent];
   const AirPacket& packet = parts_.air.packet(one);
   if (!member.phone.isScanning()) return;
@@ -371,6 +373,7 @@ void Crowd::hear(std::size_t sent, Member& member, Duration now, Chunk& chunk) {
   // Who shows a look has no more use for the ones before it.
   for (; member.nextLook <= one.look; ++member.nextLook) {
     chunk.looks.add(member.nextLook, now - parts_.air.looks()[member.nextLook]);
+    if (parts_.cues != nullptr) parts_.cues->add(member.nextLook, phone, now);
   }
 }
 

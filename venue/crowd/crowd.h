@@ -25,6 +25,8 @@
 
 namespace halvora {
 
+class CueWatch;
+
 struct CrowdSettings {
   int framesPerSecond = 30;
   Duration end{};
@@ -70,6 +72,8 @@ class Crowd {
     const VenueTables& tables;
     const PixelMapAssets& assets;
     Workers& workers;
+    /// Null where nobody asks how the cues are followed.
+    CueWatch* cues = nullptr;
   };
 
   /// Throws std::bad_alloc where memory is short, as `run` does; the crowd is worth nothing then.
@@ -86,6 +90,8 @@ class Crowd {
   std::span<const CrowdFrame> frames() const { return frames_; }
 
   const PacketCounts& packets() const { return packets_; }
+  /// Whether a phone's application is open then.
+  bool isOpen(std::size_t phone, Duration time) const { return presences_[phone].isOpen(time); }
   /// A look whose delays are complete, as soon as it is so old that later ones do not count.
   struct ClosedLook {
     Duration time{};
@@ -122,7 +128,7 @@ class Crowd {
   void collectMoments(const Slice& slice, std::size_t block, Chunk& chunk);
   void collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk);
   void act(const Moment& moment, Duration now, Chunk& chunk);
-  void hear(std::size_t sent, Member& member, Duration now, Chunk& chunk);
+  void hear(std::size_t sent, std::size_t phone, Duration now, Chunk& chunk);
   void watch(const CrowdLight& light, Duration time);
   /// The newest look on the air; null before the first.
   const Broadcast* onAir(Duration time) const;

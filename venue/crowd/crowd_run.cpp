@@ -157,9 +157,11 @@ Failure CrowdRun::show() {
   const CrowdPicture picture(venue_->seats(), request_.width, request_.height);
   rgb_.resize(static_cast<std::size_t>(request_.width) * static_cast<std::size_t>(request_.height) *
               3);
-  Crowd crowd(
-      {parts, venue_->seats(), request_.scenario, *air_, venue_->tables(), assets_, workers_},
-      request_.settings);
+  std::optional<CueWatch> cues;
+  if (!request_.cues.empty()) cues.emplace(request_.cues, *air_, venue_->seats());
+  Crowd crowd({parts, venue_->seats(), request_.scenario, *air_, venue_->tables(), assets_,
+               workers_, cues ? &*cues : nullptr},
+              request_.settings);
   CrowdSummary summary;
   const Duration end = request_.settings.end;
   Duration spent{};
@@ -180,7 +182,8 @@ Failure CrowdRun::show() {
   const Duration simulated = std::min(crowd.now(), end);
   report_ = summary.json(
       crowd, {venue_->seatCount(), venue_->seats(), air_->sent().size(), framesWritten_, simulated,
-              spent > Duration::zero() ? toSeconds(simulated) / toSeconds(spent) : 0});
+              spent > Duration::zero() ? toSeconds(simulated) / toSeconds(spent) : 0,
+              cues ? &*cues : nullptr});
   return std::nullopt;
 }
 

@@ -10,6 +10,7 @@
 #include "venue/base/outside.h"
 #include "venue/crowd/air.h"
 #include "venue/crowd/crowd.h"
+#include "venue/crowd/cue_watch.h"
 #include "venue/show/scenario.h"
 
 namespace halvora {
@@ -20,6 +21,8 @@ struct CrowdRequest {
   std::string out;
   std::int64_t venueId = 0;
   Scenario scenario;
+  /// Of the show that the scenario was compiled from, or none.
+  std::vector<WatchedCue> cues = {};
   AirSettings air;
   CrowdSettings settings;
   std::vector<std::string> allowedTransmitterIds;

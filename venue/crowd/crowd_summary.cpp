@@ -199,6 +199,12 @@ std::string CrowdSummary::json(const Crowd& crowd, const Facts& facts) const {
     addFlashes(writer, "crowd", field_);
   });
   addNumber(writer, "mostTorches", std::uint64_t{mostTorches_});
+  if (facts.cues != nullptr) {
+    writer.Key("cues");
+    writer.SetFormatOptions(rapidjson::kFormatDefault);
+    facts.cues->write(
+        writer, [&crowd](std::size_t phone, Duration time) { return crowd.isOpen(phone, time); });
+  }
   addNumber(writer, "simulatedSecondsPerSecond", facts.simulatedSecondsPerSecond);
   writer.EndObject();
   return std::string(buffer.GetString(), buffer.GetSize()) + "\n";

@@ -11,6 +11,7 @@
 
 #include "halvora/platform/time.h"
 #include "venue/crowd/crowd.h"
+#include "venue/crowd/cue_watch.h"
 
 namespace halvora {
 
@@ -37,6 +38,8 @@ class CrowdSummary {
     /// Of the simulated time.
     Duration simulated{};
     double simulatedSecondsPerSecond = 0;
+    /// Null for a show that was given as packets.
+    const CueWatch* cues = nullptr;
   };
   std::string json(const Crowd& crowd, const Facts& facts) const;
 

@@ -95,7 +95,7 @@ std::optional<std::vector<ShowPacket>> packetsOf(const CueList& show, std::uint1
       if (begin >= place.end && packets.size() > first) break;
       if (packets.size() > first) packets.back().end = begin;
       if (packets.size() == kMostShowPackets) return std::nullopt;
-      packets.push_back({begin, std::max(begin, place.end), step->packet});
+      packets.push_back({begin, std::max(begin, place.end), step->packet, at});
       packets.back().packet.sequence = sequence;
       sequence = nextSequence(sequence);
     }

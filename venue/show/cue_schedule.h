@@ -32,6 +32,8 @@ struct ShowPacket {
   /// Repeated until half a repeat before it.
   Duration end{};
   Broadcast packet;
+  /// Of the show's cues.
+  std::size_t cue = 0;
 };
 
 /// All looks of the show in their order, numbered from `sequence` on; none where there are more

@@ -3,6 +3,8 @@
 #include "venue/crowd/air.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -58,6 +60,38 @@ TEST(Air, WithoutLossEveryPhoneHearsEverythingAtItsTime) {
     EXPECT_EQ(air->arrival(0, phone, kSeat), milliseconds(500));
     EXPECT_EQ(air->arrival(1, phone, kSeat), milliseconds(1500));
   }
+}
+
+// Times and colours.
+std::vector<std::pair<int, int>> sentBy(const Air& air) {
+  std::vector<std::pair<int, int>> sent;
+  for (const Sent& one : air.sent()) {
+    sent.emplace_back(one.time / milliseconds(1), air.packet(one).broadcast->red);
+  }
+  return sent;
+}
+
+TEST(Air, AControllerSendsItsNewestPacketAgainAndAgain) {
+  std::string frames;
+  for (int at = 0; at < 10; ++at) {
+    frames += line(9 + at * 0.033,
+                   hexOf(1, static_cast<std::uint8_t>(at), static_cast<std::uint16_t>(at + 1)));
+  }
+  const auto air = airOf(frames, {.controller = milliseconds(150)});
+  ASSERT_TRUE(air);
+  EXPECT_THAT(sentBy(*air), ElementsAre(std::pair(9000, 0), std::pair(9150, 4), std::pair(9300, 9),
+                                        std::pair(9450, 9), std::pair(9600, 9), std::pair(9750, 9),
+                                        std::pair(9900, 9)));
+  EXPECT_EQ(air->looks().size(), 3U);
+}
+
+TEST(Air, ADeadTransmitterIsSilentFromItsTimeOn) {
+  const std::string every = ", \"every\": 1, \"until\": 3";
+  const auto air = airOf(line(1, hexOf(1, 1, 1), every) + line(1, hexOf(2, 2, 1), every),
+                         {.interval = milliseconds(5000), .dead = {{1, milliseconds(2000)}}});
+  ASSERT_TRUE(air);
+  EXPECT_THAT(sentBy(*air), ElementsAre(std::pair(1000, 1), std::pair(1000, 2), std::pair(2000, 2),
+                                        std::pair(3000, 2), std::pair(8000, 2)));
 }
 
 TEST(Air, WithAllLostNobodyHearsAnything) {

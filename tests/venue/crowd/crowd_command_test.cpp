@@ -187,6 +187,93 @@ TEST_F(CrowdRoom, JitterIsTheTimeThatALookTakes) {
             json["looks"]["shownBy99"]["median"].GetInt());
 }
 
+struct ShowRoom : CrowdRoom {
+  ToolRun runShow(const Words& options) {
+    Words words{"crowd",
+                "--assets",
+                folder.path().string(),
+                "--venue",
+                "7",
+                "--show",
+                folder.write("show.yaml", kCues),
+                "--out",
+                at("sheet.png"),
+                "--size",
+                "64x32"};
+    words.insert(words.end(), options.begin(), options.end());
+    return runTool(words);
+  }
+  rapidjson::Document reportShow(const Words& options = {}) {
+    const ToolRun run = runShow(options);
+    EXPECT_EQ(run.status, 0) << run.error;
+    return jsonOf(run.output);
+  }
+  static constexpr const char* kCues =
+      "application: 1\nvenue: 7\ntransmitter: 1\ncues:\n"
+      "- {name: Dawn, at: 2, look: {mode: 1, colour: \"#ff0000\"}}\n"
+      "- {name: Day, at: 3, fade: 0.5, look: {mode: 1, colour: \"#ffffff\", master: 90}}\n"
+      "- {name: Dusk, at: 5, hold: 2, look: {mode: 1, colour: \"#0000ff\"}}\n";
+};
+
+TEST_F(ShowRoom, SaysOfEachCueHowItWasFollowedBySection) {
+  const auto json = reportShow();
+  const auto& cues = json["cues"];
+  ASSERT_EQ(cues.Size(), 3U);
+  EXPECT_STREQ(cues[1]["cue"].GetString(), "Day");
+  EXPECT_EQ(cues[1]["t"].GetInt(), 3000);
+  EXPECT_EQ(cues[1]["phones"].GetInt(), 4);
+  for (const auto& cue : cues.GetArray()) {
+    for (const char* share : {"shownBy50", "shownBy95", "shownBy99"}) {
+      EXPECT_EQ(cue[share].GetInt(), 0) << cue["cue"].GetString() << " " << share;
+    }
+    ASSERT_EQ(cue["sections"].Size(), 2U);
+    EXPECT_EQ(cue["sections"][0]["phones"].GetInt(), 2);
+    EXPECT_EQ(cue["sections"][1]["shownBy99"].GetInt(), 0);
+  }
+  EXPECT_STREQ(cues[0]["sections"][0]["section"].GetString(), "A");
+}
+
+TEST_F(ShowRoom, ADeadTransmitterLeavesTheHallBehind) {
+  const auto json = reportShow({"--dead", "1@4"});
+  EXPECT_EQ(json["cues"][1]["shownBy99"].GetInt(), 0);
+  EXPECT_TRUE(json["cues"][2]["shownBy50"].IsNull());
+  EXPECT_TRUE(json["cues"][2]["sections"][0]["shownBy50"].IsNull());
+}
+
+TEST_F(ShowRoom, ASlowControllerIsFollowedLater) {
+  const auto json = reportShow({"--air", "700"});
+  // It sends at 2, 2.7, 3.4, 4.1, 4.8 and 5.5 seconds.
+  EXPECT_EQ(json["cues"][0]["shownBy50"].GetInt(), 0);
+  EXPECT_EQ(json["cues"][1]["shownBy50"].GetInt(), 400);
+  EXPECT_EQ(json["cues"][2]["shownBy50"].GetInt(), 500);
+}
+
+TEST_F(ShowRoom, TheSameSeedGivesTheSameCuesWhateverTheThreads) {
+  const Words air = {"--loss", "0.6", "--jitter", "40", "--threads"};
+  const auto cues = [&](const char* threads) {
+    Words options = air;
+    options.emplace_back(threads);
+    const rapidjson::Document json = reportShow(options);
+    rapidjson::StringBuffer text;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+    json["cues"].Accept(writer);
+    return std::string(text.GetString());
+  };
+  EXPECT_EQ(cues("1"), cues("3"));
+}
+
+TEST_F(ShowRoom, RefusesWhatItCannotShow) {
+  EXPECT_EQ(flawOfRefusal(runShow({"--scenario", "x"})), "");
+  EXPECT_EQ(flawOfRefusal(runShow({"--dead", "1"})), "");
+  EXPECT_EQ(flawOfRefusal(runShow({"--dead", "256@1"})), "");
+  EXPECT_EQ(flawOfRefusal(runShow({"--air", "0"})), "");
+  EXPECT_EQ(flawOfRefusal(runShow({"--air", "9", "--interval", "9"})), "");
+  folder.write("show.yaml", "cues: 1\n");
+  EXPECT_EQ(flawOfRefusal(runTool({"crowd", "--assets", folder.path().string(), "--venue", "7",
+                                   "--show", at("show.yaml"), "--out", at("sheet.png")})),
+            "");
+}
+
 TEST_F(CrowdRoom, ALookThatIsNeverHeardIsNeverShown) {
   const auto json = report(start + packet(1.5, colour(1, 200)), {"--loss", "1"});
   EXPECT_EQ(json["looks"]["shownBy50"]["never"].GetInt(), 1);
