@@ -19,6 +19,18 @@ Window {
         return control && control.visualFocus ? control : activeFocusItem as T.TextField;
     }
 
+    // Escape was pressed on air, where it only says why it does nothing.
+    property bool asksToLeave: false
+
+    function turnFull(isHeld: bool): void {
+        if (!isHeld)
+            visibility = isBare ? Window.Windowed : Window.FullScreen;
+    }
+    function turnBlack(isHeld: bool): void {
+        if (!isHeld)
+            desk.isBlackout = !desk.isBlackout;
+    }
+
     objectName: "consoleWindow"
     title: "Halvora · console"
     width: 1320
@@ -36,13 +48,27 @@ Window {
         anchors.fill: parent
         focus: true
         Keys.onEscapePressed: event => {
-            if (!event.isAutoRepeat && !window.desk.venue.goBack())
+            if (event.isAutoRepeat || window.desk.venue.goBack())
+                return;
+            if (window.desk.isOnAir)
+                window.asksToLeave = true;
+            else
                 window.close();
         }
         Keys.onPressed: event => {
-            event.accepted = event.key === Qt.Key_F;
-            if (event.accepted && !event.isAutoRepeat)
-                window.visibility = window.isBare ? Window.Windowed : Window.FullScreen;
+            const isControl = event.modifiers & Qt.ControlModifier;
+            const digit = event.key - Qt.Key_0;
+            event.accepted = true;
+            if (event.key === Qt.Key_F && !isControl)
+                window.turnFull(event.isAutoRepeat);
+            else if (event.key === Qt.Key_B && !isControl)
+                window.turnBlack(event.isAutoRepeat);
+            else if (event.key === Qt.Key_Z && isControl)
+                event.modifiers & Qt.ShiftModifier ? window.desk.redo() : window.desk.undo();
+            else if (digit >= 1 && digit <= 9 && !isControl)
+                window.desk.set("mode", digit);
+            else
+                event.accepted = false;
         }
 
         Item {
@@ -129,18 +155,51 @@ Window {
                 y: stand.y + (stand.height + phone.fit * (window.desk.screenHeight + 24)) / 2 - height
                 isTorchOn: window.desk.isTorchOn
             }
-            DeskButton {
+            // What an operator's hand goes to without a look.
+            Row {
                 id: onAir
 
-                objectName: "onAir"
+                readonly property real share: (width - 3 * spacing) / 16
+
+                objectName: "airRow"
                 x: 24
                 anchors.bottom: hint.top
                 anchors.bottomMargin: 12
                 width: window.isVenue ? parent.width - 32 : parent.width - 48
-                height: 40
-                text: window.desk.isOnAir ? "On air" : "Off air"
-                isLit: window.desk.isOnAir
-                onClicked: window.desk.isOnAir = !window.desk.isOnAir
+                spacing: 8
+
+                OnAirButton {
+                    objectName: "onAir"
+                    width: onAir.share * 5
+                    height: 44
+                    desk: window.desk
+                }
+                DeskButton {
+                    objectName: "blackout"
+                    width: onAir.share * 5
+                    height: 44
+                    text: window.desk.isBlackout ? "End blackout" : "Blackout"
+                    spokenName: "Blackout"
+                    isSwitch: true
+                    isLit: window.desk.isBlackout
+                    onClicked: window.desk.isBlackout = !window.desk.isBlackout
+                }
+                DeskButton {
+                    objectName: "undo"
+                    width: onAir.share * 3
+                    height: 44
+                    text: "Undo"
+                    enabled: window.desk.canUndo
+                    onClicked: window.desk.undo()
+                }
+                DeskButton {
+                    objectName: "redo"
+                    width: onAir.share * 3
+                    height: 44
+                    text: "Redo"
+                    enabled: window.desk.canRedo
+                    onClicked: window.desk.redo()
+                }
             }
             DeskText {
                 id: hint
@@ -151,7 +210,14 @@ Window {
                 anchors.bottomMargin: 16
                 color: DeskStyle.quiet
                 font.pixelSize: DeskStyle.smallSize
-                text: window.isVenue ? "F light in full screen   Esc back" : "F light in full screen   Esc quit"
+                width: onAir.width
+                wrapMode: Text.WordWrap
+                text: window.asksToLeave && window.desk.isOnAir
+                      ? "Still on air: hold On air to leave it first, then Esc quits"
+                      : "1–9 modes   B blackout   F light in full screen   Esc "
+                        + (window.isVenue ? "back" : "quit")
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
             }
         }
 

@@ -9,6 +9,8 @@ T.Button {
     id: button
 
     property bool isLit: false
+    // It is on or off, and lit when it is on.
+    property bool isSwitch: false
     property string spokenName: text
     property var colours: []
 
@@ -18,8 +20,12 @@ T.Button {
     opacity: enabled ? 1 : 0.4
     Accessible.role: Accessible.Button
     Accessible.name: spokenName
-    Accessible.checkable: true
-    Accessible.checked: isLit
+    Accessible.checkable: isSwitch
+    Accessible.checked: isSwitch && isLit
+    Accessible.onPressAction: {
+        if (button.enabled)
+            button.clicked();
+    }
     // A key that is held acts once, and not on whatever it has brought.
     Keys.onPressed: event => {
         const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter;

@@ -31,6 +31,7 @@ Grid {
             text: grid.showsColours && modelData.number === 0 ? "RGB" : modelData.name
             spokenName: grid.what + " " + modelData.name
             colours: grid.showsColours ? modelData.colours : []
+            isSwitch: true
             isLit: modelData.number === grid.current
             onClicked: grid.chosen(modelData.number)
         }

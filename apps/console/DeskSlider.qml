@@ -36,6 +36,10 @@ Item {
     T.Slider {
         id: slider
 
+        // As assistive technology asks for them.
+        readonly property real minimumValue: from
+        readonly property real maximumValue: to
+
         objectName: "slider"
         anchors.left: name.right
         anchors.right: number.left
@@ -45,9 +49,16 @@ Item {
         stepSize: root.step
         value: root.level
         focusPolicy: Qt.StrongFocus
-        onMoved: root.moved(Math.round(value))
+        // However it is moved: assistive technology sets the value and moves nothing.
+        onValueChanged: {
+            const isOutside = root.level < from || root.level > to;
+            if (!isOutside && Math.round(value) !== root.level)
+                root.moved(Math.round(value));
+        }
         Accessible.role: Accessible.Slider
         Accessible.name: root.label + ", " + root.shown
+        Accessible.onIncreaseAction: increase()
+        Accessible.onDecreaseAction: decrease()
 
         background: Rectangle {
             objectName: "sliderTrack"

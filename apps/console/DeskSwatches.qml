@@ -28,6 +28,7 @@ Row {
                               / row.entries.length)
             spokenName: "colour " + modelData
             colours: [modelData]
+            isSwitch: true
             isLit: row.isInForce && Qt.colorEqual(modelData, row.current)
             onClicked: row.chosen(modelData)
         }

@@ -32,6 +32,7 @@ DeskCard {
             enabled: card.hasMap
             text: card.desk.isMapPlaying ? "Pause" : "Play"
             spokenName: text + " the pixel map"
+            isSwitch: true
             isLit: card.desk.isMapPlaying
             onClicked: card.desk.playMap(!card.desk.isMapPlaying)
         }

@@ -35,7 +35,13 @@ QVariantMap choice(int number, const QString& name) {
   return {{QStringLiteral("number"), number}, {QStringLiteral("name"), name}};
 }
 
-QVariantList modeChoices() { return choicesOf(kModeNames); }
+// Mode 0 gives the phones back to their hosts' pages, which is not dark: blackout is another
+// button.
+QVariantList modeChoices() {
+  QVariantList choices = choicesOf(kModeNames);
+  choices.front() = choice(0, QStringLiteral("End show"));
+  return choices;
+}
 QVariantList torchModeChoices() { return choicesOf(kTorchModeNames); }
 QVariantList vibrationChoices() { return choicesOf(kVibrationNames); }
 

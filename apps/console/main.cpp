@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QStandardPaths>
 #include <chrono>
 #include <cstdio>
@@ -86,13 +87,25 @@ void saveWindow(QQuickWindow& window, const std::string& path) {
   QCoreApplication::exit(isSaved ? 0 : fail({path + ": cannot be written", 1}));
 }
 
+// Off screen a window has the size that a picture of it is wanted in.
+void fitToScreen(QQuickWindow& window) {
+  const QSize room = window.screen()->availableSize();
+  window.setMinimumSize(window.minimumSize().boundedTo(room));
+  window.resize(window.size().boundedTo(room));
+}
+
 QQuickWindow* openWindow(QQmlApplicationEngine& qml, const char* file, const char* property,
                          QObject& content) {
   qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
   qml.setInitialProperties({{QString::fromLatin1(property), QVariant::fromValue(&content)}});
   qml.load(QUrl(QStringLiteral("qrc:/qt/qml/HalvoraDemo/") + QString::fromLatin1(file)));
-  return qml.rootObjects().isEmpty() ? nullptr
-                                     : qobject_cast<QQuickWindow*>(qml.rootObjects().constFirst());
+  auto* window = qml.rootObjects().isEmpty()
+                     ? nullptr
+                     : qobject_cast<QQuickWindow*>(qml.rootObjects().constFirst());
+  if (window != nullptr && QGuiApplication::platformName() != QLatin1String(kNoDisplay)) {
+    fitToScreen(*window);
+  }
+  return window;
 }
 
 int runWindow(RunLoop& loop, const DemoOptions& options) {

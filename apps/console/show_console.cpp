@@ -2,6 +2,7 @@
 #include "apps/console/show_console.h"
 
 #include <QColor>
+#include <QFile>
 #include <QSaveFile>
 #include <algorithm>
 #include <array>
@@ -115,9 +116,14 @@ void ShowConsole::countFrames() {
 }
 
 void ShowConsole::set(const QString& field, int value) {
-  const std::uint16_t mapBefore = desk_.look().pixelMapId;
+  const Broadcast before = desk_.look();
   if (!desk_.set(field.toStdString(), value)) return;
+  if (desk_.look() != before) history_.changing(before, field.toStdString());
   emit lookChanged();
+  lookAtMap(before.pixelMapId);
+}
+
+void ShowConsole::lookAtMap(std::uint16_t mapBefore) {
   if (desk_.look().pixelMapId == mapBefore) return;
   desk_.showFrame(1);
   countFrames();
@@ -126,7 +132,20 @@ void ShowConsole::set(const QString& field, int value) {
   emit stateChanged();
 }
 
+void ShowConsole::undo() { showLook(history_.undo(desk_.look())); }
+
+void ShowConsole::redo() { showLook(history_.redo(desk_.look())); }
+
+void ShowConsole::showLook(const std::optional<Broadcast>& look) {
+  if (!look) return;
+  const std::uint16_t mapBefore = desk_.look().pixelMapId;
+  desk_.restore(*look);
+  emit lookChanged();
+  lookAtMap(mapBefore);
+}
+
 void ShowConsole::setColour(const QColor& colour) {
+  history_.changing(desk_.look(), "colour");
   desk_.set("red", colour.red());
   desk_.set("green", colour.green());
   desk_.set("blue", colour.blue());
@@ -150,6 +169,36 @@ void ShowConsole::playMap(bool play) {
 
 void ShowConsole::setOnAir(bool on) {
   isOnAir_ = on;
+  if (!on) {
+    endReplay();
+    desk_.holdFrame();
+    emit frameChanged();
+  }
+  emit stateChanged();
+}
+
+void ShowConsole::pressAir() {
+  if (!isOnAir_) return setOnAir(true);
+  leaving_ = Timer(loop_, loop_.after(kHoldToLeave, [this] {
+    leaving_.invalidate();
+    setOnAir(false);
+  }));
+  emit stateChanged();
+}
+
+void ShowConsole::releaseAir() {
+  if (!leaving_.isValid()) return;
+  leaving_.invalidate();
+  emit stateChanged();
+}
+
+void ShowConsole::setBlackout(bool isBlack) {
+  if (isBlack) {
+    endReplay();
+    isOnAir_ = true;
+  }
+  desk_.setBlackout(isBlack);
+  emit frameChanged();
   emit stateChanged();
 }
 
@@ -191,6 +240,11 @@ void ShowConsole::transmit(std::span<const std::uint8_t> packet) {
 
 void ShowConsole::record() {
   if (isRecording() || isReplaying()) return;
+  if (QFile::exists(file_) && overwriting_ != file_) {
+    overwriting_ = file_;
+    return say(tr("%1 is there already. Press Record once more to write over it.").arg(file_));
+  }
+  overwriting_.clear();
   DefaultsDictionary seat;
   for (const std::string_view key : kSeatKeys) {
     const DefaultsValue* value = phone_.defaults.find(key);
@@ -222,15 +276,22 @@ void ShowConsole::replay() {
     desk_.goOnAfter(packet_.sequence);
   });
   run_->endAfter(scenario_.lastAction() + kAfterReplay, [this] { stop(); });
+  // What plays is on the air, and nothing else is.
+  isOnAir_ = true;
+  desk_.setBlackout(false);
+  desk_.holdFrame();
   say(tr("Playing %1").arg(file_));
   emit stateChanged();
 }
 
+void ShowConsole::endReplay() {
+  if (!isReplaying()) return;
+  run_.reset();
+  say(tr("Played %1").arg(file_));
+}
+
 void ShowConsole::stop() {
-  if (isReplaying()) {
-    run_.reset();
-    say(tr("Played %1").arg(file_));
-  }
+  endReplay();
   if (isRecording()) {
     QSaveFile file(file_);
     const std::string& text = recording_->text();

@@ -18,6 +18,7 @@
 
 #include "apps/console/demo_phone.h"
 #include "apps/console/libraries.h"
+#include "apps/console/look_history.h"
 #include "apps/console/show_desk.h"
 #include "apps/console/show_recording.h"
 #include "apps/console/venue_show.h"
@@ -79,7 +80,15 @@ class ShowConsole : public QObject {
   Q_PROPERTY(halvora::VenueShow* venue READ venue CONSTANT)
 
   Q_PROPERTY(halvora::ConsoleLook look READ look NOTIFY lookChanged)
+  /// Off at first. Leaving ends a replay, and a map that plays stands still.
   Q_PROPERTY(bool isOnAir READ isOnAir WRITE setOnAir NOTIFY stateChanged)
+  /// Black on every phone until it is taken back, whatever else is set or was played; it goes on
+  /// the air.
+  Q_PROPERTY(bool isBlackout READ isBlackout WRITE setBlackout NOTIFY stateChanged)
+  /// A press that leaves the air if it goes on being held.
+  Q_PROPERTY(bool isLeaving READ isLeaving NOTIFY stateChanged)
+  Q_PROPERTY(bool canUndo READ canUndo NOTIFY lookChanged)
+  Q_PROPERTY(bool canRedo READ canRedo NOTIFY lookChanged)
   Q_PROPERTY(int transmitters READ transmitters WRITE setTransmitters NOTIFY stateChanged)
   Q_PROPERTY(int mostTransmitters READ mostTransmitters CONSTANT)
   /// 0 for all.
@@ -111,6 +120,8 @@ class ShowConsole : public QObject {
   Q_PROPERTY(QString message READ message NOTIFY messageChanged)
 
  public:
+  static constexpr Duration kHoldToLeave = milliseconds(700);
+
   ShowConsole(const std::string& assets, RunLoop& loop, SerialQueues& queues,
               DemoLibraries& libraries);
 
@@ -123,6 +134,14 @@ class ShowConsole : public QObject {
   Q_INVOKABLE void setColour(const QColor& colour);
   Q_INVOKABLE void showFrame(int frame);
   Q_INVOKABLE void playMap(bool play);
+  /// A press on the air's own button: goes on the air at once, and leaves it once it was held for
+  /// `kHoldToLeave`.
+  Q_INVOKABLE void pressAir();
+  Q_INVOKABLE void releaseAir();
+  /// What was set before, and again; knob by knob.
+  Q_INVOKABLE void undo();
+  Q_INVOKABLE void redo();
+  /// A file that is there is written over only when this is asked for twice.
   Q_INVOKABLE void record();
   Q_INVOKABLE void replay();
   /// Ends a recording and writes its file, or ends a replay.
@@ -131,6 +150,11 @@ class ShowConsole : public QObject {
   ConsoleLook look() const;
   bool isOnAir() const { return isOnAir_; }
   void setOnAir(bool on);
+  bool isLeaving() const { return leaving_.isValid(); }
+  bool isBlackout() const { return desk_.isBlackout(); }
+  void setBlackout(bool isBlack);
+  bool canUndo() const { return history_.canUndo(); }
+  bool canRedo() const { return history_.canRedo(); }
   int transmitters() const { return desk_.transmitters(); }
   void setTransmitters(int count);
   int mostTransmitters() const { return kMostTransmitters; }
@@ -177,6 +201,9 @@ class ShowConsole : public QObject {
   void tick();
   void transmit(std::span<const std::uint8_t> packet);
   void say(const QString& message);
+  void endReplay();
+  void showLook(const std::optional<Broadcast>& look);
+  void lookAtMap(std::uint16_t mapBefore);
 
   const std::string assets_;
   RunLoop& loop_;
@@ -194,7 +221,10 @@ class ShowConsole : public QObject {
   QVariantList maps_;
   QVariantList fields_;
   VenueShow venue_;
-  bool isOnAir_ = true;
+  LookHistory history_;
+  bool isOnAir_ = false;
+  /// The file that is written over if recording is asked for once more.
+  QString overwriting_;
   int frames_ = 0;
   Broadcast packet_;
   int packetsSent_ = 0;
@@ -205,6 +235,7 @@ class ShowConsole : public QObject {
   /// What is replayed.
   Scenario scenario_;
   std::optional<ScenarioRun> run_;
+  Timer leaving_;
   Timer ticks_;
 };
 

@@ -2,6 +2,7 @@
 #include "apps/console/show_desk.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "pixelmap/frame_time.h"
 
@@ -10,6 +11,7 @@ namespace halvora {
 namespace {
 
 constexpr int kLargestFrame = 0xFFFF;
+constexpr std::uint8_t kSteadyMode = 1;
 
 bool isNumberedHere(const BroadcastField& field) {
   return field.value == &Broadcast::sequence || field.value == &Broadcast::transmitter;
@@ -50,6 +52,31 @@ bool ShowDesk::set(std::string_view field, int value) {
   return true;
 }
 
+void ShowDesk::restore(const Broadcast& look) {
+  const Broadcast before = std::exchange(look_, look);
+  look_.sequence = before.sequence;
+  look_.transmitter = before.transmitter;
+}
+
+// Nothing plays on behind it.
+void ShowDesk::setBlackout(bool isBlack) {
+  isBlackout_ = isBlack;
+  if (isBlack) holdFrame();
+}
+
+// A steady light of no colour: the show is still on, so no phone goes back to its host's page.
+Broadcast ShowDesk::lookOnAir() const {
+  if (!isBlackout_) return look_;
+  Broadcast black;
+  black.applicationId = look_.applicationId;
+  black.syncFlag = look_.syncFlag;
+  black.venueId = look_.venueId;
+  black.master = look_.master;
+  black.mode = kSteadyMode;
+  black.sequence = look_.sequence;
+  return black;
+}
+
 void ShowDesk::setTransmitters(int count) {
   transmitters_ = std::clamp(count, 1, kMostTransmitters);
   setSender(sender_);
@@ -80,16 +107,17 @@ std::vector<BroadcastBytes> ShowDesk::send(Duration now) {
     const auto frames = playing_->first - 1 + static_cast<std::int64_t>(passed);
     setFrame(static_cast<int>(frames % playing_->count) + 1);
   }
-  if (!sent_ || !isSameLook(*sent_, look_)) ++look_.sequence;
+  Broadcast told = lookOnAir();
+  if (!sent_ || !isSameLook(*sent_, told)) told.sequence = ++look_.sequence;
 
   std::vector<BroadcastBytes> packets;
   const int first = sender_ == 0 ? 1 : sender_;
   const int last = sender_ == 0 ? transmitters_ : sender_;
   for (int transmitter = first; transmitter <= last; ++transmitter) {
-    look_.transmitter = static_cast<std::uint8_t>(transmitter);
-    packets.push_back(encodeBroadcast(look_));
+    told.transmitter = look_.transmitter = static_cast<std::uint8_t>(transmitter);
+    packets.push_back(encodeBroadcast(told));
   }
-  sent_ = look_;
+  sent_ = told;
   return packets;
 }
 

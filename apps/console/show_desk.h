@@ -29,6 +29,12 @@ class ShowDesk {
   /// By a field's name, as far as the field can hold the value. False for a field that is not the
   /// operator's: there is none of that name, or the desk numbers it itself.
   bool set(std::string_view field, int value);
+  /// Everything that an operator may set, as it was in another look.
+  void restore(const Broadcast& look);
+
+  /// Black on every phone, with nothing else, for as long as it is set. The look stays as it is.
+  void setBlackout(bool isBlack);
+  bool isBlackout() const { return isBlackout_; }
 
   /// Transmitters 1 to that number.
   void setTransmitters(int count);
@@ -63,6 +69,8 @@ class ShowDesk {
   };
 
   void setFrame(int frame);
+  /// What the next packets tell.
+  Broadcast lookOnAir() const;
 
   Random& chance_;
   Broadcast look_;
@@ -72,6 +80,7 @@ class ShowDesk {
   int transmitters_ = 1;
   int sender_ = 0;
   int loss_ = 0;
+  bool isBlackout_ = false;
 };
 
 }  // namespace halvora

@@ -53,6 +53,8 @@ struct ConsoleTest : testing::Test {
     EXPECT_TRUE(root) << component.errorString().toStdString();
     if (!root) return;
     letQtWorkUntil([this] { return window().isActive() && window().isExposed(); });
+    // Most shows are on the air.
+    desk.setOnAir(true);
     settle();
   }
   ~ConsoleTest() override {

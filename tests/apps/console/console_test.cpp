@@ -51,7 +51,7 @@ TEST_F(ConsoleTest, PacketsGoOutTenTimesASecondWhileOnAir) {
   const int before = desk.packetsSent();
   pass(milliseconds(1000));
   EXPECT_EQ(desk.packetsSent(), before + 10);
-  click("onAir");
+  desk.setOnAir(false);
   pass(milliseconds(1000));
   EXPECT_EQ(desk.packetsSent(), before + 10);
   // Nobody has been heard for seven cycles of a second.
@@ -201,6 +201,7 @@ TEST_F(ConsoleTest, FullScreenIsTheLightAlone) {
 }
 
 TEST_F(ConsoleTest, EscapeCloses) {
+  desk.setOnAir(false);
   EXPECT_TRUE(window().isVisible());
   key(Qt::Key_Escape);
   EXPECT_FALSE(window().isVisible());

@@ -183,6 +183,7 @@ TEST_F(VenueTest, EscapeGoesBackStepByStep) {
   EXPECT_FALSE(venue().isOpen());
   EXPECT_TRUE(item("phone").isVisible());
   EXPECT_TRUE(window().isVisible());
+  desk.setOnAir(false);
   key(Qt::Key_Escape);
   EXPECT_FALSE(window().isVisible());
 }
