@@ -38,7 +38,8 @@ PanelController::PanelController(HalvoraViewController& engine, const Platform& 
       tables_(engine, storage_, [this](const TableRunNews& news) { tablesTold(news); }),
       versionPolicy_(engine, storage_, tables_),
       standingOverlay_(std::make_shared<StandingOverlay>(platform.bundles->main, platform.images)),
-      seatMap_(platform, [this] { seatMapLoaded(); }) {}
+      seatMap_(platform, [this] { seatMapLoaded(); }),
+      radio_(platform.bluetooth) {}
 
 PanelController::~PanelController() { platform_.application->removeObserver(*this); }
 
@@ -178,6 +179,33 @@ void PanelController::refreshStatusViews() {
   if (!isUndetermined) {
     showStatus(textForKey(platform_.defaults, "bluetoothStatus").value_or(""));
   }
+  showExplanation();
+}
+
+void PanelController::showExplanation() {
+  PanelExplanation explanation;
+  if (fields_.explainsStates) {
+    const std::int64_t venueId = resolvedVenueId();
+    explanation = explanationOf({.authorization = platform_.bluetooth->authorization(),
+                                 .radio = radio_.state(),
+                                 .isInsideVenue = engine_.isInsideVenue(),
+                                 // A show that is dropped leaves the bar as it is.
+                                 .isShowOn = engine_.prefersStatusBarHidden(),
+                                 .isMapMissing = venueId > 0 && seatMap_.isLoaded(venueId) &&
+                                                 seatMap_.seatMapSections()->isEmpty()},
+                                platform_.bundles->kit);
+  }
+  views_.explanationLabel.text = explanation.text;
+  views_.explanationLabel.hidden = explanation.text.empty();
+  views_.retryButton.hidden = !explanation.canRetry;
+}
+
+void PanelController::retry() {
+  act([this] {
+    radio_.retry();
+    seatMap_.preloadSeatMapForVenueId(resolvedVenueId());
+    refresh();
+  });
 }
 
 void PanelController::showStatus(const std::string& bluetoothStatus) {

@@ -18,6 +18,7 @@
 #include "halvora/witness.h"
 #include "seats/ancestor_scroll_views.h"
 #include "seats/map_version_policy.h"
+#include "seats/panel_states.h"
 #include "seats/seat_finder.h"
 #include "seats/seat_map_availability.h"
 #include "seats/seat_storage.h"
@@ -45,6 +46,7 @@ class PanelController final : public HalvoraStatusViewController, private Applic
 
   void initBluetoothPermission() override;
   void openAppSettings() override;
+  void retry() override;
   void openSeatSelector() override;
   void dismissAlert() override;
   void setSeat(std::string_view section, std::string_view row, std::string_view seat) override;
@@ -126,6 +128,7 @@ class PanelController final : public HalvoraStatusViewController, private Applic
   void refresh();
   void refreshStatusViews();
   void showStatus(const std::string& bluetoothStatus);
+  void showExplanation();
   bool hasSeatControls(std::int64_t venueId) const;
   void load();
   void measure();
@@ -179,6 +182,7 @@ class PanelController final : public HalvoraStatusViewController, private Applic
   /// What the wizard holds of the panel.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   SeatMapAvailability seatMap_;
+  RadioWatch radio_;
   Timer timer_;
   Witnessed life_;
 };

@@ -41,6 +41,9 @@ StatusPanelViews loadedViews(const Bundle& kit) {
   views.onboardingLabel.emplace().text = localizedText(kit, "onboarding_label", "");
   views.joinButton.emplace().title = localizedText(kit, "allow_lightshow", "");
   views.statusTextLabel.text = localizedText(kit, "loading", "");
+  views.explanationLabel.hidden = true;
+  views.retryButton.title = localizedText(kit, "hv_state_retry", "Try Again");
+  views.retryButton.hidden = true;
   views.settingsButton.title = localizedText(kit, "open_settings", "");
   views.seatSelectionButton.title = localizedText(kit, "hv_seat_button_select", "Select Seat");
   views.seatSelectionSummaryRow.seatSelectionSummaryLabel.lines = 1;
@@ -66,6 +69,8 @@ void applyStyle(const StatusPanelFields& fields, const FontLookup& hasFont,
   if (views.onboardingLabel) styleStatusText(*views.onboardingLabel);
   if (views.joinButton) styleButton(*views.joinButton);
   styleStatusText(views.statusTextLabel);
+  styleStatusText(views.explanationLabel);
+  styleButton(views.retryButton);
   styleButton(views.settingsButton);
   styleButton(views.seatSelectionButton);
 
@@ -99,6 +104,8 @@ void showSeatNames(const SeatNames& names, const Bundle& kit, StatusPanelViews& 
 StatusPanelViews asSeen(StatusPanelViews views) {
   if (views.onboardingLabel) forgetHidden(*views.onboardingLabel);
   if (views.joinButton) forgetHidden(*views.joinButton);
+  forgetHidden(views.explanationLabel);
+  forgetHidden(views.retryButton);
   forgetHidden(views.settingsButton);
   forgetHidden(views.seatSelectionButton);
   forgetHidden(views.seatSelectionSummaryRow.seatLUTStatusDot);

@@ -30,6 +30,9 @@ Item {
     // Whether the settings button is there for who has Bluetooth switched off, too: for systems
     // whose settings page can switch it on.
     property alias offersSettingsWhenOff: panel.offersSettingsWhenOff
+    // Whether the panel says which of its causes the status sentence has, with a button to try again
+    // where that may help.
+    property alias explainsStates: panel.explainsStates
 
     // For the user rather than for the host: all texts are so many times their size, at first as
     // large as the system asks for, and nothing slides or turns by itself.
@@ -70,7 +73,11 @@ Item {
         readonly property string message: isOpen ? wizard.message : ""
 
         objectName: "heard"
+        readonly property string explanation: panel.explanationLabel.shown
+                                              ? panel.explanationLabel.text : ""
+
         onSentenceChanged: announcer.say(sentence)
+        onExplanationChanged: announcer.say(heard.explanation)
         onSeatChanged: announcer.say(seat)
         onDotChanged: announcer.say(dot)
         onStepChanged: announcer.say(step)
@@ -156,12 +163,40 @@ Item {
                 width: parent.width
             }
         }
+        Item {
+            id: explanation
+
+            objectName: "explanation"
+            anchors.top: status.bottom
+            anchors.topMargin: explanationLabel.look.shown ? StatusMetrics.afterSeatButton : 0
+            width: stack.width
+            height: explanationLabel.look.shown ? explanationLabel.height : 0
+
+            StatusText {
+                id: explanationLabel
+
+                objectName: "explanationLabel"
+                look: panel.explanationLabel
+                width: parent.width
+            }
+        }
+        StatusButton {
+            id: retryButton
+
+            objectName: "retryButton"
+            look: panel.retryButton
+            anchors.top: explanation.bottom
+            anchors.topMargin: look.shown ? StatusMetrics.betweenButtons : 0
+            width: stack.width
+            height: look.shown ? implicitHeight : 0
+            onClicked: panel.retry()
+        }
         StatusButton {
             id: settingsButton
 
             objectName: "settingsButton"
             look: panel.settingsButton
-            anchors.top: status.bottom
+            anchors.top: retryButton.bottom
             anchors.topMargin: look.shown ? StatusMetrics.afterStatusText : 0
             width: stack.width
             height: look.shown ? implicitHeight : 0

@@ -8,6 +8,9 @@ T.TextField {
     id: field
 
     required property SeatWizard wizard
+    // How much of the sheet is in sight at once; 0 for as much as is wanted.
+    property real sight: 0
+    readonly property font letters: wizard.filterLabel.font
 
     // Goes on from what is typed elsewhere.
     function type(text: string): void {
@@ -20,7 +23,9 @@ T.TextField {
     rightPadding: 14
     topPadding: 8
     bottomPadding: 8
-    font: wizard.filterLabel.font
+    font.family: letters.family
+    font.pixelSize: sight > 0 ? Math.max(12, Math.min(letters.pixelSize, Math.floor(sight / 2)))
+                              : letters.pixelSize
     color: wizard.pickerTitle.colour
     selectionColor: wizard.closeButton.titleColour
     selectedTextColor: "white"

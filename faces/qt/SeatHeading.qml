@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What stands above the picker or the plan: the way out, what is asked, and what is chosen so far.
+// What stands above the picker or the plan: what is asked, and what is chosen so far.
 // Laid out by anchors, at once and not before the next frame: what stands below is measured.
 import QtQuick
 import Halvora
@@ -12,37 +12,14 @@ Item {
 
     implicitHeight: message.visible ? message.y + message.height : summary.y + summary.height
 
-    StatusButton {
-        id: close
-
-        objectName: "closeButton"
-        look: heading.wizard.closeButton
-        anchors.left: parent.left
-        leftPadding: mirrored ? 16 : 0
-        rightPadding: mirrored ? 0 : 16
-        height: Math.max(implicitHeight, 32)
-        onClicked: heading.wizard.close()
-    }
-    StatusText {
-        objectName: "stepCount"
-        look: heading.wizard.stepLabel
-        anchors.left: close.right
-        anchors.leftMargin: 8
-        anchors.right: parent.right
-        anchors.verticalCenter: close.verticalCenter
-        text: heading.wizard.stepText
-        horizontalAlignment: Text.AlignRight
-    }
     StatusText {
         id: title
 
         objectName: "titleLabel"
-        anchors.top: close.bottom
-        anchors.topMargin: heading.layout.spacing
         look: heading.wizard.titleLabel
         width: heading.width
         wrapMode: Text.Wrap
-        maximumLineCount: 3
+        maximumLineCount: 10
         Accessible.role: Accessible.Heading
     }
     StatusText {
@@ -63,7 +40,7 @@ Item {
         look: heading.wizard.selectionSummaryLabel
         width: heading.width
         wrapMode: Text.Wrap
-        maximumLineCount: 3
+        maximumLineCount: 10
     }
     // In the ink of the title: it is what to read next.
     Text {

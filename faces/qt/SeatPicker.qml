@@ -11,9 +11,15 @@ FocusScope {
     required property SeatWizard wizard
     property bool reducedMotion: false
 
-    readonly property real rowHeight: Math.max(Math.ceil(metrics.height * 1.35), StatusMetrics.target)
+    // No higher than what is in sight at once: letters shrink to their row.
+    readonly property real wantedRow: Math.max(Math.ceil(metrics.height * 1.35), StatusMetrics.target)
+    readonly property real rowHeight: sight > 0 ? Math.min(wantedRow, Math.max(sight, StatusMetrics.target))
+                                                : wantedRow
     readonly property real filterRoom: wizard.filterShown ? filterLine.implicitHeight + 8 : 0
-    readonly property real leastHeight: filterRoom + 3 * rowHeight
+    // What is in sight at once: three rows where there is room for them, else the middle one.
+    property real sight: 0
+    readonly property int leastRows: sight > 0 && sight < filterRoom + 3 * rowHeight ? 1 : 3
+    readonly property real leastHeight: filterRoom + leastRows * rowHeight
 
     readonly property Item keyed: view.isKeyed ? view : null
 
@@ -62,6 +68,7 @@ FocusScope {
 
         objectName: "seatFilter"
         wizard: picker.wizard
+        sight: picker.sight
         visible: picker.wizard.filterShown
         width: parent.width
         onTextChanged: picker.wizard.filter(text)
@@ -146,7 +153,7 @@ FocusScope {
             visibleItemCount: {
                 const room = picker.height - picker.filterRoom;
                 const fitting = Math.floor(room / picker.rowHeight);
-                return Math.max(3, Math.min(fitting % 2 ? fitting : fitting - 1, 9));
+                return Math.max(picker.leastRows, Math.min(fitting % 2 ? fitting : fitting - 1, 9));
             }
             wrap: false
             focusPolicy: Qt.NoFocus

@@ -22,7 +22,8 @@ Column {
     objectName: "pickerRow"
     width: wheel ? wheel.availableWidth : 0
     height: wheel ? wheel.availableHeight / wheel.visibleItemCount : 0
-    opacity: Math.max(0.12, 1 - 0.35 * Math.min(away, 1) - 0.12 * away)
+    // Never paler than can be read.
+    opacity: Math.max(0.5, 1 - 0.35 * Math.min(away, 1) - 0.12 * away)
     Accessible.role: Accessible.ListItem
     Accessible.name: wizard ? wizard.spokenRowAt(index) : title
     Accessible.selectable: true
@@ -38,7 +39,7 @@ Column {
         color: row.ink
         font: row.letters
         fontSizeMode: Text.Fit
-        minimumPixelSize: Math.round(font.pixelSize / 2)
+        minimumPixelSize: 12
         elide: Text.ElideRight
         leftPadding: 12
         rightPadding: 12

@@ -125,6 +125,8 @@ FocusScope {
                 textFormat: Text.PlainText
                 font: plan.wizard.stageLabel.font
                 color: "white"
+                fontSizeMode: Text.HorizontalFit
+                minimumPixelSize: 10
                 elide: Text.ElideRight
                 Accessible.ignored: true
             }

@@ -17,8 +17,10 @@ T.Popup {
     readonly property Item space: parent
     readonly property SeatSheetContent content: contentItem as SeatSheetContent
     readonly property bool isNarrow: !space || space.width < 600
+    // From edge to edge on a phone, upright or turned.
+    readonly property bool isHigh: isNarrow || space.height < 480
     readonly property real restingY: !space ? 0
-                                     : isNarrow ? space.height - height
+                                     : isHigh ? space.height - height
                                                 : Math.round((space.height - height) / 2)
     // 1 where the sheet comes from, 0 where it rests.
     property real away: 0
@@ -29,7 +31,7 @@ T.Popup {
     focus: true
     closePolicy: T.Popup.NoAutoClose
     width: !space ? 0 : isNarrow ? space.width : 540
-    height: !space ? 0 : isNarrow ? space.height - 10 : Math.min(space.height - 48, 760)
+    height: !space ? 0 : isHigh ? space.height - 10 : Math.min(space.height - 48, 760)
     x: space ? Math.round((space.width - width) / 2) : 0
     y: space ? restingY + Math.round(away * (space.height - restingY)) : 0
     // Whether the keyboard was in use when the sheet went.
@@ -71,7 +73,7 @@ T.Popup {
         // On a phone the sheet ends where the screen does.
         Rectangle {
             objectName: "sheetFoot"
-            visible: root.isNarrow
+            visible: root.isHigh
             anchors.bottom: parent.bottom
             width: parent.width
             height: parent.radius

@@ -68,6 +68,16 @@ FocusScope {
         drawn: content.wizard.alert.shown
     }
 
+    SeatSheetTop {
+        id: top
+
+        objectName: "seatSheetTop"
+        wizard: content.wizard
+        x: content.layout.sideMargin
+        y: content.layout.topMargin
+        width: content.width - 2 * content.layout.sideMargin
+        height: implicitHeight
+    }
     Flickable {
         id: scroller
 
@@ -82,7 +92,8 @@ FocusScope {
         }
 
         objectName: "seatSheetScroller"
-        anchors.top: parent.top
+        anchors.top: top.bottom
+        anchors.topMargin: content.layout.spacing
         anchors.bottom: buttons.top
         anchors.bottomMargin: content.layout.spacing
         width: parent.width
@@ -99,7 +110,6 @@ FocusScope {
             wizard: content.wizard
             layout: content.layout
             x: content.layout.sideMargin
-            y: content.layout.topMargin
             width: scroller.width - 2 * content.layout.sideMargin
         }
         Item {
@@ -117,8 +127,11 @@ FocusScope {
             x: content.layout.sideMargin
             y: heading.y + heading.height + content.layout.spacing
             width: heading.width
-            height: Math.max(picker.leastHeight,
-                             Math.floor(Math.min(content.layout.pickerHeight, room)))
+            // A plan is of use only as a whole.
+            readonly property real least: isPicker ? picker.leastHeight
+                                                   : Math.min(scroller.height, 320)
+
+            height: Math.max(least, Math.floor(Math.min(content.layout.pickerHeight, room)))
 
             SeatPicker {
                 id: picker
@@ -126,6 +139,7 @@ FocusScope {
                 objectName: "seatPicker"
                 wizard: content.wizard
                 reducedMotion: content.reducedMotion
+                sight: scroller.height
                 anchors.fill: parent
                 visible: body.isPicker
             }

@@ -8,6 +8,8 @@ T.Button {
     id: button
 
     property buttonLook look
+    // For the title, where the button's width follows from it; 0 for the button's own.
+    property real room: 0
 
     visible: look.shown
     enabled: look.enabled
@@ -38,7 +40,8 @@ T.Button {
         objectName: "buttonTitle"
         text: button.text
         textFormat: Text.PlainText
-        font: button.font
+        font: button.look.fontWithin(button.room > 0 ? button.room : button.width - button.leftPadding
+                                                                    - button.rightPadding)
         color: button.look.titleColour
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter

@@ -29,6 +29,12 @@ Item {
         width: row.panel.summaryTextFrame.width
         height: row.panel.summaryTextFrame.height
         verticalAlignment: Text.AlignVCenter
+        readonly property bool isOneLine: row.panel.textScale <= 1 || width >= Math.ceil(implicitWidth) - 1
+
+        wrapMode: isOneLine ? Text.NoWrap : Text.Wrap
+        maximumLineCount: isOneLine ? 1 : 10
+        // Some scripts are a pixel wider than they measure.
+        elide: isOneLine && width < implicitWidth - 2 ? Text.ElideRight : Text.ElideNone
         Accessible.name: row.panel.spokenSummary
     }
     // Colour alone tells nothing to who cannot see it.

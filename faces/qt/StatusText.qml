@@ -11,7 +11,7 @@ Text {
     text: look.text
     textFormat: Text.PlainText
     color: look.colour
-    font: look.font
+    font: look.fontWithin(text, width)
     horizontalAlignment: look.alignment
     wrapMode: look.lines === 1 ? Text.NoWrap : Text.Wrap
     maximumLineCount: look.lines > 0 ? look.lines : 10000

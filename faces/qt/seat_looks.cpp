@@ -15,6 +15,29 @@ constexpr double kAlertTitleSize = 17;
 constexpr double kAlertMessageSize = 14;
 constexpr double kAlertButtonHeight = 44;
 
+constexpr int kSmallestFont = 10;
+
+// Japanese may be broken anywhere, so its words need not fit.
+bool isOneWord(const QString& word) {
+  return std::none_of(word.begin(), word.end(), [](QChar letter) {
+    return letter.unicode() >= 0x3000 && letter.unicode() <= 0xFFEF;
+  });
+}
+
+QFont keepingWords(QFont font, const QString& text, qreal width) {
+  if (!(width > 0)) return font;
+  const QFontMetricsF metrics(font);
+  qreal widest = 0;
+  for (const QString& word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+    if (isOneWord(word)) widest = std::max(widest, metrics.horizontalAdvance(word));
+  }
+  if (widest > width) {
+    const auto fitting = static_cast<int>(font.pixelSize() * width / widest);
+    font.setPixelSize(std::max(fitting, kSmallestFont));
+  }
+  return font;
+}
+
 LabelLook alertLabel(const std::string& text, double size, FontWeight weight,
                      const Reading& reading) {
   Label label;
@@ -48,6 +71,9 @@ QString textFrom(std::string_view text) {
 QString LabelLook::text() const { return textFrom(label_.text); }
 QColor LabelLook::colour() const { return colourWithAlpha(label_.colour); }
 QFont LabelLook::font() const { return fontOf(label_.font, reading_.textScale); }
+QFont LabelLook::fontWithin(const QString& text, qreal width) const {
+  return keepingWords(font(), text, width);
+}
 QColor LabelLook::background() const { return colourWithAlpha(label_.background); }
 QColor LabelLook::borderColour() const { return colourWithAlpha(label_.border.colour); }
 
@@ -77,6 +103,7 @@ qreal LabelLook::lineHeight() const {
 QString ButtonLook::title() const { return textFrom(button_.title); }
 QColor ButtonLook::titleColour() const { return colourWithAlpha(button_.titleColour); }
 QFont ButtonLook::font() const { return fontOf(button_.font, reading_.textScale); }
+QFont ButtonLook::fontWithin(qreal width) const { return keepingWords(font(), title(), width); }
 QColor ButtonLook::background() const { return colourWithAlpha(button_.background); }
 
 LabelLook AlertLook::title() const {

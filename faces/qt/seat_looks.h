@@ -49,6 +49,10 @@ class LabelLook {
   LabelLook() { label_.hidden = true; }
   LabelLook(const Label& label, const Reading& reading) : label_(label), reading_(reading) {}
 
+  /// The font, but no larger than lets the longest word of a text lie within that width: a word is
+  /// made smaller rather than broken.
+  Q_INVOKABLE QFont fontWithin(const QString& text, qreal width) const;
+
   bool shown() const { return !label_.hidden; }
   QString text() const;
   QColor colour() const;
@@ -88,6 +92,9 @@ class ButtonLook {
     button_.enabled = false;
   }
   ButtonLook(const Button& button, const Reading& reading) : button_(button), reading_(reading) {}
+
+  /// As a label's.
+  Q_INVOKABLE QFont fontWithin(qreal width) const;
 
   bool shown() const { return !button_.hidden; }
   bool enabled() const { return button_.enabled; }

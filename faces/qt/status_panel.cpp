@@ -74,6 +74,7 @@ StatusPanelFields StatusPanel::fields() const {
   fields.actionButtonHeight = actionButtonHeight_;
   fields.defaultVenueId = defaultVenueId_;
   fields.offersSettingsWhenOff = offersSettingsWhenOff_;
+  fields.explainsStates = explainsStates_;
   return fields;
 }
 
@@ -170,6 +171,8 @@ const StatusPanelViews& StatusPanel::views() const {
   static const StatusPanelViews kNone = [] {
     StatusPanelViews none;
     none.statusTextLabel.hidden = true;
+    none.explanationLabel.hidden = true;
+    none.retryButton.hidden = true;
     none.settingsButton.hidden = true;
     none.seatSelectionButton.hidden = true;
     none.seatSelectionSummaryRow.hidden = true;
@@ -196,14 +199,20 @@ AlertLook StatusPanel::alert() const {
   return controller_ != nullptr ? AlertLook(controller_->presentedAlert(), reading_) : AlertLook();
 }
 
-// On one line, and leaving room for what stands beside it.
+// On one line, and leaving room for what stands beside it. Where one line is too short for the
+// user's size of text, on several.
 Rect StatusPanel::frameOfSummaryText(const StatusText& label) const {
   const LabelLook look(label, reading_);
   const QFontMetricsF metrics(look.font());
   const double width = layoutWidth();
-  const double height = std::max(std::ceil(metrics.height()), kLoadingIndicatorSize);
   const double room = std::max(width - kSummaryGap - kLoadingIndicatorSize, 0.0);
-  const double taken = std::min(std::ceil(metrics.horizontalAdvance(look.text())), room);
+  const double whole = std::ceil(metrics.horizontalAdvance(look.text()));
+  const double taken = std::min(whole, room);
+  const QRectF wrapped =
+      whole <= room || reading_.textScale <= 1
+          ? QRectF(0, 0, whole, metrics.height())
+          : metrics.boundingRect({0, 0, room, 1e6}, Qt::TextWordWrap, look.text());
+  const double height = std::max(std::ceil(wrapped.height()), kLoadingIndicatorSize);
   double x = 0;
   if (look.alignment() == Qt::AlignHCenter) x = std::floor(std::max(width - taken, 0.0) / 2);
   if (look.alignment() == Qt::AlignRight) x = room - taken;
@@ -256,6 +265,10 @@ bool StatusPanel::openLink(const QString& link) {
 
 void StatusPanel::initBluetoothPermission() {
   if (controller_ != nullptr) controller_->initBluetoothPermission();
+}
+
+void StatusPanel::retry() {
+  if (controller_ != nullptr) controller_->retry();
 }
 
 void StatusPanel::openAppSettings() {

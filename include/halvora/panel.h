@@ -81,6 +81,9 @@ struct StatusPanelViews {
   std::optional<StatusText> onboardingLabel;
   std::optional<Button> joinButton;
   StatusText statusTextLabel;
+  /// Hidden, unless the host wants states explained.
+  StatusText explanationLabel;
+  Button retryButton;
   Button settingsButton;
   Button seatSelectionButton;
   SeatSelectionSummaryRow seatSelectionSummaryRow;
@@ -91,6 +94,10 @@ inline constexpr double kSpacingAfterOnboardingLabel = 20;
 inline constexpr double kSpacingAfterStatusText = 20;
 inline constexpr double kSpacingAfterSeatSelectionButton = 6;
 
+/// A blue that letters can be read on, white ones, and that can be read itself, on black: 4.58 to 1
+/// both ways.
+inline constexpr Colour kActionBlue = colourOfBytes(8, 114, 232);
+
 /// What the host decides about the panel.
 struct StatusPanelFields {
   Colour statusTextColour = kWhite;
@@ -98,7 +105,7 @@ struct StatusPanelFields {
   std::string statusTextFontName;
   double statusTextFontSize = 17;
   TextAlignment statusTextAlignment = TextAlignment::natural;
-  Colour actionButtonColour = kSystemBlue;
+  Colour actionButtonColour = kActionBlue;
   Colour actionButtonTitleColour = kWhite;
   std::string actionButtonTitleFontName;
   double actionButtonTitleFontSize = 17;
@@ -108,6 +115,10 @@ struct StatusPanelFields {
   /// The settings button is there for who has Bluetooth switched off, too, and not only for who is
   /// not allowed to use it: where opening the settings switches it on.
   bool offersSettingsWhenOff = false;
+  /// Below the status sentence stands which of its causes it is (no radio, switched off, not
+  /// allowed, waiting for an answer, nothing heard, a signal that is lost, a map that is missing),
+  /// and where trying again may help, a button that does.
+  bool explainsStates = false;
   friend bool operator==(const StatusPanelFields&, const StatusPanelFields&) = default;
 };
 
@@ -167,6 +178,8 @@ class HalvoraStatusViewController {
   // present does nothing.
   virtual void initBluetoothPermission() = 0;
   virtual void openAppSettings() = 0;
+  /// Asks the radio, and reads the seat map, once more.
+  virtual void retry() = 0;
   virtual void openSeatSelector() = 0;
   virtual void dismissAlert() = 0;
 

@@ -205,6 +205,42 @@ TEST(StatusPanelQml, TellsOfAMissingMapUntilItIsAcknowledged) {
   }
 }
 
+// States
+
+StatusBenchSetup explained() {
+  StatusBenchSetup setup;
+  setup.map = mapOfSeats(2, 2);
+  setup.properties = "explainsStates: true";
+  return setup;
+}
+
+TEST(StatusPanelQml, StatesAreExplainedOnlyWhereTheHostWantsIt) {
+  StatusBench plain;
+  EXPECT_FALSE(plain.isShown("explanationLabel"));
+  StatusBench bench(explained());
+  ASSERT_TRUE(bench.isShown("explanationLabel"));
+  EXPECT_EQ(bench.text("explanationLabel"), "No light show is heard here yet.");
+  EXPECT_FALSE(bench.isShown("retryButton"));
+  bench.phone.bluetooth.setState(CentralState::poweredOff);
+  bench.tick();
+  EXPECT_EQ(bench.text("explanationLabel"), "Bluetooth is switched off.");
+}
+
+TEST(StatusPanelQml, AMapThatIsMissingIsLookedForAgain) {
+  StatusBenchSetup setup = explained();
+  setup.map = "{}";
+  StatusBench bench(setup);
+  bench.tick();
+  EXPECT_EQ(bench.text("explanationLabel"), "The seat map of this venue is missing.");
+  ASSERT_TRUE(bench.isShown("retryButton"));
+  EXPECT_EQ(bench.text("retryButton"), "Try Again");
+  bench.phone.virtualFiles.put("/host/HVAssets/Maps/Venue-7/map.json", mapOfSeats(2, 2));
+  bench.click("retryButton");
+  bench.tick();
+  EXPECT_NE(bench.text("explanationLabel"), "The seat map of this venue is missing.");
+  EXPECT_TRUE(bench.isShown("seatSelectionButton"));
+}
+
 // Size
 
 TEST(StatusPanelQml, IsAsHighAsItsContent) {
