@@ -147,6 +147,11 @@ if(TARGET halvora_c AND NOT HALVORA_TEST_SUITES AND NOT HALVORA_TEST_PROCESSOR)
     add_test(NAME c_interface/python_phone
       COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/tests/bindings/c/python_phone.py"
         $<TARGET_FILE:halvora_c> "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/python-phone")
-    set_tests_properties(c_interface/recorded_shows c_interface/python_phone PROPERTIES TIMEOUT 120)
+    # The pictures of docs/modes.md are what the kit shows.
+    add_test(NAME c_interface/mode_strips
+      COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/scripts/make_mode_strips.py"
+        $<TARGET_FILE:halvora_c> --check)
+    set_tests_properties(c_interface/recorded_shows c_interface/python_phone
+      c_interface/mode_strips PROPERTIES TIMEOUT 120)
   endif()
 endif()
