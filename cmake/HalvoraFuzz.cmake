@@ -22,6 +22,14 @@ if(HALVORA_BUS_FOUND)
 else()
   list(APPEND fuzz_elsewhere tests/fuzz/bus_fuzz.cpp)
 endif()
+if(HALVORA_YAML_FOUND)
+  list(APPEND fuzz_parts HALVORA_FUZZ_YAML)
+  list(APPEND fuzz_libraries PkgConfig::HALVORA_YAML)
+  set(fuzz_yaml venue/show/yaml_document.cpp)
+else()
+  list(APPEND fuzz_elsewhere tests/fuzz/show_fuzz.cpp)
+  set(fuzz_yaml venue/show/yaml_absent.cpp)
+endif()
 set_source_files_properties("${PROJECT_SOURCE_DIR}/tests/fuzz/fuzz_targets.cpp" PROPERTIES
   COMPILE_DEFINITIONS "${fuzz_parts}")
 set_source_files_properties("${PROJECT_SOURCE_DIR}/tests/support/source_tree.cpp" PROPERTIES
@@ -33,8 +41,9 @@ function(halvora_fuzz_program target main)
     FILES tests/support/engine_world.* tests/support/pixmap_decoder.* tests/support/source_tree.*
       tests/seats/plain_seat_map.* tests/seats/seat_map_lines.*
       # What they try of the command: the rest takes longer to compile than all the kit.
-      venue/base/input_text.cpp venue/base/json_line.cpp venue/show/packet.cpp
-      venue/show/scenario.cpp
+      venue/base/input_text.cpp venue/base/json_line.cpp venue/plan/csv_table.cpp
+      venue/plan/seat_list.cpp venue/plan/seat_placing.cpp venue/show/cue_*.cpp
+      venue/show/packet.cpp venue/show/scenario.cpp ${fuzz_yaml}
     FOLDERS tests/fuzz EXCLUDE ${fuzz_elsewhere} tests/fuzz/fuzz_targets_test.cpp
     LINK ${fuzz_libraries})
 endfunction()

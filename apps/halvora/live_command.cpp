@@ -42,7 +42,8 @@ std::string usualJournal(std::uint16_t applicationId) {
 class LiveCommand final : public ToolCommand {
  public:
   void describe(CommandOptions& options) override {
-    input_.describe(options);
+    options.required("FILE", words_, "the show, as YAML; what stands behind it is a further air");
+    input_.describeAssets(options);
     options.required("--air", airs_,
                      "where packets go: a Bluetooth adapter, as hci0, or stdout, a line of JSON "
                      "each; several are one transmitter each, with numbers counting up");
@@ -74,8 +75,9 @@ class LiveCommand final : public ToolCommand {
   }
 
   CommandResult run(const Call& call) override {
+    airs_.insert(airs_.end(), words_.begin() + 1, words_.end());
     if (auto refusal = checkOptions()) return std::move(*refusal);
-    if (auto refusal = input_.read(call)) return std::move(*refusal);
+    if (auto refusal = input_.read(words_.front(), call)) return std::move(*refusal);
     if (auto refusal = checkNumbers()) return std::move(*refusal);
     if (!call.outside.openLive) return failed("nothing can be played here");
     if (keyFile_) {
@@ -301,6 +303,7 @@ class LiveCommand final : public ToolCommand {
   }
 
   ShowInput input_;
+  std::vector<std::string> words_;
   std::vector<std::string> airs_;
   std::optional<std::string> control_;
   std::optional<std::string> ola_;

@@ -15,6 +15,10 @@ namespace halvora {
 
 void ShowInput::describe(CommandOptions& options) {
   options.required("FILE", file_, "the show, as YAML");
+  describeAssets(options);
+}
+
+void ShowInput::describeAssets(CommandOptions& options) {
   options.optional("--assets", assets_,
                    "folder that holds HVAssets, for the names of palettes and the length of maps",
                    "the nearest above the show's file");

@@ -21,6 +21,8 @@ class ShowInput {
 
   /// FILE and --assets.
   void describe(CommandOptions& options);
+  /// For a command that reads its FILE itself.
+  void describeAssets(CommandOptions& options);
 
   /// What to end with, where the show cannot be used.
   std::optional<CommandResult> read(const Call& call);

@@ -20,6 +20,10 @@ constexpr FuzzTarget kTargets[] = {
     {"defaults", fuzzDefaults, 256, 5000, "json.txt"},
     {"tables", fuzzTables, 256, 5000, "json.txt"},
     {"scenario", fuzzScenario, 512, 5000, "scenario.txt"},
+#ifdef HALVORA_FUZZ_YAML
+    {"show", fuzzShow, 512, 3000, "show.txt"},
+#endif
+    {"tickets", fuzzTickets, 512, 3000, nullptr},
     {"gobos", fuzzGobos, 128, 50, nullptr},
     {"engine", fuzzEngine, 512, 300, nullptr},
 #ifdef HALVORA_FUZZ_PICTURES

@@ -39,6 +39,8 @@ int fuzzStanding(FuzzBytes);
 int fuzzDefaults(FuzzBytes);
 int fuzzTables(FuzzBytes);
 int fuzzScenario(FuzzBytes);
+int fuzzShow(FuzzBytes);
+int fuzzTickets(FuzzBytes);
 int fuzzGobos(FuzzBytes);
 int fuzzEngine(FuzzBytes);
 int fuzzPicture(FuzzBytes);

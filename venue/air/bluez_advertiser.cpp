@@ -20,7 +20,7 @@ constexpr const char* kNoService = "no Bluetooth service";
 /// No machine has so many; a daemon that says otherwise is not believed.
 constexpr std::size_t kMostAdapters = 16;
 
-BluezAdvertiser& advertiser(void* self) { return *static_cast<BluezAdvertiser*>(self); }
+const BluezAdvertiser& advertiser(void* self) { return *static_cast<BluezAdvertiser*>(self); }
 
 // Not connectable: nobody is to connect, and no bytes go to flags.
 int appendType(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*,
@@ -159,6 +159,44 @@ void BluezAdvertiser::choose(const std::vector<Adapter>& adapters) {
   if (!best->canAdvertise) return fail("the Bluetooth adapter " + best->name + " cannot advertise");
   adapter_ = best->path;
   isBusy_ = false;
+  watchAdapter();
+}
+
+// A daemon may drop an advertisement with its adapter and never say so.
+void BluezAdvertiser::watchAdapter() {
+  const std::string signal = "type='signal',sender='org.bluez',";
+  removedMatch_ = connection_.match(signal +
+                                        "path='/',interface='org.freedesktop.DBus.ObjectManager',"
+                                        "member='InterfacesRemoved',arg0path='" +
+                                        adapter_ + "'",
+                                    [this](sd_bus_message* message) { takeRemoved(message); });
+  changedMatch_ = connection_.match(signal + "path='" + adapter_ +
+                                        "',interface='org.freedesktop.DBus.Properties',"
+                                        "member='PropertiesChanged',arg0='org.bluez.Adapter1'",
+                                    [this](sd_bus_message* message) { takeChanged(message); });
+}
+
+void BluezAdvertiser::takeRemoved(sd_bus_message* message) {
+  const char* path = nullptr;
+  if (!isFrom(message, owner_) || sd_bus_message_read(message, "o", &path) < 0 ||
+      adapter_ != path || sd_bus_message_enter_container(message, 'a', "s") < 0) {
+    return;
+  }
+  for (const char* name = nullptr; sd_bus_message_read(message, "s", &name) > 0;) {
+    if (std::string_view(name) != kAdapterInterface) continue;
+    isOnAir_ = false;
+    return fail("the Bluetooth adapter is gone");
+  }
+}
+
+void BluezAdvertiser::takeChanged(sd_bus_message* message) {
+  AdapterNews news;
+  if (!isFrom(message, owner_) || sd_bus_message_skip(message, "s") < 0 ||
+      !readAdapter(message, news) || news.isPowered.value_or(true)) {
+    return;
+  }
+  isOnAir_ = false;
+  fail("the Bluetooth adapter is switched off");
 }
 
 void BluezAdvertiser::show(std::span<const std::uint8_t> manufacturerData) {
@@ -187,7 +225,6 @@ void BluezAdvertiser::takeRegistered(sd_bus_message* message) {
 }
 
 void BluezAdvertiser::tellChange() {
-  isUnread_ = true;
   sd_bus_emit_properties_changed(connection_.bus(), kObject, kInterface, "ManufacturerData",
                                  nullptr);
   connection_.sent();

@@ -25,14 +25,10 @@ class BluezAdvertiser final : public Advertiser {
   void show(std::span<const std::uint8_t> manufacturerData) override;
   void end() override;
   bool isBusy() const override { return isBusy_; }
-  bool isTaken() const override { return !isBusy_ && !isUnread_; }
   const std::string& failure() const override { return failure_; }
 
   // What the daemon reads.
-  const std::vector<std::uint8_t>& data() {
-    isUnread_ = false;
-    return data_;
-  }
+  const std::vector<std::uint8_t>& data() const { return data_; }
   const TransmitterSettings& settings() const { return settings_; }
 
  private:
@@ -53,6 +49,9 @@ class BluezAdvertiser final : public Advertiser {
   void ownerChanged(std::string_view now);
   void busLost();
   void choose(const std::vector<Adapter>& adapters);
+  void watchAdapter();
+  void takeRemoved(sd_bus_message* message);
+  void takeChanged(sd_bus_message* message);
   void tellChange();
   void fail(std::string why);
 
@@ -67,12 +66,12 @@ class BluezAdvertiser final : public Advertiser {
   bool isBusy_ = false;
   /// The daemon has the advertisement, and may be told of changes.
   bool isOnAir_ = false;
-  /// The daemon was told of data that it has not read yet.
-  bool isUnread_ = false;
   /// Its data has changed since the daemon was asked to take it.
   bool isChanged_ = false;
   std::string failure_;
   BusSlot ownerMatch_;
+  BusSlot removedMatch_;
+  BusSlot changedMatch_;
   BusSlot object_;
   BusSlot answer_;
 };

@@ -36,8 +36,6 @@ class Advertiser {
 
   /// Something that was asked for is still to be answered.
   virtual bool isBusy() const = 0;
-  /// What was shown last has been taken by whoever sends it; a newer one before that replaces it.
-  virtual bool isTaken() const { return !isBusy(); }
   /// Why nothing is on the air any more, in one line; empty while all is well.
   virtual const std::string& failure() const = 0;
 };

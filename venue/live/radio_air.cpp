@@ -6,13 +6,6 @@
 
 namespace halvora {
 
-namespace {
-
-/// Between two looks at whether the radio has taken the last packet.
-constexpr Duration kUntilTaken = milliseconds(10);
-
-}  // namespace
-
 RadioAir::RadioAir(Make make, TransmitterSettings settings, RunLoop& loop, Say say)
     : make_(std::move(make)), settings_(std::move(settings)), loop_(loop), say_(std::move(say)) {
   open();
@@ -64,12 +57,10 @@ void RadioAir::send(std::span<const std::uint8_t> data, bool isRepeat) {
 
 void RadioAir::pump() {
   if (!isWaiting_ || !advertiser_ || !advertiser_->failure().empty()) return;
-  const bool isReady = hasShown_ ? advertiser_->isTaken() : !advertiser_->isBusy();
-  if (!hasShown_ && !isReady) return;
+  if (!hasShown_ && advertiser_->isBusy()) return;
   const Duration now = loop_.now();
-  const Duration next = std::max(nextShow_, isReady ? now : now + kUntilTaken);
-  if (next > now) {
-    pump_ = {loop_, loop_.after(next - now, [this] { pump(); })};
+  if (nextShow_ > now) {
+    pump_ = {loop_, loop_.after(nextShow_ - now, [this] { pump(); })};
     return;
   }
   isWaiting_ = false;

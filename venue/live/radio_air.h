@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // One Bluetooth adapter of a played show. The radio repeats a packet by itself, so only new ones
-// are handed to it, no faster than it takes them: of a map's frames the newest is kept. An adapter
-// that is lost is said to be, tried again until it is back, and then has what is on the air by
-// then. Main thread.
+// are handed to it, no faster than it sends: of a map's frames the newest is kept. An adapter that
+// is lost is said to be, tried again until it is back, and then has what is on the air by then.
+// Main thread.
 #pragma once
 
 #include <cstdint>

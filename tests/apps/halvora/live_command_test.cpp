@@ -88,6 +88,13 @@ TEST_F(LiveCommandTest, SeveralAirsAreTransmittersThatCountUp) {
   EXPECT_THAT(crew.shown, ElementsAre("hci0 1/1", "hci1 1/3", "hci0 off", "hci1 off"));
 }
 
+TEST_F(LiveCommandTest, OneOptionMayNameSeveralAirs) {
+  crew.lines = {{0, "go"}, {50, "quit"}};
+  const ToolRun run = play({"--air", "hci0", "stdout", "hci1", "--control", "-", "--no-journal"});
+  EXPECT_EQ(run.status, 0) << run.error;
+  EXPECT_THAT(crew.shown, ElementsAre("hci0 1/1", "hci1 1/3", "hci0 off", "hci1 off"));
+}
+
 TEST_F(LiveCommandTest, WhoSpeaksForTheVenueDoesSoOnEveryAir) {
   show = "application: 1\ntransmitter: 1\ncues:\n- {name: a, transmitter: 255, look: {}}\n";
   crew.lines = {{0, "go"}, {50, "quit"}};

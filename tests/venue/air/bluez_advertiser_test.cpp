@@ -167,6 +167,27 @@ TEST_F(BluezAdvertiserTest, NoticesThatItIsTakenOffTheAir) {
   EXPECT_FALSE(advertiser->isBusy());
 }
 
+TEST_F(BluezAdvertiserTest, NoticesThatItsAdapterIsUnplugged) {
+  advertise();
+  bluez.addAdapter("hci7", true);
+  bluez.removeAdapter("hci7");
+  bluez.removeAdapter("hci0");
+  ASSERT_TRUE(waitFor([&] { return !advertiser->failure().empty(); }));
+  EXPECT_EQ(advertiser->failure(), "the Bluetooth adapter is gone");
+}
+
+TEST_F(BluezAdvertiserTest, NoticesThatItsAdapterIsSwitchedOff) {
+  advertise();
+  bluez.addAdapter("hci7", true);
+  bluez.setPowered("hci7", false);
+  advertiser->show(packet(2));
+  ASSERT_TRUE(waitForAir(packet(2)));
+  EXPECT_EQ(advertiser->failure(), "");
+  bluez.setPowered("hci0", false);
+  ASSERT_TRUE(waitFor([&] { return !advertiser->failure().empty(); }));
+  EXPECT_EQ(advertiser->failure(), "the Bluetooth adapter is switched off");
+}
+
 TEST_F(BluezAdvertiserTest, AStrangerNeitherEndsItNorTakesItOffTheAir) {
   advertise();
   const std::string target = bluez.advertisementClient();

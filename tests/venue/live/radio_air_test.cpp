@@ -22,7 +22,6 @@ using testing::IsEmpty;
 struct AdapterScript {
   std::string failure;
   bool isBusy = false;
-  bool isTaken = true;
   int opened = 0;
   int ended = 0;
   std::vector<std::pair<long long, int>> shown;
@@ -37,7 +36,6 @@ class ScriptedAdvertiser final : public Advertiser {
   }
   void end() override { ++script_.ended; }
   bool isBusy() const override { return script_.isBusy; }
-  bool isTaken() const override { return script_.isTaken; }
   const std::string& failure() const override { return script_.failure; }
 
  private:
@@ -81,17 +79,6 @@ TEST_F(RadioAirTest, OfFramesThatComeTooFastTheNewestIsKeptAndItIsSaid) {
                                         std::pair(300, 8)));
   EXPECT_EQ(air.leftOut(), 5U);
   EXPECT_THAT(said, ElementsAre(HasSubstr("hci1 does not take packets as fast")));
-}
-
-TEST_F(RadioAirTest, WaitsForASystemThatTakesItsTime) {
-  send(1);
-  script.isTaken = false;
-  run(150);
-  send(2);
-  run(345);
-  script.isTaken = true;
-  run(20);
-  EXPECT_THAT(script.shown, ElementsAre(std::pair(0, 1), std::pair(500, 2)));
 }
 
 TEST_F(RadioAirTest, ALostAdapterIsAlarmedWithinASecondAndTakenBack) {
