@@ -43,6 +43,35 @@ Rectangle {
                 reached = activeScale;
             }
         }
+        // Where the stage is, and which section is which.
+        DeskText {
+            objectName: "venueStageName"
+            visible: stage.venue.isReady && surface.stageEdge > 14
+            anchors.horizontalCenter: parent.horizontalCenter
+            y: Math.max(0, Math.min(surface.stageEdge - height - 4, parent.height - height))
+            color: DeskStyle.quiet
+            font.pixelSize: DeskStyle.smallSize
+            text: "Stage"
+        }
+        Repeater {
+            model: surface.sections
+
+            DeskText {
+                required property var modelData
+                readonly property rect place: modelData.place
+
+                objectName: "sectionName"
+                visible: implicitWidth + 8 <= place.width
+                x: place.x + (place.width - implicitWidth) / 2
+                y: place.y + (place.height - implicitHeight) / 2
+                font.pixelSize: DeskStyle.smallSize
+                font.weight: Font.DemiBold
+                style: Text.Outline
+                styleColor: "black"
+                text: modelData.name
+                Accessible.ignored: true
+            }
+        }
         Rectangle {
             readonly property rect place: surface.cursorPlace
 
@@ -182,7 +211,9 @@ Rectangle {
             horizontalAlignment: Text.AlignRight
             color: DeskStyle.quiet
             font.pixelSize: DeskStyle.smallSize
-            text: stage.isClose ? "Esc back to the venue"
+            text: !stage.desk.isOnAir && stage.desk.packetsSent > 0
+                  ? "Off air: phones hold their last look until they have heard nothing for seven seconds"
+                  : stage.isClose ? "Esc back to the venue"
                                 : "Wheel, + and − zoom   Drag moves   Arrows and Enter look at a phone"
         }
     }

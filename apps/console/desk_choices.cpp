@@ -7,8 +7,10 @@
 #include <charconv>
 #include <filesystem>
 #include <set>
+#include <string_view>
 #include <system_error>
 
+#include "apps/console/show_desk.h"
 #include "venue/show/palette_names.h"
 #include "venue/show/show_words.h"
 
@@ -65,6 +67,20 @@ QVariantList paletteChoices(const std::string& assets, const JsonReader& json) {
     choices.append(entry);
   }
   return choices;
+}
+
+int venueOf(const std::string& assets) {
+  constexpr std::string_view kPrefix = "Venue-";
+  std::set<int> numbers;
+  std::error_code error;
+  for (const auto& folder : std::filesystem::directory_iterator(assets + "/HVAssets/Maps", error)) {
+    const std::string name = folder.path().filename().string();
+    int number = 0;
+    if (!name.starts_with(kPrefix)) continue;
+    std::from_chars(name.data() + kPrefix.size(), name.data() + name.size(), number);
+    if (number >= 1 && number <= 0xFF) numbers.insert(number);
+  }
+  return numbers.empty() || numbers.contains(kDemoVenue) ? kDemoVenue : *numbers.begin();
 }
 
 QVariantList goboChoices(const std::string& assets) {

@@ -23,4 +23,8 @@ QVariantList goboChoices(const std::string& assets);
 
 QVariantMap choice(int number, const QString& name);
 
+/// The venue that the assets are of: the demo's, else the one with the lowest number, else the
+/// demo's all the same.
+int venueOf(const std::string& assets);
+
 }  // namespace halvora

@@ -59,6 +59,7 @@ ShowConsole::ShowConsole(const std::string& assets, RunLoop& loop, SerialQueues&
       libraries_(libraries),
       phone_({}, assets, loop, queues, libraries),
       engine_(phone_.platform()),
+      desk_(airChance_, venueOf(assets)),
       modes_(modeChoices()),
       torchModes_(torchModeChoices()),
       vibrations_(vibrationChoices()),
@@ -90,6 +91,7 @@ void ShowConsole::install(QQmlEngine& qml) {
 void ShowConsole::takeSeat() {
   SeatStorage seats(phone_.defaults);
   const int venue = desk_.look().venueId;
+  if (venue != kDemoVenue) return;
   seats.persistSeatSelectionForVenueId(venue, {"Section 209", "Row 8", "Seat 10"}, {362, 404});
   seats.setMapVersions({}, venue);
   seats.syncSeatDefaultsForVenueId(venue);

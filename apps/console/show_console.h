@@ -211,7 +211,7 @@ class ShowConsole : public QObject {
   DemoPhone phone_;
   HalvoraViewController engine_;
   SeededRandom airChance_{kShowSeed};
-  ShowDesk desk_{airChance_};
+  ShowDesk desk_;
   const QVariantList modes_;
   const QVariantList torchModes_;
   const QVariantList vibrations_;

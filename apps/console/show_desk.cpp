@@ -30,9 +30,9 @@ bool isSameLook(Broadcast a, const Broadcast& b) {
 
 }  // namespace
 
-ShowDesk::ShowDesk(Random& chance) : chance_(chance) {
+ShowDesk::ShowDesk(Random& chance, int venueId) : chance_(chance) {
   look_.applicationId = 4242;
-  look_.venueId = 7;
+  look_.venueId = static_cast<std::uint8_t>(std::clamp(venueId, 0, 0xFF));
   look_.master = 255;
   look_.red = 255;
   look_.green = 180;

@@ -16,13 +16,14 @@
 namespace halvora {
 
 inline constexpr int kMostTransmitters = 8;
+inline constexpr int kDemoVenue = 7;
 /// How often each transmitter repeats itself.
 inline constexpr Duration kPacketPause = milliseconds(100);
 
 class ShowDesk {
  public:
-  /// A soft look that every phone shows at once. `chance` outlives the desk.
-  explicit ShowDesk(Random& chance);
+  /// A soft look that every phone of that venue shows at once. `chance` outlives the desk.
+  explicit ShowDesk(Random& chance, int venueId = kDemoVenue);
 
   /// What is set. Its sequence number and transmitter are those of the packet sent last.
   const Broadcast& look() const { return look_; }

@@ -13,6 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr Duration kAfterLastAction = milliseconds(2000);
+constexpr const char* kExampleShow = "example-show.jsonl";
 
 fs::path assetsAbove(fs::path folder) {
   std::error_code error;
@@ -41,8 +42,14 @@ std::variant<ShowFiles, DemoRefusal> openShow(const DemoOptions& options,
   }
   // Seat tables are kept by the path of their video, which must not depend on the current folder.
   assets = fs::absolute(assets, error).lexically_normal();
+  // The desk needs no show: a folder of a venue's assets is enough.
+  const bool isDesk =
+      options.scenario.empty() && options.contactSheet.empty() && options.frames.empty();
+  if (isDesk && !fs::exists(fs::symlink_status(assets / kExampleShow, error))) {
+    return ShowFiles{assets.string(), {}, {}};
+  }
   const fs::path file =
-      options.scenario.empty() ? assets / "example-show.jsonl" : fs::path(options.scenario);
+      options.scenario.empty() ? assets / kExampleShow : fs::path(options.scenario);
   const auto text = readFile(file.string(), kLargestScenario);
   if (!text) return DemoRefusal{file.string() + ": cannot be read"};
   auto parsed = parseScenario(*text, json);

@@ -33,6 +33,10 @@ constexpr double kCloseRadius = 22;
 constexpr double kClosest = 24;
 /// A seat is hit from so many points beside it.
 constexpr double kNearby = 6;
+/// A section that is drawn narrower, in points, goes without its name, and so do those beyond so
+/// many.
+constexpr double kLeastNamed = 36;
+constexpr qsizetype kMostNamed = 200;
 
 // Slow at both ends, like the light's own fades.
 double eased(double share) { return share * share * (3 - 2 * share); }
@@ -114,8 +118,52 @@ void VenueSurface::layOut() {
   for (std::size_t at = 0; at < discs_.size(); ++at) {
     points_.push_back({0, static_cast<std::int64_t>(at), discs_[at].x, discs_[at].y});
   }
+  layOutSections();
   isPictureOld_ = true;
   update();
+}
+
+// A crowd's seats come section by section.
+void VenueSurface::layOutSections() {
+  sections_.clear();
+  const auto seats = venue_ != nullptr ? venue_->crowdSeats() : std::span<const CrowdSeat>();
+  for (std::size_t at = 0; at < std::min(seats.size(), discs_.size()); ++at) {
+    const CrowdDisc& disc = discs_[at];
+    const QRectF place(disc.x - disc.radius, disc.y - disc.radius, 2 * disc.radius,
+                       2 * disc.radius);
+    if (at == 0 || seats[at].section != seats[at - 1].section) {
+      const auto name = seats[at].section;
+      sections_.push_back(
+          {QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())), place});
+    } else {
+      sections_.back().place |= place;
+    }
+  }
+  emit sightChanged();
+}
+
+QVariantList VenueSurface::sections() const {
+  const QRectF window(0, 0, width(), height());
+  QVariantList names;
+  for (const SectionPlace& section : sections_) {
+    const CrowdDisc first = seen({section.place.left(), section.place.top(), 0}, sight_);
+    const CrowdDisc last = seen({section.place.right(), section.place.bottom(), 0}, sight_);
+    const QRectF place(QPointF(first.x, first.y), QPointF(last.x, last.y));
+    if (place.width() < kLeastNamed || !window.intersects(place)) continue;
+    names.append(
+        QVariantMap{{QStringLiteral("name"), section.name}, {QStringLiteral("place"), place}});
+    if (names.size() == kMostNamed) break;
+  }
+  return names;
+}
+
+double VenueSurface::stageEdge() const {
+  double edge = height();
+  for (const SectionPlace& section : sections_) {
+    const CrowdDisc first = seen({section.place.left(), section.place.top(), 0}, sight_);
+    edge = std::min(edge, static_cast<double>(first.y));
+  }
+  return edge;
 }
 
 void VenueSurface::lookSoon() {

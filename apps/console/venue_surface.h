@@ -13,6 +13,7 @@
 #include <QQuickItem>
 #include <QRectF>
 #include <QString>
+#include <QVariantList>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -40,6 +41,11 @@ class VenueSurface : public QQuickItem {
   /// Where it is, and where the chosen one is; empty for none.
   Q_PROPERTY(QRectF cursorPlace READ cursorPlace NOTIFY sightChanged)
   Q_PROPERTY(QRectF chosenPlace READ chosenPlace NOTIFY sightChanged)
+  /// The sections that are in sight and wide enough for a name: `name`, and in `place` where their
+  /// seats are drawn.
+  Q_PROPERTY(QVariantList sections READ sections NOTIFY sightChanged)
+  /// Where the seats are that are nearest to the stage.
+  Q_PROPERTY(double stageEdge READ stageEdge NOTIFY sightChanged)
 
  public:
   explicit VenueSurface(QQuickItem* parent = nullptr);
@@ -53,6 +59,9 @@ class VenueSurface : public QQuickItem {
   QString cursorSeat() const { return venue_ ? venue_->nameOf(cursor_) : QString(); }
   QRectF cursorPlace() const { return placeOf(cursor_); }
   QRectF chosenPlace() const { return placeOf(venue_ ? venue_->chosen() : -1); }
+
+  QVariantList sections() const;
+  double stageEdge() const;
 
   /// The seat that is drawn there, or very near; -1 for none.
   Q_INVOKABLE int seatAt(const QPointF& place) const;
@@ -98,6 +107,7 @@ class VenueSurface : public QQuickItem {
   void crowdChanged();
   void chosenChanged();
   void layOut();
+  void layOutSections();
   void look();
   void lookSoon();
   void frameBegins();
@@ -116,6 +126,12 @@ class VenueSurface : public QQuickItem {
   /// Of the whole venue, in points.
   std::vector<CrowdDisc> discs_;
   std::vector<StandingSeatPoint> points_;
+  /// Over all seats of a section, before it is looked at closely.
+  struct SectionPlace {
+    QString name;
+    QRectF place;
+  };
+  std::vector<SectionPlace> sections_;
   VenueSight sight_;
   std::optional<Flight> flight_;
   /// Where to go back to from a phone.

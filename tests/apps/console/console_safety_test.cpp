@@ -7,7 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include "apps/console/desk_choices.h"
 #include "apps/console/look_history.h"
+#include "apps/console/options.h"
+#include "apps/console/show_files.h"
+#include "tests/adapters/standard/temporary_folder.h"
 #include "tests/apps/console/console_bench.h"
 #include "tests/faces/qt/access_tree.h"
 
@@ -54,6 +58,39 @@ TEST(ShowConsoleStart, IsOffAir) {
   loop.runFor(milliseconds(3000));
   EXPECT_FALSE(desk.isOnAir());
   EXPECT_EQ(desk.packetsSent(), 0);
+}
+
+// Any folder of a venue's assets will do, and any venue.
+TEST(ShowConsoleStart, TakesTheVenueThatItsAssetsAreOf) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(venueOf(folder.path()), kDemoVenue);
+  folder.write("HVAssets/Maps/Venue-31/map.json", "{}");
+  folder.write("HVAssets/Maps/Venue-12/map.json", "{}");
+  folder.write("HVAssets/Maps/Venue-x/map.json", "{}");
+  EXPECT_EQ(venueOf(folder.path()), 12);
+  VirtualRunLoop loop;
+  VirtualQueues queues{loop};
+  DemoLibraries libraries;
+  ShowConsole desk(folder.path(), loop, queues, libraries);
+  desk.setOnAir(true);
+  loop.runFor(milliseconds(500));
+  EXPECT_EQ(desk.packet().venueId, 12);
+  folder.write("HVAssets/Maps/Venue-7/map.json", "{}");
+  EXPECT_EQ(venueOf(folder.path()), 7);
+}
+
+TEST(ShowConsoleStart, NeedsNoShow) {
+  const TemporaryFolder folder;
+  DemoOptions options;
+  options.assets = folder.path();
+  const DemoLibraries libraries;
+  const auto files = openShow(options, folder.path(), libraries.json);
+  ASSERT_TRUE(std::holds_alternative<ShowFiles>(files));
+  EXPECT_EQ(std::get<ShowFiles>(files).assets, folder.path());
+  // A picture of a show does.
+  options.contactSheet = "sheet.png";
+  EXPECT_TRUE(
+      std::holds_alternative<DemoRefusal>(openShow(options, folder.path(), libraries.json)));
 }
 
 TEST_F(ConsoleSafety, LeavingTheAirIsHeld) {

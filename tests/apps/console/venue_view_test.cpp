@@ -188,6 +188,33 @@ TEST_F(VenueTest, EscapeGoesBackStepByStep) {
   EXPECT_FALSE(window().isVisible());
 }
 
+TEST_F(VenueTest, NamesTheStageAndItsSections) {
+  open();
+  const QVariantList sections = surface().sections();
+  ASSERT_EQ(sections.size(), 1);
+  const QVariantMap hall = sections.front().toMap();
+  EXPECT_EQ(hall.value(QStringLiteral("name")).toString(), QStringLiteral("Hall"));
+  const QRectF place = hall.value(QStringLiteral("place")).toRectF();
+  for (const int corner : {seat(0, 0), static_cast<int>(crowd().size()) - 1}) {
+    EXPECT_TRUE(place.adjusted(-1, -1, 1, 1).contains(surface().placeOf(corner)));
+  }
+  EXPECT_NEAR(surface().stageEdge(), surface().placeOf(seat(0, 0)).top(), 1);
+  EXPECT_EQ(item("sectionName").property("text").toString(), QStringLiteral("Hall"));
+  // They go with the seats.
+  surface().zoomAt(QPointF(10, 10), 2);
+  const QRectF closer =
+      surface().sections().front().toMap().value(QStringLiteral("place")).toRectF();
+  EXPECT_NEAR(closer.width(), 2 * place.width(), 1);
+}
+
+TEST_F(VenueTest, OffAirItSaysWhyPhonesGoOn) {
+  open();
+  show("swatch7");
+  desk.setOnAir(false);
+  settle();
+  EXPECT_TRUE(item("venueHint").property("text").toString().startsWith("Off air:"));
+}
+
 TEST_F(VenueTest, WhatTheWheelPointsAtStaysThere) {
   open();
   const QPointF place = middleOfSeat(seat(8, 11));
