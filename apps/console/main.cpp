@@ -167,6 +167,8 @@ int showConsole(const ShowFiles& files, DemoLibraries& libraries, const DemoOpti
   QQuickWindow* window = openWindow(qml, "Console.qml", "desk", console);
   if (window == nullptr) return fail({kNoWindow, 1});
   if (options.map > 0) console.set(QStringLiteral("pixelMapId"), options.map);
+  // A picture is of a show; nobody but the window's own phones hears it.
+  if (!options.screenshot.empty()) console.setOnAir(true);
   VenueShow& venue = *console.venue();
   if (options.venue) {
     venue.setPhones(*options.venue);
