@@ -75,6 +75,22 @@ bool HalvoraViewController::usageReports() const { return inside_->usageReports(
 
 void HalvoraViewController::setUsageReports(bool isOn) { inside_->setUsageReports(isOn); }
 
+void HalvoraViewController::setLimits(const LightLimits& limits) { inside_->setLimits(limits); }
+
+const LightLimits& HalvoraViewController::limits() const { return inside_->limits(); }
+
+void HalvoraViewController::setViewerLimits(const LightLimits& limits) {
+  inside_->setViewerLimits(limits);
+}
+
+const LightLimits& HalvoraViewController::viewerLimits() const { return inside_->viewerLimits(); }
+
+void HalvoraViewController::leave() { inside_->guard().leave(); }
+
+void HalvoraViewController::comeBack() { inside_->guard().comeBack(); }
+
+bool HalvoraViewController::hasLeft() const { return inside_->guard().hasLeft(); }
+
 void HalvoraViewController::playVideo(const std::string& name) { inside_->playVideo(name); }
 
 void HalvoraViewController::precomputePixelMapLUTsForVenueId(std::int64_t venueId,

@@ -33,20 +33,31 @@ ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
       stills_(options.stills),
       timers_(platform.runLoop),
       views_(timers_),
+      hostLimits_(options.limits),
+      guard_(platform, views_, timers_, options.pictures),
       overlays_(state_.screen, views_, timers_),
-      torch_(state_.torch, timers_, platform.random, platform.torch, *this),
+      torch_(state_.torch, timers_, platform.random, guard_.torch(), *this),
       gobo_(state_.gobo, views_, platform.files, platform.random),
       video_(state_.video, views_, timers_, platform.files, platform.videoPlayers),
       seatLut_(platform_, *this, options.seatLuts),
       parts_(parts ? *parts : ShowParts{torch_, gobo_, overlays_, video_, seatLut_}),
-      brightness_(platform.screen, timers_, state_.colour),
+      brightness_(guard_.screen(), timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
              *this),
       usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
              platform.bundles->main.identifier(), std::move(options.usageEndpoints)),
-      scanner_(platform_, state_.presence, timers_, *this) {}
+      scanner_(platform_, state_.presence, timers_, *this) {
+  platform_.screen = guard_.screen();
+  platform_.torch = guard_.torch();
+  platform_.haptics = guard_.haptics();
+  guard_.setLimits(hostLimits_);
+}
 
 ShowEngine::~ShowEngine() {
+  if (guard_.limits().flash == FlashPolicy::limited) {
+    platform_.application->setIdleTimerDisabled(false);
+  }
+  guard_.end(brightness_.originalBrightness());
   // The queues wait for the build that is under way.
   seatLut_.end();
   timers_.invalidate(lowLightHintTimer_);
@@ -191,6 +202,7 @@ PacketFate ShowEngine::processEffect(const Broadcast& broadcast) {
 }
 
 void ShowEngine::appDidBecomeActive() {
+  guard_.returnToApplication();
   state_.presence.resetApp = true;
   scanner_.guard([this] {
     if (state_.presence.scanningAllowed && usageReports_) usage_.appOpened();
@@ -202,12 +214,25 @@ void ShowEngine::setUsageReports(bool isOn) {
   if (!isOn) platform_.http->cancelAll();
 }
 
+void ShowEngine::setLimits(const LightLimits& limits) {
+  hostLimits_ = limits;
+  guard_.setLimits(bothOf(hostLimits_, viewerLimits_));
+}
+
+void ShowEngine::setViewerLimits(const LightLimits& limits) {
+  viewerLimits_ = limits;
+  guard_.setLimits(bothOf(hostLimits_, viewerLimits_));
+}
+
 void ShowEngine::recievedSignal() {
   if (usageReports_) usage_.recievedSignal();
 }
 
 void ShowEngine::appWillResignActive() {
-  scanner_.guard([this] { platform_.application->setIdleTimerDisabled(false); });
+  scanner_.guard([this] {
+    platform_.application->setIdleTimerDisabled(false);
+    guard_.goAway(brightness_.originalBrightness());
+  });
 }
 
 void ShowEngine::showReceptionRate(int packets) {

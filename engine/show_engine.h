@@ -26,6 +26,7 @@
 #include "halvora/witness.h"
 #include "light/brightness.h"
 #include "light/gobo_animator.h"
+#include "light/light_guard.h"
 #include "light/overlays.h"
 #include "light/screen_modes.h"
 #include "light/synchronised_video.h"
@@ -43,6 +44,7 @@ struct ShowEngineOptions : EngineOptions {
   std::shared_ptr<const ShowAssets> assets = nullptr;
   const SeatLutSource* seatLuts = nullptr;
   const StillSource* stills = nullptr;
+  PictureMeans* pictures = nullptr;
 };
 
 class ShowEngine : private ScannerListener,
@@ -94,6 +96,15 @@ class ShowEngine : private ScannerListener,
   /// up those under way; while they are off nothing is counted, nor noted in the defaults.
   bool usageReports() const { return usageReports_; }
   void setUsageReports(bool isOn);
+  /// What the host allows the show to do to eyes, and what whoever holds the phone, or the system
+  /// for them, allows of that. Both hold.
+  void setLimits(const LightLimits& limits);
+  const LightLimits& limits() const { return hostLimits_; }
+  void setViewerLimits(const LightLimits& limits);
+  const LightLimits& viewerLimits() const { return viewerLimits_; }
+  /// The mean of what is on the screen now, in levels before the backlight.
+  Levels shownScreen() { return guard_.shownScreen(); }
+  LightGuard& guard() { return guard_; }
   /// The kit's own text for a key, or `fallback` when its table has none.
   std::string hvLocalizedStringForKey(std::string_view key, std::string_view fallback) const;
 
@@ -173,6 +184,9 @@ class ShowEngine : private ScannerListener,
   Rect frame_;
   TimerSet timers_;
   ViewStack views_;
+  LightLimits hostLimits_;
+  LightLimits viewerLimits_;
+  LightGuard guard_;
   Overlays overlays_;
   TorchModes torch_;
   GoboAnimator gobo_;

@@ -7,13 +7,11 @@
 #include <string>
 #include <utility>
 
+#include "light/light_look.h"
+
 namespace halvora {
 
 namespace {
-
-double visible(const ViewStack& views, ViewId view) {
-  return views.isHidden(view) ? 0 : std::clamp(views.shownAlpha(view), 0.0, 1.0);
-}
 
 // The colour at that share of its strength, in the range that every screen can show.
 Colour scaled(const Colour& colour, double share) {
@@ -30,30 +28,32 @@ constexpr bool isListed(ViewId view) {
   return view > ViewId::lightView && view != ViewId::dimmerView;
 }
 
-}  // namespace
+// The words of what stands on the light are the stack's own; the gobo belongs to the look.
+std::string textOf(const LightLook& look, const ViewStack& views, ViewId view) {
+  if (view != ViewId::goboImage) return views.text(view);
+  return look.gobo ? *look.gobo : std::string();
+}
 
-DisplayList displayListOf(const ViewStack& views, Size container) {
+DisplayList listOf(const LightLook& look, const ViewStack& views, Size container) {
   DisplayList list;
-  const double shown = visible(views, ViewId::container);
+  const double shown = look.of(ViewId::container);
   if (shown <= 0) return list;
-  const double lit = 1 - visible(views, ViewId::dimmerView);
-  const Colour light = views.shownLight().value_or(views::kClear);
-  const double share = lit * visible(views, ViewId::lightView) * static_cast<double>(light.alpha);
-  list.push_back({ViewContent::fill, frameOf(ViewId::container, container), scaled(light, share),
-                  shown, "", 0});
+  const double lit = 1 - look.of(ViewId::dimmerView);
+  list.push_back({ViewContent::fill, frameOf(ViewId::container, container),
+                  scaled(look.light, look.lightShare()), shown, "", 0});
 
   std::array<double, kViewCount> opacities{shown};
   for (std::size_t at = 1; at < kViewCount; ++at) {
     const auto view = static_cast<ViewId>(at);
     const ViewRow& row = rowOf(view);
-    opacities[at] = opacities[indexOf(row.parent)] * visible(views, view);
+    opacities[at] = opacities[indexOf(row.parent)] * look.of(view);
     if (!isListed(view)) continue;
     const bool isClip = row.content == ViewContent::video;
     const bool isPicture = isClip || row.content == ViewContent::image;
     const Colour& colour = isPicture ? kWhite : row.colour;
     const double opacity = opacities[at] * static_cast<double>(colour.alpha);
     if (opacity <= 0) continue;
-    std::string text = isClip ? row.name : views.text(view);
+    std::string text = isClip ? row.name : textOf(look, views, view);
     if (row.content != ViewContent::fill && text.empty()) continue;
     list.push_back({row.content, frameOf(view, container),
                     scaled(colour, isBelowDimmer(view) ? lit : 1), opacity, std::move(text),
@@ -62,9 +62,19 @@ DisplayList displayListOf(const ViewStack& views, Size container) {
   return list;
 }
 
+}  // namespace
+
+DisplayList displayListOf(const ViewStack& views, Size container) {
+  LightFilter* const filter = views.filter();
+  return listOf(filter != nullptr ? filter->lookInto(container) : lookOf(views), views, container);
+}
+
 DisplayList Light::displayList(Size container) const { return displayListOf(*views_, container); }
 
-bool Light::isAnimating() const { return views_->isAnimating(); }
+bool Light::isAnimating() const {
+  const LightFilter* const filter = views_->filter();
+  return views_->isAnimating() || (filter != nullptr && filter->isMoving());
+}
 
 void Light::setObserver(LightObserver* observer) const { views_->setFace(observer); }
 

@@ -46,6 +46,11 @@ void ViewStack::tellFace() {
   face_->lightChanged();
 }
 
+void ViewStack::setFilter(LightFilter* filter) {
+  filter_ = filter;
+  tellFace();
+}
+
 void ViewStack::setAlpha(ViewId view, double alpha) {
   alphas_[indexOf(view)] = alpha;
   tell(&ViewObserver::alphaChanged, view, alpha, Duration::zero());
@@ -79,6 +84,12 @@ const std::string& ViewStack::text(ViewId view) const {
   const auto found = std::find_if(texts_.begin(), texts_.end(),
                                   [view](const Text& text) { return text.view == view; });
   return found == texts_.end() ? kNone : *found->text;
+}
+
+SharedText ViewStack::sharedText(ViewId view) const {
+  const auto found = std::find_if(texts_.begin(), texts_.end(),
+                                  [view](const Text& text) { return text.view == view; });
+  return found == texts_.end() ? nullptr : found->text;
 }
 
 void ViewStack::setText(ViewId view, std::string text) {

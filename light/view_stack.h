@@ -45,6 +45,18 @@ class ViewObserver {
   virtual void lightAnimationEnded(bool /*finished*/) {}
 };
 
+struct LightLook;
+
+/// Stands between a stack and whoever draws it, and decides what of it is to be seen.
+class LightFilter {
+ public:
+  virtual ~LightFilter() = default;
+  /// At this moment, in a container of that size; counts as shown from now on.
+  virtual LightLook lookInto(Size container) = 0;
+  /// Whether a later moment may show something else without any further change of the stack.
+  virtual bool isMoving() const = 0;
+};
+
 /// A text that many may show; never null.
 using SharedText = std::shared_ptr<const std::string>;
 
@@ -70,6 +82,12 @@ class ViewStack {
   /// Likewise, who draws it.
   void setFace(LightObserver* face) { face_ = face; }
 
+  /// Likewise, what filters it; null for nothing. What was drawn is to be drawn again.
+  void setFilter(LightFilter* filter);
+  LightFilter* filter() const { return filter_; }
+  /// Tells the face that what is to be seen may be something else, though no value has changed.
+  void lookAgain() { tellFace(); }
+
   double alpha(ViewId view) const { return alphas_[indexOf(view)]; }
   /// Sets the value and leaves a running animation alone: what is shown follows that to its end,
   /// then this.
@@ -84,6 +102,8 @@ class ViewStack {
 
   /// The text of a label, or the name of the picture in an image view.
   const std::string& text(ViewId view) const;
+  /// Null before the first.
+  SharedText sharedText(ViewId view) const;
   void setText(ViewId view, SharedText text);
   void setText(ViewId view, std::string text);
 
@@ -147,6 +167,7 @@ class ViewStack {
   TimerSet& timers_;
   ViewObserver* observer_ = nullptr;
   LightObserver* face_ = nullptr;
+  LightFilter* filter_ = nullptr;
   std::array<double, kViewCount> alphas_;
   std::bitset<kViewCount> hidden_;
   std::vector<Text> texts_;

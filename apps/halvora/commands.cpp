@@ -16,6 +16,7 @@
 #include "apps/halvora/lut_commands.h"
 #include "apps/halvora/map_commands.h"
 #include "apps/halvora/packet_commands.h"
+#include "apps/halvora/safety_command.h"
 #include "apps/halvora/show_commands.h"
 #include "apps/halvora/trace_command.h"
 #include "apps/halvora/transmit_command.h"
@@ -55,6 +56,8 @@ constexpr std::array kCommands = {
     CommandRow{nullptr, "listen", "print the show packets that are in the air", makeListenCommand},
     CommandRow{nullptr, "live", "play a show: cues by GO and by time, and safe to stop",
                makeLiveCommand},
+    CommandRow{nullptr, "safety", "say whether a show flashes more than eyes may be asked to bear",
+               makeSafetyCommand},
     CommandRow{nullptr, "trace", "run one phone through a scenario and print what it does",
                makeTraceCommand},
     CommandRow{nullptr, "transmit", "advertise show packets from this machine's own adapter",

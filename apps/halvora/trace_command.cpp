@@ -40,6 +40,10 @@ class TraceCommand final : public ToolCommand {
     options.optional(
         "--allow", options_.allowedTransmitterIds,
         "a transmitter to obey, as application:number; may be repeated (default: all)");
+    options.flag("--shown", options_.isShownWritten,
+                 "print what the phone emits too: screen, backlight and torch");
+    options.optional("--flash", flash_,
+                     "flash policy of the host: limited to three a second, or exact (default)");
     options.footer(
         "Each line of the scenario is an object with \"at\" (seconds) and one of: device, start, "
         "bluetooth,\npacket (with every and until to repeat it), app, defaults, precompute, "
@@ -86,6 +90,10 @@ class TraceCommand final : public ToolCommand {
     if (!isChanceKnown) {
       return unusable("--random must be min, max or a whole number, not \"" + chance_ + "\"");
     }
+    if (flash_ != "exact" && flash_ != "limited") {
+      return unusable("--flash must be limited or exact, not \"" + flash_ + "\"");
+    }
+    if (flash_ == "limited") options_.flash = FlashPolicy::limited;
     if (!until_) return std::nullopt;
     const std::optional<double> seconds = plainNumber(*until_);
     if (!seconds || *seconds < 0 || *seconds > kLatestEnd) {
@@ -131,6 +139,7 @@ class TraceCommand final : public ToolCommand {
   std::optional<std::string> documents_;
   std::string chance_ = "1";
   std::optional<std::string> until_;
+  std::string flash_ = "exact";
   TraceOptions options_;
 };
 

@@ -22,6 +22,7 @@
 #include "halvora/platform/platform.h"
 #include "halvora/platform/screen.h"
 #include "halvora/precompute.h"
+#include "halvora/safety.h"
 #include "halvora/usage.h"
 #include "halvora/version.h"
 #include "halvora/witness.h"
@@ -37,6 +38,8 @@ struct EngineOptions {
   UsageEndpoints usageEndpoints = {};
   /// Whether the usage counters are sent at all, from the start; `setUsageReports` changes it.
   bool usageReports = true;
+  /// What the show may do to eyes, from the start; `setLimits` changes it.
+  LightLimits limits = {};
 };
 
 class HalvoraViewController {
@@ -92,6 +95,19 @@ class HalvoraViewController {
   /// up those under way; while they are off nothing is counted, nor noted in the defaults.
   bool usageReports() const;
   void setUsageReports(bool isOn);
+
+  /// What the host allows of the light, and what whoever holds the phone, or the system in their
+  /// name, allows of that: the stricter of both is in force at once. A brightness beyond 0 to 1
+  /// counts as the nearest of these.
+  void setLimits(const LightLimits& limits);
+  const LightLimits& limits() const;
+  void setViewerLimits(const LightLimits& limits);
+  const LightLimits& viewerLimits() const;
+  /// The light fades out within 300 ms and stays away, torch and motor with it, while the show goes
+  /// on unseen; `comeBack` shows what it has come to by then.
+  void leave();
+  void comeBack();
+  bool hasLeft() const;
 
   void playVideo(const std::string& name);
 

@@ -26,6 +26,7 @@ constexpr FuzzTarget kTargets[] = {
     {"tickets", fuzzTickets, 512, 3000, nullptr},
     {"gobos", fuzzGobos, 128, 50, nullptr},
     {"engine", fuzzEngine, 512, 300, nullptr},
+    {"flashes", fuzzFlashes, 192, 5000, nullptr},
 #ifdef HALVORA_FUZZ_PICTURES
     {"picture", fuzzPicture, 4096, 2000, nullptr},
 #endif

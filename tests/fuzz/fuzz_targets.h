@@ -43,6 +43,7 @@ int fuzzShow(FuzzBytes);
 int fuzzTickets(FuzzBytes);
 int fuzzGobos(FuzzBytes);
 int fuzzEngine(FuzzBytes);
+int fuzzFlashes(FuzzBytes);
 int fuzzPicture(FuzzBytes);
 int fuzzOutline(FuzzBytes);
 int fuzzVideo(FuzzBytes);

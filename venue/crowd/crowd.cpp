@@ -10,26 +10,20 @@
 
 #include "adapters/virtual/virtual_run_loop.h"
 #include "venue/crowd/cue_watch.h"
+#include "venue/show/trace_shown.h"
 
 namespace halvora {
 
 namespace {
 
 constexpr Duration kInstant{1};
-constexpr Duration kWatch = milliseconds(10);
-constexpr double kLinearOne = 65535;
+// Faster than the fastest effect, which changes every 10 ms.
+constexpr std::int64_t kWatchesPerSecond = 120;
 // After all acts of a time.
 constexpr std::uint64_t kLooking = UINT64_MAX;
 
-std::array<std::uint16_t, 256> linearTable() {
-  std::array<std::uint16_t, 256> table{};
-  for (std::size_t level = 0; level < table.size(); ++level) {
-    const double share = static_cast<double>(level) / 255;
-    // The transfer function of sRGB, IEC 61966-2-1.
-    const double linear = share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
-    table[level] = static_cast<std::uint16_t>(std::lround(linear * kLinearOne));
-  }
-  return table;
+Duration timeOfWatch(std::int64_t number) {
+  return Duration((number * 1'000'000 + kWatchesPerSecond / 2) / kWatchesPerSecond);
 }
 
 double shareOf(std::uint64_t bits) { return static_cast<double>(bits >> 11) / 9007199254740992.0; }
@@ -47,11 +41,6 @@ constexpr std::uint64_t kSeedDraw = 0x53454544;
 
 }  // namespace
 
-std::uint16_t linearOf(std::uint8_t level) {
-  static const std::array<std::uint16_t, 256> kTable = linearTable();
-  return kTable[level];
-}
-
 struct Crowd::Block {
   Block() { queues.log.isKept = false; }
 
@@ -60,11 +49,28 @@ struct Crowd::Block {
   CrowdGround ground{loop, queues};
 };
 
-struct Crowd::Member {
+struct Crowd::Member final : private LightObserver, private CrowdTorch::Observer {
   Member(CrowdGround& ground, const CrowdParts& parts, const CrowdSeat& seat, std::uint64_t seed)
-      : phone(ground, parts, seat, seed) {}
+      : phone(ground, parts, seat, seed) {
+    phone.views().setFace(this);
+    phone.torch().setObserver(this);
+  }
+
+  /// Whether its light may be another one than at the last watch.
+  bool takeChange() {
+    const bool isMoving = Light(phone.views()).isAnimating();
+    const bool hasChanged = std::exchange(isTouched, isMoving);
+    return phone.takeBacklightChange() || hasChanged;
+  }
+  void lightChanged() override { isTouched = true; }
+  void lightEnds() override {}
+  void torchChanged() override { isTouched = true; }
 
   CrowdPhone phone;
+  bool isTouched = true;
+  PhoneMeter meter;
+  /// What it adds to the light of its section; nothing while it is closed.
+  FieldLight field;
   std::uint32_t nextAct = 0;
   /// The first look that it has not shown.
   std::uint32_t nextLook = 0;
@@ -91,6 +97,7 @@ struct Crowd::Slice {
   /// The first time that belongs to the next slice.
   Duration end{};
   std::vector<Duration> frames;
+  std::vector<Duration> watches;
   /// The pixel map on the air at each frame.
   std::vector<std::optional<MapMoment>> maps;
   /// What may be heard in the slice.
@@ -107,12 +114,15 @@ struct Crowd::Chunk {
   std::exception_ptr failure = nullptr;
   std::vector<Moment> moments;
   std::vector<FrameCounts> frames;
+  /// How each section's light has changed, watch by watch.
+  std::vector<FieldLight> field;
+  FlashCurve curve;
   PacketCounts packets;
   OpenLooks looks;
 };
 
 Crowd::Crowd(const Parts& parts, const CrowdSettings& settings)
-    : parts_(parts), settings_(settings) {
+    : parts_(parts), settings_(settings), sections_(parts.seats), field_(sections_.count()) {
   ScenarioSchedule schedule(parts_.scenario);
   while (const auto moment = schedule.next(settings_.end)) {
     if (!std::holds_alternative<PacketAction>(*moment->action)) acts_.push_back(*moment);
@@ -193,8 +203,10 @@ bool Crowd::run() {
     isGood = isGood && chunk.isGood;
     for (std::size_t at = 0; at < counts.size(); ++at) counts[at].add(chunk.frames[at]);
     packets_.add(chunk.packets);
+    phoneCurve_.take(std::exchange(chunk.curve, {}));
     looks_.add(chunk.looks);
   }
+  measureField(slice);
   frames_.clear();
   for (std::size_t at = 0; at < counts.size(); ++at) {
     CrowdFrame frame;
@@ -242,6 +254,9 @@ void Crowd::plan(Slice& slice) {
       map = MapMoment{tables, cueToken(*broadcast) % tables->frameCount};
     }
   }
+  for (; timeOfWatch(nextWatch_) < slice.end; ++nextWatch_) {
+    slice.watches.push_back(timeOfWatch(nextWatch_));
+  }
   const auto sent = parts_.air.sent();
   const auto firstAt = [&](Duration time) {
     return static_cast<std::size_t>(
@@ -264,6 +279,7 @@ const VenueTables::Block* Crowd::tablesOf(const Broadcast& broadcast) {
 
 void Crowd::runChunk(const Slice& slice, Chunk& chunk) {
   chunk.frames.assign(slice.frames.size(), {});
+  chunk.field.assign(slice.watches.size() * sections_.count(), {});
   chunk.looks = OpenLooks(nextLook_);
   chunk.packets = {};
   try {
@@ -284,12 +300,9 @@ bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
       continue;
     }
     if (!loop.runUntil(moment.time)) return false;
-    if (moment.kind == CrowdEvent::watch) {
-      watch(members_[moment.phone]->phone.light(), moment.time);
-      continue;
-    }
+    const bool isWatch = moment.kind == CrowdEvent::watch;
     for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
-      look(slice, moment.at, phone, chunk);
+      (this->*(isWatch ? &Crowd::watch : &Crowd::look))(slice, moment.at, phone, chunk);
     }
   }
   const bool hasEnded = loop.runUntil(slice.end - kInstant);
@@ -326,11 +339,8 @@ void Crowd::collectMoments(const Slice& slice, std::size_t block, Chunk& chunk) 
   for (std::size_t at = 0; at < slice.frames.size(); ++at) {
     moments.push_back({slice.frames[at], kLooking, CrowdEvent::frame, 0, at});
   }
-  if (block == 0) {
-    const Duration first = (slice.begin + kWatch - kInstant) / kWatch * kWatch;
-    for (Duration time = first; time < slice.end; time += kWatch) {
-      moments.push_back({time, kLooking, CrowdEvent::watch, 0, 0});
-    }
+  for (std::size_t at = 0; at < slice.watches.size(); ++at) {
+    moments.push_back({slice.watches[at], kLooking, CrowdEvent::watch, 0, at});
   }
   std::stable_sort(moments.begin(), moments.end());
 }
@@ -387,9 +397,6 @@ void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk
   ++counts.open;
   counts.showing += light.isShowing ? 1 : 0;
   counts.torches += light.isTorchOn ? 1 : 0;
-  counts.linear[0] += linearOf(light.red);
-  counts.linear[1] += linearOf(light.green);
-  counts.linear[2] += linearOf(light.blue);
 
   const std::optional<MapMoment>& map = slice.maps[frame];
   if (!map) return;
@@ -409,9 +416,41 @@ void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk
   counts.add(one);
 }
 
-void Crowd::watch(const CrowdLight& light, Duration time) {
-  phoneFlashes_.add(time, {linearOf(light.red) / kLinearOne, linearOf(light.green) / kLinearOne,
-                           linearOf(light.blue) / kLinearOne});
+void Crowd::watch(const Slice& slice, std::size_t tick, std::size_t phone, Chunk& chunk) {
+  Member& member = *members_[phone];
+  const Duration time = slice.watches[tick];
+  const bool isOpen = presences_[phone].isOpen(time);
+  const bool wasOpen = member.field.phones > 0;
+  if (!isOpen && !wasOpen) return;
+  if (isOpen == wasOpen && !member.takeChange()) return;
+  FieldLight now;
+  if (isOpen) {
+    const PhoneLight light = phoneLightOf(member.phone.emission());
+    member.meter.add(time, light, &chunk.curve);
+    now = FieldLight::of(light);
+  }
+  FieldLight& change = chunk.field[tick * sections_.count() + sections_.of(phone)];
+  change += now;
+  change -= member.field;
+  member.field = now;
+}
+
+void Crowd::measureField(const Slice& slice) {
+  std::vector<FieldLight> changes(sections_.count());
+  for (std::size_t tick = 0; tick < slice.watches.size(); ++tick) {
+    const std::size_t first = tick * sections_.count();
+    for (std::size_t at = 0; at < changes.size(); ++at) {
+      changes[at] = {};
+      for (const Chunk& chunk : chunks_) changes[at] += chunk.field[first + at];
+    }
+    field_.add(slice.watches[tick], changes);
+  }
+}
+
+FlashFigures Crowd::phoneFlashes() const {
+  FlashFigures worst;
+  for (const auto& member : members_) worst.take(member->meter.worst());
+  return worst;
 }
 
 void Crowd::closeLooks(Duration before) {

@@ -19,8 +19,9 @@
 #include "venue/crowd/air.h"
 #include "venue/crowd/crowd_phone.h"
 #include "venue/crowd/crowd_report.h"
-#include "venue/crowd/flash_count.h"
+#include "venue/crowd/field_meter.h"
 #include "venue/crowd/venue_tables.h"
+#include "venue/show/flash_meter.h"
 #include "venue/show/scenario_schedule.h"
 
 namespace halvora {
@@ -100,8 +101,12 @@ class Crowd {
   };
   /// The looks closed in the last slice; at the end, all that were left.
   const std::vector<ClosedLook>& closedLooks() const { return closedLooks_; }
-  /// Of the first phone, looked at a hundred times a second.
-  const FlashCount& phoneFlashes() const { return phoneFlashes_; }
+  /// Of the worst phone. All are looked at 120 times a second.
+  FlashFigures phoneFlashes() const;
+  const FlashCurve& phoneCurve() const { return phoneCurve_; }
+  /// Of the mean light of all phones, and of each section's.
+  const FieldMeter& field() const { return field_; }
+  std::string_view nameOfSection(std::size_t section) const { return sections_.name(section); }
 
  private:
   /// When a phone's application is open: from the first time to before the second.
@@ -129,7 +134,8 @@ class Crowd {
   void collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk);
   void act(const Moment& moment, Duration now, Chunk& chunk);
   void hear(std::size_t sent, std::size_t phone, Duration now, Chunk& chunk);
-  void watch(const CrowdLight& light, Duration time);
+  void watch(const Slice& slice, std::size_t tick, std::size_t phone, Chunk& chunk);
+  void measureField(const Slice& slice);
   /// The newest look on the air; null before the first.
   const Broadcast* onAir(Duration time) const;
   bool isShowOnAir(Duration time) const;
@@ -147,6 +153,7 @@ class Crowd {
   std::vector<Chunk> chunks_;
   Duration now_{};
   std::int64_t nextFrame_ = 0;
+  std::int64_t nextWatch_ = 0;
   std::vector<CrowdLight> lights_;
   std::vector<CrowdFrame> frames_;
   /// Of the maps seen so far, by venue and map; null for one without.
@@ -155,10 +162,9 @@ class Crowd {
   OpenLooks looks_;
   std::uint32_t nextLook_ = 0;
   std::vector<ClosedLook> closedLooks_;
-  FlashCount phoneFlashes_;
+  FlashCurve phoneCurve_;
+  FieldSections sections_;
+  FieldMeter field_;
 };
-
-/// 0 to 255 as sRGB, to linear light of 0 to 65535.
-std::uint16_t linearOf(std::uint8_t level);
 
 }  // namespace halvora

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -110,12 +111,18 @@ class CrowdScreen final : public Screen {
   CrowdScreen(const Size& size, double level) : size_(size), level_(level) {}
   Size bounds() const override { return size_; }
   double brightness() const override { return level_; }
-  void setBrightness(double level) override { level_ = level < 0 ? 0 : level > 1 ? 1 : level; }
+  void setBrightness(double level) override {
+    level_ = level < 0 ? 0 : level > 1 ? 1 : level;
+    hasChanged_ = true;
+  }
   float currentEDRHeadroom() const override { return 1; }
+  /// Whether it was written since the last time that somebody asked.
+  bool takeChange() { return std::exchange(hasChanged_, false); }
 
  private:
   const Size& size_;
   double level_;
+  bool hasChanged_ = true;
 };
 
 class CrowdTorch final : public Torch {

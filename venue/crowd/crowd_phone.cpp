@@ -96,6 +96,13 @@ Colour CrowdPhone::plainLight() const {
   return engine_.views().shownLight().value_or(Colour{0, 0, 0, 0});
 }
 
+Emission CrowdPhone::emission() {
+  if (hasLeft_) return {};
+  // What is on the screen first: it may decide about the two others.
+  const Levels screen = engine_.shownScreen();
+  return {screen, screen_.brightness(), torch_.isOn()};
+}
+
 CrowdLight CrowdPhone::light() const {
   CrowdLight light;
   if (hasLeft_) return light;

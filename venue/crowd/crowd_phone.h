@@ -74,6 +74,10 @@ class CrowdPhone {
   }
 
   CrowdLight light() const;
+  /// What leaves the phone now, for eyes; nothing once its owner has left.
+  Emission emission();
+  /// Whether its backlight was written since the last time that somebody asked.
+  bool takeBacklightChange() { return screen_.takeChange(); }
   /// The light as the show set it, before master and fade; black for none.
   Colour plainLight() const;
 

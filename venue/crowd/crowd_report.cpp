@@ -75,7 +75,6 @@ void FrameCounts::add(const FrameCounts& other) {
   open += other.open;
   showing += other.showing;
   torches += other.torches;
-  for (std::size_t at = 0; at < linear.size(); ++at) linear[at] += other.linear[at];
   const bool isWorse =
       other.worstError > worstError || (other.worstError == worstError && other.compared > 0 &&
                                         (compared == 0 || other.worstPhone < worstPhone));

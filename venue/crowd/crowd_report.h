@@ -59,8 +59,6 @@ struct FrameCounts {
   std::uint32_t open = 0;
   std::uint32_t showing = 0;
   std::uint32_t torches = 0;
-  /// Sums of linear light, 65535 a phone at full.
-  std::array<std::uint64_t, 3> linear{};
   /// Against the pixel-map video: the phones compared, the sum of their squared errors over three
   /// channels, and the phone that is furthest off.
   std::uint32_t compared = 0;

@@ -47,6 +47,15 @@ class CrowdRun {
     return outside_.isInterrupted ? interrupted() : written;
   }
 
+  std::variant<CrowdFlashes, CommandResult> measure() {
+    for (const auto step :
+         {&CrowdRun::readVenue, &CrowdRun::fillAir, &CrowdRun::buildTables, &CrowdRun::show}) {
+      if (const Failure failure = (this->*step)()) return *failure;
+    }
+    if (outside_.isInterrupted) return interrupted();
+    return std::move(flashes_);
+  }
+
  private:
   Failure readVenue();
   Failure fillAir();
@@ -67,7 +76,9 @@ class CrowdRun {
   const PixelMapAssets assets_{bundles_, files_, outside_.videos, outside_.images};
   std::optional<CrowdVenue> venue_;
   std::optional<Air> air_;
+  /// Null where nobody wants pictures.
   std::unique_ptr<CrowdOutput> output_;
+  CrowdFlashes flashes_;
   std::size_t framesWritten_ = 0;
   std::vector<std::uint8_t> rgb_;
   std::string report_;
@@ -147,11 +158,18 @@ Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
 
 Failure CrowdRun::show() {
   const SharedStills stills(mainBundle_, outside_.images);
+  PictureMeans pictures(files_, outside_.images);
+  ShowEngineOptions engine;
+  engine.limits.flash = request_.policy;
+  engine.assets = loadShowAssets(bundles_, json_);
+  engine.seatLuts = &venue_->tables();
+  engine.stills = &stills;
+  engine.pictures = &pictures;
   const CrowdParts parts{bundles_,
                          json_,
                          outside_.images,
                          files_,
-                         {{}, loadShowAssets(bundles_, json_), &venue_->tables(), &stills},
+                         std::move(engine),
                          request_.scenario.device,
                          request_.allowedTransmitterIds};
   const CrowdPicture picture(venue_->seats(), request_.width, request_.height);
@@ -178,6 +196,15 @@ Failure CrowdRun::show() {
       bar.show(static_cast<std::uint64_t>(crowd.now() / milliseconds(1000)));
     }
   }
+  const FieldMeter::Worst worst = crowd.field().worstSection();
+  flashes_ = {venue_->seats().size(),
+              crowd.phoneFlashes(),
+              crowd.phoneCurve(),
+              crowd.field().hall(),
+              crowd.field().hallCurve(),
+              std::string(crowd.nameOfSection(worst.section)),
+              worst.figures};
+  if (output_ == nullptr) return std::nullopt;
   if (!output_->finish()) return failed(request_.out + ": cannot be written");
   const Duration simulated = std::min(crowd.now(), end);
   report_ = summary.json(
@@ -188,6 +215,7 @@ Failure CrowdRun::show() {
 }
 
 bool CrowdRun::drawSlice(const Crowd& crowd, const CrowdPicture& picture) {
+  if (output_ == nullptr) return true;
   for (const CrowdFrame& frame : crowd.frames()) {
     const bool isWanted = output_->wantsNext();
     if (isWanted) {
@@ -202,6 +230,11 @@ bool CrowdRun::drawSlice(const Crowd& crowd, const CrowdPicture& picture) {
 }
 
 }  // namespace
+
+std::variant<CrowdFlashes, CommandResult> measureCrowd(const CrowdRequest& request,
+                                                       const Outside& outside) {
+  return CrowdRun(request, outside).measure();
+}
 
 CommandResult runCrowd(const CrowdRequest& request, const Call& call) {
   return CrowdRun(request, call.outside).run(call.output);

@@ -5,12 +5,15 @@
 
 #include <cstdint>
 #include <string>
+#include <variant>
 #include <vector>
 
+#include "halvora/safety.h"
 #include "venue/base/outside.h"
 #include "venue/crowd/air.h"
 #include "venue/crowd/crowd.h"
 #include "venue/crowd/cue_watch.h"
+#include "venue/show/flash_meter.h"
 #include "venue/show/scenario.h"
 
 namespace halvora {
@@ -31,8 +34,25 @@ struct CrowdRequest {
   int threads = 0;
   int width = 1280;
   int height = 720;
+  FlashPolicy policy = FlashPolicy::exact;
 };
 
 CommandResult runCrowd(const CrowdRequest& request, const Call& call);
+
+struct CrowdFlashes {
+  std::size_t phones = 0;
+  /// Of the worst phone.
+  FlashFigures phone;
+  FlashCurve phoneCurve;
+  FlashFigures hall;
+  FlashCurve hallCurve;
+  /// The one whose mean flashes most.
+  std::string section;
+  FlashFigures sectionFigures;
+};
+
+/// The same run without pictures; or what to end with.
+std::variant<CrowdFlashes, CommandResult> measureCrowd(const CrowdRequest& request,
+                                                       const Outside& outside);
 
 }  // namespace halvora

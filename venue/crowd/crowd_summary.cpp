@@ -14,7 +14,6 @@ namespace {
 using PrettyWriter = PrettyJsonWriter;
 
 constexpr int kShares[] = {50, 95, 99};
-constexpr double kLinearWhole = 65535;
 
 double shareOf(double part, double whole) { return whole > 0 ? part / whole : 0; }
 
@@ -56,10 +55,19 @@ void addObject(PrettyWriter& writer, const char* key, const Body& body) {
 // The greatest distance of one channel if all the error lay in it.
 double levelsOf(std::uint32_t squaredError) { return std::sqrt(static_cast<double>(squaredError)); }
 
-void addFlashes(PrettyWriter& writer, const char* key, const FlashCount& flashes) {
-  addObject(writer, key, [&] {
-    addNumber(writer, "general", static_cast<std::uint64_t>(flashes.generalFlashes()));
-    addNumber(writer, "red", static_cast<std::uint64_t>(flashes.redFlashes()));
+void addFlashes(PrettyWriter& writer, const FlashFigures& figures) {
+  addNumber(writer, "general", static_cast<std::uint64_t>(figures.general.flashes));
+  addNumber(writer, "red", static_cast<std::uint64_t>(figures.red.flashes));
+  addNumber(writer, "at", toSeconds(figures.at()));
+}
+
+void writeFlashes(PrettyWriter& writer, const Crowd& crowd) {
+  addObject(writer, "phone", [&] { addFlashes(writer, crowd.phoneFlashes()); });
+  addObject(writer, "crowd", [&] { addFlashes(writer, crowd.field().hall()); });
+  addObject(writer, "section", [&] {
+    const FieldMeter::Worst worst = crowd.field().worstSection();
+    addText(writer, "name", crowd.nameOfSection(worst.section));
+    addFlashes(writer, worst.figures);
   });
 }
 
@@ -133,12 +141,6 @@ void CrowdSummary::add(const Crowd& crowd) {
     ++frames_;
     const FrameCounts& counts = frame.counts;
     mostTorches_ = std::max(mostTorches_, counts.torches);
-    if (counts.open > 0) {
-      const double whole = kLinearWhole * counts.open;
-      field_.add(frame.time, {static_cast<double>(counts.linear[0]) / whole,
-                              static_cast<double>(counts.linear[1]) / whole,
-                              static_cast<double>(counts.linear[2]) / whole});
-    }
     if (frame.isShowOnAir) {
       lit_ += counts.open;
       dark_ += counts.open - counts.showing;
@@ -194,10 +196,7 @@ std::string CrowdSummary::json(const Crowd& crowd, const Facts& facts) const {
     addMilliseconds(writer, "worstAt", darkest_ > 0 ? std::optional(darkestTime_) : std::nullopt);
   });
   addObject(writer, "pixelMap", [&] { writeMap(writer, map_, facts.phones); });
-  addObject(writer, "flashes", [&] {
-    addFlashes(writer, "phone", crowd.phoneFlashes());
-    addFlashes(writer, "crowd", field_);
-  });
+  addObject(writer, "flashes", [&] { writeFlashes(writer, crowd); });
   addNumber(writer, "mostTorches", std::uint64_t{mostTorches_});
   if (facts.cues != nullptr) {
     writer.Key("cues");

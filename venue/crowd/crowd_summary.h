@@ -59,7 +59,6 @@ class CrowdSummary {
   Duration darkestTime_{};
   std::uint32_t mostTorches_ = 0;
   std::vector<CrowdMapFrame> map_;
-  FlashCount field_;
 };
 
 /// The peak signal-to-noise ratio in decibels of 8-bit levels; none where there is no error.

@@ -16,6 +16,8 @@
 #include "halvora/platform/time.h"
 #include "halvora/platform/video_asset.h"
 #include "halvora/platform/workers.h"
+#include "halvora/safety.h"
+#include "venue/show/flash_meter.h"
 #include "venue/show/scenario.h"
 
 namespace halvora {
@@ -29,6 +31,9 @@ struct TraceOptions {
   std::vector<std::string> allowedTransmitterIds;
   /// Turns due at this time still run; without it the trace ends 10 s after the last action.
   std::optional<Duration> until;
+  /// Whether what the phone emits is written too, and what the host allows of it.
+  bool isShownWritten = false;
+  FlashPolicy flash = FlashPolicy::exact;
   /// Asked now and then; false ends the trace. Absent: it goes on.
   std::function<bool()> goesOn = {};
 };
@@ -56,5 +61,14 @@ enum class TraceEnd : std::uint8_t {
 TraceEnd runTrace(const Scenario& scenario, const TraceOptions& options,
                   std::unique_ptr<Random> random, const TraceLibraries& libraries,
                   const std::function<void(std::string_view)>& write);
+
+/// The same run for a meter, which is told of what the phone emits at the end of each turn, and
+/// every 1/120 s while something moves; and its curve.
+TraceEnd measureFlashes(const Scenario& scenario, const TraceOptions& options,
+                        std::unique_ptr<Random> random, const TraceLibraries& libraries,
+                        PhoneMeter& meter, FlashCurve& curve);
+
+/// When a run of that scenario ends.
+Duration endOf(const Scenario& scenario, const TraceOptions& options);
 
 }  // namespace halvora

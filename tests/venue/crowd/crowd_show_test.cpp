@@ -58,8 +58,8 @@ TEST_F(CrowdShow, ALookThatReachesThePhonesOneAfterTheOther) {
   // Transmitter 1 reaches the first seat, 2 the first three, 3 all, 4 none. The first look takes 0,
   // 100, 100 and 350 ms; the third comes with the fourth, 250 ms later, and the fifth with the
   // sixth. Dark are all at 1.5 s, as the light only begins, three at 1.6, and the last one
-  // until 1.9: 9 of 36 times 4. The crowd is red enough from 2.1 s, its first phone from 1.9, and
-  // not any more at 3.
+  // until 1.9: 9 of 36 times 4. A phone that shows red from 1.6 s or 1.85 on is black at 4 s, and
+  // so has one flash at most.
   std::string show = "{\"at\": 0, \"start\": true}\n";
   show += packet(1500, from(1, plainLook(1, 255)));
   show += packet(1600, from(2, plainLook(1, 255)));
@@ -115,12 +115,20 @@ TEST_F(CrowdShow, ALookThatReachesThePhonesOneAfterTheOther) {
   },
   "flashes": {
     "phone": {
-      "general": 0,
-      "red": 0
+      "general": 1,
+      "red": 0,
+      "at": 2.5
     },
     "crowd": {
       "general": 0,
-      "red": 1
+      "red": 0,
+      "at": 0
+    },
+    "section": {
+      "name": "Standing",
+      "general": 1,
+      "red": 0,
+      "at": 2.5
     }
   },
   "mostTorches": 0
@@ -214,11 +222,19 @@ TEST_F(CrowdShow, PhonesThatComeLateAndGoEarly) {
   "flashes": {
     "phone": {
       "general": 2,
-      "red": 2
+      "red": 2,
+      "at": 1.5583
     },
     "crowd": {
       "general": 2,
-      "red": 2
+      "red": 1,
+      "at": 3.7333
+    },
+    "section": {
+      "name": "A",
+      "general": 1,
+      "red": 1,
+      "at": 1.5583
     }
   },
   "mostTorches": 2
@@ -369,11 +385,19 @@ TEST_F(CrowdShow, APixelMapOfWhichSomePhonesMissFrames) {
   "flashes": {
     "phone": {
       "general": 1,
-      "red": 1
+      "red": 1,
+      "at": 1.5083
     },
     "crowd": {
       "general": 1,
-      "red": 0
+      "red": 0,
+      "at": 3
+    },
+    "section": {
+      "name": "A",
+      "general": 1,
+      "red": 0,
+      "at": 3
     }
   },
   "mostTorches": 0

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "light/light_guard.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+namespace halvora {
+
+namespace {
+
+// Of one turn; a look writes three at most.
+constexpr std::size_t kMostWrites = 16;
+// A backlight has steps; one that is further off than these does as it likes.
+constexpr double kDeaf = 0.05;
+
+// Views that light comes from; the others are words for whoever holds the phone.
+constexpr ViewId kLit[] = {ViewId::container,   ViewId::lightView,   ViewId::videoBackgroundView,
+                           ViewId::playerViewA, ViewId::playerViewB, ViewId::goboView,
+                           ViewId::goboImage,   ViewId::dimmerView};
+
+// The light of one look under the words of another.
+LightLook lightOf(const LightLook& light, LightLook words) {
+  for (const ViewId view : kLit) words.visible[indexOf(view)] = light.of(view);
+  words.light = light.light;
+  words.gobo = light.gobo;
+  return words;
+}
+
+}  // namespace
+
+double LightGuard::GuardedScreen::brightness() const {
+  const auto& wanted = guard_.wantedBacklight_;
+  return wanted ? *wanted : device_.brightness();
+}
+
+void LightGuard::GuardedScreen::setBrightness(double level) {
+  guard_.hasWritten_ = true;
+  if (!guard_.isGuarding()) return device_.setBrightness(level);
+  const double clamped = std::clamp(level, 0.0, 1.0);
+  guard_.wantedBacklight_ = clamped;
+  if (guard_.writes_.size() == kMostWrites) guard_.writes_.erase(guard_.writes_.begin());
+  guard_.writes_.push_back(clamped);
+  guard_.decideSoon();
+}
+
+void LightGuard::GuardedTorch::setOn(bool on) {
+  guard_.wantsTorch_ = on;
+  if (guard_.isGuarding()) return guard_.decideSoon();
+  guard_.isTorchOn_ = on;
+  device_.setOn(on);
+}
+
+void LightGuard::GuardedHaptics::impact(ImpactStyle style) {
+  if (guard_.limits_.vibration && !guard_.hasLeft_) device_.impact(style);
+}
+
+void LightGuard::GuardedHaptics::playSystemSound(std::uint32_t sound) {
+  if (guard_.limits_.vibration && !guard_.hasLeft_) device_.playSystemSound(sound);
+}
+
+LightGuard::LightGuard(const Platform& platform, ViewStack& views, TimerSet& timers,
+                       PictureMeans* pictures)
+    : device_(platform.screen),
+      lamp_(platform.torch),
+      files_(platform.files),
+      images_(platform.images),
+      views_(views),
+      timers_(timers),
+      screen_(*this, device_),
+      torch_(*this, lamp_),
+      haptics_(*this, platform.haptics),
+      sharedPictures_(pictures) {}
+
+LightGuard::~LightGuard() {
+  timers_.invalidate(soon_);
+  timers_.invalidate(retry_);
+  if (views_.filter() == this) views_.setFilter(nullptr);
+}
+
+void LightGuard::setLimits(const LightLimits& limits) {
+  if (limits == limits_) return;
+  limits_ = limits;
+  limits_.mostBrightness = std::clamp(limits.mostBrightness, 0.0, 1.0);
+  rewire();
+}
+
+// Who guards nothing is not there: the show writes and draws as if nobody had ever asked.
+void LightGuard::rewire() {
+  const bool hadLimiter = limiter_ != nullptr;
+  const bool wantsLimiter = limits_.flash == FlashPolicy::limited;
+  guards_ = limits_ != LightLimits{} || hasLeft_ || isMoving();
+  if (guards_) writes_.reserve(kMostWrites);
+  if (wantsLimiter && !hadLimiter) {
+    lastShown_ = lookOf(views_);
+    const Size size = container_.value_or(device_.bounds());
+    limiter_ = std::make_unique<FlashLimiter>(
+        Emission{meanOf(lastShown_, pictures(), size), device_.brightness(), isTorchOn_});
+  }
+  if (!wantsLimiter) limiter_.reset();
+  LightFilter* const filter = guards_ ? this : nullptr;
+  if (views_.filter() != filter) views_.setFilter(filter);
+  decideNow();
+}
+
+void LightGuard::leave() {
+  if (!hasLeft_) moveGate(false);
+}
+
+void LightGuard::comeBack() {
+  if (hasLeft_) moveGate(true);
+}
+
+// From where it is.
+void LightGuard::moveGate(bool open) {
+  const Duration done = std::min(timers_.now() - gateMoved_, kLeaving);
+  gateMoved_ = timers_.now() - (kLeaving - done);
+  hasLeft_ = !open;
+  rewire();
+  views_.lookAgain();
+}
+
+double LightGuard::gate() const {
+  const double part =
+      std::clamp(toSeconds(timers_.now() - gateMoved_) / toSeconds(kLeaving), 0.0, 1.0);
+  return hasLeft_ ? 1 - part : part;
+}
+
+bool LightGuard::isMoving() const { return timers_.now() - gateMoved_ < kLeaving; }
+
+void LightGuard::goAway(double backlight) {
+  if (limiter_ == nullptr || isAway_) return;
+  // What the show has written counts again when it is back.
+  if (!wantedBacklight_ && hasWritten_) wantedBacklight_ = device_.brightness();
+  isAway_ = true;
+  if (hasWritten_) device_.setBrightness(backlight);
+  decideNow();
+}
+
+void LightGuard::returnToApplication() {
+  if (!isAway_) return;
+  isAway_ = false;
+  decideNow();
+}
+
+void LightGuard::end(double backlight) {
+  if (limiter_ == nullptr) return;
+  if (isTorchOn_) lamp_.setOn(false);
+  if (hasWritten_) device_.setBrightness(backlight);
+  isTorchOn_ = hasWritten_ = false;
+}
+
+Levels LightGuard::shownScreen() {
+  if (container_ == std::nullopt) container_ = device_.bounds();
+  return meanOf(guards_ ? decide() : lookOf(views_), pictures(), *container_);
+}
+
+LightLook LightGuard::lookInto(Size container) {
+  container_ = container;
+  return decide();
+}
+
+void LightGuard::decideSoon() {
+  if (soon_ != 0) return;
+  try {
+    soon_ = timers_.soon([this] {
+      soon_ = 0;
+      decideNow();
+    });
+  } catch (...) {
+    // Without memory for a turn of its own it is decided in this one.
+    decideNow();
+  }
+}
+
+// In a turn of the guard's own: a face that shows something else by now is told.
+void LightGuard::decideNow() {
+  const Emission before = limiter_ ? limiter_->last() : Emission();
+  decide();
+  if (limiter_ && limiter_->last() != before) views_.lookAgain();
+}
+
+Emission LightGuard::wanted(const LightLook& look) {
+  Emission emission;
+  if (limiter_) {
+    emission.screen = meanOf(look, pictures(), container_.value_or(device_.bounds()));
+  }
+  emission.torch = wantsTorch_ && limits_.torch && !hasLeft_ && !isAway_;
+  const bool isDevices = isAway_ || isDeaf_ || !wantedBacklight_;
+  emission.backlight =
+      isDevices ? device_.brightness() : std::min(*wantedBacklight_, limits_.mostBrightness);
+  return emission;
+}
+
+LightLook LightGuard::decide() {
+  if (!guards_) {
+    // The last limit is gone: what the show wants is what there is.
+    const LightLook look = lookOf(views_);
+    const Emission all = wanted(look);
+    emit({ShownScreen::wanted, all, true}, all);
+    wantedBacklight_.reset();
+    retryAfter(std::nullopt);
+    return look;
+  }
+  LightLook look = lookOf(views_);
+  look.visible[indexOf(ViewId::container)] *= gate();
+  const Emission all = wanted(look);
+  ShownLight shown{ShownScreen::wanted, all, true};
+  if (limiter_) {
+    shown = limiter_->decide({all, isGoingDark(views_) || hasLeft_}, timers_.now());
+  }
+  emit(shown, all);
+  retryAfter(limiter_ ? limiter_->retryAfter() : std::nullopt);
+  if (shown.screen == ShownScreen::held) look = lightOf(lastShown_, std::move(look));
+  if (shown.screen == ShownScreen::dark) look = darkened(std::move(look));
+  if (limiter_) lastShown_ = look;
+  return look;
+}
+
+void LightGuard::emit(const ShownLight& shown, const Emission& wanted) {
+  if (shown.emission.torch != isTorchOn_) {
+    isTorchOn_ = shown.emission.torch;
+    lamp_.setOn(isTorchOn_);
+  }
+  if (!wantedBacklight_ || isAway_) {
+    writes_.clear();
+    return;
+  }
+  if (shown.emission.backlight != wanted.backlight) {
+    writes_.clear();
+    return;
+  }
+  const double level = std::min(*wantedBacklight_, limits_.mostBrightness);
+  // Whatever was held goes straight to the newest.
+  if (writes_.empty() && device_.brightness() != level && !isDeaf_) writes_.push_back(level);
+  for (const double write : writes_) writeBacklight(std::min(write, limits_.mostBrightness));
+  writes_.clear();
+  if (*wantedBacklight_ <= limits_.mostBrightness) wantedBacklight_.reset();
+}
+
+void LightGuard::writeBacklight(double level) {
+  device_.setBrightness(level);
+  isDeaf_ = std::abs(device_.brightness() - level) > kDeaf;
+}
+
+// At most one: the newest.
+void LightGuard::retryAfter(std::optional<Duration> pause) {
+  timers_.invalidate(retry_);
+  if (!pause) return;
+  try {
+    retry_ = timers_.after(*pause, [this] {
+      retry_ = 0;
+      decideNow();
+    });
+  } catch (...) {
+    // What is held stays held until the next turn or frame looks at it.
+  }
+}
+
+PictureMeans& LightGuard::pictures() {
+  if (sharedPictures_ != nullptr) return *sharedPictures_;
+  if (!ownPictures_) ownPictures_ = std::make_unique<PictureMeans>(files_, images_);
+  return *ownPictures_;
+}
+
+}  // namespace halvora

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// The mean colour of a picture over a screen that it covers, for whoever has to know what a gobo
+// does to the light. A picture is read and decoded once; those that were asked for last are kept.
+// Any thread.
+#pragma once
+
+#include <cstddef>
+#include <list>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "halvora/platform/files.h"
+#include "halvora/platform/image.h"
+#include "halvora/platform/screen.h"
+#include "light/emission.h"
+
+namespace halvora {
+
+/// Levels premultiplied with the picture's alpha; nothing of a picture that cannot be read.
+struct PictureMean {
+  Levels levels;
+  double alpha = 0;
+};
+
+class PictureMeans {
+ public:
+  /// Both must outlive it.
+  PictureMeans(const Files& files, const ImageDecoder& decoder)
+      : files_(files), decoder_(decoder) {}
+
+  /// Of the middle part that has the screen's shape.
+  PictureMean of(const std::string& path, Size screen);
+
+ private:
+  static constexpr std::size_t kMostKept = 32;
+  static constexpr std::size_t kMostBytes = std::size_t{64} << 20;
+
+  /// Sums of red, green, blue and alpha up to each row, and up to each column.
+  struct Sums {
+    std::vector<PictureMean> rows;
+    std::vector<PictureMean> columns;
+  };
+  struct Kept {
+    std::string path;
+    Sums sums;
+    Size screen;
+    PictureMean mean;
+  };
+
+  Sums read(const std::string& path) const;
+  static PictureMean meanOf(const Sums& sums, Size screen);
+
+  const Files& files_;
+  const ImageDecoder& decoder_;
+  std::mutex mutex_;
+  /// The one that was asked for last in front.
+  std::list<Kept> kept_;
+};
+
+}  // namespace halvora

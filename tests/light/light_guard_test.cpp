@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+// The guard before a phone's outputs, on a virtual phone with an engine that a look is shown to.
+#include "light/light_guard.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "adapters/json/exact_json_reader.h"
+#include "adapters/virtual/virtual_phone.h"
+#include "engine/show_engine.h"
+#include "light/display_list.h"
+
+namespace halvora {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Le;
+
+constexpr Size kContainer{390, 844};
+
+struct LightGuardTest : testing::Test {
+  LightGuardTest() { engine.viewDidLoad(); }
+
+  void show(std::uint8_t mode, std::uint8_t master = 255, std::uint8_t torch = 0,
+            std::uint8_t vibrate = 0) {
+    Broadcast look;
+    look.applicationId = 1;
+    look.master = master;
+    look.red = look.green = look.blue = 255;
+    look.mode = mode;
+    look.speed = 255;
+    look.ledMode = torch;
+    look.ledSpeed = 255;
+    look.vibrate = vibrate;
+    EXPECT_EQ(engine.processEffect(look), PacketFate::processed);
+  }
+  void pass(int time) { EXPECT_TRUE(phone.loop.runFor(milliseconds(time))); }
+  /// Of the light's own fill; 0 where nothing is drawn.
+  double opacity() {
+    const DisplayList list = displayListOf(engine.views(), kContainer);
+    return list.empty() ? 0 : list.front().opacity;
+  }
+
+  ExactJsonReader json;
+  VirtualPhone phone{json};
+  ShowEngine engine{phone.platform()};
+};
+
+TEST_F(LightGuardTest, IsNotThereWithoutLimits) {
+  EXPECT_EQ(engine.views().filter(), nullptr);
+  show(1, 255, 1);
+  EXPECT_THAT(phone.screen.log.drain(), ElementsAre(1.0, 0.99, 1.0));
+  EXPECT_TRUE(phone.torch.isOn);
+}
+
+TEST_F(LightGuardTest, WritesTheSameWhenTheTurnIsOver) {
+  engine.setLimits({.flash = FlashPolicy::limited});
+  show(1, 255, 1);
+  EXPECT_THAT(phone.screen.log.drain(), IsEmpty());
+  EXPECT_EQ(phone.platform().screen->brightness(), 0.5);
+  pass(0);
+  EXPECT_THAT(phone.screen.log.drain(), ElementsAre(1.0, 0.99, 1.0));
+  EXPECT_TRUE(phone.torch.isOn);
+}
+
+TEST_F(LightGuardTest, KeepsATorchToThreeFlashesASecondWithoutAnyFace) {
+  engine.setLimits({.flash = FlashPolicy::limited});
+  show(1, 255, 5);
+  pass(1500);
+  phone.torch.log.drain();
+  pass(1001);
+  EXPECT_LE(phone.torch.log.drain().size(), 7U);
+}
+
+TEST_F(LightGuardTest, HasOneTimerForAllThatItHolds) {
+  show(5, 255, 5);
+  pass(2000);
+  const std::size_t before = phone.loop.pending();
+  engine.setLimits({.flash = FlashPolicy::limited});
+  pass(500);
+  EXPECT_LE(phone.loop.pending(), before + 1);
+}
+
+TEST_F(LightGuardTest, CapsTheBacklightAndLetsTheShowBelieveItsOwn) {
+  engine.setLimits({.mostBrightness = 0.6});
+  show(1);
+  pass(100);
+  EXPECT_THAT(phone.screen.log.drain(), Each(Le(0.6)));
+  EXPECT_EQ(phone.screen.brightness(), 0.6);
+  engine.setLimits({});
+  EXPECT_EQ(phone.screen.brightness(), 1);
+}
+
+TEST_F(LightGuardTest, GentleLightHasNeitherTorchNorMotor) {
+  engine.setViewerLimits(kGentleLight);
+  show(1, 255, 1, 1);
+  pass(100);
+  EXPECT_FALSE(phone.torch.isOn);
+  for (const HapticAct act : phone.haptics.log.drain()) EXPECT_EQ(act, HapticAct::dispose);
+  engine.setViewerLimits({});
+  pass(0);
+  EXPECT_TRUE(phone.torch.isOn);
+}
+
+TEST_F(LightGuardTest, AHostCannotLoosenWhatItsViewerSet) {
+  engine.setViewerLimits(kGentleLight);
+  engine.setLimits({.flash = FlashPolicy::exact, .mostBrightness = 1});
+  EXPECT_EQ(engine.guard().limits(), kGentleLight);
+}
+
+TEST_F(LightGuardTest, LeavingFadesOutWithin300MillisecondsAndPutsTheTorchOut) {
+  show(1, 255, 1);
+  pass(2000);
+  EXPECT_EQ(opacity(), 1);
+  engine.guard().leave();
+  EXPECT_FALSE(phone.torch.isOn);
+  pass(150);
+  EXPECT_NEAR(opacity(), 0.5, 0.01);
+  EXPECT_TRUE(Light(engine.views()).isAnimating());
+  pass(150);
+  EXPECT_EQ(opacity(), 0);
+  EXPECT_FALSE(Light(engine.views()).isAnimating());
+  show(1, 255, 0);
+  show(1, 255, 1);
+  pass(500);
+  EXPECT_EQ(opacity(), 0);
+  EXPECT_FALSE(phone.torch.isOn);
+  engine.guard().comeBack();
+  pass(300);
+  EXPECT_EQ(opacity(), 1);
+  EXPECT_TRUE(phone.torch.isOn);
+}
+
+TEST_F(LightGuardTest, GivesThePhoneBackWhileItsApplicationIsAway) {
+  engine.setLimits({.flash = FlashPolicy::limited});
+  show(1, 255, 1);
+  pass(2000);
+  EXPECT_EQ(phone.screen.brightness(), 1);
+  phone.application.resignActive();
+  EXPECT_EQ(phone.screen.brightness(), 0.5);
+  EXPECT_FALSE(phone.torch.isOn);
+  EXPECT_FALSE(phone.application.isIdleTimerDisabled);
+  show(1, 200, 1);
+  pass(500);
+  EXPECT_EQ(phone.screen.brightness(), 0.5);
+  EXPECT_FALSE(phone.torch.isOn);
+  phone.application.becomeActive();
+  pass(0);
+  EXPECT_NEAR(phone.screen.brightness(), 200 / 255.0, 1e-9);
+  EXPECT_TRUE(phone.torch.isOn);
+}
+
+TEST(LightGuardEnd, AnEngineThatGoesGivesThePhoneBack) {
+  for (const FlashPolicy policy : {FlashPolicy::exact, FlashPolicy::limited}) {
+    ExactJsonReader json;
+    VirtualPhone phone(json);
+    {
+      ShowEngineOptions options;
+      options.limits.flash = policy;
+      ShowEngine engine(phone.platform(), options);
+      engine.viewDidLoad();
+      Broadcast look;
+      look.applicationId = 1;
+      look.master = 255;
+      look.mode = 1;
+      look.ledMode = 1;
+      engine.processEffect(look);
+      EXPECT_TRUE(phone.loop.runFor(milliseconds(10)));
+      EXPECT_TRUE(phone.torch.isOn);
+    }
+    const bool isLimited = policy == FlashPolicy::limited;
+    EXPECT_EQ(phone.torch.isOn, !isLimited);
+    EXPECT_EQ(phone.screen.brightness(), isLimited ? 0.5 : 1);
+    EXPECT_EQ(phone.application.isIdleTimerDisabled, !isLimited);
+  }
+}
+
+}  // namespace
+}  // namespace halvora
