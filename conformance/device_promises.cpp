@@ -222,6 +222,7 @@ std::vector<BrokenPromise> checkWorkers(const std::function<std::unique_ptr<Work
   std::array<std::atomic<int>, kTasks> runs{};
   const auto runAll = [&](int thrower) {
     std::vector<Task> tasks;
+    tasks.reserve(kTasks);
     for (int number = 0; number < kTasks; ++number) {
       tasks.emplace_back([&runs, number, thrower] {
         ++runs[static_cast<std::size_t>(number)];
