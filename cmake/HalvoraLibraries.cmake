@@ -85,3 +85,25 @@ else()
   set(HALVORA_LO_FOUND FALSE)
   message(STATUS "liblo not found: no OSC")
 endif()
+
+# And the client of the daemon that speaks with lighting desks. It is C++ of the system's own
+# standard library, which not every build here uses.
+if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
+  pkg_check_modules(HALVORA_OLA QUIET IMPORTED_TARGET libola)
+endif()
+set(HALVORA_OLA_FOUND FALSE)
+if(TARGET PkgConfig::HALVORA_OLA)
+  include(CheckCXXSourceCompiles)
+  set(CMAKE_REQUIRED_LIBRARIES PkgConfig::HALVORA_OLA)
+  check_cxx_source_compiles("
+    #include <memory>
+    #include <ola/client/OlaClient.h>
+    #include <ola/network/SocketAddress.h>
+    int main() { return ola::network::IPV4Address::Loopback().ToString().empty() ? 1 : 0; }"
+    HALVORA_OLA_WORKS)
+  unset(CMAKE_REQUIRED_LIBRARIES)
+  set(HALVORA_OLA_FOUND ${HALVORA_OLA_WORKS})
+endif()
+if(NOT HALVORA_OLA_FOUND)
+  message(STATUS "OLA's client not found: no lighting desks")
+endif()

@@ -17,6 +17,7 @@
 #include "engine/signed_broadcast.h"
 #include "venue/base/json_line.h"
 #include "venue/live/command_input.h"
+#include "venue/live/desk_fixture.h"
 #include "venue/live/live_session.h"
 #include "venue/live/radio_air.h"
 #include "venue/show/cue_values.h"
@@ -54,8 +55,10 @@ class LiveCommand final : public ToolCommand {
     options.optional("--osc-bind", oscBind_,
                      "address to listen at with --osc; anybody who reaches it plays the show "
                      "(default: 127.0.0.1)");
-    options.optional("--ola", ola_,
-                     "universe of a lighting desk, by OLA's daemon; not in this build");
+    options.optional(
+        "--ola", ola_,
+        "universe of a lighting desk, by OLA's daemon on this machine: go, back, hold, "
+        "blackout, panic, release, cue number and take on its first eight channels");
     options.optional("--journal", journal_,
                      "file that keeps the last sequence number (default: one of the application's "
                      "own for adapters, none for stdout)");
@@ -110,7 +113,11 @@ class LiveCommand final : public ToolCommand {
       return unusable("--osc-bind goes with --osc");
     }
     if (ola_) {
-      return failed("--ola: this halvora was built without the input of lighting desks (OLA)");
+      const auto universe = decimal(*ola_, UINT32_MAX);
+      if (!universe) {
+        return unusable("--ola must be a universe's number, not \"" + *ola_ + "\"");
+      }
+      universe_ = static_cast<unsigned>(*universe);
     }
     const auto first = decimal(sequence_, 0xFFFF);
     if (!first || *first == 0) {
@@ -229,7 +236,10 @@ class LiveCommand final : public ToolCommand {
   std::optional<CommandResult> listen(LiveGround& ground,
                                       const std::function<void(const std::string&)>& say) {
     const auto obey = [this](std::string_view line) { session_->obey(line); };
-    bool hasSource = osc_.has_value();
+    bool hasSource = osc_.has_value() || ola_.has_value();
+    if (ola_ && !openDesk(ground, say)) {
+      return failed("--ola: this halvora was built without the input of lighting desks (OLA)");
+    }
     if (osc_) {
       if (auto why = ground.readOsc(oscBind_, oscPort_, {obey, [] {}}); !why.empty()) {
         return failed("--osc: " + why);
@@ -245,6 +255,26 @@ class LiveCommand final : public ToolCommand {
     }
     if (hasSource) return std::nullopt;
     return unusable("nobody can give commands: there is no terminal; see --control and --osc");
+  }
+
+  // Where the desk or its daemon goes, nothing changes on the air.
+  bool openDesk(LiveGround& ground, const std::function<void(const std::string&)>& say) {
+    std::vector<std::string> names;
+    for (const Cue& cue : input_.show().cues) names.push_back(cue.name);
+    const auto fixture = std::make_shared<DeskFixture>(std::move(names));
+    desk_ = ground.openOla(
+        universe_, {[this, fixture](std::span<const std::uint8_t> levels) {
+                      for (const std::string& command : fixture->take(levels)) {
+                        session_->obey(command);
+                      }
+                    },
+                    [fixture, say](bool isThere) {
+                      fixture->forget();
+                      say(isThere ? "the desk's daemon (olad) is there"
+                                  : "the desk's daemon (olad) is not there; the show goes on as it "
+                                    "is, and it is tried again every second");
+                    }});
+    return desk_ != nullptr;
   }
 
   std::unique_ptr<RadioAir> openAdapter(const std::string& adapter, LiveGround& ground,
@@ -298,6 +328,7 @@ class LiveCommand final : public ToolCommand {
       }
     }
     ground.runUntil([&] { return !isBusy(); });
+    desk_.reset();
     session_ = nullptr;
     return lines.isWritable() ? done() : failed("standard output cannot be written");
   }
@@ -307,6 +338,8 @@ class LiveCommand final : public ToolCommand {
   std::vector<std::string> airs_;
   std::optional<std::string> control_;
   std::optional<std::string> ola_;
+  unsigned universe_ = 0;
+  std::unique_ptr<OlaInput> desk_;
   std::optional<std::string> osc_;
   std::string oscBind_ = kLoopback;
   std::uint16_t oscPort_ = 0;

@@ -11,6 +11,7 @@
 
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/serial_queues.h"
+#include "venue/live/ola_input.h"
 
 namespace halvora {
 
@@ -40,6 +41,9 @@ class LiveGround {
   /// Messages of Open Sound Control at that address and port, as commands; empty, or why not.
   virtual std::string readOsc(const std::string& address, std::uint16_t port,
                               CommandSource source) = 0;
+
+  /// A universe of OLA's daemon; null where this program was built without it.
+  virtual std::unique_ptr<OlaInput> openOla(unsigned universe, OlaListener listener) = 0;
 
   /// Off the main thread, for what must not hold up a show; null where that cannot be had.
   virtual std::unique_ptr<SerialQueue> makeQueue() = 0;

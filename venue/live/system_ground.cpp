@@ -81,6 +81,10 @@ class SystemGround final : public LiveGround {
                      });
   }
 
+  std::unique_ptr<OlaInput> openOla(unsigned universe, OlaListener listener) override {
+    return OlaInput::open(universe, loop_, std::move(listener));
+  }
+
   std::unique_ptr<SerialQueue> makeQueue() override { return queues_.make("halvora.journal"); }
   std::unique_ptr<Advertiser> makeAdvertiser() override {
     return makeAdvertiser_ ? makeAdvertiser_(loop_, loop_) : nullptr;

@@ -192,6 +192,20 @@ TEST_F(LiveCommandTest, ADeskPlaysItOverOsc) {
   EXPECT_EQ(without.error, "--osc: no OSC here");
 }
 
+TEST_F(LiveCommandTest, ALightingDeskPlaysIt) {
+  crew.levels = {{0, {0}}, {10, {255}}, {50, {0, 0, 0, 200}}, {60, {0}}};
+  crew.lines = {{100, "quit"}};
+  const ToolRun run = play({"--air", "stdout", "--ola", "3", "--control", "-"});
+  EXPECT_EQ(run.status, 0) << run.error;
+  EXPECT_EQ(crew.universe, 3U);
+  EXPECT_THAT(linesOf(run.messages),
+              ElementsAre(HasSubstr("(olad) is there"), HasSubstr("\"playing\""),
+                          HasSubstr("\"blackout\""), HasSubstr("\"playing\"")));
+  EXPECT_EQ(flawOfRefusal(play({"--air", "stdout", "--ola", "x"})), "");
+  crew.hasOla = false;
+  EXPECT_THAT(play({"--air", "stdout", "--ola", "1"}).error, HasSubstr("built without"));
+}
+
 TEST_F(LiveCommandTest, BeginsOnlyWithAllItsAdapters) {
   crew.lost = "hci1";
   const ToolRun run = play({"--air", "hci0", "--air", "hci1", "--control", "-", "--no-journal"});

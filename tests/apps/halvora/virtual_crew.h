@@ -3,6 +3,7 @@
 // thread.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -22,6 +23,10 @@ struct Crew {
   bool hasTerminal = false;
   bool hasBluetooth = true;
   bool hasOsc = true;
+  bool hasOla = true;
+  unsigned universe = 0;
+  /// What the desk's faders say, and when.
+  std::vector<std::pair<long long, std::vector<std::uint8_t>>> levels;
   /// Where it is listened for.
   std::string osc;
   /// Why the adapter of that name cannot be had.
@@ -49,6 +54,8 @@ class CrewAdvertiser final : public Advertiser {
   std::string adapter_;
   std::string failure_;
 };
+
+class OpenDesk final : public OlaInput {};
 
 class VirtualGround final : public LiveGround {
  public:
@@ -78,6 +85,16 @@ class VirtualGround final : public LiveGround {
     if (crew_.hasOsc) readLines(std::move(source));
     return crew_.hasOsc ? "" : "no OSC here";
   }
+  std::unique_ptr<OlaInput> openOla(unsigned universe, OlaListener listener) override {
+    if (!crew_.hasOla) return nullptr;
+    crew_.universe = universe;
+    ola_ = std::move(listener);
+    ola_.changed(true);
+    for (const auto& [time, levels] : crew_.levels) {
+      loop_.after(milliseconds(time), [this, &levels = levels] { ola_.levels(levels); });
+    }
+    return std::make_unique<OpenDesk>();
+  }
   std::unique_ptr<SerialQueue> makeQueue() override { return nullptr; }
   std::unique_ptr<Advertiser> makeAdvertiser() override {
     return crew_.hasBluetooth ? std::make_unique<CrewAdvertiser>(crew_) : nullptr;
@@ -87,6 +104,7 @@ class VirtualGround final : public LiveGround {
   Crew& crew_;
   VirtualRunLoop loop_;
   CommandSource source_;
+  OlaListener ola_;
 };
 
 }  // namespace halvora
