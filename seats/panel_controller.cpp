@@ -175,6 +175,10 @@ void PanelController::refreshStatusViews() {
   views_.seatSelectionButton.hidden = hidesSeat;
   views_.seatSelectionSummaryRow.hidden = hidesSeat;
 
+  if (!hidesSeat) showSameSeat(resolvedVenueId());
+  views_.sameSeatLabel.hidden = views_.sameSeatLabel.hidden || hidesSeat;
+  views_.sameSeatButton.hidden = views_.sameSeatLabel.hidden;
+
   views_.settingsButton.hidden = true;
   if (!isUndetermined) {
     showStatus(textForKey(platform_.defaults, "bluetoothStatus").value_or(""));

@@ -48,6 +48,7 @@ class PanelController final : public HalvoraStatusViewController, private Applic
   void openAppSettings() override;
   void retry() override;
   void openSeatSelector() override;
+  void keepSeat() override;
   void dismissAlert() override;
   void setSeat(std::string_view section, std::string_view row, std::string_view seat) override;
   bool openLink(std::string_view link) override;
@@ -137,6 +138,8 @@ class PanelController final : public HalvoraStatusViewController, private Applic
   void presentSeatMapMissingAlert();
   void presentSeatSelector(std::int64_t venueId);
   void placeTicketSeat(std::int64_t venueId);
+  std::int64_t today() const;
+  void showSameSeat(std::int64_t venueId);
   void seatSelected(const SeatNames& names, SeatPoint seat);
   void tablesTold(const TableRunNews& news);
   SeatNames storedSeatNames(std::int64_t venueId) const;

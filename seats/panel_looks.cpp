@@ -44,6 +44,9 @@ StatusPanelViews loadedViews(const Bundle& kit) {
   views.explanationLabel.hidden = true;
   views.retryButton.title = localizedText(kit, "hv_state_retry", "Try Again");
   views.retryButton.hidden = true;
+  views.sameSeatLabel.hidden = true;
+  views.sameSeatButton.title = localizedText(kit, "hv_seat_same_yes", "Yes, the Same Seat");
+  views.sameSeatButton.hidden = true;
   views.settingsButton.title = localizedText(kit, "open_settings", "");
   views.seatSelectionButton.title = localizedText(kit, "hv_seat_button_select", "Select Seat");
   views.seatSelectionSummaryRow.seatSelectionSummaryLabel.lines = 1;
@@ -71,6 +74,8 @@ void applyStyle(const StatusPanelFields& fields, const FontLookup& hasFont,
   styleStatusText(views.statusTextLabel);
   styleStatusText(views.explanationLabel);
   styleButton(views.retryButton);
+  styleStatusText(views.sameSeatLabel);
+  styleButton(views.sameSeatButton);
   styleButton(views.settingsButton);
   styleButton(views.seatSelectionButton);
 
@@ -106,6 +111,8 @@ StatusPanelViews asSeen(StatusPanelViews views) {
   if (views.joinButton) forgetHidden(*views.joinButton);
   forgetHidden(views.explanationLabel);
   forgetHidden(views.retryButton);
+  forgetHidden(views.sameSeatLabel);
+  forgetHidden(views.sameSeatButton);
   forgetHidden(views.settingsButton);
   forgetHidden(views.seatSelectionButton);
   forgetHidden(views.seatSelectionSummaryRow.seatLUTStatusDot);

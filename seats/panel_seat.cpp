@@ -6,6 +6,7 @@
 
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/run_loop.h"
+#include "halvora/platform/wall_clock.h"
 #include "seats/panel_controller.h"
 #include "seats/panel_looks.h"
 #include "seats/seat_names.h"
@@ -98,6 +99,34 @@ void PanelController::presentSeatSelector(std::int64_t venueId) {
   wizard_ = {presented, &presented->wizard};
 }
 
+// A seat of another day
+
+std::int64_t PanelController::today() const {
+  const DayComponents day = platform_.calendar->componentsOf(platform_.wallClock->now());
+  return (std::int64_t{day.year} * 100 + day.month) * 100 + day.day;
+}
+
+// A seat of which no day is known was chosen before anybody asked: that counts as another day.
+void PanelController::showSameSeat(std::int64_t venueId) {
+  const SeatNames names = storedSeatNames(venueId);
+  views_.sameSeatLabel.hidden = !fields_.asksOnAnotherDay || !names.areComplete() ||
+                                storage_.seatDayForVenueId(venueId) == today();
+  if (views_.sameSeatLabel.hidden) return;
+  views_.sameSeatLabel.text =
+      isStandingName(names.section)
+          ? formatted(hvLocalizedStringForKey("hv_seat_same_standing_format", "Still %@?"),
+                      {names.section})
+          : formatted(hvLocalizedStringForKey("hv_seat_same_format", "Still %@, %@, %@?"),
+                      {names.section, names.row, names.seat});
+}
+
+void PanelController::keepSeat() {
+  act([this] {
+    storage_.setSeatDay(today(), resolvedVenueId());
+    refresh();
+  });
+}
+
 // A seat of a ticket
 
 void PanelController::setSeat(std::string_view section, std::string_view row,
@@ -142,6 +171,7 @@ void PanelController::seatSelected(const SeatNames& names, SeatPoint seat) {
     const std::int64_t venueId = resolved > 0 ? resolved : seatMap_.seatMapVenueId();
     storage_.setSeatDefaults(names, seat);
     storage_.persistSeatSelectionForVenueId(venueId, names, seat);
+    if (fields_.asksOnAnotherDay) storage_.setSeatDay(today(), venueId);
     showSeat(venueId);
     platform_.defaults->synchronize();
     tables_.start(venueId, seat);

@@ -126,6 +126,15 @@ void SeatStorage::setPersistedSeatLUTReady(bool ready, std::int64_t venueId) {
   finish();
 }
 
+std::optional<std::int64_t> SeatStorage::seatDayForVenueId(std::int64_t venueId) const {
+  return numberOf(findForVenue(seatDayStorageKey, venueId));
+}
+
+void SeatStorage::setSeatDay(std::int64_t day, std::int64_t venueId) {
+  setForVenue(seatDayStorageKey, venueId, day);
+  finish();
+}
+
 StoredMapVersions SeatStorage::mapVersionsForVenueId(std::int64_t venueId) const {
   return {numberOf(findForVenue(seatVersionStorageKey, venueId)),
           numberOf(findForVenue(mapAssetsVersionStorageKey, venueId))};

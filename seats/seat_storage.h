@@ -50,6 +50,7 @@ class SeatStorage {
   static constexpr std::string_view seatVersionStorageKey = "seatVersionByVenue";
   static constexpr std::string_view mapAssetsVersionStorageKey = "mapAssetsVersionByVenue";
   static constexpr std::string_view seatLUTReadyStorageKey = "seatLUTReadyByVenue";
+  static constexpr std::string_view seatDayStorageKey = "seatDayByVenue";
 
   explicit SeatStorage(UserDefaults& defaults) : defaults_(defaults) {}
 
@@ -60,6 +61,10 @@ class SeatStorage {
   /// Null for none. Lives until the next write.
   const DefaultsDictionary* seatSelectionForVenueId(std::int64_t venueId) const;
   void persistSeatSelectionForVenueId(std::int64_t venueId, const SeatNames& names, SeatPoint seat);
+  /// The day on which the user chose the venue's seat, or said last that it still holds, as a
+  /// number like 20260605; none for a seat of which that was not kept.
+  std::optional<std::int64_t> seatDayForVenueId(std::int64_t venueId) const;
+  void setSeatDay(std::int64_t day, std::int64_t venueId);
   /// The seat's place, if the venue's record is complete.
   std::optional<SeatPoint> hasValidSeatSelectionForVenueId(std::int64_t venueId) const;
   /// The flat keys go too, whichever venue they are of.

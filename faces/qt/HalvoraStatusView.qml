@@ -33,6 +33,8 @@ Item {
     // Whether the panel says which of its causes the status sentence has, with a button to try again
     // where that may help.
     property alias explainsStates: panel.explainsStates
+    // Whether the panel asks about a seat that was chosen on another day.
+    property alias asksOnAnotherDay: panel.asksOnAnotherDay
 
     // For the user rather than for the host: all texts are so many times their size, at first as
     // large as the system asks for, and nothing slides or turns by itself.
@@ -77,7 +79,10 @@ Item {
                                               ? panel.explanationLabel.text : ""
 
         onSentenceChanged: announcer.say(sentence)
+        readonly property string sameSeat: panel.sameSeatLabel.shown ? panel.sameSeatLabel.text : ""
+
         onExplanationChanged: announcer.say(heard.explanation)
+        onSameSeatChanged: announcer.say(heard.sameSeat)
         onSeatChanged: announcer.say(seat)
         onDotChanged: announcer.say(dot)
         onStepChanged: announcer.say(step)
@@ -191,12 +196,40 @@ Item {
             height: look.shown ? implicitHeight : 0
             onClicked: panel.retry()
         }
+        Item {
+            id: sameSeat
+
+            objectName: "sameSeat"
+            anchors.top: retryButton.bottom
+            anchors.topMargin: sameSeatLabel.look.shown ? StatusMetrics.betweenButtons : 0
+            width: stack.width
+            height: sameSeatLabel.look.shown ? sameSeatLabel.height : 0
+
+            StatusText {
+                id: sameSeatLabel
+
+                objectName: "sameSeatLabel"
+                look: panel.sameSeatLabel
+                width: parent.width
+            }
+        }
+        StatusButton {
+            id: sameSeatButton
+
+            objectName: "sameSeatButton"
+            look: panel.sameSeatButton
+            anchors.top: sameSeat.bottom
+            anchors.topMargin: look.shown ? StatusMetrics.betweenButtons : 0
+            width: stack.width
+            height: look.shown ? implicitHeight : 0
+            onClicked: panel.keepSeat()
+        }
         StatusButton {
             id: settingsButton
 
             objectName: "settingsButton"
             look: panel.settingsButton
-            anchors.top: retryButton.bottom
+            anchors.top: sameSeatButton.bottom
             anchors.topMargin: look.shown ? StatusMetrics.afterStatusText : 0
             width: stack.width
             height: look.shown ? implicitHeight : 0

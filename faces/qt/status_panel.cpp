@@ -75,6 +75,7 @@ StatusPanelFields StatusPanel::fields() const {
   fields.defaultVenueId = defaultVenueId_;
   fields.offersSettingsWhenOff = offersSettingsWhenOff_;
   fields.explainsStates = explainsStates_;
+  fields.asksOnAnotherDay = asksOnAnotherDay_;
   return fields;
 }
 
@@ -173,6 +174,8 @@ const StatusPanelViews& StatusPanel::views() const {
     none.statusTextLabel.hidden = true;
     none.explanationLabel.hidden = true;
     none.retryButton.hidden = true;
+    none.sameSeatLabel.hidden = true;
+    none.sameSeatButton.hidden = true;
     none.settingsButton.hidden = true;
     none.seatSelectionButton.hidden = true;
     none.seatSelectionSummaryRow.hidden = true;
@@ -265,6 +268,10 @@ bool StatusPanel::openLink(const QString& link) {
 
 void StatusPanel::initBluetoothPermission() {
   if (controller_ != nullptr) controller_->initBluetoothPermission();
+}
+
+void StatusPanel::keepSeat() {
+  if (controller_ != nullptr) controller_->keepSeat();
 }
 
 void StatusPanel::retry() {

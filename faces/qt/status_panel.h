@@ -41,6 +41,7 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   Q_PROPERTY(int defaultVenueId MEMBER defaultVenueId_ NOTIFY fieldsChanged)
   Q_PROPERTY(bool offersSettingsWhenOff MEMBER offersSettingsWhenOff_ NOTIFY fieldsChanged)
   Q_PROPERTY(bool explainsStates MEMBER explainsStates_ NOTIFY fieldsChanged)
+  Q_PROPERTY(bool asksOnAnotherDay MEMBER asksOnAnotherDay_ NOTIFY fieldsChanged)
   /// All texts are so many times their size; at first what the system asks for.
   Q_PROPERTY(qreal textScale MEMBER textScale_ NOTIFY textScaleChanged)
 
@@ -54,6 +55,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   Q_PROPERTY(halvora::LabelLook statusTextLabel READ statusTextLabel NOTIFY changed)
   Q_PROPERTY(halvora::LabelLook explanationLabel READ explanationLabel NOTIFY changed)
   Q_PROPERTY(halvora::ButtonLook retryButton READ retryButton NOTIFY changed)
+  Q_PROPERTY(halvora::LabelLook sameSeatLabel READ sameSeatLabel NOTIFY changed)
+  Q_PROPERTY(halvora::ButtonLook sameSeatButton READ sameSeatButton NOTIFY changed)
   Q_PROPERTY(halvora::ButtonLook settingsButton READ settingsButton NOTIFY changed)
   Q_PROPERTY(halvora::ButtonLook seatSelectionButton READ seatSelectionButton NOTIFY changed)
   Q_PROPERTY(bool summaryShown READ summaryShown NOTIFY changed)
@@ -87,6 +90,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   LabelLook statusTextLabel() const { return {views().statusTextLabel, reading_}; }
   LabelLook explanationLabel() const { return {views().explanationLabel, reading_}; }
   ButtonLook retryButton() const { return {views().retryButton, reading_}; }
+  LabelLook sameSeatLabel() const { return {views().sameSeatLabel, reading_}; }
+  ButtonLook sameSeatButton() const { return {views().sameSeatButton, reading_}; }
   ButtonLook settingsButton() const { return {views().settingsButton, reading_}; }
   ButtonLook seatSelectionButton() const { return {views().seatSelectionButton, reading_}; }
   bool summaryShown() const { return controller_ != nullptr && !row().hidden; }
@@ -114,6 +119,7 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   Q_INVOKABLE void initBluetoothPermission();
   Q_INVOKABLE void openAppSettings();
   Q_INVOKABLE void retry();
+  Q_INVOKABLE void keepSeat();
   Q_INVOKABLE void openSeatSelector();
   Q_INVOKABLE void dismissAlert();
   Q_INVOKABLE void setSeat(const QString& section, const QString& row, const QString& seat);
@@ -161,6 +167,7 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   int defaultVenueId_ = 0;
   bool offersSettingsWhenOff_ = false;
   bool explainsStates_ = false;
+  bool asksOnAnotherDay_ = false;
   qreal textScale_ = 1;
 
   qreal viewWidth_ = 0;

@@ -84,6 +84,9 @@ struct StatusPanelViews {
   /// Hidden, unless the host wants states explained.
   StatusText explanationLabel;
   Button retryButton;
+  /// Hidden, unless a seat of another day is asked about.
+  StatusText sameSeatLabel;
+  Button sameSeatButton;
   Button settingsButton;
   Button seatSelectionButton;
   SeatSelectionSummaryRow seatSelectionSummaryRow;
@@ -119,6 +122,9 @@ struct StatusPanelFields {
   /// allowed, waiting for an answer, nothing heard, a signal that is lost, a map that is missing),
   /// and where trying again may help, a button that does.
   bool explainsStates = false;
+  /// A seat that was chosen on another day is asked about, once for each day: whether it still
+  /// holds. The seat button is the way to another one.
+  bool asksOnAnotherDay = false;
   friend bool operator==(const StatusPanelFields&, const StatusPanelFields&) = default;
 };
 
@@ -181,6 +187,8 @@ class HalvoraStatusViewController {
   /// Asks the radio, and reads the seat map, once more.
   virtual void retry() = 0;
   virtual void openSeatSelector() = 0;
+  /// The seat of another day still holds.
+  virtual void keepSeat() = 0;
   virtual void dismissAlert() = 0;
 
   /// The seat on the user's ticket, each by the name that the map shows ("Row 8") or by what the

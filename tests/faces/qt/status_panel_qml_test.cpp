@@ -241,6 +241,31 @@ TEST(StatusPanelQml, AMapThatIsMissingIsLookedForAgain) {
   EXPECT_TRUE(bench.isShown("seatSelectionButton"));
 }
 
+TEST(StatusPanelQml, ASeatOfAnotherDayIsAskedAbout) {
+  StatusBench plain;
+  plain.store({"Section 209", "Row 8", "Seat 10"}, {362, 404});
+  plain.tick();
+  EXPECT_FALSE(plain.isShown("sameSeatLabel"));
+
+  StatusBench bench({.properties = "asksOnAnotherDay: true"});
+  EXPECT_FALSE(bench.isShown("sameSeatLabel"));
+  bench.store({"Section 209", "Row 8", "Seat 10"}, {362, 404});
+  bench.tick();
+  EXPECT_EQ(bench.text("sameSeatLabel"), "Still Section 209, Row 8, Seat 10?");
+  bench.click("sameSeatButton");
+  EXPECT_FALSE(bench.isShown("sameSeatLabel"));
+  bench.tick();
+  EXPECT_FALSE(bench.isShown("sameSeatLabel"));
+  // A seat that is chosen today is not asked about, and one of any other day is.
+  bench.turn([&] { bench.face().setSeat("209", "8", "9"); });
+  bench.tick();
+  EXPECT_FALSE(bench.isShown("sameSeatLabel"));
+  SeatStorage(bench.phone.defaults).setSeatDay(20000101, 7);
+  bench.tick();
+  EXPECT_EQ(bench.text("sameSeatLabel"), "Still Section 209, Row 8, Seat 9?");
+  EXPECT_TRUE(bench.isShown("sameSeatButton"));
+}
+
 // Size
 
 TEST(StatusPanelQml, IsAsHighAsItsContent) {
