@@ -29,7 +29,8 @@ constexpr std::array<Held, 7> kHeld = {{{true, false, false},
 }  // namespace
 
 void FlashLimiter::tick(Duration now) {
-  if (loop_) clock_ += std::max(now - *loop_, Duration::zero());
+  // Begins with the loop's, whose milliseconds are those that are read elsewhere.
+  clock_ = loop_ ? clock_ + std::max(now - *loop_, Duration::zero()) : now;
   loop_ = now;
 }
 

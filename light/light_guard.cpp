@@ -134,7 +134,7 @@ void LightGuard::goAway(double backlight) {
   // What the show has written counts again when it is back.
   if (!wantedBacklight_ && hasWritten_) wantedBacklight_ = device_.brightness();
   isAway_ = true;
-  if (hasWritten_) device_.setBrightness(backlight);
+  awayBacklight_ = backlight;
   decideNow();
 }
 
@@ -187,9 +187,13 @@ Emission LightGuard::wanted(const LightLook& look) {
     emission.screen = meanOf(look, pictures(), container_.value_or(device_.bounds()));
   }
   emission.torch = wantsTorch_ && limits_.torch && !hasLeft_ && !isAway_;
-  const bool isDevices = isAway_ || isDeaf_ || !wantedBacklight_;
-  emission.backlight =
-      isDevices ? device_.brightness() : std::min(*wantedBacklight_, limits_.mostBrightness);
+  if (isAway_ && hasWritten_ && !isDeaf_) {
+    emission.backlight = awayBacklight_;
+  } else if (isDeaf_ || !wantedBacklight_) {
+    emission.backlight = device_.brightness();
+  } else {
+    emission.backlight = std::min(*wantedBacklight_, limits_.mostBrightness);
+  }
   return emission;
 }
 
@@ -223,12 +227,12 @@ void LightGuard::emit(const ShownLight& shown, const Emission& wanted) {
     isTorchOn_ = shown.emission.torch;
     lamp_.setOn(isTorchOn_);
   }
-  if (!wantedBacklight_ || isAway_) {
+  const bool isHeld = shown.emission.backlight != wanted.backlight;
+  if (!wantedBacklight_ || isAway_ || isHeld) {
     writes_.clear();
-    return;
-  }
-  if (shown.emission.backlight != wanted.backlight) {
-    writes_.clear();
+    // Giving the level back may be a rise, and waits like any other.
+    const bool isGivenBack = isAway_ && hasWritten_ && !isHeld;
+    if (isGivenBack && device_.brightness() != wanted.backlight) writeBacklight(wanted.backlight);
     return;
   }
   const double level = std::min(*wantedBacklight_, limits_.mostBrightness);

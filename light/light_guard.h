@@ -134,6 +134,8 @@ class LightGuard final : private LightFilter {
   bool guards_ = false;
   bool hasLeft_ = false;
   bool isAway_ = false;
+  /// What the backlight is given back to meanwhile.
+  double awayBacklight_ = 0;
   bool hasWritten_ = false;
   /// The device does not take the levels that are written.
   bool isDeaf_ = false;

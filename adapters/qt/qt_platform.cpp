@@ -80,7 +80,8 @@ std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& j
 struct QtPlatform::Needs {
   Needs(const QtPlatformOptions& options, const QtPlatformLibraries& libraries)
       : engineOptions{.usageEndpoints = options.usageEndpoints,
-                      .usageReports = options.usageReports},
+                      .usageReports = options.usageReports,
+                      .limits = options.limits},
         documents(documentsOf(options)),
         json(libraries.json),
         defaults(documents + "/defaults.json", {libraries.files, json, runLoop, queues}),

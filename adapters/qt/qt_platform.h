@@ -17,6 +17,7 @@
 #include "halvora/platform/platform.h"
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/video_asset.h"
+#include "halvora/safety.h"
 
 namespace halvora {
 
@@ -35,6 +36,8 @@ struct QtPlatformOptions {
   /// Whether they are sent before the host says otherwise, such as while its user was not asked.
   bool usageReports = true;
   bool allowsPlainHttp = false;
+  /// What a show may do to eyes, until the host says otherwise to its engine.
+  LightLimits limits = {};
 };
 
 /// What is neither Qt's nor standard C++. They outlive the platform.

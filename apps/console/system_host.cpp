@@ -19,7 +19,10 @@ constexpr Duration kBetweenLooks = milliseconds(500);
 
 SystemHost::SystemHost(const std::string& assets, const QtLinuxOptions& options)
     : adapter_(options.adapter),
-      phone_({.assets = assets, .identifier = "com.example.host"}, options),
+      phone_({.assets = assets,
+              .identifier = "com.example.host",
+              .limits = {.flash = FlashPolicy::limited}},
+             options),
       engine_(phone_.platform(), phone_.engineOptions()) {
   engine_.viewDidLoad();
   look();

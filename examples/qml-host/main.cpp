@@ -9,7 +9,9 @@ int main(int argumentCount, char** arguments) {
   QGuiApplication application(argumentCount, arguments);
   QGuiApplication::setOrganizationDomain(QStringLiteral("example.com"));
   QGuiApplication::setApplicationName(QStringLiteral("qml-host"));
-  if (argumentCount > 1) halvora::SystemPhone::sharedInstance({.assets = arguments[1]});
+  // Nobody in the audience is flashed at more than three times a second, whatever is sent.
+  halvora::SystemPhone::sharedInstance({.assets = argumentCount > 1 ? arguments[1] : "",
+                                        .limits = {.flash = halvora::FlashPolicy::limited}});
 
   QQmlApplicationEngine engine;
   engine.addImportPath(QStringLiteral("qrc:/qt/qml"));

@@ -152,6 +152,31 @@ TEST_F(LightGuardTest, GivesThePhoneBackWhileItsApplicationIsAway) {
   EXPECT_TRUE(phone.torch.isOn);
 }
 
+TEST_F(LightGuardTest, GivingThePhoneBackIsNoFourthFlash) {
+  phone.screen.setBrightness(1);
+  ShowEngine second(phone.platform());
+  second.viewDidLoad();
+  second.setLimits({.flash = FlashPolicy::limited});
+  Broadcast look;
+  look.applicationId = 1;
+  look.master = 199;
+  look.red = look.green = look.blue = 255;
+  look.mode = 1;
+  second.processEffect(look);
+  look.master = 200;
+  second.processEffect(look);
+  pass(3000);
+  EXPECT_LT(phone.screen.brightness(), 1);
+  phone.screen.log.drain();
+  for (int time = 0; time < 40; ++time) {
+    phone.application.resignActive();
+    pass(10);
+    phone.application.becomeActive();
+    pass(10);
+  }
+  EXPECT_LE(phone.screen.log.drain().size(), 7U);
+}
+
 TEST(LightGuardEnd, AnEngineThatGoesGivesThePhoneBack) {
   for (const FlashPolicy policy : {FlashPolicy::exact, FlashPolicy::limited}) {
     ExactJsonReader json;
