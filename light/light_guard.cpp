@@ -202,7 +202,7 @@ LightLook LightGuard::decide() {
     // The last limit is gone: what the show wants is what there is.
     const LightLook look = lookOf(views_);
     const Emission all = wanted(look);
-    emit({ShownScreen::wanted, all, true}, all);
+    send({ShownScreen::wanted, all, true}, all);
     wantedBacklight_.reset();
     retryAfter(std::nullopt);
     return look;
@@ -214,7 +214,7 @@ LightLook LightGuard::decide() {
   if (limiter_) {
     shown = limiter_->decide({all, isGoingDark(views_) || hasLeft_}, timers_.now());
   }
-  emit(shown, all);
+  send(shown, all);
   retryAfter(limiter_ ? limiter_->retryAfter() : std::nullopt);
   if (shown.screen == ShownScreen::held) look = lightOf(lastShown_, std::move(look));
   if (shown.screen == ShownScreen::dark) look = darkened(std::move(look));
@@ -222,7 +222,7 @@ LightLook LightGuard::decide() {
   return look;
 }
 
-void LightGuard::emit(const ShownLight& shown, const Emission& wanted) {
+void LightGuard::send(const ShownLight& shown, const Emission& wanted) {
   if (shown.emission.torch != isTorchOn_) {
     isTorchOn_ = shown.emission.torch;
     lamp_.setOn(isTorchOn_);

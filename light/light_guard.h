@@ -104,7 +104,7 @@ class LightGuard final : private LightFilter {
   double gate() const;
   void moveGate(bool open);
   Emission wanted(const LightLook& look);
-  void emit(const ShownLight& shown, const Emission& wanted);
+  void send(const ShownLight& shown, const Emission& wanted);
   void writeBacklight(double level);
   void retryAfter(std::optional<Duration> pause);
   PictureMeans& pictures();
