@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/scanner.h"
+#include "halvora/air.h"
 #include "halvora/platform/user_defaults.h"
 #include "light/palettes.h"
 #include "light/show_state.h"
@@ -50,7 +51,9 @@ struct ShowCallbacks {
 
   std::function<void()> lightShowStarted;
   std::function<void()> lightShowStopped;
-  /// How many calls of either ended by an exception, which ends here: the show goes on.
+  /// Told how far the air can be believed.
+  std::function<void(AirTrust)> airTrust;
+  /// How many calls of any ended by an exception, which ends here: the show goes on.
   std::uint64_t& failures;
 };
 

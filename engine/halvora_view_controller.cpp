@@ -128,6 +128,14 @@ const std::string& HalvoraViewController::pairedBucketID() const {
 
 const ScanDiagnostics& HalvoraViewController::diagnostics() const { return inside_->diagnostics(); }
 
+void HalvoraViewController::setAirTrustCallback(std::function<void(AirTrust)> callback) {
+  inside_->airTrustCallback() = std::move(callback);
+}
+
+AirTrust HalvoraViewController::airTrust() const { return inside_->airTrust(); }
+
+AirDiagnostics HalvoraViewController::airDiagnostics() const { return inside_->airDiagnostics(); }
+
 Witnessed& HalvoraViewController::life() { return inside_->life(); }
 
 }  // namespace halvora

@@ -38,16 +38,17 @@ void tell(Witness& engine, ShowCallbacks* callbacks, std::function<void()> ShowC
 }
 
 // Also the application has the host's ear: whoever presents something is told to take it back.
-void beginShow(Witness& engine, const ShowStage& stage) {
+void beginShow(Witness& engine, const ShowStage& stage, bool isFirstLook) {
   tell(engine, stage.callbacks, &ShowCallbacks::lightShowStarted);
   if (engine.isGone()) return;
   stage.views.animateAlpha({{ViewId::container, 1}}, {.duration = kShowFade, .name = "Fade Out"});
   stage.screen.setBrightness(1.0);
   stage.isStatusBarHidden = true;
-  letHost(engine, [&application = stage.application] {
+  const bool dismisses = isFirstLook || !stage.dismissesOnce;
+  letHost(engine, [&application = stage.application, dismisses] {
     application.setStatusBarHidden(true);
     application.setIdleTimerDisabled(true);
-    application.dismissPresentedScreens();
+    if (dismisses) application.dismissPresentedScreens();
   });
 }
 
@@ -70,6 +71,7 @@ void changeMode(Command& command, const ShowStage& stage, ScreenState& screen, G
   const int speed = command.broadcast.speed;
   const bool isInForce = command.mode == screen.currentMode && speed == screen.currentModeSpeed;
   if (isInForce && !command.isForced) return;
+  const bool isFirstLook = screen.currentMode == 0;
   screen.currentMode = command.mode;
   screen.currentModeSpeed = speed;
   gobo.currentGoboMode = command.mode;
@@ -79,7 +81,7 @@ void changeMode(Command& command, const ShowStage& stage, ScreenState& screen, G
   stage.views.removeLightAnimations();
   stage.views.setAlpha(ViewId::fpsLabel, command.mode == kFrameRateMode ? 1 : 0);
   if (command.mode != 0) {
-    beginShow(command.engine, stage);
+    beginShow(command.engine, stage, isFirstLook);
   } else {
     endShow(command.engine, stage);
   }

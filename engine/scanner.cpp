@@ -38,8 +38,12 @@ const char* textOf(BluetoothState state) {
 }
 
 Scanner::Scanner(const Platform& platform, PresenceState& state, TimerSet& timers,
-                 ScannerListener& listener)
-    : platform_(platform), state_(state), timers_(timers), listener_(listener) {}
+                 ScannerListener& listener, std::unique_ptr<AirGate> gate)
+    : platform_(platform),
+      state_(state),
+      timers_(timers),
+      listener_(listener),
+      gate_(std::move(gate)) {}
 
 void Scanner::start() {
   const bool granted = isPermissionGranted();
@@ -120,6 +124,7 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
   const BroadcastFormat format = formatOf(data);
   if (format == BroadcastFormat::otherMaker) return PacketFate::otherMaker;
   if (format == BroadcastFormat::tooShort) return PacketFate::tooShort;
+  if (gate_) return judgeAtGate(HeardPacket(data));
 
   const std::uint16_t transmitter = data.back();
   const bool isVenueWide = transmitter == kVenueWideTransmitter;
@@ -136,7 +141,47 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
       static_cast<std::uint16_t>(data[kSequenceOffset] << 8 | data[kSequenceOffset + 1]);
   state_.liveSequence = sequence;
   if (!isNewer(sequence, state_.currentSequence)) return PacketFate::staleSequence;
+  return take(data, sequence);
+}
 
+// The same road where the host asks for more than the newest packet: what is not believed is not
+// there, neither for the venue-wide transmitter nor for the presence.
+PacketFate Scanner::judgeAtGate(const HeardPacket& packet) {
+  const std::uint32_t transmitter = packet.data.back();
+  const bool isVenueWide = transmitter == kVenueWideTransmitter;
+  if (!isAllowed(packet.applicationId(), transmitter)) return PacketFate::notAllowed;
+  if (isVenueWide && state_.transmitterFound && allowedIds_.empty()) return PacketFate::silenced;
+
+  const AirTrust before = gate_->trust();
+  const AirVerdict verdict = gate_->judge(packet, timers_.now(), platform_.wallClock);
+  if (verdict.act == AirVerdict::Act::doubt) return followTrust(before, PacketFate::doubted);
+
+  if (!isVenueWide) state_.transmitterFound = true;
+  ++state_.fps;
+  state_.insideVenue = true;
+  state_.liveSequence = packet.sequence;
+  const bool isNew =
+      verdict.act == AirVerdict::Act::obey ||
+      (verdict.act == AirVerdict::Act::pass && isNewer(packet.sequence, state_.currentSequence));
+  if (isNew) return followTrust(before, take(packet.data, packet.sequence));
+  const bool isHeld = verdict.act == AirVerdict::Act::hold;
+  return followTrust(before, isHeld ? PacketFate::doubted : PacketFate::staleSequence);
+}
+
+PacketFate Scanner::followTrust(AirTrust before, PacketFate fate) {
+  if (fate == PacketFate::engineGone || gate_->trust() == before) return fate;
+  listener_.airTrustChanged();
+  if (before == AirTrust::contested) listener_.contestEnded();
+  if (gate_->trust() != AirTrust::contested) return fate;
+  const BroadcastBytes* const held = gate_->undisputed();
+  state_.hasCurrentBroadcast = held != nullptr;
+  if (held == nullptr) return listener_.contestBegan(nullptr);
+  std::ranges::copy(std::span(*held).first<kBroadcastKeySize>(), state_.currentBroadcast.begin());
+  const Broadcast undisputed = decodeBroadcast(*held);
+  return listener_.contestBegan(&undisputed);
+}
+
+PacketFate Scanner::take(std::span<const std::uint8_t> data, std::uint16_t sequence) {
   state_.currentSequence = sequence;
   const auto key = data.first(kBroadcastKeySize);
   if (state_.hasCurrentBroadcast && std::ranges::equal(key, state_.currentBroadcast)) {
@@ -173,6 +218,7 @@ void Scanner::restartScan() {
     state_.hasCurrentBroadcast = false;
     if (state_.currentSequence > 0) --state_.currentSequence;
   }
+  if (gate_) changeGate([this] { gate_->refresh(timers_.now()); });
   if (state_.lastFPS > 0) listener_.recievedSignal();
   listener_.showReceptionRate(state_.lastFPS);
 
@@ -186,6 +232,7 @@ void Scanner::restartScan() {
     state_.currentSequence = 0;
     state_.hasCurrentBroadcast = false;
     state_.setupOnce = false;
+    if (gate_) changeGate([this] { gate_->reset(timers_.now()); });
     listener_.dropShow();
     platform_.defaults->set("appID", std::int64_t{0});
     platform_.defaults->synchronize();

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/air_gate.h"
 #include "engine/broadcast.h"
 #include "halvora/diagnostics.h"
 #include "halvora/platform/bluetooth.h"
@@ -59,12 +60,19 @@ class ScannerListener {
   /// Ends the show without a word to the host.
   virtual void dropShow() = 0;
   virtual void videoReady() = 0;
+  /// Two transmitters contradict each other: what was undisputed is to be held, or nothing where
+  /// that is null. `engineGone` if the scanner has been destroyed meanwhile.
+  virtual PacketFate contestBegan(const Broadcast* /*undisputed*/) { return PacketFate::doubted; }
+  virtual void contestEnded() {}
+  /// The host may be told, but not within the call.
+  virtual void airTrustChanged() {}
 };
 
 class Scanner : private CentralManagerDelegate {
  public:
+  /// Without a gate whatever is newer is obeyed.
   Scanner(const Platform& platform, PresenceState& state, TimerSet& timers,
-          ScannerListener& listener);
+          ScannerListener& listener, std::unique_ptr<AirGate> gate = nullptr);
 
   /// Begins to listen if the user has allowed it; otherwise only says in the defaults that it is
   /// not allowed.
@@ -80,6 +88,8 @@ class Scanner : private CentralManagerDelegate {
   /// The hexadecimal text of the look in force, empty for none.
   std::string currentBroadcast() const;
   const ScanDiagnostics& diagnostics() const { return diagnostics_; }
+  /// Null where the air is taken exactly.
+  const AirGate* gate() const { return gate_.get(); }
   /// Does what the system asks for. It knows nothing of exceptions: they end here, and are counted.
   template <class Act>
   void guard(const Act& act) {
@@ -101,6 +111,16 @@ class Scanner : private CentralManagerDelegate {
   void centralManagerDidUpdateState(CentralState state) override;
   void didDiscoverPeripheral(const Advertisement& advertisement) override;
   PacketFate judge(std::span<const std::uint8_t> data);
+  PacketFate judgeAtGate(const HeardPacket& packet);
+  PacketFate take(std::span<const std::uint8_t> data, std::uint16_t sequence);
+  /// Does to the gate what may end a contest, and tells of it.
+  template <class Act>
+  void changeGate(const Act& act) {
+    const AirTrust before = gate_->trust();
+    act();
+    followTrust(before, PacketFate::doubted);
+  }
+  PacketFate followTrust(AirTrust before, PacketFate fate);
   bool isAllowed(std::uint32_t applicationId, std::uint32_t transmitter) const;
   void publishStatus(BluetoothState state);
 
@@ -112,6 +132,7 @@ class Scanner : private CentralManagerDelegate {
   /// The allowed ids that a packet can have, application id above the transmitter's byte, in order.
   std::vector<std::uint32_t> allowedKeys_;
   ScanDiagnostics diagnostics_;
+  std::unique_ptr<AirGate> gate_;
   std::unique_ptr<CentralManager> cbCentralManager_;
 };
 

@@ -26,7 +26,9 @@ std::string goboDocuments(const std::string& documents, const std::string& bucke
 
 ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
                        std::optional<ShowParts> parts)
-    : platform_(platform),
+    : guarded_(options.air.policy == AirPolicy::guarded ? std::make_unique<GuardedNeeds>(platform)
+                                                        : nullptr),
+      platform_(guarded_ ? guarded_->platform(platform) : platform),
       hasOwnAssets_(options.assets == nullptr),
       usageReports_(options.usageReports),
       assets_(hasOwnAssets_ ? std::make_shared<const ShowAssets>() : std::move(options.assets)),
@@ -34,7 +36,7 @@ ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
       timers_(platform.runLoop),
       views_(timers_),
       hostLimits_(options.limits),
-      guard_(platform, views_, timers_, options.pictures),
+      guard_(platform_, views_, timers_, options.pictures),
       overlays_(state_.screen, views_, timers_),
       torch_(state_.torch, timers_, platform.random, guard_.torch(), *this),
       gobo_(state_.gobo, views_, platform.files, platform.random),
@@ -44,9 +46,10 @@ ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
       brightness_(guard_.screen(), timers_, state_.colour),
       modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
              *this),
-      usage_(platform.wallClock, platform.calendar, platform.defaults, platform.http,
+      usage_(platform.wallClock, platform.calendar, platform_.defaults, platform.http,
              platform.bundles->main.identifier(), std::move(options.usageEndpoints)),
-      scanner_(platform_, state_.presence, timers_, *this) {
+      scanner_(platform_, state_.presence, timers_, *this,
+               makeAirGate(options.air, platform.codes)) {
   platform_.screen = guard_.screen();
   platform_.torch = guard_.torch();
   platform_.haptics = guard_.haptics();
@@ -176,7 +179,8 @@ const std::array<ShowEngine::Step, 18>& ShowEngine::steps() {
 
 ShowStage ShowEngine::stage() {
   return {callbacks_.get(),         views_,           brightness_,
-          state_.isStatusBarHidden, platform_.screen, platform_.application};
+          state_.isStatusBarHidden, platform_.screen, platform_.application,
+          guarded_ != nullptr};
 }
 
 PacketFate ShowEngine::processEffect(const Broadcast& broadcast) {
@@ -266,6 +270,43 @@ void ShowEngine::dropShow() {
   video.currentVideoStatus = 0;
   video.videoCanPlay = false;
   video.isCatchingUp = false;
+}
+
+PacketFate ShowEngine::contestBegan(const Broadcast* undisputed) {
+  if (guarded_) guarded_->torch.setHeld(true);
+  if (undisputed != nullptr) return processEffect(*undisputed);
+  // Nothing was shown that could be held.
+  dropShow();
+  return PacketFate::doubted;
+}
+
+void ShowEngine::contestEnded() {
+  if (guarded_) guarded_->torch.setHeld(false);
+}
+
+void ShowEngine::airTrustChanged() {
+  if (!callbacks_ || !callbacks_->airTrust) return;
+  // The host may destroy the engine, which a packet's way through it does not expect.
+  timers_.soon([this] {
+    Witness engine(life_);
+    try {
+      const auto callback = callbacks_->airTrust;
+      if (callback) callback(airTrust());
+    } catch (...) {
+      if (!engine.isGone()) ++callbacks_->failures;
+    }
+  });
+}
+
+AirTrust ShowEngine::airTrust() const {
+  return scanner_.gate() != nullptr ? scanner_.gate()->trust() : AirTrust::unproven;
+}
+
+AirDiagnostics ShowEngine::airDiagnostics() const {
+  AirDiagnostics diagnostics;
+  if (scanner_.gate() != nullptr) diagnostics = scanner_.gate()->diagnostics();
+  if (guarded_) diagnostics.hapticsHeldBack = guarded_->haptics.heldBack();
+  return diagnostics;
 }
 
 SeatLight ShowEngine::seatLight() {

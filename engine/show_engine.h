@@ -14,6 +14,7 @@
 
 #include "engine/broadcast.h"
 #include "engine/engine_state.h"
+#include "engine/guarded_needs.h"
 #include "engine/scanner.h"
 #include "engine/show_assets.h"
 #include "engine/steps.h"
@@ -153,6 +154,10 @@ class ShowEngine : private ScannerListener,
   Scanner& scanner() { return scanner_; }
   const PixelMapSeatLuts& seatLuts() const { return seatLut_; }
   const ScanDiagnostics& diagnostics() const { return scanner_.diagnostics(); }
+  /// Told in a turn of its own; may destroy the engine.
+  std::function<void(AirTrust)>& airTrustCallback() { return callbacks().airTrust; }
+  AirTrust airTrust() const;
+  AirDiagnostics airDiagnostics() const;
   /// Where the application's own files lie; empty for nowhere.
   const std::string& getPrivateDocumentsDirectory() const { return platform_.bundles->documents; }
   /// Name of the folder with a venue's downloaded content; empty for none.
@@ -163,6 +168,9 @@ class ShowEngine : private ScannerListener,
   void showReceptionRate(int packets) override;
   void dropShow() override;
   void videoReady() override { state_.video.videoCanPlay = true; }
+  PacketFate contestBegan(const Broadcast* undisputed) override;
+  void contestEnded() override;
+  void airTrustChanged() override;
   ShowCallbacks& callbacks();
   std::shared_ptr<const GoboFolders> goboFolders() const;
   SeatLight seatLight() override;
@@ -172,6 +180,8 @@ class ShowEngine : private ScannerListener,
   bool hasSeat() const;
   ShowStage stage();
 
+  /// Null where the air is taken exactly. What is bounded is used below, by way of the platform.
+  std::unique_ptr<GuardedNeeds> guarded_;
   Platform platform_;
   EngineState state_;
   /// Null until the host asks for one.

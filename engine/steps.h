@@ -87,6 +87,8 @@ struct ShowStage {
   bool& isStatusBarHidden;
   Screen& screen;
   Application& application;
+  /// Whether the host's own screens are taken back only as a show begins, not at every look of it.
+  bool dismissesOnce = false;
 };
 void changeMode(Command& command, const ShowStage& stage, ScreenState& screen, GoboState& gobo,
                 ScreenModes& modes, OverlaysPart& overlays);

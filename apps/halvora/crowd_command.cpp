@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "adapters/json/exact_json_reader.h"
+#include "apps/halvora/air_options.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/show_input.h"
 #include "venue/crowd/crowd_run.h"
@@ -71,6 +72,9 @@ class CrowdCommand final : public ToolCommand {
     options.optional(
         "--allow", allowed_,
         "a transmitter to obey, as application:number; may be repeated (default: all)");
+    air_.describe(options, "--policy");
+    options.optional("--rogue", rogues_,
+                     "an attacker from that time on, as KIND@SECONDS; may be repeated");
     options.optional("--seed", seed_, "whole number that all chances follow from (default: 1)");
     options.optional("--threads", threads_, "so many threads (default: one a processor)");
     options.optional("--fps", fps_, "frames a second, 1 to 120 (default: 30)");
@@ -80,13 +84,16 @@ class CrowdCommand final : public ToolCommand {
     options.flag("--no-progress", isQuiet_, "show no progress on a terminal");
     options.footer(
         "Prints a report as one JSON document. Everything in it but the speed is the same "
-        "for the same\nseed, whatever the number of threads.");
+        "for the same\nseed, whatever the number of threads. With a key the show is signed. "
+        "Attackers:\n" +
+        rogueHelp());
   }
 
   CommandResult run(const Call& call) override {
     CrowdRequest request;
     if (auto refusal = readNumbers(request)) return *refusal;
     if (auto refusal = readAir(request)) return *refusal;
+    if (auto refusal = readPolicy(request, call.outside)) return *refusal;
     if (auto refusal = readScenario(request, call)) return *refusal;
     if (auto refusal = readPaths(request)) return *refusal;
     Outside outside = call.outside;
@@ -146,6 +153,26 @@ class CrowdCommand final : public ToolCommand {
     if (auto refusal = read("--size", parts[1], 16, 8192, request.height)) return refusal;
     if (request.width % 2 != 0 || request.height % 2 != 0) {
       return refuse("--size", "two even numbers", size_);
+    }
+    return std::nullopt;
+  }
+
+  static std::string rogueHelp() {
+    std::string text;
+    for (const RogueKind& kind : rogueKinds()) {
+      text += "  " + std::string(kind.name) + ": " + std::string(kind.does) + "\n";
+    }
+    return text;
+  }
+
+  Refusal readPolicy(CrowdRequest& request, const Outside& outside) {
+    auto policy = air_.read(outside);
+    if (auto* refusal = std::get_if<CommandResult>(&policy)) return std::move(*refusal);
+    request.airOptions = std::get<AirOptions>(std::move(policy));
+    for (const std::string& text : rogues_) {
+      const auto rogue = rogueOf(text);
+      if (!rogue) return refuse("--rogue", "KIND@SECONDS with a kind that --help names", text);
+      request.rogues.push_back(*rogue);
     }
     return std::nullopt;
   }
@@ -254,6 +281,8 @@ class CrowdCommand final : public ToolCommand {
   std::string late_;
   std::string leave_;
   std::vector<std::string> allowed_;
+  AirPolicyOptions air_;
+  std::vector<std::string> rogues_;
   std::string seed_;
   std::string threads_;
   std::string fps_;

@@ -8,12 +8,18 @@
 #include <string>
 #include <vector>
 
+#include "adapters/json/exact_json_reader.h"
 #include "apps/halvora/command_line.h"
 #include "engine/broadcast.h"
+#include "halvora/platform/absent.h"
+#include "venue/air/air_watch.h"
 #include "venue/air/radio.h"
 #include "venue/air/sequence_count.h"
 #include "venue/base/json_line.h"
 #include "venue/show/packet.h"
+#include "venue/show/scenario_file.h"
+#include "venue/show/show_key.h"
+#include "venue/show/true_show.h"
 
 namespace halvora {
 
@@ -57,13 +63,30 @@ std::string reasonOf(CentralState state, const std::string& name,
   }
 }
 
-// Hears what its radio hears: prints it, counts it and records it.
+class RadioClock final : public WallClock {
+ public:
+  explicit RadioClock(const Radio& radio) : radio_(radio) {}
+  Date now() const override { return radio_.date(); }
+
+ private:
+  const Radio& radio_;
+};
+
+// Hears what its radio hears: prints it, counts it and records it; and watches, where that is
+// wanted.
 class Listening final : private CentralManagerDelegate {
  public:
-  Listening(Radio& radio, const Output& output, std::ofstream* recording)
+  Listening(Radio& radio, const Output& output, std::ofstream* recording,
+            const AirWatchOptions* watch, const MessageCodes* codes)
       : radio_(radio),
         output_(output),
         recording_(recording),
+        clock_(radio),
+        watch_(watch == nullptr
+                   ? nullptr
+                   : std::make_unique<AirWatch>(
+                         *watch, codes != nullptr ? *codes : absent::codes(), clock_,
+                         [this](const AirFinding& finding) { printFinding(finding); })),
         manager_(radio.bluetooth().makeManager(*this)) {}
 
   /// What the radio said of itself; `unknown` until it has.
@@ -76,7 +99,10 @@ class Listening final : private CentralManagerDelegate {
     hasStarted_ = true;
     RunLoop& loop = radio_.loop();
     begin_ = loop.now();
-    looks_ = {loop, loop.every(kBetweenLooks, [this] { tellAdapter(); })};
+    looks_ = {loop, loop.every(kBetweenLooks, [this] {
+                tellAdapter();
+                if (watch_) watch_->look(radio_.loop().now());
+              })};
     scan();
   }
   /// Whether any adapter ever scanned, where the radio knows of adapters.
@@ -127,10 +153,24 @@ class Listening final : private CentralManagerDelegate {
     if (format == BroadcastFormat::valid) counts_.add(decodeBroadcast(data));
     const long long time = wholeMilliseconds(elapsed());
     print("{\"t\":" + std::to_string(time) + "," + describePacket(data).substr(1));
+    if (watch_ && format == BroadcastFormat::valid) watch_->hear(data, radio_.loop().now());
     if (recording_ == nullptr) return;
     const double at = static_cast<double>(kRecordedFromMs + time) / 1000;
     JsonLine line;
     *recording_ << line.begin().addLevel("at", at).add("packet", NSDataToHex(data)).end();
+  }
+
+  void printFinding(const AirFinding& finding) {
+    JsonLine line;
+    line.begin().add("t", std::int64_t{wholeMilliseconds(elapsed())});
+    if (finding.what == "trust") {
+      line.add("trust", finding.detail);
+    } else {
+      line.add("finding", finding.what);
+      if (!finding.transmitter.empty()) line.add("transmitter", finding.transmitter);
+      line.add("detail", finding.detail);
+    }
+    print(line.end());
   }
 
   void print(std::string_view line) { isWritable_ = isWritable_ && output_(line); }
@@ -146,6 +186,9 @@ class Listening final : private CentralManagerDelegate {
   std::string adapter_;
   Timer looks_;
   SequenceCount counts_;
+  RadioClock clock_;
+  /// Null where nobody asks.
+  std::unique_ptr<AirWatch> watch_;
   std::unique_ptr<CentralManager> manager_;
 };
 
@@ -156,9 +199,21 @@ class ListenCommand final : public ToolCommand {
                      "the adapter, as hci1 (default: whichever works, the first one first)");
     options.optional("--for", for_, "seconds to listen (default: until Ctrl-C)");
     options.optional("--record", record_, "file to write as a scenario that trace replays");
+    options.flag("--watch", isWatched_, "say what a crew should know of the air, as it happens");
+    options.optional("--expect", expected_,
+                     "watch, and compare with the scenario that should be on the air");
+    options.optional("--show-key", keyFile_,
+                     "watch with the show's key: a file of 32 hexadecimal digits that only its "
+                     "owner may read");
+    options.optional("--allow", watch_.transmitters,
+                     "watch; a transmitter of the show, as application:number; may be repeated");
+    options.optional("--venue", venue_, "watch; the show's venue");
     options.footer(
         "Prints the adapter in use and each show packet as it is heard, and at the end a summary "
-        "of each\ntransmitter: what was received, and by the gaps in its sequence what was lost.");
+        "of each\ntransmitter: what was received, and by the gaps in its sequence what was lost. A "
+        "watch adds lines with "
+        "\"trust\"\n(unproven, trusted, contested: what a phone in guarded air would think) and "
+        "\"finding\" (unknown sender,\nwrong venue, jump, two senders, other look, silent).");
   }
 
   CommandResult run(const Call& call) override {
@@ -170,15 +225,41 @@ class ListenCommand final : public ToolCommand {
       }
       longest = fromSeconds(*seconds);
     }
+    if (auto refusal = readWatch(call)) return std::move(*refusal);
     if (!call.outside.openRadio) return failed("this halvora was built without Bluetooth");
     const std::unique_ptr<Radio> radio = call.outside.openRadio(adapter_);
     return listen(*radio, longest, call);
   }
 
  private:
+  std::optional<CommandResult> readWatch(const Call& call) {
+    isWatched_ = isWatched_ || expected_ || keyFile_ || venue_ || !watch_.transmitters.empty();
+    watch_.air.policy = AirPolicy::guarded;
+    if (venue_) {
+      const auto venue = decimal(*venue_, UINT8_MAX);
+      if (!venue) return unusable("--venue must be 0 to 255, not \"" + *venue_ + "\"");
+      watch_.venueId = static_cast<std::uint8_t>(*venue);
+    }
+    if (keyFile_) {
+      auto key = readShowKey(*keyFile_);
+      if (auto* refusal = std::get_if<CommandResult>(&key)) return std::move(*refusal);
+      if (call.outside.codes == nullptr) return failed("this build has no cipher for show keys");
+      watch_.air.showKey = std::get<ShowKey>(key);
+      watch_.air.authentication = Authentication::prefer;
+    }
+    if (!expected_) return std::nullopt;
+    auto scenario = readScenario(*expected_, ExactJsonReader(), call.outside.isInterrupted);
+    if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
+    const auto& show = std::get<Scenario>(scenario);
+    show_.emplace(show, show.lastAction());
+    watch_.expected = &*show_;
+    return std::nullopt;
+  }
+
   CommandResult listen(Radio& radio, std::optional<Duration> longest, const Call& call) {
     std::ofstream recording;
-    Listening listening(radio, call.output, record_.empty() ? nullptr : &recording);
+    Listening listening(radio, call.output, record_.empty() ? nullptr : &recording,
+                        isWatched_ ? &watch_ : nullptr, call.outside.codes);
     const std::atomic<bool>& isInterrupted = call.outside.isInterrupted;
     radio.runUntil([&] { return isInterrupted || listening.state() != CentralState::unknown; });
     if (isInterrupted) return done();
@@ -210,6 +291,12 @@ class ListenCommand final : public ToolCommand {
   std::string adapter_;
   std::optional<std::string> for_;
   std::string record_;
+  bool isWatched_ = false;
+  std::optional<std::string> expected_;
+  std::optional<std::string> keyFile_;
+  std::optional<std::string> venue_;
+  AirWatchOptions watch_;
+  std::optional<TrueShow> show_;
 };
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/thread_workers.h"
 #include "adapters/virtual/virtual_devices.h"
+#include "apps/halvora/air_options.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/scratch_folder.h"
 #include "venue/base/interruptible_videos.h"
@@ -44,6 +45,7 @@ class TraceCommand final : public ToolCommand {
                  "print what the phone emits too: screen, backlight and torch");
     options.optional("--flash", flash_,
                      "flash policy of the host: limited to three a second, or exact (default)");
+    air_.describe(options);
     options.footer(
         "Each line of the scenario is an object with \"at\" (seconds) and one of: device, start, "
         "bluetooth,\npacket (with every and until to repeat it), app, defaults, precompute, "
@@ -53,6 +55,9 @@ class TraceCommand final : public ToolCommand {
   CommandResult run(const Call& call) override {
     auto random = randomOf(chance_);
     if (const auto refusal = checkOptions(random != nullptr)) return *refusal;
+    auto air = air_.read(call.outside);
+    if (auto* refusal = std::get_if<CommandResult>(&air)) return std::move(*refusal);
+    options_.air = std::get<AirOptions>(std::move(air));
     auto scenario = readScenario(file_, json_, call.outside.isInterrupted);
     if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
     options_.assets = absolutePath(assets_);
@@ -117,14 +122,15 @@ class TraceCommand final : public ToolCommand {
       if (!batch.empty()) isWritable = isWritable && call.output(batch);
       batch.clear();
     };
-    const TraceEnd end = runTrace(scenario, options_, std::move(random),
-                                  {json_, call.outside.images, &files, &videos, &workers},
-                                  [&](std::string_view lines) {
-                                    // What a phone shows of a video that ended too soon is not
-                                    // what it would show.
-                                    if (!isInterrupted) batch += lines;
-                                    if (batch.size() >= kBatch) write();
-                                  });
+    const TraceEnd end =
+        runTrace(scenario, options_, std::move(random),
+                 {json_, call.outside.images, &files, &videos, &workers, call.outside.codes},
+                 [&](std::string_view lines) {
+                   // What a phone shows of a video that ended too soon is not
+                   // what it would show.
+                   if (!isInterrupted) batch += lines;
+                   if (batch.size() >= kBatch) write();
+                 });
     write();
     if (isInterrupted) return interrupted();
     if (!isWritable) return failed("standard output cannot be written");
@@ -140,6 +146,7 @@ class TraceCommand final : public ToolCommand {
   std::string chance_ = "1";
   std::optional<std::string> until_;
   std::string flash_ = "exact";
+  AirPolicyOptions air_;
   TraceOptions options_;
 };
 

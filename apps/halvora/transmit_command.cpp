@@ -2,6 +2,7 @@
 #include "apps/halvora/transmit_command.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,11 +12,13 @@
 #include "adapters/json/exact_json_reader.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/packet_options.h"
+#include "engine/signed_broadcast.h"
 #include "venue/air/transmitter.h"
 #include "venue/show/packet.h"
 #include "venue/show/scenario.h"
 #include "venue/show/scenario_file.h"
 #include "venue/show/scenario_run.h"
+#include "venue/show/show_key.h"
 
 namespace halvora {
 
@@ -34,11 +37,22 @@ struct Programme {
   std::optional<Duration> length;
 };
 
-// Shows its programme and prints each packet as it goes on the air.
+/// How often it is looked whether another minute has begun.
+constexpr Duration kBetweenLooks = milliseconds(250);
+
+// Shows its programme and prints each packet as it goes on the air; with a key signed, and signed
+// anew with every minute.
 class Broadcasting {
  public:
-  Broadcasting(Transmitter& transmitter, const Output& output)
-      : transmitter_(transmitter), output_(output), begin_(transmitter.loop().now()) {}
+  /// Null for no key.
+  Broadcasting(Transmitter& transmitter, const Output& output, MessageCode* code)
+      : transmitter_(transmitter), output_(output), code_(code), begin_(transmitter.loop().now()) {
+    if (code_ == nullptr) return;
+    RunLoop& loop = transmitter_.loop();
+    looks_ = {loop, loop.every(kBetweenLooks, [this] {
+                if (!wanted_.empty()) put(signedNow(wanted_));
+              })};
+  }
 
   void begin(const Programme& programme) {
     run_.emplace(ScenarioSchedule(programme.scenario), transmitter_.loop(),
@@ -47,13 +61,27 @@ class Broadcasting {
                    if (packet != nullptr) show(packet->data);
                  });
   }
-  void stop() { run_.reset(); }
+  void stop() {
+    run_.reset();
+    looks_.invalidate();
+  }
   bool isWritable() const { return isWritable_; }
   Duration elapsed() const { return transmitter_.loop().now() - begin_; }
 
  private:
   // What is shown is repeated by the radio, so a packet's repeats are nothing new.
   void show(const std::vector<std::uint8_t>& data) {
+    wanted_ = data;
+    put(code_ != nullptr ? signedNow(data) : data);
+  }
+
+  std::vector<std::uint8_t> signedNow(const std::vector<std::uint8_t>& data) {
+    if (formatOf(data) != BroadcastFormat::valid || data.size() != kShortestBroadcast) return data;
+    const auto whole = signBroadcast(decodeBroadcast(data), epochOf(transmitter_.date()), *code_);
+    return {whole.begin(), whole.end()};
+  }
+
+  void put(const std::vector<std::uint8_t>& data) {
     if (data == shown_) return;
     shown_ = data;
     transmitter_.show(data);
@@ -64,9 +92,13 @@ class Broadcasting {
 
   Transmitter& transmitter_;
   const Output& output_;
+  MessageCode* code_;
   const Duration begin_;
   std::optional<ScenarioRun> run_;
+  /// What was asked for last, and what is on the air.
+  std::vector<std::uint8_t> wanted_;
   std::vector<std::uint8_t> shown_;
+  Timer looks_;
   bool isWritable_ = true;
 };
 
@@ -83,6 +115,9 @@ class TransmitCommand final : public ToolCommand {
     options.optional("--interval", interval_,
                      "milliseconds from one advertisement to the next, 20 to 10240, as far as the "
                      "system allows (default: 100)");
+    options.optional("--show-key", keyFile_,
+                     "file with the show's key, 32 hexadecimal digits that only its owner may "
+                     "read: plain packets are signed, anew with every minute");
     fields_.describe(options, {.sequence = 1});
     options.footer(
         "Advertises one show packet, or a scenario's packets one after the other, until it ends "
@@ -96,10 +131,16 @@ class TransmitCommand final : public ToolCommand {
     auto programme =
         scenario_ ? readScenario(*scenario_, call.outside.isInterrupted) : readFields();
     if (const auto* refusal = std::get_if<CommandResult>(&programme)) return *refusal;
+    std::unique_ptr<MessageCode> code;
+    if (keyFile_) {
+      auto readCode = readShowCode(*keyFile_, call.outside.codes);
+      if (auto* refusal = std::get_if<CommandResult>(&readCode)) return std::move(*refusal);
+      code = std::get<std::unique_ptr<MessageCode>>(std::move(readCode));
+    }
     if (!call.outside.openTransmitter) return failed("this halvora was built without Bluetooth");
     auto& read = std::get<Programme>(programme);
     if (longest_) read.length = longest_;
-    return transmit(*call.outside.openTransmitter(), read, call);
+    return transmit(*call.outside.openTransmitter(), read, code.get(), call);
   }
 
  private:
@@ -148,12 +189,13 @@ class TransmitCommand final : public ToolCommand {
     return programme;
   }
 
-  CommandResult transmit(Transmitter& transmitter, const Programme& programme, const Call& call) {
+  CommandResult transmit(Transmitter& transmitter, const Programme& programme, MessageCode* code,
+                         const Call& call) {
     const std::atomic<bool>& isInterrupted = call.outside.isInterrupted;
     const auto isOver = [&] { return isInterrupted || !transmitter.failure().empty(); };
     transmitter.open(settings_);
     transmitter.runUntil([&] { return isOver() || !transmitter.isBusy(); });
-    Broadcasting broadcasting(transmitter, call.output);
+    Broadcasting broadcasting(transmitter, call.output, code);
     if (!isOver()) broadcasting.begin(programme);
     transmitter.runUntil([&] {
       return isOver() || !broadcasting.isWritable() ||
@@ -169,6 +211,7 @@ class TransmitCommand final : public ToolCommand {
 
   std::optional<std::string> scenario_;
   std::optional<std::string> for_;
+  std::optional<std::string> keyFile_;
   std::string interval_ = "100";
   PacketOptions fields_;
   TransmitterSettings settings_;

@@ -28,6 +28,8 @@ enum class PacketFate : std::uint8_t {
   /// Cut short half way, for want of memory as a rule. What was done of the look stays; while it is
   /// heard it is tried again, once a second.
   failed,
+  /// Not believed: the host's policy for the air has a doubt, which `AirDiagnostics` names.
+  doubted,
   /// The host destroyed the engine while it was told of the look. Nobody is left to count it.
   engineGone,
 };

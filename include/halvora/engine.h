@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "halvora/air.h"
 #include "halvora/diagnostics.h"
 #include "halvora/light.h"
 #include "halvora/platform/platform.h"
@@ -40,6 +41,8 @@ struct EngineOptions {
   bool usageReports = true;
   /// What the show may do to eyes, from the start; `setLimits` changes it.
   LightLimits limits = {};
+  /// What the engine believes of the air; `exact` and without a key, unless the host asks for more.
+  AirOptions air = {};
 };
 
 class HalvoraViewController {
@@ -135,6 +138,14 @@ class HalvoraViewController {
   const std::string& pairedBucketID() const;
   /// How many advertisements met which fate since the engine was made.
   const ScanDiagnostics& diagnostics() const;
+
+  /// Told in a turn of its own whenever the answer of `airTrust` has become another. May be absent,
+  /// may be replaced and may destroy the engine within a call. One that throws is counted.
+  void setAirTrustCallback(std::function<void(AirTrust trust)> callback);
+  /// `unproven` at all times where the air is taken exactly and without a key.
+  AirTrust airTrust() const;
+  /// What was doubted and held back since the engine was made.
+  AirDiagnostics airDiagnostics() const;
 
   /// For the host: the view that it placed the engine in, and a central manager of its own. The
   /// engine uses neither.

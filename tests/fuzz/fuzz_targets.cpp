@@ -10,6 +10,7 @@ namespace {
 constexpr FuzzTarget kTargets[] = {
     {"packet", fuzzPacket, 64, 20000, nullptr},
     {"scanner", fuzzScanner, 400, 3000, nullptr},
+    {"air", fuzzAir, 400, 3000, nullptr},
     {"values", fuzzValues, 48, 20000, "values.txt"},
     {"json", fuzzJson, 256, 10000, "json.txt"},
     {"palettes", fuzzPalettes, 256, 5000, "json.txt"},

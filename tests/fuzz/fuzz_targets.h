@@ -29,6 +29,7 @@ const FuzzTarget* fuzzTargetOf(std::string_view name);
 
 int fuzzPacket(FuzzBytes);
 int fuzzScanner(FuzzBytes);
+int fuzzAir(FuzzBytes);
 int fuzzValues(FuzzBytes);
 int fuzzJson(FuzzBytes);
 int fuzzPalettes(FuzzBytes);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "adapters/standard/system_clock.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/run_loop.h"
 
@@ -26,6 +27,8 @@ class Radio {
  public:
   virtual ~Radio() = default;
   virtual RunLoop& loop() = 0;
+  /// What tags are compared with.
+  virtual Date date() const { return SystemWallClock().now(); }
   virtual BluetoothCentral& bluetooth() = 0;
   virtual RadioAdapters adapters() const { return {}; }
   /// Runs turns until `isDone`, which is asked often enough for a user who waits.

@@ -8,7 +8,9 @@
 #include <span>
 #include <string>
 
+#include "adapters/standard/system_clock.h"
 #include "halvora/platform/run_loop.h"
+#include "halvora/platform/time.h"
 
 namespace halvora {
 
@@ -43,6 +45,8 @@ class Advertiser {
 class Transmitter : public Advertiser {
  public:
   virtual RunLoop& loop() = 0;
+  /// What signed packets are signed for.
+  virtual Date date() const { return SystemWallClock().now(); }
   /// Runs turns until `isDone`, which is asked often enough for a user who waits.
   virtual void runUntil(const std::function<bool()>& isDone) = 0;
 };

@@ -74,6 +74,7 @@ struct Crowd::Member final : private LightObserver, private CrowdTorch::Observer
   std::uint32_t nextAct = 0;
   /// The first look that it has not shown.
   std::uint32_t nextLook = 0;
+  bool wasLost = false;
 };
 
 enum class CrowdEvent : std::uint8_t { act, packet, leave, frame, watch };
@@ -388,7 +389,7 @@ void Crowd::hear(std::size_t sent, std::size_t phone, Duration now, Chunk& chunk
 }
 
 void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk& chunk) {
-  const Member& member = *members_[index];
+  Member& member = *members_[index];
   const Duration time = slice.frames[frame];
   if (!presences_[index].isOpen(time)) return;
   const CrowdLight light = member.phone.light();
@@ -397,6 +398,11 @@ void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk
   ++counts.open;
   counts.showing += light.isShowing ? 1 : 0;
   counts.torches += light.isTorchOn ? 1 : 0;
+  if (parts_.truth != nullptr && time >= parts_.attackedFrom &&
+      !parts_.truth->showed(member.phone.look(), time - kLate, time)) {
+    ++counts.lost;
+    member.wasLost = true;
+  }
 
   const std::optional<MapMoment>& map = slice.maps[frame];
   if (!map) return;
@@ -414,6 +420,11 @@ void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk
   one.squaredError = one.worstError = error;
   one.worstPhone = static_cast<std::uint32_t>(index);
   counts.add(one);
+}
+
+std::size_t Crowd::phonesLost() const {
+  return static_cast<std::size_t>(std::count_if(members_.begin(), members_.end(),
+                                                [](const auto& one) { return one->wasLost; }));
 }
 
 void Crowd::watch(const Slice& slice, std::size_t tick, std::size_t phone, Chunk& chunk) {

@@ -20,6 +20,7 @@
 #include "venue/crowd/crowd_phone.h"
 #include "venue/crowd/crowd_report.h"
 #include "venue/crowd/field_meter.h"
+#include "venue/crowd/rogues.h"
 #include "venue/crowd/venue_tables.h"
 #include "venue/show/flash_meter.h"
 #include "venue/show/scenario_schedule.h"
@@ -63,6 +64,8 @@ class Crowd {
   /// The phones of a block. Each has six timers at once when it is opened and its effects may add
   /// some later; 512 is what their loop then has room for.
   static constexpr std::size_t kBlock = 72;
+  /// A phone that shows what the show did so long ago is late, not lost.
+  static constexpr Duration kLate = milliseconds(1000);
 
   /// All of it must outlive the crowd.
   struct Parts {
@@ -75,6 +78,9 @@ class Crowd {
     Workers& workers;
     /// Null where nobody asks how the cues are followed.
     CueWatch* cues = nullptr;
+    /// What phones are held against, from that time on; null where nobody attacks.
+    const TrueShow* truth = nullptr;
+    Duration attackedFrom{};
   };
 
   /// Throws std::bad_alloc where memory is short, as `run` does; the crowd is worth nothing then.
@@ -107,6 +113,8 @@ class Crowd {
   /// Of the mean light of all phones, and of each section's.
   const FieldMeter& field() const { return field_; }
   std::string_view nameOfSection(std::size_t section) const { return sections_.name(section); }
+  /// How many phones were lost to attackers at any time so far.
+  std::size_t phonesLost() const;
 
  private:
   /// When a phone's application is open: from the first time to before the second.

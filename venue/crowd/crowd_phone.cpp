@@ -35,20 +35,28 @@ CrowdPhone::CrowdPhone(CrowdGround& ground, const CrowdParts& parts, const Crowd
 }
 
 Platform CrowdPhone::platform(CrowdGround& ground, const CrowdParts& parts) {
-  return {.runLoop = ground.loop,
-          .queues = ground.queues,
-          .wallClock = ground.wallClock,
-          .calendar = ground.calendar,
-          .random = random_,
-          .bluetooth = radio_,
-          .screen = screen_,
-          .application = application_,
-          .defaults = defaults_,
-          .bundles = parts.bundles,
-          .json = parts.json,
-          .torch = torch_,
-          .images = parts.images,
-          .files = parts.files};
+  Platform platform{.runLoop = ground.loop,
+                    .queues = ground.queues,
+                    .wallClock = ground.wallClock,
+                    .calendar = ground.calendar,
+                    .random = random_,
+                    .bluetooth = radio_,
+                    .screen = screen_,
+                    .application = application_,
+                    .defaults = defaults_,
+                    .bundles = parts.bundles,
+                    .json = parts.json,
+                    .torch = torch_,
+                    .images = parts.images,
+                    .files = parts.files};
+  if (parts.codes != nullptr) platform.codes = *parts.codes;
+  return platform;
+}
+
+std::optional<BroadcastKeyBytes> CrowdPhone::look() const {
+  const PresenceState& presence = engine_.state().presence;
+  if (!presence.hasCurrentBroadcast) return std::nullopt;
+  return presence.currentBroadcast;
 }
 
 void CrowdPhone::leave() {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -27,6 +28,8 @@ struct CrowdParts {
   ShowEngineOptions engine;
   ScenarioDevice device;
   std::vector<std::string> allowedTransmitterIds = {};
+  /// Null where there is no cipher.
+  const MessageCodes* codes = nullptr;
 };
 
 /// What a phone shows at a moment.
@@ -73,6 +76,8 @@ class CrowdPhone {
     return diagnostics.failedCalls > 0 || diagnostics[PacketFate::failed] > 0;
   }
 
+  /// The look in force, whoever sent it; none before the first and where the show was dropped.
+  std::optional<BroadcastKeyBytes> look() const;
   CrowdLight light() const;
   /// What leaves the phone now, for eyes; nothing once its owner has left.
   Emission emission();

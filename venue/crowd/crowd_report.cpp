@@ -72,6 +72,7 @@ LookDelays OpenLooks::take(std::uint32_t look) {
 }
 
 void FrameCounts::add(const FrameCounts& other) {
+  lost += other.lost;
   open += other.open;
   showing += other.showing;
   torches += other.torches;

@@ -65,6 +65,8 @@ struct FrameCounts {
   std::uint64_t squaredError = 0;
   std::uint32_t worstError = 0;
   std::uint32_t worstPhone = 0;
+  /// Phones that show something else than the true show does, or did a moment ago.
+  std::uint32_t lost = 0;
 
   void add(const FrameCounts& other);
 };

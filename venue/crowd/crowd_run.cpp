@@ -12,6 +12,8 @@
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/standard/stopwatch.h"
 #include "adapters/standard/thread_workers.h"
+#include "adapters/virtual/virtual_devices.h"
+#include "adapters/virtual/virtual_run_loop.h"
 #include "adapters/virtual/virtual_storage.h"
 #include "adapters/virtual/virtual_video.h"
 #include "pixelmap/frame_time.h"
@@ -23,6 +25,7 @@
 #include "venue/crowd/crowd_summary.h"
 #include "venue/crowd/crowd_venue.h"
 #include "venue/crowd/shared_stills.h"
+#include "venue/show/signed_show.h"
 
 namespace halvora {
 
@@ -63,6 +66,7 @@ class CrowdRun {
   Failure buildTables();
   Failure buildTable(const PixelMapVideoEntry& map);
   Failure show();
+  Duration firstAttack() const;
   bool drawSlice(const Crowd& crowd, const CrowdPicture& picture);
 
   const CrowdRequest& request_;
@@ -75,6 +79,8 @@ class CrowdRun {
   const Bundles bundles_{mainBundle_, kitBundle_};
   const PixelMapAssets assets_{bundles_, files_, outside_.videos, outside_.images};
   std::optional<CrowdVenue> venue_;
+  Scenario scenario_;
+  std::optional<TrueShow> truth_;
   std::optional<Air> air_;
   /// Null where nobody wants pictures.
   std::unique_ptr<CrowdOutput> output_;
@@ -97,7 +103,20 @@ Failure CrowdRun::readVenue() {
 }
 
 Failure CrowdRun::fillAir() {
-  air_ = Air::of(request_.scenario, request_.air, request_.settings.end);
+  const Duration end = request_.settings.end;
+  scenario_ = request_.scenario;
+  if (request_.airOptions.showKey) {
+    const auto code =
+        outside_.codes != nullptr ? outside_.codes->withKey(*request_.airOptions.showKey) : nullptr;
+    if (code == nullptr) return failed("this build has no cipher for show keys");
+    const VirtualRunLoop atBegin;
+    scenario_ = signedShow(scenario_, *code, VirtualWallClock(atBegin).now(), end);
+  }
+  if (!request_.rogues.empty()) {
+    truth_.emplace(scenario_, end);
+    scenario_ = withRogues(scenario_, *truth_, request_.rogues);
+  }
+  air_ = Air::of(scenario_, request_.air, end);
   if (air_) return std::nullopt;
   return unusable("the scenario sends more than " + std::to_string(Air::kMostSent) + " packets");
 }
@@ -165,20 +184,22 @@ Failure CrowdRun::show() {
   engine.seatLuts = &venue_->tables();
   engine.stills = &stills;
   engine.pictures = &pictures;
+  engine.air = request_.airOptions;
   const CrowdParts parts{bundles_,
                          json_,
                          outside_.images,
                          files_,
                          std::move(engine),
                          request_.scenario.device,
-                         request_.allowedTransmitterIds};
+                         request_.allowedTransmitterIds,
+                         outside_.codes};
   const CrowdPicture picture(venue_->seats(), request_.width, request_.height);
   rgb_.resize(static_cast<std::size_t>(request_.width) * static_cast<std::size_t>(request_.height) *
               3);
   std::optional<CueWatch> cues;
   if (!request_.cues.empty()) cues.emplace(request_.cues, *air_, venue_->seats());
-  Crowd crowd({parts, venue_->seats(), request_.scenario, *air_, venue_->tables(), assets_,
-               workers_, cues ? &*cues : nullptr},
+  Crowd crowd({parts, venue_->seats(), scenario_, *air_, venue_->tables(), assets_, workers_,
+               cues ? &*cues : nullptr, truth_ ? &*truth_ : nullptr, firstAttack()},
               request_.settings);
   CrowdSummary summary;
   const Duration end = request_.settings.end;
@@ -210,8 +231,14 @@ Failure CrowdRun::show() {
   report_ = summary.json(
       crowd, {venue_->seatCount(), venue_->seats(), air_->sent().size(), framesWritten_, simulated,
               spent > Duration::zero() ? toSeconds(simulated) / toSeconds(spent) : 0,
-              cues ? &*cues : nullptr});
+              cues ? &*cues : nullptr, request_.rogues});
   return std::nullopt;
+}
+
+Duration CrowdRun::firstAttack() const {
+  Duration first = Duration::max();
+  for (const Rogue& rogue : request_.rogues) first = std::min(first, rogue.at);
+  return first;
 }
 
 bool CrowdRun::drawSlice(const Crowd& crowd, const CrowdPicture& picture) {

@@ -13,6 +13,7 @@
 #include "venue/crowd/air.h"
 #include "venue/crowd/crowd.h"
 #include "venue/crowd/cue_watch.h"
+#include "venue/crowd/rogues.h"
 #include "venue/show/flash_meter.h"
 #include "venue/show/scenario.h"
 
@@ -27,6 +28,9 @@ struct CrowdRequest {
   /// Of the show that the scenario was compiled from, or none.
   std::vector<WatchedCue> cues = {};
   AirSettings air;
+  /// What phones believe. With a key the show is signed.
+  AirOptions airOptions = {};
+  std::vector<Rogue> rogues = {};
   CrowdSettings settings;
   std::vector<std::string> allowedTransmitterIds;
   /// 0 for one a seat.

@@ -141,6 +141,10 @@ void CrowdSummary::add(const Crowd& crowd) {
     ++frames_;
     const FrameCounts& counts = frame.counts;
     mostTorches_ = std::max(mostTorches_, counts.torches);
+    mostLost_ = std::max(mostLost_, counts.lost);
+    lost_ += counts.lost;
+    isLostNow_ = counts.lost > 0;
+    if (isLostNow_) lastLost_ = frame.time;
     if (frame.isShowOnAir) {
       lit_ += counts.open;
       dark_ += counts.open - counts.showing;
@@ -155,6 +159,30 @@ void CrowdSummary::add(const Crowd& crowd) {
                       counts.worstError, counts.worstPhone});
     }
   }
+}
+
+// When the last lost phone was back; none where one still is not.
+void CrowdSummary::writeRogues(PrettyWriter& writer, const Crowd& crowd, const Facts& facts) const {
+  writer.Key("kinds");
+  writer.StartArray();
+  Duration from = facts.rogues.front().at;
+  for (const Rogue& rogue : facts.rogues) {
+    writer.String(kindOf(rogue).data(), static_cast<rapidjson::SizeType>(kindOf(rogue).size()));
+    from = std::min(from, rogue.at);
+  }
+  writer.EndArray();
+  const double frameSeconds =
+      frames_ > 0 ? toSeconds(facts.simulated) / static_cast<double>(frames_) : 0;
+  addMilliseconds(writer, "from", from);
+  addNumber(writer, "phonesLost", std::uint64_t{crowd.phonesLost()});
+  addNumber(writer, "mostAtOnce", std::uint64_t{mostLost_});
+  addNumber(
+      writer, "meanSeconds",
+      shareOf(static_cast<double>(lost_) * frameSeconds, static_cast<double>(facts.phones.size())));
+  addMilliseconds(writer, "allBackAfter",
+                  isLostNow_  ? std::nullopt
+                  : lastLost_ ? std::optional(*lastLost_ - from)
+                              : std::optional(Duration{}));
 }
 
 std::string CrowdSummary::json(const Crowd& crowd, const Facts& facts) const {
@@ -198,6 +226,9 @@ std::string CrowdSummary::json(const Crowd& crowd, const Facts& facts) const {
   addObject(writer, "pixelMap", [&] { writeMap(writer, map_, facts.phones); });
   addObject(writer, "flashes", [&] { writeFlashes(writer, crowd); });
   addNumber(writer, "mostTorches", std::uint64_t{mostTorches_});
+  if (!facts.rogues.empty()) {
+    addObject(writer, "rogues", [&] { writeRogues(writer, crowd, facts); });
+  }
   if (facts.cues != nullptr) {
     writer.Key("cues");
     writer.SetFormatOptions(rapidjson::kFormatDefault);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "halvora/platform/time.h"
+#include "venue/base/json_buffer.h"
 #include "venue/crowd/crowd.h"
 #include "venue/crowd/cue_watch.h"
 
@@ -40,6 +41,8 @@ class CrowdSummary {
     double simulatedSecondsPerSecond = 0;
     /// Null for a show that was given as packets.
     const CueWatch* cues = nullptr;
+    /// Empty where nobody attacked.
+    std::span<const Rogue> rogues = {};
   };
   std::string json(const Crowd& crowd, const Facts& facts) const;
 
@@ -50,6 +53,8 @@ class CrowdSummary {
     std::uint64_t never = 0;
   };
 
+  void writeRogues(PrettyJsonWriter& writer, const Crowd& crowd, const Facts& facts) const;
+
   std::size_t frames_ = 0;
   std::size_t looks_ = 0;
   Reach reaches_[3];
@@ -58,6 +63,11 @@ class CrowdSummary {
   double darkest_ = 0;
   Duration darkestTime_{};
   std::uint32_t mostTorches_ = 0;
+  std::uint32_t mostLost_ = 0;
+  /// Phones times frames.
+  std::uint64_t lost_ = 0;
+  std::optional<Duration> lastLost_;
+  bool isLostNow_ = false;
   std::vector<CrowdMapFrame> map_;
 };
 

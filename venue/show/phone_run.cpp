@@ -47,7 +47,14 @@ VirtualPhoneSetup setupOf(const Scenario& scenario, const TraceOptions& options,
 ShowEngineOptions engineOptionsOf(const TraceOptions& options) {
   ShowEngineOptions engine{{traceEndpoints()}};
   engine.limits.flash = options.flash;
+  engine.air = options.air;
   return engine;
+}
+
+Platform platformOf(VirtualPhone& phone, const TraceLibraries& libraries) {
+  Platform platform = phone.platform();
+  if (libraries.codes != nullptr) platform.codes = *libraries.codes;
+  return platform;
 }
 
 }  // namespace
@@ -63,7 +70,7 @@ PhoneRun::PhoneRun(const Scenario& scenario, const TraceOptions& options,
       options_(options),
       mainBundle_(options.assets, "com.example.host"),
       phone_(libraries.json, setupOf(scenario, options, std::move(random), libraries, mainBundle_)),
-      engine_(phone_.platform(), engineOptionsOf(options)) {
+      engine_(platformOf(phone_, libraries), engineOptionsOf(options)) {
   // Nobody ever reads these two, and a long show would fill them.
   phone_.bluetooth.log.isKept = false;
   phone_.queues.log.isKept = false;

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "halvora/air.h"
 #include "halvora/platform/files.h"
 #include "halvora/platform/image.h"
 #include "halvora/platform/json.h"
@@ -34,6 +35,7 @@ struct TraceOptions {
   /// Whether what the phone emits is written too, and what the host allows of it.
   bool isShownWritten = false;
   FlashPolicy flash = FlashPolicy::exact;
+  AirOptions air = {};
   /// Asked now and then; false ends the trace. Absent: it goes on.
   std::function<bool()> goesOn = {};
 };
@@ -46,6 +48,8 @@ struct TraceLibraries {
   Files* files = nullptr;
   const VideoAssets* videos = nullptr;
   Workers* workers = nullptr;
+  /// Null where there is no cipher.
+  const MessageCodes* codes = nullptr;
 };
 
 enum class TraceEnd : std::uint8_t {

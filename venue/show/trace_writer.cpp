@@ -51,6 +51,11 @@ constexpr const char* nameOf(VideoAct act) {
   return kNames[static_cast<std::size_t>(act)];
 }
 
+constexpr std::array<const char*, kAirDoubtCount> kDoubtNames = {
+    "other show", "out of step", "contested", "map too soon",
+    "untagged",   "bad tag",     "replayed",  "unconfirmed",
+};
+
 }  // namespace
 
 TraceWriter::TraceWriter(VirtualPhone& phone, ShowEngine& engine, TraceFolders folders,
@@ -104,6 +109,7 @@ void TraceWriter::turnEnded() {
   writeVideo();
   writePrecomputes();
   writeDefaults();
+  if (engine_.scanner().gate() != nullptr) writeFates();
 }
 
 void TraceWriter::precomputeProgressed(int done, int total, const std::string& mapId) {
@@ -227,6 +233,15 @@ void TraceWriter::writeDefaults() {
       json.addNull("value");
     }
     finish(json);
+  }
+}
+
+void TraceWriter::writeFates() {
+  const AirDiagnostics air = engine_.airDiagnostics();
+  for (std::size_t doubt = 0; doubt < kAirDoubtCount; ++doubt) {
+    for (; airWritten_.doubts[doubt] < air.doubts[doubt]; ++airWritten_.doubts[doubt]) {
+      finish(line().add("fate", kDoubtNames[doubt]));
+    }
   }
 }
 

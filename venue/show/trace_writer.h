@@ -71,6 +71,7 @@ class TraceWriter final : private ViewObserver {
   void writeVideo();
   void writePrecomputes();
   void writeDefaults();
+  void writeFates();
   void writeFlag(const char* key, bool value, bool& written);
 
   VirtualPhone& phone_;
@@ -93,6 +94,7 @@ class TraceWriter final : private ViewObserver {
   bool statusBarWritten_ = false;
   bool idleTimerWritten_ = false;
   bool insideVenueWritten_ = false;
+  AirDiagnostics airWritten_;
   std::map<std::string, std::optional<DefaultsValue>, std::less<>> defaultsWritten_;
 };
 

@@ -9,10 +9,14 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
+#include "adapters/virtual/virtual_devices.h"
 #include "adapters/virtual/virtual_run_loop.h"
 #include "engine/broadcast.h"
+#include "engine/signed_broadcast.h"
 #include "tests/apps/halvora/tool_runner.h"
+#include "tests/support/plain_codes.h"
 #include "venue/air/transmitter.h"
 
 namespace halvora {
@@ -51,6 +55,7 @@ class VirtualTransmitter final : public Transmitter {
     }
   }
   RunLoop& loop() override { return loop_; }
+  Date date() const override { return VirtualWallClock(loop_).now(); }
   void runUntil(const std::function<bool()>& isDone) override {
     while (!isDone() && loop_.now() < std::chrono::hours(1)) loop_.runFor(milliseconds(1));
   }
@@ -95,6 +100,7 @@ class Transmit : public testing::Test {
     ToolSetup setup;
     setup.isInterrupted = &isInterrupted;
     setup.isOutputClosed = isOutputClosed;
+    setup.codes = &codes;
     if (hasTransmitter) {
       setup.openTransmitter = [&] {
         return std::make_unique<VirtualTransmitter>(script, isInterrupted);
@@ -114,6 +120,7 @@ class Transmit : public testing::Test {
   }
 
   TransmitterScript script;
+  PlainCodes codes;
   TestFolder folder;
   bool hasTransmitter = true;
   bool isOutputClosed = false;
@@ -139,6 +146,43 @@ TEST_F(Transmit, ASequenceNumberMayBeGivenEvenOneThatNobodyObeys) {
   EXPECT_EQ(run({"--sequence", "65535", "--for", "1"}).status, 0);
   ASSERT_EQ(script.shown.size(), 1U);
   EXPECT_THAT(script.shown[0].second, testing::EndsWith("FFFF00"));
+}
+
+TEST_F(Transmit, SignsWithAKeyAnewInEveryMinute) {
+  const std::string file = folder.write("show.key", std::string(32, '0'));
+  ASSERT_EQ(chmod(file.c_str(), S_IRUSR), 0);
+  const ToolRun sent = run({"--mode", "1", "--for", "130", "--show-key", file});
+  EXPECT_EQ(sent.status, 0) << sent.error;
+  const auto code = codes.withKey(ShowKey(std::array<std::uint8_t, ShowKey::kSize>{}));
+  ASSERT_EQ(script.shown.size(), 3U);
+  for (std::uint32_t minute = 0; minute < 3; ++minute) {
+    const Broadcast fields{.mode = 1, .sequence = 1};
+    EXPECT_EQ(script.shown[minute].second,
+              NSDataToHex(signBroadcast(fields, 29454480 + minute, *code)));
+    EXPECT_LE(script.shown[minute].first, 60'000 * minute + 300) << "soon after it began";
+  }
+  EXPECT_EQ(linesOf(sent.output).size(), 3U);
+}
+
+TEST_F(Transmit, SignsThePacketsOfAScenarioThatHaveNoTagYet) {
+  const std::string file = folder.write("show.key", std::string(32, '0'));
+  ASSERT_EQ(chmod(file.c_str(), S_IRUSR), 0);
+  const std::string longer = std::string(kBlue) + "AABBCC";
+  EXPECT_EQ(runScenario("{\"at\":0,\"packet\":\"" + std::string(kRed) +
+                            "\"}\n{\"at\":1,\"packet\":\"" + longer + "\"}\n",
+                        {"--show-key", file})
+                .status,
+            0);
+  ASSERT_EQ(script.shown.size(), 2U);
+  EXPECT_EQ(script.shown[0].second.size(), 58U);
+  EXPECT_EQ(script.shown[1].second, longer);
+}
+
+TEST_F(Transmit, RefusesAKeyThatOthersMayReadBeforeAnythingIsOnTheAir) {
+  const std::string file = folder.write("show.key", std::string(32, '0'));
+  ASSERT_EQ(chmod(file.c_str(), 0644), 0);
+  EXPECT_EQ(flawOfRefusal(run({"--mode", "1", "--show-key", file})), "");
+  EXPECT_TRUE(script.shown.empty());
 }
 
 TEST_F(Transmit, GoesOnUntilTheUserEndsIt) {

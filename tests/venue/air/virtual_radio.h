@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "adapters/virtual/virtual_bluetooth.h"
+#include "adapters/virtual/virtual_devices.h"
 #include "adapters/virtual/virtual_run_loop.h"
 #include "venue/air/radio.h"
 
@@ -48,6 +49,7 @@ class VirtualRadio final : public Radio {
     }
   }
   RunLoop& loop() override { return loop_; }
+  Date date() const override { return VirtualWallClock(loop_).now(); }
   BluetoothCentral& bluetooth() override { return radio_; }
   RadioAdapters adapters() const override { return air_.adapters; }
   void runUntil(const std::function<bool()>& isDone) override {

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "engine/show_proof.h"
+
+#include <algorithm>
+
+namespace halvora {
+
+namespace {
+
+constexpr Duration kSecond = milliseconds(1000);
+using Act = AirVerdict::Act;
+
+bool areNeighbours(std::uint32_t one, std::uint32_t other) {
+  return (one > other ? one - other : other - one) <= 1;
+}
+
+}  // namespace
+
+AirVerdict ShowProof::judge(const HeardPacket& packet, Duration now, std::uint32_t epoch) {
+  const auto tagged = signedBroadcastIn(packet.data);
+  if (!tagged) return withoutProof(now, AirDoubt::untagged);
+  const auto minute = minuteOf(*tagged, epoch);
+  if (!minute) {
+    countBadTag(now);
+    return withoutProof(now, AirDoubt::badTag);
+  }
+  ++goodTags_;
+  const AirVerdict verdict = inOrder(packet.sequence, *minute, now);
+  if (verdict.act != Act::doubt || verdict.doubt != AirDoubt::replayed) lastGood_ = now;
+  return verdict;
+}
+
+bool ShowProof::isProven(Duration now) const { return lastGood_ && now - *lastGood_ < kPreference; }
+
+std::optional<std::uint32_t> ShowProof::minuteOf(SignedBroadcastView packet, std::uint32_t epoch) {
+  if (code_ == nullptr) return std::nullopt;
+  if (known_ && std::ranges::equal(packet, *known_) && areNeighbours(knownMinute_, epoch)) {
+    return knownMinute_;
+  }
+  for (const std::uint32_t minute : {epoch, epoch - 1, epoch + 1}) {
+    if (!areNeighbours(minute, epoch) || !isTagGood(packet, minute, *code_)) continue;
+    std::ranges::copy(packet, known_.emplace().begin());
+    knownMinute_ = minute;
+    return minute;
+  }
+  return std::nullopt;
+}
+
+AirVerdict ShowProof::withoutProof(Duration now, AirDoubt doubt) const {
+  if (authentication_ == Authentication::require || isProven(now)) {
+    return AirVerdict::doubted(doubt);
+  }
+  return {};
+}
+
+AirVerdict ShowProof::inOrder(std::uint16_t sequence, std::uint32_t epoch, Duration now) {
+  if (place_) {
+    const std::uint16_t step = stepFrom(place_->sequence, sequence);
+    if (step == 0) {
+      place_->epoch = std::max(place_->epoch, epoch);
+      place_->heard = now;
+      return {.act = Act::same};
+    }
+    // Nobody but the show can sign for a minute that has not been heard yet. Transmitters of one
+    // show may be a packet apart as the minute changes, hence the silence.
+    const bool mayBeginAnew = epoch > place_->epoch && now - place_->heard >= kSilence;
+    if (step >= kHalfWayRound && !mayBeginAnew) return AirVerdict::doubted(AirDoubt::replayed);
+  }
+  if (isFlooded(now) && !isConfirmed(sequence, now)) {
+    return AirVerdict::doubted(AirDoubt::unconfirmed);
+  }
+  place_ = {sequence, epoch, now};
+  return {.act = Act::obey};
+}
+
+void ShowProof::countBadTag(Duration now) {
+  if (now - second_ >= kSecond) {
+    badTagsBefore_ = now - second_ < 2 * kSecond ? badTags_ : 0;
+    badTags_ = 0;
+    second_ = now;
+  }
+  // No further than it matters.
+  badTags_ = std::min(badTags_ + 1, kFlood + 1);
+}
+
+bool ShowProof::isFlooded(Duration now) const {
+  if (now - second_ >= 2 * kSecond) return false;
+  return badTags_ > kFlood || (now - second_ < kSecond && badTagsBefore_ > kFlood);
+}
+
+// One tag in millions is good by chance, and a flood may be millions. That the next few numbers
+// have one as well, or that somebody goes on with a packet without knowing that its tag was good,
+// is not by chance.
+bool ShowProof::isConfirmed(std::uint16_t sequence, Duration now) {
+  if (waiting_) {
+    const std::uint16_t step = stepFrom(*waiting_, sequence);
+    const Duration age = now - waitingSince_;
+    if (step == 0 && age < kConfirmation) return false;
+    waiting_ = sequence;
+    waitingSince_ = now;
+    return step <= kConfirmingStep && age < kPreference;
+  }
+  waiting_ = sequence;
+  waitingSince_ = now;
+  return false;
+}
+
+}  // namespace halvora

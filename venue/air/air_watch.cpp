@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "venue/air/air_watch.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace halvora {
+
+namespace {
+
+/// So many turns within so long are no restart: two senders take turns.
+constexpr int kSeveralTurns = 3;
+constexpr Duration kTurnPause = milliseconds(3000);
+
+constexpr const char* kNames[] = {"unknown sender", "wrong venue", "jump",
+                                  "two senders",    "other look",  "silent"};
+constexpr const char* kTrusts[] = {"unproven", "trusted", "contested"};
+
+std::string keyOf(const HeardPacket& packet) {
+  return transmitterKey(static_cast<std::uint16_t>(packet.applicationId()), packet.data.back());
+}
+
+}  // namespace
+
+AirWatch::AirWatch(const AirWatchOptions& options, const MessageCodes& codes,
+                   const WallClock& clock, std::function<void(const AirFinding&)> tell)
+    : options_(options), gate_(options.air, codes), clock_(clock), tell_(std::move(tell)) {}
+
+void AirWatch::hear(std::span<const std::uint8_t> data, Duration now) {
+  const HeardPacket packet(data);
+  const std::string key = keyOf(packet);
+  static_cast<void>(gate_.judge(packet, now, clock_));
+  tellTrust();
+  auto found = transmitters_.find(packet.key);
+  const bool isFirst = found == transmitters_.end();
+  if (isFirst && transmitters_.size() < kMostTransmitters) {
+    found = transmitters_.try_emplace(packet.key).first;
+  }
+  if (found != transmitters_.end()) {
+    Heard& heard = found->second;
+    const auto& known = options_.transmitters;
+    if (!known.empty() && std::ranges::find(known, key) == known.end()) {
+      say(Kind::unknownSender, key, heard.told[0], now, "not one of the show's");
+    }
+    if (options_.venueId && packet.venueId != *options_.venueId) {
+      say(Kind::wrongVenue, key, heard.told[1], now, "venue " + std::to_string(packet.venueId));
+    }
+    if (!isFirst) follow(packet, key, heard, now);
+    heard.sequence = packet.sequence;
+    std::ranges::copy(packet.look(), heard.look.begin());
+  }
+  if (options_.expected != nullptr) align(packet, now);
+}
+
+void AirWatch::follow(const HeardPacket& packet, const std::string& key, Heard& heard,
+                      Duration now) {
+  const std::uint16_t step = stepFrom(heard.sequence, packet.sequence);
+  const std::string detail =
+      std::to_string(heard.sequence) + " to " + std::to_string(packet.sequence);
+  if (step == 0) {
+    const bool isSame = std::ranges::equal(packet.look(), heard.look);
+    if (!isSame) turn(key, heard, now, std::to_string(packet.sequence) + " says two things");
+    return;
+  }
+  if (step >= kHalfWayRound) turn(key, heard, now, detail);
+  if (step > AirGuard::kLargestStep) say(Kind::jump, key, heard.told[2], now, detail);
+}
+
+void AirWatch::turn(const std::string& key, Heard& heard, Duration now, const std::string& detail) {
+  heard.turns = now - heard.turned < kTurnPause ? std::min(heard.turns + 1, kSeveralTurns) : 1;
+  heard.turned = now;
+  if (heard.turns >= kSeveralTurns) say(Kind::twoSenders, key, heard.told[3], now, detail);
+}
+
+// The first packet of the expected show that is heard says how far it is; what is not of it is
+// compared all the same.
+void AirWatch::align(const HeardPacket& packet, Duration now) {
+  const auto place = options_.expected->firstTimeOf(packet.look(), packet.sequence);
+  if (!begin_) {
+    if (!place) return;
+    begin_ = now - *place;
+  }
+  lastHeard_ = now;
+  std::ranges::copy(packet.look(), last_.emplace().begin());
+  if (options_.expected->showed(last_, now - *begin_ - kLate, now - *begin_)) goodAt_ = now;
+}
+
+void AirWatch::look(Duration now) {
+  gate_.refresh(now);
+  tellTrust();
+  if (!firstLook_) firstLook_ = now;
+  if (options_.expected != nullptr) compare(now);
+}
+
+void AirWatch::compare(Duration now) {
+  const Duration since = begin_ ? std::max(lastHeard_, *firstLook_) : *firstLook_;
+  if (now - since >= kLate) {
+    say(Kind::silent, {}, told_[0], now, begin_ ? "nothing is heard" : "nothing of it was heard");
+    return;
+  }
+  if (!begin_ || !last_ || now - goodAt_.value_or(*firstLook_) < kLate) return;
+  const auto* const wanted = options_.expected->at(now - *begin_);
+  say(Kind::otherLook, {}, told_[1], now,
+      NSDataToHex(*last_) + " instead of " +
+          (wanted != nullptr ? NSDataToHex(std::span(wanted->data).first(kBroadcastKeySize))
+                             : std::string("nothing")));
+}
+
+void AirWatch::say(Kind kind, const std::string& key, std::optional<Duration>& told, Duration now,
+                   const std::string& detail) {
+  if (told && now - *told < kPause) return;
+  told = now;
+  tell_({kNames[static_cast<std::size_t>(kind)], key, detail});
+}
+
+void AirWatch::tellTrust() {
+  if (gate_.trust() == trust_) return;
+  trust_ = gate_.trust();
+  tell_({"trust", {}, kTrusts[static_cast<std::size_t>(trust_)]});
+}
+
+}  // namespace halvora

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+// Looks at what is on the air as a crew would want to: who is there that should not be, what does
+// not go on, and what differs from the show that should be on. Says each thing once, and again
+// after ten seconds if it still holds. Keeps to its room whatever is sent. One thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/air_gate.h"
+#include "halvora/platform/wall_clock.h"
+#include "venue/show/true_show.h"
+
+namespace halvora {
+
+struct AirWatchOptions {
+  /// What a phone would believe.
+  AirOptions air;
+  /// The transmitters that belong to the show; empty for all.
+  std::vector<std::string> transmitters = {};
+  std::optional<std::uint8_t> venueId = std::nullopt;
+  /// What should be on the air; outlives the watch. Its first packet that is heard says when it
+  /// began.
+  const TrueShow* expected = nullptr;
+};
+
+struct AirFinding {
+  /// "unknown sender", "wrong venue", "jump", "two senders", "other look", "silent", or "trust".
+  std::string what;
+  /// Whose; empty where it is nobody's.
+  std::string transmitter;
+  std::string detail;
+};
+
+class AirWatch {
+ public:
+  /// How far what is heard may lag behind what should be on the air.
+  static constexpr Duration kLate = milliseconds(1500);
+  static constexpr Duration kPause = milliseconds(10'000);
+  static constexpr std::size_t kMostTransmitters = 256;
+
+  AirWatch(const AirWatchOptions& options, const MessageCodes& codes, const WallClock& clock,
+           std::function<void(const AirFinding&)> tell);
+
+  /// A valid packet.
+  void hear(std::span<const std::uint8_t> data, Duration now);
+  /// A few times a second.
+  void look(Duration now);
+
+ private:
+  enum class Kind : std::uint8_t { unknownSender, wrongVenue, jump, twoSenders, otherLook, silent };
+  struct Heard {
+    std::uint16_t sequence = 0;
+    BroadcastKeyBytes look{};
+    /// How often the numbers went back lately, and when last.
+    int turns = 0;
+    Duration turned{};
+    std::array<std::optional<Duration>, 6> told;
+  };
+
+  void follow(const HeardPacket& packet, const std::string& key, Heard& heard, Duration now);
+  void turn(const std::string& key, Heard& heard, Duration now, const std::string& detail);
+  void align(const HeardPacket& packet, Duration now);
+  void compare(Duration now);
+  void say(Kind kind, const std::string& key, std::optional<Duration>& told, Duration now,
+           const std::string& detail);
+  void tellTrust();
+
+  AirWatchOptions options_;
+  AirGate gate_;
+  const WallClock& clock_;
+  std::function<void(const AirFinding&)> tell_;
+  std::map<std::uint32_t, Heard> transmitters_;
+  AirTrust trust_ = AirTrust::unproven;
+  /// Of the expected show: when it began, and what of it was heard last.
+  std::optional<Duration> begin_;
+  std::optional<Duration> firstLook_;
+  std::optional<BroadcastKeyBytes> last_;
+  Duration lastHeard_{};
+  std::optional<Duration> goodAt_;
+  std::array<std::optional<Duration>, 2> told_;
+};
+
+}  // namespace halvora

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "venue/show/true_show.h"
+
+#include <algorithm>
+
+#include "venue/show/scenario_schedule.h"
+
+namespace halvora {
+
+using Moment = TrueShow::Moment;
+
+namespace {
+
+bool isSame(const Moment& moment, const std::optional<BroadcastKeyBytes>& look) {
+  if (!look) return moment.fields.mode == 0;
+  return std::equal(look->begin(), look->end(), moment.data.begin());
+}
+
+}  // namespace
+
+TrueShow::TrueShow(const Scenario& scenario, Duration end) {
+  ScenarioSchedule schedule(scenario);
+  while (const auto moment = schedule.next(end)) {
+    const auto* packet = std::get_if<PacketAction>(moment->action);
+    if (packet == nullptr || formatOf(packet->data) != BroadcastFormat::valid) continue;
+    // Repeats are no news.
+    if (!moments_.empty() && moments_.back().data == packet->data) continue;
+    moments_.push_back({moment->time, packet->data, decodeBroadcast(packet->data)});
+  }
+}
+
+const Moment* TrueShow::at(Duration time) const {
+  const auto after = std::ranges::upper_bound(moments_, time, {}, &Moment::time);
+  return after == moments_.begin() ? nullptr : &*(after - 1);
+}
+
+std::optional<Duration> TrueShow::firstTimeOf(std::span<const std::uint8_t, kBroadcastKeySize> look,
+                                              std::uint16_t sequence) const {
+  const auto moment = std::ranges::find_if(moments_, [&](const Moment& one) {
+    return one.fields.sequence == sequence &&
+           std::equal(look.begin(), look.end(), one.data.begin());
+  });
+  if (moment == moments_.end()) return std::nullopt;
+  return moment->time;
+}
+
+bool TrueShow::showed(const std::optional<BroadcastKeyBytes>& look, Duration from,
+                      Duration to) const {
+  const auto after = std::ranges::upper_bound(moments_, to, {}, &Moment::time);
+  for (auto moment = after; moment != moments_.begin();) {
+    --moment;
+    if (isSame(*moment, look)) return true;
+    if (moment->time <= from) return false;
+  }
+  return !look;
+}
+
+}  // namespace halvora
