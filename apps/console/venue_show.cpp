@@ -139,13 +139,13 @@ void VenueShow::showProgress(double share) {
 }
 
 void VenueShow::seatPhones() {
-  crowdParts_.emplace(
-      CrowdParts{bundles_,
-                 parts_.libraries.json,
-                 parts_.libraries.images,
-                 parts_.libraries.files,
-                 {{}, loadShowAssets(bundles_, parts_.libraries.json), &files_->tables(), &stills_},
-                 parts_.device});
+  // Named: gcc takes what is not set of one that is not for something that nobody has set.
+  ShowEngineOptions options;
+  options.assets = loadShowAssets(bundles_, parts_.libraries.json);
+  options.seatLuts = &files_->tables();
+  options.stills = &stills_;
+  crowdParts_.emplace(bundles_, parts_.libraries.json, parts_.libraries.images,
+                      parts_.libraries.files, std::move(options), parts_.device);
   crowd_ = std::make_unique<LiveCrowd>(parts_.loop, *crowdParts_, files_->seats());
   crowd_->mayHaveChanged = [this] { emit lightsMayHaveChanged(); };
 }
