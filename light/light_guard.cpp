@@ -200,7 +200,7 @@ Emission LightGuard::wanted(const LightLook& look) {
 LightLook LightGuard::decide() {
   if (!guards_) {
     // The last limit is gone: what the show wants is what there is.
-    const LightLook look = lookOf(views_);
+    LightLook look = lookOf(views_);
     const Emission all = wanted(look);
     send({ShownScreen::wanted, all, true}, all);
     wantedBacklight_.reset();

@@ -239,7 +239,8 @@ Nothing& onlyOne() {
 
 }  // namespace
 
-namespace v0::absent {
+// The version is an inline namespace, which cannot be left out where it is defined.
+namespace v0::absent {  // NOLINT(modernize-concat-nested-namespaces)
 
 Application& application() { return onlyOne<AbsentApplication>(); }
 BluetoothCentral& bluetooth() { return onlyOne<AbsentBluetooth>(); }

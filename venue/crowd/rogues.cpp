@@ -172,6 +172,7 @@ std::optional<Rogue> rogueOf(const std::string& text) {
 
 std::vector<RogueKind> rogueKinds() {
   std::vector<RogueKind> kinds;
+  kinds.reserve(std::size(kRogues));
   for (const RogueRow& row : kRogues) kinds.push_back({row.kind, row.does});
   return kinds;
 }

@@ -81,7 +81,7 @@ CommandResult runSafety(const SafetyRequest& request, const Call& call) {
       return unusable(request.page + ": cannot be written (--html)");
     }
   }
-  const CommandResult written = writeAll(safetyJson(findings), call.output);
+  CommandResult written = writeAll(safetyJson(findings), call.output);
   if (written.status != 0 || findings.isPass()) return written;
   return failed(request.name + ": there are seconds with more than three flashes");
 }

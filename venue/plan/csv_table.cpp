@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kMostColumns = 1000;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
-std::string trimmed(std::string text) {
+std::string trimmed(const std::string& text) {
   const std::size_t begin = text.find_first_not_of(" \t");
   if (begin == std::string::npos) return {};
   return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);

@@ -86,13 +86,20 @@ std::optional<std::size_t> columnCalled(const CsvTable& table, std::string_view 
 std::variant<Places, std::string> placesOf(const CsvTable& table, const SeatColumns& columns) {
   Places places;
   std::string there;
-  for (const std::string& name : table.columns) there += (there.empty() ? "" : ", ") + name;
+  for (const std::string& name : table.columns) {
+    if (!there.empty()) there += ", ";
+    there += name;
+  }
   for (std::size_t at = 0; at < kColumnCount; ++at) {
     const ColumnNames& names = kColumns[at];
     const std::string& own = columns.*names.own;
     if (!own.empty()) {
       places[at] = columnCalled(table, own);
-      if (!places[at]) return "line 1: no column is called \"" + own + "\"; there are " + there;
+      if (!places[at]) {
+        std::string flaw = "line 1: no column is called \"";
+        flaw.append(own).append("\"; there are ").append(there);
+        return flaw;
+      }
       continue;
     }
     for (const char* name : names.usual) {

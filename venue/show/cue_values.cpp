@@ -44,8 +44,8 @@ std::optional<Duration> showTimeOf(std::string_view text) {
   const auto fraction =
       point == rest.size() ? std::optional<std::uint64_t>(0) : thousandths(rest.substr(point + 1));
   if (!minutes || !seconds || !fraction) return std::nullopt;
-  const Duration time =
-      milliseconds(static_cast<long long>((*minutes * 60 + *seconds) * 1000 + *fraction));
+  const std::uint64_t thousandth = (*minutes * 60 + *seconds) * 1000 + *fraction;
+  const Duration time = milliseconds(static_cast<long long>(thousandth));
   return time <= kLongestShow ? std::optional(time) : std::nullopt;
 }
 

@@ -11,8 +11,11 @@ LinuxBacklight::LinuxBacklight(RunLoop& loop, Bus& system, const SysfsLight& lig
     : loop_(loop), fresh_(fresh), writer_(loop, system, light, settings) {}
 
 LinuxBacklight::~LinuxBacklight() {
-  if (!before_ || before_ == asked_) return;
-  if (writer_.isBusy() || writer_.light().level() == asked_) writer_.leave(*before_);
+  if (!before_) return;
+  // Also where what is still under way is that very level: nobody is left to see it arrive.
+  const bool isUnderWay = writer_.isBusy();
+  const bool isOurs = before_ != asked_ && writer_.light().level() == asked_;
+  if (isUnderWay || isOurs) writer_.leave(*before_);
 }
 
 double LinuxBacklight::level() const {

@@ -97,7 +97,7 @@ TEST_F(SeatEffort, ByOneLine) {
   type("214 18 33");
   key(Qt::Key_Return);
   key(Qt::Key_Return);
-  expectSeat("line", 13);
+  expectSeat("one line", 13);
 }
 
 TEST_F(SeatEffort, ByTouch) {

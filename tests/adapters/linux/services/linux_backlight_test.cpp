@@ -104,6 +104,16 @@ TEST_F(LinuxBacklights, ALevelUnderWayIsTakenBackToo) {
   EXPECT_EQ(login.calls.back(), "SetBrightness(backlight, panel, 30)");
 }
 
+TEST_F(LinuxBacklights, ALevelThatIsGivenBackAtTheLastMomentArrives) {
+  login.appear();
+  makeBacklight(100, 30);
+  backlight->setLevel(0.99);
+  ASSERT_TRUE(waitForLevel(99));
+  backlight->setLevel(0.3);
+  backlight.reset();
+  EXPECT_TRUE(waitForLevel(30));
+}
+
 TEST_F(LinuxBacklights, ALevelThatTheUserHasSetSinceStays) {
   login.appear();
   makeBacklight(100, 30);
