@@ -7,7 +7,7 @@ namespace halvora {
 
 namespace {
 
-constexpr Duration kSecond = milliseconds(1000);
+constexpr Duration kOneSecond = milliseconds(1000);
 using Act = AirVerdict::Act;
 
 bool areNeighbours(std::uint32_t one, std::uint32_t other) {
@@ -74,8 +74,8 @@ AirVerdict ShowProof::inOrder(std::uint16_t sequence, std::uint32_t epoch, Durat
 }
 
 void ShowProof::countBadTag(Duration now) {
-  if (now - second_ >= kSecond) {
-    badTagsBefore_ = now - second_ < 2 * kSecond ? badTags_ : 0;
+  if (now - second_ >= kOneSecond) {
+    badTagsBefore_ = now - second_ < 2 * kOneSecond ? badTags_ : 0;
     badTags_ = 0;
     second_ = now;
   }
@@ -84,8 +84,8 @@ void ShowProof::countBadTag(Duration now) {
 }
 
 bool ShowProof::isFlooded(Duration now) const {
-  if (now - second_ >= 2 * kSecond) return false;
-  return badTags_ > kFlood || (now - second_ < kSecond && badTagsBefore_ > kFlood);
+  if (now - second_ >= 2 * kOneSecond) return false;
+  return badTags_ > kFlood || (now - second_ < kOneSecond && badTagsBefore_ > kFlood);
 }
 
 // One tag in millions is good by chance, and a flood may be millions. That the next few numbers

@@ -9,7 +9,7 @@ namespace halvora {
 
 namespace {
 
-constexpr Duration kSecond = milliseconds(1000);
+constexpr Duration kWholeSecond = milliseconds(1000);
 constexpr Duration kInstant{1};
 
 // A little stricter than the rules (0.1, 0.8, 0.8 and 0.2), so that whoever measures figures that
@@ -22,7 +22,7 @@ constexpr double kFar = 0.195;
 // Whoever reads whole milliseconds has lost up to one of them: the first time that still belongs to
 // the second that ends now.
 Duration beginOfSecond(Duration now) {
-  return std::chrono::floor<std::chrono::milliseconds>(now) - kSecond;
+  return std::chrono::floor<std::chrono::milliseconds>(now) - kWholeSecond;
 }
 
 bool isFarApart(const Chromaticity& one, const Chromaticity& other) {
@@ -150,7 +150,7 @@ bool FlashLedger::mayEmit(const Emission& emission, Duration now, Darkness darkn
   const bool isSoonest = darkness == Darkness::inTheSameMillisecond;
   const Duration dark = isSoonest ? now : now + kInstant;
   trial.add(halvora::darkness(emission), dark);
-  return trial.mostSince(isSoonest ? beginOfSecond(now) : dark - kSecond) <= kMostChanges;
+  return trial.mostSince(isSoonest ? beginOfSecond(now) : dark - kWholeSecond) <= kMostChanges;
 }
 
 template <class Visit>
@@ -173,7 +173,7 @@ std::optional<Duration> FlashLedger::nextRoom(Duration now) const {
     if (times.since(first) < kMostChanges - 1) return;
     const auto earliest =
         std::chrono::floor<std::chrono::milliseconds>(*times.earliestSince(first));
-    const Duration room = earliest + kSecond + milliseconds(1);
+    const Duration room = earliest + kWholeSecond + milliseconds(1);
     if (!next || room < *next) next = room;
   });
   return next;

@@ -239,8 +239,8 @@ Nothing& onlyOne() {
 
 }  // namespace
 
-// The version is an inline namespace, which cannot be left out where it is defined.
-namespace v0::absent {  // NOLINT(modernize-concat-nested-namespaces)
+inline namespace v0 {
+namespace absent {
 
 Application& application() { return onlyOne<AbsentApplication>(); }
 BluetoothCentral& bluetooth() { return onlyOne<AbsentBluetooth>(); }
@@ -262,6 +262,7 @@ const VideoPlayers& videoPlayers() { return onlyOne<AbsentPlayers>().players; }
 WallClock& wallClock() { return onlyOne<AbsentWallClock>(); }
 Workers& workers() { return onlyOne<AbsentWorkers>(); }
 
-}  // namespace v0::absent
+}  // namespace absent
+}  // namespace v0
 
 }  // namespace halvora

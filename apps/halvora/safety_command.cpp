@@ -18,7 +18,7 @@ namespace halvora {
 
 namespace {
 
-constexpr double kLatestEnd = 24 * 3600;
+constexpr double kLatestSafetyEnd = 24 * 3600;
 constexpr Duration kAfterLastAction = milliseconds(10'000);
 constexpr std::uint64_t kMostPhones = 10'000'000;
 constexpr std::uint64_t kMostThreads = 256;
@@ -119,11 +119,11 @@ class SafetyCommand final : public ToolCommand {
     request.end = request.scenario.lastAction() + kAfterLastAction;
     if (until_) {
       const auto seconds = plainNumber(*until_);
-      if (!seconds || *seconds < 0 || *seconds > kLatestEnd) {
+      if (!seconds || *seconds < 0 || *seconds > kLatestSafetyEnd) {
         return refuse("--until", "seconds from 0 to 86400", *until_);
       }
       request.end = fromSeconds(*seconds);
-    } else if (toSeconds(request.end) > kLatestEnd) {
+    } else if (toSeconds(request.end) > kLatestSafetyEnd) {
       return unusable(scenario_ + ": longer than a day; say how long with --until");
     }
     return std::nullopt;

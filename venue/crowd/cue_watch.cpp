@@ -10,7 +10,7 @@ namespace halvora {
 
 namespace {
 
-constexpr std::pair<int, const char*> kShares[] = {
+constexpr std::pair<int, const char*> kNamedShares[] = {
     {50, "shownBy50"}, {95, "shownBy95"}, {99, "shownBy99"}};
 
 void writeText(PrettyJsonWriter& writer, std::string_view text) {
@@ -47,7 +47,7 @@ void CueWatch::writeShares(PrettyJsonWriter& writer, std::vector<std::uint16_t> 
   writer.Key("phones");
   writer.Uint64(delays.size());
   std::ranges::sort(delays);
-  for (const auto& [share, name] : kShares) {
+  for (const auto& [share, name] : kNamedShares) {
     const std::size_t wanted = (delays.size() * static_cast<std::size_t>(share) + 99) / 100;
     writer.Key(name);
     if (wanted == 0 || delays[wanted - 1] == kNever) {

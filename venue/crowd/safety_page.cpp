@@ -158,7 +158,7 @@ class Graph {
   Duration length_;
 };
 
-struct Moment {
+struct WorstMoment {
   Duration from{};
   Duration to{};
   int general = 0;
@@ -167,27 +167,28 @@ struct Moment {
 };
 
 // Stretches of the curve that lie above the limit; of one that has none, those that flash at all.
-std::vector<Moment> worstMoments(const FlashCurve& curve) {
+std::vector<WorstMoment> worstMoments(const FlashCurve& curve) {
   const int least = mostOf(curve) > kLimit ? kLimit + 1 : 1;
-  std::vector<Moment> moments;
+  std::vector<WorstMoment> moments;
   Duration time{};
   bool goesOn = false;
   for (const auto& point : curve.points()) {
-    const Moment now{time, time + FlashCurve::kStep, point.general, point.red};
+    const WorstMoment now{time, time + FlashCurve::kStep, point.general, point.red};
     const bool isOne = now.worst() >= least;
     if (isOne && !goesOn) moments.push_back(now);
     if (isOne) {
-      Moment& moment = moments.back();
+      WorstMoment& moment = moments.back();
       moment = {moment.from, now.to, std::max(moment.general, now.general),
                 std::max(moment.red, now.red)};
     }
     goesOn = isOne;
     time = now.to;
   }
-  std::ranges::stable_sort(
-      moments, [](const Moment& one, const Moment& other) { return one.worst() > other.worst(); });
+  std::ranges::stable_sort(moments, [](const WorstMoment& one, const WorstMoment& other) {
+    return one.worst() > other.worst();
+  });
   if (moments.size() > kMostMoments) moments.resize(kMostMoments);
-  std::ranges::sort(moments, {}, &Moment::from);
+  std::ranges::sort(moments, {}, &WorstMoment::from);
   return moments;
 }
 
@@ -270,13 +271,13 @@ std::string figure(const SafetyFindings& findings) {
 }
 
 std::string momentsTable(const SafetyFindings& findings, const Scenario& scenario) {
-  const std::vector<Moment> moments = worstMoments(findings.curve);
+  const std::vector<WorstMoment> moments = worstMoments(findings.curve);
   if (moments.empty()) return "<p>Nothing flashes.</p>\n";
   const std::vector<OnAir> looks = looksOf(scenario, findings.length);
   std::string html =
       "<table><tr><th>from</th><th>to</th><th class=\"n\">general</th><th class=\"n\">red</th>"
       "<th>on the air</th></tr>\n";
-  for (const Moment& moment : moments) {
+  for (const WorstMoment& moment : moments) {
     html += "<tr><td>" + timeText(moment.from) + "</td><td>" + timeText(moment.to) + "</td>" +
             countCell(moment.general) + countCell(moment.red) + "<td>" +
             lookText(looks, (moment.from + moment.to) / 2) + "</td></tr>\n";

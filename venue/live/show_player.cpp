@@ -11,7 +11,7 @@ namespace {
 constexpr int kLastFrame = 0xFFFF;
 constexpr std::size_t kShownText = 60;
 
-std::string_view trimmed(std::string_view text) {
+std::string_view withoutBlanks(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   const std::size_t begin = text.find_first_not_of(kBlanks);
   if (begin == std::string_view::npos) return {};
@@ -48,9 +48,9 @@ ShowPlayer::ShowPlayer(const CueList& show, MapFrames frames, RunLoop& loop,
       ends_(std::move(ends)) {}
 
 std::string ShowPlayer::obey(std::string_view line) {
-  line = trimmed(line);
+  line = withoutBlanks(line);
   const std::string_view word = line.substr(0, line.find_first_of(" \t"));
-  const std::string_view rest = trimmed(line.substr(word.size()));
+  const std::string_view rest = withoutBlanks(line.substr(word.size()));
   const bool isLatched = isBlack_ || isPanic_;
   const auto* const found = std::ranges::find(kCommands, word, &Command::word);
   const bool isKnown = found != std::end(kCommands);

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kMostColumns = 1000;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
-std::string trimmed(const std::string& text) {
+std::string fieldText(const std::string& text) {
   const std::size_t begin = text.find_first_not_of(" \t");
   if (begin == std::string::npos) return {};
   return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
@@ -52,7 +52,7 @@ class CsvParse {
       readQuoted(field);
     } else {
       const std::size_t end = std::min(rest_.find_first_of(ends_), rest_.size());
-      field = trimmed(std::string(rest_.substr(0, end)));
+      field = fieldText(std::string(rest_.substr(0, end)));
       rest_.remove_prefix(end);
     }
     if (row.fields.size() == kMostColumns) fault_ = "more than 1000 columns";

@@ -35,14 +35,14 @@ struct Point {
 };
 
 /// The seats of a section, row by row, as places in the list.
-struct Section {
+struct SectionSeats {
   std::string name;
   std::vector<std::pair<std::string, std::vector<std::size_t>>> rows;
 };
 
 // Sections, rows and seats in the order in which they come first.
-std::vector<Section> sectionsOf(const SeatList& list) {
-  std::vector<Section> sections;
+std::vector<SectionSeats> sectionsOf(const SeatList& list) {
+  std::vector<SectionSeats> sections;
   std::unordered_map<std::string, std::size_t> sectionAt;
   std::map<std::pair<std::size_t, std::string>, std::size_t> rowAt;
   for (std::size_t at = 0; at < list.seats.size(); ++at) {
@@ -57,7 +57,7 @@ std::vector<Section> sectionsOf(const SeatList& list) {
   return sections;
 }
 
-void placeOnArc(const Section& section, const SeatArc& arc, std::vector<Point>& points) {
+void placeOnArc(const SectionSeats& section, const SeatArc& arc, std::vector<Point>& points) {
   double radius = arc.radius;
   for (const auto& [name, seats] : section.rows) {
     for (std::size_t at = 0; at < seats.size(); ++at) {
@@ -71,11 +71,11 @@ void placeOnArc(const Section& section, const SeatArc& arc, std::vector<Point>& 
 }
 
 // Sections side by side, as on shelves, from a height downwards.
-void placeInBlocks(std::span<const Section* const> sections, Point corner,
+void placeInBlocks(std::span<const SectionSeats* const> sections, Point corner,
                    std::vector<Point>& points) {
   const double left = corner.x;
   double shelfHeight = 0;
-  for (const Section* section : sections) {
+  for (const SectionSeats* section : sections) {
     std::size_t longest = 0;
     for (const auto& [name, seats] : section->rows) longest = std::max(longest, seats.size());
     const double width = static_cast<double>(longest) * kPitch;
@@ -223,10 +223,10 @@ std::variant<PlacedList, std::string> placeSeats(const SeatList& list,
     }
     return onCanvas(points);
   }
-  const std::vector<Section> sections = sectionsOf(list);
-  std::vector<const Section*> blocks;
+  const std::vector<SectionSeats> sections = sectionsOf(list);
+  std::vector<const SectionSeats*> blocks;
   Bounds bowl;
-  for (const Section& section : sections) {
+  for (const SectionSeats& section : sections) {
     const auto arc = std::ranges::find(arcs, section.name, &SeatArc::section);
     if (arc == arcs.end()) {
       blocks.push_back(&section);
@@ -238,7 +238,7 @@ std::variant<PlacedList, std::string> placeSeats(const SeatList& list,
     }
   }
   for (const SeatArc& arc : arcs) {
-    if (std::ranges::find(sections, arc.section, &Section::name) == sections.end()) {
+    if (std::ranges::find(sections, arc.section, &SectionSeats::name) == sections.end()) {
       return "--place: no section is called \"" + arc.section + "\"";
     }
   }
@@ -258,7 +258,7 @@ std::string seatMapDocumentOf(const SeatList& list, const PlacedList& places) {
   writer.Int(1);
   writer.Key("s");
   writer.StartObject();
-  for (const Section& section : sectionsOf(list)) {
+  for (const SectionSeats& section : sectionsOf(list)) {
     write(writer, section.name);
     writer.StartObject();
     for (const auto& [row, seats] : section.rows) {
