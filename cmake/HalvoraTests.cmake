@@ -138,6 +138,10 @@ if(TARGET halvora_c AND NOT HALVORA_TEST_SUITES AND NOT HALVORA_TEST_PROCESSOR)
   target_compile_options(halvora_c99_host PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wstrict-prototypes -Werror)
   target_link_libraries(halvora_c99_host PRIVATE halvora_c)
+  if(HALVORA_SANITIZE)
+    # What the sanitizers need of C++ comes with its linker alone.
+    set_target_properties(halvora_c99_host PROPERTIES LINKER_LANGUAGE CXX)
+  endif()
   add_test(NAME c_interface/c99 COMMAND halvora_c99_host)
   find_package(Python3 QUIET COMPONENTS Interpreter)
   if(Python3_FOUND AND NOT HALVORA_SANITIZE)

@@ -22,8 +22,10 @@ constexpr Duration kOften = milliseconds(50);
 constexpr Duration kDelay = milliseconds(20);
 constexpr double kLatest = 1e6;
 
+}  // namespace
+
 /// What an attacker knows as it sends its k-th packet.
-struct Sight {
+struct RogueSight {
   const TrueShow& show;
   /// What is on the air.
   const Moment& now;
@@ -32,13 +34,15 @@ struct Sight {
   std::uint64_t k = 0;
 };
 
+namespace {
+
 Data dataOf(const Broadcast& broadcast) {
   const BroadcastBytes bytes = encodeBroadcast(broadcast);
   return {bytes.begin(), bytes.end()};
 }
 
 // A white strobe of screen and torch, so many numbers ahead of the show, under the show's own name.
-Broadcast strobe(const Sight& sight, int ahead) {
+Broadcast strobe(const RogueSight& sight, int ahead) {
   Broadcast look = sight.now.fields;
   look.sequence = static_cast<std::uint16_t>(look.sequence + ahead);
   look.pixelMapId = 0;
@@ -49,52 +53,52 @@ Broadcast strobe(const Sight& sight, int ahead) {
   return look;
 }
 
-int sofar(const Sight& sight) { return static_cast<int>(sight.k); }
+int sofar(const RogueSight& sight) { return static_cast<int>(sight.k); }
 
-Data farPacket(const Sight& sight) { return dataOf(strobe(sight, 20'000)); }
-Data farStream(const Sight& sight) { return dataOf(strobe(sight, 20'000 + sofar(sight))); }
-Data nextPacket(const Sight& sight) { return dataOf(strobe(sight, 1)); }
-Data aheadStream(const Sight& sight) { return dataOf(strobe(sight, 200)); }
-Data twin(const Sight& sight) { return dataOf(strobe(sight, 0)); }
+Data farPacket(const RogueSight& sight) { return dataOf(strobe(sight, 20'000)); }
+Data farStream(const RogueSight& sight) { return dataOf(strobe(sight, 20'000 + sofar(sight))); }
+Data nextPacket(const RogueSight& sight) { return dataOf(strobe(sight, 1)); }
+Data aheadStream(const RogueSight& sight) { return dataOf(strobe(sight, 200)); }
+Data twin(const RogueSight& sight) { return dataOf(strobe(sight, 0)); }
 
 // The true look, so that nobody sees what goes on, under numbers that the show takes long to reach.
-Data freeze(const Sight& sight) {
+Data freeze(const RogueSight& sight) {
   Broadcast look = sight.show.at(sight.begin)->fields;
   look.sequence = static_cast<std::uint16_t>(look.sequence + 1000 + sofar(sight));
   return dataOf(look);
 }
 
-Data replay(const Sight& sight) {
+Data replay(const RogueSight& sight) {
   const Moment* const then = sight.show.at(sight.time - milliseconds(5000));
   return then != nullptr ? then->data : Data{};
 }
 
 // From the beginning of the show, recorded then.
-Data oldShow(const Sight& sight) {
+Data oldShow(const RogueSight& sight) {
   const Moment* const then = sight.show.at(milliseconds(2000) + kOften * sight.k);
   return then != nullptr ? then->data : Data{};
 }
 
-Data stranger(const Sight& sight) {
+Data stranger(const RogueSight& sight) {
   Broadcast look = strobe(sight, 1 + sofar(sight));
   look.applicationId ^= 0x0F0F;
   return dataOf(look);
 }
 
-Data otherVenue(const Sight& sight) {
+Data otherVenue(const RogueSight& sight) {
   Broadcast look = strobe(sight, 1 + sofar(sight));
   look.venueId ^= 1;
   return dataOf(look);
 }
 
-Data unknownTransmitter(const Sight& sight) {
+Data unknownTransmitter(const RogueSight& sight) {
   Broadcast look = strobe(sight, 100 + sofar(sight));
   look.transmitter ^= 0x55;
   return dataOf(look);
 }
 
 // A venue-wide transmitter is obeyed only while no other is near, whosever that is.
-Data silencer(const Sight& sight) {
+Data silencer(const RogueSight& sight) {
   Broadcast look = sight.now.fields;
   look.applicationId ^= 0x0F0F;
   look.transmitter = look.transmitter == kVenueWideTransmitter ? 1 : look.transmitter;
@@ -102,7 +106,7 @@ Data silencer(const Sight& sight) {
   return dataOf(look);
 }
 
-Data blackout(const Sight& sight) {
+Data blackout(const RogueSight& sight) {
   Broadcast look = sight.now.fields;
   look.sequence = static_cast<std::uint16_t>(look.sequence + 1 + sofar(sight));
   look.mode = look.ledMode = look.master = 0;
@@ -110,7 +114,7 @@ Data blackout(const Sight& sight) {
 }
 
 // Each packet another touch, another speed and so another call of the host.
-Data shaker(const Sight& sight) {
+Data shaker(const RogueSight& sight) {
   Broadcast look = sight.now.fields;
   look.sequence = static_cast<std::uint16_t>(look.sequence + 1 + sofar(sight));
   look.vibrate = static_cast<std::uint8_t>(1 + sight.k % 3);
@@ -118,7 +122,7 @@ Data shaker(const Sight& sight) {
   return dataOf(look);
 }
 
-Data badTag(const Sight& sight) {
+Data badTag(const RogueSight& sight) {
   Data data = dataOf(strobe(sight, 1 + sofar(sight) % 1000));
   const std::uint64_t chance = mixed(1, sight.k, 0x5461);
   for (std::size_t at = 0; at < kTagSize; ++at) {
@@ -134,7 +138,7 @@ struct RogueRow {
   std::string_view does;
   /// Between its packets; zero for a single one.
   Duration pause;
-  Data (*craft)(const Sight& sight);
+  Data (*craft)(const RogueSight& sight);
 };
 
 namespace {

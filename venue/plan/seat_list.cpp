@@ -15,11 +15,11 @@ namespace halvora {
 
 namespace {
 
-constexpr std::size_t kLongestName = 200;
+constexpr std::size_t kLongestPartName = 200;
 constexpr double kFarthest = 1e7;
 
 bool isName(const std::string& text) {
-  return !text.empty() && text.size() <= kLongestName &&
+  return !text.empty() && text.size() <= kLongestPartName &&
          std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) < ' '; });
 }
 
