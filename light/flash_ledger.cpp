@@ -37,10 +37,14 @@ bool differs(const Chromaticity& one, const Chromaticity& other) {
   return std::abs(one.u - other.u) > kSame || std::abs(one.v - other.v) > kSame;
 }
 
-bool isSaturatedRed(const LinearLight& light) {
+// 0 for darkness.
+double shareOfRed(const LinearLight& light) {
   const double sum = light.red + light.green + light.blue;
-  return sum > 0 && light.red >= kSaturated * sum;
+  return sum > 0 ? light.red / sum : 0;
 }
+
+// Red here, and not yet, or only just, by the rule.
+bool isHardlyRed(double share) { return share >= kSaturated && share < 0.805; }
 
 }  // namespace
 
@@ -116,7 +120,8 @@ bool RedChanges::Seen::hasFarFrom(const Chromaticity& colour, bool dark) const {
 
 void RedChanges::add(const LinearLight& light, Duration time) {
   const bool isDark = light.isDark();
-  const bool isRed = isSaturatedRed(light);
+  const double share = shareOfRed(light);
+  const bool isRed = share >= kSaturated;
   const Chromaticity colour = chromaticityOf(light);
   const Side side = isRed ? Side::red : Side::other;
   Seen& same = isRed ? reds_ : others_;
@@ -126,11 +131,12 @@ void RedChanges::add(const LinearLight& light, Duration time) {
     times_.add(time);
     same = {};
     opposite = {};
-  } else if (side_ == side && differs(colour, last_)) {
+    reached_ = colour;
+  } else if (side_ == side && (isHardlyRed(share) || differs(colour, reached_))) {
     times_.goOn(time);
+    reached_ = colour;
   }
   same.add(colour, isDark);
-  last_ = colour;
 }
 
 void FlashLedger::add(const Emission& emission, Duration now) {

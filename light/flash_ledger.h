@@ -74,7 +74,8 @@ class RedChanges {
   enum class Side : unsigned char { none, red, other };
 
   Side side_ = Side::none;
-  Chromaticity last_;
+  /// Where the light was when the last change was counted or went on.
+  Chromaticity reached_;
   /// In the present run.
   Seen reds_;
   Seen others_;
