@@ -53,6 +53,8 @@ struct ShowCallbacks {
   std::function<void()> lightShowStopped;
   /// Told how far the air can be believed.
   std::function<void(AirTrust)> airTrust;
+  /// Told that the phone may have come or gone, each for as long as its owner keeps it.
+  std::vector<std::weak_ptr<const std::function<void()>>> presence;
   /// How many calls of any ended by an exception, which ends here: the show goes on.
   std::uint64_t& failures;
 };

@@ -43,6 +43,10 @@ bool HalvoraViewController::isPermissionGranted() const { return inside_->isPerm
 
 bool HalvoraViewController::isInsideVenue() const { return inside_->isInsideVenue(); }
 
+std::shared_ptr<const void> HalvoraViewController::watchPresence(Callback callback) {
+  return inside_->watchPresence(std::move(callback));
+}
+
 bool HalvoraViewController::prefersStatusBarHidden() const {
   return inside_->prefersStatusBarHidden();
 }

@@ -99,6 +99,7 @@ void Scanner::centralManagerDidUpdateState(CentralState state) {
                                                         : BluetoothState::off);
     }
     platform_.defaults->synchronize();
+    listener_.presenceChanged();
   });
 }
 
@@ -136,7 +137,7 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
   if (isVenueWide && state_.transmitterFound && allowedIds_.empty()) return PacketFate::silenced;
 
   ++state_.fps;
-  state_.insideVenue = true;
+  enterVenue();
   const auto sequence =
       static_cast<std::uint16_t>(data[kSequenceOffset] << 8 | data[kSequenceOffset + 1]);
   state_.liveSequence = sequence;
@@ -158,7 +159,7 @@ PacketFate Scanner::judgeAtGate(const HeardPacket& packet) {
 
   if (!isVenueWide) state_.transmitterFound = true;
   ++state_.fps;
-  state_.insideVenue = true;
+  enterVenue();
   state_.liveSequence = packet.sequence;
   const bool isNew =
       verdict.act == AirVerdict::Act::obey ||
@@ -166,6 +167,10 @@ PacketFate Scanner::judgeAtGate(const HeardPacket& packet) {
   if (isNew) return followTrust(before, take(packet.data, packet.sequence));
   const bool isHeld = verdict.act == AirVerdict::Act::hold;
   return followTrust(before, isHeld ? PacketFate::doubted : PacketFate::staleSequence);
+}
+
+void Scanner::enterVenue() {
+  if (!std::exchange(state_.insideVenue, true)) listener_.presenceChanged();
 }
 
 PacketFate Scanner::followTrust(AirTrust before, PacketFate fate) {
@@ -228,7 +233,7 @@ void Scanner::restartScan() {
   if (hasLeft || state_.resetApp) {
     state_.resetApp = false;
     state_.outOfRangeCount = 0;
-    state_.insideVenue = false;
+    if (std::exchange(state_.insideVenue, false)) listener_.presenceChanged();
     state_.currentSequence = 0;
     state_.hasCurrentBroadcast = false;
     state_.setupOnce = false;

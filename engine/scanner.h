@@ -66,6 +66,9 @@ class ScannerListener {
   virtual void contestEnded() {}
   /// The host may be told, but not within the call.
   virtual void airTrustChanged() {}
+  /// Whether the phone is in the venue, or listening is allowed, may have changed. The host may be
+  /// told, but not within the call.
+  virtual void presenceChanged() {}
 };
 
 class Scanner : private CentralManagerDelegate {
@@ -120,6 +123,7 @@ class Scanner : private CentralManagerDelegate {
     act();
     followTrust(before, PacketFate::doubted);
   }
+  void enterVenue();
   PacketFate followTrust(AirTrust before, PacketFate fate);
   bool isAllowed(std::uint32_t applicationId, std::uint32_t transmitter) const;
   void publishStatus(BluetoothState state);

@@ -210,6 +210,7 @@ void ShowEngine::appDidBecomeActive() {
   state_.presence.resetApp = true;
   scanner_.guard([this] {
     if (state_.presence.scanningAllowed && usageReports_) usage_.appOpened();
+    presenceChanged();
   });
 }
 
@@ -294,6 +295,32 @@ void ShowEngine::airTrustChanged() {
       if (callback) callback(airTrust());
     } catch (...) {
       if (!engine.isGone()) ++callbacks_->failures;
+    }
+  });
+}
+
+std::shared_ptr<const void> ShowEngine::watchPresence(std::function<void()> callback) {
+  auto kept = std::make_shared<const std::function<void()>>(std::move(callback));
+  auto& watchers = callbacks().presence;
+  std::erase_if(watchers, [](const auto& watcher) { return watcher.expired(); });
+  watchers.push_back(kept);
+  return kept;
+}
+
+void ShowEngine::presenceChanged() {
+  if (!callbacks_ || callbacks_->presence.empty()) return;
+  timers_.soon([this] {
+    Witness engine(life_);
+    // Whoever is told may come or go, and the engine with them.
+    const auto watchers = callbacks_->presence;
+    for (const auto& watcher : watchers) {
+      const auto callback = watcher.lock();
+      try {
+        if (callback && *callback) (*callback)();
+      } catch (...) {
+        if (!engine.isGone()) ++callbacks_->failures;
+      }
+      if (engine.isGone()) return;
     }
   });
 }

@@ -157,6 +157,9 @@ class ShowEngine : private ScannerListener,
   /// Told in a turn of its own; may destroy the engine.
   std::function<void(AirTrust)>& airTrustCallback() { return callbacks().airTrust; }
   AirTrust airTrust() const;
+  /// Told in a turn of its own that `isInsideVenue` or `isPermissionGranted` may have changed, for
+  /// as long as the answer is kept; may destroy the engine.
+  std::shared_ptr<const void> watchPresence(std::function<void()> callback);
   AirDiagnostics airDiagnostics() const;
   /// Where the application's own files lie; empty for nowhere.
   const std::string& getPrivateDocumentsDirectory() const { return platform_.bundles->documents; }
@@ -171,6 +174,7 @@ class ShowEngine : private ScannerListener,
   PacketFate contestBegan(const Broadcast* undisputed) override;
   void contestEnded() override;
   void airTrustChanged() override;
+  void presenceChanged() override;
   ShowCallbacks& callbacks();
   std::shared_ptr<const GoboFolders> goboFolders() const;
   SeatLight seatLight() override;

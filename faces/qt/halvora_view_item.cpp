@@ -14,9 +14,6 @@ namespace halvora {
 
 namespace {
 
-// As often as the status panel looks.
-constexpr Duration kWatchPause = milliseconds(500);
-
 std::vector<std::string> textsOf(const QStringList& list) {
   std::vector<std::string> texts;
   for (const QString& text : list) texts.push_back(text.toStdString());
@@ -39,6 +36,11 @@ void HalvoraViewItem::classBegin() {
   QQmlEngine* engine = qmlEngine(this);
   if (engine == nullptr || host_) return;
   host_ = &HalvoraHost::of(*engine);
+  if (HalvoraViewController* const its = controller()) {
+    wasPermissionGranted_ = its->isPermissionGranted();
+    wasInsideVenue_ = its->isInsideVenue();
+    presenceWatch_ = its->watchPresence([this] { lookAtPresence(); });
+  }
   host_->enter(*this);
 }
 
@@ -106,7 +108,7 @@ void HalvoraViewItem::setShown(bool shown) {
 }
 
 void HalvoraViewItem::forgetHost() {
-  watch_.invalidate();
+  presenceWatch_.reset();
   setShown(false);
 }
 
@@ -114,7 +116,12 @@ void HalvoraViewItem::forgetHost() {
 void HalvoraViewItem::lightEnds() {
   LightSurface::lightEnds();
   QMetaObject::invokeMethod(
-      this, [this] { lookAtStatusBar(); }, Qt::QueuedConnection);
+      this,
+      [self = QPointer(this)] {
+        self->lookAtStatusBar();
+        if (self) self->lookAtPresence();
+      },
+      Qt::QueuedConnection);
 }
 
 void HalvoraViewItem::start() {
@@ -146,32 +153,19 @@ void HalvoraViewItem::setUsageReports(bool isOn) {
   if (isOn != wasOn) emit usageReportsChanged();
 }
 
-bool HalvoraViewItem::isPermissionGranted() {
-  watch();
+bool HalvoraViewItem::isPermissionGranted() const {
   const HalvoraViewController* engine = controller();
   return engine != nullptr && engine->isPermissionGranted();
 }
 
-bool HalvoraViewItem::isInsideVenue() {
-  watch();
+bool HalvoraViewItem::isInsideVenue() const {
   const HalvoraViewController* engine = controller();
   return engine != nullptr && engine->isInsideVenue();
 }
 
-// The engine tells nobody of either, and few hosts ask: it is looked at only for those that do.
-void HalvoraViewItem::watch() {
-  const HalvoraViewController* engine = controller();
-  if (engine == nullptr || watch_.isValid()) return;
-  wasPermissionGranted_ = engine->isPermissionGranted();
-  wasInsideVenue_ = engine->isInsideVenue();
-  RunLoop& loop = host_->platform().runLoop;
-  watch_ = Timer(loop, loop.every(kWatchPause, [this] { look(); }));
-}
-
-void HalvoraViewItem::look() {
-  const HalvoraViewController* engine = controller();
-  const bool isGranted = engine != nullptr && engine->isPermissionGranted();
-  const bool isInside = engine != nullptr && engine->isInsideVenue();
+void HalvoraViewItem::lookAtPresence() {
+  const bool isGranted = isPermissionGranted();
+  const bool isInside = isInsideVenue();
   const bool grantedChanged = std::exchange(wasPermissionGranted_, isGranted) != isGranted;
   const bool insideChanged = std::exchange(wasInsideVenue_, isInside) != isInside;
   const QPointer<HalvoraViewItem> self(this);

@@ -14,7 +14,6 @@
 #include "faces/qt/halvora_host.h"
 #include "faces/qt/light_surface.h"
 #include "halvora/host.h"
-#include "halvora/platform/run_loop.h"
 
 namespace halvora {
 
@@ -48,8 +47,8 @@ class HalvoraViewItem : public halvora::LightSurface {
   void setAllowedTransmitterIds(const QStringList& ids);
   bool usageReports() const;
   void setUsageReports(bool isOn);
-  bool isPermissionGranted();
-  bool isInsideVenue();
+  bool isPermissionGranted() const;
+  bool isInsideVenue() const;
   bool statusBarHidden() const { return isStatusBarHidden_; }
 
   // For the host alone: it knows whose turn it is, and says when it goes itself.
@@ -79,8 +78,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   /// A show has started or stopped, whichever signal says so.
   void tellShow(void (HalvoraViewItem::*signal)());
   void lookAtStatusBar();
-  void watch();
-  void look();
+  void lookAtPresence();
 
   QPointer<HalvoraHost> host_;
   QStringList allowedTransmitterIds_;
@@ -91,7 +89,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   bool wasPermissionGranted_ = false;
   bool wasInsideVenue_ = false;
   bool isStatusBarHidden_ = false;
-  Timer watch_;
+  std::shared_ptr<const void> presenceWatch_;
 };
 
 }  // namespace halvora

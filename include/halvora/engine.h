@@ -80,6 +80,11 @@ class HalvoraViewController {
   void initBluetoothPermission();
   bool isPermissionGranted() const;
   bool isInsideVenue() const;
+  /// Tells in a turn of its own that one of these two may have changed, for as long as the answer
+  /// is kept, which may outlive the engine. Any number may watch; each may destroy the engine. One
+  /// that throws is counted. A permission that changes while nobody listens is told of when the
+  /// application becomes active again.
+  [[nodiscard]] std::shared_ptr<const void> watchPresence(Callback callback);
   bool prefersStatusBarHidden() const;
 
   /// The transmitter keys ("application:number") to obey; none means all.

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <stdexcept>
+#include <string>
+#include <vector>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 using B = Broadcast;
 
 // Cycles run at whole seconds; the bench stands just after the one at 1000 ms.
@@ -71,6 +76,59 @@ TEST_F(ScanCycle, VenueIsLeftWithTheSeventhEmptyCycle) {
   EXPECT_FALSE(bench_.engine().isInsideVenue());
   EXPECT_EQ(bench_.screen().currentMode, 0U);
   EXPECT_EQ(presence().outOfRangeCount, 0);
+}
+
+TEST_F(ScanCycle, WhoWatchesThePresenceIsToldWhenThePhoneComesAndGoes) {
+  std::vector<std::string> told;
+  const auto tell = [&](const char* who) {
+    return [&, who] {
+      told.push_back(std::string(who) + (bench_.engine().isInsideVenue() ? " inside" : " outside"));
+    };
+  };
+  const auto one = bench_.engine().watchPresence(tell("one"));
+  auto other = bench_.engine().watchPresence(tell("other"));
+  bench_.runTo(1499);
+  EXPECT_THAT(told, IsEmpty());
+  bench_.runTo(1500);
+  bench_.hearNext(look(1));
+  EXPECT_THAT(told, IsEmpty()) << "the host is not told in the middle of a packet";
+  bench_.runTo(2000);
+  EXPECT_THAT(told, ElementsAre("one inside", "other inside"));
+  bench_.hearNext(look(2));
+  bench_.runTo(8000);
+  EXPECT_THAT(told, SizeIs(2)) << "nothing has changed";
+  other.reset();
+  bench_.runTo(12000);
+  EXPECT_THAT(told, ElementsAre("one inside", "other inside", "one outside"));
+}
+
+TEST_F(ScanCycle, WhoWatchesThePresenceIsToldOfAPermission) {
+  int told = 0;
+  const auto watch = bench_.engine().watchPresence([&] { ++told; });
+  bench_.runTo(1200);
+  bench_.phone.bluetooth.setAuthorization(BluetoothAuthorization::denied);
+  bench_.phone.bluetooth.setState(CentralState::unauthorised);
+  bench_.runTo(1300);
+  EXPECT_EQ(told, 1);
+  EXPECT_FALSE(bench_.engine().isPermissionGranted());
+  bench_.phone.application.becomeActive();
+  bench_.runTo(1400);
+  EXPECT_EQ(told, 2) << "it may have been allowed in the meantime";
+}
+
+TEST_F(ScanCycle, WhoWatchesThePresenceMayThrowOrDestroyTheEngine) {
+  int told = 0;
+  const auto thrower = bench_.engine().watchPresence([] { throw std::runtime_error("host"); });
+  const auto destroyer = bench_.engine().watchPresence([&] {
+    EXPECT_EQ(bench_.engine().diagnostics().failedCallbacks, 1U);
+    ++told;
+    bench_.destroyEngine();
+  });
+  const auto last = bench_.engine().watchPresence([&] { ++told; });
+  bench_.runTo(1500);
+  bench_.hearNext(look(1));
+  bench_.runTo(9000);
+  EXPECT_EQ(told, 1);
 }
 
 TEST_F(ScanCycle, EmptyCyclesNeedNotBeConsecutive) {

@@ -216,6 +216,7 @@ TEST_F(HalvoraViewTest, BindingsFollowPermissionAndVenue) {
   const auto standing = [this] { return placed->window().property("standing").toString(); };
   EXPECT_EQ(standing(), QStringLiteral("false false"));
   phone.bluetooth.setAuthorization(BluetoothAuthorization::allowedAlways);
+  phone.application.becomeActive();
   phone.loop.runFor(milliseconds(500));
   EXPECT_EQ(standing(), QStringLiteral("true false"));
   listen();
@@ -233,7 +234,8 @@ TEST_F(HalvoraViewTest, ASteadyColourPaintsNothingAndWakesNothingButTheNamedTime
       import Halvora
       Window {
           width: 200; height: 100; color: "#0a3c14"; visible: true
-          HalvoraView { objectName: "light"; anchors.fill: parent }
+          property string standing: light.isPermissionGranted + " " + light.isInsideVenue
+          HalvoraView { id: light; objectName: "light"; anchors.fill: parent }
       })");
   listen();
   show(200, 100, 50);
