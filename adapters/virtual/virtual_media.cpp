@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/virtual/virtual_media.h"
 
+#include <memory>
 #include <utility>
 
 namespace halvora {
@@ -23,14 +24,17 @@ void VirtualVideoPlayer::pause() {
 
 void VirtualVideoPlayer::seek(Duration position, Task completion) {
   log_.add({name_, VideoAct::seek, {}, position});
-  seeks_.push_back(std::move(completion));
-  if (!holdsSeeks) loop_.soon([this] { completeSeek(); });
+  seeks_->push_back(std::move(completion));
+  if (holdsSeeks) return;
+  loop_.soon([this, isThere = std::weak_ptr(seeks_)] {
+    if (!isThere.expired()) completeSeek();
+  });
 }
 
 void VirtualVideoPlayer::completeSeek() {
-  if (seeks_.empty()) return;
-  Task completion = std::move(seeks_.front());
-  seeks_.pop_front();
+  if (seeks_->empty()) return;
+  Task completion = std::move(seeks_->front());
+  seeks_->pop_front();
   if (completion) completion();
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 
 #include "adapters/virtual/log.h"
@@ -72,7 +73,8 @@ class VirtualVideoPlayer final : public VideoPlayer {
   char name_;
   Log<VideoEvent>& log_;
   VideoItem item_;
-  std::deque<Task> seeks_;
+  /// Turns that are still to come know by it whether the player is there.
+  const std::shared_ptr<std::deque<Task>> seeks_ = std::make_shared<std::deque<Task>>();
 };
 
 }  // namespace halvora

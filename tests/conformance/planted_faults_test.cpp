@@ -22,18 +22,12 @@
 #include "conformance/run_loop_promises.h"
 #include "conformance/storage_promises.h"
 #include "tests/adapters/standard/temporary_folder.h"
+#include "tests/conformance/planted.h"
 
 namespace halvora {
 namespace {
 
 using namespace conformance;  // NOLINT(google-build-using-namespace): nothing else is tested here
-
-void expectSaid(const std::vector<BrokenPromise>& broken, const std::string& promise) {
-  EXPECT_NE(textOf(broken).find(promise), std::string::npos) << "not said: " << promise << "\n"
-                                                             << textOf(broken);
-}
-
-enum class Fault { first, second, third };
 
 /// A loop that is right but for its fault.
 class FaultyLoop final : public RunLoop {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <random>
 #include <string>
@@ -20,9 +21,9 @@
 #include "adapters/standard/file_defaults.h"
 #include "adapters/standard/thread_queues.h"
 #include "adapters/virtual/virtual_run_loop.h"
+#include "conformance/crash_promises.h"
 #include "tests/adapters/standard/temporary_folder.h"
 #include "tests/support/all_cases.h"
-#include "text/defaults_values.h"
 
 namespace halvora {
 namespace {
@@ -82,22 +83,11 @@ struct Process {
   FileDefaults defaults;
 };
 
-// So long that a file is not written in one go.
-std::string filling(std::int64_t number) {
-  return std::string(40'000, static_cast<char>('a' + number % 26));
-}
-
-/// Counts on from what is stored. Never returns.
+/// Never returns.
 [[noreturn]] void writeUntilKilled(const std::string& path, int pipe) {
   SayingFiles files(pipe);
   Process process(path, files);
-  for (std::int64_t number = integerForKey(process.defaults, "first") + 1;; ++number) {
-    process.defaults.set("first", number);
-    process.defaults.set("text", filling(number));
-    process.defaults.set("zLast", number);
-    process.defaults.synchronize();
-    say(pipe, kWritten);
-  }
+  conformance::writeForEver(process.defaults, [pipe] { say(pipe, kWritten); });
 }
 
 std::size_t leftovers(const std::string& folder) {
@@ -137,18 +127,20 @@ TEST(FileDefaultsCrash, LeavesTheOldOrTheNewValues) {
   const std::string path = folder.path() + "/defaults.json";
   std::mt19937 random(20261121);
   LinuxFiles files;
-  std::int64_t before = 0;
-  const int deaths = wantsAllCases() ? kAllDeaths : kDeaths;
-  for (int death = 0; death < deaths; ++death) {
-    ASSERT_NO_FATAL_FAILURE(killAfter(path, static_cast<std::uint32_t>(random() % kMostEvents)));
-    const Process process(path, files);
-    const std::int64_t stored = integerForKey(process.defaults, "first");
-    ASSERT_GT(stored, before);
-    ASSERT_EQ(integerForKey(process.defaults, "zLast"), stored);
-    ASSERT_EQ(textForKey(process.defaults, "text"), filling(stored));
-    ASSERT_EQ(leftovers(folder.path()), 0U) << "damaged, or half written";
-    before = stored;
-  }
+  const ExactJsonReader json;
+  VirtualRunLoop loop;
+  ThreadQueues queues;
+  const auto broken = conformance::checkDefaultsAfterCrashes(
+      {.open =
+           [&] {
+             auto defaults = std::make_unique<FileDefaults>(
+                 path, FileDefaults::Needs{files, json, loop, queues});
+             EXPECT_EQ(leftovers(folder.path()), 0U) << "damaged, or half written";
+             return defaults;
+           },
+       .killAWriter = [&] { killAfter(path, static_cast<std::uint32_t>(random() % kMostEvents)); }},
+      wantsAllCases() ? kAllDeaths : kDeaths);
+  EXPECT_TRUE(broken.empty()) << conformance::textOf(broken);
 }
 
 }  // namespace
