@@ -20,6 +20,8 @@ class AirPolicyOptions {
   void describe(CommandOptions& options, const std::string& name = "--air");
   /// The policy, or why it cannot be had.
   std::variant<AirOptions, CommandResult> read(const Outside& outside) const;
+  /// As it was given.
+  std::string text() const { return policy_.value_or("") + " " + authentication_.value_or(""); }
 
  private:
   std::string name_;

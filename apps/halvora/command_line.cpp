@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <map>
+#include <string_view>
 
 #include <CLI/CLI.hpp>
 
@@ -25,10 +26,32 @@ struct Offer {
   std::unique_ptr<ToolCommand> command;
 };
 
-std::vector<Offer> offerAll(CLI::App& app, std::span<const CommandRow> commands) {
+// A group may bear the name of a command that stands alone; the word after it says which is meant.
+std::string sharedGroup(std::span<const CommandRow> commands, std::span<const char* const> words) {
+  if (words.size() < 3) return {};
+  const auto isMeant = [&](const CommandRow& row) {
+    return row.group != nullptr && row.group->name == std::string_view(words[1]) &&
+           row.name == std::string_view(words[2]);
+  };
+  return std::ranges::any_of(commands, isMeant) ? words[1] : "";
+}
+
+bool isHidden(const CommandRow& row, std::span<const CommandRow> commands,
+              const std::string& group) {
+  if (row.group == nullptr) return row.name == group;
+  const auto isAlone = [&](const CommandRow& other) {
+    return other.group == nullptr && other.name == std::string_view(row.group->name);
+  };
+  return row.group->name != group && std::ranges::any_of(commands, isAlone);
+}
+
+std::vector<Offer> offerAll(CLI::App& app, std::span<const CommandRow> commands,
+                            std::span<const char* const> words) {
   std::vector<Offer> offers;
+  const std::string group = sharedGroup(commands, words);
   std::map<const CommandGroup*, CLI::App*> parents{{nullptr, &app}};
   for (const CommandRow& row : commands) {
+    if (isHidden(row, commands, group)) continue;
     CLI::App*& parent = parents[row.group];
     if (parent == nullptr) {
       parent = app.add_subcommand(row.group->name, row.group->purpose)->require_subcommand(1);
@@ -81,7 +104,7 @@ CommandResult runCommandLine(const char* purpose, std::span<const CommandRow> co
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string(versionText()),
                        "print the version and the libraries it was built with");
-  const std::vector<Offer> offers = offerAll(app, commands);
+  const std::vector<Offer> offers = offerAll(app, commands, call.arguments);
   try {
     app.parse(static_cast<int>(call.arguments.size()), call.arguments.data());
   } catch (const CLI::CallForHelp&) {

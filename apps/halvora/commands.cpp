@@ -33,6 +33,7 @@ constexpr CommandGroup kPacket{"packet", "decode or encode show packets"};
 constexpr CommandGroup kMap{
     "map", "look at a venue's seat map: what is in it, what is wrong, how it looks"};
 constexpr CommandGroup kShow{"show", "check a show that a person wrote, or compile it to packets"};
+constexpr CommandGroup kCrowd{"crowd", "put the shards of a crowd together"};
 constexpr CommandGroup kLut{"lut", "build seat tables from a pixel map's video, or show them"};
 
 constexpr std::array kCommands = {
@@ -53,6 +54,7 @@ constexpr std::array kCommands = {
     CommandRow{&kShow, "compile", "write a show's packets as a scenario", makeShowCompileCommand},
     CommandRow{nullptr, "crowd", "run a whole venue's phones through a scenario and show them",
                makeCrowdCommand},
+    CommandRow{&kCrowd, "merge", "put the shards of a crowd together", makeCrowdMergeCommand},
     CommandRow{nullptr, "listen", "print the show packets that are in the air", makeListenCommand},
     CommandRow{nullptr, "live", "play a show: cues by GO and by time, and safe to stop",
                makeLiveCommand},

@@ -16,6 +16,9 @@
 #include "apps/halvora/air_options.h"
 #include "apps/halvora/command_line.h"
 #include "apps/halvora/show_input.h"
+#include "venue/base/input_file.h"
+#include "venue/base/packed_bytes.h"
+#include "venue/crowd/crowd_merge.h"
 #include "venue/crowd/crowd_run.h"
 #include "venue/show/scenario_file.h"
 
@@ -79,12 +82,19 @@ class CrowdCommand final : public ToolCommand {
     options.optional("--threads", threads_, "so many threads (default: one a processor)");
     options.optional("--fps", fps_, "frames a second, 1 to 120 (default: 30)");
     options.optional("--size", size_, "of a picture, as WIDTHxHEIGHT, even (default: 1280x720)");
+    options.optional("--from", from_,
+                     "seconds from which on the show is looked at: what comes before is played "
+                     "but neither drawn nor counted (default: 0)");
     options.optional("--until", until_,
                      "seconds at which the show ends (default: 2 after the last action)");
-    options.flag("--no-progress", isQuiet_, "show no progress on a terminal");
+    options.optional("--shard", shard_,
+                     "simulate the I-th of N stretches of the phones, as I/N, and write what they "
+                     "did to OUT.shard-I-of-N, for `halvora crowd merge`");
+    options.flag("--no-progress", isQuiet_, "show no progress");
     options.footer(
         "Prints a report as one JSON document. Everything in it but the speed is the same "
-        "for the same\nseed, whatever the number of threads. With a key the show is signed. "
+        "for the same\nseed, whatever the number of threads or shards. `halvora crowd merge` puts "
+        "shards together; all\nof them need the same options. With a key the show is signed. "
         "Attackers:\n" +
         rogueHelp());
   }
@@ -96,6 +106,7 @@ class CrowdCommand final : public ToolCommand {
     if (auto refusal = readPolicy(request, call.outside)) return *refusal;
     if (auto refusal = readScenario(request, call)) return *refusal;
     if (auto refusal = readPaths(request)) return *refusal;
+    if (auto refusal = readShard(request)) return *refusal;
     Outside outside = call.outside;
     if (isQuiet_) outside.terminal.write = {};
     return runCrowd(request, {call.arguments, outside, call.output});
@@ -224,6 +235,12 @@ class CrowdCommand final : public ToolCommand {
     auto scenario = halvora::readScenario(scenario_, ExactJsonReader(), call.outside.isInterrupted);
     if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
     request.scenario = std::get<Scenario>(std::move(scenario));
+    if (!shard_.empty()) {
+      auto text = readInput(scenario_, kLargestScenario, call.outside.isInterrupted);
+      if (auto* refusal = std::get_if<CommandResult>(&text)) return std::move(*refusal);
+      const std::uint64_t print = fingerprintOf(std::get<std::string>(text));
+      request.facts.push_back("scenario " + std::to_string(print));
+    }
     return readEnd(request, scenario_);
   }
 
@@ -233,8 +250,9 @@ class CrowdCommand final : public ToolCommand {
     if (auto refusal = input.read(showFile_, call)) return refusal;
     const auto packets = packetsOf(input.show(), 1);
     if (!packets) return unusable(showFile_ + ": more packets than a show can have");
-    request.scenario =
-        std::get<Scenario>(parseScenario(scenarioOf(input.show(), *packets), ExactJsonReader()));
+    const std::string text = scenarioOf(input.show(), *packets);
+    request.facts.push_back("show " + std::to_string(fingerprintOf(text)));
+    request.scenario = std::get<Scenario>(parseScenario(text, ExactJsonReader()));
     for (const ShowPacket& sent : *packets) {
       if (sent.cue == request.cues.size()) {
         const std::uint16_t number = sent.packet.sequence;
@@ -252,6 +270,39 @@ class CrowdCommand final : public ToolCommand {
     }
     if (auto refusal = read("--until", until_, 0, kLatestPicture, until)) return refusal;
     request.settings.end = fromSeconds(until);
+    double from = 0;
+    if (auto refusal = read("--from", from_, 0, until, from)) return refusal;
+    request.settings.from = fromSeconds(from);
+    std::erase_if(request.cues,
+                  [&](const WatchedCue& cue) { return cue.begin < request.settings.from; });
+    return std::nullopt;
+  }
+
+  // What decides about the result, so that shards of different shows are never put together.
+  Refusal readShard(CrowdRequest& request) {
+    if (shard_.empty()) return std::nullopt;
+    const auto parts = split(shard_, "/");
+    const auto number = decimal(parts.front(), CrowdShard::kMost);
+    const auto of = decimal(parts.back(), CrowdShard::kMost);
+    if (parts.size() != 2 || !number || !of || *number == 0 || *number > *of) {
+      return refuse("--shard", "I/N, with I from 1 to N and N up to 512", shard_);
+    }
+    request.shard = CrowdShard{*number, *of};
+    const std::pair<const char*, const std::string*> facts[] = {
+        {"--venue", &venue_},       {"--phones", &phones_},  {"--loss", &loss_},
+        {"--jitter", &jitter_},     {"--late", &late_},      {"--leave", &leave_},
+        {"--interval", &interval_}, {"--air", &controller_}, {"--seed", &seed_},
+        {"--fps", &fps_},           {"--size", &size_},      {"--from", &from_},
+        {"--until", &until_}};
+    for (const auto& [name, value] : facts) request.facts.push_back(name + (" " + *value));
+    request.facts.push_back("--policy and --authentication " + air_.text());
+    const std::pair<const char*, const std::vector<std::string>*> lists[] = {
+        {"--reach", &reaches_}, {"--dead", &dead_}, {"--allow", &allowed_}, {"--rogue", &rogues_}};
+    for (const auto& [name, values] : lists) {
+      std::string fact = name;
+      for (const std::string& value : *values) fact += " " + value;
+      request.facts.push_back(std::move(fact));
+    }
     return std::nullopt;
   }
 
@@ -287,11 +338,43 @@ class CrowdCommand final : public ToolCommand {
   std::string threads_;
   std::string fps_;
   std::string size_;
+  std::string from_;
   std::string until_;
+  std::string shard_;
+  bool isQuiet_ = false;
+};
+
+class CrowdMergeCommand final : public ToolCommand {
+ public:
+  void describe(CommandOptions& options) override {
+    options.required("PART", request_.parts, "what the shards wrote, all of them, in any order");
+    options.required("--out", request_.out,
+                     "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures, as "
+                     "the shards had it");
+    options.flag("--no-progress", isQuiet_, "show no progress");
+    options.footer(
+        "Prints the report that one run of all phones would have printed, and makes the same "
+        "pictures, byte\nfor byte. The report's speed alone is another one: that of the shards one "
+        "after the other.");
+  }
+
+  CommandResult run(const Call& call) override {
+    request_.out = absolutePath(request_.out);
+    Outside outside = call.outside;
+    if (isQuiet_) outside.terminal.write = {};
+    return mergeCrowd(request_, {call.arguments, outside, call.output});
+  }
+
+ private:
+  CrowdMergeRequest request_;
   bool isQuiet_ = false;
 };
 
 }  // namespace
+
+std::unique_ptr<ToolCommand> makeCrowdMergeCommand() {
+  return std::make_unique<CrowdMergeCommand>();
+}
 
 std::unique_ptr<ToolCommand> makeCrowdCommand() { return std::make_unique<CrowdCommand>(); }
 

@@ -9,5 +9,6 @@
 namespace halvora {
 
 std::unique_ptr<ToolCommand> makeCrowdCommand();
+std::unique_ptr<ToolCommand> makeCrowdMergeCommand();
 
 }  // namespace halvora

@@ -93,15 +93,15 @@ struct Crowd::Moment {
   }
 };
 
-struct Crowd::Slice {
+struct Crowd::Plan {
   Duration begin{};
-  /// The first time that belongs to the next slice.
+  /// The first time that belongs to the next plan.
   Duration end{};
   std::vector<Duration> frames;
   std::vector<Duration> watches;
   /// The pixel map on the air at each frame.
   std::vector<std::optional<MapMoment>> maps;
-  /// What may be heard in the slice.
+  /// What may be heard in the plan.
   std::size_t firstSent = 0;
   std::size_t endSent = 0;
 };
@@ -123,7 +123,11 @@ struct Crowd::Chunk {
 };
 
 Crowd::Crowd(const Parts& parts, const CrowdSettings& settings)
-    : parts_(parts), settings_(settings), sections_(parts.seats), field_(sections_.count()) {
+    : parts_(parts), settings_(settings), sections_(parts.seats) {
+  const auto looks = parts_.air.looks();
+  nextLook_ =
+      static_cast<std::uint32_t>(std::ranges::lower_bound(looks, settings_.from) - looks.begin());
+  looks_ = OpenLooks(nextLook_);
   ScenarioSchedule schedule(parts_.scenario);
   while (const auto moment = schedule.next(settings_.end)) {
     if (!std::holds_alternative<PacketAction>(*moment->action)) acts_.push_back(*moment);
@@ -156,7 +160,7 @@ void Crowd::seatBlock(std::size_t block) {
   for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
     members_[phone] =
         std::make_unique<Member>(blocks_[block]->ground, parts_.phones, parts_.seats[phone],
-                                 mixed(settings_.seed, phone, kSeedDraw));
+                                 mixed(settings_.seed, parts_.firstPhone + phone, kSeedDraw));
     presences_[phone] = presenceOf(phone);
     const auto looks = parts_.air.looks();
     members_[phone]->nextLook = static_cast<std::uint32_t>(
@@ -169,7 +173,10 @@ std::size_t Crowd::endOf(std::size_t block) const {
 }
 
 Crowd::Presence Crowd::presenceOf(std::size_t phone) const {
-  const auto draw = [&](std::uint64_t what) { return shareOf(mixed(settings_.seed, phone, what)); };
+  const std::size_t number = parts_.firstPhone + phone;
+  const auto draw = [&](std::uint64_t what) {
+    return shareOf(mixed(settings_.seed, number, what));
+  };
   const auto within = [](Duration span, double share) {
     return Duration(static_cast<std::int64_t>(static_cast<double>(span.count()) * share));
   };
@@ -185,42 +192,42 @@ Crowd::Presence Crowd::presenceOf(std::size_t phone) const {
 }
 
 bool Crowd::run() {
-  Slice slice;
-  plan(slice);
-  lights_.assign(slice.frames.size() * members_.size(), {});
+  Plan plan;
+  makePlan(plan);
+  lights_.assign(plan.frames.size() * members_.size(), {});
   std::vector<Task> tasks;
   for (Chunk& chunk : chunks_) {
-    tasks.emplace_back([this, &slice, &chunk] { runChunk(slice, chunk); });
+    tasks.emplace_back([this, &plan, &chunk] { runChunk(plan, chunk); });
   }
   const WorkEnd end = runAnyway(parts_.workers, tasks);
   for (const Chunk& chunk : chunks_) {
     if (chunk.failure) std::rethrow_exception(chunk.failure);
   }
   if (end == WorkEnd::failed) throw std::bad_alloc();
+  sumChunks(plan);
+  now_ = slice_.end = plan.end;
+  closeLooks(isOver() ? settings_.end + kSlice : now_ - LookDelays::kLongest);
+  return std::ranges::all_of(chunks_, &Chunk::isGood);
+}
 
-  std::vector<FrameCounts> counts(slice.frames.size());
-  bool isGood = true;
+void Crowd::sumChunks(const Plan& plan) {
+  slice_ = {};
+  for (std::size_t at = 0; at < plan.frames.size(); ++at) {
+    CrowdFrame& frame = slice_.frames.emplace_back();
+    frame.time = plan.frames[at];
+    frame.lights = std::span(lights_).subspan(at * members_.size(), members_.size());
+    frame.isShowOnAir = isShowOnAir(frame.time);
+    if (plan.maps[at]) frame.mapFrame = plan.maps[at]->frame;
+  }
   for (Chunk& chunk : chunks_) {
-    isGood = isGood && chunk.isGood;
-    for (std::size_t at = 0; at < counts.size(); ++at) counts[at].add(chunk.frames[at]);
-    packets_.add(chunk.packets);
-    phoneCurve_.take(std::exchange(chunk.curve, {}));
+    for (std::size_t at = 0; at < plan.frames.size(); ++at) {
+      slice_.frames[at].counts.add(chunk.frames[at]);
+    }
+    slice_.packets.add(chunk.packets);
+    slice_.phoneCurve.take(std::exchange(chunk.curve, {}));
     looks_.add(chunk.looks);
   }
-  measureField(slice);
-  frames_.clear();
-  for (std::size_t at = 0; at < counts.size(); ++at) {
-    CrowdFrame frame;
-    frame.time = slice.frames[at];
-    frame.lights = std::span(lights_).subspan(at * members_.size(), members_.size());
-    frame.counts = counts[at];
-    frame.isShowOnAir = isShowOnAir(slice.frames[at]);
-    if (slice.maps[at]) frame.mapFrame = slice.maps[at]->frame;
-    frames_.push_back(frame);
-  }
-  now_ = slice.end;
-  closeLooks(isOver() ? settings_.end + kSlice : now_ - LookDelays::kLongest);
-  return isGood;
+  sumField(plan);
 }
 
 const Broadcast* Crowd::onAir(Duration time) const {
@@ -239,24 +246,18 @@ bool Crowd::isShowOnAir(Duration time) const {
   return broadcast != nullptr && broadcast->mode != 0;
 }
 
-void Crowd::plan(Slice& slice) {
-  slice.begin = now_;
-  slice.end = std::min(now_ + kSlice, settings_.end + kInstant);
+void Crowd::makePlan(Plan& plan) {
+  plan.begin = now_;
+  plan.end = std::min(now_ + kSlice, settings_.end + kInstant);
   for (;; ++nextFrame_) {
     const Duration time(static_cast<std::int64_t>(std::llround(
         static_cast<double>(nextFrame_) * 1e6 / static_cast<double>(settings_.framesPerSecond))));
-    if (time >= slice.end) break;
-    slice.frames.push_back(time);
-    const Broadcast* broadcast = onAir(time);
-    auto& map = slice.maps.emplace_back();
-    if (broadcast == nullptr || broadcast->pixelMapId == 0 || broadcast->mode == 0) continue;
-    const VenueTables::Block* const tables = tablesOf(*broadcast);
-    if (tables != nullptr && tables->frameCount > 0) {
-      map = MapMoment{tables, cueToken(*broadcast) % tables->frameCount};
-    }
+    if (time >= plan.end) break;
+    if (time >= settings_.from) planMap(plan, time);
   }
-  for (; timeOfWatch(nextWatch_) < slice.end; ++nextWatch_) {
-    slice.watches.push_back(timeOfWatch(nextWatch_));
+  for (; timeOfWatch(nextWatch_) < plan.end; ++nextWatch_) {
+    const Duration time = timeOfWatch(nextWatch_);
+    if (time >= settings_.from) plan.watches.push_back(time);
   }
   const auto sent = parts_.air.sent();
   const auto firstAt = [&](Duration time) {
@@ -265,8 +266,19 @@ void Crowd::plan(Slice& slice) {
                          [](const Sent& one, Duration moment) { return one.time < moment; }) -
         sent.begin());
   };
-  slice.firstSent = firstAt(slice.begin - parts_.air.jitter());
-  slice.endSent = firstAt(slice.end);
+  plan.firstSent = firstAt(plan.begin - parts_.air.jitter());
+  plan.endSent = firstAt(plan.end);
+}
+
+void Crowd::planMap(Plan& plan, Duration time) {
+  plan.frames.push_back(time);
+  const Broadcast* broadcast = onAir(time);
+  auto& map = plan.maps.emplace_back();
+  if (broadcast == nullptr || broadcast->pixelMapId == 0 || broadcast->mode == 0) return;
+  const VenueTables::Block* const tables = tablesOf(*broadcast);
+  if (tables != nullptr && tables->frameCount > 0) {
+    map = MapMoment{tables, cueToken(*broadcast) % tables->frameCount};
+  }
 }
 
 const VenueTables::Block* Crowd::tablesOf(const Broadcast& broadcast) {
@@ -278,22 +290,22 @@ const VenueTables::Block* Crowd::tablesOf(const Broadcast& broadcast) {
   return found->second;
 }
 
-void Crowd::runChunk(const Slice& slice, Chunk& chunk) {
-  chunk.frames.assign(slice.frames.size(), {});
-  chunk.field.assign(slice.watches.size() * sections_.count(), {});
+void Crowd::runChunk(const Plan& plan, Chunk& chunk) {
+  chunk.frames.assign(plan.frames.size(), {});
+  chunk.field.assign(plan.watches.size() * sections_.count(), {});
   chunk.looks = OpenLooks(nextLook_);
   chunk.packets = {};
   try {
     for (std::size_t block = chunk.first; block < chunk.end; ++block) {
-      chunk.isGood = runBlock(slice, block, chunk) && chunk.isGood;
+      chunk.isGood = runBlock(plan, block, chunk) && chunk.isGood;
     }
   } catch (...) {
     chunk.failure = std::current_exception();
   }
 }
 
-bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
-  collectMoments(slice, block, chunk);
+bool Crowd::runBlock(const Plan& plan, std::size_t block, Chunk& chunk) {
+  collectMoments(plan, block, chunk);
   VirtualRunLoop& loop = blocks_[block]->loop;
   for (const Moment& moment : chunk.moments) {
     if (moment.kind != CrowdEvent::frame && moment.kind != CrowdEvent::watch) {
@@ -303,10 +315,10 @@ bool Crowd::runBlock(const Slice& slice, std::size_t block, Chunk& chunk) {
     if (!loop.runUntil(moment.time)) return false;
     const bool isWatch = moment.kind == CrowdEvent::watch;
     for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
-      (this->*(isWatch ? &Crowd::watch : &Crowd::look))(slice, moment.at, phone, chunk);
+      (this->*(isWatch ? &Crowd::watch : &Crowd::look))(plan, moment.at, phone, chunk);
     }
   }
-  const bool hasEnded = loop.runUntil(slice.end - kInstant);
+  const bool hasEnded = loop.runUntil(plan.end - kInstant);
   // A phone goes on after a turn that failed, but then it shows what no other one would.
   if (loop.failures() > 0) std::rethrow_exception(loop.firstFailure());
   for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
@@ -331,39 +343,40 @@ void Crowd::act(const Moment& moment, Duration now, Chunk& chunk) {
 }
 
 // In the order in which they happen.
-void Crowd::collectMoments(const Slice& slice, std::size_t block, Chunk& chunk) {
+void Crowd::collectMoments(const Plan& plan, std::size_t block, Chunk& chunk) {
   std::vector<Moment>& moments = chunk.moments;
   moments.clear();
   for (std::size_t phone = block * kBlock; phone < endOf(block); ++phone) {
-    collectMomentsOf(slice, phone, chunk);
+    collectMomentsOf(plan, phone, chunk);
   }
-  for (std::size_t at = 0; at < slice.frames.size(); ++at) {
-    moments.push_back({slice.frames[at], kLooking, CrowdEvent::frame, 0, at});
+  for (std::size_t at = 0; at < plan.frames.size(); ++at) {
+    moments.push_back({plan.frames[at], kLooking, CrowdEvent::frame, 0, at});
   }
-  for (std::size_t at = 0; at < slice.watches.size(); ++at) {
-    moments.push_back({slice.watches[at], kLooking, CrowdEvent::watch, 0, at});
+  for (std::size_t at = 0; at < plan.watches.size(); ++at) {
+    moments.push_back({plan.watches[at], kLooking, CrowdEvent::watch, 0, at});
   }
   std::stable_sort(moments.begin(), moments.end());
 }
 
-void Crowd::collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk) {
+void Crowd::collectMomentsOf(const Plan& plan, std::size_t phone, Chunk& chunk) {
   Member& member = *members_[phone];
   const Presence& presence = presences_[phone];
   const auto number = static_cast<std::uint32_t>(phone);
+  const auto inVenue = static_cast<std::uint32_t>(parts_.firstPhone + phone);
   std::vector<Moment>& moments = chunk.moments;
-  const auto isNow = [&](Duration time) { return time >= slice.begin && time < slice.end; };
+  const auto isNow = [&](Duration time) { return time >= plan.begin && time < plan.end; };
 
   for (; member.nextAct < acts_.size(); ++member.nextAct) {
     const ScenarioMoment& act = acts_[member.nextAct];
     const Duration time = act.time + presence.opens;
-    if (time >= slice.end) break;
+    if (time >= plan.end) break;
     moments.push_back({time, act.order, CrowdEvent::act, number, member.nextAct});
   }
-  for (std::size_t at = slice.firstSent; at < slice.endSent; ++at) {
+  for (std::size_t at = plan.firstSent; at < plan.endSent; ++at) {
     const Sent& sent = parts_.air.sent()[at];
     const bool isOffered = presence.isOpen(sent.time);
-    if (isOffered && isNow(sent.time)) ++chunk.packets.offered;
-    const auto arrival = parts_.air.arrival(at, number, member.phone.seat().at);
+    if (isOffered && isNow(sent.time) && isCounted(sent.time)) ++chunk.packets.offered;
+    const auto arrival = parts_.air.arrival(at, inVenue, member.phone.seat().at);
     if (!arrival || !isOffered || !isNow(*arrival)) continue;
     moments.push_back({*arrival, parts_.air.packet(sent).order, CrowdEvent::packet, number, at});
   }
@@ -377,7 +390,7 @@ void Crowd::hear(std::size_t sent, std::size_t phone, Duration now, Chunk& chunk
   const Sent& one = parts_.air.sent()[sent];
   const AirPacket& packet = parts_.air.packet(one);
   if (!member.phone.isScanning()) return;
-  ++chunk.packets.heard;
+  if (isCounted(one.time)) ++chunk.packets.heard;
   // A phone that missed a look may be on the next one already, where that is the one before again.
   const CrowdPhone::Heard heard = member.phone.hear(packet.data);
   if (heard == CrowdPhone::Heard::nothing || !packet.broadcast) return;
@@ -388,9 +401,9 @@ void Crowd::hear(std::size_t sent, std::size_t phone, Duration now, Chunk& chunk
   }
 }
 
-void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk& chunk) {
+void Crowd::look(const Plan& plan, std::size_t frame, std::size_t index, Chunk& chunk) {
   Member& member = *members_[index];
-  const Duration time = slice.frames[frame];
+  const Duration time = plan.frames[frame];
   if (!presences_[index].isOpen(time)) return;
   const CrowdLight light = member.phone.light();
   lights_[frame * members_.size() + index] = light;
@@ -404,7 +417,7 @@ void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk
     member.wasLost = true;
   }
 
-  const std::optional<MapMoment>& map = slice.maps[frame];
+  const std::optional<MapMoment>& map = plan.maps[frame];
   if (!map) return;
   const auto row = parts_.tables.rowOf(member.phone.seat().at);
   if (!row) return;
@@ -418,18 +431,18 @@ void Crowd::look(const Slice& slice, std::size_t frame, std::size_t index, Chunk
   FrameCounts one;
   one.compared = 1;
   one.squaredError = one.worstError = error;
-  one.worstPhone = static_cast<std::uint32_t>(index);
+  one.worstPhone = static_cast<std::uint32_t>(parts_.firstPhone + index);
   counts.add(one);
 }
 
-std::size_t Crowd::phonesLost() const {
-  return static_cast<std::size_t>(std::count_if(members_.begin(), members_.end(),
-                                                [](const auto& one) { return one->wasLost; }));
+std::uint64_t Crowd::phonesLost() const {
+  return static_cast<std::uint64_t>(
+      std::ranges::count_if(members_, [](const auto& one) { return one->wasLost; }));
 }
 
-void Crowd::watch(const Slice& slice, std::size_t tick, std::size_t phone, Chunk& chunk) {
+void Crowd::watch(const Plan& plan, std::size_t tick, std::size_t phone, Chunk& chunk) {
   Member& member = *members_[phone];
-  const Duration time = slice.watches[tick];
+  const Duration time = plan.watches[tick];
   const bool isOpen = presences_[phone].isOpen(time);
   const bool wasOpen = member.field.phones > 0;
   if (!isOpen && !wasOpen) return;
@@ -446,15 +459,11 @@ void Crowd::watch(const Slice& slice, std::size_t tick, std::size_t phone, Chunk
   member.field = now;
 }
 
-void Crowd::measureField(const Slice& slice) {
-  std::vector<FieldLight> changes(sections_.count());
-  for (std::size_t tick = 0; tick < slice.watches.size(); ++tick) {
-    const std::size_t first = tick * sections_.count();
-    for (std::size_t at = 0; at < changes.size(); ++at) {
-      changes[at] = {};
-      for (const Chunk& chunk : chunks_) changes[at] += chunk.field[first + at];
-    }
-    field_.add(slice.watches[tick], changes);
+void Crowd::sumField(const Plan& plan) {
+  slice_.watches = plan.watches;
+  slice_.field.resize(plan.watches.size() * sections_.count());
+  for (const Chunk& chunk : chunks_) {
+    for (std::size_t at = 0; at < slice_.field.size(); ++at) slice_.field[at] += chunk.field[at];
   }
 }
 
@@ -465,10 +474,10 @@ FlashFigures Crowd::phoneFlashes() const {
 }
 
 void Crowd::closeLooks(Duration before) {
-  closedLooks_.clear();
   const auto looks = parts_.air.looks();
   for (; nextLook_ < looks.size() && looks[nextLook_] < before; ++nextLook_) {
-    closedLooks_.push_back({looks[nextLook_], openAt(looks[nextLook_]), looks_.take(nextLook_)});
+    slice_.closedLooks.push_back(
+        {looks[nextLook_], openAt(looks[nextLook_]), looks_.take(nextLook_)});
   }
 }
 

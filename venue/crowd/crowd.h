@@ -18,8 +18,7 @@
 #include "halvora/platform/workers.h"
 #include "venue/crowd/air.h"
 #include "venue/crowd/crowd_phone.h"
-#include "venue/crowd/crowd_report.h"
-#include "venue/crowd/field_meter.h"
+#include "venue/crowd/crowd_slice.h"
 #include "venue/crowd/rogues.h"
 #include "venue/crowd/venue_tables.h"
 #include "venue/show/flash_meter.h"
@@ -31,6 +30,8 @@ class CueWatch;
 
 struct CrowdSettings {
   int framesPerSecond = 30;
+  /// What comes before it is played, but neither looked at nor counted.
+  Duration from{};
   Duration end{};
   /// The share of phones that open the application late, and by how much at most.
   double lateShare = 0;
@@ -46,17 +47,6 @@ struct MapMoment {
   int frame = 0;
 };
 
-struct CrowdFrame {
-  Duration time{};
-  /// One a phone, in the order of the seats.
-  std::span<const CrowdLight> lights;
-  FrameCounts counts;
-  /// Whether the newest look on the air is a show.
-  bool isShowOnAir = false;
-  /// Where that look is a pixel map: its frame.
-  std::optional<int> mapFrame;
-};
-
 class Crowd {
  public:
   /// Short, because the lights of all its frames are kept.
@@ -70,6 +60,7 @@ class Crowd {
   /// All of it must outlive the crowd.
   struct Parts {
     const CrowdParts& phones;
+    /// Of all phones, or of those of a shard: so many neighbours in the venue's order.
     std::span<const CrowdSeat> seats;
     const Scenario& scenario;
     const Air& air;
@@ -81,6 +72,8 @@ class Crowd {
     /// What phones are held against, from that time on; null where nobody attacks.
     const TrueShow* truth = nullptr;
     Duration attackedFrom{};
+    /// The number of the first phone in the whole venue, which all its chances follow from.
+    std::size_t firstPhone = 0;
   };
 
   /// Throws std::bad_alloc where memory is short, as `run` does; the crowd is worth nothing then.
@@ -91,30 +84,17 @@ class Crowd {
 
   Duration now() const { return now_; }
   bool isOver() const { return now_ > settings_.end; }
-  /// Runs on by a slice; false if a phone never comes to rest. `frames` are the slice's then, and
-  /// live until the next one.
+  /// Runs on by a slice; false if a phone never comes to rest.
   bool run();
-  std::span<const CrowdFrame> frames() const { return frames_; }
+  /// The last one; lives until the next.
+  const CrowdSlice& slice() const { return slice_; }
 
-  const PacketCounts& packets() const { return packets_; }
   /// Whether a phone's application is open then.
   bool isOpen(std::size_t phone, Duration time) const { return presences_[phone].isOpen(time); }
-  /// A look whose delays are complete, as soon as it is so old that later ones do not count.
-  struct ClosedLook {
-    Duration time{};
-    std::uint64_t phones = 0;
-    LookDelays delays;
-  };
-  /// The looks closed in the last slice; at the end, all that were left.
-  const std::vector<ClosedLook>& closedLooks() const { return closedLooks_; }
   /// Of the worst phone. All are looked at 120 times a second.
   FlashFigures phoneFlashes() const;
-  const FlashCurve& phoneCurve() const { return phoneCurve_; }
-  /// Of the mean light of all phones, and of each section's.
-  const FieldMeter& field() const { return field_; }
-  std::string_view nameOfSection(std::size_t section) const { return sections_.name(section); }
   /// How many phones were lost to attackers at any time so far.
-  std::size_t phonesLost() const;
+  std::uint64_t phonesLost() const;
 
  private:
   /// When a phone's application is open: from the first time to before the second.
@@ -127,27 +107,30 @@ class Crowd {
   struct Block;
   struct Member;
   struct Moment;
-  struct Slice;
+  struct Plan;
   struct Chunk;
 
   void seatPhones();
   void seatBlock(std::size_t block);
   Presence presenceOf(std::size_t phone) const;
   const VenueTables::Block* tablesOf(const Broadcast& broadcast);
-  void plan(Slice& slice);
-  void runChunk(const Slice& slice, Chunk& chunk);
+  void makePlan(Plan& plan);
+  void planMap(Plan& plan, Duration time);
+  void runChunk(const Plan& plan, Chunk& chunk);
   std::size_t endOf(std::size_t block) const;
-  bool runBlock(const Slice& slice, std::size_t block, Chunk& chunk);
-  void collectMoments(const Slice& slice, std::size_t block, Chunk& chunk);
-  void collectMomentsOf(const Slice& slice, std::size_t phone, Chunk& chunk);
+  bool isCounted(Duration time) const { return time >= settings_.from; }
+  bool runBlock(const Plan& plan, std::size_t block, Chunk& chunk);
+  void collectMoments(const Plan& plan, std::size_t block, Chunk& chunk);
+  void collectMomentsOf(const Plan& plan, std::size_t phone, Chunk& chunk);
   void act(const Moment& moment, Duration now, Chunk& chunk);
   void hear(std::size_t sent, std::size_t phone, Duration now, Chunk& chunk);
-  void watch(const Slice& slice, std::size_t tick, std::size_t phone, Chunk& chunk);
-  void measureField(const Slice& slice);
+  void watch(const Plan& plan, std::size_t tick, std::size_t phone, Chunk& chunk);
+  void sumChunks(const Plan& plan);
+  void sumField(const Plan& plan);
   /// The newest look on the air; null before the first.
   const Broadcast* onAir(Duration time) const;
   bool isShowOnAir(Duration time) const;
-  void look(const Slice& slice, std::size_t frame, std::size_t index, Chunk& chunk);
+  void look(const Plan& plan, std::size_t frame, std::size_t index, Chunk& chunk);
   void closeLooks(Duration before);
   std::uint64_t openAt(Duration time) const;
 
@@ -163,16 +146,12 @@ class Crowd {
   std::int64_t nextFrame_ = 0;
   std::int64_t nextWatch_ = 0;
   std::vector<CrowdLight> lights_;
-  std::vector<CrowdFrame> frames_;
+  CrowdSlice slice_;
   /// Of the maps seen so far, by venue and map; null for one without.
   std::map<std::pair<std::uint16_t, std::uint16_t>, const VenueTables::Block*> tables_;
-  PacketCounts packets_;
   OpenLooks looks_;
   std::uint32_t nextLook_ = 0;
-  std::vector<ClosedLook> closedLooks_;
-  FlashCurve phoneCurve_;
   FieldSections sections_;
-  FieldMeter field_;
 };
 
 }  // namespace halvora

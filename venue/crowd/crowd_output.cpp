@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 #include "adapters/linux/linux_files.h"
-#include "venue/base/leftover.h"
+#include "venue/base/placed_file.h"
 
 namespace halvora {
 
@@ -22,7 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kSheetColumns = 4;
-constexpr int kMostTiles = 24;
 constexpr int kSheetGap = 6;
 
 Image imageOf(std::span<const std::uint8_t> rgb, int width, int height) {
@@ -34,46 +33,21 @@ Image imageOf(std::span<const std::uint8_t> rgb, int width, int height) {
   return image;
 }
 
-// An empty file beside that one, of a name that nobody had; empty where none can be made.
-std::string fileBeside(const std::string& path, Leftover& leftover) {
-  constexpr int kMostTries = 1000;
-  for (int at = 0; at < kMostTries; ++at) {
-    std::string name = path + ".part-" + std::to_string(at);
-    // "x" leaves alone what is there.
-    if (std::FILE* file = std::fopen(name.c_str(), "wbx")) {
-      leftover.watch(name);
-      std::fclose(file);
-      return name;
-    }
-    std::error_code error;
-    if (!fs::exists(fs::symlink_status(name, error))) return {};
-  }
-  return {};
-}
-
 class MovieOutput final : public CrowdOutput {
  public:
-  explicit MovieOutput(std::string path) : path_(std::move(path)) {}
+  explicit MovieOutput(std::string path) : file_(std::move(path)) {}
 
   bool begin(const MovieWriters& movies, const CrowdOutputFormat& format) {
-    part_ = fileBeside(path_, leftover_);
-    if (part_.empty()) return false;
-    movie_ = movies.make(part_, {format.width, format.height, format.framesPerSecond});
+    if (!file_.begin()) return false;
+    movie_ = movies.make(file_.part(), {format.width, format.height, format.framesPerSecond});
     return movie_ != nullptr;
   }
 
   bool add(std::span<const std::uint8_t> rgb) override { return movie_->add(rgb); }
-  bool finish() override {
-    const bool isDone = movie_->finish() && std::rename(part_.c_str(), path_.c_str()) == 0;
-    if (isDone) leftover_.keep();
-    return isDone;
-  }
+  bool finish() override { return movie_->finish() && file_.place(); }
 
  private:
-  std::string path_;
-  /// The movie until it is whole.
-  std::string part_;
-  Leftover leftover_;
+  PlacedFile file_;
   std::unique_ptr<MovieWriter> movie_;
 };
 
@@ -125,20 +99,16 @@ class FolderOutput final : public CrowdOutput {
 class SheetOutput final : public CrowdOutput {
  public:
   SheetOutput(std::string path, const CrowdOutputFormat& format, PictureEncoder encode)
-      : path_(std::move(path)),
-        format_(format),
-        encode_(encode),
-        tiles_(std::clamp<std::int64_t>(format.frames, 1, kMostTiles)) {}
+      : path_(std::move(path)), format_(format), encode_(encode), tiles_(format.frames) {}
 
-  bool wantsNext() const override {
-    return taken_ < tiles_ && next_ >= taken_ * std::max<std::int64_t>(format_.frames, 1) / tiles_;
-  }
+  bool wantsNext() const override { return tiles_.wantsNext(); }
   bool add(std::span<const std::uint8_t> rgb) override {
-    if (wantsNext() && !rgb.empty()) {
+    const bool isTaken = wantsNext() && !rgb.empty();
+    if (isTaken) {
       pixels_.insert(pixels_.end(), rgb.begin(), rgb.end());
       ++taken_;
     }
-    ++next_;
+    tiles_.next(isTaken);
     return true;
   }
   bool finish() override {
@@ -174,9 +144,8 @@ class SheetOutput final : public CrowdOutput {
   std::string path_;
   CrowdOutputFormat format_;
   PictureEncoder encode_;
-  std::int64_t tiles_;
+  SheetTiles tiles_;
   std::int64_t taken_ = 0;
-  std::int64_t next_ = 0;
   std::vector<std::uint8_t> pixels_;
 };
 
@@ -184,8 +153,7 @@ class SheetOutput final : public CrowdOutput {
 bool isWritable(const std::string& path) {
   std::error_code error;
   if (fs::is_directory(path, error)) return false;
-  Leftover trial;
-  return !fileBeside(path, trial).empty();
+  return PlacedFile(path).begin();
 }
 
 // Names that people mean as one file: a folder of that name would not be what they asked for.
@@ -200,6 +168,16 @@ bool isFolderMade(const std::string& path) {
 }
 
 }  // namespace
+
+SheetTiles::SheetTiles(std::int64_t frames)
+    : frames_(std::max<std::int64_t>(frames, 1)), tiles_(std::min<std::int64_t>(frames_, kMost)) {}
+
+bool SheetTiles::wantsNext() const { return taken_ < tiles_ && next_ >= taken_ * frames_ / tiles_; }
+
+void SheetTiles::next(bool isTaken) {
+  taken_ += isTaken ? 1 : 0;
+  ++next_;
+}
 
 CrowdOutputKind crowdOutputKindOf(const std::string& path) {
   std::string kind = fs::path(path).extension().string();

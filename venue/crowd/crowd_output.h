@@ -32,6 +32,22 @@ class CrowdOutput {
   virtual bool finish() = 0;
 };
 
+/// Which of so many frames are on a sheet: evenly spread.
+class SheetTiles {
+ public:
+  static constexpr std::int64_t kMost = 24;
+
+  explicit SheetTiles(std::int64_t frames);
+  bool wantsNext() const;
+  void next(bool isTaken);
+
+ private:
+  std::int64_t frames_;
+  std::int64_t tiles_;
+  std::int64_t taken_ = 0;
+  std::int64_t next_ = 0;
+};
+
 /// Either may be null.
 struct CrowdOutputTools {
   const MovieWriters* movies = nullptr;

@@ -30,6 +30,10 @@ class LookDelays {
   /// The time by which so many phones had it: the end of the step that the last of them falls into.
   std::optional<Duration> whenShown(std::uint64_t phones) const;
 
+  /// How many phones fall into each step of time.
+  std::span<const std::uint32_t> counts() const { return counts_; }
+  std::span<std::uint32_t> counts() { return counts_; }
+
  private:
   std::array<std::uint32_t, kFine + kMiddle + kCoarse> counts_{};
 };

@@ -19,10 +19,12 @@
 #include "pixelmap/frame_time.h"
 #include "seats/seat_map_document.h"
 #include "text/asset_paths.h"
+#include "venue/base/json_line.h"
+#include "venue/base/packed_bytes.h"
 #include "venue/base/progress_bar.h"
 #include "venue/crowd/crowd_output.h"
-#include "venue/crowd/crowd_picture.h"
-#include "venue/crowd/crowd_summary.h"
+#include "venue/crowd/crowd_part.h"
+#include "venue/crowd/crowd_record.h"
 #include "venue/crowd/crowd_venue.h"
 #include "venue/crowd/shared_stills.h"
 #include "venue/show/signed_show.h"
@@ -43,7 +45,7 @@ class CrowdRun {
 
   CommandResult run(const Output& output) {
     for (const auto step : {&CrowdRun::readVenue, &CrowdRun::fillAir, &CrowdRun::openOutput,
-                            &CrowdRun::buildTables, &CrowdRun::show}) {
+                            &CrowdRun::buildTables, &CrowdRun::show, &CrowdRun::finish}) {
       if (const Failure failure = (this->*step)()) return *failure;
     }
     const CommandResult written = writeAll(report_, output);
@@ -56,7 +58,15 @@ class CrowdRun {
       if (const Failure failure = (this->*step)()) return *failure;
     }
     if (outside_.isInterrupted) return interrupted();
-    return std::move(flashes_);
+    const CrowdSummary& summary = record_->summary();
+    const FieldMeter::Worst worst = summary.field().worstSection();
+    return CrowdFlashes{venue_->seats().size(),
+                        end_.phoneFlashes,
+                        summary.phoneCurve(),
+                        summary.field().hall(),
+                        summary.field().hallCurve(),
+                        std::string(summary.nameOfSection(worst.section)),
+                        worst.figures};
   }
 
  private:
@@ -66,8 +76,15 @@ class CrowdRun {
   Failure buildTables();
   Failure buildTable(const PixelMapVideoEntry& map);
   Failure show();
+  Failure play(Crowd& crowd);
+  Failure finish();
+  Failure finishPart();
+  Failure openPart();
+  CrowdSink& sink();
+  ShowEngineOptions engineOptions(const SharedStills& stills, PictureMeans& pictures) const;
   Duration firstAttack() const;
-  bool drawSlice(const Crowd& crowd, const CrowdPicture& picture);
+  /// The phones that are simulated.
+  std::span<const CrowdSeat> phones() const { return venue_->simulated(); }
 
   const CrowdRequest& request_;
   const Outside& outside_;
@@ -79,14 +96,19 @@ class CrowdRun {
   const Bundles bundles_{mainBundle_, kitBundle_};
   const PixelMapAssets assets_{bundles_, files_, outside_.videos, outside_.images};
   std::optional<CrowdVenue> venue_;
+  /// Of its document.
+  std::uint64_t mapPrint_ = 0;
   Scenario scenario_;
   std::optional<TrueShow> truth_;
   std::optional<Air> air_;
   /// Null where nobody wants pictures.
   std::unique_ptr<CrowdOutput> output_;
-  CrowdFlashes flashes_;
-  std::size_t framesWritten_ = 0;
-  std::vector<std::uint8_t> rgb_;
+  /// One of both, once the output is open.
+  std::optional<CrowdRecord> record_;
+  std::optional<CrowdPartWriter> part_;
+  /// When the simulation ended.
+  Duration now_{};
+  CrowdEnd end_;
   std::string report_;
 };
 
@@ -94,7 +116,9 @@ Failure CrowdRun::readVenue() {
   const std::string path = seatMapFile(request_.venueId);
   const auto document = mainBundle_.readResource(path, kLargestSeatMap);
   if (!document) return unusable(request_.assets + "/" + path + ": cannot be read");
-  venue_.emplace(*document, seatMapTexts(kitBundle_), json_, request_.phones, spreadOver);
+  venue_.emplace(*document, seatMapTexts(kitBundle_), json_, request_.phones, spreadOver,
+                 request_.shard.value_or(CrowdShard{}));
+  mapPrint_ = fingerprintOf(*document);
   if (venue_->seatCount() == 0) return unusable(request_.assets + "/" + path + ": has no seats");
   if (request_.phones <= venue_->seatCount()) return std::nullopt;
   return unusable("--phones " + std::to_string(request_.phones) + ": venue " +
@@ -126,12 +150,34 @@ Failure CrowdRun::openOutput() {
     return unusable(request_.out +
                     ": only a movie NAME.mp4, a sheet NAME.png or a folder can be written");
   }
+  if (request_.shard) return openPart();
   const int fps = request_.settings.framesPerSecond;
-  const auto frames = static_cast<std::int64_t>(toSeconds(request_.settings.end) * fps) + 1;
+  const auto frames = frameCountOf(request_.settings.from, request_.settings.end, fps);
   output_ = makeCrowdOutput(request_.out, {request_.width, request_.height, fps, frames},
                             {outside_.movies, outside_.encodePicture});
   if (output_) return std::nullopt;
   return unusable(request_.out + ": cannot be written");
+}
+
+Failure CrowdRun::openPart() {
+  CrowdPartHead head;
+  head.shard = *request_.shard;
+  head.facts = request_.facts;
+  head.facts.push_back("map " + std::to_string(mapPrint_));
+  head.seats = venue_->seatCount();
+  head.phones = venue_->seats().size();
+  head.width = request_.width;
+  head.height = request_.height;
+  head.framesPerSecond = request_.settings.framesPerSecond;
+  head.from = request_.settings.from;
+  head.end = request_.settings.end;
+  head.packetsSent = air_->sent().size();
+  head.isForSheet = crowdOutputKindOf(request_.out) == CrowdOutputKind::sheet;
+  head.rogues = request_.rogues;
+  head.places.assign(phones().begin(), phones().end());
+  part_.emplace(crowdPartFile(request_.out, head.shard));
+  if (part_->begin(head)) return std::nullopt;
+  return unusable(crowdPartFile(request_.out, head.shard) + ": cannot be written");
 }
 
 // Those of the maps that the show uses.
@@ -175,9 +221,8 @@ Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
   return interrupted();
 }
 
-Failure CrowdRun::show() {
-  const SharedStills stills(mainBundle_, outside_.images);
-  PictureMeans pictures(files_, outside_.images);
+ShowEngineOptions CrowdRun::engineOptions(const SharedStills& stills,
+                                          PictureMeans& pictures) const {
   ShowEngineOptions engine;
   engine.limits.flash = request_.policy;
   engine.assets = loadShowAssets(bundles_, json_);
@@ -185,53 +230,81 @@ Failure CrowdRun::show() {
   engine.stills = &stills;
   engine.pictures = &pictures;
   engine.air = request_.airOptions;
+  return engine;
+}
+
+CrowdSink& CrowdRun::sink() {
+  if (part_) return *part_;
+  if (!record_) {
+    record_.emplace(venue_->seats(), output_.get(), request_.width, request_.height);
+  }
+  return *record_;
+}
+
+Failure CrowdRun::show() {
+  const SharedStills stills(mainBundle_, outside_.images);
+  PictureMeans pictures(files_, outside_.images);
   const CrowdParts parts{bundles_,
                          json_,
                          outside_.images,
                          files_,
-                         std::move(engine),
+                         engineOptions(stills, pictures),
                          request_.scenario.device,
                          request_.allowedTransmitterIds,
                          outside_.codes};
-  const CrowdPicture picture(venue_->seats(), request_.width, request_.height);
-  rgb_.resize(static_cast<std::size_t>(request_.width) * static_cast<std::size_t>(request_.height) *
-              3);
   std::optional<CueWatch> cues;
-  if (!request_.cues.empty()) cues.emplace(request_.cues, *air_, venue_->seats());
-  Crowd crowd({parts, venue_->seats(), scenario_, *air_, venue_->tables(), assets_, workers_,
-               cues ? &*cues : nullptr, truth_ ? &*truth_ : nullptr, firstAttack()},
+  if (!request_.cues.empty()) cues.emplace(request_.cues, *air_, phones());
+  Crowd crowd({parts, phones(), scenario_, *air_, venue_->tables(), assets_, workers_,
+               cues ? &*cues : nullptr, truth_ ? &*truth_ : nullptr, firstAttack(),
+               venue_->firstSimulated()},
               request_.settings);
-  CrowdSummary summary;
-  const Duration end = request_.settings.end;
-  Duration spent{};
-  {
-    ProgressBar bar(
-        outside_.terminal, "simulating", "seconds",
-        static_cast<std::uint64_t>(std::max<std::int64_t>(end / milliseconds(1000), 1)));
-    while (!crowd.isOver() && !outside_.isInterrupted) {
-      const Stopwatch watch;
-      if (!crowd.run()) return failed("a phone never comes to rest");
-      spent += watch.elapsed();
-      summary.add(crowd);
-      if (!drawSlice(crowd, picture)) return failed(request_.out + ": cannot be written");
-      bar.show(static_cast<std::uint64_t>(crowd.now() / milliseconds(1000)));
-    }
+  if (Failure failure = play(crowd)) return failure;
+  now_ = crowd.now();
+  end_.phoneFlashes = crowd.phoneFlashes();
+  end_.phonesLost = crowd.phonesLost();
+  if (cues) {
+    end_.cues = cues->tallies(
+        [&crowd](std::size_t phone, Duration time) { return crowd.isOpen(phone, time); });
   }
-  const FieldMeter::Worst worst = crowd.field().worstSection();
-  flashes_ = {venue_->seats().size(),
-              crowd.phoneFlashes(),
-              crowd.phoneCurve(),
-              crowd.field().hall(),
-              crowd.field().hallCurve(),
-              std::string(crowd.nameOfSection(worst.section)),
-              worst.figures};
-  if (output_ == nullptr) return std::nullopt;
+  return std::nullopt;
+}
+
+Failure CrowdRun::play(Crowd& crowd) {
+  CrowdSink& sink = this->sink();
+  ProgressBar bar(outside_.terminal, "simulating", "seconds",
+                  static_cast<std::uint64_t>(
+                      std::max<std::int64_t>(request_.settings.end / milliseconds(1000), 1)));
+  while (!crowd.isOver() && !outside_.isInterrupted) {
+    const Stopwatch watch;
+    if (!crowd.run()) return failed("a phone never comes to rest");
+    end_.spent += watch.elapsed();
+    if (!sink.add(crowd.slice())) return failed(request_.out + ": cannot be written");
+    bar.show(static_cast<std::uint64_t>(crowd.now() / milliseconds(1000)));
+  }
+  return std::nullopt;
+}
+
+Failure CrowdRun::finish() {
+  if (part_) return finishPart();
   if (!output_->finish()) return failed(request_.out + ": cannot be written");
-  const Duration simulated = std::min(crowd.now(), end);
-  report_ = summary.json(
-      crowd, {venue_->seatCount(), venue_->seats(), air_->sent().size(), framesWritten_, simulated,
-              spent > Duration::zero() ? toSeconds(simulated) / toSeconds(spent) : 0,
-              cues ? &*cues : nullptr, request_.rogues});
+  const Duration simulated =
+      std::max(std::min(now_, request_.settings.end) - request_.settings.from, Duration::zero());
+  report_ = record_->summary().json(end_, {venue_->seatCount(), air_->sent().size(),
+                                           record_->framesWritten(), simulated, request_.rogues});
+  return std::nullopt;
+}
+
+// Half a shard fits to no other.
+Failure CrowdRun::finishPart() {
+  if (outside_.isInterrupted) return interrupted();
+  const std::string file = crowdPartFile(request_.out, *request_.shard);
+  if (!part_->finish(end_)) return failed(file + ": cannot be written");
+  JsonLine line;
+  line.begin().add("part", file);
+  line.add("shard", static_cast<std::int64_t>(request_.shard->number));
+  line.add("of", static_cast<std::int64_t>(request_.shard->of));
+  line.add("phones", static_cast<std::int64_t>(phones().size()));
+  report_ = line.end();
   return std::nullopt;
 }
 
@@ -241,26 +314,15 @@ Duration CrowdRun::firstAttack() const {
   return first;
 }
 
-bool CrowdRun::drawSlice(const Crowd& crowd, const CrowdPicture& picture) {
-  if (output_ == nullptr) return true;
-  for (const CrowdFrame& frame : crowd.frames()) {
-    const bool isWanted = output_->wantsNext();
-    if (isWanted) {
-      picture.draw(frame.lights, rgb_);
-      ++framesWritten_;
-    }
-    if (!output_->add(isWanted ? std::span<const std::uint8_t>(rgb_)
-                               : std::span<const std::uint8_t>()))
-      return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 std::variant<CrowdFlashes, CommandResult> measureCrowd(const CrowdRequest& request,
                                                        const Outside& outside) {
   return CrowdRun(request, outside).measure();
+}
+
+std::string crowdPartFile(const std::string& out, const CrowdShard& shard) {
+  return out + ".shard-" + std::to_string(shard.number) + "-of-" + std::to_string(shard.of);
 }
 
 CommandResult runCrowd(const CrowdRequest& request, const Call& call) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "venue/base/outside.h"
 #include "venue/crowd/air.h"
 #include "venue/crowd/crowd.h"
+#include "venue/crowd/crowd_part.h"
 #include "venue/crowd/cue_watch.h"
 #include "venue/crowd/rogues.h"
 #include "venue/show/flash_meter.h"
@@ -39,7 +41,14 @@ struct CrowdRequest {
   int width = 1280;
   int height = 720;
   FlashPolicy policy = FlashPolicy::exact;
+  /// With one, its phones alone are simulated, and what they did is written beside `out`.
+  std::optional<CrowdShard> shard = {};
+  /// All that the show follows from, as `CrowdPartHead` has it; for a shard.
+  std::vector<std::string> facts = {};
 };
+
+/// Of a shard: beside the pictures that all of them will make.
+std::string crowdPartFile(const std::string& out, const CrowdShard& shard);
 
 CommandResult runCrowd(const CrowdRequest& request, const Call& call);
 

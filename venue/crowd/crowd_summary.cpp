@@ -61,16 +61,6 @@ void addFlashes(PrettyWriter& writer, const FlashFigures& figures) {
   addNumber(writer, "at", toSeconds(figures.at()));
 }
 
-void writeFlashes(PrettyWriter& writer, const Crowd& crowd) {
-  addObject(writer, "phone", [&] { addFlashes(writer, crowd.phoneFlashes()); });
-  addObject(writer, "crowd", [&] { addFlashes(writer, crowd.field().hall()); });
-  addObject(writer, "section", [&] {
-    const FieldMeter::Worst worst = crowd.field().worstSection();
-    addText(writer, "name", crowd.nameOfSection(worst.section));
-    addFlashes(writer, worst.figures);
-  });
-}
-
 // Three channels a phone.
 std::uint64_t valuesOf(std::uint64_t phones) { return phones * 3; }
 
@@ -123,46 +113,85 @@ std::optional<double> psnr(std::uint64_t squaredError, std::uint64_t values) {
                          static_cast<double>(squaredError));
 }
 
-void CrowdSummary::add(const Crowd& crowd) {
-  for (const Crowd::ClosedLook& look : crowd.closedLooks()) {
-    ++looks_;
-    for (std::size_t at = 0; at < std::size(kShares); ++at) {
-      const std::uint64_t wanted =
-          (look.phones * static_cast<std::uint64_t>(kShares[at]) + 99) / 100;
-      const auto time = look.phones > 0 ? look.delays.whenShown(wanted) : std::nullopt;
-      if (time) {
-        reaches_[at].times.push_back(*time);
-      } else {
-        ++reaches_[at].never;
-      }
-    }
+CrowdSummary::CrowdSummary(std::span<const CrowdSeat> phones)
+    : phones_(phones), sections_(phones), field_(sections_.count()) {}
+
+void CrowdSummary::add(const CrowdSlice& slice) {
+  for (const ClosedLook& look : slice.closedLooks) addLook(look);
+  for (const CrowdFrame& frame : slice.frames) addFrame(frame);
+  for (std::size_t at = 0; at < slice.watches.size(); ++at) {
+    field_.add(slice.watches[at],
+               std::span(slice.field).subspan(at * sections_.count(), sections_.count()));
   }
-  for (const CrowdFrame& frame : crowd.frames()) {
-    ++frames_;
-    const FrameCounts& counts = frame.counts;
-    mostTorches_ = std::max(mostTorches_, counts.torches);
-    mostLost_ = std::max(mostLost_, counts.lost);
-    lost_ += counts.lost;
-    isLostNow_ = counts.lost > 0;
-    if (isLostNow_) lastLost_ = frame.time;
-    if (frame.isShowOnAir) {
-      lit_ += counts.open;
-      dark_ += counts.open - counts.showing;
-      const double share = shareOf(counts.open - counts.showing, counts.open);
-      if (share > darkest_) {
-        darkest_ = share;
-        darkestTime_ = frame.time;
-      }
-    }
-    if (frame.mapFrame && counts.compared > 0) {
-      map_.push_back({frame.time, *frame.mapFrame, counts.compared, counts.squaredError,
-                      counts.worstError, counts.worstPhone});
+  packets_.add(slice.packets);
+  phoneCurve_.take(slice.phoneCurve);
+}
+
+void CrowdSummary::addLook(const ClosedLook& look) {
+  ++looks_;
+  for (std::size_t at = 0; at < std::size(kShares); ++at) {
+    const std::uint64_t wanted = (look.phones * static_cast<std::uint64_t>(kShares[at]) + 99) / 100;
+    const auto time = look.phones > 0 ? look.delays.whenShown(wanted) : std::nullopt;
+    if (time) {
+      reaches_[at].times.push_back(*time);
+    } else {
+      ++reaches_[at].never;
     }
   }
 }
 
+void CrowdSummary::addFrame(const CrowdFrame& frame) {
+  ++frames_;
+  const FrameCounts& counts = frame.counts;
+  mostTorches_ = std::max(mostTorches_, counts.torches);
+  mostLost_ = std::max(mostLost_, counts.lost);
+  lost_ += counts.lost;
+  isLostNow_ = counts.lost > 0;
+  if (isLostNow_) lastLost_ = frame.time;
+  if (frame.isShowOnAir) {
+    lit_ += counts.open;
+    dark_ += counts.open - counts.showing;
+    const double share = shareOf(counts.open - counts.showing, counts.open);
+    if (share > darkest_) {
+      darkest_ = share;
+      darkestTime_ = frame.time;
+    }
+  }
+  if (frame.mapFrame && counts.compared > 0) {
+    map_.push_back({frame.time, *frame.mapFrame, counts.compared, counts.squaredError,
+                    counts.worstError, counts.worstPhone});
+  }
+}
+
+void CrowdSummary::writeFlashes(PrettyWriter& writer, const CrowdEnd& end) const {
+  addObject(writer, "phone", [&] { addFlashes(writer, end.phoneFlashes); });
+  addObject(writer, "crowd", [&] { addFlashes(writer, field_.hall()); });
+  addObject(writer, "section", [&] {
+    const FieldMeter::Worst worst = field_.worstSection();
+    addText(writer, "name", nameOfSection(worst.section));
+    addFlashes(writer, worst.figures);
+  });
+}
+
+void CrowdSummary::writeLooks(PrettyWriter& writer) const {
+  addNumber(writer, "count", std::uint64_t{looks_});
+  for (std::size_t at = 0; at < std::size(kShares); ++at) {
+    const std::string key = "shownBy" + std::to_string(kShares[at]);
+    addObject(writer, key.c_str(), [&] {
+      std::vector<Duration> times = reaches_[at].times;
+      std::sort(times.begin(), times.end());
+      const bool isAny = !times.empty();
+      addMilliseconds(writer, "median",
+                      isAny ? std::optional(times[times.size() / 2]) : std::nullopt);
+      addMilliseconds(writer, "worst", isAny ? std::optional(times.back()) : std::nullopt);
+      addNumber(writer, "never", reaches_[at].never);
+    });
+  }
+}
+
 // When the last lost phone was back; none where one still is not.
-void CrowdSummary::writeRogues(PrettyWriter& writer, const Crowd& crowd, const Facts& facts) const {
+void CrowdSummary::writeRogues(PrettyWriter& writer, const CrowdEnd& end,
+                               const Facts& facts) const {
   writer.Key("kinds");
   writer.StartArray();
   Duration from = facts.rogues.front().at;
@@ -174,68 +203,54 @@ void CrowdSummary::writeRogues(PrettyWriter& writer, const Crowd& crowd, const F
   const double frameSeconds =
       frames_ > 0 ? toSeconds(facts.simulated) / static_cast<double>(frames_) : 0;
   addMilliseconds(writer, "from", from);
-  addNumber(writer, "phonesLost", std::uint64_t{crowd.phonesLost()});
+  addNumber(writer, "phonesLost", end.phonesLost);
   addNumber(writer, "mostAtOnce", std::uint64_t{mostLost_});
   addNumber(
       writer, "meanSeconds",
-      shareOf(static_cast<double>(lost_) * frameSeconds, static_cast<double>(facts.phones.size())));
+      shareOf(static_cast<double>(lost_) * frameSeconds, static_cast<double>(phones_.size())));
   addMilliseconds(writer, "allBackAfter",
                   isLostNow_  ? std::nullopt
                   : lastLost_ ? std::optional(*lastLost_ - from)
                               : std::optional(Duration{}));
 }
 
-std::string CrowdSummary::json(const Crowd& crowd, const Facts& facts) const {
+std::string CrowdSummary::json(const CrowdEnd& end, const Facts& facts) const {
   JsonBuffer buffer;
   PrettyWriter writer(buffer);
   writer.SetIndent(' ', 2);
   writer.SetFormatOptions(rapidjson::kFormatSingleLineArray);
   writer.StartObject();
-  addNumber(writer, "phones", std::uint64_t{facts.phones.size()});
+  addNumber(writer, "phones", std::uint64_t{phones_.size()});
   addNumber(writer, "seats", std::uint64_t{facts.seats});
   addNumber(writer, "simulatedSeconds", toSeconds(facts.simulated));
   addNumber(writer, "frames", std::uint64_t{frames_});
   addNumber(writer, "framesWritten", std::uint64_t{facts.framesWritten});
   addObject(writer, "packets", [&] {
-    const PacketCounts& packets = crowd.packets();
-    addNumber(writer, "sent", std::uint64_t{facts.packetsSent});
-    addNumber(writer, "offered", packets.offered);
-    addNumber(writer, "heard", packets.heard);
-    addNumber(writer, "lost", packets.offered - std::min(packets.heard, packets.offered));
+    addNumber(writer, "sent", facts.packetsSent);
+    addNumber(writer, "offered", packets_.offered);
+    addNumber(writer, "heard", packets_.heard);
+    addNumber(writer, "lost", packets_.offered - std::min(packets_.heard, packets_.offered));
   });
-  addObject(writer, "looks", [&] {
-    addNumber(writer, "count", std::uint64_t{looks_});
-    for (std::size_t at = 0; at < std::size(kShares); ++at) {
-      const std::string key = "shownBy" + std::to_string(kShares[at]);
-      addObject(writer, key.c_str(), [&] {
-        std::vector<Duration> times = reaches_[at].times;
-        std::sort(times.begin(), times.end());
-        const bool isAny = !times.empty();
-        addMilliseconds(writer, "median",
-                        isAny ? std::optional(times[times.size() / 2]) : std::nullopt);
-        addMilliseconds(writer, "worst", isAny ? std::optional(times.back()) : std::nullopt);
-        addNumber(writer, "never", reaches_[at].never);
-      });
-    }
-  });
+  addObject(writer, "looks", [&] { writeLooks(writer); });
   addObject(writer, "dark", [&] {
     addNumber(writer, "share", shareOf(static_cast<double>(dark_), static_cast<double>(lit_)));
     addNumber(writer, "worst", darkest_);
     addMilliseconds(writer, "worstAt", darkest_ > 0 ? std::optional(darkestTime_) : std::nullopt);
   });
-  addObject(writer, "pixelMap", [&] { writeMap(writer, map_, facts.phones); });
-  addObject(writer, "flashes", [&] { writeFlashes(writer, crowd); });
+  addObject(writer, "pixelMap", [&] { writeMap(writer, map_, phones_); });
+  addObject(writer, "flashes", [&] { writeFlashes(writer, end); });
   addNumber(writer, "mostTorches", std::uint64_t{mostTorches_});
   if (!facts.rogues.empty()) {
-    addObject(writer, "rogues", [&] { writeRogues(writer, crowd, facts); });
+    addObject(writer, "rogues", [&] { writeRogues(writer, end, facts); });
   }
-  if (facts.cues != nullptr) {
+  if (!end.cues.empty()) {
     writer.Key("cues");
     writer.SetFormatOptions(rapidjson::kFormatDefault);
-    facts.cues->write(
-        writer, [&crowd](std::size_t phone, Duration time) { return crowd.isOpen(phone, time); });
+    writeCues(writer, end.cues);
   }
-  addNumber(writer, "simulatedSecondsPerSecond", facts.simulatedSecondsPerSecond);
+  const double spent = toSeconds(end.spent);
+  addNumber(writer, "simulatedSecondsPerSecond",
+            spent > 0 ? toSeconds(facts.simulated) / spent : 0);
   writer.EndObject();
   return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
 }

@@ -7,12 +7,13 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "halvora/platform/time.h"
 #include "venue/base/json_buffer.h"
-#include "venue/crowd/crowd.h"
-#include "venue/crowd/cue_watch.h"
+#include "venue/crowd/crowd_slice.h"
+#include "venue/crowd/rogues.h"
 
 namespace halvora {
 
@@ -28,23 +29,27 @@ struct CrowdMapFrame {
 
 class CrowdSummary {
  public:
-  /// After each slice.
-  void add(const Crowd& crowd);
+  /// The phones outlive it.
+  explicit CrowdSummary(std::span<const CrowdSeat> phones);
+
+  /// Slice after slice, each of all phones.
+  void add(const CrowdSlice& slice);
+
+  const FlashCurve& phoneCurve() const { return phoneCurve_; }
+  /// Of the mean light of all phones, and of each section's.
+  const FieldMeter& field() const { return field_; }
+  std::string_view nameOfSection(std::size_t section) const { return sections_.name(section); }
 
   struct Facts {
     std::size_t seats = 0;
-    std::span<const CrowdSeat> phones;
-    std::size_t packetsSent = 0;
+    std::uint64_t packetsSent = 0;
     std::size_t framesWritten = 0;
     /// Of the simulated time.
     Duration simulated{};
-    double simulatedSecondsPerSecond = 0;
-    /// Null for a show that was given as packets.
-    const CueWatch* cues = nullptr;
     /// Empty where nobody attacked.
     std::span<const Rogue> rogues = {};
   };
-  std::string json(const Crowd& crowd, const Facts& facts) const;
+  std::string json(const CrowdEnd& end, const Facts& facts) const;
 
  private:
   /// How long the looks took to reach that share of the phones.
@@ -53,8 +58,17 @@ class CrowdSummary {
     std::uint64_t never = 0;
   };
 
-  void writeRogues(PrettyJsonWriter& writer, const Crowd& crowd, const Facts& facts) const;
+  void addLook(const ClosedLook& look);
+  void addFrame(const CrowdFrame& frame);
+  void writeLooks(PrettyJsonWriter& writer) const;
+  void writeFlashes(PrettyJsonWriter& writer, const CrowdEnd& end) const;
+  void writeRogues(PrettyJsonWriter& writer, const CrowdEnd& end, const Facts& facts) const;
 
+  std::span<const CrowdSeat> phones_;
+  FieldSections sections_;
+  FieldMeter field_;
+  FlashCurve phoneCurve_;
+  PacketCounts packets_;
   std::size_t frames_ = 0;
   std::size_t looks_ = 0;
   Reach reaches_[3];

@@ -13,7 +13,7 @@ namespace halvora {
 
 namespace {
 
-std::vector<SeatPosition> placesOf(const std::vector<CrowdSeat>& seats) {
+std::vector<SeatPosition> placesOf(std::span<const CrowdSeat> seats) {
   std::vector<SeatPosition> places;
   places.reserve(seats.size());
   for (const CrowdSeat& seat : seats) places.push_back(seat.at);
@@ -72,13 +72,15 @@ std::vector<CrowdSeat> thinned(std::vector<CrowdSeat> seats, std::size_t count) 
 }
 
 CrowdVenue::CrowdVenue(std::string_view document, const SeatMapTexts& texts, const JsonReader& json,
-                       std::size_t phones, SeatChoice choose)
+                       std::size_t phones, SeatChoice choose, const CrowdShard& shard)
     : map_(parseSeatMapSectionsFromJSON(document, texts, json)),
       seats_(seatsOf(map_)),
       tables_({}) {
   seatCount_ = seats_.size();
   if (phones > 0) seats_ = choose(std::move(seats_), phones);
-  tables_ = VenueTables(placesOf(seats_));
+  firstSimulated_ = shard.first(seats_.size());
+  simulatedCount_ = shard.end(seats_.size()) - firstSimulated_;
+  tables_ = VenueTables(placesOf(simulated()));
 }
 
 VenueTables::End CrowdVenue::build(const PixelMapVideoEntry& map, const VideoAssets& videos,

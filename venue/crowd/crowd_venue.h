@@ -14,6 +14,7 @@
 #include "seats/seat_map.h"
 #include "seats/seat_texts.h"
 #include "venue/crowd/crowd_phone.h"
+#include "venue/crowd/crowd_shard.h"
 #include "venue/crowd/venue_tables.h"
 
 namespace halvora {
@@ -30,9 +31,10 @@ std::vector<CrowdSeat> thinned(std::vector<CrowdSeat> seats, std::size_t count);
 
 class CrowdVenue {
  public:
-  /// `document` is the text of the venue's map, and may be none. So many phones, 0 for one a seat.
+  /// `document` is the text of the venue's map, and may be none. So many phones, 0 for one a seat;
+  /// those of a shard are simulated, and have tables.
   CrowdVenue(std::string_view document, const SeatMapTexts& texts, const JsonReader& json,
-             std::size_t phones, SeatChoice choose);
+             std::size_t phones, SeatChoice choose, const CrowdShard& shard = {});
   CrowdVenue(const CrowdVenue&) = delete;
   CrowdVenue& operator=(const CrowdVenue&) = delete;
 
@@ -40,6 +42,11 @@ class CrowdVenue {
   std::size_t seatCount() const { return seatCount_; }
   /// Those with a phone.
   const std::vector<CrowdSeat>& seats() const { return seats_; }
+  std::span<const CrowdSeat> simulated() const {
+    return std::span(seats_).subspan(firstSimulated_, simulatedCount_);
+  }
+  /// Its place among those with a phone.
+  std::size_t firstSimulated() const { return firstSimulated_; }
 
   /// Adds the tables of one map. They would be too much for the machine's own memory, so they lie
   /// in files of the temporary folder, which are gone with this object.
@@ -53,6 +60,8 @@ class CrowdVenue {
   SeatMap map_;
   std::size_t seatCount_ = 0;
   std::vector<CrowdSeat> seats_;
+  std::size_t firstSimulated_ = 0;
+  std::size_t simulatedCount_ = 0;
   std::vector<MappedFile> rooms_;
   VenueTables tables_;
 };

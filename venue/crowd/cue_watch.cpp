@@ -17,7 +17,35 @@ void writeText(PrettyJsonWriter& writer, std::string_view text) {
   writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 
+void addAll(CueTally::Delays& delays, const CueTally::Delays& others) {
+  for (const auto& [delay, phones] : others) delays[delay] += phones;
+}
+
+void writeShares(PrettyJsonWriter& writer, const CueTally::Delays& delays) {
+  std::uint64_t count = 0;
+  for (const auto& [delay, phones] : delays) count += phones;
+  writer.Key("phones");
+  writer.Uint64(count);
+  auto at = delays.begin();
+  std::uint64_t reached = 0;
+  for (const auto& [share, name] : kNamedShares) {
+    const std::uint64_t wanted = (count * static_cast<std::uint64_t>(share) + 99) / 100;
+    // Greater shares are reached no sooner.
+    for (; at != delays.end() && reached + at->second < wanted; ++at) reached += at->second;
+    writer.Key(name);
+    if (wanted == 0 || at == delays.end() || at->first == CueTally::kNever) {
+      writer.Null();
+    } else {
+      writer.Uint(at->first);
+    }
+  }
+}
+
 }  // namespace
+
+void CueTally::add(const CueTally& other) {
+  for (const auto& [section, delays] : other.sections) addAll(sections[section], delays);
+}
 
 // A controller may leave out a cue's first packets; the first that is on the air counts.
 CueWatch::CueWatch(std::vector<WatchedCue> cues, const Air& air, std::span<const CrowdSeat> phones)
@@ -32,7 +60,7 @@ CueWatch::CueWatch(std::vector<WatchedCue> cues, const Air& air, std::span<const
     if (first == lookOf.end() || first->first > cues_[cue].lastSequence) continue;
     if (cueOf_[first->second] == kNoCue) cueOf_[first->second] = static_cast<std::uint32_t>(cue);
   }
-  delays_.assign(cues_.size() * phones_.size(), kNever);
+  delays_.assign(cues_.size() * phones_.size(), CueTally::kNever);
 }
 
 void CueWatch::add(std::uint32_t look, std::size_t phone, Duration now) {
@@ -40,50 +68,44 @@ void CueWatch::add(std::uint32_t look, std::size_t phone, Duration now) {
   if (cue == kNoCue) return;
   const auto delay = (now - cues_[cue].begin) / milliseconds(1);
   delays_[cue * phones_.size() + phone] =
-      static_cast<std::uint16_t>(std::clamp<std::int64_t>(delay, 0, kNever));
+      static_cast<std::uint16_t>(std::clamp<std::int64_t>(delay, 0, CueTally::kNever));
 }
 
-void CueWatch::writeShares(PrettyJsonWriter& writer, std::vector<std::uint16_t> delays) const {
-  writer.Key("phones");
-  writer.Uint64(delays.size());
-  std::ranges::sort(delays);
-  for (const auto& [share, name] : kNamedShares) {
-    const std::size_t wanted = (delays.size() * static_cast<std::size_t>(share) + 99) / 100;
-    writer.Key(name);
-    if (wanted == 0 || delays[wanted - 1] == kNever) {
-      writer.Null();
-    } else {
-      writer.Uint(delays[wanted - 1]);
+std::vector<CueTally> CueWatch::tallies(
+    const std::function<bool(std::size_t, Duration)>& isOpen) const {
+  std::vector<CueTally> tallies;
+  for (std::size_t cue = 0; cue < cues_.size(); ++cue) {
+    CueTally& tally = tallies.emplace_back(CueTally{cues_[cue].name, cues_[cue].begin});
+    for (std::size_t phone = 0; phone < phones_.size(); ++phone) {
+      if (!isOpen(phone, tally.begin)) continue;
+      const std::string_view section = phones_[phone].section;
+      auto found = tally.sections.find(section);
+      if (found == tally.sections.end())
+        found = tally.sections.emplace(section, CueTally::Delays{}).first;
+      ++found->second[delays_[cue * phones_.size() + phone]];
     }
   }
+  return tallies;
 }
 
-void CueWatch::write(PrettyJsonWriter& writer,
-                     const std::function<bool(std::size_t, Duration)>& isOpen) const {
+void writeCues(PrettyJsonWriter& writer, std::span<const CueTally> cues) {
   writer.StartArray();
-  for (std::size_t cue = 0; cue < cues_.size(); ++cue) {
-    std::vector<std::uint16_t> all;
-    // By name, whatever the order of the seats.
-    std::map<std::string_view, std::vector<std::uint16_t>> sections;
-    for (std::size_t phone = 0; phone < phones_.size(); ++phone) {
-      if (!isOpen(phone, cues_[cue].begin)) continue;
-      const std::uint16_t delay = delays_[cue * phones_.size() + phone];
-      all.push_back(delay);
-      sections[phones_[phone].section].push_back(delay);
-    }
+  for (const CueTally& cue : cues) {
+    CueTally::Delays all;
+    for (const auto& [name, delays] : cue.sections) addAll(all, delays);
     writer.StartObject();
     writer.Key("cue");
-    writeText(writer, cues_[cue].name);
+    writeText(writer, cue.name);
     writer.Key("t");
-    writer.Int64(cues_[cue].begin / milliseconds(1));
-    writeShares(writer, std::move(all));
+    writer.Int64(cue.begin / milliseconds(1));
+    writeShares(writer, all);
     writer.Key("sections");
     writer.StartArray();
-    for (auto& [name, delays] : sections) {
+    for (const auto& [name, delays] : cue.sections) {
       writer.StartObject();
       writer.Key("section");
       writeText(writer, name);
-      writeShares(writer, std::move(delays));
+      writeShares(writer, delays);
       writer.EndObject();
     }
     writer.EndArray();

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <optional>
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
@@ -28,6 +28,24 @@ struct WatchedCue {
   std::uint16_t lastSequence = 0;
 };
 
+/// How a cue was followed, by section.
+struct CueTally {
+  /// How many phones took so many milliseconds; later ones than `kNever` count as never.
+  using Delays = std::map<std::uint16_t, std::uint32_t>;
+  static constexpr std::uint16_t kNever = 0xFFFF;
+
+  std::string name;
+  Duration begin{};
+  std::map<std::string, Delays, std::less<>> sections = {};
+
+  /// Of other phones.
+  void add(const CueTally& other);
+};
+
+/// A list with an object a cue: `cue`, `t`, `phones` that were open, the milliseconds until half,
+/// 95 % and 99 % of them followed (null for never), and the same by section.
+void writeCues(PrettyJsonWriter& writer, std::span<const CueTally> cues);
+
 class CueWatch {
  public:
   /// The air and the seats outlive it.
@@ -36,17 +54,12 @@ class CueWatch {
   /// A phone shows that look for the first time. Different phones on any threads.
   void add(std::uint32_t look, std::size_t phone, Duration now);
 
-  /// A list with an object a cue: `cue`, `t`, `phones` that were open, the milliseconds until half,
-  /// 95 % and 99 % of them followed (null for never), and the same by section.
-  void write(PrettyJsonWriter& writer,
-             const std::function<bool(std::size_t phone, Duration time)>& isOpen) const;
+  /// Of the phones that were open when a cue began.
+  std::vector<CueTally> tallies(
+      const std::function<bool(std::size_t phone, Duration time)>& isOpen) const;
 
  private:
-  /// Of delays: later ones count as never.
-  static constexpr std::uint16_t kNever = 0xFFFF;
   static constexpr std::uint32_t kNoCue = UINT32_MAX;
-
-  void writeShares(PrettyJsonWriter& writer, std::vector<std::uint16_t> delays) const;
 
   std::vector<WatchedCue> cues_;
   std::span<const CrowdSeat> phones_;

@@ -40,7 +40,7 @@ class VenuePage : public testing::Test {
     for (std::string word; stream >> word;) {
       const bool isFile = word.starts_with("hall") || word.ends_with(".csv") ||
                           word.ends_with(".yaml") || word.ends_with(".jsonl") ||
-                          word.ends_with(".png");
+                          word.find(".png") != std::string::npos;
       words.push_back(isFile && word != "halvora" ? (folder.path() / word).string() : word);
     }
     words.erase(words.begin());
@@ -65,15 +65,16 @@ TEST_F(VenuePage, EveryCommandDoesWhatItSays) {
     runs.push_back(runTool(wordsOf(command), setup));
     EXPECT_EQ(runs.back().status, 0) << command << "\n" << runs.back().error;
   }
-  ASSERT_EQ(runs.size(), 9U);
+  ASSERT_EQ(runs.size(), 12U);
   EXPECT_THAT(runs[0].output, HasSubstr("{\"seats\":7,\"width\":32,\"height\":48,\"moved\":0"));
   EXPECT_THAT(runs[1].output, HasSubstr("Nothing is wrong."));
   EXPECT_THAT(runs[3].output, HasSubstr("{\"cues\":4,\"seconds\":22.5,\"packets\":13,"));
   EXPECT_THAT(runs[5].output, HasSubstr("\"light\":[1,1,1,1]"));
   EXPECT_THAT(runs[6].output, HasSubstr("\"cue\": \"Good night\""));
   EXPECT_THAT(runs[7].output, HasSubstr("\"shownBy50\": null"));
-  EXPECT_THAT(runs[8].output, Not(IsEmpty()));
-  EXPECT_THAT(runs[8].messages, HasSubstr("\"state\":\"panic\""));
+  EXPECT_THAT(runs[10].output, HasSubstr("\"cue\": \"Good night\""));
+  EXPECT_THAT(runs[11].output, Not(IsEmpty()));
+  EXPECT_THAT(runs[11].messages, HasSubstr("\"state\":\"panic\""));
 }
 
 }  // namespace
