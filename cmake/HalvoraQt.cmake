@@ -12,6 +12,8 @@ if(NOT TARGET halvora_image OR NOT TARGET halvora_ffmpeg)
 endif()
 find_package(Qt6 6.4 QUIET OPTIONAL_COMPONENTS Multimedia)
 qt_standard_project_setup()
+# Nothing that Qt's tools read is made by the build: they need not wait for the libraries.
+set(CMAKE_AUTOGEN_ORIGIN_DEPENDS OFF)
 set(loading_qml)
 if(NOT HALVORA_QML_AHEAD)
   set(loading_qml NO_CACHEGEN)

@@ -180,3 +180,21 @@ function(halvora_precompile_qt target)
   halvora_precompile(${target} <QGuiApplication> <QImage> <QQmlEngine> <QQuickItem> <QQuickWindow>
     ${ARGN})
 endfunction()
+
+# The same, parsed once for all who need nothing beside it. A target of its own parses it: gcc takes
+# these headers for any source that defines more than they were parsed with, but not less.
+function(halvora_precompiled_qt target)
+  if(NOT HALVORA_PRECOMPILE)
+    return()
+  endif()
+  if(NOT TARGET halvora_qt_parsed)
+    file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/qt_parsed.cpp" CONTENT "// Only its headers count.\n")
+    add_library(halvora_qt_parsed OBJECT "${PROJECT_BINARY_DIR}/qt_parsed.cpp")
+    halvora_own(halvora_qt_parsed)
+    set_target_properties(halvora_qt_parsed PROPERTIES AUTOMOC OFF)
+    target_link_libraries(halvora_qt_parsed PRIVATE Qt6::Core Qt6::Gui Qt6::Qml Qt6::Quick)
+    halvora_precompile_qt(halvora_qt_parsed)
+  endif()
+  target_compile_options(${target} PRIVATE -Wpedantic)
+  halvora_precompiled_in(${target} halvora_qt_parsed)
+endfunction()

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Fails on an include, or a call, that does not keep to the layers.
+"""Fails on an include, a call or a name that does not keep to the layers.
 
 check_layers.py [ROOT]       checks the tree
 check_layers.py --self-test  plants every kind of fault in a small tree and expects each to be found
@@ -102,6 +102,7 @@ OPENS_VERSION = re.compile(r"^inline namespace HALVORA_PUBLIC v\d+ {$", re.MULTI
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)')
 COMMENT = re.compile(r'//[^\n]*|/\*.*?\*/|("(?:\\.|[^"\\\n])*")', re.DOTALL)
+DEFINES = re.compile(r"^(?:class|struct|enum(?: class)?) (\w+)[^;{]*{", re.MULTILINE)
 GENERATED = re.compile(r"(^|/)(moc_\w+\.cpp|\w+\.moc)$")
 
 
@@ -144,6 +145,7 @@ def complaint_about_quoted(source, folder, target):
 
 def complaints(root):
     """Yields (path, line number, text) for every fault below the root."""
+    homes = {}
     for file in sorted(root.rglob("*")):
         path = file.relative_to(root).as_posix()
         folder = folder_of(path)
@@ -156,6 +158,10 @@ def complaints(root):
         text = without_comments(file.read_text(encoding="utf-8"))
         if folder == FACE and "namespace halvora" in text and not OPENS_VERSION.search(text):
             yield path, 1, "its names are not in the namespace of the major version (version.h)"
+        if file.suffix == ".h" and folder in BELOW_APPS + APPS:
+            for name in DEFINES.findall(text):
+                if (home := homes.setdefault(name, path)) != path:
+                    yield path, 1, f"{name} is {home}'s: a program with both would have one of them"
         lines = text.split("\n")
         for number, line in enumerate(lines, 1):
             if include := INCLUDE.match(line):
@@ -280,6 +286,11 @@ def self_test():
             for line in lines
             if len(found_in(path, f"// first line\n{line}\n")) != 1
         ]
+        (root / "venue/show").mkdir(parents=True, exist_ok=True)
+        (root / "venue/show/player.h").write_text("class Player final {};\nclass Other;\n")
+        for name, count in (("Player", 1), ("Other", 0), ("Players", 0)):
+            if len(found_in("venue/live/twin.h", f"struct {name} {{}};\n")) != count:
+                failures.append(f"{name} in two headers: {count} complaints expected")
     print("\n".join(failures), file=sys.stderr, end="\n" if failures else "")
     planted = sum(len(lines) for lines in BAD.values())
     if not failures:

@@ -14,11 +14,25 @@ export CCACHE_DEPEND=1
 # Lines of a log that only say that something went well.
 chatter='^\[[0-9]+/[0-9]+\] |^ +Start +[0-9]+: |^ *[0-9]+/[0-9]+ Test .* Passed +[0-9.]+ sec$'
 
-# quietly LOG COMMAND…: the output goes to a log, of which the end is shown on failure.
+# What a log says last, in one line of the terminal that goes when there is no more to say.
+last_line() {
+  local line
+  while IFS= read -r line; do printf '\r\033[K%.76s' "$line"; done
+  printf '\r\033[K'
+}
+
+# quietly LOG COMMAND…: the output goes to a log, of which the end is shown on failure; on a terminal
+# its last line is to be seen meanwhile.
 quietly() {
-  local log="build/logs/$1.log"
+  local log="build/logs/$1.log" status=0
   shift
-  "$@" >"$log" 2>&1 </dev/null && return
+  if [[ -t 2 ]]; then
+    "$@" 2>&1 </dev/null | tee "$log" | last_line >&2
+    status=${PIPESTATUS[0]}
+  else
+    "$@" >"$log" 2>&1 </dev/null || status=$?
+  fi
+  ((status)) || return 0
   grep -vE "$chatter" "$log" | tail -n 80 >&2
   echo "FAILED: $* (all of the output: $log)" >&2
   return 1

@@ -8,7 +8,7 @@ import HalvoraDemo
 Window {
     id: window
 
-    required property ShowPlayer player
+    required property ScenarioLoop player
     readonly property bool isBare: visibility === Window.FullScreen
     // The corners of the light lie under the frame as long as the frame's inner radius is not more
     // than 2.4 times its width.

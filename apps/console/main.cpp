@@ -21,10 +21,10 @@
 #include "apps/console/contact_sheet.h"
 #include "apps/console/libraries.h"
 #include "apps/console/options.h"
+#include "apps/console/scenario_loop.h"
 #include "apps/console/show_console.h"
 #include "apps/console/show_files.h"
 #include "apps/console/show_frames.h"
-#include "apps/console/show_player.h"
 #include "faces/qt/halvora_view_item.h"
 #include "faces/qt/light_surface.h"
 
@@ -124,13 +124,13 @@ LightSurface* surfaceOf(QQuickWindow* window) {
 int showScenario(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
   QtRunLoop loop;
   ThreadQueues queues;
-  ShowPlayer player(files, loop, queues, libraries);
+  ScenarioLoop player(files, loop, queues, libraries);
   QQmlApplicationEngine qml;
   QQuickWindow* window = openWindow(qml, "Main.qml", "player", player);
   LightSurface* surface = surfaceOf(window);
   if (surface == nullptr) return fail({kNoWindow, 1});
   if (!options.screenshot.empty()) {
-    QObject::connect(&player, &ShowPlayer::ended, window,
+    QObject::connect(&player, &ScenarioLoop::ended, window,
                      [window, &options] { saveWindow(*window, options.screenshot); });
   }
   player.play(*surface);
@@ -141,12 +141,12 @@ int showScenario(const ShowFiles& files, DemoLibraries& libraries, const DemoOpt
 int saveFrames(const ShowFiles& files, DemoLibraries& libraries, const DemoOptions& options) {
   VirtualRunLoop loop;
   VirtualQueues queues(loop);
-  ShowPlayer player(files, loop, queues, libraries);
+  ScenarioLoop player(files, loop, queues, libraries);
   QQmlApplicationEngine qml;
   QQuickWindow* window = openWindow(qml, "Main.qml", "player", player);
   LightSurface* surface = surfaceOf(window);
   if (surface == nullptr) return fail({kNoWindow, 1});
-  QObject::connect(&player, &ShowPlayer::ended, window, [] { QCoreApplication::exit(0); });
+  QObject::connect(&player, &ScenarioLoop::ended, window, [] { QCoreApplication::exit(0); });
   player.play(*surface);
   ShowFrames frames(loop, options.step, *window, options.frames, [](const std::string& why) {
     QCoreApplication::exit(fail({why, 1}));

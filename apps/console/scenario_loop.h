@@ -20,10 +20,10 @@
 
 namespace halvora {
 
-class ShowPlayer : public QObject {
+class ScenarioLoop : public QObject {
   Q_OBJECT
   QML_ELEMENT
-  QML_UNCREATABLE("The program makes the player")
+  QML_UNCREATABLE("The program makes the loop")
   Q_PROPERTY(QString title READ title CONSTANT)
   /// The phone's screen, in points.
   Q_PROPERTY(double screenWidth READ screenWidth CONSTANT)
@@ -32,8 +32,9 @@ class ShowPlayer : public QObject {
   Q_PROPERTY(QString status READ status NOTIFY statusChanged)
 
  public:
-  ShowPlayer(const ShowFiles& files, RunLoop& loop, SerialQueues& queues, DemoLibraries& libraries);
-  ~ShowPlayer() override;
+  ScenarioLoop(const ShowFiles& files, RunLoop& loop, SerialQueues& queues,
+               DemoLibraries& libraries);
+  ~ScenarioLoop() override;
 
   /// Begins. The surface may go before the player.
   void play(LightSurface& surface);

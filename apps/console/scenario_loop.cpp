@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/console/show_player.h"
+#include "apps/console/scenario_loop.h"
 
 #include <algorithm>
 
@@ -13,34 +13,34 @@ constexpr Duration kStatusPause = milliseconds(100);
 
 }  // namespace
 
-ShowPlayer::ShowPlayer(const ShowFiles& files, RunLoop& loop, SerialQueues& queues,
-                       DemoLibraries& libraries)
+ScenarioLoop::ScenarioLoop(const ShowFiles& files, RunLoop& loop, SerialQueues& queues,
+                           DemoLibraries& libraries)
     : files_(files), loop_(loop), queues_(queues), libraries_(libraries), title_(titleOf(files)) {}
 
-ShowPlayer::~ShowPlayer() {
+ScenarioLoop::~ScenarioLoop() {
   if (surface_ != nullptr) surface_->setLight(std::nullopt);
 }
 
-void ShowPlayer::play(LightSurface& surface) {
+void ScenarioLoop::play(LightSurface& surface) {
   surface_ = &surface;
   statusTimer_ = Timer(loop_, loop_.every(kStatusPause, [this] { emit statusChanged(); }));
   begin();
 }
 
-double ShowPlayer::screenWidth() const {
+double ScenarioLoop::screenWidth() const {
   return std::max(files_.scenario.device.bounds.width, 1.0);
 }
 
-double ShowPlayer::screenHeight() const {
+double ScenarioLoop::screenHeight() const {
   return std::max(files_.scenario.device.bounds.height, 1.0);
 }
 
-QString ShowPlayer::status() const {
+QString ScenarioLoop::status() const {
   if (!show_) return {};
   return QStringLiteral("mode %1   %2").arg(show_->mode()).arg(textOf(show_->time()));
 }
 
-void ShowPlayer::begin() {
+void ScenarioLoop::begin() {
   if (surface_ != nullptr) surface_->setLight(std::nullopt);
   show_ = std::make_unique<LiveShow>(files_, loop_, queues_, libraries_, [this] {
     emit ended();
