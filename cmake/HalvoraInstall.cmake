@@ -21,12 +21,13 @@ set(headers_of_Conformance "conformance/*.h")
 set(inside "/(file_names|bluez_errors|bus_dictionary)\\.h$")
 
 # What a component needs besides other components: modules of pkg-config, and libraries without one.
+# What is shown is in its headers too, so who links a shared library needs that and nothing else.
 set(modules_of_Image "libpng libturbojpeg libjpeg")
 set(modules_of_Ffmpeg "libavformat libavcodec libavutil")
 set(modules_of_Nettle "nettle")
-set(modules_of_Qt "Qt6Quick Qt6Network")
+set(shown_modules_of_Qt "Qt6Quick Qt6Network")
 if(HALVORA_BUS_FOUND)
-  set(modules_of_Linux libsystemd)
+  set(shown_modules_of_Linux libsystemd)
 endif()
 set(libraries_of_Standard "-pthread")
 set(libraries_of_Conformance "-pthread")
@@ -52,23 +53,15 @@ function(halvora_module component target needed)
   set(requires)
   foreach(other IN LISTS needed)
     string(TOLOWER "${other}" other)
-    string(APPEND requires " halvora-${other} = ${PROJECT_VERSION}")
+    list(APPEND requires "halvora-${other} = ${PROJECT_VERSION}")
   endforeach()
-  list(JOIN requires "," requires)
-  string(REPLACE " halvora" ", halvora" requires "${requires}")
-  string(REGEX REPLACE "^, " "" requires "${requires}")
-  set(private "${modules_of_${component}}")
+  list(APPEND requires ${shown_modules_of_${component}})
   set(libraries "-L\${libdir} -l${target}")
-  if(BUILD_SHARED_LIBS)
-    set(of_others "Requires.private: ${private}")
-  else()
-    set(of_others "Requires: ${requires} ${private}")
-    set(requires)
+  if(NOT BUILD_SHARED_LIBS)
+    list(APPEND requires ${modules_of_${component}})
     string(APPEND libraries " ${libraries_of_${component}}")
   endif()
-  if(requires)
-    string(APPEND of_others "\nRequires: ${requires}")
-  endif()
+  list(JOIN requires ", " requires)
   cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR
     BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE libdir)
   set(up "/../..")
@@ -81,7 +74,7 @@ includedir=\${prefix}/@HALVORA_INSTALL_INCLUDE@
 Name: halvora-@name@
 Description: Phones of an audience as the pixels of one light show: @component@
 Version: @PROJECT_VERSION@
-@of_others@
+Requires: @requires@
 Libs: @libraries@
 Cflags: -I\${includedir}
 ")
@@ -138,4 +131,6 @@ if(TARGET halvora)
 endif()
 if(TARGET halvora_demo)
   install(TARGETS halvora_demo RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT console)
+  install(DIRECTORY assets/demo/ DESTINATION "${CMAKE_INSTALL_DATADIR}/halvora/demo"
+    COMPONENT console)
 endif()

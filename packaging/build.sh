@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Builds the Debian packages of the committed tree, in build/packages, and lets lintian look at them.
-# Needs debhelper and lintian beside what the build needs.
+# Needs debhelper, lintian and doxygen beside what the build needs.
 #   packaging/build.sh [OPTION OF dpkg-buildpackage…]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-for tool in dh lintian; do
+for tool in dh lintian doxygen; do
   command -v "$tool" >/dev/null && continue
-  echo "$tool is not there: install the packages debhelper and lintian" >&2
+  echo "$tool is not there: install the packages debhelper, lintian and doxygen" >&2
   exit 2
 done
 version=$(sed -n 's/^#define HALVORA_VERSION "\(.*\)"$/\1/p' include/halvora/version.h)

@@ -15,10 +15,15 @@ namespace fs = std::filesystem;
 constexpr Duration kAfterLastAction = milliseconds(2000);
 constexpr const char* kExampleShow = "example-show.jsonl";
 
+// In the tree, and where they are installed.
+constexpr const char* kPlaces[] = {"assets/demo", "share/halvora/demo"};
+
 fs::path assetsAbove(fs::path folder) {
   std::error_code error;
   for (;; folder = folder.parent_path()) {
-    if (fs::is_directory(folder / "assets/demo/HVAssets", error)) return folder / "assets/demo";
+    for (const char* place : kPlaces) {
+      if (fs::is_directory(folder / place / "HVAssets", error)) return folder / place;
+    }
     if (folder == folder.parent_path()) return {};
   }
 }
