@@ -21,78 +21,68 @@ if(HALVORA_TOOLS)
   halvora_header_library(halvora_cli11 CLI CLI.hpp libcli11-dev)
 endif()
 
-# The picture libraries are linked, so a cross build goes without them.
-find_package(PNG QUIET)
-find_package(JPEG QUIET)
-find_path(HALVORA_TURBOJPEG_INCLUDE turbojpeg.h)
-find_library(HALVORA_TURBOJPEG turbojpeg)
-if(PNG_FOUND AND JPEG_FOUND AND HALVORA_TURBOJPEG_INCLUDE AND HALVORA_TURBOJPEG)
-  set(HALVORA_PICTURES_FOUND TRUE)
-else()
-  set(HALVORA_PICTURES_FOUND FALSE)
-  message(STATUS "libpng or libjpeg-turbo not found: no picture decoder")
-endif()
+# A library of the system that the kit can do without, and what it then lacks. AUTO takes it where it
+# is there; whoever asks for it and has it not is told so. Each is linked, so a cross build goes
+# without them all.
+function(halvora_optional name)
+  set(${name} AUTO CACHE STRING "Whether to build with it: AUTO where it is there, ON, OFF")
+  set_property(CACHE ${name} PROPERTY STRINGS AUTO ON OFF)
+endfunction()
 
-# So are the libraries that read and decode video files.
+function(halvora_decide name found packages without)
+  set(${name}_FOUND ${found} PARENT_SCOPE)
+  if(found)
+    return()
+  endif()
+  if(${name} AND NOT ${name} STREQUAL "AUTO")
+    message(FATAL_ERROR "${name} needs what is not found here (Debian: ${packages}): install it, or "
+      "configure with -D${name}=OFF, which means: ${without}")
+  endif()
+  message(STATUS "${name} is off or not found (Debian: ${packages}): ${without}")
+endfunction()
+
+# halvora_modules(NAME PACKAGES WITHOUT MODULE…): one by pkg-config, as PkgConfig::NAME. Sets
+# NAME_FOUND.
 find_package(PkgConfig QUIET)
-if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
-  pkg_check_modules(HALVORA_AV QUIET IMPORTED_TARGET libavformat libavcodec libavutil)
-endif()
-if(TARGET PkgConfig::HALVORA_AV)
-  set(HALVORA_FFMPEG_FOUND TRUE)
-else()
-  set(HALVORA_FFMPEG_FOUND FALSE)
-  message(STATUS "FFmpeg's libraries not found: no video decoder, no halvora command")
-endif()
+function(halvora_modules name packages without)
+  halvora_optional(${name})
+  set(found FALSE)
+  if(${name} AND PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
+    pkg_check_modules(${name} QUIET IMPORTED_TARGET ${ARGN})
+    if(TARGET PkgConfig::${name})
+      set(found TRUE)
+    endif()
+  endif()
+  halvora_decide(${name} ${found} "${packages}" "${without}")
+  return(PROPAGATE ${name}_FOUND)
+endfunction()
 
-# The one that has the cipher of show keys.
-if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
-  pkg_check_modules(HALVORA_NETTLE QUIET IMPORTED_TARGET nettle)
+halvora_optional(HALVORA_PICTURES)
+set(found FALSE)
+if(HALVORA_PICTURES)
+  find_package(PNG QUIET)
+  find_package(JPEG QUIET)
+  find_path(HALVORA_TURBOJPEG_INCLUDE turbojpeg.h)
+  find_library(HALVORA_TURBOJPEG turbojpeg)
+  if(PNG_FOUND AND JPEG_FOUND AND HALVORA_TURBOJPEG_INCLUDE AND HALVORA_TURBOJPEG)
+    set(found TRUE)
+  endif()
 endif()
-if(NOT TARGET PkgConfig::HALVORA_NETTLE)
-  message(STATUS "nettle not found: no show keys")
-endif()
+halvora_decide(HALVORA_PICTURES ${found}
+  "libpng-dev libturbojpeg0-dev libjpeg62-turbo-dev" "no picture decoder, no halvora command")
 
-# And the one that speaks D-Bus.
-if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
-  pkg_check_modules(HALVORA_SYSTEMD QUIET IMPORTED_TARGET libsystemd)
-endif()
-if(TARGET PkgConfig::HALVORA_SYSTEMD)
-  set(HALVORA_BUS_FOUND TRUE)
-else()
-  set(HALVORA_BUS_FOUND FALSE)
-  message(STATUS "libsystemd not found: no Bluetooth")
-endif()
+halvora_modules(HALVORA_FFMPEG "libavformat-dev libavcodec-dev libavutil-dev"
+  "no video decoder, no halvora command" libavformat libavcodec libavutil)
+halvora_modules(HALVORA_NETTLE nettle-dev "no show keys" nettle)
+halvora_modules(HALVORA_SYSTEMD libsystemd-dev "no Bluetooth" libsystemd)
+halvora_modules(HALVORA_YAML libyaml-dev "no shows are read" yaml-0.1)
+halvora_modules(HALVORA_LO liblo-dev "no OSC" liblo)
+halvora_modules(HALVORA_OLA libola-dev "no lighting desks" libola)
+set(HALVORA_BUS_FOUND ${HALVORA_SYSTEMD_FOUND})
 
-# And the one that reads YAML, in which people write shows.
-if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
-  pkg_check_modules(HALVORA_YAML QUIET IMPORTED_TARGET yaml-0.1)
-endif()
-if(TARGET PkgConfig::HALVORA_YAML)
-  set(HALVORA_YAML_FOUND TRUE)
-else()
-  set(HALVORA_YAML_FOUND FALSE)
-  message(STATUS "libyaml not found: no shows are read")
-endif()
-
-# And the one that reads Open Sound Control, by which desks play shows.
-if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
-  pkg_check_modules(HALVORA_LO QUIET IMPORTED_TARGET liblo)
-endif()
-if(TARGET PkgConfig::HALVORA_LO)
-  set(HALVORA_LO_FOUND TRUE)
-else()
-  set(HALVORA_LO_FOUND FALSE)
-  message(STATUS "liblo not found: no OSC")
-endif()
-
-# And the client of the daemon that speaks with lighting desks. It is C++ of the system's own
-# standard library, which not every build here uses.
-if(PKG_CONFIG_FOUND AND NOT CMAKE_CROSSCOMPILING)
-  pkg_check_modules(HALVORA_OLA QUIET IMPORTED_TARGET libola)
-endif()
-set(HALVORA_OLA_FOUND FALSE)
-if(TARGET PkgConfig::HALVORA_OLA)
+# The client of the daemon that speaks with lighting desks is C++ of the system's own standard
+# library, which not every build here uses.
+if(HALVORA_OLA_FOUND)
   include(CheckCXXSourceCompiles)
   set(CMAKE_REQUIRED_LIBRARIES PkgConfig::HALVORA_OLA)
   check_cxx_source_compiles("
@@ -102,10 +92,8 @@ if(TARGET PkgConfig::HALVORA_OLA)
     int main() { return ola::network::IPV4Address::Loopback().ToString().empty() ? 1 : 0; }"
     HALVORA_OLA_WORKS)
   unset(CMAKE_REQUIRED_LIBRARIES)
-  if(HALVORA_OLA_WORKS)
-    set(HALVORA_OLA_FOUND TRUE)
+  if(NOT HALVORA_OLA_WORKS)
+    halvora_decide(HALVORA_OLA FALSE "libola-dev, with the system's standard library"
+      "no lighting desks")
   endif()
-endif()
-if(NOT HALVORA_OLA_FOUND)
-  message(STATUS "OLA's client not found: no lighting desks")
 endif()

@@ -54,6 +54,7 @@ if(HALVORA_LTO)
   if(HALVORA_LTO_WORKS)
     set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
   else()
-    message(STATUS "No link-time optimisation: ${HALVORA_LTO_REASON}")
+    message(FATAL_ERROR "HALVORA_LTO needs a compiler and a linker that optimise at link time: configure "
+      "with -DHALVORA_LTO=OFF. ${HALVORA_LTO_REASON}")
   endif()
 endif()

@@ -64,7 +64,8 @@ class Consumers:
         if name not in self.kits:
             build, prefix = self.folder / f"kit-{name}", self.folder / f"prefix-{name}"
             self.configured(ROOT, build, f"-DCMAKE_INSTALL_PREFIX={prefix}", "-DHALVORA_UNITY=ON",
-                            "-DHALVORA_TESTS=OFF", "-DHALVORA_TOOLS=OFF", *options)
+                            "-DHALVORA_PRECOMPILE=ON", "-DHALVORA_TESTS=OFF", "-DHALVORA_TOOLS=OFF",
+                            *options)
             self.run("cmake", "--build", build, "-j", self.jobs)
             shutil.rmtree(prefix, ignore_errors=True)
             self.run("cmake", "--install", build)
@@ -237,6 +238,9 @@ ROWS = [
     ("shared libraries with the tools: refused", True,
      lambda it: it.refused_build("HALVORA_TOOLS needs the inside of the kit",
                                  "-DBUILD_SHARED_LIBS=ON", "-DHALVORA_TOOLS=ON")),
+    ("a library that is not there: refused", True,
+     lambda it: it.refused_build("HALVORA_YAML needs what is not found here (Debian: libyaml-dev)",
+                                 "-DHALVORA_YAML=ON", "-DPKG_CONFIG_EXECUTABLE=false")),
     ("add_subdirectory", False,
      lambda it: it.by_cmake("folder", it.static(), "-DHALVORA_UNITY=ON")),
     ("FetchContent from a local repository", False,
