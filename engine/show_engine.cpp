@@ -56,11 +56,18 @@ ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
   guard_.setLimits(hostLimits_);
 }
 
+// A need that throws here ends nothing but its own act: nobody is left to be told.
 ShowEngine::~ShowEngine() {
+  const auto tryTo = [](const auto& act) {
+    try {
+      act();
+    } catch (...) {
+    }
+  };
   if (guard_.limits().flash == FlashPolicy::limited) {
-    platform_.application->setIdleTimerDisabled(false);
+    tryTo([this] { platform_.application->setIdleTimerDisabled(false); });
   }
-  guard_.end(brightness_.originalBrightness());
+  tryTo([this] { guard_.end(brightness_.originalBrightness()); });
   // The queues wait for the build that is under way.
   seatLut_.end();
   timers_.invalidate(lowLightHintTimer_);

@@ -10,13 +10,11 @@ the others, another one with each commit, and all that a host may include. A fil
 changes that it depends on.
 """
 
-import argparse
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
-from pathlib import Path
 
-from selection import ROOT, Build, Stamps, changed_files, key_of, selected
+from selection import ROOT, Build, Stamps, arguments_of, changed_files, key_of, selected
 
 MOST_CHANGED = 120
 SHARE = 10
@@ -32,11 +30,7 @@ def words_for(path, words):
 
 
 def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("build", type=Path)
-    parser.add_argument("--all", action="store_true")
-    parser.add_argument("--jobs", type=int, default=2)
-    arguments = parser.parse_args()
+    arguments = arguments_of(__doc__)
     build = Build(arguments.build)
     # Each with the source that says how it is compiled.
     files = build.headers() | {path: path for path in build.sources}

@@ -11,6 +11,8 @@ import sys
 import tempfile
 from pathlib import Path
 
+from checker import run_checker, told
+
 # Room: what it may include besides itself. A file belongs to the longest room that matches; one in a
 # wing without a room of its own is a fault. The last word of a path may be a header: that one only.
 FACE = "include/halvora"
@@ -97,6 +99,24 @@ BANNED = [
     ),
 ]
 
+# Headers of systems: a pattern, the folders that may include them, and why no other does. What a
+# crew runs goes by POSIX, which other systems have too; what only Linux has stays in its adapter.
+ON_THIS_MACHINE = ["tests", "bench"]
+SYSTEM_HEADERS = [
+    (
+        re.compile(r"linux/|asm/|sys/(epoll|eventfd|fanotify|inotify|mount|prctl|random|sendfile|"
+                   r"signalfd|timerfd|xattr)\.h$"),
+        ["adapters/linux", *ON_THIS_MACHINE],
+        "what only Linux has stays in its adapter",
+    ),
+    (
+        re.compile(r"(unistd|fcntl|poll|termios|pthread|signal|dirent|sched|syslog)\.h$|"
+                   r"(sys|netinet|net|arpa)/"),
+        ["adapters/linux", "adapters/ffmpeg", *VENUE, *APPS, *ON_THIS_MACHINE],
+        "neither a face nor a portable adapter calls the system",
+    ),
+]
+
 # The namespace of what a host may include carries the major version.
 OPENS_VERSION = re.compile(r"^inline namespace HALVORA_PUBLIC v\d+ {$", re.MULTILINE)
 
@@ -171,6 +191,11 @@ def complaints(root):
                         yield path, number, f'"{quoted}": {text}'
                 elif folder in STANDARD_ONLY and angled not in STANDARD_HEADERS:
                     yield path, number, f"<{angled}>: {folder} uses the standard library only"
+                else:
+                    for pattern, folders, text in SYSTEM_HEADERS:
+                        if pattern.match(angled) and folder not in folders:
+                            yield path, number, f"<{angled}>: {text}"
+                            break
                 continue
             for pattern, folders, text in BANNED:
                 if folder in folders and (call := pattern.search(line)):
@@ -229,6 +254,7 @@ BAD = {
         '#include "adapters/ffmpeg/videos.h"',
     ],
     "adapters/linux/a.cpp": ['#include "adapters/qt/loop.h"'],
+    "adapters/image/a.cpp": ["#include <unistd.h>"],
     "bindings/c/a.cpp": ['#include "engine/scanner.h"', '#include "faces/qt/face.h"'],
     "conformance/a.cpp": ['#include "adapters/standard/queues.h"', '#include "text/numbers.h"'],
     "faces/qt/a.cpp": [
@@ -237,6 +263,7 @@ BAD = {
         '#include "adapters/virtual/phone.h"',
         '#include "adapters/qt/phone.h"',
         '#include "venue/show/scenario.h"',
+        "#include <sys/socket.h>",
     ],
     "needs/a.cpp": ['#include "text/numbers.h"', "#include <unistd.h>"],
     "text/a.cpp": ['#include "light/colour.h"'],
@@ -253,7 +280,11 @@ BAD = {
     "engine/a.cpp": ['#include "seats/wizard.h"', '#include "host/views.h"', "#include <CLI/CLI.hpp>"],
     "seats/a.cpp": ['#include "engine/scanner.h"', '#include "light/colour.h"'],
     "host/a.cpp": ['#include "faces/qt/face.h"', '#include "venue/show/trace.h"', "#include <QObject>"],
-    "venue/base/a.cpp": ['#include "venue/show/scenario.h"', '#include "faces/qt/face.h"'],
+    "venue/base/a.cpp": [
+        '#include "venue/show/scenario.h"',
+        '#include "faces/qt/face.h"',
+        "#include <sys/inotify.h>",
+    ],
     "venue/show/a.cpp": ['#include "venue/crowd/crowd.h"', '#include "apps/halvora/command.h"'],
     "venue/air/a.cpp": ['#include "venue/crowd/crowd.h"', '#include "faces/qt/face.h"'],
     "apps/halvora/a.cpp": ['#include "apps/console/show.h"', '#include "tests/show.h"'],
@@ -291,19 +322,8 @@ def self_test():
         for name, count in (("Player", 1), ("Other", 0), ("Players", 0)):
             if len(found_in("venue/live/twin.h", f"struct {name} {{}};\n")) != count:
                 failures.append(f"{name} in two headers: {count} complaints expected")
-    print("\n".join(failures), file=sys.stderr, end="\n" if failures else "")
-    planted = sum(len(lines) for lines in BAD.values())
-    if not failures:
-        print(f"self-test: {planted} planted faults found")
-    return not failures
-
-
-def main(arguments):
-    if arguments == ["--self-test"]:
-        return self_test()
-    root = Path(arguments[0]) if arguments else Path(__file__).resolve().parent.parent
-    return check(root)
+    return told(failures, sum(len(lines) for lines in BAD.values()))
 
 
 if __name__ == "__main__":
-    sys.exit(0 if main(sys.argv[1:]) else 1)
+    run_checker(check, self_test)

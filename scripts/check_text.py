@@ -11,6 +11,8 @@ import sys
 import tempfile
 from pathlib import Path
 
+from checker import run_checker, told
+
 LICENCE = "SPDX-License-Identifier: Apache-2.0"
 MAX_COLUMNS = 100
 
@@ -100,18 +102,8 @@ def self_test():
                 file.unlink()
                 if len(found) != wanted:
                     failures.append(f"{name}: {wanted} fault planted, found: {found}")
-    print("\n".join(failures), file=sys.stderr, end="\n" if failures else "")
-    if not failures:
-        print(f"self-test: {len(bad)} planted faults found")
-    return not failures
-
-
-def main(arguments):
-    if arguments == ["--self-test"]:
-        return self_test()
-    root = Path(arguments[0]) if arguments else Path(__file__).resolve().parent.parent
-    return check(root)
+    return told(failures, len(bad))
 
 
 if __name__ == "__main__":
-    sys.exit(0 if main(sys.argv[1:]) else 1)
+    run_checker(check, self_test)

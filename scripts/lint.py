@@ -11,14 +11,12 @@ commit. With --all every source is looked at, and alone: a few checks only look 
 A source that passed is not looked at again before something changes that it depends on.
 """
 
-import argparse
 import re
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
-from pathlib import Path
 
-from selection import ROOT, Build, Stamps, changed_files, key_of, selected
+from selection import ROOT, Build, Stamps, arguments_of, changed_files, key_of, selected
 from unity_groups import groups
 
 TIDY = "clang-tidy-14"
@@ -52,11 +50,7 @@ def wanted_of(build, sources):
 
 
 def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("build", type=Path)
-    parser.add_argument("--all", action="store_true")
-    parser.add_argument("--jobs", type=int, default=2)
-    arguments = parser.parse_args()
+    arguments = arguments_of(__doc__)
     build = Build(arguments.build)
     sources = {
         path

@@ -2,6 +2,7 @@
 """What checks of single files share: how the build compiles a file, what the file depends on, what
 changed, and what passed before. The build folder is a finished Ninja build with compile commands."""
 
+import argparse
 import hashlib
 import json
 import random
@@ -12,6 +13,15 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 # How far back "changed" reaches where the checked-out commit is the landed one.
 COMMITS = 30
+
+
+def arguments_of(what):
+    """BUILD [--all] [--jobs N]."""
+    parser = argparse.ArgumentParser(description=what)
+    parser.add_argument("build", type=Path, help="folder of a finished build")
+    parser.add_argument("--all", action="store_true", help="not only what changed")
+    parser.add_argument("--jobs", type=int, default=2)
+    return parser.parse_args()
 
 
 def output_of(*command):

@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <png.h>
@@ -119,12 +121,18 @@ std::string_view withoutRemarks(std::string_view png, std::string& storage) {
   return storage += png.substr(kept);
 }
 
+// A picture for which there was no memory may be read another time.
+std::optional<Image> nonePng(const png_image& png) {
+  if (std::string_view(png.message).ends_with("out of memory")) throw std::bad_alloc();
+  return std::nullopt;
+}
+
 std::optional<Image> decodePng(std::string_view whole) {
   std::string storage;
   const std::string_view bytes = withoutRemarks(whole, storage);
   png_image png{};
   png.version = PNG_IMAGE_VERSION;
-  if (png_image_begin_read_from_memory(&png, bytes.data(), bytes.size()) == 0) return std::nullopt;
+  if (png_image_begin_read_from_memory(&png, bytes.data(), bytes.size()) == 0) return nonePng(png);
   const std::unique_ptr<png_image, void (*)(png_imagep)> release(&png, png_image_free);
   if (!isAllowed(png.width, png.height)) return std::nullopt;
   png.format = PNG_FORMAT_RGBA;
@@ -132,7 +140,7 @@ std::optional<Image> decodePng(std::string_view whole) {
   png.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;
   Image image = emptyImage(png.width, png.height);
   if (png_image_finish_read(&png, nullptr, image.rgba.data(), 0, nullptr) == 0) {
-    return std::nullopt;
+    return nonePng(png);
   }
   return image;
 }

@@ -168,6 +168,7 @@ class CommandTrial final : public Trial {
       : folder_(folder),
         right_(right),
         tellsWhatItFinds_(requires { Which::kTellsWhatItFinds; }),
+        looksAtPictures_(requires { Which::kLooksAtPictures; }),
         varies_(requires { Which::kVaries; }),
         grows_(requires { Which::kGrows; }),
         run_(commandIn(folder, which)) {
@@ -207,8 +208,9 @@ class CommandTrial final : public Trial {
   /// cannot read it either.
   bool mayDiffer() const {
     const faults::Kind* kind = faults::plan().kind;
-    return tellsWhatItFinds_ && kind != nullptr && kind->call != faults::Call::allocate &&
-           run_.printed() != right_.printed;
+    const bool isFound =
+        tellsWhatItFinds_ && kind != nullptr && kind->call != faults::Call::allocate;
+    return (isFound || looksAtPictures_) && run_.printed() != right_.printed;
   }
 
   std::string otherPrint() const {
@@ -251,6 +253,8 @@ class CommandTrial final : public Trial {
   std::string folder_;
   Right& right_;
   bool tellsWhatItFinds_;
+  /// A library that lacks memory for a picture may say that there is none.
+  bool looksAtPictures_;
   /// It prints how long it took.
   bool varies_;
   /// What it writes grows with what happens, as a recording does.
@@ -386,6 +390,46 @@ struct TransmitRun {
   }
 };
 
+struct TraceShown {
+  static constexpr bool kTellsWhatItFinds = true;
+  static constexpr bool kLooksAtPictures = true;
+  static Words words() {
+    return {"trace",    sourceTree() + "/tests/failures/show.jsonl",
+            "--assets", sourceTree() + "/assets/demo",
+            "--shown",  "--flash",
+            "limited",  "--air",
+            "guarded"};
+  }
+};
+struct Safety {
+  static constexpr bool kTellsWhatItFinds = true;
+  static constexpr bool kLooksAtPictures = true;
+  static Words words() {
+    return {"safety",   sourceTree() + "/tests/failures/show.jsonl",
+            "--assets", sourceTree() + "/assets/demo",
+            "--html",   "%/safety.html",
+            "--flash",  "limited"};
+  }
+};
+struct ShowCheck {
+  static Words words() {
+    return {"show", "check", sourceTree() + "/tests/failures/cues.yaml", "--assets",
+            preparedAssets()};
+  }
+};
+struct ShowCompile {
+  static Words words() {
+    return {"show",          "compile",          sourceTree() + "/tests/failures/cues.yaml",
+            "--out",         "%/compiled.jsonl", "--assets",
+            preparedAssets()};
+  }
+};
+struct MapImport {
+  static Words words() {
+    return {"map", "import", sourceTree() + "/tests/failures/tickets.csv", "--out", "%/map.json"};
+  }
+};
+
 constexpr FailureCase kCases[] = {
     {"halvora-packet-decode", {.files = true}, make<PacketDecode>},
     {"halvora-packet-encode", {.files = true}, make<PacketEncode>},
@@ -397,6 +441,11 @@ constexpr FailureCase kCases[] = {
     {"halvora-lut-in-file", {.threads = true, .files = true}, make<LutInFile>},
     {"halvora-lut-show", {.files = true}, make<LutShow>},
     {"halvora-trace", {.files = true}, make<Trace>},
+    {"halvora-trace-shown", {.files = true}, make<TraceShown>},
+    {"halvora-safety", {.files = true}, make<Safety>},
+    {"halvora-show-check", {.files = true}, make<ShowCheck>},
+    {"halvora-show-compile", {.files = true}, make<ShowCompile>},
+    {"halvora-map-import", {.files = true}, make<MapImport>},
     {"halvora-crowd", {.threads = true, .files = true}, make<CrowdRun>},
     {"halvora-crowd-map", {.threads = true, .files = true}, make<CrowdMap>},
     {"halvora-listen", {.files = true}, make<Listen>},

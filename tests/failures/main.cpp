@@ -442,8 +442,8 @@ std::optional<Options> read(int count, char** words) {
 
 std::vector<FailureCase> allCases() {
   std::vector<FailureCase> all;
-  for (const auto& some :
-       {showCases(), tableCases(), storageCases(), queueCases(), seatCases(), commandCases()}) {
+  for (const auto& some : {showCases(), tableCases(), storageCases(), queueCases(), seatCases(),
+                           commandCases(), liveCases()}) {
     all.insert(all.end(), some.begin(), some.end());
   }
   return all;

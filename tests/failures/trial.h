@@ -63,6 +63,7 @@ std::span<const FailureCase> storageCases();
 std::span<const FailureCase> queueCases();
 std::span<const FailureCase> seatCases();
 std::span<const FailureCase> commandCases();
+std::span<const FailureCase> liveCases();
 
 /// Made once before all trials, and only read by them: a clip of 32 frames, 64 by 64, with an IDR
 /// picture every fourth.

@@ -67,10 +67,18 @@ class JournalFile {
     return static_cast<std::uint16_t>(*number);
   }
 
+  /// A line that could not be written whole is taken back: the next one must not grow onto it.
   bool keep(std::uint16_t number) const {
     const std::string line = std::string(kWord) + std::to_string(number) + "\n";
-    return ::write(descriptor_, line.data(), line.size()) == static_cast<ssize_t>(line.size()) &&
-           fdatasync(descriptor_) == 0;
+    struct stat before = {};
+    if (fstat(descriptor_, &before) != 0) return false;
+    ssize_t count = -1;
+    do {
+      count = ::write(descriptor_, line.data(), line.size());
+    } while (count < 0 && errno == EINTR);
+    if (count == static_cast<ssize_t>(line.size())) return fdatasync(descriptor_) == 0;
+    if (count > 0) static_cast<void>(!ftruncate(descriptor_, before.st_size));
+    return false;
   }
 
  private:

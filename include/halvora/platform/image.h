@@ -36,7 +36,8 @@ class ImageDecoder : public Need {
   /// A picture that claims more pixels is refused before any of them is decoded.
   static constexpr std::uint64_t kMostPixels = 64'000'000;
 
-  /// None for anything that is not a whole picture of a known kind, or that is too large.
+  /// None for anything that is not a whole picture of a known kind, or that is too large. Throws
+  /// std::bad_alloc where memory is short.
   virtual std::optional<Image> decode(std::string_view bytes) const = 0;
   /// That row of what `decode` would give, and none where it would give none; for less memory where
   /// the kind of picture allows for it. Throws std::bad_alloc where memory is short.

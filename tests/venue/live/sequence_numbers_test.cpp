@@ -2,6 +2,7 @@
 // No number is on the air that is not on disk, and whoever comes next goes on above it.
 #include "venue/live/sequence_numbers.h"
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -11,6 +12,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "tests/apps/halvora/tool_runner.h"
 
@@ -71,6 +73,26 @@ TEST(SequenceJournal, ATornLineWasNeverReserved) {
   const std::string path = folder.write("j", "reserved 77\nreserved 99");
   opened(path)->next();
   EXPECT_THAT(contentsOf(path), HasSubstr("reserved 77\nreserved 1101\nreserved 78\n"));
+}
+
+// A disk that is full in the middle of a line, and has room again later.
+TEST(SequenceJournal, ALineOfWhichOnlyAPartCouldBeWrittenIsTakenBack) {
+  const TestFolder folder;
+  const std::string path = (folder.path() / "j").string();
+  auto numbers = opened(path);
+  const auto size = std::filesystem::file_size(path);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit tight{size + 5, before.rlim_max};
+  const auto signal = std::signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
+  for (int at = 1; at <= 600; ++at) numbers->next();
+  EXPECT_THAT(numbers->alarm(), HasSubstr("cannot be written"));
+  EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+  std::signal(SIGXFSZ, signal);
+  EXPECT_EQ(std::filesystem::file_size(path), size);
+  numbers.reset();
+  EXPECT_EQ(opened(path)->next(), 601);
 }
 
 TEST(SequenceJournal, ASecondPlayerIsRefused) {
