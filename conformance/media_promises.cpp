@@ -76,12 +76,6 @@ std::vector<int> fromTo(int begin, int end) {
   return numbers;
 }
 
-std::string listed(const std::vector<int>& numbers) {
-  std::string text;
-  for (const int number : numbers) text += (text.empty() ? "" : ", ") + std::to_string(number);
-  return text.empty() ? "none" : text;
-}
-
 void checkOpening(const VideosUnderTest& its, Promises& promises) {
   for (const std::string& path : {its.path + ".none", its.brokenPath}) {
     std::string reason;

@@ -39,6 +39,13 @@ class Promises {
   std::vector<BrokenPromise> broken_;
 };
 
+/// Numbers as something found: "1, 2", or "none".
+inline std::string listed(const std::vector<int>& numbers) {
+  std::string text;
+  for (const int number : numbers) text += (text.empty() ? "" : ", ") + std::to_string(number);
+  return text.empty() ? "none" : text;
+}
+
 /// A line a promise: "Files: a file that is replaced is never seen in part (found …)".
 inline std::string textOf(const std::vector<BrokenPromise>& broken) {
   std::string text;

@@ -12,12 +12,6 @@ namespace {
 constexpr Duration kShort = milliseconds(20);
 constexpr Duration kLong = milliseconds(100);
 
-std::string listed(const std::vector<int>& order) {
-  std::string text;
-  for (const int one : order) text += (text.empty() ? "" : ", ") + std::to_string(one);
-  return text;
-}
-
 void checkOrder(const LoopUnderTest& its, Promises& promises) {
   std::vector<int> order;
   bool isWithin = true;
