@@ -47,6 +47,7 @@ Window {
         objectName: "room"
         anchors.fill: parent
         focus: true
+        Keys.forwardTo: [cueKeys]
         Keys.onEscapePressed: event => {
             if (event.isAutoRepeat || window.desk.venue.goBack())
                 return;
@@ -71,6 +72,12 @@ Window {
                 event.accepted = false;
         }
 
+        CueKeys {
+            id: cueKeys
+
+            objectName: "cueKeys"
+            cues: window.desk.cues
+        }
         Item {
             id: bareScreen
 
@@ -317,6 +324,11 @@ Window {
                 width: scroller.width - 24
                 spacing: 16
 
+                CueCard {
+                    objectName: "cueCard"
+                    width: cards.width
+                    desk: window.desk
+                }
                 ModeCard {
                     objectName: "modeCard"
                     width: cards.width
@@ -370,6 +382,11 @@ Window {
                             objectName: "airCard"
                             width: cards.column
                             desk: window.desk
+                        }
+                        ShowFileCard {
+                            objectName: "showFileCard"
+                            width: cards.column
+                            cues: window.desk.cues
                         }
                     }
                 }

@@ -10,6 +10,8 @@ Rectangle {
     required property ShowConsole desk
     readonly property VenueShow venue: desk.venue
     readonly property bool isClose: venue.chosen >= 0
+    // Whoever plays a show has the whole hall and a phone side by side.
+    readonly property bool isBeside: isClose && desk.cues.isOpen
 
     color: "#0c0d10"
     radius: 10
@@ -23,8 +25,10 @@ Rectangle {
         anchors.fill: parent
         anchors.margins: 12
         anchors.bottomMargin: 44
+        anchors.rightMargin: stage.isBeside ? close.width + 24 : 12
         venue: stage.venue
-        covered: stage.isClose ? close.width + 12 : 0
+        staysWhole: stage.desk.cues.isOpen
+        covered: stage.isClose && !stage.isBeside ? close.width + 12 : 0
         Accessible.role: Accessible.Graphic
         Accessible.name: "Venue with " + stage.venue.phones + " phones"
                          + (cursorSeat.length > 0 ? ", " + cursorSeat : "")

@@ -167,6 +167,11 @@ int showConsole(const ShowFiles& files, DemoLibraries& libraries, const DemoOpti
   QQuickWindow* window = openWindow(qml, "Console.qml", "desk", console);
   if (window == nullptr) return fail({kNoWindow, 1});
   if (options.map > 0) console.set(QStringLiteral("pixelMapId"), options.map);
+  CueDesk& cues = *console.cues();
+  if (!options.show.empty()) {
+    cues.setFile(QString::fromStdString(options.show));
+    cues.open();
+  }
   // A picture is of a show; nobody but the window's own phones hears it.
   if (!options.screenshot.empty()) console.setOnAir(true);
   VenueShow& venue = *console.venue();
@@ -176,6 +181,7 @@ int showConsole(const ShowFiles& files, DemoLibraries& libraries, const DemoOpti
   }
   Timer picture;
   const auto takePicture = [&] {
+    if (cues.isOpen()) cues.obey(QStringLiteral("go"));
     picture = Timer(loop, loop.after(kFirstLook, [window, &options] {
       saveWindow(*window, options.screenshot);
     }));
@@ -183,7 +189,10 @@ int showConsole(const ShowFiles& files, DemoLibraries& libraries, const DemoOpti
   if (!options.screenshot.empty() && !options.venue) takePicture();
   if (!options.screenshot.empty() && options.venue) {
     QObject::connect(&venue, &VenueShow::stateChanged, window, [&] {
-      if (venue.isReady() || !venue.failure().isEmpty()) takePicture();
+      if (picture.isValid() || (!venue.isReady() && venue.failure().isEmpty())) return;
+      // One of its phones beside the hall.
+      if (cues.isOpen()) venue.choose(venue.phones() / 2);
+      takePicture();
     });
   }
   return runWindow(loop, options);

@@ -49,6 +49,9 @@ std::variant<DemoOptions, DemoRefusal> parseOptions(int argumentCount, char** ar
                  "open the console at the venue, with about so many phones spread over its "
                  "seats (0 for one on every seat)")
       ->check(CLI::Range(0, kMostPhones));
+  app.add_option("--show", options.show,
+                 "open the console with this show file, cues as YAML, to rehearse it")
+      ->excludes(app.get_option("--scenario"));
   app.add_option("--map", options.map, "begin the console's show with this pixel map")
       ->check(CLI::Range(0, 255));
   CLI::Option* frames =

@@ -26,6 +26,8 @@ struct DemoOptions {
   std::string adapter;
   /// The console opens the venue, with about so many phones; 0 for one a seat.
   std::optional<std::size_t> venue;
+  /// The show file that the console opens.
+  std::string show;
   /// The pixel map that the console begins with; 0 for none.
   int map = 0;
 };

@@ -17,6 +17,8 @@
 #include "pixelmap/pixel_map_assets.h"
 #include "seats/seat_storage.h"
 #include "text/seat_defaults.h"
+#include "venue/show/palette_names.h"
+#include "venue/show/show_folder.h"
 #include "venue/show/show_words.h"
 
 namespace halvora {
@@ -67,14 +69,11 @@ ShowConsole::ShowConsole(const std::string& assets, RunLoop& loop, SerialQueues&
       palettes_(paletteChoices(assets, libraries.json)),
       gobos_(goboChoices(assets)),
       fields_(packetParts()),
-      venue_({loop,
-              queues,
-              libraries,
-              phone_.mainBundle,
-              phone_.kitBundle,
-              {},
-              desk_.look().venueId}) {
+      venue_(
+          {loop, queues, libraries, phone_.mainBundle, phone_.kitBundle, {}, desk_.look().venueId}),
+      cues_(cueEnds()) {
   connect(this, &ShowConsole::packetsSentChanged, &venue_, &VenueShow::chosenStatusChanged);
+  connect(&cues_, &CueDesk::changed, this, &ShowConsole::stateChanged);
   takeSeat();
   findMaps();
   phone_.torch.changed = [this] { emit torchChanged(); };
@@ -172,6 +171,7 @@ void ShowConsole::playMap(bool play) {
 void ShowConsole::setOnAir(bool on) {
   isOnAir_ = on;
   if (!on) {
+    if (cues_.state() == QLatin1String("playing")) cues_.obey(QStringLiteral("hold"));
     endReplay();
     desk_.holdFrame();
     emit frameChanged();
@@ -195,6 +195,11 @@ void ShowConsole::releaseAir() {
 }
 
 void ShowConsole::setBlackout(bool isBlack) {
+  // A show's own black, so that there is one way to it and one out of it.
+  if (cues_.hasAir()) {
+    cues_.obey(isBlack ? QStringLiteral("blackout") : QStringLiteral("release"));
+    return;
+  }
   if (isBlack) {
     endReplay();
     isOnAir_ = true;
@@ -220,7 +225,8 @@ void ShowConsole::setLoss(int percent) {
 }
 
 void ShowConsole::tick() {
-  if (isOnAir_ && !isReplaying()) {
+  cues_.tick();
+  if (isOnAir_ && !isReplaying() && !cues_.hasAir()) {
     for (const BroadcastBytes& packet : desk_.send(loop_.now())) transmit(packet);
     if (desk_.isPlaying()) emit frameChanged();
   }
@@ -238,6 +244,44 @@ void ShowConsole::transmit(std::span<const std::uint8_t> packet) {
   if (sent == packet_) return;
   packet_ = sent;
   emit packetChanged();
+}
+
+CueDeskEnds ShowConsole::cueEnds() {
+  ShowNames names{readPaletteNames(assets_, libraries_.json),
+                  mapFramesIn(assets_, libraries_.videos)};
+  return {
+      loop_,
+      std::move(names),
+      desk_.look().venueId,
+      [this](std::span<const std::uint8_t> packet, bool isRepeat) { sendCue(packet, isRepeat); },
+      [this] { return desk_.look().sequence; },
+      [this] { return desk_.look(); },
+      [this](const Broadcast& look) { setControls(look); }};
+}
+
+// Whoever gives a command is on the air with what it says; what only goes on is not.
+void ShowConsole::sendCue(std::span<const std::uint8_t> packet, bool isRepeat) {
+  if (!isRepeat && (!isOnAir_ || isReplaying() || desk_.isBlackout())) {
+    endReplay();
+    isOnAir_ = true;
+    desk_.setBlackout(false);
+    desk_.holdFrame();
+  }
+  if (!isOnAir_ || isReplaying()) return;
+  transmit(packet);
+  desk_.goOnAfter(packet_.sequence);
+}
+
+void ShowConsole::setControls(const Broadcast& look) {
+  const Broadcast before = desk_.look();
+  Broadcast mine = look;
+  mine.applicationId = before.applicationId;
+  mine.venueId = before.venueId;
+  history_.changing(before, "cue");
+  history_.endStep();
+  desk_.restore(mine);
+  emit lookChanged();
+  lookAtMap(before.pixelMapId);
 }
 
 void ShowConsole::record() {
@@ -259,6 +303,7 @@ void ShowConsole::record() {
 
 void ShowConsole::replay() {
   if (isRecording() || isReplaying()) return;
+  if (cues_.hasAir()) return say(tr("The show has the air; end it before you replay another."));
   const auto text = readFile(file_.toStdString(), kLargestScenario);
   if (!text) return say(tr("%1 cannot be read").arg(file_));
   auto parsed = parseScenario(*text, libraries_.json);

@@ -16,6 +16,7 @@
 
 #include <qqmlregistration.h>
 
+#include "apps/console/cue_desk.h"
 #include "apps/console/demo_phone.h"
 #include "apps/console/libraries.h"
 #include "apps/console/look_history.h"
@@ -78,6 +79,8 @@ class ShowConsole : public QObject {
   Q_PROPERTY(QVariantList fields MEMBER fields_ CONSTANT)
   /// The other phones that hear the console.
   Q_PROPERTY(halvora::VenueShow* venue READ venue CONSTANT)
+  /// A show that is played in the place of what the controls say.
+  Q_PROPERTY(halvora::CueDesk* cues READ cues CONSTANT)
 
   Q_PROPERTY(halvora::ConsoleLook look READ look NOTIFY lookChanged)
   /// Off at first. Leaving ends a replay, and a map that plays stands still.
@@ -151,7 +154,7 @@ class ShowConsole : public QObject {
   bool isOnAir() const { return isOnAir_; }
   void setOnAir(bool on);
   bool isLeaving() const { return leaving_.isValid(); }
-  bool isBlackout() const { return desk_.isBlackout(); }
+  bool isBlackout() const { return cues_.hasAir() ? cues_.isBlack() : desk_.isBlackout(); }
   void setBlackout(bool isBlack);
   bool canUndo() const { return history_.canUndo(); }
   bool canRedo() const { return history_.canRedo(); }
@@ -178,6 +181,7 @@ class ShowConsole : public QObject {
   bool isReplaying() const { return run_.has_value(); }
   const QString& message() const { return message_; }
   VenueShow* venue() { return &venue_; }
+  CueDesk* cues() { return &cues_; }
 
   const Broadcast& packet() const { return packet_; }
   HalvoraViewController& engine() { return engine_; }
@@ -199,6 +203,9 @@ class ShowConsole : public QObject {
   void findMaps();
   void countFrames();
   void tick();
+  CueDeskEnds cueEnds();
+  void sendCue(std::span<const std::uint8_t> packet, bool isRepeat);
+  void setControls(const Broadcast& look);
   void transmit(std::span<const std::uint8_t> packet);
   void say(const QString& message);
   void endReplay();
@@ -221,6 +228,7 @@ class ShowConsole : public QObject {
   QVariantList maps_;
   QVariantList fields_;
   VenueShow venue_;
+  CueDesk cues_;
   LookHistory history_;
   bool isOnAir_ = false;
   /// The file that is written over if recording is asked for once more.

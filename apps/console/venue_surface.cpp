@@ -102,8 +102,9 @@ void VenueSurface::chosenChanged() {
   if (chosen < 0) {
     if (before_) flyTo(*std::exchange(before_, std::nullopt));
   } else if (static_cast<std::size_t>(chosen) < discs_.size()) {
-    if (!before_) before_ = aim();
     setCursor(chosen);
+    if (staysWhole_) return emit sightChanged();
+    if (!before_) before_ = aim();
     const CrowdDisc& disc = discs_[static_cast<std::size_t>(chosen)];
     const double zoom = std::clamp(kCloseRadius / disc.radius, 1.0, kClosest);
     flyTo(sightOf(disc, zoom, std::max(width() - covered_, 0.0) / 2, height() / 2));

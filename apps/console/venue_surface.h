@@ -34,6 +34,8 @@ class VenueSurface : public QQuickItem {
   Q_PROPERTY(halvora::VenueShow* venue READ venue WRITE setVenue NOTIFY venueChanged)
   /// What covers the item's right side while a phone is looked at closely, in points.
   Q_PROPERTY(double covered MEMBER covered_ NOTIFY coveredChanged)
+  /// A phone that is looked at brings nobody closer: the hall stays as it is seen.
+  Q_PROPERTY(bool staysWhole MEMBER staysWhole_ NOTIFY staysWholeChanged)
   Q_PROPERTY(double zoom READ zoom NOTIFY sightChanged)
   /// The seat that the keyboard is at, -1 for none; and its name.
   Q_PROPERTY(int cursor READ cursor NOTIFY cursorChanged)
@@ -81,6 +83,7 @@ class VenueSurface : public QQuickItem {
  signals:
   void venueChanged();
   void coveredChanged();
+  void staysWholeChanged();
   void sightChanged();
   void cursorChanged();
 
@@ -123,6 +126,7 @@ class VenueSurface : public QQuickItem {
 
   QPointer<VenueShow> venue_;
   double covered_ = 0;
+  bool staysWhole_ = false;
   /// Of the whole venue, in points.
   std::vector<CrowdDisc> discs_;
   std::vector<StandingSeatPoint> points_;

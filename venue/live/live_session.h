@@ -3,8 +3,10 @@
 // packets go to, each with a number of its own and all with the same sequence numbers. Main thread.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +36,10 @@ class LiveSession {
 
   /// One of a player's commands, or quit.
   void obey(std::string_view line);
+  /// Another list in the place of the one that is played: see the player.
+  void takeOver(const CueList& show, std::optional<std::size_t> cue) {
+    player_.takeOver(show, cue);
+  }
   bool hasQuit() const { return hasQuit_; }
   const ShowPlayer& player() const { return player_; }
 

@@ -32,9 +32,10 @@ class OlaDaemon final : public OlaInput {
     socket_.reset(ola::network::TCPSocket::Connect(
         ola::network::IPV4SocketAddress(ola::network::IPV4Address::Loopback(), port_)));
     if (!socket_) return;
+    server_ = std::make_unique<ola::io::SelectServer>();
     isClosed_ = false;
     client_ = std::make_unique<ola::client::OlaClient>(socket_.get());
-    server_.AddReadDescriptor(socket_.get());
+    server_->AddReadDescriptor(socket_.get());
     if (!client_->Setup()) return disconnect();
     client_->SetCloseHandler(ola::NewSingleCallback(this, &OlaDaemon::closed));
     client_->SetDMXCallback(ola::NewCallback(this, &OlaDaemon::take));
@@ -45,13 +46,15 @@ class OlaDaemon final : public OlaInput {
   void disconnect() {
     if (client_) client_->Stop();
     client_.reset();
-    if (socket_ && !isClosed_) server_.RemoveReadDescriptor(socket_.get());
+    // What has closed is still waited for there, and the next socket, which gets its number, would
+    // not be heard in its place.
+    server_.reset();
     socket_.reset();
   }
 
   void look() {
     if (client_) {
-      server_.RunOnce(ola::TimeInterval(0, 0));
+      server_->RunOnce(ola::TimeInterval(0, 0));
       if (!isClosed_) return;
       disconnect();
       listener_.changed(false);
@@ -61,7 +64,7 @@ class OlaDaemon final : public OlaInput {
     }
   }
 
-  // The server has let go of the socket by then.
+  // Within the server's own turn, so what it works on stays until that has ended.
   void closed() { isClosed_ = true; }
 
   void take(const ola::client::DMXMetadata& metadata, const ola::DmxBuffer& levels) {
@@ -73,7 +76,7 @@ class OlaDaemon final : public OlaInput {
   const std::uint16_t port_;
   RunLoop& loop_;
   OlaListener listener_;
-  ola::io::SelectServer server_;
+  std::unique_ptr<ola::io::SelectServer> server_;
   std::unique_ptr<ola::network::TCPSocket> socket_;
   std::unique_ptr<ola::client::OlaClient> client_;
   bool isClosed_ = false;

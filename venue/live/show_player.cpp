@@ -41,7 +41,7 @@ const ShowPlayer::Command ShowPlayer::kCommands[] = {
 
 ShowPlayer::ShowPlayer(const CueList& show, MapFrames frames, RunLoop& loop,
                        SequenceNumbers& numbers, PlayerEnds ends)
-    : list_(show),
+    : list_(&show),
       frames_(std::move(frames)),
       loop_(loop),
       numbers_(numbers),
@@ -68,6 +68,17 @@ std::string ShowPlayer::obey(std::string_view line) {
   return word == "goto" ? goTo(rest) : (this->*found->act)();
 }
 
+// An edit is no GO: nothing may come on the air because a time was moved into the past.
+void ShowPlayer::takeOver(const CueList& show, std::optional<std::size_t> cue) {
+  list_ = &show;
+  cue_ = cue;
+  next_.invalidate();
+  isNextLate_ = false;
+  const auto due = nextDue();
+  isNextLate_ = due && *due <= cueTime();
+  if (!heldAt_) waitForNext();
+}
+
 LiveStatus ShowPlayer::status() const {
   const LiveState state = isPanic_              ? LiveState::panic
                           : isBlack_            ? LiveState::blackout
@@ -79,7 +90,7 @@ LiveStatus ShowPlayer::status() const {
 
 std::optional<std::size_t> ShowPlayer::nextCue() const {
   const std::size_t next = cue_ ? *cue_ + 1 : 0;
-  return next < list_.cues.size() ? std::optional(next) : std::nullopt;
+  return next < list_->cues.size() ? std::optional(next) : std::nullopt;
 }
 
 std::optional<Duration> ShowPlayer::untilNext() const {
@@ -101,7 +112,7 @@ std::string ShowPlayer::back() {
 }
 
 std::string ShowPlayer::goTo(std::string_view name) {
-  const auto found = cueNamed(list_, name);
+  const auto found = cueNamed(*list_, name);
   if (!found) return "no cue is called " + inQuotes(name);
   play(*found, loop_.now());
   return {};
@@ -144,7 +155,7 @@ std::string ShowPlayer::panic() {
   isPanic_ = true;
   freeze();
   // First, so that it comes before the repeat of that time.
-  end_ = at(loop_.now() + kBlacksBeforeEnd * list_.repeat, &ShowPlayer::endShow);
+  end_ = at(loop_.now() + kBlacksBeforeEnd * list_->repeat, &ShowPlayer::endShow);
   show(black());
   tell();
   return {};
@@ -168,14 +179,16 @@ std::string ShowPlayer::release() {
 
 void ShowPlayer::play(std::size_t cue, Duration began) {
   stopWaiting();
+  steps_.reset();
   cue_ = cue;
   began_ = began;
   heldAt_.reset();
-  const Cue& now = list_.cues[cue];
-  if (now.at) showTime_ = *now.at;
-  const auto& map = now.look.map;
-  const int last = map ? frames_(now.look.packet.venueId, map->id).value_or(kLastFrame) : 0;
-  steps_.emplace(now, list_.repeat, look_ ? look_->master : std::uint8_t{0},
+  isNextLate_ = false;
+  running_ = list_->cues[cue];
+  if (running_.at) showTime_ = *running_.at;
+  const auto& map = running_.look.map;
+  const int last = map ? frames_(running_.look.packet.venueId, map->id).value_or(kLastFrame) : 0;
+  steps_.emplace(running_, list_->repeat, look_ ? look_->master : std::uint8_t{0},
                  last > 0 ? last : kLastFrame);
   pending_ = steps_->next();
   takeSteps();
@@ -222,9 +235,9 @@ Duration ShowPlayer::cueTime() const { return heldAt_.value_or(loop_.now()) - be
 // cue waits for GO too.
 std::optional<Duration> ShowPlayer::nextDue() const {
   const auto next = nextCue();
-  if (!cue_ || !next || !list_.cues[*next].at) return std::nullopt;
-  const Duration due = *list_.cues[*next].at - showTime_;
-  const bool isByTime = list_.cues[*cue_].at.has_value();
+  if (!cue_ || !next || !list_->cues[*next].at || isNextLate_) return std::nullopt;
+  const Duration due = *list_->cues[*next].at - showTime_;
+  const bool isByTime = running_.at.has_value();
   if (isByTime ? due < Duration{} : due <= Duration{}) return std::nullopt;
   return due;
 }
@@ -232,12 +245,12 @@ std::optional<Duration> ShowPlayer::nextDue() const {
 void ShowPlayer::show(Broadcast packet) {
   packet.sequence = numbers_.next();
   sent_ = packet;
-  repeat_ = {loop_, loop_.every(list_.repeat, [this] { ends_.send(sent_, true); })};
+  repeat_ = {loop_, loop_.every(list_->repeat, [this] { ends_.send(sent_, true); })};
   ends_.send(sent_, false);
 }
 
 Broadcast ShowPlayer::black() const {
-  Broadcast packet = list_.sender;
+  Broadcast packet = list_->sender;
   if (look_) packet.transmitter = look_->transmitter;
   packet.mode = 1;
   return packet;

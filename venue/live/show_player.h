@@ -52,6 +52,13 @@ class ShowPlayer {
   /// All of them outlive it. Nothing is on the air before the first GO.
   ShowPlayer(const CueList& show, MapFrames frames, RunLoop& loop, SequenceNumbers& numbers,
              PlayerEnds ends);
+  ShowPlayer(const ShowPlayer&) = delete;
+  ShowPlayer& operator=(const ShowPlayer&) = delete;
+
+  /// From now on that is the show, which outlives the player too; the one before may go. What is
+  /// on the air stays, and the cue that runs goes on as it was; `cue` is its place in the new list,
+  /// none exactly where nothing was played yet. A next cue whose time has gone by waits for GO.
+  void takeOver(const CueList& show, std::optional<std::size_t> cue);
 
   /// Does what a line says: go, back, "goto NAME", hold, resume, blackout, release, panic. Or why
   /// not, in one line; then nothing has changed.
@@ -98,13 +105,17 @@ class ShowPlayer {
   void tell() { ends_.changed(status()); }
   Timer at(Duration time, void (ShowPlayer::*act)());
 
-  const CueList& list_;
+  const CueList* list_;
   MapFrames frames_;
   RunLoop& loop_;
   SequenceNumbers& numbers_;
   PlayerEnds ends_;
 
   std::optional<std::size_t> cue_;
+  /// As it was when it began.
+  Cue running_;
+  /// Another list has put the next cue before the present.
+  bool isNextLate_ = false;
   /// When it was due, on the loop's clock.
   Duration began_{};
   /// The show's own time then: the cue's, or that of the last one with a time.

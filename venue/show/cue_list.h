@@ -28,12 +28,16 @@ struct CueMap {
   int from = 1;
   /// Packets a second; frames are skipped or shown twice so that the map keeps its own pace.
   double rate = 30;
+
+  bool operator==(const CueMap&) const = default;
 };
 
 struct CueLook {
   /// Without its sequence number, and without the map's frame.
   Broadcast packet;
   std::optional<CueMap> map;
+
+  bool operator==(const CueLook&) const = default;
 };
 
 struct Cue {

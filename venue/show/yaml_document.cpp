@@ -70,7 +70,8 @@ class Parse {
           event.type() == YAML_DOCUMENT_END_EVENT) {
         continue;
       }
-      root = valueOf(event, 0);
+      YamlSpan span;
+      root = valueOf(event, 0, span);
     }
     if (root) return root;
     YamlNode nothing;
@@ -79,7 +80,21 @@ class Parse {
   }
 
  private:
-  YamlValue valueOf(const Event& event, int depth) {
+  // The library counts letters.
+  std::size_t byteAt(const yaml_mark_t& mark) {
+    for (; letters_ < mark.index && bytes_ < text_.size(); ++letters_) {
+      do {
+        ++bytes_;
+      } while (bytes_ < text_.size() &&
+               (static_cast<unsigned char>(text_[bytes_]) & 0xC0U) == 0x80U);
+    }
+    return bytes_;
+  }
+
+  YamlValue valueOf(const Event& event, int depth, YamlSpan& span) {
+    span.begin = byteAt(event->start_mark);
+    // Of what is not by indentation, whose end is that of its last part.
+    span.end = byteAt(event->end_mark);
     if (event.type() == YAML_ALIAS_EVENT) return aliasOf(event);
     YamlNode node;
     node.line = event.line();
@@ -93,10 +108,12 @@ class Parse {
       const bool isList = event.type() == YAML_SEQUENCE_START_EVENT;
       anchor =
           textOf(isList ? event->data.sequence_start.anchor : event->data.mapping_start.anchor);
+      node.isFlow = isList ? event->data.sequence_start.style == YAML_FLOW_SEQUENCE_STYLE
+                           : event->data.mapping_start.style == YAML_FLOW_MAPPING_STYLE;
       if (isList) {
-        fillList(node, depth + 1);
+        fillList(node, depth + 1, span);
       } else {
-        fillMap(node, depth + 1);
+        fillMap(node, depth + 1, span);
       }
     }
     YamlValue value = std::make_shared<const YamlNode>(std::move(node));
@@ -114,24 +131,33 @@ class Parse {
     return found->second;
   }
 
-  void fillList(YamlNode& node, int depth) {
+  void fillList(YamlNode& node, int depth, YamlSpan& span) {
     node.kind = YamlNode::Kind::list;
     for (;;) {
       const Event event(parser_, text_);
-      if (event.type() == YAML_SEQUENCE_END_EVENT) return;
-      node.items.push_back(valueOf(event, depth));
+      if (event.type() == YAML_SEQUENCE_END_EVENT) {
+        if (node.isFlow) span.end = byteAt(event->end_mark);
+        return;
+      }
+      YamlSpan own;
+      node.items.push_back(valueOf(event, depth, own));
+      node.itemSpans.push_back(own);
+      span.end = own.end;
     }
   }
 
-  void fillMap(YamlNode& node, int depth) {
+  void fillMap(YamlNode& node, int depth, YamlSpan& span) {
     node.kind = YamlNode::Kind::map;
     std::map<std::string, std::size_t, std::less<>> lines;
     for (;;) {
       YamlMember member;
       {
         const Event event(parser_, text_);
-        if (event.type() == YAML_MAPPING_END_EVENT) return;
-        const YamlValue key = valueOf(event, depth);
+        if (event.type() == YAML_MAPPING_END_EVENT) {
+          if (node.isFlow) span.end = byteAt(event->end_mark);
+          return;
+        }
+        const YamlValue key = valueOf(event, depth, member.keySpan);
         member.line = event.line();
         if (key->kind != YamlNode::Kind::scalar) {
           throw YamlFault{member.line, "a key must be a text"};
@@ -144,13 +170,17 @@ class Parse {
                                          std::to_string(known->second) + "); keep one of them"};
       }
       const Event event(parser_, text_);
-      member.value = valueOf(event, depth);
+      member.value = valueOf(event, depth, member.span);
+      span.end = member.span.end;
       node.members.push_back(std::move(member));
     }
   }
 
   std::string_view text_;
   yaml_parser_t parser_{};
+  /// One place of the text, counted both ways; it only goes forward.
+  std::size_t letters_ = 0;
+  std::size_t bytes_ = 0;
   std::map<std::string, YamlValue, std::less<>> anchors_;
 };
 

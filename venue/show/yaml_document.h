@@ -19,11 +19,20 @@ inline constexpr int kDeepestYaml = 32;
 struct YamlNode;
 using YamlValue = std::shared_ptr<const YamlNode>;
 
+/// Bytes of the text, from and to; comments at its ends are no part of it.
+struct YamlSpan {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
 struct YamlMember {
   std::string key;
   /// Where the key stands, from 1.
   std::size_t line = 0;
   YamlValue value;
+  YamlSpan keySpan;
+  /// Where the value is written, or the alias that stands for it.
+  YamlSpan span;
 };
 
 struct YamlNode {
@@ -34,6 +43,10 @@ struct YamlNode {
   /// A scalar's, empty also for none; in plain style numbers and texts look alike.
   std::string text;
   std::vector<YamlValue> items;
+  /// One an item.
+  std::vector<YamlSpan> itemSpans;
+  /// In brackets or braces; not by indentation.
+  bool isFlow = false;
   /// In the order of the file, no key twice.
   std::vector<YamlMember> members;
 };
