@@ -27,9 +27,9 @@ installed() {
     {
       cmake -S "$source" -B "$prefix/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
         -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" -DCMAKE_INSTALL_PREFIX="$prefix" -DBUILD_SHARED_LIBS=ON \
-        -DHALVORA_UNITY=ON -DHALVORA_PRECOMPILE=ON
-      cmake --build "$prefix/build"
-      cmake --install "$prefix/build"
+        -DHALVORA_UNITY=ON -DHALVORA_PRECOMPILE=ON &&
+        cmake --build "$prefix/build" &&
+        cmake --install "$prefix/build"
     } >"$prefix/log" 2>&1 || {
       echo "$1 cannot be built: $prefix/log" >&2
       return 2
