@@ -19,6 +19,9 @@ endif()
 if(NOT TARGET halvora_ffmpeg)
   list(APPEND elsewhere tests/adapters/ffmpeg/)
 endif()
+if(NOT TARGET halvora_c_media)
+  list(APPEND elsewhere tests/bindings/media/)
+endif()
 if(NOT HALVORA_YAML_FOUND)
   list(APPEND elsewhere tests/venue/show/cue_ tests/venue/show/yaml_ tests/venue/live/
     tests/apps/halvora/show_ tests/apps/halvora/live_)
@@ -78,7 +81,8 @@ if(HALVORA_TEST_SUITES)
   endforeach()
 endif()
 halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
-  LINK halvora_tool halvora_cface halvora_conformance $<TARGET_NAME_IF_EXISTS:halvora_image>
+  LINK halvora_tool halvora_cface halvora_conformance
+    $<TARGET_NAME_IF_EXISTS:halvora_cmedia_face> $<TARGET_NAME_IF_EXISTS:halvora_image>
     $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> $<TARGET_NAME_IF_EXISTS:halvora_nettle> halvora_json halvora_virtual
     halvora_standard halvora_core gmock_main)
 if(TARGET halvora_tests)
@@ -146,6 +150,18 @@ if(TARGET halvora_c AND NOT HALVORA_TEST_SUITES AND NOT HALVORA_TEST_PROCESSOR)
     set_target_properties(halvora_c99_host PROPERTIES LINKER_LANGUAGE CXX)
   endif()
   add_test(NAME c_interface/c99 COMMAND halvora_c99_host)
+  if(TARGET halvora_c_media)
+    add_executable(halvora_c99_seat tests/bindings/c/c99_seat.c)
+    set_target_properties(halvora_c99_seat PROPERTIES C_STANDARD 99 C_EXTENSIONS OFF)
+    target_compile_options(halvora_c99_seat PRIVATE
+      -Wall -Wextra -Wpedantic -Wconversion -Wstrict-prototypes -Werror)
+    target_link_libraries(halvora_c99_seat PRIVATE halvora_c_media halvora_c)
+    if(HALVORA_SANITIZE)
+      set_target_properties(halvora_c99_seat PROPERTIES LINKER_LANGUAGE CXX)
+    endif()
+    add_test(NAME c_interface/c99_seat
+      COMMAND halvora_c99_seat "${PROJECT_SOURCE_DIR}/assets/demo")
+  endif()
   find_package(Python3 QUIET COMPONENTS Interpreter)
   if(Python3_FOUND AND NOT HALVORA_SANITIZE)
     add_test(NAME c_interface/recorded_shows
@@ -160,5 +176,12 @@ if(TARGET halvora_c AND NOT HALVORA_TEST_SUITES AND NOT HALVORA_TEST_PROCESSOR)
         $<TARGET_FILE:halvora_c> --check)
     set_tests_properties(c_interface/recorded_shows c_interface/python_phone
       c_interface/mode_strips PROPERTIES TIMEOUT 120)
+    if(TARGET halvora_c_media AND TARGET halvora)
+      add_test(NAME c_interface/pixel_map_show
+        COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/tests/bindings/c/pixel_map_show.py"
+          $<TARGET_FILE:halvora_c> $<TARGET_FILE:halvora_c_media> $<TARGET_FILE:halvora>
+          "${PROJECT_SOURCE_DIR}")
+      set_tests_properties(c_interface/pixel_map_show PROPERTIES TIMEOUT 120)
+    endif()
   endif()
 endif()

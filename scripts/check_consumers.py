@@ -178,6 +178,13 @@ class Consumers:
         self.run("gcc", "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror", folder / "phone.c",
                  *words, "-o", folder / "phone")
         self.expect_orange(folder / "phone", self.shared(), "torch on\n")
+        words = self.module(self.shared(), ["--cflags", "--libs"], "halvora-cmedia")
+        self.run("gcc", "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror", folder / "seat.c",
+                 *words, "-o", folder / "seat")
+        printed = self.run(folder / "seat", ROOT / "assets/demo", folder,
+                           env={**os.environ, "LD_LIBRARY_PATH": str(self.shared() / "lib")})
+        if printed != "done\n":
+            raise Failure(f"a host with decoders printed:\n{printed}")
         # What a static kit installs is whole in itself.
         self.expect_orange(folder / "phone", self.static(), "torch on\n")
 

@@ -22,7 +22,7 @@ ADAPTERS = [
     for name in ("standard", "json", "image", "ffmpeg", "nettle", "linux", "virtual", "qt",
                  "system")
 ]
-FACES = ["faces/qt", "bindings/c"]
+FACES = ["faces/qt", "bindings/c", "bindings/media"]
 VENUE = [f"venue/{name}" for name in ("base", "show", "plan", "crowd", "air", "live")]
 APPS = ["apps/halvora", "apps/console"]
 BELOW_VENUE = [FACE, *CORE, *ADAPTERS]
@@ -39,6 +39,7 @@ MAY_INCLUDE = {
     "host": [FACE],
     "faces/qt": [FACE],
     "bindings/c": [FACE, "adapters/standard", "adapters/json"],
+    "bindings/media": [FACE, "bindings/c", "adapters/image", "adapters/ffmpeg"],
     "conformance": [FACE],
     "adapters/standard": [FACE, "text"],
     "adapters/json": [FACE, "text"],
@@ -256,6 +257,7 @@ BAD = {
     "adapters/linux/a.cpp": ['#include "adapters/qt/loop.h"'],
     "adapters/image/a.cpp": ["#include <unistd.h>"],
     "bindings/c/a.cpp": ['#include "engine/scanner.h"', '#include "faces/qt/face.h"'],
+    "bindings/media/a.cpp": ['#include "light/light.h"', '#include "adapters/json/reader.h"'],
     "conformance/a.cpp": ['#include "adapters/standard/queues.h"', '#include "text/numbers.h"'],
     "faces/qt/a.cpp": [
         '#include "engine/scanner.h"',

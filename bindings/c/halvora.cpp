@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "bindings/c/host_media.h"
 #include "bindings/c/phone.h"
 #include "halvora/version.h"
 
@@ -32,7 +33,7 @@ struct halvora_phone {
 namespace {
 
 /// The first version of each struct ends here: what is smaller is none.
-constexpr std::size_t kSmallestOptions = sizeof(halvora_options);
+constexpr std::size_t kSmallestOptions = offsetof(halvora_options, media);
 constexpr double kLargestSide = 1e6;
 constexpr std::size_t kLongestAdvertisement = 1024;
 
@@ -261,7 +262,7 @@ int halvora_options_init(halvora_options* options, size_t size) {
 
 int halvora_phone_make(const halvora_callbacks* callbacks, const halvora_options* options,
                        halvora_phone** phone) {
-  if (phone == nullptr || (options != nullptr && !isWhole(options)) ||
+  if (phone == nullptr || (options != nullptr && options->size < kSmallestOptions) ||
       (callbacks != nullptr && callbacks->size < offsetof(halvora_callbacks, now))) {
     return HALVORA_MISSING;
   }
@@ -269,12 +270,13 @@ int halvora_phone_make(const halvora_callbacks* callbacks, const halvora_options
     halvora_options chosen{};
     halvora_options_init(&chosen, sizeof(chosen));
     if (options != nullptr) {
-      if (!(options->width > 0) || !(options->height > 0) || !isSide(options->width) ||
-          !isSide(options->height)) {
-        return HALVORA_RANGE;
-      }
-      chosen = *options;
+      std::memcpy(&chosen, options, std::min(options->size, sizeof(chosen)));
     }
+    if (!(chosen.width > 0) || !(chosen.height > 0) || !isSide(chosen.width) ||
+        !isSide(chosen.height) || chosen.authentication < 0 || chosen.authentication > 2) {
+      return HALVORA_RANGE;
+    }
+    if (chosen.media != nullptr && !halvora::isComplete(*chosen.media)) return HALVORA_MISSING;
     auto made = std::make_unique<halvora_phone>(copyOf(callbacks), chosen);
     made->phone.endCall();
     *phone = made.release();
@@ -362,6 +364,14 @@ int halvora_phone_inside_venue(halvora_phone* phone, int* is_inside) {
   if (is_inside == nullptr) return HALVORA_MISSING;
   return called(phone, [is_inside](HostPhone& its) -> int {
     *is_inside = its.engine().isInsideVenue() ? 1 : 0;
+    return HALVORA_OK;
+  });
+}
+
+int halvora_phone_trust(halvora_phone* phone, int* trust) {
+  if (trust == nullptr) return HALVORA_MISSING;
+  return called(phone, [trust](HostPhone& its) -> int {
+    *trust = static_cast<int>(its.engine().airTrust());
     return HALVORA_OK;
   });
 }

@@ -128,7 +128,81 @@ typedef struct halvora_callbacks {
                      void* into);
   /* A file, or a folder with all that is in it. */
   void (*remove_file)(void* context, const char* path);
+
+  /* Fills in the 16 bytes of the AES-CMAC (RFC 4493) of a message with a key of 16 bytes; cannot
+   * fail. Absent: no packet's tag is ever good. */
+  void (*code)(void* context, const uint8_t* key, const uint8_t* message, size_t count,
+               uint8_t* code);
 } halvora_callbacks;
+
+/* So many timescale-ths of a second, in a video. */
+typedef struct halvora_time {
+  int64_t value;
+  int32_t timescale;
+} halvora_time;
+
+/* One frame of a video as its reader hands it out. */
+typedef struct halvora_frame {
+  /* The decoder's own, not null; free_frame is called for it, perhaps after its reader and its
+   * video have gone. */
+  void* handle;
+  /* When it is presented; not a number where the file does not say. */
+  double seconds;
+  uint32_t width;
+  uint32_t height;
+} halvora_frame;
+
+/* Takes a whole picture: 4 bytes a pixel, red, green, blue, alpha, not premultiplied, rows from the
+ * top. */
+typedef void (*halvora_take_picture)(void* into, uint32_t width, uint32_t height,
+                                     const uint8_t* rgba);
+
+/* Decoders and players, for pixel maps, torch maps and clips. They are called as the callbacks are;
+ * building a seat's table decodes a whole video within one call of the host. Every function that
+ * answers with an int answers HALVORA_OK, HALVORA_NO_MEMORY where memory is short, which is then
+ * tried again and not taken for a fault of the file, or HALVORA_NONE. */
+typedef struct halvora_media {
+  size_t size;
+  /* Handed to each of them. */
+  void* context;
+
+  /* Decodes a JPEG or PNG file's bytes and calls `take` once. Absent: no picture is known. */
+  int (*picture)(void* context, const void* bytes, size_t count, halvora_take_picture take,
+                 void* into);
+
+  /* Opens the first video track of a file, never as null, and says how long the file plays. Absent:
+   * no video is known; where it is there, all of these are but the last two. */
+  int (*open_video)(void* context, const char* path, void** video, double* seconds);
+  void (*close_video)(void* context, void* video);
+  /* The frames that are presented from `begin` on, up to but not including `end`; all where both
+   * are null. Readers of one video stand beside each other. */
+  int (*open_reader)(void* context, void* video, const halvora_time* begin, const halvora_time* end,
+                     void** reader);
+  void (*close_reader)(void* context, void* reader);
+  /* The next frame in the order of presentation, not turned; HALVORA_NONE at the end. */
+  int (*next_frame)(void* context, void* reader, halvora_frame* frame);
+  /* The words 0xAARRGGBB of those pixels; `places` has a column and a row for each. */
+  void (*sample)(void* context, void* frame, const uint32_t* places, uint32_t* words, size_t count);
+  void (*free_frame)(void* context, void* frame);
+  /* 1 where pictures did not come out that the file should have; asked at the end. */
+  int (*has_lost_pictures)(void* context, void* reader);
+  /* The picture on show at that time, turned as the file asks for. */
+  int (*picture_at)(void* context, void* video, const halvora_time* time, halvora_take_picture take,
+                    void* into);
+
+  /* Two players of clips, 0 and 1, which loop and which the host draws where an item says so.
+   * Absent: no clip is ever ready. The path is empty for a clip that is not there. */
+  void (*load_clip)(void* context, int player, const char* name, const char* path);
+  void (*play_clip)(void* context, int player, int is_playing);
+  void (*seek_clip)(void* context, int player, int64_t position);
+  /* Whether what was loaded can be played from any position. */
+  int (*is_clip_ready)(void* context, int player);
+} halvora_media;
+
+/* Decoders by libpng, libjpeg-turbo and FFmpeg, for a host that has none of its own; no players. In
+ * a library beside this one, halvora_c_media, so that nobody else links any of these. `size` is
+ * sizeof(halvora_media). Any thread. */
+HALVORA_C_PUBLIC int halvora_standard_media(halvora_media* media, size_t size);
 
 typedef struct halvora_options {
   size_t size;
@@ -146,6 +220,15 @@ typedef struct halvora_options {
   int has_torch;
   /* The venue of the panel as long as no transmitter has been heard; below 1 for none. */
   int64_t default_venue;
+  /* Copied; null for none. */
+  const halvora_media* media;
+  /* The key of a show that signs its packets, 16 bytes, which are copied; null for none. */
+  const uint8_t* show_key;
+  /* What it is for: 0 nothing, 1 once a tag was good what has none is ignored for ten seconds, 2
+   * only what has a good tag is obeyed. */
+  int authentication;
+  /* Of packets without a tag only those are obeyed that go on from what was heard. */
+  int guards_air;
 } halvora_options;
 
 /* Sets every member to what suits a plain phone of 390 by 844 points. */
@@ -179,6 +262,9 @@ HALVORA_C_PUBLIC int halvora_phone_resize(halvora_phone* phone, double width, do
 /* Keys such as "4242:1", with commas between them; null or empty for all. */
 HALVORA_C_PUBLIC int halvora_phone_allow(halvora_phone* phone, const char* transmitters);
 HALVORA_C_PUBLIC int halvora_phone_inside_venue(halvora_phone* phone, int* is_inside);
+/* How far what is obeyed can be believed: 0 nobody vouches for it, 1 a tag was good or one show is
+ * undisputed, 2 two shows contest each other, which holds the look. */
+HALVORA_C_PUBLIC int halvora_phone_trust(halvora_phone* phone, int* trust);
 /* One of the small values that last: for a host that knows the seat itself ("selectedSection",
  * "xPos", …). Null removes it. */
 HALVORA_C_PUBLIC int halvora_phone_set_default(halvora_phone* phone, const char* key,

@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <utility>
 
 #include "adapters/standard/folder_bundle.h"
+#include "halvora/air.h"
 
 namespace halvora {
 
@@ -26,6 +28,17 @@ std::vector<std::string> languagesOf(const char* text) {
   return languages;
 }
 
+AirOptions airOf(const halvora_options& options) {
+  AirOptions air;
+  air.policy = options.guards_air != 0 ? AirPolicy::guarded : AirPolicy::exact;
+  air.authentication = static_cast<Authentication>(options.authentication);
+  if (options.show_key != nullptr) {
+    air.showKey.emplace(
+        std::span<const std::uint8_t, ShowKey::kSize>(options.show_key, ShowKey::kSize));
+  }
+  return air;
+}
+
 }  // namespace
 
 HostPhone::HostPhone(const halvora_callbacks& callbacks, const halvora_options& options)
@@ -34,6 +47,7 @@ HostPhone::HostPhone(const halvora_callbacks& callbacks, const halvora_options& 
       languages_(languagesOf(options.languages)),
       random_(options.seed),
       torch_(host, options.has_torch != 0),
+      media_(options.media != nullptr ? *options.media : halvora_media{}),
       defaultsFile_(host, files_, textOf(options.documents)),
       defaults_(defaultsFile_.path(),
                 {.files = defaultsFile_, .json = json_, .runLoop = loop, .queues = queues_}),
@@ -53,9 +67,14 @@ HostPhone::HostPhone(const halvora_callbacks& callbacks, const halvora_options& 
                 .bundles = bundles_,
                 .json = json_,
                 .torch = torch_,
-                .files = files_},
+                .images = pictures_,
+                .videoPlayers = players_,
+                .files = files_,
+                .videoAssets = videos_,
+                .codes = codes_},
       defaultVenue_(options.default_venue),
-      engine_(std::make_unique<HalvoraViewController>(platform_)) {
+      engine_(std::make_unique<HalvoraViewController>(platform_,
+                                                      EngineOptions{.air = airOf(options)})) {
   engine_->setLightShowStartedCallback([this] { host.tell(HALVORA_EVENT_SHOW_STARTED); });
   engine_->setLightShowStoppedCallback([this] { host.tell(HALVORA_EVENT_SHOW_STOPPED); });
   engine_->viewDidLoad();

@@ -15,6 +15,7 @@
 #include "adapters/standard/system_clock.h"
 #include "bindings/c/halvora.h"
 #include "bindings/c/host_loop.h"
+#include "bindings/c/host_media.h"
 #include "bindings/c/host_needs.h"
 #include "halvora/engine.h"
 #include "halvora/light.h"
@@ -70,6 +71,13 @@ class HostPhone : private LightObserver {
   HostTorch torch_;
   HostHaptics haptics_{host};
   HostFiles files_{host};
+  const halvora_media media_;
+  const HostPictures pictures_{media_};
+  const HostVideos videos_{media_};
+  HostPlayer playerA_{loop, media_, 0};
+  HostPlayer playerB_{loop, media_, 1};
+  const VideoPlayers players_{playerA_, playerB_};
+  const HostCodes codes_{host};
   const ExactJsonReader json_;
   DefaultsFile defaultsFile_;
   FileDefaults defaults_;

@@ -251,7 +251,8 @@ TEST_F(CInterface, WritesNoMoreOfAStructThanItsHostKnows) {
   make();
   std::array<halvora_options, 2> options{};
   options[1].width = 5;
-  EXPECT_EQ(halvora_options_init(options.data(), sizeof(halvora_options) - 1), HALVORA_MISSING);
+  EXPECT_EQ(halvora_options_init(options.data(), offsetof(halvora_options, media) - 1),
+            HALVORA_MISSING);
   EXPECT_EQ(halvora_options_init(options.data(), sizeof(halvora_options)), HALVORA_OK);
   EXPECT_DOUBLE_EQ(options[1].width, 5);
   // A host of an earlier version, whose callbacks ended with the torch's.
