@@ -5,7 +5,8 @@
 make_mode_strips.py LIBRARY           writes the strips (LIBRARY is libhalvora_c.so)
 make_mode_strips.py LIBRARY --check   fails where one is not what the kit shows now
 
-A column is a fortieth of a second, a strip eight seconds; the look is on the air all the time.
+A column is a fortieth of a second, a strip eight seconds; the look is on the air all the time. Where a
+gobo lies over the light, the column shows how much of it is to be seen, in white.
 """
 
 import struct
@@ -19,7 +20,9 @@ from phone import Phone  # noqa: E402
 
 FOLDER = ROOT / "docs/pictures/modes"
 # Mode and palette; the colour is orange and the speed in the middle.
-MODES = {mode: 0 for mode in (1, 2, 3, 4, 5, 6, 7, 13, 14)} | {mode: 1 for mode in range(15, 21)}
+MODES = {mode: 0 for mode in (1, 2, 3, 4, 5, 6, 7, 10, 11, 12, 13, 14)} | {
+    mode: 1 for mode in range(15, 21)}
+GOBO_MODES = (10, 11, 12)
 ORANGE = (255, 128, 0)
 SPEED = 192
 COLUMNS, A_SECOND, HEIGHT = 320, 40, 24
@@ -28,8 +31,19 @@ LISTENS, SHOWS = 1.5, 6.5
 
 
 def packet(mode, palette, sequence):
-    return bytes([0x09, 0xC9, 1, 2, 0, 7, 0, 255, *ORANGE, mode, SPEED, *[0] * 9, palette,
+    gobo = 1 if mode in GOBO_MODES else 0
+    return bytes([0x09, 0xC9, 1, 2, 0, 7, 0, 255, *ORANGE, mode, SPEED, *[0] * 7, gobo, 0, palette,
                   0, sequence % 256, 7])
+
+
+def shown(phone):
+    """The colour of the light, and of a picture over it as if that were all white."""
+    mixed = (0.0, 0.0, 0.0)
+    for item in phone.look():
+        over = (item.red, item.green, item.blue) if item.content == 0 else (1.0, 1.0, 1.0)
+        if item.content in (0, 2):
+            mixed = tuple(b + (t - b) * item.opacity for b, t in zip(mixed, over))
+    return mixed
 
 
 def strip_of(library, mode, palette):
@@ -42,7 +56,7 @@ def strip_of(library, mode, palette):
         if tick % 8 == 0:
             phone.act({"packet": packet(mode, palette, tick // 8 + 1).hex()})
         phone.run_until(LISTENS + (tick + 1) / A_SECOND)
-        colours.append(phone.colour())
+        colours.append(shown(phone))
     phone.call("phone_free", phone.handle)
     return colours[-COLUMNS:]
 
