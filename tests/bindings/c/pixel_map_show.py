@@ -19,8 +19,8 @@ sys.path.insert(0, str(ROOT / "examples/python-phone"))
 import phone  # noqa: E402
 
 ASSETS = ROOT / "assets/demo"
-END = 40
-FEWEST = 300
+END = 10
+FEWEST = 120
 
 
 class Media(ctypes.Structure):
