@@ -56,7 +56,9 @@ class HalvoraViewItem : public halvora::LightSurface {
   void forgetHost();
 
  signals:
+  /// A look has come with another mode or speed than the one before, and its mode is not 0.
   void lightShowStarted();
+  /// The show is over: a look has come with mode 0.
   void lightShowStopped();
   void allowedTransmitterIdsChanged();
   void usageReportsChanged();

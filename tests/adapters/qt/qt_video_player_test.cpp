@@ -15,6 +15,7 @@
 
 #include "adapters/qt/qt_media_support.h"
 #include "adapters/virtual/virtual_run_loop.h"
+#include "conformance/media_promises.h"
 #include "tests/adapters/ffmpeg/clip_maker.h"
 #include "tests/faces/qt/event_wait.h"
 
@@ -155,6 +156,30 @@ TEST_F(QtVideoPlayerTest, ABrokenClipIsNeverReadyAndAnotherOneIsPlayedAfterIt) {
   player.load({"3", clip});
   waitUntilReady();
   waitForColour(Qt::red);
+}
+
+TEST_F(QtVideoPlayerTest, KeepsWhatTheConformanceSuiteAsksOfPlayers) {
+  const std::string clip = makeClip(maker);
+  const std::string broken =
+      maker.changed(clip, "broken.mp4", [](std::string& bytes) { bytes.assign(5000, 'x'); });
+  const auto work = [this] {
+    QCoreApplication::processEvents();
+    loop.runFor(milliseconds(1));
+  };
+  const auto unkept = conformance::checkPlayer([&] {
+    return conformance::PlayerUnderTest{nullptr,
+                                        std::make_unique<QtVideoPlayer>(loop),
+                                        {"3", clip},
+                                        {"9", broken},
+                                        [&](const std::function<bool()>& isSo) {
+                                          waitUntil([&] {
+                                            work();
+                                            return isSo();
+                                          });
+                                        },
+                                        work};
+  });
+  EXPECT_TRUE(unkept.empty()) << conformance::textOf(unkept);
 }
 
 TEST_F(QtVideoPlayerTest, MayGoWhileItPlays) {

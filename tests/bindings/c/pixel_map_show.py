@@ -19,7 +19,7 @@ sys.path.insert(0, str(ROOT / "examples/python-phone"))
 import phone  # noqa: E402
 
 ASSETS = ROOT / "assets/demo"
-END = 10
+END = 20
 FEWEST = 120
 
 
