@@ -80,7 +80,9 @@ if(HALVORA_TEST_SUITES)
     endif()
   endforeach()
 endif()
+# The rules of the radio on Qt Bluetooth need no Qt.
 halvora_program(halvora_tests FOLDERS tests EXCLUDE ${elsewhere}
+  FILES adapters/qtbluetooth/qt_bluetooth_central.cpp
   LINK halvora_tool halvora_cface halvora_conformance
     $<TARGET_NAME_IF_EXISTS:halvora_cmedia_face> $<TARGET_NAME_IF_EXISTS:halvora_image>
     $<TARGET_NAME_IF_EXISTS:halvora_ffmpeg> $<TARGET_NAME_IF_EXISTS:halvora_nettle> halvora_json halvora_virtual

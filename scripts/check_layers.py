@@ -19,7 +19,7 @@ FACE = "include/halvora"
 CORE = ["needs", "text", "light", "usage", "pixelmap", "engine", "seats", "host"]
 ADAPTERS = [
     f"adapters/{name}"
-    for name in ("standard", "json", "image", "ffmpeg", "nettle", "linux", "virtual", "qt",
+    for name in ("standard", "json", "image", "ffmpeg", "nettle", "linux", "virtual", "qtbluetooth", "qt",
                  "system")
 ]
 FACES = ["faces/qt", "bindings/c", "bindings/media"]
@@ -48,6 +48,7 @@ MAY_INCLUDE = {
     "adapters/nettle": [FACE],
     "adapters/linux": [FACE, "adapters/standard"],
     "adapters/virtual": [FACE, "adapters/standard"],
+    "adapters/qtbluetooth": [FACE, "adapters/standard"],
     "adapters/qt": [FACE, "faces/qt", "adapters/standard"],
     "adapters/system": [FACE, "faces/qt", *(f"adapters/{name}" for name in
                         ("json", "image", "ffmpeg", "nettle", "linux", "qt"))],
