@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A Bluetooth LE controller in software, as much of one as a system needs to scan and to advertise:
 // it answers the kernel's commands, holds one advertisement and reports what it hears. The program
-// of the emulated machine owns two; one thread.
+// of the emulated machine owns them; one thread.
 #pragma once
 
 #include <array>

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Two Bluetooth controllers that hear each other, in an air that others share.
-// Runs in the emulated machine. Every line of standard input is one wish:
+// Bluetooth controllers that hear each other, in an air that others share: two, and a third where
+// it is wished for. Runs in the emulated machine. Every line of standard input is one wish:
 //   show MILLISECONDS       a transmitter that both hear, a packet so often; 0 ends it
 //   crowd SECONDS           the first hears 8 transmitters, 10 packets a second each, among 20,000
 //                           other devices, 1,000 of their reports a second
 //   refuse 1                the first one scans no more, and says so; 0 ends it
+//   unplug NUMBER           that controller, counted from 0, is gone; plug NUMBER brings it back
 // Standard output says "ready", and after a crowd "crowd PACKETS FOREIGN": how many reports the
 // controller gave of each. It ends with its input.
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -100,8 +102,15 @@ class VirtualController {
 /// Tells the controllers of each other, tick by tick, and of everybody else.
 class SharedAir {
  public:
-  SharedAir(Controller& first, Controller& second)
-      : sides_{Side{first, second}, Side{second, first}}, first_(first) {}
+  static constexpr std::size_t kMost = 3;
+
+  bool plug(std::size_t number) {
+    Side& side = sides_[number];
+    if (!side.own) side = {std::make_unique<VirtualController>(static_cast<std::uint8_t>(number))};
+    return side.own->isThere();
+  }
+  /// Null where none is plugged in.
+  VirtualController* at(std::size_t number) const { return sides_[number].own.get(); }
 
   void tick() {
     ++ticks_;
@@ -109,7 +118,9 @@ class SharedAir {
     if (every_ > 0 && --untilShow_ <= 0) {
       untilShow_ = every_;
       ++shown_;
-      for (Side& side : sides_) side.to.hear(packetOf(0, shown_));
+      for (Side& side : sides_) {
+        if (side.own) (*side.own)->hear(packetOf(0, shown_));
+      }
     }
     if (crowdEnd_ > 0) crowd();
   }
@@ -117,8 +128,8 @@ class SharedAir {
   /// An advertisement that has just begun is heard at once.
   void relayBegun() {
     for (Side& side : sides_) {
-      if (side.begun == side.from.begun()) continue;
-      side.begun = side.from.begun();
+      if (!side.own || side.begun == (*side.own)->begun()) continue;
+      side.begun = (*side.own)->begun();
       side.due = ticks_;
       relay(side);
     }
@@ -131,7 +142,11 @@ class SharedAir {
       every_ = value / kTickMilliseconds;
       untilShow_ = 0;
     } else if (line.starts_with("refuse ")) {
-      first_.setRefusing(value != 0);
+      if (VirtualController* first = at(0)) (*first)->setRefusing(value != 0);
+    } else if (line.starts_with("plug ")) {
+      plug(numberOf(value));
+    } else if (line.starts_with("unplug ")) {
+      sides_[numberOf(value)] = {};
     } else if (line.starts_with("crowd ")) {
       crowdTick_ = 0;
       crowdEnd_ = value * 1000 / kTickMilliseconds;
@@ -141,16 +156,23 @@ class SharedAir {
 
  private:
   struct Side {
-    Controller& from;
-    Controller& to;
+    std::unique_ptr<VirtualController> own = nullptr;
     std::uint64_t begun = 0;
     std::int64_t due = 0;
   };
 
+  static std::size_t numberOf(int value) {
+    return static_cast<std::size_t>(std::clamp(value, 0, static_cast<int>(kMost) - 1));
+  }
+
   void relay(Side& side) {
-    if (!side.from.isAdvertising() || ticks_ < side.due) return;
-    side.due = ticks_ + side.from.interval() / kTickMilliseconds;
-    side.to.hear(side.from.advertisement());
+    if (!side.own) return;
+    Controller& from = **side.own;
+    if (!from.isAdvertising() || ticks_ < side.due) return;
+    side.due = ticks_ + from.interval() / kTickMilliseconds;
+    for (Side& other : sides_) {
+      if (other.own && &other != &side) (*other.own)->hear(from.advertisement());
+    }
   }
 
   // Rates are kept as sums, so that they come out right however late a tick is.
@@ -162,12 +184,12 @@ class SharedAir {
     for (; packets_ < upTo(kTransmitters * kPacketsASecond); ++packets_) {
       const auto transmitter = static_cast<int>(packets_ % kTransmitters);
       const auto sequence = static_cast<int>(packets_ / kTransmitters) + 1;
-      packetsTold_ += first_.hear(packetOf(transmitter + 1, sequence)) ? 1 : 0;
+      packetsTold_ += tellFirst(packetOf(transmitter + 1, sequence));
     }
     for (; foreign_ < upTo(kForeignASecond); ++foreign_) {
       const auto device = static_cast<int>(foreign_ % kForeignDevices);
       const std::vector<std::uint8_t> rest = {0x10, 0x05, static_cast<std::uint8_t>(foreign_)};
-      foreignTold_ += first_.hear(reportOf(0xF0, device, 0x004C, rest)) ? 1 : 0;
+      foreignTold_ += tellFirst(reportOf(0xF0, device, 0x004C, rest));
     }
     if (crowdTick_ < crowdEnd_) return;
     crowdEnd_ = 0;
@@ -176,8 +198,12 @@ class SharedAir {
     std::fflush(stdout);
   }
 
-  std::array<Side, 2> sides_;
-  Controller& first_;
+  int tellFirst(const AirReport& report) {
+    VirtualController* const first = at(0);
+    return first != nullptr && (*first)->hear(report) ? 1 : 0;
+  }
+
+  std::array<Side, kMost> sides_;
   std::int64_t ticks_ = 0;
   // One transmitter.
   int every_ = 0;
@@ -213,32 +239,39 @@ class Wishes {
 };
 
 int run() {
-  VirtualController first(0);
-  VirtualController second(1);
+  SharedAir air;
   const int timer = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
   const timespec tick{0, kTickMilliseconds * 1'000'000};
   const itimerspec period{tick, tick};
-  if (!first.isThere() || !second.isThere() || timer < 0 ||
+  if (!air.plug(0) || !air.plug(1) || timer < 0 ||
       timerfd_settime(timer, 0, &period, nullptr) < 0) {
     std::perror("no controllers");
     return 1;
   }
   std::puts("ready");
   std::fflush(stdout);
-  SharedAir air(*first, *second);
   Wishes wishes;
-  std::array<pollfd, 4> polled = {pollfd{first.descriptor(), POLLIN, 0},
-                                  pollfd{second.descriptor(), POLLIN, 0}, pollfd{timer, POLLIN, 0},
-                                  pollfd{STDIN_FILENO, POLLIN, 0}};
-  while (poll(polled.data(), polled.size(), -1) > 0) {
-    if (polled[0].revents != 0) first.read();
-    if (polled[1].revents != 0) second.read();
+  // Whoever is not plugged in has no descriptor, which poll passes over.
+  std::array<pollfd, SharedAir::kMost + 2> polled{};
+  auto& [first, second, third, clock, input] = polled;
+  const std::array<pollfd*, SharedAir::kMost> controllers = {&first, &second, &third};
+  clock = {timer, POLLIN, 0};
+  input = {STDIN_FILENO, POLLIN, 0};
+  for (;;) {
+    for (std::size_t at = 0; at < controllers.size(); ++at) {
+      const VirtualController* const own = air.at(at);
+      *controllers[at] = {own != nullptr ? own->descriptor() : -1, POLLIN, 0};
+    }
+    if (poll(polled.data(), polled.size(), -1) <= 0) break;
+    for (std::size_t at = 0; at < controllers.size(); ++at) {
+      if (controllers[at]->revents != 0) air.at(at)->read();
+    }
     air.relayBegun();
     std::uint64_t ticks = 0;
-    if (polled[2].revents != 0 && read(timer, &ticks, sizeof ticks) == sizeof ticks) {
+    if (clock.revents != 0 && read(timer, &ticks, sizeof ticks) == sizeof ticks) {
       for (; ticks > 0; --ticks) air.tick();
     }
-    if (polled[3].revents != 0 && !wishes.read([&](const std::string& line) { air.wish(line); })) {
+    if (input.revents != 0 && !wishes.read([&](const std::string& line) { air.wish(line); })) {
       break;
     }
   }

@@ -19,6 +19,7 @@ VM = Path("/run/vm")
 HALVORA = VM / "halvora"
 DEMO = VM / "halvora-demo"
 SHOW = VM / "show.jsonl"
+LIVE_SHOW = VM / "live.yaml"
 LIMIT = 120
 CROWD_SECONDS = 60
 REPEATS_SECONDS = 30
@@ -185,9 +186,10 @@ class Daemon:
 class Listener:
     """`halvora listen`, until it is told to end."""
 
-    def __init__(self, machine, name, has_monitors, adapter="hci0"):
+    def __init__(self, machine, name, has_monitors, adapter="hci0", options=()):
         self.record = VM / f"{name}.jsonl"
-        self.process = start([HALVORA, "listen", "--record", self.record], f"{name}.err")
+        command = [HALVORA, "listen", "--record", self.record, *options]
+        self.process = start(command, f"{name}.err")
         machine.listeners.append(self.process)
         self.lines = Lines(self.process.stdout)
         machine.wait_for_scan(has_monitors, adapter)
@@ -225,6 +227,8 @@ class Machine:
         """Ends what a scenario that failed has left."""
         self.wish("show 0")
         self.wish("refuse 0")
+        self.wish("plug 1")
+        self.wish("unplug 2")
         for process in self.listeners:
             if process.poll() is None:
                 process.kill()
@@ -398,6 +402,100 @@ def crowd(machine, name, has_monitors):
     return text
 
 
+class Player:
+    """`halvora live` on both adapters, told what to do on its standard input."""
+
+    def __init__(self, machine):
+        adapters = ["--air", "hci0", "--air", "hci1"]
+        journal = ["--journal", VM / "live.journal"]
+        command = [HALVORA, "live", LIVE_SHOW, *adapters, *journal, "--control", "-"]
+        self.process = subprocess.Popen(
+            [str(word) for word in command], stdin=subprocess.PIPE, stderr=subprocess.PIPE
+        )
+        machine.listeners.append(self.process)
+        self.lines = Lines(self.process.stderr)
+
+    def tell(self, command):
+        """When it was told."""
+        self.process.stdin.write(f"{command}\n".encode())
+        self.process.stdin.flush()
+        return time.monotonic()
+
+    def wait(self, text, since=0.0, limit=LIMIT):
+        return self.lines.wait(lambda line: text in line, f'"{text}" of the player', limit, since)[0]
+
+
+def live(machine, name, has_monitors):
+    """A show on two adapters; one is unplugged and comes back, then the player is killed."""
+    machine.wish("plug 2")
+    machine.bus.wait(lambda: flag("hci2", "Powered"), "third adapter")
+    listener = Listener(machine, name, has_monitors, "hci2", ["--adapter", "hci2"])
+    steps = []
+
+    def heard(what, since, is_it, limit=RESUMED_WITHIN):
+        at = listener.wait_for_packet(limit, is_it, since)
+        steps.append(f"{what} {at - since:.2f} s")
+        return at
+
+    player = Player(machine)
+    player.tell("go")
+    began = player.wait('"playing"')
+    for number in (1, 2):
+        heard(f"transmitter {number}", began, lambda packet: packet["transmitter"] == number)
+    machine.wish("unplug 1")
+    unplugged = time.monotonic()
+    alarmed = player.wait("hci1 is lost", unplugged) - unplugged
+    steps.append(f"alarm {alarmed:.2f} s")
+    told = player.tell("go")
+    heard("next cue on one adapter", told, lambda packet: packet["green"] == 255)
+    machine.wish("plug 1")
+    plugged = time.monotonic()
+    back = player.wait("hci1 is back", plugged)
+    steps.append(f"back {back - plugged:.2f} s after it was plugged in")
+    heard(
+        "its next packet",
+        back,
+        lambda packet: packet["transmitter"] == 2 and packet["green"] == 255,
+    )
+    last = max(json.loads(line).get("sequence", 0) for _, line in listener.lines.all)
+    player.process.kill()
+    player.process.wait()
+    killed = time.monotonic()
+    player = Player(machine)
+    player.tell("goto Three")
+    again = heard("heard again after kill -9", killed, lambda packet: packet["blue"] == 255, LIMIT)
+    told = player.tell("panic")
+    heard("black after panic", told, lambda packet: packet["mode"] == 1 and packet["master"] == 0)
+    heard("end after panic", told, lambda packet: packet["mode"] == 0)
+    player.tell("quit")
+    if player.process.wait(LIMIT) != 0:
+        raise Failure(f"the player ended with {player.process.returncode}")
+    listener.end()
+    return judge(listener, steps, alarmed, last, (killed, again))
+
+
+def judge(listener, steps, alarmed, last, dead):
+    """Of what the receiving kit has heard; while no player was there it can have heard nothing."""
+    times = [at for at, line in listener.lines.all if "broadcastKey" in line]
+    pairs = [pair for pair in zip(times, times[1:]) if not dead[0] <= pair[1] <= dead[1]]
+    gap = max(later - earlier for earlier, later in pairs)
+    numbers = [packet["sequence"] for packet in listener.packets]
+    above = [number for number in numbers if number > last]
+    trace = trace_of(listener.record)
+    places = [line["insideVenue"] for line in trace if "insideVenue" in line]
+    lights = [line["light"] for line in trace if "light" in line]
+    text = (
+        f"{', '.join(steps)}; {len(times)} packets, {gap:.2f} s between two of a player at most; "
+        f"numbers up to {last}, after the restart from {min(above, default=0)}"
+    )
+    seen = [colour for colour in ([1, 0, 0, 1], [0, 1, 0, 1], [0, 0, 1, 1]) if colour in lights]
+    if gap > 1 or alarmed > 1 or not above or numbers != sorted(numbers):
+        raise Failure(text)
+    if places != [True, False] or len(seen) != 3:
+        raise Failure(f"{text}; the kit's trace has the places {places} and the lights {lights}")
+    return f"{text}; the kit's trace has each cue, and leaves the venue at the end alone"
+
+
 def most_of(picture):
     """The colour that most of a picture has, and how much of it."""
     command = ["convert", picture, "-depth", "8", "-format", "%c", "histogram:info:-"]
@@ -444,7 +542,9 @@ SCENARIOS = [
     ("repeats-discovery", repeats, False),
     ("resumption-discovery", resumption, False),
     ("fallback-discovery", fallback, False),
+    ("live-discovery", live, False),
     ("resumption-monitor", resumption, True),
+    ("live-monitor", live, True),
     ("demo-monitor", demo, True),
     ("crowd-monitor", crowd, True),
 ]
