@@ -12,6 +12,7 @@ constexpr Duration kSecond = milliseconds(1000);
 }  // namespace
 
 bool BoundedHaptics::isDue() {
+  if (!isBounded_) return true;
   const Duration now = loop_.now();
   if (last_[0] && now - *last_[0] < kSecond) {
     ++heldBack_;
@@ -45,10 +46,21 @@ const DefaultsValue* JoinedDefaults::find(std::string_view key) const {
 }
 
 void JoinedDefaults::set(std::string_view key, DefaultsValue value) {
+  if (!isBounded_) return defaults_.set(key, std::move(value));
   keep(key, std::optional<DefaultsValue>(std::move(value)));
 }
 
-void JoinedDefaults::remove(std::string_view key) { keep(key, std::nullopt); }
+void JoinedDefaults::remove(std::string_view key) {
+  if (!isBounded_) return defaults_.remove(key);
+  keep(key, std::nullopt);
+}
+
+void JoinedDefaults::setBounded(bool isBounded) {
+  isBounded_ = isBounded;
+  if (isBounded) return;
+  next_.invalidate();
+  if (!kept_.empty()) writeAll();
+}
 
 void JoinedDefaults::keep(std::string_view key, std::optional<DefaultsValue> value) {
   const auto kept = std::ranges::find(kept_, key, &Write::first);
@@ -60,6 +72,7 @@ void JoinedDefaults::keep(std::string_view key, std::optional<DefaultsValue> val
 }
 
 void JoinedDefaults::synchronize() {
+  if (!isBounded_) return defaults_.synchronize();
   if (kept_.empty() || next_.isValid()) return;
   const Duration now = loop_.now();
   const Duration due = lastWrite_ ? *lastWrite_ + kSecond : now;
@@ -96,6 +109,12 @@ GuardedNeeds::GuardedNeeds(const Platform& platform)
     : haptics(platform.haptics, platform.runLoop),
       defaults(platform.defaults, platform.runLoop),
       torch(platform.torch) {}
+
+void GuardedNeeds::setBounded(bool isBounded) {
+  isBounded_ = isBounded;
+  haptics.setBounded(isBounded);
+  defaults.setBounded(isBounded);
+}
 
 Platform GuardedNeeds::platform(const Platform& platform) {
   Platform guarded = platform;

@@ -21,7 +21,7 @@
 
 namespace halvora {
 
-/// At most two touches a second; others are not felt.
+/// At most two touches a second while it is bounded; others are not felt.
 class BoundedHaptics final : public Haptics {
  public:
   BoundedHaptics(Haptics& haptics, const RunLoop& loop) : haptics_(haptics), loop_(loop) {}
@@ -30,18 +30,21 @@ class BoundedHaptics final : public Haptics {
   void playSystemSound(std::uint32_t sound) override;
   void disposeSystemSound(std::uint32_t sound) override { haptics_.disposeSystemSound(sound); }
   std::uint64_t heldBack() const { return heldBack_; }
+  void setBounded(bool isBounded) { isBounded_ = isBounded; }
 
  private:
   bool isDue();
 
   Haptics& haptics_;
   const RunLoop& loop_;
+  bool isBounded_ = true;
   /// When the last two were, older first.
   std::array<std::optional<Duration>, 2> last_;
   std::uint64_t heldBack_ = 0;
 };
 
-/// Writes at most once a second; what comes meanwhile is kept and is read as if it were written.
+/// Writes at most once a second while it is bounded; what comes meanwhile is kept and is read as if
+/// it were written.
 class JoinedDefaults final : public UserDefaults {
  public:
   JoinedDefaults(UserDefaults& defaults, RunLoop& loop) : defaults_(defaults), loop_(loop) {}
@@ -51,6 +54,7 @@ class JoinedDefaults final : public UserDefaults {
   void set(std::string_view key, DefaultsValue value) override;
   void remove(std::string_view key) override;
   void synchronize() override;
+  void setBounded(bool isBounded);
 
  private:
   /// None removes the key.
@@ -61,6 +65,7 @@ class JoinedDefaults final : public UserDefaults {
 
   UserDefaults& defaults_;
   RunLoop& loop_;
+  bool isBounded_ = true;
   /// One a key; the kit has few.
   std::vector<Write> kept_;
   std::optional<Duration> lastWrite_;
@@ -86,10 +91,16 @@ class HeldTorch final : public Torch {
 struct GuardedNeeds {
   explicit GuardedNeeds(const Platform& platform);
   Platform platform(const Platform& platform);
+  /// As they are made they are; else they pass on what they are told.
+  void setBounded(bool isBounded);
+  bool isBounded() const { return isBounded_; }
 
   BoundedHaptics haptics;
   JoinedDefaults defaults;
   HeldTorch torch;
+
+ private:
+  bool isBounded_ = true;
 };
 
 }  // namespace halvora

@@ -6,6 +6,16 @@
 
 namespace halvora {
 
+namespace {
+
+ShowEngineOptions hostsOptions(const EngineOptions& options) {
+  ShowEngineOptions own{options};
+  own.mayChangeAir = true;
+  return own;
+}
+
+}  // namespace
+
 HalvoraViewController& HalvoraViewController::sharedInstance(const Platform& platform,
                                                              const EngineOptions& options) {
   // Never destroyed: a host's own statics may still ask for it while the process ends.
@@ -14,7 +24,7 @@ HalvoraViewController& HalvoraViewController::sharedInstance(const Platform& pla
 }
 
 HalvoraViewController::HalvoraViewController(const Platform& platform, const EngineOptions& options)
-    : inside_(std::make_unique<ShowEngine>(platform, ShowEngineOptions{options})) {}
+    : inside_(std::make_unique<ShowEngine>(platform, hostsOptions(options))) {}
 
 HalvoraViewController::HalvoraViewController(std::unique_ptr<ShowEngine> inside)
     : inside_(std::move(inside)) {}
@@ -131,6 +141,8 @@ const std::string& HalvoraViewController::pairedBucketID() const {
 }
 
 const ScanDiagnostics& HalvoraViewController::diagnostics() const { return inside_->diagnostics(); }
+
+void HalvoraViewController::setAir(const AirOptions& air) { inside_->setAir(air); }
 
 void HalvoraViewController::setAirTrustCallback(std::function<void(AirTrust)> callback) {
   inside_->airTrustCallback() = std::move(callback);

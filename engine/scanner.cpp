@@ -153,7 +153,8 @@ PacketFate Scanner::judgeAtGate(const HeardPacket& packet) {
   if (!isAllowed(packet.applicationId(), transmitter)) return PacketFate::notAllowed;
   if (isVenueWide && state_.transmitterFound && allowedIds_.empty()) return PacketFate::silenced;
 
-  const AirTrust before = gate_->trust();
+  const AirGate* const gate = gate_.get();
+  const AirTrust before = gate->trust();
   const AirVerdict verdict = gate_->judge(packet, timers_.now(), platform_.wallClock);
   if (verdict.act == AirVerdict::Act::doubt) return followTrust(before, PacketFate::doubted);
 
@@ -164,7 +165,12 @@ PacketFate Scanner::judgeAtGate(const HeardPacket& packet) {
   const bool isNew =
       verdict.act == AirVerdict::Act::obey ||
       (verdict.act == AirVerdict::Act::pass && isNewer(packet.sequence, state_.currentSequence));
-  if (isNew) return followTrust(before, take(packet.data, packet.sequence));
+  if (isNew) {
+    const PacketFate fate = take(packet.data, packet.sequence);
+    // In the middle of a look the host may have gone, or made another gate.
+    if (fate == PacketFate::engineGone || gate_.get() != gate) return fate;
+    return followTrust(before, fate);
+  }
   const bool isHeld = verdict.act == AirVerdict::Act::hold;
   return followTrust(before, isHeld ? PacketFate::doubted : PacketFate::staleSequence);
 }
@@ -173,8 +179,15 @@ void Scanner::enterVenue() {
   if (!std::exchange(state_.insideVenue, true)) listener_.presenceChanged();
 }
 
+void Scanner::setGate(std::unique_ptr<AirGate> gate) {
+  const AirTrust before = trust();
+  gate_ = std::move(gate);
+  if (before == AirTrust::contested) listener_.contestEnded();
+  if (before != trust()) listener_.airTrustChanged();
+}
+
 PacketFate Scanner::followTrust(AirTrust before, PacketFate fate) {
-  if (fate == PacketFate::engineGone || gate_->trust() == before) return fate;
+  if (gate_->trust() == before) return fate;
   listener_.airTrustChanged();
   if (before == AirTrust::contested) listener_.contestEnded();
   if (gate_->trust() != AirTrust::contested) return fate;
@@ -223,7 +236,9 @@ void Scanner::restartScan() {
     state_.hasCurrentBroadcast = false;
     if (state_.currentSequence > 0) --state_.currentSequence;
   }
-  if (gate_) changeGate([this] { gate_->refresh(timers_.now()); });
+  if (gate_ && changeGate([this] { gate_->refresh(timers_.now()); }) == PacketFate::engineGone) {
+    return;
+  }
   if (state_.lastFPS > 0) listener_.recievedSignal();
   listener_.showReceptionRate(state_.lastFPS);
 

@@ -93,6 +93,9 @@ class Scanner : private CentralManagerDelegate {
   const ScanDiagnostics& diagnostics() const { return diagnostics_; }
   /// Null where the air is taken exactly.
   const AirGate* gate() const { return gate_.get(); }
+  AirTrust trust() const { return gate_ ? gate_->trust() : AirTrust::unproven; }
+  /// In place of the one before, and of what that had learnt.
+  void setGate(std::unique_ptr<AirGate> gate);
   /// Does what the system asks for. It knows nothing of exceptions: they end here, and are counted.
   template <class Act>
   void guard(const Act& act) {
@@ -118,10 +121,10 @@ class Scanner : private CentralManagerDelegate {
   PacketFate take(std::span<const std::uint8_t> data, std::uint16_t sequence);
   /// Does to the gate what may end a contest, and tells of it.
   template <class Act>
-  void changeGate(const Act& act) {
+  PacketFate changeGate(const Act& act) {
     const AirTrust before = gate_->trust();
     act();
-    followTrust(before, PacketFate::doubted);
+    return followTrust(before, PacketFate::doubted);
   }
   void enterVenue();
   PacketFate followTrust(AirTrust before, PacketFate fate);

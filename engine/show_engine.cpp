@@ -22,12 +22,20 @@ std::string goboDocuments(const std::string& documents, const std::string& bucke
   return documents.empty() || bucket.empty() || leadsOut ? "" : documents + within + "Gobo";
 }
 
+std::unique_ptr<GuardedNeeds> guardedNeedsFor(const Platform& platform,
+                                              const ShowEngineOptions& options) {
+  const bool isGuarded = options.air.policy == AirPolicy::guarded;
+  if (!isGuarded && !options.mayChangeAir) return nullptr;
+  auto needs = std::make_unique<GuardedNeeds>(platform);
+  needs->setBounded(isGuarded);
+  return needs;
+}
+
 }  // namespace
 
 ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
                        std::optional<ShowParts> parts)
-    : guarded_(options.air.policy == AirPolicy::guarded ? std::make_unique<GuardedNeeds>(platform)
-                                                        : nullptr),
+    : guarded_(guardedNeedsFor(platform, options)),
       platform_(guarded_ ? guarded_->platform(platform) : platform),
       hasOwnAssets_(options.assets == nullptr),
       usageReports_(options.usageReports),
@@ -185,9 +193,9 @@ const std::array<ShowEngine::Step, 18>& ShowEngine::steps() {
 }
 
 ShowStage ShowEngine::stage() {
-  return {callbacks_.get(),         views_,           brightness_,
-          state_.isStatusBarHidden, platform_.screen, platform_.application,
-          guarded_ != nullptr};
+  return {
+      callbacks_.get(),      views_,     brightness_, state_.isStatusBarHidden, platform_.screen,
+      platform_.application, isGuarded()};
 }
 
 PacketFate ShowEngine::processEffect(const Broadcast& broadcast) {
@@ -332,9 +340,12 @@ void ShowEngine::presenceChanged() {
   });
 }
 
-AirTrust ShowEngine::airTrust() const {
-  return scanner_.gate() != nullptr ? scanner_.gate()->trust() : AirTrust::unproven;
+void ShowEngine::setAir(const AirOptions& air) {
+  scanner_.setGate(makeAirGate(air, platform_.codes));
+  if (guarded_) guarded_->setBounded(air.policy == AirPolicy::guarded);
 }
+
+AirTrust ShowEngine::airTrust() const { return scanner_.trust(); }
 
 AirDiagnostics ShowEngine::airDiagnostics() const {
   AirDiagnostics diagnostics;

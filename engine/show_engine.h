@@ -46,6 +46,8 @@ struct ShowEngineOptions : EngineOptions {
   const SeatLutSource* seatLuts = nullptr;
   const StillSource* stills = nullptr;
   PictureMeans* pictures = nullptr;
+  /// Whether `setAir` may be called, as a host may; a simulation knows its air beforehand.
+  bool mayChangeAir = false;
 };
 
 class ShowEngine : private ScannerListener,
@@ -154,6 +156,8 @@ class ShowEngine : private ScannerListener,
   Scanner& scanner() { return scanner_; }
   const PixelMapSeatLuts& seatLuts() const { return seatLut_; }
   const ScanDiagnostics& diagnostics() const { return scanner_.diagnostics(); }
+  /// What is believed of the air from now on; only of an engine that may change it.
+  void setAir(const AirOptions& air);
   /// Told in a turn of its own; may destroy the engine.
   std::function<void(AirTrust)>& airTrustCallback() { return callbacks().airTrust; }
   AirTrust airTrust() const;
@@ -183,8 +187,10 @@ class ShowEngine : private ScannerListener,
   void refreshMode21ColorIfNeeded() override;
   bool hasSeat() const;
   ShowStage stage();
+  bool isGuarded() const { return guarded_ && guarded_->isBounded(); }
 
-  /// Null where the air is taken exactly. What is bounded is used below, by way of the platform.
+  /// Null where the air is taken exactly for ever. What is bounded is used below, by way of the
+  /// platform.
   std::unique_ptr<GuardedNeeds> guarded_;
   Platform platform_;
   EngineState state_;

@@ -43,6 +43,7 @@ HalvoraViewController& HalvoraView::makeController(const Coordinator& coordinato
   RunLoop& loop = engine_.platform.runLoop;
   engine.setLightShowStartedCallback(inATurnOfItsOwn(loop, onLightShowStarted));
   engine.setLightShowStoppedCallback(inATurnOfItsOwn(loop, onLightShowStopped));
+  if (onAirTrustChanged) engine.setAirTrustCallback(onAirTrustChanged);
   return engine;
 }
 

@@ -91,6 +91,7 @@ struct QtPlatform::Needs {
     platform.images = libraries.images;
     platform.files = libraries.files;
     platform.videoAssets = libraries.videoAssets;
+    platform.codes = libraries.codes;
   }
 
   const EngineOptions engineOptions;

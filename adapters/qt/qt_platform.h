@@ -13,6 +13,7 @@
 #include "halvora/platform/files.h"
 #include "halvora/platform/image.h"
 #include "halvora/platform/json.h"
+#include "halvora/platform/message_codes.h"
 #include "halvora/platform/need.h"
 #include "halvora/platform/platform.h"
 #include "halvora/platform/run_loop.h"
@@ -46,6 +47,7 @@ struct QtPlatformLibraries {
   NeedRef<Files> files;
   NeedRef<const ImageDecoder> images = absent::images();
   NeedRef<const VideoAssets> videoAssets = absent::videoAssets();
+  NeedRef<const MessageCodes> codes = absent::codes();
 };
 
 class QtPlatform {

@@ -6,12 +6,20 @@
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/linux/linux_files.h"
 #include "faces/qt/halvora_host.h"
+#include "halvora/platform/absent.h"
+#ifdef HALVORA_HAS_CIPHER
+#include "adapters/nettle/nettle_codes.h"
+#endif
 
 namespace halvora {
 
 struct SystemPhone::Parts {
   Parts(const QtPlatformOptions& options, [[maybe_unused]] const QtLinuxOptions& itsServices)
-      : qt(options, {.json = json, .files = files, .images = images, .videoAssets = videoAssets})
+      : qt(options, {.json = json,
+                     .files = files,
+                     .images = images,
+                     .videoAssets = videoAssets,
+                     .codes = codes})
 #ifdef HALVORA_HAS_BLUETOOTH
         ,
         services(qt.runLoop(), itsServices) {
@@ -26,6 +34,11 @@ struct SystemPhone::Parts {
   LinuxFiles files;
   const PictureDecoder images;
   const FfmpegVideoAssets videoAssets;
+#ifdef HALVORA_HAS_CIPHER
+  const NettleCodes codes;
+#else
+  const MessageCodes& codes = absent::codes();
+#endif
   QtPlatform qt;
 #ifdef HALVORA_HAS_BLUETOOTH
   QtLinuxServices services;

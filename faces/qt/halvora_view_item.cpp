@@ -2,12 +2,16 @@
 #include "faces/qt/halvora_view_item.h"
 
 #include <QQmlEngine>
+#include <QQmlInfo>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "faces/qt/qt_clip_picture.h"
+#include "faces/qt/show_key_file.h"
+#include "halvora/air.h"
+#include "halvora/platform/message_codes.h"
 #include "halvora/platform/video_player.h"
 
 namespace halvora {
@@ -19,6 +23,16 @@ std::vector<std::string> textsOf(const QStringList& list) {
   for (const QString& text : list) texts.push_back(text.toStdString());
   return texts;
 }
+
+// The engine's words under their numbers.
+template <class Engine, class Own>
+constexpr bool areAlike(Engine its, Own own) {
+  return static_cast<int>(its) == static_cast<int>(own);
+}
+using Item = HalvoraViewItem;
+static_assert(areAlike(AirPolicy::guarded, Item::AirPolicy::Guarded));
+static_assert(areAlike(Authentication::require, Item::Authentication::Require));
+static_assert(areAlike(AirTrust::contested, Item::AirTrust::Contested));
 
 QtClipPicture* pictureOf(VideoPlayer& player) { return dynamic_cast<QtClipPicture*>(&player); }
 
@@ -61,6 +75,9 @@ HalvoraView HalvoraViewItem::view() {
       },
       textsOf(allowedTransmitterIds_));
   view.usageReports = usageReports_;
+  view.onAirTrustChanged = [self](halvora::AirTrust) {
+    if (self) self->lookAtTrust();
+  };
   return view;
 }
 
@@ -92,6 +109,7 @@ void HalvoraViewItem::setShown(bool shown) {
     setClips(pictureOf(players.a), pictureOf(players.b));
     layOut();
     lookAtStatusBar();
+    lookAtTrust();
     return;
   }
   setLight(std::nullopt);
@@ -101,10 +119,12 @@ void HalvoraViewItem::setShown(bool shown) {
   if (wasShown && engine != nullptr) {
     engine->setLightShowStartedCallback(nullptr);
     engine->setLightShowStoppedCallback(nullptr);
+    engine->setAirTrustCallback(nullptr);
     engine->halvoraView = nullptr;
     engine->viewWillLayoutSubviews(std::nullopt);
   }
   lookAtStatusBar();
+  lookAtTrust();
 }
 
 void HalvoraViewItem::forgetHost() {
@@ -151,6 +171,45 @@ void HalvoraViewItem::setUsageReports(bool isOn) {
   usageReports_ = isOn;
   if (coordinator_ && controller() != nullptr) view().makeController(*coordinator_);
   if (isOn != wasOn) emit usageReportsChanged();
+}
+
+void HalvoraViewItem::componentComplete() {
+  LightSurface::componentComplete();
+  if (hasAir_) applyAir();
+}
+
+HalvoraViewItem::Authentication HalvoraViewItem::authentication() const {
+  return authentication_.value_or(showKeyFile_.isEmpty() ? Authentication::Off
+                                                         : Authentication::Prefer);
+}
+
+// The key is read anew each time, so that nobody has to keep it.
+void HalvoraViewItem::applyAir() {
+  AirOptions air;
+  air.policy = static_cast<halvora::AirPolicy>(airPolicy_);
+  air.authentication = static_cast<halvora::Authentication>(authentication());
+  QString error;
+  if (!showKeyFile_.isEmpty()) {
+    auto key = showKeyIn(showKeyFile_);
+    if (const auto* const refusal = std::get_if<QString>(&key)) {
+      error = *refusal;
+    } else {
+      air.showKey = std::get<ShowKey>(key);
+      const bool hasCipher = host_ && host_->platform().codes->withKey(*air.showKey) != nullptr;
+      if (!hasCipher) error = QStringLiteral("no cipher for show keys on this phone");
+    }
+  }
+  if (HalvoraViewController* const engine = controller()) engine->setAir(air);
+  lookAtTrust();
+  if (!error.isEmpty()) qmlWarning(this) << error;
+  if (std::exchange(showKeyError_, error) != error) emit showKeyErrorChanged();
+}
+
+void HalvoraViewItem::lookAtTrust() {
+  const HalvoraViewController* engine = coordinator_ ? controller() : nullptr;
+  const auto trust =
+      engine != nullptr ? static_cast<AirTrust>(engine->airTrust()) : AirTrust::Unproven;
+  if (std::exchange(airTrust_, trust) != trust) emit airTrustChanged();
 }
 
 bool HalvoraViewItem::isPermissionGranted() const {

@@ -5,7 +5,9 @@
 #pragma once
 
 #include <QPointer>
+#include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <memory>
 #include <optional>
 
@@ -21,11 +23,28 @@ namespace halvora {
 class HalvoraViewItem : public halvora::LightSurface {
   Q_OBJECT
   QML_NAMED_ELEMENT(HalvoraView)
+  // "HalvoraView.AirPolicy.Exact": an exact what, is to be read where it is written.
+  Q_CLASSINFO("RegisterEnumClassesUnscoped", "false")
   /// The transmitter keys ("application:number") to obey; none means all.
   Q_PROPERTY(QStringList allowedTransmitterIds READ allowedTransmitterIds WRITE
                  setAllowedTransmitterIds NOTIFY allowedTransmitterIdsChanged)
   /// Whether usage counters are sent; unless it is set, whatever the engine was made with.
   Q_PROPERTY(bool usageReports READ usageReports WRITE setUsageReports NOTIFY usageReportsChanged)
+  /// What is believed of the air. As long as none of these three is set, whatever the engine was
+  /// made with. They are given to the engine once the item is complete, before `start` in a
+  /// `Component.onCompleted`; a later change makes it forget what it had learnt.
+  Q_PROPERTY(AirPolicy airPolicy READ airPolicy WRITE setAirPolicy NOTIFY airChanged)
+  /// What the key is for; with a `showKeyFile` it is `Prefer` unless it is set.
+  Q_PROPERTY(
+      Authentication authentication READ authentication WRITE setAuthentication NOTIFY airChanged)
+  /// A local file with the show's key, 32 hexadecimal digits that only its owner may read. There is
+  /// no property for the key itself: texts of QML are in the program, in its cache and in a
+  /// debugger. Where it cannot be read no tag is good, and `Require` obeys nothing.
+  Q_PROPERTY(QUrl showKeyFile READ showKeyFile WRITE setShowKeyFile NOTIFY airChanged)
+  /// Why there is no key, in a line; empty where there is one, or none is wanted.
+  Q_PROPERTY(QString showKeyError READ showKeyError NOTIFY showKeyErrorChanged)
+  /// How far what is obeyed can be believed.
+  Q_PROPERTY(AirTrust airTrust READ airTrust NOTIFY airTrustChanged)
   /// Whether the user has allowed Bluetooth.
   Q_PROPERTY(bool isPermissionGranted READ isPermissionGranted NOTIFY isPermissionGrantedChanged)
   /// Whether a transmitter of the venue has been heard lately.
@@ -35,6 +54,14 @@ class HalvoraViewItem : public halvora::LightSurface {
   Q_PROPERTY(bool statusBarHidden READ statusBarHidden NOTIFY statusBarHiddenChanged)
 
  public:
+  /// As the engine's own of these names.
+  enum class AirPolicy { Exact, Guarded };
+  Q_ENUM(AirPolicy)
+  enum class Authentication { Off, Prefer, Require };
+  Q_ENUM(Authentication)
+  enum class AirTrust { Unproven, Trusted, Contested };
+  Q_ENUM(AirTrust)
+
   explicit HalvoraViewItem(QQuickItem* parent = nullptr) : LightSurface(parent) {}
   ~HalvoraViewItem() override;
 
@@ -47,6 +74,16 @@ class HalvoraViewItem : public halvora::LightSurface {
   void setAllowedTransmitterIds(const QStringList& ids);
   bool usageReports() const;
   void setUsageReports(bool isOn);
+  AirPolicy airPolicy() const { return airPolicy_; }
+  void setAirPolicy(AirPolicy policy) { setAir(airPolicy_, policy); }
+  Authentication authentication() const;
+  void setAuthentication(Authentication authentication) {
+    setAir(authentication_, std::optional(authentication));
+  }
+  QUrl showKeyFile() const { return showKeyFile_; }
+  void setShowKeyFile(const QUrl& file) { setAir(showKeyFile_, file); }
+  QString showKeyError() const { return showKeyError_; }
+  AirTrust airTrust() const { return airTrust_; }
   bool isPermissionGranted() const;
   bool isInsideVenue() const;
   bool statusBarHidden() const { return isStatusBarHidden_; }
@@ -62,12 +99,16 @@ class HalvoraViewItem : public halvora::LightSurface {
   void lightShowStopped();
   void allowedTransmitterIdsChanged();
   void usageReportsChanged();
+  void airChanged();
+  void showKeyErrorChanged();
+  void airTrustChanged();
   void isPermissionGrantedChanged();
   void isInsideVenueChanged();
   void statusBarHiddenChanged();
 
  protected:
   void classBegin() override;
+  void componentComplete() override;
   void itemChange(ItemChange change, const ItemChangeData& data) override;
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
 
@@ -81,6 +122,17 @@ class HalvoraViewItem : public halvora::LightSurface {
   void tellShow(void (HalvoraViewItem::*signal)());
   void lookAtStatusBar();
   void lookAtPresence();
+  template <class Value>
+  void setAir(Value& value, const Value& wanted) {
+    const bool isSame = hasAir_ && value == wanted;
+    if (isSame) return;
+    value = wanted;
+    hasAir_ = true;
+    if (isComponentComplete()) applyAir();
+    emit airChanged();
+  }
+  void applyAir();
+  void lookAtTrust();
 
   QPointer<HalvoraHost> host_;
   QStringList allowedTransmitterIds_;
@@ -88,6 +140,14 @@ class HalvoraViewItem : public halvora::LightSurface {
   std::optional<bool> usageReports_;
   /// While the engine's view is here.
   std::unique_ptr<HalvoraView::Coordinator> coordinator_;
+  /// Whether any of these was set.
+  bool hasAir_ = false;
+  AirPolicy airPolicy_ = AirPolicy::Exact;
+  /// None until it is set.
+  std::optional<Authentication> authentication_;
+  QUrl showKeyFile_;
+  QString showKeyError_;
+  AirTrust airTrust_ = AirTrust::Unproven;
   bool wasPermissionGranted_ = false;
   bool wasInsideVenue_ = false;
   bool isStatusBarHidden_ = false;

@@ -75,8 +75,8 @@ enum class AirDoubt : std::uint8_t {
 };
 inline constexpr auto kAirDoubtCount = static_cast<std::size_t>(AirDoubt::unconfirmed) + 1;
 
-/// How many packets were doubted for which reason since the engine was made, and what was held
-/// back.
+/// How many packets were doubted for which reason since the engine was made or its air was set, and
+/// what was held back.
 struct AirDiagnostics {
   std::array<std::uint64_t, kAirDoubtCount> doubts{};
   /// Good tags, whatever became of their packets.

@@ -144,12 +144,15 @@ class HalvoraViewController {
   /// How many advertisements met which fate since the engine was made.
   const ScanDiagnostics& diagnostics() const;
 
+  /// What is believed of the air from now on. What was learnt and proven is forgotten, and the
+  /// counts of what was doubted begin anew; the show goes on with the next packet that is believed.
+  void setAir(const AirOptions& air);
   /// Told in a turn of its own whenever the answer of `airTrust` has become another. May be absent,
   /// may be replaced and may destroy the engine within a call. One that throws is counted.
   void setAirTrustCallback(std::function<void(AirTrust trust)> callback);
   /// `unproven` at all times where the air is taken exactly and without a key.
   AirTrust airTrust() const;
-  /// What was doubted and held back since the engine was made.
+  /// What was doubted since the engine was made or its air was set, and what was held back.
   AirDiagnostics airDiagnostics() const;
 
   /// For the host: the view that it placed the engine in, and a central manager of its own. The

@@ -62,6 +62,9 @@ class HalvoraView {
   std::vector<std::string> allowedTransmitterIds;
   /// Whether usage counters are sent; absent for whatever the engine does already.
   std::optional<bool> usageReports;
+  /// Told in a turn of its own of how far the air can be believed; absent for whoever the engine
+  /// tells already.
+  std::function<void(AirTrust trust)> onAirTrustChanged;
 
   std::unique_ptr<Coordinator> makeCoordinator() const;
   /// The engine with this view's transmitters and callbacks, which stay on it until another view's

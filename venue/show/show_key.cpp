@@ -20,7 +20,6 @@ namespace {
 
 /// More than any key with white space around it that somebody means.
 constexpr std::size_t kLongestFile = 256;
-constexpr std::string_view kBlank = " \t\r\n";
 
 class Descriptor {
  public:
@@ -43,12 +42,7 @@ struct KeyText {
   KeyText(const KeyText&) = delete;
   KeyText& operator=(const KeyText&) = delete;
 
-  std::string_view text() const {
-    const std::string_view all(bytes.data(), size);
-    const std::size_t begin = all.find_first_not_of(kBlank);
-    if (begin == std::string_view::npos) return {};
-    return all.substr(begin, all.find_last_not_of(kBlank) + 1 - begin);
-  }
+  std::string_view text() const { return {bytes.data(), size}; }
 
   std::array<char, kLongestFile> bytes{};
   std::size_t size = 0;
@@ -63,28 +57,6 @@ bool readInto(KeyText& key, int file) {
     key.size += static_cast<std::size_t>(count);
   }
   return true;
-}
-
-std::optional<std::uint8_t> digitOf(char character) {
-  if (character >= '0' && character <= '9') return static_cast<std::uint8_t>(character - '0');
-  if (character >= 'a' && character <= 'f') return static_cast<std::uint8_t>(character - 'a' + 10);
-  if (character >= 'A' && character <= 'F') return static_cast<std::uint8_t>(character - 'A' + 10);
-  return std::nullopt;
-}
-
-std::optional<ShowKey> keyOf(std::string_view text) {
-  if (text.size() != 2 * ShowKey::kSize) return std::nullopt;
-  // Wiped when it goes, as a bare array would not be.
-  std::array<std::uint8_t, ShowKey::kSize> bytes{};
-  for (std::size_t at = 0; at < bytes.size(); ++at) {
-    const auto high = digitOf(text[2 * at]);
-    const auto low = digitOf(text[2 * at + 1]);
-    if (!high || !low) return std::nullopt;
-    bytes[at] = static_cast<std::uint8_t>(*high << 4 | *low);
-  }
-  std::optional<ShowKey> key(bytes);
-  explicit_bzero(bytes.data(), bytes.size());
-  return key;
 }
 
 }  // namespace
@@ -103,7 +75,7 @@ std::variant<ShowKey, CommandResult> readShowKey(const std::string& path) {
   if (!readInto(text, file.number())) {
     return unusable(path + ": " + std::strerror(errno) + " (--show-key)");
   }
-  if (auto key = keyOf(text.text())) return *key;
+  if (const auto key = ShowKey::ofText(text.text())) return *key;
   return unusable(path + ": a show key is 32 hexadecimal digits and nothing else");
 }
 

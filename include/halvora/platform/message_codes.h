@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
+#include <string_view>
 
 #include "halvora/platform/need.h"
 #include "halvora/version.h"
@@ -25,6 +27,9 @@ class ShowKey {
   explicit ShowKey(std::span<const std::uint8_t, kSize> bytes) {
     std::ranges::copy(bytes, bytes_.begin());
   }
+  /// As key files have it: 32 hexadecimal digits, white space around them ignored. None for any
+  /// other text, of which no copy is left.
+  static std::optional<ShowKey> ofText(std::string_view text);
   ShowKey(const ShowKey&) = default;
   ShowKey& operator=(const ShowKey&) = default;
   ~ShowKey() {
@@ -35,6 +40,8 @@ class ShowKey {
   std::span<const std::uint8_t, kSize> bytes() const { return bytes_; }
 
  private:
+  ShowKey() = default;
+
   std::array<std::uint8_t, kSize> bytes_{};
 };
 
