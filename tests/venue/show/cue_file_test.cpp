@@ -165,6 +165,8 @@ TEST_F(CueFileTest, WhatIsWrongIsSaidWithItsLineAndChangesNothing) {
   // A value that would be more than one.
   EXPECT_NE(flawOf(file.with(0, "fade", "1\n    at: 3", names)), "none");
   EXPECT_NE(flawOf(file.with(2, "fade", "1}\n  - {name: x, look: warm", names)), "none");
+  EXPECT_THAT(flawOf(file.with(2, "fade", "1, look: warm}\n  - {name: x", names)),
+              HasSubstr("cannot be changed here"));
 }
 
 TEST_F(CueFileTest, ALayoutThatItDoesNotKnowIsLeftAlone) {
