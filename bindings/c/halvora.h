@@ -204,6 +204,7 @@ typedef struct halvora_media {
  * sizeof(halvora_media). Any thread. */
 HALVORA_C_PUBLIC int halvora_standard_media(halvora_media* media, size_t size);
 
+/* What a phone is made with. */
 typedef struct halvora_options {
   size_t size;
   /* The folder that holds HVAssets and strings, and the one for what is kept; null for none. */
@@ -327,6 +328,7 @@ typedef struct halvora_text {
   float red, green, blue;
 } halvora_text;
 
+/* A message over the panel or the wizard, with one button. */
 typedef struct halvora_alert {
   size_t size;
   const char* title;

@@ -32,6 +32,7 @@ enum class Authentication : std::uint8_t {
   require,
 };
 
+/// What a host wants believed; as it stands, everything that is newer.
 struct AirOptions {
   AirPolicy policy = AirPolicy::exact;
   /// For `guarded`: the show that the phone is here for. What is not given is learnt from what is

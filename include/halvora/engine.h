@@ -35,6 +35,7 @@ inline namespace HALVORA_PUBLIC v0 {
 
 class CentralManager;
 
+/// What an engine is made with.
 struct EngineOptions {
   UsageEndpoints usageEndpoints = {};
   /// Whether the usage counters are sent at all, from the start; `setUsageReports` changes it.
@@ -45,6 +46,7 @@ struct EngineOptions {
   AirOptions air = {};
 };
 
+/// The engine: one phone of the audience, from the packets that it hears to the light it shows.
 class HalvoraViewController {
  public:
   using Callback = std::function<void()>;

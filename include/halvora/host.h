@@ -46,6 +46,7 @@ struct EmbeddedEngine {
 /// loading its view with the first, and keeps the coordinator for as long as it shows it.
 class HalvoraView {
  public:
+  /// What a face keeps for as long as it shows the view.
   struct Coordinator {
     HalvoraViewController& mainViewController;
     std::vector<std::string> allowedTransmitterIds;
@@ -92,6 +93,7 @@ class HalvoraView {
 /// face loads the panel of the coordinator that it gets, and shows it for as long as it keeps that.
 class HalvoraStatusView : public StatusPanelFields {
  public:
+  /// What a face keeps for as long as it shows the view.
   struct Coordinator {
     HalvoraViewController& mainViewController;
     /// Never null.

@@ -19,8 +19,10 @@ inline namespace HALVORA_PUBLIC v0 {
 /// Of the dark appearance: the seat screens write white on their background.
 inline constexpr Colour kSystemBlue = colourOfBytes(10, 132, 255);
 
+/// How bold a font is.
 enum class FontWeight : std::uint8_t { regular, semibold, bold };
 
+/// A font as a view asks for it.
 struct Font {
   /// Empty for the system's own font.
   std::string name;
@@ -36,6 +38,7 @@ using FontLookup = std::function<bool(std::string_view name)>;
 /// `natural` follows the direction of the user's language.
 enum class TextAlignment : std::uint8_t { natural, left, center, right, justified };
 
+/// A line around a view.
 struct Border {
   double width = 0;
   Colour colour = kWhite;
@@ -62,6 +65,7 @@ struct Label {
   friend bool operator==(const Label&, const Label&) = default;
 };
 
+/// A button as it is to be seen.
 struct Button {
   std::string title;
   Colour titleColour = kWhite;

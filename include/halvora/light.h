@@ -17,12 +17,14 @@ class ViewStack;
 
 inline namespace HALVORA_PUBLIC v0 {
 
+/// What a display item is of.
 enum class ViewContent : std::uint8_t { fill, text, image, video };
 
 /// The names under which the two players of clips are listed.
 inline constexpr const char* kClipA = "playerViewA";
 inline constexpr const char* kClipB = "playerViewB";
 
+/// One thing to draw, over those before it.
 struct DisplayItem {
   ViewContent content = ViewContent::fill;
   /// In the container's coordinates.
@@ -39,6 +41,7 @@ struct DisplayItem {
   friend bool operator==(const DisplayItem&, const DisplayItem&) = default;
 };
 
+/// All that is to be seen, from bottom to top.
 using DisplayList = std::vector<DisplayItem>;
 
 /// Hears of a light. It is called in the middle of what the show does and must not destroy the

@@ -56,6 +56,7 @@ inline constexpr double kDotCornerRadius = 4;
 inline constexpr Colour kDotAmber{1.0F, 0.624F, 0.102F, 1};
 inline constexpr Colour kDotGreen{0.129F, 0.773F, 0.365F, 1};
 
+/// The sign that something is under way.
 struct LoadingIndicator {
   bool isAnimating = false;
   /// Like the dot's.
@@ -67,6 +68,7 @@ inline constexpr double kLoadingIndicatorSize = 20;
 /// Of the dot and the loading indicator from the text that they stand beside.
 inline constexpr double kSummaryGap = 6;
 
+/// The line about the seat, with its dot.
 struct SeatSelectionSummaryRow {
   bool hidden = false;
   StatusText seatSelectionSummaryLabel;
@@ -131,6 +133,7 @@ struct StatusPanelFields {
 /// A scroll view of the host that the panel lies in, as a face shows it.
 class ScrollView {
  public:
+  /// What of its scrolling can be switched off.
   struct Flags {
     bool isScrollEnabled = true;
     bool bounces = true;

@@ -12,6 +12,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// How often the light may flash.
 enum class FlashPolicy : std::uint8_t {
   /// All that is sent is shown.
   exact,

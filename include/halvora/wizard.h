@@ -20,6 +20,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// A place, from the upper left corner.
 struct Point {
   double x = 0;
   double y = 0;
@@ -38,6 +39,7 @@ struct PickerView {
   Label filter;
 };
 
+/// The dot that says where the user stands.
 struct StandingDotView {
   bool hidden = true;
   /// In the drag area.
@@ -48,6 +50,7 @@ struct StandingDotView {
   Border border;
 };
 
+/// All that is to be seen of the wizard.
 struct SeatSelectorViews {
   Colour background = kBlack;
   Button closeButton;

@@ -9,6 +9,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// Is told what happens to the application, on the main thread.
 class ApplicationObserver {
  public:
   virtual ~ApplicationObserver() = default;
@@ -20,6 +21,7 @@ class ApplicationObserver {
   virtual void presentedScreensDismissed() {}
 };
 
+/// The host application: who watches it, and what a show changes of it.
 class Application : public Need {
  public:
   virtual void addObserver(ApplicationObserver& observer) = 0;

@@ -23,6 +23,7 @@ enum class BluetoothAuthorization : std::uint8_t {
   allowedAlways = 3,
 };
 
+/// What the radio is able to do.
 enum class CentralState : std::uint8_t {
   unknown = 0,
   resetting = 1,
@@ -43,11 +44,13 @@ struct Advertisement {
   std::optional<std::span<const std::uint8_t>> manufacturerData;
 };
 
+/// How to listen.
 struct ScanOptions {
   bool allowDuplicates = false;
   friend bool operator==(const ScanOptions&, const ScanOptions&) = default;
 };
 
+/// Is told of the radio by its manager, in a turn of its own each time.
 class CentralManagerDelegate {
  public:
   virtual ~CentralManagerDelegate() = default;
@@ -72,6 +75,7 @@ class CentralManager : public Need {
   }
 };
 
+/// A phone's radio, as far as listening goes.
 class BluetoothCentral : public Need {
  public:
   virtual BluetoothAuthorization authorization() const = 0;

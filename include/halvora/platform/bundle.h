@@ -28,6 +28,7 @@ class Bundle : public Need {
   virtual std::string localizedString(std::string_view key) const = 0;
 };
 
+/// The host's resources, the kit's own, and where the phone keeps what it makes.
 struct Bundles {
   Bundle& main;
   Bundle& kit;

@@ -14,6 +14,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// What a descriptor may be ready for.
 enum class DescriptorEvents : std::uint8_t { none = 0, readable = 1, writable = 2, both = 3 };
 
 constexpr bool includes(DescriptorEvents events, DescriptorEvents one) {

@@ -16,6 +16,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// What a file system says of something in it.
 struct FileAttributes {
   bool isFolder = false;
   /// Bytes.

@@ -10,11 +10,13 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// How strong a tap is.
 enum class ImpactStyle : std::uint8_t { light, heavy };
 
 /// The system sound that vibrates the phone.
 inline constexpr std::uint32_t kVibrationSound = 1352;
 
+/// What of a phone can be felt.
 class Haptics : public Need {
  public:
   /// Prepares a generator of the style and fires it once.

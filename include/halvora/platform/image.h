@@ -31,6 +31,7 @@ struct ImageRow {
   std::vector<std::uint8_t> rgba;
 };
 
+/// Decodes whole pictures, or a row of one.
 class ImageDecoder : public Need {
  public:
   /// A picture that claims more pixels is refused before any of them is decoded.

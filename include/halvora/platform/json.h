@@ -21,6 +21,7 @@ inline namespace HALVORA_PUBLIC v0 {
 
 struct JsonMember;
 
+/// A value of a document, with all that is in it.
 class JsonValue {
  public:
   using Array = std::vector<JsonValue>;
@@ -52,11 +53,13 @@ class JsonValue {
   std::variant<std::monostate, bool, std::int64_t, double, std::string, Array, Object> value_;
 };
 
+/// A member of an object.
 struct JsonMember {
   std::string name;
   JsonValue value;
 };
 
+/// What begins and ends in a document.
 enum class JsonContainer : std::uint8_t { object, array };
 
 /// A value that holds no others. It lives as long as the call that hands it over.
@@ -93,6 +96,7 @@ class JsonEvents {
   virtual void scalar(std::string_view name, const JsonScalar& value) = 0;
 };
 
+/// Reads documents: as a value, or event by event.
 class JsonReader : public Need {
  public:
   /// One whole document, or nothing when it is malformed. UTF-8, UTF-16 or UTF-32, with or without

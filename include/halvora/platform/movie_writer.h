@@ -14,6 +14,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// How a movie is to be written.
 struct MovieFormat {
   /// Both even, at least 2.
   int width = 0;
@@ -31,6 +32,7 @@ class MovieWriter : public Need {
   virtual bool finish() = 0;
 };
 
+/// Begins movies.
 class MovieWriters : public Need {
  public:
   /// Null where the file cannot be made, or there is no encoder.

@@ -15,6 +15,7 @@ struct Size {
   friend bool operator==(const Size&, const Size&) = default;
 };
 
+/// A part of the screen, by its upper left corner and its size.
 struct Rect {
   double x = 0;
   double y = 0;
@@ -23,6 +24,7 @@ struct Rect {
   friend bool operator==(const Rect&, const Rect&) = default;
 };
 
+/// What a show asks and changes of the screen.
 class Screen : public Need {
  public:
   virtual Size bounds() const = 0;

@@ -15,6 +15,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// Does its tasks one after the other, in the order in which they came.
 class SerialQueue : public Need {
  public:
   virtual const std::string& label() const = 0;

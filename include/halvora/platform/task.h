@@ -19,6 +19,7 @@ inline namespace HALVORA_PUBLIC v0 {
 template <class Signature>
 class Callable;
 
+/// What can be called, with its captures inside of it: making and moving one allocates nothing.
 template <class Result, class... Arguments>
 class Callable<Result(Arguments...)> {
  public:
@@ -93,6 +94,7 @@ class Callable<Result(Arguments...)> {
   alignas(kAlignment) std::byte storage_[kCapacity];
 };
 
+/// Something to be done once, or by a repeating timer each time.
 using Task = Callable<void()>;
 
 }  // namespace v0

@@ -13,6 +13,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// A span of time, or a time of the run loop since its beginning.
 using Duration = std::chrono::microseconds;
 
 constexpr Duration milliseconds(long long value) { return std::chrono::milliseconds(value); }

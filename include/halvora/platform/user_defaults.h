@@ -21,9 +21,12 @@ inline namespace HALVORA_PUBLIC v0 {
 
 struct DefaultsMember;
 struct DefaultsValue;
+/// Values in an order.
 using DefaultsArray = std::vector<DefaultsValue>;
+/// Values by key, in the order in which they came.
 using DefaultsDictionary = std::vector<DefaultsMember>;
 
+/// One value of any of the kinds that last.
 struct DefaultsValue {
   using Storage = std::variant<bool, std::int64_t, double, std::string, Date, DefaultsArray,
                                DefaultsDictionary>;
@@ -45,6 +48,7 @@ struct DefaultsValue {
   static Storage copyOf(const Storage& other);
 };
 
+/// A key and its value.
 struct DefaultsMember {
   std::string key;
   DefaultsValue value;
@@ -72,6 +76,7 @@ inline bool operator==(const DefaultsValue& left, const DefaultsValue& right) {
   return left.storage == right.storage;
 }
 
+/// The values of one application, by key.
 class UserDefaults : public Need {
  public:
   /// Null for a key that is not set. The value lives until the next write.

@@ -53,6 +53,7 @@ class VideoFrame : public Need {
                       std::span<std::uint32_t> words) const = 0;
 };
 
+/// Goes through frames, one after the other.
 class FrameReader : public Need {
  public:
   /// The next frame as the decoder gives them out; null at the end, and where the file cannot be
@@ -65,6 +66,7 @@ class FrameReader : public Need {
   virtual bool hasLostPictures() const = 0;
 };
 
+/// Makes single pictures of a video, by time.
 class FrameGenerator : public Need {
  public:
   /// The whole picture on show at that time, turned as the track asks for; none where there is
@@ -72,6 +74,7 @@ class FrameGenerator : public Need {
   virtual std::optional<Image> imageAt(MediaTime time) = 0;
 };
 
+/// One video file that could be opened.
 class VideoAsset : public Need {
  public:
   /// Of the whole file, its sound included; may be anything, as a file may claim anything.
@@ -85,6 +88,7 @@ class VideoAsset : public Need {
   virtual std::unique_ptr<FrameGenerator> generator() const = 0;
 };
 
+/// Opens video files.
 class VideoAssets : public Need {
  public:
   /// Null where there is no file, no video in it, or one that no safe amount of memory can hold.

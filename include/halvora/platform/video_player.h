@@ -20,6 +20,7 @@ struct VideoItem {
   std::string path;
 };
 
+/// One player of clips.
 class VideoPlayer : public Need {
  public:
   /// Drops what was loaded and loads this clip, to loop without end once it plays.
@@ -37,6 +38,7 @@ class VideoPlayer : public Need {
   virtual void seek(Duration position, Task completion) = 0;
 };
 
+/// The two players between which clips change.
 struct VideoPlayers {
   VideoPlayer& a;
   VideoPlayer& b;

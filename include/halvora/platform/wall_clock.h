@@ -10,6 +10,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// A day as people name it: months and days count from 1.
 struct DayComponents {
   int year = 0;
   int month = 0;
@@ -17,11 +18,13 @@ struct DayComponents {
   friend bool operator==(const DayComponents&, const DayComponents&) = default;
 };
 
+/// What date it is.
 class WallClock : public Need {
  public:
   virtual Date now() const = 0;
 };
 
+/// Which day a date is for the user.
 class Calendar : public Need {
  public:
   virtual DayComponents componentsOf(Date date) const = 0;

@@ -13,6 +13,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// What became of a row of tasks.
 enum class WorkEnd : std::uint8_t {
   done,
   /// There were no threads, or no memory for them: no task has begun.
