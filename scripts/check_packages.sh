@@ -14,6 +14,7 @@ compgen -G 'build/packages/*.deb' >/dev/null || {
 rm -rf "$root/halvora"
 mkdir -p "$root/halvora"
 cp build/packages/*.deb "$root/halvora"
+rm -f "$root"/halvora/*-dbgsym_*.deb
 cat >"$root/halvora/use.sh" <<'END'
 set -euo pipefail
 cd /halvora
