@@ -25,11 +25,16 @@ import pathlib
 import subprocess
 import sys
 import zlib
+from dataclasses import dataclass
 
 from demo_hall import COLUMNS, HEIGHT, MARGIN, ROWS, WIDTH, blocks, hall, map_text, spot
 from demo_light import FRAMES, MAPS, RATE, flashes, luminance
-from make_example_show import DEVICE, STAGE_TRANSMITTER, VENUE_ID, Cue, state
+from make_example_show import DEVICE
 from make_gobos import png_chunk
+
+APPLICATION_ID = 4242
+VENUE_ID = 7
+STAGE_TRANSMITTER = 1
 
 DEMO = pathlib.Path(__file__).resolve().parent.parent / "assets" / "demo"
 VENUE = DEMO / "HVAssets" / "Maps" / f"Venue-{VENUE_ID}"
@@ -181,11 +186,29 @@ def draw(file, map_id, seconds):
 
 SECTION, ROW, NUMBER = "209", "8", 10
 PRECOMPUTE_AT = 0.2
-HOUSE_LIGHT = Cue(1.5, "House light", 1, 0, "#FFB46B", master=120)
+
+
+@dataclass(frozen=True)
+class Cue:
+    at: float
+    light: str
+    mode: int = 1
+    master: int = 255
+
+
+def state(cue, master):
+    """The 23 bytes of a look that stand before its sequence number."""
+    return (
+        b"\x09\xC9" + APPLICATION_ID.to_bytes(2, "big") + bytes([0, VENUE_ID, 0, master])
+        + bytes.fromhex(cue.light[1:]) + bytes([cue.mode]) + bytes(11)
+    )
+
+
+HOUSE_LIGHT = Cue(1.5, "#FFB46B", master=120)
 FIRST_FRAME_AT = 3
 CUTS = ((1, 1, 210), (1, 440, 150), (2, 1, 180), (2, 440, 150), (3, 1, 240))  # map, frame, frames
-THANKS = Cue(0, "Thanks", 1, 0, "#FFE0B0")
-OFF = Cue(0, "Off", 0, 0, "#000000")
+THANKS = Cue(0, "#FFE0B0")
+OFF = Cue(0, "#000000", mode=0)
 STEADY = 2  # seconds of a look that is not a pixel map
 
 
@@ -195,7 +218,7 @@ def looks():
     shown = 0
     for map_id, first, count in CUTS:
         for frame in range(first, first + count):
-            look = bytearray(state(Cue(0, "Frame", 1, 0, "#000000"), 255))
+            look = bytearray(state(Cue(0, "#000000"), 255))
             look[6] = map_id
             look[16:18] = frame.to_bytes(2, "little")
             yield FIRST_FRAME_AT + shown / RATE, bytes(look), 0

@@ -18,6 +18,7 @@
 #include "apps/halvora/show_input.h"
 #include "venue/base/input_file.h"
 #include "venue/base/packed_bytes.h"
+#include "venue/base/progress_bar.h"
 #include "venue/crowd/crowd_merge.h"
 #include "venue/crowd/crowd_run.h"
 #include "venue/show/scenario_file.h"
@@ -51,8 +52,12 @@ class CrowdCommand final : public ToolCommand {
     options.optional("--show", showFile_,
                      "the show as YAML, in place of a scenario: the report then says of each cue "
                      "when half, 95 % and 99 % of the phones followed, by section");
-    options.required("--out", out_,
-                     "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures");
+    options.optional("--out", out_,
+                     "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures; "
+                     "without it nothing is simulated, for --coverage alone");
+    options.optional("--coverage", coverage_,
+                     "a picture (PNG) of how well each seat could hear the show, with --air, "
+                     "--dead, --reach and --loss");
     options.optional("--phones", phones_, "so many phones, spread over the seats (default: all)");
     options.optional("--loss", loss_, "share of packets that a phone misses, 0 to 1 (default: 0)");
     options.optional("--jitter", jitter_, "a packet may come so many ms late (default: 0)");
@@ -62,6 +67,9 @@ class CrowdCommand final : public ToolCommand {
         "--reach", reaches_,
         "a transmitter's place and reach in the map's pixels, as NUMBER@X,Y,RADIUS; may "
         "be repeated (default: everywhere)");
+    options.optional("--zone", zones_,
+                     "a transmitter that is heard in that section only, as NUMBER=SECTION; may be "
+                     "repeated, for one transmitter too (default: everywhere)");
     options.optional("--dead", dead_,
                      "a transmitter that is off the air from a time on, as NUMBER@SECONDS; may be "
                      "repeated");
@@ -90,7 +98,9 @@ class CrowdCommand final : public ToolCommand {
     options.optional("--shard", shard_,
                      "simulate the I-th of N stretches of the phones, as I/N, and write what they "
                      "did to OUT.shard-I-of-N, for `halvora crowd merge`");
-    options.flag("--no-progress", isQuiet_, "show no progress");
+    options.flag("--no-progress", isQuiet_,
+                 "show no progress: a bar on a terminal, else a line on standard error every ten "
+                 "seconds");
     options.footer(
         "Prints a report as one JSON document. Everything in it but the speed is the same "
         "for the same\nseed, whatever the number of threads or shards. `halvora crowd merge` puts "
@@ -108,7 +118,11 @@ class CrowdCommand final : public ToolCommand {
     if (auto refusal = readPaths(request)) return *refusal;
     if (auto refusal = readShard(request)) return *refusal;
     Outside outside = call.outside;
-    if (isQuiet_) outside.terminal.write = {};
+    if (isQuiet_) {
+      outside.terminal.write = {};
+    } else if (!outside.terminal.write) {
+      outside.terminal = lineTerminal(outside);
+    }
     return runCrowd(request, {call.arguments, outside, call.output});
   }
 
@@ -211,6 +225,18 @@ class CrowdCommand final : public ToolCommand {
       dead.from = fromSeconds(from);
       air.dead.push_back(dead);
     }
+    for (const std::string& text : zones_) {
+      const std::size_t at = text.find('=');
+      TransmitterZone zone;
+      if (at == std::string::npos || at == 0 || at + 1 == text.size()) {
+        return refuse("--zone", "NUMBER=SECTION", text);
+      }
+      if (auto refusal = read("--zone", text.substr(0, at), 0, 255, zone.transmitter)) {
+        return refusal;
+      }
+      zone.section = text.substr(at + 1);
+      air.zones.push_back(std::move(zone));
+    }
     for (const std::string& text : reaches_) {
       const auto parts = split(text, "@,");
       if (parts.size() != 4) return refuse("--reach", "NUMBER@X,Y,RADIUS", text);
@@ -287,6 +313,7 @@ class CrowdCommand final : public ToolCommand {
     if (parts.size() != 2 || !number || !of || *number == 0 || *number > *of) {
       return refuse("--shard", "I/N, with I from 1 to N and N up to 512", shard_);
     }
+    if (out_.empty()) return unusable("--shard needs the --out that all shards have");
     request.shard = CrowdShard{*number, *of};
     const std::pair<const char*, const std::string*> facts[] = {
         {"--venue", &venue_},       {"--phones", &phones_},  {"--loss", &loss_},
@@ -296,8 +323,11 @@ class CrowdCommand final : public ToolCommand {
         {"--until", &until_}};
     for (const auto& [name, value] : facts) request.facts.push_back(name + (" " + *value));
     request.facts.push_back("--policy and --authentication " + air_.text());
-    const std::pair<const char*, const std::vector<std::string>*> lists[] = {
-        {"--reach", &reaches_}, {"--dead", &dead_}, {"--allow", &allowed_}, {"--rogue", &rogues_}};
+    const std::pair<const char*, const std::vector<std::string>*> lists[] = {{"--reach", &reaches_},
+                                                                             {"--zone", &zones_},
+                                                                             {"--dead", &dead_},
+                                                                             {"--allow", &allowed_},
+                                                                             {"--rogue", &rogues_}};
     for (const auto& [name, values] : lists) {
       std::string fact = name;
       for (const std::string& value : *values) fact += " " + value;
@@ -312,7 +342,14 @@ class CrowdCommand final : public ToolCommand {
       return unusable(assets_ + ": no such folder (--assets)");
     }
     request.assets = absolutePath(assets_);
-    request.out = absolutePath(out_);
+    if (out_.empty() && coverage_.empty()) {
+      return unusable("one of --out and --coverage says what is made");
+    }
+    if (!out_.empty()) request.out = absolutePath(out_);
+    if (!coverage_.empty()) request.coverage = absolutePath(coverage_);
+    if (!out_.empty() && request.out == request.coverage) {
+      return unusable("--coverage and --out name one file");
+    }
     request.allowedTransmitterIds = allowed_;
     return std::nullopt;
   }
@@ -324,11 +361,13 @@ class CrowdCommand final : public ToolCommand {
   std::vector<std::string> dead_;
   std::string controller_;
   std::string out_;
+  std::string coverage_;
   std::string phones_;
   std::string loss_;
   std::string jitter_;
   std::string interval_;
   std::vector<std::string> reaches_;
+  std::vector<std::string> zones_;
   std::string late_;
   std::string leave_;
   std::vector<std::string> allowed_;
@@ -351,6 +390,9 @@ class CrowdMergeCommand final : public ToolCommand {
     options.required("--out", request_.out,
                      "a movie (NAME.mp4), a contact sheet (NAME.png) or a folder of pictures, as "
                      "the shards had it");
+    options.optional("--coverage", request_.coverage,
+                     "a picture (PNG) of how well each seat could hear the show, where the shards "
+                     "had it");
     options.flag("--no-progress", isQuiet_, "show no progress");
     options.footer(
         "Prints the report that one run of all phones would have printed, and makes the same "
@@ -360,8 +402,13 @@ class CrowdMergeCommand final : public ToolCommand {
 
   CommandResult run(const Call& call) override {
     request_.out = absolutePath(request_.out);
+    if (!request_.coverage.empty()) request_.coverage = absolutePath(request_.coverage);
     Outside outside = call.outside;
-    if (isQuiet_) outside.terminal.write = {};
+    if (isQuiet_) {
+      outside.terminal.write = {};
+    } else if (!outside.terminal.write) {
+      outside.terminal = lineTerminal(outside);
+    }
     return mergeCrowd(request_, {call.arguments, outside, call.output});
   }
 

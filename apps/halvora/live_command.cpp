@@ -47,7 +47,9 @@ class LiveCommand final : public ToolCommand {
     input_.describeAssets(options);
     options.required("--air", airs_,
                      "where packets go: a Bluetooth adapter, as hci0, or stdout, a line of JSON "
-                     "each; several are one transmitter each, with numbers counting up");
+                     "each; several are one transmitter each, with numbers counting up. With "
+                     "=NUMBER behind each, as hci1=2, they are zones of the hall: each sends the "
+                     "cues of that transmitter alone");
     options.optional("--control", control_, "- takes commands from standard input, a line each");
     options.optional("--osc", osc_,
                      "UDP port that takes commands by OSC: /halvora/go, /halvora/goto with a text, "
@@ -128,6 +130,7 @@ class LiveCommand final : public ToolCommand {
     if (journal_ && isWithoutJournal_) {
       return unusable("--journal and --no-journal exclude each other");
     }
+    if (auto refusal = readZones()) return refusal;
     for (std::size_t at = 0; at < airs_.size(); ++at) {
       if (airs_[at].empty()) return unusable("--air must name an adapter, or be stdout");
       const auto before = airs_.begin() + static_cast<std::ptrdiff_t>(at);
@@ -138,8 +141,41 @@ class LiveCommand final : public ToolCommand {
     return std::nullopt;
   }
 
+  // Takes the numbers off the names of the airs.
+  std::optional<CommandResult> readZones() {
+    for (std::string& air : airs_) {
+      const std::size_t at = air.find('=');
+      if (at == std::string::npos) continue;
+      const auto zone = decimal(air.substr(at + 1), kVenueWideTransmitter - 1);
+      if (!zone) {
+        return unusable("--air " + air +
+                        ": a zone is a transmitter's number, 0 to 254, as in hci1=2");
+      }
+      zones_.push_back(static_cast<std::uint8_t>(*zone));
+      air.erase(at);
+    }
+    if (zones_.empty() || zones_.size() == airs_.size()) return std::nullopt;
+    return unusable("--air: either all airs are of a zone, as hci1=2, or none");
+  }
+
+  // Nobody would send a cue of a zone that has no air.
+  std::optional<CommandResult> checkZones() const {
+    for (const Cue& cue : input_.show().cues) {
+      const int number = cue.look.packet.transmitter;
+      if (number == kVenueWideTransmitter || std::ranges::count(zones_, number) > 0) continue;
+      return unusable(input_.file() + ": cue \"" + cue.name + "\" is of transmitter " +
+                      std::to_string(number) + ", and no --air is of that zone");
+    }
+    return std::nullopt;
+  }
+
+  std::optional<std::uint8_t> zoneOf(std::size_t air) const {
+    return zones_.empty() ? std::nullopt : std::optional(zones_[air]);
+  }
+
   // Every transmitter of the show needs a number of its own.
   std::optional<CommandResult> checkNumbers() const {
+    if (!zones_.empty()) return checkZones();
     if (airs_.size() == 1) return std::nullopt;
     const CueList& show = input_.show();
     const auto lacksNumbers = [this](int number) {
@@ -293,14 +329,15 @@ class LiveCommand final : public ToolCommand {
     session_ = &session;
     LineAir lines(ground.loop(), call.output);
     std::vector<std::unique_ptr<RadioAir>> radios;
-    for (const std::string& air : airs_) {
+    for (std::size_t at = 0; at < airs_.size(); ++at) {
+      const std::string& air = airs_[at];
       if (air == kLines) {
-        session.add(lines);
+        session.add(lines, zoneOf(at));
         continue;
       }
       if (!ground.makeAdvertiser()) return failed("this halvora was built without Bluetooth");
       radios.push_back(openAdapter(air, ground, report.say));
-      session.add(*radios.back());
+      session.add(*radios.back(), zoneOf(at));
     }
     const auto isBusy = [&] {
       return std::ranges::any_of(radios, [](const auto& radio) { return radio->isBusy(); });
@@ -336,6 +373,8 @@ class LiveCommand final : public ToolCommand {
   ShowInput input_;
   std::vector<std::string> words_;
   std::vector<std::string> airs_;
+  /// One an air, or none.
+  std::vector<std::uint8_t> zones_;
   std::optional<std::string> control_;
   std::optional<std::string> ola_;
   unsigned universe_ = 0;

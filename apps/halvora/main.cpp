@@ -53,9 +53,9 @@ int main(int argumentCount, char** arguments) {
 #else
   outside.openLive = [] { return halvora::openSystemGround({}); };
 #endif
+  outside.terminal.now = [&watch] { return watch.elapsed(); };
   if (isatty(STDERR_FILENO) != 0) {
-    outside.terminal = {[](std::string_view text) { writeTo(stderr, text); },
-                        [&watch] { return watch.elapsed(); }};
+    outside.terminal.write = [](std::string_view text) { writeTo(stderr, text); };
   }
   outside.messages = [](std::string_view lines) {
     writeTo(stderr, lines);

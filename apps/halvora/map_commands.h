@@ -12,6 +12,8 @@ namespace halvora {
 std::unique_ptr<ToolCommand> makeMapCheckCommand();
 std::unique_ptr<ToolCommand> makeMapDrawCommand();
 std::unique_ptr<ToolCommand> makeMapDumpCommand();
+std::unique_ptr<ToolCommand> makeMapFitCommand();
 std::unique_ptr<ToolCommand> makeMapImportCommand();
+std::unique_ptr<ToolCommand> makeMapTemplateCommand();
 
 }  // namespace halvora

@@ -23,17 +23,6 @@ namespace halvora {
 
 namespace {
 
-std::string listOf(const std::vector<std::string>& texts) {
-  JsonBuffer buffer;
-  JsonWriter writer(buffer);
-  writer.StartArray();
-  for (const std::string& text : texts) {
-    writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-  }
-  writer.EndArray();
-  return {buffer.GetString(), buffer.GetSize()};
-}
-
 class ImportCommand final : public ToolCommand {
  public:
   void describe(CommandOptions& options) override {
@@ -133,8 +122,8 @@ class ImportCommand final : public ToolCommand {
     line.begin().add("seats", count(list.seats.size()));
     line.add("width", std::int64_t{places.width}).add("height", std::int64_t{places.height});
     line.add("moved", count(places.moved));
-    line.addRaw("dropped", listOf(list.dropped)).addRaw("doubled", listOf(list.doubled));
-    line.addRaw("missing", listOf(missing));
+    line.addRaw("dropped", listText(list.dropped)).addRaw("doubled", listText(list.doubled));
+    line.addRaw("missing", listText(missing));
     return std::string(line.end());
   }
 

@@ -10,8 +10,8 @@
 
 namespace halvora {
 
-void MapInput::describe(CommandOptions& options) {
-  options.required("FILE", file_, "the venue's seat map document");
+void MapInput::describe(CommandOptions& options, const char* name) {
+  options.required(name, file_, "the venue's seat map document");
   options.optional("--strings", stringsFile_,
                    "texts for names that the document lacks, a flat JSON object");
 }

@@ -13,10 +13,10 @@
 
 namespace halvora {
 
-/// FILE and `--strings FILE`.
+/// FILE, or what the command calls it, and `--strings FILE`.
 class MapInput {
  public:
-  void describe(CommandOptions& options);
+  void describe(CommandOptions& options, const char* name = "FILE");
   /// Reads both files; a refusal where one cannot be used.
   std::optional<CommandResult> read(const JsonReader& json, const std::atomic<bool>& isInterrupted);
 

@@ -24,17 +24,6 @@ CommandResult tooLong(const std::string& file) {
                   " packets; a lower rate of its maps, or a shorter show, has fewer");
 }
 
-std::string listOf(const std::vector<std::string>& texts) {
-  JsonBuffer buffer;
-  JsonWriter writer(buffer);
-  writer.StartArray();
-  for (const std::string& text : texts) {
-    writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-  }
-  writer.EndArray();
-  return {buffer.GetString(), buffer.GetSize()};
-}
-
 class ShowCheckCommand final : public ToolCommand {
  public:
   void describe(CommandOptions& options) override {
@@ -55,7 +44,7 @@ class ShowCheckCommand final : public ToolCommand {
     line.begin().add("cues", static_cast<std::int64_t>(show.cues.size()));
     line.addLevel("seconds", toSeconds(count.length));
     line.add("packets", static_cast<std::int64_t>(count.packets));
-    line.addRaw("warnings", listOf(warningsOf(show, input_.mapFrames())));
+    line.addRaw("warnings", listText(warningsOf(show, input_.mapFrames())));
     line.add("transmissions", static_cast<std::int64_t>(count.transmissions));
     return writeAll(line.end(), call.output);
   }

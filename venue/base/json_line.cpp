@@ -45,6 +45,17 @@ std::string levelText(double level) {
   return text;
 }
 
+std::string listText(const std::vector<std::string>& texts) {
+  JsonBuffer buffer;
+  JsonWriter writer(buffer);
+  writer.StartArray();
+  for (const std::string& text : texts) {
+    writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  }
+  writer.EndArray();
+  return {buffer.GetString(), buffer.GetSize()};
+}
+
 std::string colourText(const MaybeColour& colour) {
   if (!colour) return "null";
   std::string text = "[";

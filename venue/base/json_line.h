@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "halvora/colour.h"
 #include "halvora/platform/user_defaults.h"
@@ -16,6 +17,8 @@ namespace halvora {
 
 /// A level as text: rounded to 4 decimals, no trailing zeros.
 std::string levelText(double level);
+/// Texts as a list in JSON.
+std::string listText(const std::vector<std::string>& texts);
 /// A colour as "[r,g,b,a]", none as "null".
 std::string colourText(const MaybeColour& colour);
 

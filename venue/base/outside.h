@@ -42,8 +42,10 @@ using PictureEncoder = std::string (*)(const Image& image);
 struct Terminal {
   /// Absent where nobody looks.
   std::function<void(std::string_view)> write = {};
-  /// A clock that only goes forward; there where `write` is.
+  /// A clock that only goes forward; there where `write` is, and maybe where it is not.
   std::function<Duration()> now = {};
+  /// What is written stays, a line each: a file, or the log of a job.
+  bool isLog = false;
 };
 
 /// What a command needs from outside; outlives it.

@@ -24,11 +24,11 @@ ProgressBar::ProgressBar(const Terminal& terminal, std::string_view verb, std::s
     : terminal_(terminal), verb_(verb), unit_(unit), total_(total) {
   if (!terminal_.write) return;
   begin_ = terminal_.now();
-  nextTime_ = begin_ + kPause;
+  nextTime_ = begin_ + pause();
 }
 
 ProgressBar::~ProgressBar() {
-  if (shown_ > 0) terminal_.write(kWipe);
+  if (shown_ > 0 && !terminal_.isLog) terminal_.write(kWipe);
 }
 
 void ProgressBar::show(std::uint64_t done) {
@@ -38,9 +38,10 @@ void ProgressBar::show(std::uint64_t done) {
   if (!lock.owns_lock() || done <= shown_) return;
   const Duration now = terminal_.now();
   if (now < nextTime_) return;
-  nextTime_ = now + kPause;
+  nextTime_ = now + pause();
   shown_ = done;
-  terminal_.write(std::string(kWipe) + text(done, now - begin_));
+  const std::string line = text(done, now - begin_);
+  terminal_.write(terminal_.isLog ? line + "\n" : std::string(kWipe) + line);
 }
 
 std::string ProgressBar::text(std::uint64_t done, Duration elapsed) const {
@@ -52,6 +53,14 @@ std::string ProgressBar::text(std::uint64_t done, Duration elapsed) const {
   return verb_ + " [" + std::string(filled, '#') + std::string(kBarWidth - filled, ' ') + "] " +
          std::to_string(done) + " of " + std::to_string(total_) + " " + unit_ + ", " + paceText +
          ", " + clockText(static_cast<double>(total_ - done) / pace) + " left";
+}
+
+Terminal lineTerminal(const Outside& outside) {
+  if (!outside.messages || !outside.terminal.now) return {};
+  return {[messages = outside.messages](std::string_view line) {
+            messages("halvora: " + std::string(line));
+          },
+          outside.terminal.now, true};
 }
 
 }  // namespace halvora

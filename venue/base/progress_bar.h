@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // One line on the terminal that says how far something is, how fast it goes and how long it will
 // take. Written at most ten times a second and wiped in the end; what is over sooner shows nothing.
+// In a log, a line every ten seconds.
 // Looks at a terminal that outlives it. Any thread.
 #pragma once
 
@@ -16,6 +17,8 @@ namespace halvora {
 class ProgressBar {
  public:
   static constexpr Duration kPause = milliseconds(100);
+  /// Between the lines of a log.
+  static constexpr Duration kLogPause = milliseconds(10'000);
 
   /// `verb` and `unit` as in "reading … 3 of 9 frames".
   ProgressBar(const Terminal& terminal, std::string_view verb, std::string_view unit,
@@ -29,6 +32,7 @@ class ProgressBar {
 
  private:
   std::string text(std::uint64_t done, Duration elapsed) const;
+  Duration pause() const { return terminal_.isLog ? kLogPause : kPause; }
 
   const Terminal& terminal_;
   std::string verb_;
@@ -39,5 +43,9 @@ class ProgressBar {
   Duration nextTime_{};
   std::uint64_t shown_ = 0;
 };
+
+/// A log of a command's progress on standard error, for work that has no terminal; nothing where
+/// nobody reads or there is no clock.
+Terminal lineTerminal(const Outside& outside);
 
 }  // namespace halvora

@@ -49,6 +49,9 @@ std::optional<Air> Air::of(const Scenario& scenario, const AirSettings& settings
   if (!air.expand(scenario, end)) return std::nullopt;
   if (settings.controller > Duration::zero() && !air.sendAsControllersDo(end)) return std::nullopt;
   if (settings.interval > Duration::zero() && !air.addRepeats(end)) return std::nullopt;
+  for (const Sent& sent : air.sent_) {
+    if (air.packets_[sent.packet].broadcast) air.showTimes_.push_back(sent.time);
+  }
   air.silenceTheDead();
   air.countLooks();
   return air;
@@ -170,9 +173,21 @@ bool Air::isInReach(const AirPacket& packet, SeatPosition seat) const {
   return x * x + y * y <= reach->radius * reach->radius;
 }
 
-std::optional<Duration> Air::arrival(std::size_t sent, std::uint32_t phone,
-                                     SeatPosition seat) const {
+bool Air::isInZone(const AirPacket& packet, std::string_view section) const {
+  if (!packet.broadcast) return true;
+  bool isAnywhere = true;
+  for (const TransmitterZone& zone : settings_.zones) {
+    if (zone.transmitter != packet.broadcast->transmitter) continue;
+    if (zone.section == section) return true;
+    isAnywhere = false;
+  }
+  return isAnywhere;
+}
+
+std::optional<Duration> Air::arrival(std::size_t sent, std::uint32_t phone, SeatPosition seat,
+                                     std::string_view section) const {
   const Sent& one = sent_[sent];
+  if (!settings_.zones.empty() && !isInZone(packets_[one.packet], section)) return std::nullopt;
   if (!settings_.reaches.empty() && !isInReach(packets_[one.packet], seat)) return std::nullopt;
   if (settings_.loss <= 0 && settings_.jitter <= Duration::zero()) return one.time;
   const std::uint64_t chance = mixed(settings_.seed, phone, sent);

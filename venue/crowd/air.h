@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/broadcast.h"
@@ -25,6 +27,12 @@ struct TransmitterReach {
   double radius = 0;
 };
 
+/// A transmitter that is heard in some sections only; one that is not listed is heard in all.
+struct TransmitterZone {
+  std::uint16_t transmitter = 0;
+  std::string section;
+};
+
 /// A transmitter that is off the air from a time on.
 struct DeadTransmitter {
   std::uint16_t transmitter = 0;
@@ -39,6 +47,7 @@ struct AirSettings {
   /// A transmitter sends its last packet again and again, so far apart; zero for never.
   Duration interval{};
   std::vector<TransmitterReach> reaches = {};
+  std::vector<TransmitterZone> zones = {};
   std::vector<DeadTransmitter> dead = {};
   /// What controllers send: each transmitter its newest packet, so far apart, from its first one to
   /// the end; what is replaced in between is never on the air. Zero: all that the show sends.
@@ -78,10 +87,13 @@ class Air {
   const AirPacket& packet(const Sent& sent) const { return packets_[sent.packet]; }
   /// When each look came on the air.
   std::span<const Duration> looks() const { return looks_; }
+  /// When the show's packets are sent while no transmitter is dead, in order.
+  std::span<const Duration> showTimes() const { return showTimes_; }
   Duration jitter() const { return settings_.jitter; }
 
   /// When a phone hears what was sent, if it does.
-  std::optional<Duration> arrival(std::size_t sent, std::uint32_t phone, SeatPosition seat) const;
+  std::optional<Duration> arrival(std::size_t sent, std::uint32_t phone, SeatPosition seat,
+                                  std::string_view section = {}) const;
 
  private:
   explicit Air(AirSettings settings) : settings_(std::move(settings)) {}
@@ -92,11 +104,13 @@ class Air {
   void silenceTheDead();
   void countLooks();
   bool isInReach(const AirPacket& packet, SeatPosition seat) const;
+  bool isInZone(const AirPacket& packet, std::string_view section) const;
 
   AirSettings settings_;
   std::vector<AirPacket> packets_;
   std::vector<Sent> sent_;
   std::vector<Duration> looks_;
+  std::vector<Duration> showTimes_;
 };
 
 /// Whether a packet with that chance, one of all 64-bit numbers, is among the share that is lost.

@@ -376,7 +376,8 @@ void Crowd::collectMomentsOf(const Plan& plan, std::size_t phone, Chunk& chunk) 
     const Sent& sent = parts_.air.sent()[at];
     const bool isOffered = presence.isOpen(sent.time);
     if (isOffered && isNow(sent.time) && isCounted(sent.time)) ++chunk.packets.offered;
-    const auto arrival = parts_.air.arrival(at, inVenue, member.phone.seat().at);
+    const auto arrival =
+        parts_.air.arrival(at, inVenue, member.phone.seat().at, member.phone.seat().section);
     if (!arrival || !isOffered || !isNow(*arrival)) continue;
     moments.push_back({*arrival, parts_.air.packet(sent).order, CrowdEvent::packet, number, at});
   }

@@ -21,6 +21,10 @@ namespace {
 using Failure = std::optional<CommandResult>;
 using Part = CrowdPartReader;
 
+std::optional<Duration> pauseOf(const CrowdPartHead& head) {
+  return head.coverage ? std::optional(head.coverage->pause) : std::nullopt;
+}
+
 class CrowdMerge {
  public:
   CrowdMerge(const CrowdMergeRequest& request, const Outside& outside)
@@ -61,6 +65,7 @@ class CrowdMerge {
   std::unique_ptr<CrowdOutput> output_;
   /// Of the slice's frames.
   std::vector<std::vector<CrowdLight>> lights_;
+  std::optional<Coverage> coverage_;
   CrowdEnd end_;
   std::string report_;
 };
@@ -90,7 +95,7 @@ Failure CrowdMerge::checkParts() {
         head.isForSheet == first.isForSheet && head.width == first.width &&
         head.height == first.height && head.end == first.end && head.from == first.from &&
         head.packetsSent == first.packetsSent && head.framesPerSecond == first.framesPerSecond &&
-        head.silences.empty() == first.silences.empty();
+        pauseOf(head) == pauseOf(first);
     if (!isSame) return doNotFit(*part);
   }
   for (std::uint64_t number = 1; number <= first.shard.of; ++number) {
@@ -102,6 +107,11 @@ Failure CrowdMerge::checkParts() {
   }
   for (const auto& part : parts_) {
     phones_.insert(phones_.end(), part->head().places.begin(), part->head().places.end());
+    if (!part->head().coverage) continue;
+    const Coverage& coverage = *part->head().coverage;
+    if (!coverage_) coverage_.emplace().pause = coverage.pause;
+    coverage_->silences.insert(coverage_->silences.end(), coverage.silences.begin(),
+                               coverage.silences.end());
   }
   if (phones_.empty()) return unusable(parts_.front()->path() + ": has no phones");
   sections_.emplace(phones_);
@@ -119,6 +129,9 @@ Failure CrowdMerge::checkParts() {
 }
 
 Failure CrowdMerge::openOutput() {
+  if (!request_.coverage.empty() && !coverage_) {
+    return unusable(request_.coverage + ": the shards were run without --coverage");
+  }
   if (request_.out.empty()) return std::nullopt;
   const CrowdOutputKind kind = crowdOutputKindOf(request_.out);
   if (kind == CrowdOutputKind::other) {
@@ -150,9 +163,12 @@ Failure CrowdMerge::show() {
   if (!addEnds())
     return unusable(parts_.front()->path() + ": its cues are not those of the others");
   if (output_ && !output_->finish()) return failed(request_.out + ": cannot be written");
-  report_ = record.summary().json(end_, {head().seats, head().packetsSent, record.framesWritten(),
-                                         head().end - head().from, head().rogues});
-  return std::nullopt;
+  report_ = record.summary().json(
+      end_, {head().seats, head().packetsSent, record.framesWritten(), head().end - head().from,
+             head().rogues, coverage_ ? &*coverage_ : nullptr});
+  if (request_.coverage.empty()) return std::nullopt;
+  return writeCoverageTo(request_.coverage, *coverage_, phones_, head().width, head().height,
+                         outside_);
 }
 
 // All parts have the same slices, of other phones.

@@ -15,6 +15,8 @@ struct CrowdMergeRequest {
   std::vector<std::string> parts;
   /// Absolute; empty for no pictures.
   std::string out;
+  /// Likewise.
+  std::string coverage;
 };
 
 CommandResult mergeCrowd(const CrowdMergeRequest& request, const Call& call);

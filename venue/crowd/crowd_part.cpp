@@ -201,8 +201,11 @@ bool CrowdPartWriter::begin(const CrowdPartHead& head) {
     to.signedNumber(head.places[at].at.y);
     to.number(sections_.of(at));
   }
-  to.number(head.silences.size());
-  for (const std::uint32_t silence : head.silences) to.number(silence);
+  to.byte(head.coverage ? 1 : 0);
+  if (head.coverage) {
+    writeTime(to, head.coverage->pause);
+    for (const std::uint32_t silence : head.coverage->silences) to.number(silence);
+  }
   return writeRecord(kHead);
 }
 
@@ -345,12 +348,16 @@ bool CrowdPartReader::readPlaces(PackedReader& reader) {
     const std::string& name = head_.sections[section];
     head_.places.push_back({seat, name, isStandingName(name)});
   }
-  head_.silences.resize(reader.count(1));
-  for (std::uint32_t& silence : head_.silences) silence = readWord(reader);
+  if (reader.byte() != 0) {
+    Coverage& coverage = head_.coverage.emplace();
+    coverage.pause = readTime(reader);
+    coverage.silences.resize(places);
+    for (std::uint32_t& silence : coverage.silences) silence = readWord(reader);
+  }
   tiles_ = SheetTiles(frameCountOf(head_.from, head_.end, head_.framesPerSecond));
   lights_.assign(places, {});
   field_.assign(head_.sections.size(), {});
-  return head_.silences.empty() || head_.silences.size() == places;
+  return reader.isGood();
 }
 
 CrowdPartReader::Next CrowdPartReader::next() {

@@ -8,12 +8,14 @@
 #include <cstdint>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "venue/base/packed_bytes.h"
 #include "venue/base/placed_file.h"
+#include "venue/crowd/coverage.h"
 #include "venue/crowd/crowd_output.h"
 #include "venue/crowd/crowd_shard.h"
 #include "venue/crowd/crowd_slice.h"
@@ -49,8 +51,8 @@ struct CrowdPartHead {
   std::vector<std::string> sections;
   /// Of this shard.
   std::vector<CrowdSeat> places;
-  /// For how long each seat heard nothing, in milliseconds; empty where nobody asked.
-  std::vector<std::uint32_t> silences;
+  /// None where nobody asked.
+  std::optional<Coverage> coverage;
 };
 
 class CrowdPartWriter final : public CrowdSink {

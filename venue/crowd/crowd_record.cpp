@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "venue/base/written_files.h"
+
 namespace halvora {
 
 std::int64_t frameCountOf(Duration from, Duration end, int framesPerSecond) {
@@ -34,6 +36,17 @@ bool CrowdRecord::add(const CrowdSlice& slice) {
       return false;
   }
   return true;
+}
+
+std::optional<CommandResult> writeCoverageTo(const std::string& path, const Coverage& coverage,
+                                             std::span<const CrowdSeat> seats, int width,
+                                             int height, const Outside& outside) {
+  const Image picture = drawCoverage(coverage, seats, width, height);
+  const std::string bytes =
+      outside.encodePicture != nullptr ? outside.encodePicture(picture) : std::string();
+  WrittenFiles files(outside.isInterrupted);
+  if (!bytes.empty() && files.replace(path, bytes)) return std::nullopt;
+  return outside.isInterrupted ? interrupted() : unusable(path + ": cannot be written");
 }
 
 }  // namespace halvora

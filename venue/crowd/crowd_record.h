@@ -40,4 +40,9 @@ class CrowdRecord final : public CrowdSink {
   std::size_t framesWritten_ = 0;
 };
 
+/// Draws it into a PNG, whole or not at all; or what to end with.
+std::optional<CommandResult> writeCoverageTo(const std::string& path, const Coverage& coverage,
+                                             std::span<const CrowdSeat> seats, int width,
+                                             int height, const Outside& outside);
+
 }  // namespace halvora

@@ -44,9 +44,11 @@ class CrowdRun {
         mainBundle_(request.assets, "com.example.host") {}
 
   CommandResult run(const Output& output) {
-    for (const auto step : {&CrowdRun::readVenue, &CrowdRun::fillAir, &CrowdRun::openOutput,
-                            &CrowdRun::buildTables, &CrowdRun::show, &CrowdRun::finish}) {
+    for (const auto step :
+         {&CrowdRun::readVenue, &CrowdRun::fillAir, &CrowdRun::cover, &CrowdRun::openOutput,
+          &CrowdRun::buildTables, &CrowdRun::show, &CrowdRun::finish}) {
       if (const Failure failure = (this->*step)()) return *failure;
+      if (step == &CrowdRun::cover && request_.out.empty()) break;
     }
     const CommandResult written = writeAll(report_, output);
     return outside_.isInterrupted ? interrupted() : written;
@@ -72,6 +74,7 @@ class CrowdRun {
  private:
   Failure readVenue();
   Failure fillAir();
+  Failure cover();
   Failure openOutput();
   Failure buildTables();
   Failure buildTable(const PixelMapVideoEntry& map);
@@ -108,6 +111,7 @@ class CrowdRun {
   std::optional<CrowdPartWriter> part_;
   /// When the simulation ended.
   Duration now_{};
+  std::optional<Coverage> coverage_;
   CrowdEnd end_;
   std::string report_;
 };
@@ -120,6 +124,12 @@ Failure CrowdRun::readVenue() {
                  request_.shard.value_or(CrowdShard{}));
   mapPrint_ = fingerprintOf(*document);
   if (venue_->seatCount() == 0) return unusable(request_.assets + "/" + path + ": has no seats");
+  for (const TransmitterZone& zone : request_.air.zones) {
+    const auto isThere = [&](const CrowdSeat& seat) { return seat.section == zone.section; };
+    if (std::ranges::any_of(venue_->seats(), isThere)) continue;
+    return unusable("--zone " + std::to_string(zone.transmitter) + "=" + zone.section +
+                    ": the venue has no such section with a phone");
+  }
   if (request_.phones <= venue_->seatCount()) return std::nullopt;
   return unusable("--phones " + std::to_string(request_.phones) + ": venue " +
                   std::to_string(request_.venueId) + " has only " +
@@ -143,6 +153,23 @@ Failure CrowdRun::fillAir() {
   air_ = Air::of(scenario_, request_.air, end);
   if (air_) return std::nullopt;
   return unusable("the scenario sends more than " + std::to_string(Air::kMostSent) + " packets");
+}
+
+Failure CrowdRun::cover() {
+  if (request_.coverage.empty()) return std::nullopt;
+  coverage_ = coverageOf(*air_, phones(), venue_->firstSimulated(), request_.settings.from,
+                         workers_, [this] { return !outside_.isInterrupted; });
+  if (outside_.isInterrupted) return interrupted();
+  if (request_.out.empty()) {
+    JsonBuffer buffer;
+    PrettyJsonWriter writer(buffer);
+    writer.SetIndent(' ', 2);
+    writeCoverage(writer, *coverage_);
+    report_ = std::string(buffer.GetString(), buffer.GetSize()) + "\n";
+  }
+  if (request_.shard) return std::nullopt;
+  return writeCoverageTo(request_.coverage, *coverage_, venue_->seats(), request_.width,
+                         request_.height, outside_);
 }
 
 Failure CrowdRun::openOutput() {
@@ -174,6 +201,7 @@ Failure CrowdRun::openPart() {
   head.packetsSent = air_->sent().size();
   head.isForSheet = crowdOutputKindOf(request_.out) == CrowdOutputKind::sheet;
   head.rogues = request_.rogues;
+  head.coverage = coverage_;
   head.places.assign(phones().begin(), phones().end());
   part_.emplace(crowdPartFile(request_.out, head.shard));
   if (part_->begin(head)) return std::nullopt;
@@ -289,8 +317,9 @@ Failure CrowdRun::finish() {
   if (!output_->finish()) return failed(request_.out + ": cannot be written");
   const Duration simulated =
       std::max(std::min(now_, request_.settings.end) - request_.settings.from, Duration::zero());
-  report_ = record_->summary().json(end_, {venue_->seatCount(), air_->sent().size(),
-                                           record_->framesWritten(), simulated, request_.rogues});
+  report_ = record_->summary().json(
+      end_, {venue_->seatCount(), air_->sent().size(), record_->framesWritten(), simulated,
+             request_.rogues, coverage_ ? &*coverage_ : nullptr});
   return std::nullopt;
 }
 

@@ -22,9 +22,11 @@
 namespace halvora {
 
 struct CrowdRequest {
-  /// Absolute paths.
+  /// Absolute paths; without `out` nothing is simulated.
   std::string assets;
   std::string out;
+  /// Where the picture of who could hear goes; empty for none.
+  std::string coverage = {};
   std::int64_t venueId = 0;
   Scenario scenario;
   /// Of the show that the scenario was compiled from, or none.

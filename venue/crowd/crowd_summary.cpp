@@ -248,6 +248,10 @@ std::string CrowdSummary::json(const CrowdEnd& end, const Facts& facts) const {
     writer.SetFormatOptions(rapidjson::kFormatDefault);
     writeCues(writer, end.cues);
   }
+  if (facts.coverage != nullptr) {
+    writer.Key("coverage");
+    writeCoverage(writer, *facts.coverage);
+  }
   const double spent = toSeconds(end.spent);
   addNumber(writer, "simulatedSecondsPerSecond",
             spent > 0 ? toSeconds(facts.simulated) / spent : 0);

@@ -12,6 +12,7 @@
 
 #include "halvora/platform/time.h"
 #include "venue/base/json_buffer.h"
+#include "venue/crowd/coverage.h"
 #include "venue/crowd/crowd_slice.h"
 #include "venue/crowd/rogues.h"
 
@@ -48,6 +49,8 @@ class CrowdSummary {
     Duration simulated{};
     /// Empty where nobody attacked.
     std::span<const Rogue> rogues = {};
+    /// Null where nobody asked.
+    const Coverage* coverage = nullptr;
   };
   std::string json(const CrowdEnd& end, const Facts& facts) const;
 

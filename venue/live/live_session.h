@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // A show while it is played: the player, what gives it commands, and the transmitters that its
-// packets go to, each with a number of its own and all with the same sequence numbers. Main thread.
+// packets go to, all with the same sequence numbers: each with a number of its own, or one to a
+// zone of the hall, which has what is for that zone. Main thread.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -31,8 +33,9 @@ class LiveSession {
   LiveSession(const CueList& show, MapFrames frames, RunLoop& loop, SequenceNumbers& numbers,
               PacketEncoder encode, LiveReport report);
 
-  /// Before the first command; it outlives the session.
-  void add(LiveAir& air) { airs_.push_back(&air); }
+  /// Before the first command; it outlives the session. With a zone it sends the cues of that
+  /// transmitter number, and those for the whole venue, under that number.
+  void add(LiveAir& air, std::optional<std::uint8_t> zone = {}) { airs_.push_back({&air, zone}); }
 
   /// One of a player's commands, or quit.
   void obey(std::string_view line);
@@ -44,13 +47,25 @@ class LiveSession {
   const ShowPlayer& player() const { return player_; }
 
  private:
+  struct Air {
+    LiveAir* air = nullptr;
+    std::optional<std::uint8_t> zone;
+    /// Of its zone: what it shows, or showed before all went black.
+    std::optional<Broadcast> look = {};
+  };
+
   void send(const Broadcast& packet, bool isRepeat);
+  void sendToZone(Air& air, const Broadcast& packet, bool isRepeat);
+  bool isMeantFor(const Air& air, const Broadcast& packet) const;
+  void giveZonesBack(const Broadcast& packet);
 
   RunLoop& loop_;
   SequenceNumbers& numbers_;
   PacketEncoder encode_;
   LiveReport report_;
-  std::vector<LiveAir*> airs_;
+  std::vector<Air> airs_;
+  /// Blackout or panic is on the air of all zones.
+  bool isBlack_ = false;
   const Duration begin_;
   std::string alarm_;
   bool hasQuit_ = false;

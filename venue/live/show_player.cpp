@@ -4,22 +4,19 @@
 #include <algorithm>
 #include <utility>
 
+#include "venue/show/cue_values.h"
+
 namespace halvora {
 
 namespace {
 
 constexpr int kLastFrame = 0xFFFF;
-constexpr std::size_t kShownText = 60;
 
 std::string_view withoutBlanks(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   const std::size_t begin = text.find_first_not_of(kBlanks);
   if (begin == std::string_view::npos) return {};
   return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
-
-std::string inQuotes(std::string_view text) {
-  return "\"" + std::string(text.substr(0, kShownText)) + "\"";
 }
 
 }  // namespace

@@ -21,7 +21,6 @@ namespace {
 constexpr std::size_t kMostFlaws = 100;
 constexpr std::size_t kLongestName = 100;
 constexpr std::size_t kShownNames = 12;
-constexpr std::size_t kShownText = 60;
 // Bluetooth's own limits of an advertisement's interval.
 constexpr Duration kShortestRepeat = milliseconds(20);
 constexpr Duration kLongestRepeat = milliseconds(10240);
@@ -29,11 +28,6 @@ constexpr double kLeastRate = 0.1;
 constexpr double kGreatestRate = 100;
 /// Above these a palette's number means the packet's own colour.
 constexpr std::uint64_t kLastPalette = 50;
-
-std::string inQuotes(std::string_view text) {
-  std::string shown = "\"" + std::string(text.substr(0, kShownText));
-  return shown + (text.size() > kShownText ? "…\"" : "\"");
-}
 
 template <class Names>
 std::string listed(const Names& names) {

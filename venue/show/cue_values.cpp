@@ -99,4 +99,9 @@ std::optional<std::uint8_t> choiceOf(std::string_view text, std::span<const char
   return std::nullopt;
 }
 
+std::string inQuotes(std::string_view text) {
+  constexpr std::size_t kShown = 60;
+  return "\"" + std::string(text.substr(0, kShown)) + (text.size() > kShown ? "…\"" : "\"");
+}
+
 }  // namespace halvora

@@ -37,4 +37,7 @@ bool isSameName(std::string_view one, std::string_view other);
 /// A number up to the last name's, or a name; the place in the list.
 std::optional<std::uint8_t> choiceOf(std::string_view text, std::span<const char* const> names);
 
+/// What somebody wrote, as a complaint shows it: its beginning, where it is long.
+std::string inQuotes(std::string_view text);
+
 }  // namespace halvora

@@ -88,6 +88,53 @@ TEST_F(LiveCommandTest, SeveralAirsAreTransmittersThatCountUp) {
   EXPECT_THAT(crew.shown, ElementsAre("hci0 1/1", "hci1 1/3", "hci0 off", "hci1 off"));
 }
 
+// The bytes of colour, sequence and transmitter of each line, in their order.
+std::vector<std::string> briefly(const std::string& output) {
+  std::vector<std::string> lines;
+  for (const std::string& line : linesOf(output)) {
+    const std::string packet = line.substr(line.find("packet") + 9, 52);
+    lines.push_back(packet.substr(16, 6) + " " + packet.substr(46, 4) + " " + packet.substr(50));
+  }
+  return lines;
+}
+
+const char* const kZones =
+    "application: 4242\nvenue: 7\ntransmitter: 1\ncues:\n"
+    "- {name: Stalls, look: {mode: 1, colour: \"#ff0000\"}}\n"
+    "- {name: Balcony, transmitter: 2, look: {mode: 1, colour: \"#00ff00\"}}\n"
+    "- {name: Both, transmitter: 255, look: {mode: 1, colour: \"#0000ff\"}}\n";
+
+TEST_F(LiveCommandTest, AZoneHasItsOwnCuesAndThoseForAll) {
+  show = kZones;
+  crew.lines = {{0, "go"}, {10, "go"}, {20, "go"}, {30, "quit"}};
+  const ToolRun run = play({"--air", "stdout=1", "--air", "stdout=2", "--control", "-"});
+  EXPECT_EQ(run.status, 0) << run.error;
+  EXPECT_THAT(briefly(run.output),
+              ElementsAre("FF0000 0001 01",                    // the stalls alone
+                          "FF0000 0001 01", "00FF00 0002 02",  // they keep their look
+                          "0000FF 0003 01", "0000FF 0003 02"));
+}
+
+TEST_F(LiveCommandTest, ZonesAreBlackTogetherAndHaveTheirLooksBack) {
+  show = kZones;
+  crew.lines = {{0, "go"}, {10, "go"}, {20, "blackout"}, {30, "release"}, {40, "quit"}};
+  const ToolRun run = play({"--air", "stdout=1", "--air", "stdout=2", "--control", "-"});
+  EXPECT_THAT(briefly(run.output),
+              ElementsAre("FF0000 0001 01", "FF0000 0001 01", "00FF00 0002 02",  // two cues
+                          "000000 0003 01", "000000 0003 02",                    // black
+                          "00FF00 0004 02", "FF0000 0005 01"));
+}
+
+TEST_F(LiveCommandTest, RefusesZonesThatCannotBe) {
+  show = kZones;
+  for (const auto& airs : std::vector<std::vector<std::string>>{
+           {"stdout=1", "stdout=3"}, {"stdout=1", "stdout"}, {"stdout=255"}, {"stdout=x"}}) {
+    std::vector<std::string> options{"--control", "-"};
+    for (const std::string& air : airs) options.insert(options.end(), {"--air", air});
+    EXPECT_EQ(flawOfRefusal(play(options)), "") << airs.front();
+  }
+}
+
 TEST_F(LiveCommandTest, OneOptionMayNameSeveralAirs) {
   crew.lines = {{0, "go"}, {50, "quit"}};
   const ToolRun run = play({"--air", "hci0", "stdout", "hci1", "--control", "-", "--no-journal"});

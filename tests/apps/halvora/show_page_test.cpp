@@ -9,6 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "adapters/ffmpeg/ffmpeg_movies.h"
+#include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "tests/adapters/ffmpeg/clip_maker.h"
 #include "tests/apps/halvora/tool_runner.h"
 #include "tests/apps/halvora/virtual_crew.h"
 #include "tests/support/source_tree.h"
@@ -40,7 +43,7 @@ class VenuePage : public testing::Test {
     for (std::string word; stream >> word;) {
       const bool isFile = word.starts_with("hall") || word.ends_with(".csv") ||
                           word.ends_with(".yaml") || word.ends_with(".jsonl") ||
-                          word.find(".png") != std::string::npos;
+                          word.find(".png") != std::string::npos || word.ends_with(".mp4");
       words.push_back(isFile && word != "halvora" ? (folder.path() / word).string() : word);
     }
     words.erase(words.begin());
@@ -55,9 +58,16 @@ TEST_F(VenuePage, EveryCommandDoesWhatItSays) {
   folder.write("seats.csv", blocksOf(page, "csv"));
   folder.write("show.yaml", blocksOf(page, "yaml"));
   folder.write("hall/HVAssets/Maps/Venue-12/readme", "");
+  const ClipMaker clips;
+  folder.write("clip.mp4", contentsOf(clips.encode("film.mp4", movingTexture(50, 25, 96, 64),
+                                                   "-c:v libx264 -pix_fmt yuv420p")));
   Crew crew;
   crew.lines = {{0, "go"}, {100, "go"}, {5000, "panic"}, {6000, "quit"}};
   ToolSetup setup;
+  const FfmpegVideoAssets videos;
+  const FfmpegMovies movies;
+  setup.videos = &videos;
+  setup.movies = &movies;
   setup.openLive = [&crew] { return std::make_unique<VirtualGround>(crew); };
   std::istringstream commands(blocksOf(page, "sh"));
   std::vector<ToolRun> runs;
@@ -65,16 +75,19 @@ TEST_F(VenuePage, EveryCommandDoesWhatItSays) {
     runs.push_back(runTool(wordsOf(command), setup));
     EXPECT_EQ(runs.back().status, 0) << command << "\n" << runs.back().error;
   }
-  ASSERT_EQ(runs.size(), 12U);
+  ASSERT_EQ(runs.size(), 15U);
   EXPECT_THAT(runs[0].output, HasSubstr("{\"seats\":7,\"width\":32,\"height\":48,\"moved\":0"));
   EXPECT_THAT(runs[1].output, HasSubstr("Nothing is wrong."));
-  EXPECT_THAT(runs[3].output, HasSubstr("{\"cues\":4,\"seconds\":22.5,\"packets\":13,"));
-  EXPECT_THAT(runs[5].output, HasSubstr("\"light\":[1,1,1,1]"));
-  EXPECT_THAT(runs[6].output, HasSubstr("\"cue\": \"Good night\""));
-  EXPECT_THAT(runs[7].output, HasSubstr("\"shownBy50\": null"));
-  EXPECT_THAT(runs[10].output, HasSubstr("\"cue\": \"Good night\""));
-  EXPECT_THAT(runs[11].output, Not(IsEmpty()));
-  EXPECT_THAT(runs[11].messages, HasSubstr("\"state\":\"panic\""));
+  EXPECT_THAT(runs[3].output, HasSubstr("{\"width\":32,\"height\":48,\"framesPerSecond\":30,"));
+  EXPECT_THAT(runs[4].output, HasSubstr("\"pictures\":60,\"lacks\":[]"));
+  EXPECT_THAT(runs[5].output, HasSubstr("{\"cues\":4,\"seconds\":22.5,\"packets\":13,"));
+  EXPECT_THAT(runs[7].output, HasSubstr("\"light\":[1,1,1,1]"));
+  EXPECT_THAT(runs[8].output, HasSubstr("\"cue\": \"Good night\""));
+  EXPECT_THAT(runs[9].output, HasSubstr("\"shownBy50\": null"));
+  EXPECT_THAT(runs[10].output, HasSubstr("\"pause\": "));
+  EXPECT_THAT(runs[13].output, HasSubstr("\"cue\": \"Good night\""));
+  EXPECT_THAT(runs[14].output, Not(IsEmpty()));
+  EXPECT_THAT(runs[14].messages, HasSubstr("\"state\":\"panic\""));
 }
 
 }  // namespace

@@ -42,6 +42,7 @@ ToolRun runTool(const std::vector<std::string>& arguments, const ToolSetup& setu
   outside.openTransmitter = setup.openTransmitter;
   outside.openLive = setup.openLive;
   outside.codes = setup.codes;
+  outside.movies = setup.movies;
   ToolRun run;
   const Output output = setup.output ? setup.output : [&](std::string_view text) {
     if (setup.isOutputClosed) return false;

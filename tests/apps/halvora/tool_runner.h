@@ -36,6 +36,7 @@ struct ToolSetup {
   std::function<std::unique_ptr<Transmitter>()> openTransmitter = {};
   std::function<std::unique_ptr<LiveGround>()> openLive = {};
   const MessageCodes* codes = nullptr;
+  const MovieWriters* movies = nullptr;
   /// Nothing can be written to the result's text.
   bool isOutputClosed = false;
 };

@@ -52,6 +52,22 @@ TEST(ProgressBar, TimeLeftIsInMinutesAndSeconds) {
   EXPECT_THAT(watched.writes.back(), HasSubstr(", 0:00 left"));
 }
 
+TEST(ProgressBar, InALogIsALineEveryTenSeconds) {
+  Watched watched;
+  watched.terminal.isLog = true;
+  {
+    ProgressBar bar(watched.terminal, "simulating", "seconds", 240);
+    for (std::uint64_t second = 1; second <= 21; ++second) {
+      watched.time += milliseconds(1000);
+      bar.show(second);
+    }
+  }
+  EXPECT_THAT(
+      watched.writes,
+      ElementsAre("simulating [                ] 10 of 240 seconds, 1 a second, 3:50 left\n",
+                  "simulating [#               ] 20 of 240 seconds, 1 a second, 3:40 left\n"));
+}
+
 TEST(ProgressBar, FitsIntoEightyColumns) {
   Watched watched;
   ProgressBar bar(watched.terminal, "reading", "frames", 65025);

@@ -240,6 +240,18 @@ TEST_F(ShowRoom, ADeadTransmitterLeavesTheHallBehind) {
   EXPECT_TRUE(json["cues"][2]["sections"][0]["shownBy50"].IsNull());
 }
 
+TEST_F(ShowRoom, AZoneIsHeardInItsSectionsOnly) {
+  const auto json = reportShow({"--zone", "1=Standing"});
+  EXPECT_EQ(json["cues"][0]["shownBy50"].GetInt(), 0);
+  EXPECT_TRUE(json["cues"][0]["shownBy95"].IsNull());
+  EXPECT_TRUE(json["cues"][0]["sections"][0]["shownBy50"].IsNull());
+  EXPECT_EQ(json["cues"][0]["sections"][1]["shownBy99"].GetInt(), 0);
+  const auto both = reportShow({"--zone", "1=Standing", "--zone", "1=A"});
+  EXPECT_EQ(both["cues"][0]["shownBy99"].GetInt(), 0);
+  EXPECT_EQ(flawOfRefusal(runShow({"--zone", "1=Gallery"})), "");
+  EXPECT_EQ(flawOfRefusal(runShow({"--zone", "Standing"})), "");
+}
+
 TEST_F(ShowRoom, ASlowControllerIsFollowedLater) {
   const auto json = reportShow({"--air", "700"});
   // It sends at 2, 2.7, 3.4, 4.1, 4.8 and 5.5 seconds.
