@@ -2,11 +2,13 @@
 #include "adapters/linux/mapped_file.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace halvora {
@@ -39,6 +41,19 @@ std::optional<MappedFile> MappedFile::make(const std::string& folder, std::size_
     memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
   }
   // The mapping keeps what it needs.
+  close(file);
+  if (memory == MAP_FAILED) return std::nullopt;
+  return MappedFile({static_cast<std::byte*>(memory), size});
+}
+
+std::optional<MappedFile> MappedFile::open(const std::string& path, std::size_t size) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) return std::nullopt;
+  struct stat facts {};
+  const bool isWhole = fstat(file, &facts) == 0 && S_ISREG(facts.st_mode) && size > 0 &&
+                       static_cast<std::uint64_t>(facts.st_size) == size;
+  void* memory = MAP_FAILED;
+  if (isWhole) memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE, file, 0);
   close(file);
   if (memory == MAP_FAILED) return std::nullopt;
   return MappedFile({static_cast<std::byte*>(memory), size});

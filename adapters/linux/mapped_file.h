@@ -17,6 +17,10 @@ class MappedFile {
   /// So many bytes, all 0, on the file system of `folder`; none where they cannot be had.
   static std::optional<MappedFile> make(const std::string& folder, std::size_t size);
 
+  /// The bytes of a file that has so many; none where it has not, or cannot be read. What is
+  /// written to them stays here.
+  static std::optional<MappedFile> open(const std::string& path, std::size_t size);
+
   MappedFile(MappedFile&& other) noexcept : bytes_(std::exchange(other.bytes_, {})) {}
   MappedFile& operator=(MappedFile&& other) noexcept {
     std::swap(bytes_, other.bytes_);

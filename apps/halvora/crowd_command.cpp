@@ -90,6 +90,9 @@ class CrowdCommand final : public ToolCommand {
     options.optional("--threads", threads_, "so many threads (default: one a processor)");
     options.optional("--fps", fps_, "frames a second, 1 to 120 (default: 30)");
     options.optional("--size", size_, "of a picture, as WIDTHxHEIGHT, even (default: 1280x720)");
+    options.optional("--tables", tables_,
+                     "folder that keeps the seat tables of pixel maps for the next run with the "
+                     "same video and seats; anything in it may be deleted (default: not kept)");
     options.optional("--from", from_,
                      "seconds from which on the show is looked at: what comes before is played "
                      "but neither drawn nor counted (default: 0)");
@@ -345,6 +348,10 @@ class CrowdCommand final : public ToolCommand {
     if (out_.empty() && coverage_.empty()) {
       return unusable("one of --out and --coverage says what is made");
     }
+    if (!tables_.empty() && !std::filesystem::is_directory(tables_, error)) {
+      return unusable(tables_ + ": no such folder (--tables)");
+    }
+    if (!tables_.empty()) request.tables = absolutePath(tables_);
     if (!out_.empty()) request.out = absolutePath(out_);
     if (!coverage_.empty()) request.coverage = absolutePath(coverage_);
     if (!out_.empty() && request.out == request.coverage) {
@@ -377,6 +384,7 @@ class CrowdCommand final : public ToolCommand {
   std::string threads_;
   std::string fps_;
   std::string size_;
+  std::string tables_;
   std::string from_;
   std::string until_;
   std::string shard_;

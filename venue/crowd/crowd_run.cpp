@@ -230,6 +230,9 @@ Failure CrowdRun::buildTables() {
 Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
   const auto asset = outside_.videos.open(map.videoURL);
   const int frames = asset ? pixelMapFrameCount(asset->durationSeconds()) : 1;
+  std::string kept;
+  if (!request_.tables.empty()) kept = venue_->keptFile(request_.tables, map, frames, files_);
+  if (!kept.empty() && venue_->takeKept(map, frames, kept)) return std::nullopt;
   ProgressBar bar(outside_.terminal, "reading map " + map.mapId, "frames",
                   static_cast<std::uint64_t>(frames));
   const BuildControl control{
@@ -238,6 +241,11 @@ Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
       .onFrame = [&bar](int done) { bar.show(static_cast<std::uint64_t>(done)); }};
   switch (venue_->build(map, outside_.videos, control)) {
     case VenueTables::End::built:
+      // A video that was replaced while it was read has another name by now.
+      if (!kept.empty() && kept == venue_->keptFile(request_.tables, map, frames, files_) &&
+          !venue_->keep(map, kept, files_) && outside_.messages) {
+        outside_.messages("halvora: " + kept + ": cannot be written; the tables are not kept\n");
+      }
       return std::nullopt;
     case VenueTables::End::noVideo:
       return unusable(map.videoURL + ": cannot be read as a video");

@@ -43,6 +43,8 @@ struct CrowdRequest {
   int width = 1280;
   int height = 720;
   FlashPolicy policy = FlashPolicy::exact;
+  /// Where seat tables are kept between runs; empty for nowhere.
+  std::string tables = {};
   /// With one, its phones alone are simulated, and what they did is written beside `out`.
   std::optional<CrowdShard> shard = {};
   /// All that the show follows from, as `CrowdPartHead` has it; for a shard.

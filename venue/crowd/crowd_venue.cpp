@@ -8,6 +8,7 @@
 
 #include "seats/seat_map_document.h"
 #include "seats/seat_names.h"
+#include "venue/base/packed_bytes.h"
 
 namespace halvora {
 
@@ -18,6 +19,11 @@ std::vector<SeatPosition> placesOf(std::span<const CrowdSeat> seats) {
   places.reserve(seats.size());
   for (const CrowdSeat& seat : seats) places.push_back(seat.at);
   return places;
+}
+
+// A mapping begins at a page, so its words lie where words may.
+std::span<std::uint32_t> wordsOf(const MappedFile& file, std::size_t count) {
+  return {reinterpret_cast<std::uint32_t*>(file.bytes().data()), count};
 }
 
 }  // namespace
@@ -88,6 +94,39 @@ VenueTables::End CrowdVenue::build(const PixelMapVideoEntry& map, const VideoAss
   return tables_.build(map, videos, control, [this](std::size_t words) { return roomFor(words); });
 }
 
+// As the kit's own tables, they count for a video of that size and time only.
+std::string CrowdVenue::keptFile(const std::string& folder, const PixelMapVideoEntry& map,
+                                 int frames, const Files& files) const {
+  const auto video = files.attributes(map.videoURL);
+  if (!video) return {};
+  PackedWriter key;
+  key.text(map.videoURL);
+  key.number(video->size);
+  key.signedNumber(static_cast<std::int64_t>(video->modifiedAt * 1e6));
+  key.number(static_cast<std::uint64_t>(frames));
+  for (const SeatPosition& place : tables_.places()) {
+    key.signedNumber(place.x);
+    key.signedNumber(place.y);
+  }
+  return folder + "/" + std::to_string(fingerprintOf(key.bytes())) + ".tables";
+}
+
+bool CrowdVenue::takeKept(const PixelMapVideoEntry& map, int frames, const std::string& file) {
+  const std::size_t words = tables_.places().size() * static_cast<std::size_t>(frames);
+  auto kept = MappedFile::open(file, words * sizeof(std::uint32_t));
+  if (!kept) return false;
+  rooms_.push_back(std::move(*kept));
+  tables_.adopt(map.videoURL, wordsOf(rooms_.back(), words), frames);
+  return true;
+}
+
+bool CrowdVenue::keep(const PixelMapVideoEntry& map, const std::string& file, Files& files) const {
+  const auto* const block = tables_.block(map.videoURL);
+  if (block == nullptr) return false;
+  const auto bytes = std::as_bytes(block->words);
+  return files.replace(file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+}
+
 std::span<std::uint32_t> CrowdVenue::roomFor(std::size_t words) {
   std::error_code error;
   const std::string folder = std::filesystem::temp_directory_path(error).string();
@@ -95,7 +134,7 @@ std::span<std::uint32_t> CrowdVenue::roomFor(std::size_t words) {
   auto file = MappedFile::make(folder, words * sizeof(std::uint32_t));
   if (!file) return {};
   rooms_.push_back(std::move(*file));
-  return {reinterpret_cast<std::uint32_t*>(rooms_.back().bytes().data()), words};
+  return wordsOf(rooms_.back(), words);
 }
 
 }  // namespace halvora

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -52,6 +53,14 @@ class CrowdVenue {
   /// in files of the temporary folder, which are gone with this object.
   VenueTables::End build(const PixelMapVideoEntry& map, const VideoAssets& videos,
                          const BuildControl& control);
+  /// The file of a folder in which the tables of such a video and these seats are kept, if they
+  /// are; empty where there is no such video.
+  std::string keptFile(const std::string& folder, const PixelMapVideoEntry& map, int frames,
+                       const Files& files) const;
+  /// Adds tables that were kept; false where there are none.
+  bool takeKept(const PixelMapVideoEntry& map, int frames, const std::string& file);
+  /// Keeps what was built; false where it cannot be written.
+  bool keep(const PixelMapVideoEntry& map, const std::string& file, Files& files) const;
   const VenueTables& tables() const { return tables_; }
 
  private:

@@ -32,6 +32,13 @@ class VenueTables final : public SeatLutSource {
   End build(const PixelMapVideoEntry& map, const VideoAssets& videos, const BuildControl& control,
             const Room& room);
 
+  /// Adds tables that were built before: a row of so many words a place.
+  void adopt(const std::string& videoURL, std::span<const std::uint32_t> words, int frameCount) {
+    blocks_[videoURL] = {words, frameCount};
+  }
+  /// The places, each once; in the order of the rows.
+  std::span<const SeatPosition> places() const { return seats_; }
+
   SeatLut find(std::string_view videoURL, SeatPosition seat) const override;
 
   /// The tables of one map, a row of `frameCount` words for each place.

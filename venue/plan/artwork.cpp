@@ -80,6 +80,19 @@ void drawAround(PlanCanvas& picture, std::span<const PlacedSeat> seats, const Co
   for (const PlacedSeat& seat : seats) picture.disc(pixelOf(seat), half, colour);
 }
 
+// The seat that is nearest to the middle of all, which may lie outside of an arc.
+CanvasPoint labelPlaceOf(std::span<const PlacedSeat> seats) {
+  CanvasPoint middle;
+  for (const PlacedSeat& seat : seats) {
+    middle.x += pixelOf(seat).x / static_cast<double>(seats.size());
+    middle.y += pixelOf(seat).y / static_cast<double>(seats.size());
+  }
+  return pixelOf(*std::ranges::min_element(seats, {}, [middle](const PlacedSeat& seat) {
+    const CanvasPoint at = pixelOf(seat);
+    return std::hypot(at.x - middle.x, at.y - middle.y);
+  }));
+}
+
 // Calls `take` with each section's seats.
 template <class Take>
 void forEachSection(const std::vector<PlacedSeat>& seats, const Take& take) {
@@ -152,11 +165,7 @@ Image drawGuide(const SeatMap& map, ArtworkCanvas canvas) {
   });
   // Over all seats, where one section lies within another.
   forEachSection(seats, [&](std::span<const PlacedSeat> section) {
-    CanvasPoint centre;
-    for (const PlacedSeat& seat : section) {
-      centre.x += pixelOf(seat).x / static_cast<double>(section.size());
-      centre.y += pixelOf(seat).y / static_cast<double>(section.size());
-    }
+    const CanvasPoint centre = labelPlaceOf(section);
     const std::string number = std::to_string(section.front().index.section + 1);
     const double width = PlanCanvas::textWidth(number, kLabelHeight);
     picture.text({std::clamp(centre.x - width / 2, 2.0, std::max(2.0, canvas.width - width - 2)),

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // `halvora crowd` as a venue crew uses it: a small venue, a show, and what is said of it.
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -152,6 +153,47 @@ TEST_F(CrowdRoom, APhoneWithoutPacketsIsTheErrorOfThePicture) {
   ASSERT_TRUE(json["pixelMap"].HasMember("worstSeat"));
   EXPECT_GT(json["pixelMap"]["worstSeat"]["levels"].GetDouble(), 0);
   EXPECT_TRUE(json["pixelMap"]["psnr"].IsNumber());
+}
+
+// Opened a second time it gives other colours under the same size and time.
+TEST_F(CrowdRoom, KeepsTablesForTheSameVideoAndSeats) {
+  fs::create_directory(at("tables"));
+  const Words kept = {"--tables", at("tables")};
+  const std::string video = folder.write("HVAssets/Maps/Venue-7/1/video.mp4", kPlaces);
+  const auto time = fs::last_write_time(video);
+  EXPECT_EQ(report(mapShow(), kept)["pixelMap"]["squaredError"].GetInt64(), 0);
+  const auto files = [&] {
+    return std::distance(fs::directory_iterator(at("tables")), fs::directory_iterator());
+  };
+  EXPECT_EQ(files(), 1);
+  const std::string sheet = contentsOf(at("sheet.png"));
+  // The same bytes but for the colours: whoever reads the video again shows them.
+  std::string other = kPlaces;
+  other.replace(other.find("FF010100"), 8, "FF99FF99");
+  folder.write("HVAssets/Maps/Venue-7/1/video.mp4", other);
+  fs::last_write_time(video, time);
+  report(mapShow(), kept);
+  EXPECT_EQ(contentsOf(at("sheet.png")), sheet);
+  EXPECT_EQ(files(), 1);
+  // Of another time it is another video, and of fewer seats another table.
+  fs::last_write_time(video, time + std::chrono::seconds(1));
+  report(mapShow(), kept);
+  EXPECT_NE(contentsOf(at("sheet.png")), sheet);
+  EXPECT_EQ(files(), 2);
+  report(mapShow(), {"--tables", at("tables"), "--phones", "2"});
+  EXPECT_EQ(files(), 3);
+  EXPECT_EQ(flawOfRefusal(run(mapShow(), {"--tables", at("nowhere")})), "");
+}
+
+TEST_F(CrowdRoom, CutTablesAreBuiltAgain) {
+  fs::create_directory(at("tables"));
+  const Words kept = {"--tables", at("tables")};
+  report(mapShow(), kept);
+  const fs::path file = fs::directory_iterator(at("tables"))->path();
+  const auto size = fs::file_size(file);
+  fs::resize_file(file, size - 4);
+  EXPECT_EQ(report(mapShow(), kept)["pixelMap"]["squaredError"].GetInt64(), 0);
+  EXPECT_EQ(fs::file_size(file), size);
 }
 
 TEST_F(CrowdRoom, CountsWhatIsSentHeardAndLost) {
