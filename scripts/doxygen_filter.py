@@ -12,6 +12,8 @@ from pathlib import Path
 
 
 def of_c(text):
+    # Functions of a file that nothing is said of would be left out.
+    text = text.replace("/* ", "/** \\file\n * ", 1)
     return re.sub(r"^(\s*)/\*(?!\*)", r"\1/**", text, flags=re.M)
 
 

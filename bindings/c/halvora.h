@@ -34,6 +34,7 @@
 extern "C" {
 #endif
 
+/* What became of a call. */
 typedef enum halvora_status {
   HALVORA_OK = 0,
   /* A pointer that may not be null is, or a struct's size is too small to be any version's. */
@@ -57,6 +58,7 @@ HALVORA_C_PUBLIC const char* halvora_version(void);
 
 typedef struct halvora_phone halvora_phone;
 
+/* What is to be felt. */
 typedef enum halvora_haptic {
   HALVORA_HAPTIC_LIGHT = 0,
   HALVORA_HAPTIC_HEAVY = 1,
@@ -65,6 +67,7 @@ typedef enum halvora_haptic {
   HALVORA_HAPTIC_SOUND_ENDS = 3
 } halvora_haptic;
 
+/* What is on or off. */
 typedef enum halvora_switch {
   HALVORA_SWITCH_TORCH = 0,
   /* The radio is to listen, repeats included. */
@@ -74,6 +77,7 @@ typedef enum halvora_switch {
   HALVORA_SWITCH_STATUS_BAR_HIDDEN = 3
 } halvora_switch;
 
+/* What a host is told. */
 typedef enum halvora_event {
   HALVORA_EVENT_SHOW_STARTED = 0,
   HALVORA_EVENT_SHOW_STOPPED = 1,
@@ -271,6 +275,7 @@ HALVORA_C_PUBLIC int halvora_phone_trust(halvora_phone* phone, int* trust);
 HALVORA_C_PUBLIC int halvora_phone_set_default(halvora_phone* phone, const char* key,
                                                const char* text);
 
+/* What a thing to draw is. */
 typedef enum halvora_content {
   HALVORA_CONTENT_FILL = 0,
   HALVORA_CONTENT_TEXT = 1,
