@@ -56,6 +56,7 @@ HALVORA_C_PUBLIC const char* halvora_status_text(int status);
 /* "major.minor.patch" of the library that is there at run time. Any thread. */
 HALVORA_C_PUBLIC const char* halvora_version(void);
 
+/* One phone; a host holds its address and nothing of what is in it. */
 typedef struct halvora_phone halvora_phone;
 
 /* What is to be felt. */
