@@ -99,7 +99,7 @@ void HalvoraViewController::setViewerLimits(const LightLimits& limits) {
 
 const LightLimits& HalvoraViewController::viewerLimits() const { return inside_->viewerLimits(); }
 
-void HalvoraViewController::leave() { inside_->guard().leave(); }
+void HalvoraViewController::leave() { inside_->leave(); }
 
 void HalvoraViewController::comeBack() { inside_->guard().comeBack(); }
 

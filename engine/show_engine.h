@@ -105,6 +105,8 @@ class ShowEngine : private ScannerListener,
   const LightLimits& limits() const { return hostLimits_; }
   void setViewerLimits(const LightLimits& limits);
   const LightLimits& viewerLimits() const { return viewerLimits_; }
+  /// Whoever holds the phone has had enough, until they come back.
+  void leave() { guard_.leave(brightness_.originalBrightness()); }
   /// The mean of what is on the screen now, in levels before the backlight.
   Levels shownScreen() { return guard_.shownScreen(); }
   LightGuard& guard() { return guard_; }

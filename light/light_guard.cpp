@@ -91,6 +91,8 @@ void LightGuard::rewire() {
   const bool hadLimiter = limiter_ != nullptr;
   const bool wantsLimiter = limits_.flash == FlashPolicy::limited;
   guards_ = limits_ != LightLimits{} || hasLeft_ || isMoving();
+  // What is lit already comes down, too, and goes back up with the limit.
+  if (device_.brightness() > limits_.mostBrightness) keepWantedBacklight();
   if (guards_) writes_.reserve(kMostWrites);
   if (wantsLimiter && !hadLimiter) {
     lastShown_ = lookOf(views_);
@@ -104,8 +106,11 @@ void LightGuard::rewire() {
   decideNow();
 }
 
-void LightGuard::leave() {
-  if (!hasLeft_) moveGate(false);
+void LightGuard::leave(double backlight) {
+  if (hasLeft_) return;
+  keepWantedBacklight();
+  awayBacklight_ = backlight;
+  moveGate(false);
 }
 
 void LightGuard::comeBack() {
@@ -129,10 +134,15 @@ double LightGuard::gate() const {
 
 bool LightGuard::isMoving() const { return timers_.now() - gateMoved_ < kLeaving; }
 
+// What the show has written counts again when it is back.
+void LightGuard::keepWantedBacklight() {
+  const bool isKnown = wantedBacklight_ || isGivenBack();
+  if (!isKnown && hasWritten_) wantedBacklight_ = device_.brightness();
+}
+
 void LightGuard::goAway(double backlight) {
   if (limiter_ == nullptr || isAway_) return;
-  // What the show has written counts again when it is back.
-  if (!wantedBacklight_ && hasWritten_) wantedBacklight_ = device_.brightness();
+  keepWantedBacklight();
   isAway_ = true;
   awayBacklight_ = backlight;
   decideNow();
@@ -187,7 +197,7 @@ Emission LightGuard::wanted(const LightLook& look) {
     emission.screen = meanOf(look, pictures(), container_.value_or(device_.bounds()));
   }
   emission.torch = wantsTorch_ && limits_.torch && !hasLeft_ && !isAway_;
-  if (isAway_ && hasWritten_ && !isDeaf_) {
+  if (isGivenBack() && !isDeaf_) {
     emission.backlight = awayBacklight_;
   } else if (isDeaf_ || !wantedBacklight_) {
     emission.backlight = device_.brightness();
@@ -228,11 +238,11 @@ void LightGuard::send(const ShownLight& shown, const Emission& wanted) {
     lamp_.setOn(isTorchOn_);
   }
   const bool isHeld = shown.emission.backlight != wanted.backlight;
-  if (!wantedBacklight_ || isAway_ || isHeld) {
+  if (!wantedBacklight_ || isAway_ || hasLeft_ || isHeld) {
     writes_.clear();
     // Giving the level back may be a rise, and waits like any other.
-    const bool isGivenBack = isAway_ && hasWritten_ && !isHeld;
-    if (isGivenBack && device_.brightness() != wanted.backlight) writeBacklight(wanted.backlight);
+    const bool isDue = isGivenBack() && !isHeld;
+    if (isDue && device_.brightness() != wanted.backlight) writeBacklight(wanted.backlight);
     return;
   }
   const double level = std::min(*wantedBacklight_, limits_.mostBrightness);

@@ -43,8 +43,9 @@ class LightGuard final : private LightFilter {
   const LightLimits& limits() const { return limits_; }
   void setLimits(const LightLimits& limits);
 
-  /// The light fades out and the torch goes off, whatever the show does, until `comeBack`.
-  void leave();
+  /// The light fades out, the torch goes off and the backlight, where the show has changed it, has
+  /// that level, whatever the show does, until `comeBack`.
+  void leave(double backlight);
   void comeBack();
   bool hasLeft() const { return hasLeft_; }
 
@@ -101,6 +102,8 @@ class LightGuard final : private LightFilter {
   void decideSoon();
   void decideNow();
   LightLook decide();
+  void keepWantedBacklight();
+  bool isGivenBack() const { return (isAway_ || hasLeft_) && hasWritten_; }
   double gate() const;
   void moveGate(bool open);
   Emission wanted(const LightLook& look);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "halvora/platform/application.h"
+#include "halvora/platform/battery.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/files.h"
@@ -47,6 +48,11 @@ class AbsentApplication final : public Application {
   bool canOpenSettings() const override { return false; }
   void openSettings() override {}
   void useAudioPlaybackCategory() override {}
+};
+
+class AbsentBattery final : public Battery {
+ public:
+  std::optional<BatteryState> state() const override { return std::nullopt; }
 };
 
 class AbsentManager final : public CentralManager {
@@ -243,6 +249,7 @@ inline namespace v0 {
 namespace absent {
 
 Application& application() { return onlyOne<AbsentApplication>(); }
+const Battery& battery() { return onlyOne<AbsentBattery>(); }
 BluetoothCentral& bluetooth() { return onlyOne<AbsentBluetooth>(); }
 const Bundles& bundles() { return onlyOne<AbsentBundles>().bundles; }
 Calendar& calendar() { return onlyOne<AbsentCalendar>(); }

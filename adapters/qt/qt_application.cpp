@@ -8,9 +8,14 @@
 namespace halvora {
 
 QtApplication::QtApplication(const QtPlatformServices& services)
-    : services_(services), isActive_(QGuiApplication::applicationState() == Qt::ApplicationActive) {
+    : services_(services),
+      hasAttention_(QGuiApplication::applicationState() == Qt::ApplicationActive),
+      isActive_(hasAttention_) {
   QObject::connect(qGuiApp, &QGuiApplication::applicationStateChanged, &context_,
-                   [this](Qt::ApplicationState state) { stateChanged(state); });
+                   [this](Qt::ApplicationState state) {
+                     hasAttention_ = state == Qt::ApplicationActive;
+                     lookWhetherActive();
+                   });
   if (const QScreen* screen = QGuiApplication::primaryScreen()) {
     QObject::connect(screen, &QScreen::orientationChanged, &context_,
                      [this] { observers_.tell(&ApplicationObserver::handleOrientationChange); });
@@ -35,8 +40,13 @@ void QtApplication::openSettings() {
   if (services_.openSettings) services_.openSettings();
 }
 
-void QtApplication::stateChanged(Qt::ApplicationState state) {
-  const bool isActive = state == Qt::ApplicationActive;
+void QtApplication::setSuspended(bool isSuspended) {
+  isSuspended_ = isSuspended;
+  lookWhetherActive();
+}
+
+void QtApplication::lookWhetherActive() {
+  const bool isActive = hasAttention_ && !isSuspended_;
   if (std::exchange(isActive_, isActive) == isActive) return;
   observers_.tell(isActive ? &ApplicationObserver::appDidBecomeActive
                            : &ApplicationObserver::appWillResignActive);

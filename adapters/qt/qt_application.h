@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The host application on Qt: active as long as one of its windows has the user's attention. What
-// Qt cannot do goes to the services. Owned by QtPlatform; main thread.
+// The host application on Qt: active as long as one of its windows has the user's attention and the
+// machine is awake. What Qt cannot do goes to the services. Owned by QtPlatform; main thread.
 #pragma once
 
 #include <QObject>
@@ -19,6 +19,9 @@ class QtApplication final : public Application {
   QtApplication(const QtApplication&) = delete;
   QtApplication& operator=(const QtApplication&) = delete;
 
+  /// The machine goes to sleep or the application to its end; or it is awake again.
+  void setSuspended(bool isSuspended);
+
   void addObserver(ApplicationObserver& observer) override { observers_.add(observer); }
   void removeObserver(ApplicationObserver& observer) override { observers_.remove(observer); }
   void setIdleTimerDisabled(bool disabled) override;
@@ -30,10 +33,12 @@ class QtApplication final : public Application {
   void useAudioPlaybackCategory() override {}
 
  private:
-  void stateChanged(Qt::ApplicationState state);
+  void lookWhetherActive();
 
   const QtPlatformServices& services_;
   ApplicationObservers observers_;
+  bool hasAttention_ = false;
+  bool isSuspended_ = false;
   bool isActive_ = false;
   bool isIdleTimerDisabled_ = false;
   bool isStatusBarHidden_ = false;

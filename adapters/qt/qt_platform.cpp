@@ -150,7 +150,13 @@ void QtPlatform::use(const QtPlatformServices& services) {
   if (services.bluetooth != nullptr) platform.bluetooth = *services.bluetooth;
   if (services.haptics != nullptr) platform.haptics = *services.haptics;
   if (services.torch != nullptr) platform.torch = *services.torch;
+  if (services.battery != nullptr) platform.battery = *services.battery;
+  if (services.watchSleep) {
+    services.watchSleep([this](bool isAsleep) { setSuspended(isAsleep); });
+  }
 }
+
+void QtPlatform::setSuspended(bool isSuspended) { needs_->application.setSuspended(isSuspended); }
 
 const Platform& QtPlatform::platform() const { return needs_->platform; }
 

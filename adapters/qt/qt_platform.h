@@ -62,6 +62,9 @@ class QtPlatform {
   /// loop.
   void use(const QtPlatformServices& services);
   const Platform& platform() const;
+  /// The application comes to its end, or the machine sleeps: as if the user had turned to another
+  /// one, whether or not Qt has noticed.
+  void setSuspended(bool isSuspended);
   /// What an engine on this platform is made with.
   const EngineOptions& engineOptions() const;
 

@@ -6,6 +6,7 @@
 
 #include <functional>
 
+#include "halvora/platform/battery.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/haptics.h"
 #include "halvora/platform/torch.h"
@@ -16,12 +17,15 @@ struct QtPlatformServices {
   BluetoothCentral* bluetooth = nullptr;
   Haptics* haptics = nullptr;
   Torch* torch = nullptr;
+  const Battery* battery = nullptr;
   /// The backlight's level, 0 to 1. Without both of these the screen counts as fully lit.
   std::function<double()> brightness = {};
   std::function<void(double level)> setBrightness = {};
   /// Keeps the screen from dimming and locking by itself; called only when that changes.
   std::function<void(bool disabled)> setIdleTimerDisabled = {};
   std::function<void(bool hidden)> setStatusBarHidden = {};
+  /// Calls from then on whenever the machine is about to sleep, and when it is awake again.
+  std::function<void(std::function<void(bool isAsleep)> told)> watchSleep = {};
   /// Leaves for the system's page of settings for this application.
   std::function<void()> openSettings = {};
 };

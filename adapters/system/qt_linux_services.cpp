@@ -5,14 +5,20 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
+#include <functional>
+#include <memory>
 #include <optional>
 
 #include "adapters/linux/bus/bluez_daemon.h"
 #include "adapters/linux/services/bluetooth_settings.h"
 #include "adapters/linux/services/idle_inhibitor.h"
+#include "adapters/linux/services/light_journal.h"
 #include "adapters/linux/services/linux_backlight.h"
+#include "adapters/linux/services/linux_battery.h"
 #include "adapters/linux/services/linux_haptics.h"
 #include "adapters/linux/services/linux_torch.h"
+#include "adapters/linux/services/sleep_watch.h"
+#include "adapters/linux/services/termination_watch.h"
 #include "adapters/qt/qt_descriptors.h"
 
 namespace halvora {
@@ -42,6 +48,16 @@ IdleReason reasonOf(const QtLinuxOptions& options) {
           options.reason.empty() ? "Light show" : options.reason};
 }
 
+std::string suppliesOf(const QtLinuxOptions& options) {
+  return options.powerSupplies.empty() ? kPowerSupplies : options.powerSupplies;
+}
+
+// Whoever has ended a program by a signal finds that in its status.
+void endBySignal(int signal) {
+  constexpr int kBySignal = 128;
+  QCoreApplication::exit(kBySignal + signal);
+}
+
 // Started on its own, so that it outlives the application.
 void openSettingsPage() {
   for (const SettingsCommand& command :
@@ -64,12 +80,23 @@ struct QtLinuxServices::Parts {
         daemon(loop, descriptors, options.systemBus),
         central(loop, daemon, {.adapter = options.adapter}),
         haptics(loop, buses, applicationOf()),
-        torch(loop, buses.system, findTorchLight(lightsOf(options))),
+        journal(journalOf(options)),
+        torch(loop, buses.system, findTorchLight(lightsOf(options)), {}, journal.get()),
+        battery(suppliesOf(options)),
         idle(loop, buses, reasonOf(options)),
-        settings(buses.system, daemon, openSettingsPage, options.adapter) {
+        settings(buses.system, daemon, openSettingsPage, options.adapter),
+        sleep(loop, buses.system, applicationOf(), [this](bool isAsleep) {
+          if (sleepTold) sleepTold(isAsleep);
+        }) {
     if (const auto light = findBacklight(lightsOf(options))) {
-      backlight.emplace(loop, buses.system, *light);
+      backlight.emplace(loop, buses.system, *light, LightWriterSettings{}, LinuxBacklight::kFresh,
+                        journal.get());
     }
+    if (options.endsBySignals) termination.emplace(descriptors, endBySignal);
+  }
+
+  static std::unique_ptr<LightJournal> journalOf(const QtLinuxOptions& options) {
+    return options.journal.empty() ? nullptr : std::make_unique<LightJournal>(options.journal);
   }
 
   QtDescriptors descriptors;
@@ -78,10 +105,16 @@ struct QtLinuxServices::Parts {
   BluezDaemon daemon;
   BluezCentral central;
   LinuxHaptics haptics;
+  /// Null for none.
+  std::unique_ptr<LightJournal> journal;
   LinuxTorch torch;
   std::optional<LinuxBacklight> backlight;
+  LinuxBattery battery;
   IdleInhibitor idle;
   BluetoothSettings settings;
+  std::function<void(bool isAsleep)> sleepTold;
+  SleepWatch sleep;
+  std::optional<TerminationWatch> termination;
 };
 
 QtLinuxServices::QtLinuxServices(RunLoop& loop, const QtLinuxOptions& options)
@@ -95,13 +128,20 @@ QtPlatformServices QtLinuxServices::services() {
       .bluetooth = &parts.central,
       .haptics = &parts.haptics,
       .torch = &parts.torch,
+      .battery = &parts.battery,
       .setIdleTimerDisabled = [&parts](bool disabled) { parts.idle.setInhibited(disabled); },
+      .watchSleep = [&parts](const auto& told) { parts.sleepTold = told; },
       .openSettings = [&parts] { parts.settings.open(); }};
   if (parts.backlight) {
     services.brightness = [&parts] { return parts.backlight->level(); };
     services.setBrightness = [&parts](double level) { parts.backlight->setLevel(level); };
   }
   return services;
+}
+
+void QtLinuxServices::giveBack() {
+  parts_->torch.giveBack();
+  if (parts_->backlight) parts_->backlight->giveBack();
 }
 
 BluetoothDiagnostics QtLinuxServices::bluetoothDiagnostics() const {

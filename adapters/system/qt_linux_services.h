@@ -25,6 +25,15 @@ struct QtLinuxOptions {
   /// The one Bluetooth adapter to listen on, as the system calls it ("hci1"), waited for if it is
   /// not there; empty for whichever works. `bluetoothDiagnostics` says which that is.
   std::string adapter = {};
+  /// Where the kernel shows its power supplies; empty for where it does.
+  std::string powerSupplies = {};
+  /// A signal that asks the process to end (TERM, INT, HUP) ends the application's event loop, so
+  /// that the phone is given back; the second one ends the process. The host's own handlers stay.
+  bool endsBySignals = false;
+  /// The file in which a process notes which lights it has changed and not given back, so that the
+  /// next start does it for one that was killed; empty for none. A phone whose host limits flashing
+  /// has these two by itself, the file in the user's runtime folder.
+  std::string journal = {};
 };
 
 class QtLinuxServices {
@@ -37,6 +46,8 @@ class QtLinuxServices {
   /// For `QtPlatform::use`.
   QtPlatformServices services();
   BluetoothDiagnostics bluetoothDiagnostics() const;
+  /// What a show has changed of the lights is as it was, at once; for an application that ends.
+  void giveBack();
 
  private:
   struct Parts;

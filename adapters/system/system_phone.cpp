@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/system/system_phone.h"
 
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QObject>
+#include <QStandardPaths>
+#include <QString>
+
 #include "adapters/ffmpeg/ffmpeg_videos.h"
 #include "adapters/image/picture_decoder.h"
 #include "adapters/json/exact_json_reader.h"
@@ -13,6 +19,24 @@
 
 namespace halvora {
 
+#ifdef HALVORA_HAS_BLUETOOTH
+namespace {
+
+// Whoever limits what a show does to its audience wants their phones back as they were, too.
+QtLinuxOptions withGivingBack(const QtPlatformOptions& options, QtLinuxOptions services) {
+  if (options.limits.flash != FlashPolicy::limited) return services;
+  services.endsBySignals = true;
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+  if (services.journal.empty() && !folder.isEmpty()) {
+    services.journal = folder.toStdString() + "/" +
+                       QCoreApplication::applicationName().toStdString() + ".halvora-lights";
+  }
+  return services;
+}
+
+}  // namespace
+#endif
+
 struct SystemPhone::Parts {
   Parts(const QtPlatformOptions& options, [[maybe_unused]] const QtLinuxOptions& itsServices)
       : qt(options, {.json = json,
@@ -22,13 +46,25 @@ struct SystemPhone::Parts {
                      .codes = codes})
 #ifdef HALVORA_HAS_BLUETOOTH
         ,
-        services(qt.runLoop(), itsServices) {
+        services(qt.runLoop(), withGivingBack(options, itsServices)) {
     qt.use(services.services());
+    giveBackAtTheEnd();
   }
 #else
   {
+    giveBackAtTheEnd();
   }
 #endif
+
+  // The process's phone is never destroyed, and a process that ends runs no loop any more.
+  void giveBackAtTheEnd() {
+    QObject::connect(qGuiApp, &QCoreApplication::aboutToQuit, &context, [this] {
+      qt.setSuspended(true);
+#ifdef HALVORA_HAS_BLUETOOTH
+      services.giveBack();
+#endif
+    });
+  }
 
   const ExactJsonReader json;
   LinuxFiles files;
@@ -43,6 +79,8 @@ struct SystemPhone::Parts {
 #ifdef HALVORA_HAS_BLUETOOTH
   QtLinuxServices services;
 #endif
+  /// Ends the connection.
+  QObject context;
 };
 
 SystemPhone& SystemPhone::sharedInstance(const QtPlatformOptions& options,

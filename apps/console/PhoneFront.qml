@@ -9,6 +9,9 @@ Item {
     id: phone
 
     required property bool isBare
+    // Whether whoever holds it is asked before a show, and may leave it. An operator's own phone is
+    // a part of the desk.
+    property bool hasAudience: false
     property alias offersSettingsWhenOff: status.offersSettingsWhenOff
     readonly property alias panel: status.panel
     // The corners of the screen lie under the frame as long as the frame's inner radius is not more
@@ -67,6 +70,12 @@ Item {
         onLightShowStarted: hasStarted = true
         onLightShowStopped: hasStarted = false
         Component.onCompleted: start()
+    }
+    Loader {
+        objectName: "audience"
+        anchors.fill: parent
+        active: phone.hasAudience
+        sourceComponent: HalvoraAudienceView {}
     }
     Rectangle {
         objectName: "phoneFrame"

@@ -36,6 +36,7 @@ Window {
             objectName: "phone"
             anchors.fill: parent
             isBare: true
+            hasAudience: true
             offersSettingsWhenOff: true
         }
         // Readable on any light.

@@ -215,6 +215,9 @@ int showSystem(const ShowFiles& files, const DemoOptions& options) {
       window == nullptr ? nullptr : window->findChild<HalvoraViewItem*>(QStringLiteral("light"));
   if (light == nullptr) return fail({kNoWindow, 1});
   if (options.screenshot.empty()) return runWindow(phone.loop(), options);
+  // Nobody is there to be asked.
+  auto* audience = window->findChild<QObject*>(QStringLiteral("halvoraAudienceView"));
+  if (audience != nullptr) audience->setProperty("asksBeforeJoining", false);
   Timer picture;
   const auto takePictureAfter = [&](Duration pause) {
     picture = Timer(phone.loop(),

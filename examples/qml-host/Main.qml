@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The whole of a host's interface: the light over the window, the status panel above it.
+// The whole of a host's interface: the light over the window, the status panel above it, and over
+// both what the audience is asked.
 import QtQuick
 import QtQuick.Window
 import Halvora
@@ -19,5 +20,9 @@ Window {
     HalvoraStatusView {
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: 16 }
         defaultVenueId: 7
+    }
+    // Warns of flashing light before anybody joins, and lets everybody leave in mid-show.
+    HalvoraAudienceView {
+        anchors.fill: parent
     }
 }

@@ -36,6 +36,7 @@ void SheetCurtain::hideBelow(QQuickItem& item) {
     if (child->inherits("QQuickOverlay") || qobject_cast<StatusAnnouncer*>(child) != nullptr) {
       continue;
     }
+    if (child == except_) continue;
     QObject* spoken = accessibleOf(*child);
     if (spoken != nullptr && !spoken->property(kIgnored).toBool()) {
       spoken->setProperty(kIgnored, true);

@@ -17,6 +17,8 @@ class SheetCurtain : public QObject {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QQuickItem* before MEMBER before_ NOTIFY changed)
+  /// Left as it is, with all that lies in it; may be null.
+  Q_PROPERTY(QQuickItem* except MEMBER except_ NOTIFY changed)
   Q_PROPERTY(bool drawn MEMBER isDrawn_ NOTIFY changed)
 
  public:
@@ -32,6 +34,7 @@ class SheetCurtain : public QObject {
   void open();
 
   QPointer<QQuickItem> before_;
+  QPointer<QQuickItem> except_;
   bool isDrawn_ = false;
   /// What each of the hidden items says of itself.
   QList<QPointer<QObject>> hidden_;

@@ -2,6 +2,8 @@
 #include "faces/qt/status_fonts.h"
 
 #include <QFontDatabase>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QString>
 #include <QStringList>
 #include <algorithm>
@@ -12,6 +14,10 @@ namespace {
 
 constexpr double kLeastPixels = 1;
 constexpr double kMostPixels = 1000;
+/// What a desktop's screen has where its user has not asked for larger or smaller texts.
+constexpr double kUsualDotsPerInch = 96;
+constexpr double kLeastTextScale = 0.5;
+constexpr double kMostTextScale = 4;
 
 QFont::Weight weightOf(FontWeight weight) {
   if (weight == FontWeight::bold) return QFont::Bold;
@@ -34,6 +40,15 @@ std::optional<QFont> installedFont(std::string_view name) {
     }
   }
   return std::nullopt;
+}
+
+double systemTextScale() {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  return screen != nullptr ? screen->logicalDotsPerInch() / kUsualDotsPerInch : 1;
+}
+
+double boundedTextScale(double textScale) {
+  return std::clamp(textScale, kLeastTextScale, kMostTextScale);
 }
 
 QFont fontOf(const Font& font, double textScale) {

@@ -15,6 +15,11 @@ namespace halvora {
 /// None where the phone has no font of that name.
 std::optional<QFont> installedFont(std::string_view name);
 
+/// How many times their size the user wants all texts, as the system says; and as far as layouts go
+/// along with it.
+double systemTextScale();
+double boundedTextScale(double textScale);
+
 /// The font in pixels, at that many times its size. A name that is unknown gives the system's font.
 QFont fontOf(const Font& font, double textScale);
 

@@ -2,10 +2,8 @@
 #include "faces/qt/status_panel.h"
 
 #include <QFontMetricsF>
-#include <QGuiApplication>
 #include <QPointer>
 #include <QQmlEngine>
-#include <QScreen>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -16,16 +14,6 @@
 namespace halvora {
 
 namespace {
-
-/// What a desktop's screen has where its user has not asked for larger or smaller texts.
-constexpr double kUsualDotsPerInch = 96;
-constexpr double kLeastTextScale = 0.5;
-constexpr double kMostTextScale = 4;
-
-double systemTextScale() {
-  const QScreen* screen = QGuiApplication::primaryScreen();
-  return screen != nullptr ? screen->logicalDotsPerInch() / kUsualDotsPerInch : 1;
-}
 
 TextAlignment alignmentFrom(Qt::Alignment alignment) {
   switch (static_cast<int>(alignment & Qt::AlignHorizontal_Mask)) {
@@ -122,7 +110,7 @@ void StatusPanel::applyFields() {
 }
 
 void StatusPanel::applyTextScale() {
-  reading_.textScale = std::clamp(textScale_, kLeastTextScale, kMostTextScale);
+  reading_.textScale = boundedTextScale(textScale_);
   const QPointer<StatusPanel> self(this);
   wizard_.setReading(reading_);
   if (self) refresh();

@@ -114,7 +114,7 @@ TEST_F(LightGuardTest, LeavingFadesOutWithin300MillisecondsAndPutsTheTorchOut) {
   show(1, 255, 1);
   pass(2000);
   EXPECT_EQ(opacity(), 1);
-  engine.guard().leave();
+  engine.leave();
   EXPECT_FALSE(phone.torch.isOn);
   pass(150);
   EXPECT_NEAR(opacity(), 0.5, 0.01);
@@ -131,6 +131,29 @@ TEST_F(LightGuardTest, LeavingFadesOutWithin300MillisecondsAndPutsTheTorchOut) {
   pass(300);
   EXPECT_EQ(opacity(), 1);
   EXPECT_TRUE(phone.torch.isOn);
+}
+
+// Who stays out reads on, and is not to do that at the show's brightness.
+TEST_F(LightGuardTest, LeavingGivesTheBacklightBackUntilTheyComeBack) {
+  show(1);
+  pass(2000);
+  EXPECT_EQ(phone.screen.brightness(), 1);
+  engine.leave();
+  EXPECT_EQ(phone.screen.brightness(), 0.5);
+  show(1, 200);
+  pass(500);
+  EXPECT_EQ(phone.screen.brightness(), 0.5);
+  engine.guard().comeBack();
+  pass(0);
+  EXPECT_NEAR(phone.screen.brightness(), 200 / 255.0, 1e-9);
+}
+
+TEST_F(LightGuardTest, AShowThatBeginsWithoutThemLeavesTheBacklightAlone) {
+  engine.leave();
+  pass(500);
+  show(1);
+  pass(2000);
+  EXPECT_EQ(phone.screen.brightness(), 0.5);
 }
 
 TEST_F(LightGuardTest, GivesThePhoneBackWhileItsApplicationIsAway) {

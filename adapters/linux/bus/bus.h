@@ -49,6 +49,15 @@ class Bus {
   BusSlot watchName(const std::string& service, NameChanged changed) {
     return halvora::watchName(connection_, service, std::move(changed));
   }
+  /// The same once, of who has it at present.
+  BusSlot askForOwner(const std::string& service,
+                      std::function<void(std::string_view owner)> answered) {
+    return halvora::askForOwner(connection_, service, std::move(answered));
+  }
+  /// For a new connection too: hands on what the rule describes, whoever sent it.
+  BusSlot match(const std::string& rule, BusHandler handler) {
+    return connection_.match(rule, std::move(handler));
+  }
 
  private:
   friend class BusCall;

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace halvora {
 
@@ -27,18 +26,6 @@ constexpr Duration kLongestInhibition = milliseconds(25'000);
 const BusObject& objectOf(IdleHolder holder) { return kObjects[static_cast<std::size_t>(holder)]; }
 
 }  // namespace
-
-IdleInhibitor::Descriptor::Descriptor(Descriptor&& other) noexcept
-    : number_(std::exchange(other.number_, -1)) {}
-
-IdleInhibitor::Descriptor& IdleInhibitor::Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(number_, other.number_);
-  return *this;
-}
-
-IdleInhibitor::Descriptor::~Descriptor() {
-  if (number_ >= 0) close(number_);
-}
 
 IdleInhibitor::IdleInhibitor(RunLoop& loop, Buses& buses, IdleReason reason,
                              const IdleSettings& settings)
@@ -174,7 +161,7 @@ std::optional<IdleInhibitor::Grant> IdleInhibitor::readGrant(IdleHolder holder,
     case IdleHolder::login:
       // The message closes its own.
       if (sd_bus_message_read(reply, "h", &descriptor) <= 0) return {};
-      grant.descriptor = Descriptor(fcntl(descriptor, F_DUPFD_CLOEXEC, 3));
+      grant.descriptor = OwnedDescriptor(fcntl(descriptor, F_DUPFD_CLOEXEC, 3));
       if (!grant.descriptor.isOpen()) return {};
       return grant;
   }

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "adapters/linux/bus/bus.h"
+#include "adapters/linux/services/owned_descriptor.h"
 
 namespace halvora {
 
@@ -44,24 +45,11 @@ class IdleInhibitor {
   std::optional<IdleHolder> holder() const;
 
  private:
-  /// A descriptor that is closed with its owner.
-  class Descriptor {
-   public:
-    Descriptor() = default;
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept;
-    Descriptor& operator=(Descriptor&& other) noexcept;
-    ~Descriptor();
-    bool isOpen() const { return number_ >= 0; }
-
-   private:
-    int number_ = -1;
-  };
   /// What a service gives in return; each fills the one field that is its own.
   struct Grant {
     std::uint32_t cookie = 0;
     std::string handle;
-    Descriptor descriptor;
+    OwnedDescriptor descriptor;
   };
   struct Service {
     BusCall call;

@@ -10,6 +10,7 @@ namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
 class Application;
+class Battery;
 class BluetoothCentral;
 class Calendar;
 class Files;
@@ -32,6 +33,7 @@ struct VideoPlayers;
 namespace absent {
 
 Application& application();
+const Battery& battery();
 BluetoothCentral& bluetooth();
 const Bundles& bundles();
 Calendar& calendar();

@@ -38,6 +38,8 @@ struct Platform {
   NeedRef<Application> application = absent::application();
   /// Absent: forgets at once.
   NeedRef<UserDefaults> defaults = absent::defaults();
+  /// Absent: nobody tells.
+  NeedRef<const Battery> battery = absent::battery();
   /// Absent: two bundles without a name, resources or texts.
   NeedRef<const Bundles> bundles = absent::bundles();
   NeedRef<HttpClient> http = absent::http();

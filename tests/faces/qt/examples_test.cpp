@@ -24,9 +24,14 @@ TEST_F(ExamplesTest, TheQmlHostShowsTheLightByItself) {
   auto* window = qobject_cast<QQuickWindow*>(root.get());
   ASSERT_TRUE(window) << component.errorString().toStdString();
   QCoreApplication::processEvents();
-  // It has called start itself.
+  // It has called start itself, and nobody has joined yet.
   phone.loop.runFor(milliseconds(1000));
   show(200, 100, 50);
+  EXPECT_EQ(window->grabWindow().pixelColor(195, 100), QColor(Qt::black));
+  auto* audience = root->findChild<QQuickItem*>(QStringLiteral("halvoraAudienceView"));
+  ASSERT_TRUE(audience);
+  QMetaObject::invokeMethod(audience, "join");
+  phone.loop.runFor(milliseconds(300));
   const QImage seen = window->grabWindow().convertToFormat(QImage::Format_RGB32);
   EXPECT_EQ(seen.size(), QSize(390, 844));
   EXPECT_EQ(seen.pixelColor(195, 100), QColor(200, 100, 50));

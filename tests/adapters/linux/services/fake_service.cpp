@@ -121,4 +121,9 @@ std::string argumentsOf(sd_bus_message* message) {
   return text.str();
 }
 
+void FakeService::signal(const char* path, const char* interface, const char* member, bool value) {
+  ASSERT_GE(sd_bus_emit_signal(connection_.bus(), path, interface, member, "b", value ? 1 : 0), 0);
+  connection_.sent();
+}
+
 }  // namespace halvora

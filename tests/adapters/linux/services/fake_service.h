@@ -23,6 +23,9 @@ class FakeService {
   /// Killed: no farewell.
   void die();
 
+  /// A signal of its own with a truth value, to everybody.
+  void signal(const char* path, const char* interface, const char* member, bool value);
+
   /// Answers to the calls that a hanging service has kept.
   void answerKept();
 
