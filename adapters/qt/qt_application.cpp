@@ -40,9 +40,12 @@ void QtApplication::openSettings() {
   if (services_.openSettings) services_.openSettings();
 }
 
+// Told also where the application has not had the user's attention: a show may be on all the same.
 void QtApplication::setSuspended(bool isSuspended) {
-  isSuspended_ = isSuspended;
-  lookWhetherActive();
+  if (std::exchange(isSuspended_, isSuspended) == isSuspended) return;
+  if (!isSuspended) return lookWhetherActive();
+  isActive_ = false;
+  observers_.tell(&ApplicationObserver::appWillResignActive);
 }
 
 void QtApplication::lookWhetherActive() {

@@ -117,6 +117,11 @@ Window {
                     color: DeskStyle.quiet
                     text: "The phone " + window.desk.phoneStatus
                 }
+                FlashRow {
+                    objectName: "flashRow"
+                    width: parent.width
+                    desk: window.desk
+                }
                 DeskChoices {
                     objectName: "views"
                     topPadding: 8

@@ -62,6 +62,7 @@ ShowConsole::ShowConsole(const std::string& assets, RunLoop& loop, SerialQueues&
       phone_({}, assets, loop, queues, libraries),
       engine_(phone_.platform()),
       desk_(airChance_, venueOf(assets)),
+      flashes_(assets, libraries),
       modes_(modeChoices()),
       torchModes_(torchModeChoices()),
       vibrations_(vibrationChoices()),
@@ -174,6 +175,7 @@ void ShowConsole::setOnAir(bool on) {
     if (cues_.state() == QLatin1String("playing")) cues_.obey(QStringLiteral("hold"));
     endReplay();
     desk_.holdFrame();
+    flashes_.setArmed(false);
     emit frameChanged();
   }
   emit stateChanged();
@@ -225,6 +227,8 @@ void ShowConsole::setLoss(int percent) {
 }
 
 void ShowConsole::tick() {
+  flashes_.judge(desk_.look());
+  desk_.setHeld(flashes_.isWaiting());
   cues_.tick();
   if (isOnAir_ && !isReplaying() && !cues_.hasAir()) {
     for (const BroadcastBytes& packet : desk_.send(loop_.now())) transmit(packet);

@@ -18,6 +18,7 @@
 
 #include "apps/console/cue_desk.h"
 #include "apps/console/demo_phone.h"
+#include "apps/console/desk_flashes.h"
 #include "apps/console/libraries.h"
 #include "apps/console/look_history.h"
 #include "apps/console/show_desk.h"
@@ -81,6 +82,8 @@ class ShowConsole : public QObject {
   Q_PROPERTY(halvora::VenueShow* venue READ venue CONSTANT)
   /// A show that is played in the place of what the controls say.
   Q_PROPERTY(halvora::CueDesk* cues READ cues CONSTANT)
+  /// How often the look flashes, and whether it may.
+  Q_PROPERTY(halvora::DeskFlashes* flashes READ flashes CONSTANT)
 
   Q_PROPERTY(halvora::ConsoleLook look READ look NOTIFY lookChanged)
   /// Off at first. Leaving ends a replay, and a map that plays stands still.
@@ -182,6 +185,7 @@ class ShowConsole : public QObject {
   const QString& message() const { return message_; }
   VenueShow* venue() { return &venue_; }
   CueDesk* cues() { return &cues_; }
+  DeskFlashes* flashes() { return &flashes_; }
 
   const Broadcast& packet() const { return packet_; }
   HalvoraViewController& engine() { return engine_; }
@@ -219,6 +223,7 @@ class ShowConsole : public QObject {
   HalvoraViewController engine_;
   SeededRandom airChance_{kShowSeed};
   ShowDesk desk_;
+  DeskFlashes flashes_;
   const QVariantList modes_;
   const QVariantList torchModes_;
   const QVariantList vibrations_;

@@ -65,8 +65,8 @@ void ShowDesk::setBlackout(bool isBlack) {
 }
 
 // A steady light of no colour: the show is still on, so no phone goes back to its host's page.
-Broadcast ShowDesk::lookOnAir() const {
-  if (!isBlackout_) return look_;
+std::optional<Broadcast> ShowDesk::lookOnAir() const {
+  if (!isBlackout_) return isHeld_ ? allowed_ : look_;
   Broadcast black;
   black.applicationId = look_.applicationId;
   black.syncFlag = look_.syncFlag;
@@ -107,7 +107,9 @@ std::vector<BroadcastBytes> ShowDesk::send(Duration now) {
     const auto frames = playing_->first - 1 + static_cast<std::int64_t>(passed);
     setFrame(static_cast<int>(frames % playing_->count) + 1);
   }
-  Broadcast told = lookOnAir();
+  const std::optional<Broadcast> next = lookOnAir();
+  if (!next) return {};
+  Broadcast told = *next;
   if (!sent_ || !isSameLook(*sent_, told)) told.sequence = ++look_.sequence;
 
   std::vector<BroadcastBytes> packets;
@@ -118,6 +120,7 @@ std::vector<BroadcastBytes> ShowDesk::send(Duration now) {
     packets.push_back(encodeBroadcast(told));
   }
   sent_ = told;
+  if (!isBlackout_) allowed_ = told;
   return packets;
 }
 

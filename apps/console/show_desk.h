@@ -37,6 +37,9 @@ class ShowDesk {
   void setBlackout(bool isBlack);
   bool isBlackout() const { return isBlackout_; }
 
+  /// What was sent last goes on in place of the look, but for a blackout; nothing, if nothing was.
+  void setHeld(bool isHeld) { isHeld_ = isHeld; }
+
   /// Transmitters 1 to that number.
   void setTransmitters(int count);
   int transmitters() const { return transmitters_; }
@@ -70,18 +73,21 @@ class ShowDesk {
   };
 
   void setFrame(int frame);
-  /// What the next packets tell.
-  Broadcast lookOnAir() const;
+  /// What the next packets tell; none for nothing.
+  std::optional<Broadcast> lookOnAir() const;
 
   Random& chance_;
   Broadcast look_;
   /// Null until something was sent.
   std::optional<Broadcast> sent_;
+  /// Of the looks that were sent, the last one that the operator had set.
+  std::optional<Broadcast> allowed_;
   std::optional<Playing> playing_;
   int transmitters_ = 1;
   int sender_ = 0;
   int loss_ = 0;
   bool isBlackout_ = false;
+  bool isHeld_ = false;
 };
 
 }  // namespace halvora

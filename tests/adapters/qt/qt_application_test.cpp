@@ -61,6 +61,26 @@ TEST_F(QtApplicationTest, StatesThatAreAllInactiveAreOne) {
   EXPECT_EQ(heard, "");
 }
 
+TEST_F(QtApplicationTest, AMachineThatSleepsIsAnApplicationThatResigns) {
+  const Observer observer(application, heard);
+  switchTo(Qt::ApplicationActive);
+  application.setSuspended(true);
+  application.setSuspended(true);
+  EXPECT_EQ(heard, "ar");
+  switchTo(Qt::ApplicationInactive);
+  switchTo(Qt::ApplicationActive);
+  EXPECT_EQ(heard, "ar") << "nobody is there while it sleeps";
+  application.setSuspended(false);
+  EXPECT_EQ(heard, "ara");
+}
+
+TEST_F(QtApplicationTest, OneWithoutAttentionResignsBeforeItSleepsAndStaysSo) {
+  const Observer observer(application, heard);
+  application.setSuspended(true);
+  application.setSuspended(false);
+  EXPECT_EQ(heard, "r");
+}
+
 TEST_F(QtApplicationTest, AnObserverThatIsGoneIsNotTold) {
   auto observer = std::make_unique<Observer>(application, heard);
   observer.reset();

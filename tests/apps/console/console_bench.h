@@ -53,8 +53,9 @@ struct ConsoleTest : testing::Test {
     EXPECT_TRUE(root) << component.errorString().toStdString();
     if (!root) return;
     letQtWorkUntil([this] { return window().isActive() && window().isExposed(); });
-    // Most shows are on the air.
+    // Most shows are on the air, whatever they do.
     desk.setOnAir(true);
+    desk.flashes()->setArmed(true);
     settle();
   }
   ~ConsoleTest() override {

@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -108,6 +109,46 @@ TEST_F(SystemPhones, APhoneThatIsClosedInAShowLeavesNoLightOn) {
   phone.reset();
   EXPECT_TRUE(waitFor([&] { return login.levelOf("leds/white:flash") == 0; }));
   EXPECT_TRUE(waitFor([&] { return login.levelOf("backlight/panel") == 400; }));
+}
+
+struct SystemPhonesInAShow : SystemPhones {
+  void SetUp() override {
+    SystemPhones::SetUp();
+    login.addLight("leds/white:flash", 31, 0);
+    login.addLight("backlight/panel", 1000, 400);
+    login.appear();
+    Broadcast look = steadyLook();
+    look.ledMode = 1;
+    send(look);
+    openPhone();
+    ASSERT_TRUE(waitFor([&] { return isLit(1000, 31); }));
+  }
+  bool isLit(std::uint32_t screen, std::uint32_t torch) {
+    return login.levelOf("backlight/panel") == screen && login.levelOf("leds/white:flash") == torch;
+  }
+};
+
+TEST_F(SystemPhonesInAShow, AMachineThatSleepsHasItsLightsBack) {
+  const auto say = [this](bool isAsleep) {
+    login.signal("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
+                 isAsleep);
+  };
+  say(true);
+  EXPECT_TRUE(waitFor([&] { return isLit(400, 0); }));
+  const std::size_t calls = login.calls.size();
+  // The show goes on in the air.
+  const std::uint16_t before = sent.sequence;
+  sent.master = 128;
+  ASSERT_TRUE(waitFor([&] { return sent.sequence > before + 20; }));
+  EXPECT_TRUE(isLit(400, 0));
+  EXPECT_EQ(login.calls.size(), calls);
+}
+
+// A process whose phone is never destroyed, such as that of most hosts.
+TEST_F(SystemPhonesInAShow, ASignalThatEndsTheProcessGivesThePhoneBackFirst) {
+  const Timer killer(loop, loop.after(milliseconds(10), [] { std::raise(SIGTERM); }));
+  EXPECT_EQ(QCoreApplication::exec(), 128 + SIGTERM);
+  EXPECT_TRUE(waitFor([&] { return isLit(400, 0); }));
 }
 
 TEST_F(SystemPhones, WithoutServicesTheShowGoesOn) {
