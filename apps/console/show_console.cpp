@@ -228,7 +228,7 @@ void ShowConsole::setLoss(int percent) {
 
 void ShowConsole::tick() {
   flashes_.judge(desk_.look());
-  desk_.setHeld(flashes_.isWaiting());
+  desk_.setHeld(flashes_.isWaiting(), !flashes_.isHigh());
   cues_.tick();
   if (isOnAir_ && !isReplaying() && !cues_.hasAir()) {
     for (const BroadcastBytes& packet : desk_.send(loop_.now())) transmit(packet);

@@ -66,7 +66,8 @@ void ShowDesk::setBlackout(bool isBlack) {
 
 // A steady light of no colour: the show is still on, so no phone goes back to its host's page.
 std::optional<Broadcast> ShowDesk::lookOnAir() const {
-  if (!isBlackout_) return isHeld_ ? allowed_ : look_;
+  if (!isBlackout_ && !isHeld_) return look_;
+  if (!isBlackout_ && (calm_ || !sent_)) return calm_;
   Broadcast black;
   black.applicationId = look_.applicationId;
   black.syncFlag = look_.syncFlag;
@@ -120,7 +121,7 @@ std::vector<BroadcastBytes> ShowDesk::send(Duration now) {
     packets.push_back(encodeBroadcast(told));
   }
   sent_ = told;
-  if (!isBlackout_) allowed_ = told;
+  if (!isBlackout_ && isCalm_) calm_ = told;
   return packets;
 }
 

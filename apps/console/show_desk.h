@@ -37,8 +37,12 @@ class ShowDesk {
   void setBlackout(bool isBlack);
   bool isBlackout() const { return isBlackout_; }
 
-  /// What was sent last goes on in place of the look, but for a blackout; nothing, if nothing was.
-  void setHeld(bool isHeld) { isHeld_ = isHeld; }
+  /// The last look that was calm goes on in place of this one, but for a blackout; black, if none
+  /// was, and nothing, if nothing was sent at all.
+  void setHeld(bool isHeld, bool isCalm) {
+    isHeld_ = isHeld;
+    isCalm_ = isCalm;
+  }
 
   /// Transmitters 1 to that number.
   void setTransmitters(int count);
@@ -80,14 +84,15 @@ class ShowDesk {
   Broadcast look_;
   /// Null until something was sent.
   std::optional<Broadcast> sent_;
-  /// Of the looks that were sent, the last one that the operator had set.
-  std::optional<Broadcast> allowed_;
+  /// Of the looks that were sent, the last calm one that the operator had set.
+  std::optional<Broadcast> calm_;
   std::optional<Playing> playing_;
   int transmitters_ = 1;
   int sender_ = 0;
   int loss_ = 0;
   bool isBlackout_ = false;
   bool isHeld_ = false;
+  bool isCalm_ = true;
 };
 
 }  // namespace halvora
