@@ -111,7 +111,8 @@ std::vector<BroadcastBytes> ShowDesk::send(Duration now) {
   const std::optional<Broadcast> next = lookOnAir();
   if (!next) return {};
   Broadcast told = *next;
-  if (!sent_ || !isSameLook(*sent_, told)) told.sequence = ++look_.sequence;
+  const bool isSame = sent_ && isSameLook(*sent_, told);
+  told.sequence = isSame ? sent_->sequence : ++look_.sequence;
 
   std::vector<BroadcastBytes> packets;
   const int first = sender_ == 0 ? 1 : sender_;
