@@ -12,7 +12,10 @@ PHOTOSENSITIVE VIEWERS: the show contains flashing light. A look that lasts more
 flashes no more than three times a second on average, on the screen and on the torch; single phones
 may exceed that for a moment, their pauses being random. One look goes far beyond: the fast strobe,
 shown once, for about a second, in a dimmed master. `--check` holds the show to both rules; keep
-them when you edit it, and tell an audience beforehand.
+them when you edit it, and tell an audience beforehand. Where phones limit their flashes, the mean
+of every box of the hall keeps to three a second as well: torches that flash at random, each at its
+own times, are slow and short, and the random flashes of screens dimmed. A test holds the show to
+that.
 """
 
 import json
