@@ -51,6 +51,7 @@ void AirGate::refresh(Duration now) {
 
 void AirGate::reset(Duration now) {
   if (guard_) guard_->reset();
+  if (proof_) proof_->showAgain();
   map_ = 0;
   trust_ = trustAt(now);
 }

@@ -2,6 +2,7 @@
 #include "engine/air_guard.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace halvora {
 
@@ -13,14 +14,16 @@ using Act = AirVerdict::Act;
 constexpr Duration kTick = milliseconds(250);
 /// How long a stranger is reckoned with after one was there.
 constexpr Duration kWariness = milliseconds(10'000);
-/// Whoever has not been heard for so long may lose its place among the rivals, and nobody goes on
-/// from where the show was.
+/// Whoever has not been heard for so long may lose its place among the rivals.
 constexpr Duration kRivalPause = milliseconds(1250);
-constexpr Duration kHomePause = AirGuard::kSkew;
+/// Nobody goes on from where the show was if so many of its packets are not heard.
+constexpr int kHomePause = 5;
 /// Strays further apart than this have nothing to do with each other.
 constexpr Duration kStrayPause = milliseconds(750);
 /// Further than this nobody counts.
 constexpr int kMany = 10'000;
+/// How long a packet must have been followed by nothing that disputes it, to be held in a contest.
+constexpr Duration kSettling = milliseconds(1500);
 /// What a show may have gone on by since a stranger's step.
 constexpr std::uint16_t kHomeStep = 64;
 
@@ -49,12 +52,8 @@ void AirGuard::Line::take(const HeardPacket& packet, Duration now) {
   sequence = packet.sequence;
   std::ranges::copy(packet.look(), look.begin());
   packets = std::min(packets + 1, kMany);
+  gap += (std::min<Duration>(now - heard, 2 * kSkew) - gap) / 8;
   heard = now;
-}
-
-const BroadcastBytes* AirGuard::undisputed() const {
-  if (!isLearnt() || (!home_ && isWary_)) return nullptr;
-  return home_ ? &homePacket_ : &current_;
 }
 
 void AirGuard::reset() { *this = AirGuard(applicationId_, venueId_); }
@@ -68,9 +67,10 @@ AirVerdict AirGuard::judge(const HeardPacket& packet, Duration now) {
   if (isPinnedElsewhere(packet)) return AirVerdict::doubted(AirDoubt::otherShow);
   refresh(now);
   isWary_ = isWary_ && now < waryUntil_;
-  if (!contested_ && now - homeHeard_ >= kHomePause) home_.reset();
+  if (!contested_ && home_ && now - homeHeard_ >= pauseOf(*home_)) home_.reset();
   if (!lead_) return begin(packet, now);
   keepTrail(now);
+  settle(now);
   AirVerdict verdict = lead_->isFrom(packet) ? fromLead(packet, now) : fromOther(packet, now);
   const bool isOfShow = verdict.act == Act::obey || verdict.act == Act::same;
   if (isOfShow && contested_) verdict = {.act = Act::hold};
@@ -95,6 +95,8 @@ void AirGuard::lead(const Line& line) {
   contested_ = false;
   trail_ = {};
   home_.reset();
+  nextHome_.reset();
+  settling_.reset();
 }
 
 void AirGuard::refresh(Duration now) {
@@ -120,6 +122,7 @@ AirVerdict AirGuard::fromLead(const HeardPacket& packet, Duration now) {
   // On its way while a newer one overtook it.
   if (!isOthers && packet.sequence != lead_->sequence && isInStep(packet.sequence)) {
     noteHome(packet, now);
+    settling_.reset();
     return {.act = Act::same};
   }
   return rival(packet, now, AirDoubt::outOfStep);
@@ -133,15 +136,20 @@ void AirGuard::noteHome(const HeardPacket& packet, Duration now) {
 
 // Where the show was before this step, unless somebody still goes on from before the last one.
 void AirGuard::leaveHome(Duration now) {
+  const Duration before = std::exchange(lastStep_, now);
   if (contested_) return;
-  const bool isAsked = home_ && (isHomeHeard_ || now - homeSince_ < kTick);
+  const bool isAsked = home_ && (isHomeHeard_ || now - homeSince_ < pauseOf(*home_));
   homeHeard_ = isAsked && isHomeHeard_ ? homeHeard_ : now;
   if (isAsked) return;
-  home_ = *lead_;
+  const bool isProven = !nextHome_ || now - before >= pauseOf(*lead_);
+  home_ = isProven ? lead_ : nextHome_;
+  nextHome_ = lead_;
   homeSince_ = now;
   isHomeHeard_ = false;
-  homePacket_ = current_;
 }
+
+// How long it takes at least to know that nobody goes on from there.
+Duration AirGuard::pauseOf(const Line& line) { return std::max(kSkew, kHomePause * line.gap); }
 
 AirVerdict AirGuard::leadRepeats(Duration now) {
   if (mustShow_ && !contested_) {
@@ -200,6 +208,7 @@ AirVerdict AirGuard::rival(const HeardPacket& packet, Duration now, AirDoubt dou
     const Line next = *line;
     rivals_ = {};
     lead(next);
+    settled_.reset();
     lead_->isLearnt = true;
     mustShow_ = false;
     beWary(now);
@@ -282,6 +291,7 @@ bool AirGuard::isOvertaken(Duration now) const {
 }
 
 void AirGuard::countStray(Duration now) {
+  settling_.reset();
   if (!strays_.areHeard || (!contested_ && now - strays_.heard >= kStrayPause)) {
     strays_ = {.areHeard = true, .since = now, .heard = now, .alone = now};
   } else if (lead_->heard >= strays_.heard) {
@@ -308,6 +318,14 @@ void AirGuard::keepTrail(Duration now) {
   tick_ = now;
   trail_[1] = trail_[0];
   trail_[0] = position();
+}
+
+void AirGuard::settle(Duration now) {
+  if (contested_) return settling_.reset();
+  if (settling_ && now - settlingSince_ < kSettling) return;
+  if (settling_) settled_ = settling_;
+  settling_ = current_;
+  settlingSince_ = now;
 }
 
 // Whether the show was there, or between there and where it is, within the last half second.

@@ -46,7 +46,7 @@ class AirGuard {
   bool isLearnt() const { return lead_ && lead_->isLearnt; }
   /// The packet of the show that was in force before anybody disputed it, without tag; null where
   /// there was none.
-  const BroadcastBytes* undisputed() const;
+  const BroadcastBytes* undisputed() const { return isLearnt() && settled_ ? &*settled_ : nullptr; }
 
  private:
   /// A row of packets, each of which goes on from the one before.
@@ -70,6 +70,8 @@ class AirGuard {
     int packets = 1;
     Duration since;
     Duration heard;
+    /// How far apart its packets are heard, about.
+    Duration gap = milliseconds(100);
   };
   /// How far another transmitter is ahead of the leading one.
   struct Ahead {
@@ -100,6 +102,7 @@ class AirGuard {
   AirVerdict rival(const HeardPacket& packet, Duration now, AirDoubt doubt);
   void noteHome(const HeardPacket& packet, Duration now);
   void leaveHome(Duration now);
+  static Duration pauseOf(const Line& line);
   Line* nearestRival(const HeardPacket& packet, Duration now, std::uint16_t largest);
   Line* takeToRivals(const HeardPacket& packet, Duration now);
   bool maySucceed(const Line& rival, Duration now) const;
@@ -110,6 +113,7 @@ class AirGuard {
   void beWary(Duration now);
   void learn();
   void keepTrail(Duration now);
+  void settle(Duration now);
   bool isInStep(std::uint16_t sequence) const;
   std::uint16_t position() const { return ahead_ ? ahead_->sequence : lead_->sequence; }
   void lead(const Line& line);
@@ -130,11 +134,18 @@ class AirGuard {
   bool mustShow_ = false;
   /// The packet that was obeyed last.
   BroadcastBytes current_{};
+  /// One that was obeyed then, to be settled if nobody disputes it for a while; and the last that
+  /// was.
+  std::optional<BroadcastBytes> settling_;
+  Duration settlingSince_{};
+  std::optional<BroadcastBytes> settled_;
   /// Where the show was a tick ago, and before that.
   std::array<std::optional<std::uint16_t>, 2> trail_;
   /// The show before a step of its leading transmitter, as long as somebody goes on from there.
   std::optional<Line> home_;
-  BroadcastBytes homePacket_{};
+  /// What is to be that next: young enough to be a stranger's already.
+  std::optional<Line> nextHome_;
+  Duration lastStep_{};
   Duration homeSince_{};
   Duration homeHeard_{};
   bool isHomeHeard_ = false;

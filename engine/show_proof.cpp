@@ -2,6 +2,7 @@
 #include "engine/show_proof.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace halvora {
 
@@ -53,23 +54,33 @@ AirVerdict ShowProof::withoutProof(Duration now, AirDoubt doubt) const {
   return {};
 }
 
+// Nobody but the show can sign for a minute that has not been heard yet; and what a transmitter
+// said before it began anew must not take its place while it is heard.
+bool ShowProof::isAfter(const Place& place, std::uint16_t sequence, std::uint32_t epoch,
+                        Duration now) const {
+  const bool isLater = epoch > place.epoch;
+  const bool isSilent = now - place.heard >= kSilence;
+  const std::uint16_t step = stepFrom(place.sequence, sequence);
+  if (step < kHalfWayRound) return step <= kLargestStep || isLater || isSilent;
+  // Transmitters of one show may be a packet apart as the minute changes.
+  const bool isSkew = stepFrom(sequence, place.sequence) <= kLargestSkew;
+  return isLater && (!isSkew || isSilent);
+}
+
 AirVerdict ShowProof::inOrder(std::uint16_t sequence, std::uint32_t epoch, Duration now) {
   if (place_) {
-    const std::uint16_t step = stepFrom(place_->sequence, sequence);
-    if (step == 0) {
+    if (sequence == place_->sequence) {
       place_->epoch = std::max(place_->epoch, epoch);
       place_->heard = now;
-      return {.act = Act::same};
+      return {.act = std::exchange(isShownAgain_, false) ? Act::obey : Act::same};
     }
-    // Nobody but the show can sign for a minute that has not been heard yet. Transmitters of one
-    // show may be a packet apart as the minute changes, hence the silence.
-    const bool mayBeginAnew = epoch > place_->epoch && now - place_->heard >= kSilence;
-    if (step >= kHalfWayRound && !mayBeginAnew) return AirVerdict::doubted(AirDoubt::replayed);
+    if (!isAfter(*place_, sequence, epoch, now)) return AirVerdict::doubted(AirDoubt::replayed);
   }
   if (isFlooded(now) && !isConfirmed(sequence, now)) {
     return AirVerdict::doubted(AirDoubt::unconfirmed);
   }
   place_ = {sequence, epoch, now};
+  isShownAgain_ = false;
   return {.act = Act::obey};
 }
 

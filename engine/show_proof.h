@@ -19,8 +19,12 @@ class ShowProof {
  public:
   /// How long what has no good tag is ignored after one that has.
   static constexpr Duration kPreference = milliseconds(10'000);
-  /// How long nothing proven must have been heard before a newer minute may begin at any number.
+  /// How long nothing proven must have been heard before the show may go on from elsewhere.
   static constexpr Duration kSilence = milliseconds(3000);
+  /// A step forward that needs no silence: more than transmitters skip that go on from a journal.
+  static constexpr std::uint16_t kLargestStep = 2048;
+  /// So far transmitters of one show may be apart.
+  static constexpr std::uint16_t kLargestSkew = 64;
   /// So many bad tags within a second are a flood ...
   static constexpr int kFlood = 10;
   /// ... in which what is new is confirmed by a good tag at most so many numbers later, or by being
@@ -33,6 +37,8 @@ class ShowProof {
       : code_(std::move(code)), authentication_(authentication) {}
 
   AirVerdict judge(const HeardPacket& packet, Duration now, std::uint32_t epoch);
+  /// The show was dropped: what was heard last is new once more. The order stays.
+  void showAgain() { isShownAgain_ = true; }
   /// Whether a new good tag was heard lately.
   bool isProven(Duration now) const;
   std::uint64_t goodTags() const { return goodTags_; }
@@ -46,6 +52,7 @@ class ShowProof {
 
   std::optional<std::uint32_t> minuteOf(SignedBroadcastView packet, std::uint32_t epoch);
   AirVerdict withoutProof(Duration now, AirDoubt doubt) const;
+  bool isAfter(const Place& place, std::uint16_t sequence, std::uint32_t epoch, Duration now) const;
   AirVerdict inOrder(std::uint16_t sequence, std::uint32_t epoch, Duration now);
   void countBadTag(Duration now);
   bool isFlooded(Duration now) const;
@@ -55,6 +62,7 @@ class ShowProof {
   Authentication authentication_;
   /// The newest that was proven.
   std::optional<Place> place_;
+  bool isShownAgain_ = false;
   std::optional<Duration> lastGood_;
   std::uint64_t goodTags_ = 0;
   /// The good packet heard last, which is most often the next one as well, and its minute.

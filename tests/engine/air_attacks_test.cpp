@@ -100,6 +100,34 @@ TEST(AirAttacks, NobodyWhoCannotSilenceTheShowGetsIt) {
   }
 }
 
+// Two say the show's numbers with different looks, one a moment after the other. Whether the show
+// is the first or the second is the same to whoever hears them: a rule that followed one of them
+// would lose the hall to a stranger who is the other.
+TEST(AirAttacks, OfTwoWhoSayTheSameNumbersNeitherIsFollowed) {
+  const auto hearBoth = [](AirBench& bench, int first, int second) {
+    bench.repeat(trueLook(10, 3), 5000);
+    int seconds = 0;
+    for (int sequence = 11; sequence < 21; ++sequence) {
+      for (int again = 0; again < 5; ++again) {
+        bench.hear(trueLook(sequence, first));
+        bench.runFor(20);
+        bench.hear(trueLook(sequence, second));
+        bench.runFor(80);
+        seconds += bench.mode() == 3 ? 0 : 100;
+      }
+    }
+    return seconds;
+  };
+  AirBench guarded(guardedAir());
+  EXPECT_LE(hearBoth(guarded, 4, kRogueMode), 500);
+  EXPECT_EQ(guarded.trust(), AirTrust::contested);
+  AirBench turned(guardedAir());
+  EXPECT_LE(hearBoth(turned, kRogueMode, 4), 500) << "and the stranger's no longer than that";
+  AirBench exact(AirOptions{});
+  EXPECT_EQ(hearBoth(exact, kRogueMode, 4), 5000) << "whoever speaks first";
+  EXPECT_EQ(exact.mode(), kRogueMode);
+}
+
 TEST(AirAttacks, BadTagsTakeNoRoomAndNotTheShow) {
   if (!countsAllocations()) GTEST_SKIP() << "a sanitizer owns the heap";
   AirBench bench(signedAir(Authentication::require, AirPolicy::guarded));

@@ -64,6 +64,15 @@ TEST(RequiredProof, AReplayWithinThemCannotGoBack) {
   EXPECT_EQ(bench.mode(), 0U) << "nor once the show was dropped";
 }
 
+TEST(RequiredProof, AShowThatWasOutOfReachIsShownUnderTheSameNumber) {
+  AirBench bench(signedAir(Authentication::require));
+  bench.hearSigned(trueLook(6, 3));
+  bench.runFor(10'000);
+  ASSERT_EQ(bench.mode(), 0U) << "dropped";
+  bench.hearSigned(trueLook(6, 3));
+  EXPECT_EQ(bench.mode(), 3U);
+}
+
 TEST(RequiredProof, TheFirstGoodPacketSetsTheOrder) {
   AirBench bench(signedAir(Authentication::prefer));
   bench.hear(trueLook(60000, 9));
