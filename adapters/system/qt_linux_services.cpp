@@ -17,6 +17,7 @@
 #include "adapters/linux/services/linux_battery.h"
 #include "adapters/linux/services/linux_haptics.h"
 #include "adapters/linux/services/linux_torch.h"
+#include "adapters/linux/services/settings_portal.h"
 #include "adapters/linux/services/sleep_watch.h"
 #include "adapters/linux/services/termination_watch.h"
 #include "adapters/qt/qt_descriptors.h"
@@ -115,6 +116,8 @@ struct QtLinuxServices::Parts {
   std::function<void(bool isAsleep)> sleepTold;
   SleepWatch sleep;
   std::optional<TerminationWatch> termination;
+  SystemWishes wishes;
+  SettingsPortal portal{buses.session, [this](const UserWishes& now) { wishes.set(now); }};
 };
 
 QtLinuxServices::QtLinuxServices(RunLoop& loop, const QtLinuxOptions& options)
@@ -143,6 +146,8 @@ void QtLinuxServices::giveBack() {
   parts_->torch.giveBack();
   if (parts_->backlight) parts_->backlight->giveBack();
 }
+
+SystemWishes& QtLinuxServices::wishes() { return parts_->wishes; }
 
 BluetoothDiagnostics QtLinuxServices::bluetoothDiagnostics() const {
   return parts_->central.diagnostics();

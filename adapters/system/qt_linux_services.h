@@ -10,6 +10,7 @@
 
 #include "adapters/linux/bluetooth/bluez_central.h"
 #include "adapters/qt/qt_platform_services.h"
+#include "faces/qt/system_wishes.h"
 #include "halvora/platform/run_loop.h"
 
 namespace halvora {
@@ -48,6 +49,8 @@ class QtLinuxServices {
   BluetoothDiagnostics bluetoothDiagnostics() const;
   /// What a show has changed of the lights is as it was, at once; for an application that ends.
   void giveBack();
+  /// What the desktop's portal says that its user wants, for `HalvoraHost::install`.
+  SystemWishes& wishes();
 
  private:
   struct Parts;

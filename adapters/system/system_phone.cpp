@@ -78,6 +78,8 @@ struct SystemPhone::Parts {
   QtPlatform qt;
 #ifdef HALVORA_HAS_BLUETOOTH
   QtLinuxServices services;
+#else
+  SystemWishes wishes;
 #endif
   /// Ends the connection.
   QObject context;
@@ -109,6 +111,14 @@ BluetoothDiagnostics SystemPhone::bluetoothDiagnostics() const {
 #endif
 }
 
+SystemWishes& SystemPhone::wishes() {
+#ifdef HALVORA_HAS_BLUETOOTH
+  return parts_->services.wishes();
+#else
+  return parts_->wishes;
+#endif
+}
+
 // Where a host installs nothing in a QML engine, its views show the process's engine on this
 // machine.
 void HalvoraHost::installSystem(QQmlEngine& qml) {
@@ -118,7 +128,7 @@ void HalvoraHost::installSystem(QQmlEngine& qml) {
     made.viewDidLoad();
     return made;
   }();
-  install(qml, phone.platform(), engine);
+  install(qml, phone.platform(), engine, &phone.wishes());
 }
 
 }  // namespace halvora

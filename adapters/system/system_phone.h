@@ -8,6 +8,7 @@
 
 #include "adapters/qt/qt_platform.h"
 #include "adapters/system/qt_linux_services.h"
+#include "faces/qt/system_wishes.h"
 #include "halvora/engine.h"
 #include "halvora/platform/platform.h"
 #include "halvora/platform/run_loop.h"
@@ -32,6 +33,9 @@ class SystemPhone {
   const EngineOptions& engineOptions() const;
   /// How its radio is doing; of a build without one, that it is not.
   BluetoothDiagnostics bluetoothDiagnostics() const;
+  /// What its user wants of everything that is shown, for `HalvoraHost::install`; in a build
+  /// without the services of a Linux system nothing is known of that.
+  SystemWishes& wishes();
 
  private:
   struct Parts;

@@ -2,6 +2,7 @@
 // The phone as its user holds it. What lies on its screen is a host's whole interface: the page of
 // the application with the status panel, and over it the light, which covers it during a show.
 import QtQuick
+import QtQuick.Window
 import Halvora
 import HalvoraDemo
 
@@ -45,17 +46,40 @@ Item {
             font.pixelSize: 15
             text: "Hold up your phone when the lights go down"
         }
-        HalvoraStatusView {
-            id: status
+        // At the foot of the page, and scrolled where texts are larger than it is.
+        Flickable {
+            id: page
 
-            anchors.left: parent.left
-            anchors.right: parent.right
-            anchors.bottom: parent.bottom
+            readonly property Item atKeys: Window.activeFocusItem
+
+            objectName: "hostScroller"
+            anchors.fill: parent
             anchors.margins: 32
-            defaultVenueId: 7
-            statusTextColour: DeskStyle.text
-            actionButtonColour: DeskStyle.accent
-            actionButtonTitleColour: DeskStyle.inkOverAccent
+            contentHeight: Math.max(height, status.height)
+            interactive: contentHeight > height
+            boundsBehavior: Flickable.StopAtBounds
+            onAtKeysChanged: {
+                for (let item = atKeys; item; item = item.parent) {
+                    if (item !== status)
+                        continue;
+                    const top = atKeys.mapToItem(contentItem, 0, 0).y - 3;
+                    const least = top + atKeys.height + 6 - height;
+                    contentY = Math.max(0, Math.min(Math.max(contentY, least), top));
+                }
+            }
+
+            HalvoraStatusView {
+                id: status
+
+                width: parent.width
+                y: parent.height - height
+                defaultVenueId: 7
+                explainsStates: true
+                asksOnAnotherDay: true
+                statusTextColour: DeskStyle.text
+                actionButtonColour: DeskStyle.accent
+                actionButtonTitleColour: DeskStyle.inkOverAccent
+            }
         }
     }
     HalvoraView {

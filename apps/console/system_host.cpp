@@ -29,7 +29,9 @@ SystemHost::SystemHost(const std::string& assets, const QtLinuxOptions& options)
   looks_ = Timer(loop(), loop().every(kBetweenLooks, [this] { look(); }));
 }
 
-void SystemHost::install(QQmlEngine& qml) { HalvoraHost::install(qml, phone_.platform(), engine_); }
+void SystemHost::install(QQmlEngine& qml) {
+  HalvoraHost::install(qml, phone_.platform(), engine_, &phone_.wishes());
+}
 
 // Where the daemon has adapters, and not the one that was named.
 QString SystemHost::missing(const BluetoothDiagnostics& found) const {

@@ -17,9 +17,21 @@ Window {
         onLightShowStarted: console.info("the show begins")
         Component.onCompleted: start()
     }
-    HalvoraStatusView {
-        anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: 16 }
-        defaultVenueId: 7
+    // At the foot, and scrolled where texts are larger than the screen.
+    Flickable {
+        anchors { fill: parent; margins: 16 }
+        contentHeight: Math.max(height, status.height)
+        interactive: contentHeight > height
+
+        HalvoraStatusView {
+            id: status
+
+            width: parent.width
+            y: parent.height - height
+            defaultVenueId: 7
+            explainsStates: true
+            asksOnAnotherDay: true
+        }
     }
     // Warns of flashing light before anybody joins, and lets everybody leave in mid-show.
     HalvoraAudienceView {

@@ -95,10 +95,10 @@ T.Switch {
     }
     background: Rectangle {
         objectName: "gentleBackground"
-        color: StatusMetrics.raised
+        color: root.label.colours.raised
         radius: 8
         border.width: 1
-        border.color: StatusMetrics.hairline
+        border.color: root.label.colours.hairline
 
         StatusFocusRing {
             objectName: "gentleFocusRing"

@@ -36,10 +36,12 @@ Item {
     // Whether the panel asks about a seat that was chosen on another day.
     property alias asksOnAnotherDay: panel.asksOnAnotherDay
 
-    // For the user rather than for the host: all texts are so many times their size, at first as
-    // large as the system asks for, and nothing slides or turns by itself.
+    // For the user rather than for the host, and at first as the system says that the user wants it:
+    // all texts are so many times their size, one ink on one ground takes the place of the host's
+    // colours, and nothing slides or turns by itself.
     property alias textScale: panel.textScale
-    property bool reducedMotion: false
+    property alias highContrast: panel.highContrast
+    property bool reducedMotion: panel.wantsReducedMotion
 
     // For the views in here.
     readonly property alias panel: panel
@@ -116,6 +118,17 @@ Item {
         objectName: "statusPanel"
         viewWidth: root.width
         contentHeight: stack.implicitHeight
+        highContrast: wantsHighContrast
+    }
+
+    // What the host has behind the panel may be anything.
+    Rectangle {
+        objectName: "panelGround"
+        visible: panel.colours.high && stack.height > 0
+        anchors.fill: stack
+        anchors.margins: -6
+        radius: 6
+        color: panel.colours.ground
     }
 
     // What is hidden takes no room, and neither does the space that belongs to it.

@@ -11,6 +11,9 @@ T.TextField {
     // How much of the sheet is in sight at once; 0 for as much as is wanted.
     property real sight: 0
     readonly property font letters: wizard.filterLabel.font
+    // What is typed ends where the number of matches, and the button beside it, begin.
+    readonly property real taken: text === "" ? 14 : clearButton.width + matches.width + 8
+    readonly property bool isMirrored: LayoutMirroring.enabled
 
     // Goes on from what is typed elsewhere.
     function type(text: string): void {
@@ -19,8 +22,8 @@ T.TextField {
     }
 
     implicitHeight: Math.max(contentHeight + topPadding + bottomPadding, StatusMetrics.target)
-    leftPadding: 14
-    rightPadding: 14
+    leftPadding: isMirrored ? taken : 14
+    rightPadding: isMirrored ? 14 : taken
     topPadding: 8
     bottomPadding: 8
     font.family: letters.family
@@ -28,9 +31,11 @@ T.TextField {
                               : letters.pixelSize
     color: wizard.pickerTitle.colour
     selectionColor: wizard.closeButton.titleColour
-    selectedTextColor: "white"
+    selectedTextColor: wizard.colours.selectedInk
     selectByMouse: true
     maximumLength: 200
+    // Digits begin where lines begin, too.
+    horizontalAlignment: TextInput.AlignLeft
     verticalAlignment: TextInput.AlignVCenter
     inputMethodHints: Qt.ImhNoPredictiveText
     placeholderText: wizard.filterHint
@@ -48,8 +53,8 @@ T.TextField {
         objectName: "filterHint"
         visible: field.text === "" && field.preeditText === ""
         anchors.fill: parent
-        anchors.leftMargin: field.leftPadding
-        anchors.rightMargin: field.rightPadding
+        anchors.leftMargin: 14
+        anchors.rightMargin: 14
         text: field.placeholderText
         textFormat: Text.PlainText
         font: field.font
@@ -67,11 +72,15 @@ T.TextField {
         objectName: "filterMatches"
         visible: field.text !== ""
         anchors.right: clearButton.left
-        anchors.verticalCenter: parent.verticalCenter
+        height: parent.height
+        verticalAlignment: Text.AlignVCenter
+        width: Math.min(implicitWidth, Math.floor((field.width - clearButton.width) / 2))
         text: field.wizard.filterMatches
         textFormat: Text.PlainText
         font: field.font
         color: field.wizard.filterLabel.colour
+        fontSizeMode: Text.HorizontalFit
+        minimumPixelSize: 10
         Accessible.ignored: true
     }
     T.AbstractButton {
@@ -101,11 +110,14 @@ T.TextField {
     background: Rectangle {
         objectName: "filterBackground"
         radius: 10
-        color: StatusMetrics.raised
+        color: field.wizard.colours.raised
+        border.width: field.wizard.colours.lineWidth
+        border.color: field.wizard.colours.field
 
         StatusFocusRing {
             objectName: "filterFocusRing"
             around: parent.radius
+            colours: field.wizard.colours
             visible: field.activeFocus
         }
     }

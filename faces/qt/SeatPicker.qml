@@ -82,11 +82,14 @@ FocusScope {
         width: parent.width
         height: picker.rowHeight
         radius: 10
-        color: StatusMetrics.raised
+        color: picker.wizard.colours.raised
+        border.width: picker.wizard.colours.outlineWidth
+        border.color: picker.wizard.colours.hairline
 
         StatusFocusRing {
             objectName: "pickerFocusRing"
             around: parent.radius
+            colours: picker.wizard.colours
             visible: view.isKeyed
         }
     }

@@ -23,7 +23,8 @@ Column {
     width: wheel ? wheel.availableWidth : 0
     height: wheel ? wheel.availableHeight / wheel.visibleItemCount : 0
     // Never paler than can be read.
-    opacity: Math.max(0.5, 1 - 0.35 * Math.min(away, 1) - 0.12 * away)
+    opacity: wizard && wizard.colours.high ? 1
+                                           : Math.max(0.5, 1 - 0.35 * Math.min(away, 1) - 0.12 * away)
     Accessible.role: Accessible.ListItem
     Accessible.name: wizard ? wizard.spokenRowAt(index) : title
     Accessible.selectable: true

@@ -89,8 +89,8 @@ FocusScope {
             anchors.fill: parent
             color: "transparent"
             radius: 10
-            border.width: 1
-            border.color: StatusMetrics.hairline
+            border.width: plan.wizard.colours.lineWidth
+            border.color: plan.wizard.colours.hairline
         }
         Item {
             objectName: "standingPictureClip"
@@ -113,7 +113,7 @@ FocusScope {
             width: Math.min(stageSign.implicitWidth + 20, parent.width)
             height: stageSign.implicitHeight + 6
             radius: 6
-            color: StatusMetrics.sign
+            color: plan.wizard.colours.sign
 
             Text {
                 id: stageSign
@@ -124,7 +124,7 @@ FocusScope {
                 text: plan.wizard.stageLabel.text
                 textFormat: Text.PlainText
                 font: plan.wizard.stageLabel.font
-                color: "white"
+                color: plan.wizard.colours.ink
                 fontSizeMode: Text.HorizontalFit
                 minimumPixelSize: 10
                 elide: Text.ElideRight
@@ -180,6 +180,7 @@ FocusScope {
         StatusFocusRing {
             objectName: "standingFocusRing"
             around: 10
+            colours: plan.wizard.colours
             visible: area.isKeyed
         }
     }

@@ -44,7 +44,7 @@ T.Popup {
 
     T.Overlay.modal: Rectangle {
         objectName: "sheetShade"
-        color: StatusMetrics.shade
+        color: root.wizard.colours.shade
     }
     enter: Transition {
         NumberAnimation {
@@ -67,8 +67,8 @@ T.Popup {
         objectName: "sheetBackground"
         color: root.wizard.background
         radius: 14
-        border.width: 1
-        border.color: StatusMetrics.hairline
+        border.width: root.wizard.colours.lineWidth
+        border.color: root.wizard.colours.hairline
 
         // On a phone the sheet ends where the screen does.
         Rectangle {

@@ -17,6 +17,7 @@ Item {
         objectName: "closeButton"
         look: top.wizard.closeButton
         anchors.left: parent.left
+        anchors.verticalCenter: parent.verticalCenter
         leftPadding: mirrored ? 16 : 0
         rightPadding: mirrored ? 0 : 16
         room: top.width / 2 - 16

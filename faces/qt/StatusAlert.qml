@@ -29,7 +29,7 @@ T.Popup {
 
     T.Overlay.modal: Rectangle {
         objectName: "alertShade"
-        color: StatusMetrics.shade
+        color: root.look.colours.shade
     }
     enter: Transition {
         NumberAnimation {
@@ -48,10 +48,10 @@ T.Popup {
     }
     background: Rectangle {
         objectName: "alertBackground"
-        color: StatusMetrics.alert
+        color: root.look.colours.alert
         radius: 14
-        border.width: 1
-        border.color: StatusMetrics.hairline
+        border.width: root.look.colours.lineWidth
+        border.color: root.look.colours.hairline
     }
     contentItem: StatusAlertContent {
         look: root.look

@@ -67,8 +67,8 @@ FocusScope {
         objectName: "alertLine"
         anchors.bottom: button.top
         width: parent.width
-        height: 1
-        color: StatusMetrics.hairline
+        height: content.look.colours.lineWidth
+        color: content.look.colours.hairline
     }
     StatusButton {
         id: button

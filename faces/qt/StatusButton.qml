@@ -52,6 +52,8 @@ T.Button {
         objectName: "buttonBackground"
         color: button.look.background
         radius: button.look.cornerRadius
+        border.width: color.a > 0 ? button.look.colours.outlineWidth : 0
+        border.color: button.look.colours.hairline
 
         Rectangle {
             objectName: "buttonVeil"
@@ -64,6 +66,7 @@ T.Button {
         StatusFocusRing {
             objectName: "buttonFocusRing"
             around: parent.radius
+            colours: button.look.colours
             visible: button.visualFocus
         }
     }

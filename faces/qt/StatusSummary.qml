@@ -29,12 +29,10 @@ Item {
         width: row.panel.summaryTextFrame.width
         height: row.panel.summaryTextFrame.height
         verticalAlignment: Text.AlignVCenter
-        readonly property bool isOneLine: row.panel.textScale <= 1 || width >= Math.ceil(implicitWidth) - 1
-
-        wrapMode: isOneLine ? Text.NoWrap : Text.Wrap
-        maximumLineCount: isOneLine ? 1 : 10
+        wrapMode: row.panel.summaryWraps ? Text.Wrap : Text.NoWrap
+        maximumLineCount: row.panel.summaryWraps ? 10 : 1
         // Some scripts are a pixel wider than they measure.
-        elide: isOneLine && width < implicitWidth - 2 ? Text.ElideRight : Text.ElideNone
+        elide: !row.panel.summaryWraps && width < implicitWidth - 2 ? Text.ElideRight : Text.ElideNone
         Accessible.name: row.panel.spokenSummary
     }
     // Colour alone tells nothing to who cannot see it.
@@ -67,6 +65,8 @@ Item {
         height: row.panel.dotFrame.height
         radius: height / 2
         color: row.panel.dotColour
+        border.width: row.panel.colours.outlineWidth / 2
+        border.color: row.panel.colours.ink
         Accessible.role: Accessible.Indicator
         Accessible.name: row.panel.spokenDot
         onVisibleChanged: {

@@ -22,11 +22,11 @@ HalvoraHost& HalvoraHost::of(QQmlEngine& engine) {
 }
 
 void HalvoraHost::install(QQmlEngine& engine, const Platform& platform,
-                          HalvoraViewController& controller) {
+                          HalvoraViewController& controller, SystemWishes* wishes) {
   // Whoever hears of the old one's end, and acts, finds the new one.
   const std::unique_ptr<HalvoraHost> old(installedIn(engine));
   if (old) old->setParent(nullptr);
-  new HalvoraHost(engine, platform, controller);
+  new HalvoraHost(engine, platform, controller, wishes);
 }
 
 // An item that hears of it may destroy others.

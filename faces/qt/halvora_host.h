@@ -6,9 +6,11 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QQmlEngine>
 #include <vector>
 
+#include "faces/qt/system_wishes.h"
 #include "halvora/engine.h"
 #include "halvora/platform/platform.h"
 #include "halvora/witness.h"
@@ -30,14 +32,17 @@ class HalvoraHost : public QObject {
   /// then on, and it may be destroyed as soon as this returns. The controller has its view loaded.
   /// The needs outlive the QML engine, or are kept until something else was installed. So does the
   /// controller; one that goes before leaves its light dark and its panels as they are.
+  /// What the user has asked the system for is followed as long as `wishes` is there, if any are.
   static void install(QQmlEngine& engine, const Platform& platform,
-                      HalvoraViewController& controller);
+                      HalvoraViewController& controller, SystemWishes* wishes = nullptr);
   ~HalvoraHost() override;
 
   const Platform& platform() const { return platform_; }
   /// Only while there is one.
   HalvoraViewController& controller() const { return controller_; }
   bool hasController() const { return !controllerLife_.isGone(); }
+  /// Null where nobody follows the system.
+  const SystemWishes* wishes() const { return wishes_; }
 
   /// An engine's view is in one place at a time: the item that came last shows it, and when that
   /// leaves, the one before has it again. An item leaves before it goes.
@@ -50,15 +55,18 @@ class HalvoraHost : public QObject {
   void showTold(bool hasBegun);
 
  private:
-  HalvoraHost(QQmlEngine& engine, const Platform& platform, HalvoraViewController& controller)
+  HalvoraHost(QQmlEngine& engine, const Platform& platform, HalvoraViewController& controller,
+              SystemWishes* wishes)
       : QObject(&engine),
         platform_(platform),
         controller_(controller),
-        controllerLife_(controller.life()) {}
+        controllerLife_(controller.life()),
+        wishes_(wishes) {}
 
   const Platform platform_;
   HalvoraViewController& controller_;
   const Witness controllerLife_;
+  const QPointer<SystemWishes> wishes_;
   std::vector<HalvoraViewItem*> items_;
 };
 

@@ -69,13 +69,22 @@ QString textFrom(std::string_view text) {
 }
 
 QString LabelLook::text() const { return textFrom(label_.text); }
-QColor LabelLook::colour() const { return colourWithAlpha(label_.colour); }
+QColor LabelLook::colour() const {
+  return colours().high() ? colours().ink() : colourWithAlpha(label_.colour);
+}
 QFont LabelLook::font() const { return fontOf(label_.font, reading_.textScale); }
 QFont LabelLook::fontWithin(const QString& text, qreal width) const {
   return keepingWords(font(), text, width);
 }
-QColor LabelLook::background() const { return colourWithAlpha(label_.background); }
-QColor LabelLook::borderColour() const { return colourWithAlpha(label_.border.colour); }
+QColor LabelLook::background() const {
+  return colours().high() ? colours().ground() : colourWithAlpha(label_.background);
+}
+qreal LabelLook::borderWidth() const {
+  return colours().high() ? colours().lineWidth() : label_.border.width;
+}
+QColor LabelLook::borderColour() const {
+  return colours().high() ? colours().hairline() : colourWithAlpha(label_.border.colour);
+}
 
 // Where the layout is mirrored, QML takes "left" for the side where lines begin.
 int LabelLook::alignment() const {
@@ -101,10 +110,18 @@ qreal LabelLook::lineHeight() const {
 }
 
 QString ButtonLook::title() const { return textFrom(button_.title); }
-QColor ButtonLook::titleColour() const { return colourWithAlpha(button_.titleColour); }
+QColor ButtonLook::titleColour() const {
+  if (!colours().high()) return colourWithAlpha(button_.titleColour);
+  return isFilled() ? colours().ground() : colours().ink();
+}
 QFont ButtonLook::font() const { return fontOf(button_.font, reading_.textScale); }
 QFont ButtonLook::fontWithin(qreal width) const { return keepingWords(font(), title(), width); }
-QColor ButtonLook::background() const { return colourWithAlpha(button_.background); }
+QColor ButtonLook::background() const {
+  if (!colours().high() || !button_.background) return colourWithAlpha(button_.background);
+  return isFilled() ? colours().ink() : colours().ground();
+}
+// What cannot be pressed is an outline there, and not paler.
+qreal ButtonLook::alpha() const { return colours().high() ? 1 : button_.alpha; }
 
 LabelLook AlertLook::title() const {
   if (!alert_) return {};

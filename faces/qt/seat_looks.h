@@ -14,6 +14,7 @@
 
 #include <qqmlregistration.h>
 
+#include "faces/qt/seat_colours.h"
 #include "halvora/labels.h"
 #include "halvora/platform/screen.h"
 
@@ -23,6 +24,7 @@ namespace halvora {
 struct Reading {
   double textScale = 1;
   bool isRightToLeft = false;
+  SeatPalette palette = SeatPalette::usual;
   friend bool operator==(const Reading&, const Reading&) = default;
 };
 
@@ -43,6 +45,7 @@ class LabelLook {
   Q_PROPERTY(qreal cornerRadius READ cornerRadius)
   Q_PROPERTY(qreal borderWidth READ borderWidth)
   Q_PROPERTY(QColor borderColour READ borderColour)
+  Q_PROPERTY(halvora::SeatColours colours READ colours)
 
  public:
   /// Of none.
@@ -63,8 +66,9 @@ class LabelLook {
   qreal alpha() const { return label_.alpha; }
   QColor background() const;
   qreal cornerRadius() const { return label_.cornerRadius; }
-  qreal borderWidth() const { return label_.border.width; }
+  qreal borderWidth() const;
   QColor borderColour() const;
+  SeatColours colours() const { return SeatColours(reading_.palette); }
   friend bool operator==(const LabelLook&, const LabelLook&) = default;
 
  private:
@@ -84,6 +88,7 @@ class ButtonLook {
   Q_PROPERTY(QColor background READ background)
   Q_PROPERTY(qreal cornerRadius READ cornerRadius)
   Q_PROPERTY(qreal height READ height)
+  Q_PROPERTY(halvora::SeatColours colours READ colours)
 
  public:
   /// Of none.
@@ -101,13 +106,17 @@ class ButtonLook {
   QString title() const;
   QColor titleColour() const;
   QFont font() const;
-  qreal alpha() const { return button_.alpha; }
+  qreal alpha() const;
   QColor background() const;
   qreal cornerRadius() const { return button_.cornerRadius; }
+  SeatColours colours() const { return SeatColours(reading_.palette); }
   qreal height() const { return button_.height; }
   friend bool operator==(const ButtonLook&, const ButtonLook&) = default;
 
  private:
+  /// In high contrast: ink under a title in the colour of the ground.
+  bool isFilled() const { return button_.background.has_value() && button_.enabled; }
+
   Button button_;
   Reading reading_;
 };
@@ -119,6 +128,7 @@ class AlertLook {
   Q_PROPERTY(halvora::LabelLook title READ title)
   Q_PROPERTY(halvora::LabelLook message READ message)
   Q_PROPERTY(halvora::ButtonLook button READ button)
+  Q_PROPERTY(halvora::SeatColours colours READ colours)
 
  public:
   AlertLook() = default;
@@ -129,6 +139,7 @@ class AlertLook {
   LabelLook title() const;
   LabelLook message() const;
   ButtonLook button() const;
+  SeatColours colours() const { return SeatColours(reading_.palette); }
   friend bool operator==(const AlertLook&, const AlertLook&) = default;
 
  private:

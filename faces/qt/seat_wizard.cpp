@@ -70,6 +70,18 @@ const SeatSelectorViews& SeatWizard::views() const {
   return selector_ ? selector_->views() : kNone;
 }
 
+QColor SeatWizard::background() const {
+  return colours().high() ? colours().ground() : colourWithAlpha(views().background);
+}
+
+QColor SeatWizard::dotColour() const {
+  return colours().high() ? colours().ink() : colourWithAlpha(dot().background);
+}
+
+QColor SeatWizard::dotBorderColour() const {
+  return colours().high() ? colours().ground() : colourWithAlpha(dot().border.colour);
+}
+
 std::string SeatWizard::text(const char* key, const char* fallback) const {
   return selector_ ? selector_->localizedStringForKey(key, fallback) : std::string();
 }

@@ -57,6 +57,7 @@ class SeatWizard : public QObject {
   QML_UNCREATABLE("the status panel has one")
   Q_PROPERTY(bool isPresented READ isPresented NOTIFY presentedChanged)
   Q_PROPERTY(QColor background READ background NOTIFY changed)
+  Q_PROPERTY(halvora::SeatColours colours READ colours NOTIFY changed)
   Q_PROPERTY(halvora::ButtonLook closeButton READ closeButton NOTIFY changed)
   Q_PROPERTY(halvora::LabelLook titleLabel READ titleLabel NOTIFY changed)
   Q_PROPERTY(halvora::LabelLook stepLabel READ stepLabel NOTIFY changed)
@@ -114,7 +115,8 @@ class SeatWizard : public QObject {
   bool isPresented() const { return isPresented_; }
   /// From when it is presented until `leftScreen`.
   bool isLoaded() const { return selector_ != nullptr; }
-  QColor background() const { return colourWithAlpha(views().background); }
+  QColor background() const;
+  SeatColours colours() const { return SeatColours(reading_.palette); }
   ButtonLook closeButton() const { return {views().closeButton, reading_}; }
   LabelLook titleLabel() const { return {views().titleLabel, reading_}; }
   LabelLook stepLabel() const { return {views().stepLabel, reading_}; }
@@ -142,9 +144,9 @@ class SeatWizard : public QObject {
   QPointF dotCentre() const { return {dot().center.x, dot().center.y}; }
   qreal dotWidth() const { return dot().width; }
   qreal dotCornerRadius() const { return dot().cornerRadius; }
-  QColor dotColour() const { return colourWithAlpha(dot().background); }
+  QColor dotColour() const;
   qreal dotBorderWidth() const { return dot().border.width; }
-  QColor dotBorderColour() const { return colourWithAlpha(dot().border.colour); }
+  QColor dotBorderColour() const;
   QString spokenPlan() const { return textFrom(views().spokenPlan); }
   QString spokenPlace() const { return textFrom(views().spokenPlace); }
   QSizeF planPictureSize() const { return planPicture_.size(); }

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Distances and colours that all parts of the panel and the wizard share, as a QML singleton. What
+// Distances and times that all parts of the panel and the wizard share, as a QML singleton. What
 // the panel's and the wizard's own values say is not repeated here. Stateless; main thread.
 #pragma once
 
-#include <QColor>
 #include <QObject>
 
 #include <qqmlregistration.h>
@@ -29,12 +28,6 @@ class StatusMetrics : public QObject {
   Q_PROPERTY(int pulseShrinks MEMBER pulseShrinks_ CONSTANT)
   /// Milliseconds that a sheet takes to come or go.
   Q_PROPERTY(int slide MEMBER slide_ CONSTANT)
-  Q_PROPERTY(QColor hairline MEMBER hairline_ CONSTANT)
-  Q_PROPERTY(QColor raised MEMBER raised_ CONSTANT)
-  Q_PROPERTY(QColor alert MEMBER alert_ CONSTANT)
-  Q_PROPERTY(QColor shade MEMBER shade_ CONSTANT)
-  /// Behind words that lie on a picture.
-  Q_PROPERTY(QColor sign MEMBER sign_ CONSTANT)
 
  public:
   using QObject::QObject;
@@ -50,11 +43,6 @@ class StatusMetrics : public QObject {
   const int pulseGrows_ = static_cast<int>(kDotPulse.there / milliseconds(1));
   const int pulseShrinks_ = static_cast<int>(kDotPulse.back / milliseconds(1));
   const int slide_ = 260;
-  const QColor hairline_{255, 255, 255, 41};
-  const QColor raised_{255, 255, 255, 23};
-  const QColor alert_{28, 28, 31};
-  const QColor shade_{0, 0, 0, 153};
-  const QColor sign_{0, 0, 0, 190};
 };
 
 }  // namespace halvora

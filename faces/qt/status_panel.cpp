@@ -42,6 +42,8 @@ StatusPanel::StatusPanel(QObject* parent) : QObject(parent), textScale_(systemTe
   actionButtonHeight_ = usual.actionButtonHeight;
   connect(this, &StatusPanel::fieldsChanged, this, &StatusPanel::applyFields);
   connect(this, &StatusPanel::textScaleChanged, this, &StatusPanel::applyTextScale);
+  connect(this, &StatusPanel::highContrastChanged, this, &StatusPanel::applyContrast);
+  connect(this, &StatusPanel::wishesChanged, this, &StatusPanel::applyContrast);
   connect(this, &StatusPanel::viewWidthChanged, this, &StatusPanel::layoutWidthChanged);
   connect(this, &StatusPanel::viewWidthChanged, this, &StatusPanel::layOutSoon);
   connect(this, &StatusPanel::contentHeightChanged, this, &StatusPanel::layOutSoon);
@@ -90,7 +92,8 @@ void StatusPanel::componentComplete() {
   reading_.isRightToLeft =
       controller_->hvLocalizedStringForKey("hv_layout_direction", "ltr") == "rtl";
   const QPointer<StatusPanel> self(this);
-  applyTextScale();
+  followWishes(host.wishes());
+  if (self) applyTextScale();
   if (self && controller_ != nullptr) controller_->viewDidLoad();
   if (self) layOut();
 }
@@ -100,6 +103,7 @@ void StatusPanel::unload() {
   coordinator_.reset();
   engine_.reset();
   pulse_.reset();
+  if (wishes_) wishes_->disconnect(this);
   const QPointer<StatusPanel> self(this);
   wizard_.forget();
   if (self) emit changed();
@@ -115,6 +119,21 @@ void StatusPanel::applyTextScale() {
   wizard_.setReading(reading_);
   if (self) refresh();
   if (self) layOutSoon();
+}
+
+void StatusPanel::applyContrast() {
+  const SeatPalette palette = paletteFor(highContrast_, wishes().scheme);
+  if (std::exchange(reading_.palette, palette) == palette) return;
+  const QPointer<StatusPanel> self(this);
+  wizard_.setReading(reading_);
+  if (self) refresh();
+}
+
+void StatusPanel::followWishes(const SystemWishes* wishes) {
+  if (wishes == nullptr) return;
+  wishes_ = wishes;
+  connect(wishes, &SystemWishes::changed, this, &StatusPanel::wishesChanged);
+  emit wishesChanged();
 }
 
 // The panel has shown what it is asked to measure: QML has its values, and heights follow from
@@ -190,14 +209,26 @@ AlertLook StatusPanel::alert() const {
   return controller_ != nullptr ? AlertLook(controller_->presentedAlert(), reading_) : AlertLook();
 }
 
-// On one line, and leaving room for what stands beside it. Where one line is too short for the
-// user's size of text, on several.
+double StatusPanel::widthOfSummary(const LabelLook& look) const {
+  return std::ceil(QFontMetricsF(look.font()).horizontalAdvance(look.text()));
+}
+
+// What stands beside it has its own.
+double StatusPanel::roomForSummary() const {
+  return std::max(layoutWidth() - kSummaryGap - kLoadingIndicatorSize, 0.0);
+}
+
+bool StatusPanel::summaryWraps() const {
+  return reading_.textScale > 1 && widthOfSummary(summaryLabel()) > roomForSummary();
+}
+
+// On one line, or on several.
 Rect StatusPanel::frameOfSummaryText(const StatusText& label) const {
   const LabelLook look(label, reading_);
   const QFontMetricsF metrics(look.font());
   const double width = layoutWidth();
-  const double room = std::max(width - kSummaryGap - kLoadingIndicatorSize, 0.0);
-  const double whole = std::ceil(metrics.horizontalAdvance(look.text()));
+  const double room = roomForSummary();
+  const double whole = widthOfSummary(look);
   const double taken = std::min(whole, room);
   const QRectF wrapped =
       whole <= room || reading_.textScale <= 1

@@ -7,6 +7,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QPointer>
 #include <QQmlParserStatus>
 #include <QRectF>
 #include <QSizeF>
@@ -18,6 +19,7 @@
 
 #include "faces/qt/seat_looks.h"
 #include "faces/qt/seat_wizard.h"
+#include "faces/qt/system_wishes.h"
 #include "halvora/host.h"
 
 namespace halvora {
@@ -44,6 +46,11 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   Q_PROPERTY(bool asksOnAnotherDay MEMBER asksOnAnotherDay_ NOTIFY fieldsChanged)
   /// All texts are so many times their size; at first what the system asks for.
   Q_PROPERTY(qreal textScale MEMBER textScale_ NOTIFY textScaleChanged)
+  /// One ink on one ground, instead of the host's colours.
+  Q_PROPERTY(bool highContrast MEMBER highContrast_ NOTIFY highContrastChanged)
+  /// What the user has asked the system for, as far as that is known.
+  Q_PROPERTY(bool wantsHighContrast READ wantsHighContrast NOTIFY wishesChanged)
+  Q_PROPERTY(bool wantsReducedMotion READ wantsReducedMotion NOTIFY wishesChanged)
 
   // What QML tells of the layout.
   Q_PROPERTY(qreal viewWidth MEMBER viewWidth_ NOTIFY viewWidthChanged)
@@ -63,6 +70,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   Q_PROPERTY(halvora::LabelLook summaryLabel READ summaryLabel NOTIFY changed)
   /// Frames in the summary row, from the side where lines begin.
   Q_PROPERTY(QRectF summaryTextFrame READ summaryTextFrame NOTIFY changed)
+  /// Where one line is too short for the user's size of text.
+  Q_PROPERTY(bool summaryWraps READ summaryWraps NOTIFY changed)
   Q_PROPERTY(bool dotShown READ dotShown NOTIFY changed)
   Q_PROPERTY(QColor dotColour READ dotColour NOTIFY changed)
   Q_PROPERTY(QRectF dotFrame READ dotFrame NOTIFY changed)
@@ -77,6 +86,7 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   /// What the item would like to have, which only its owner knows.
   Q_PROPERTY(QSizeF preferredSize READ preferredSize NOTIFY changed)
   Q_PROPERTY(bool isRightToLeft READ isRightToLeft NOTIFY changed)
+  Q_PROPERTY(halvora::SeatColours colours READ colours NOTIFY changed)
   /// The width to lay the content out in: the view's, or as long as it has none, the screen's.
   Q_PROPERTY(qreal layoutWidth READ layoutWidth NOTIFY layoutWidthChanged)
   Q_PROPERTY(halvora::SeatWizard* wizard READ wizard CONSTANT)
@@ -97,6 +107,7 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   bool summaryShown() const { return controller_ != nullptr && !row().hidden; }
   LabelLook summaryLabel() const { return {row().seatSelectionSummaryLabel, reading_}; }
   QRectF summaryTextFrame() const;
+  bool summaryWraps() const;
   bool dotShown() const { return !row().seatLUTStatusDot.hidden; }
   QColor dotColour() const { return colourWithAlpha(row().seatLUTStatusDot.colour); }
   QRectF dotFrame() const { return rectFrom(row().seatLUTStatusDot.frame); }
@@ -108,6 +119,9 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   AlertLook alert() const;
   QSizeF preferredSize() const;
   bool isRightToLeft() const { return reading_.isRightToLeft; }
+  SeatColours colours() const { return SeatColours(reading_.palette); }
+  bool wantsHighContrast() const { return wishes().highContrast; }
+  bool wantsReducedMotion() const { return wishes().reducedMotion; }
   qreal layoutWidth() const { return viewWidth_ > 0 ? viewWidth_ : measuredWidth_; }
   SeatWizard* wizard() { return &wizard_; }
   /// Null before the item is complete, and without a host.
@@ -128,6 +142,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
  signals:
   void fieldsChanged();
   void textScaleChanged();
+  void highContrastChanged();
+  void wishesChanged();
   void viewWidthChanged();
   void contentHeightChanged();
   void layoutWidthChanged();
@@ -144,6 +160,9 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   void unload();
   void applyFields();
   void applyTextScale();
+  void applyContrast();
+  void followWishes(const SystemWishes* wishes);
+  UserWishes wishes() const { return wishes_ ? wishes_->wishes() : UserWishes{}; }
   double measure(double width);
   void layOutSoon();
   void layOut();
@@ -153,6 +172,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   /// As they are before there is a panel, where there is none.
   const StatusPanelViews& views() const;
   const SeatSelectionSummaryRow& row() const { return views().seatSelectionSummaryRow; }
+  double widthOfSummary(const LabelLook& look) const;
+  double roomForSummary() const;
   Rect frameOfSummaryText(const StatusText& label) const;
 
   QColor statusTextColour_;
@@ -169,6 +190,8 @@ class StatusPanel : public QObject, public QQmlParserStatus {
   bool explainsStates_ = false;
   bool asksOnAnotherDay_ = false;
   qreal textScale_ = 1;
+  bool highContrast_ = false;
+  QPointer<const SystemWishes> wishes_;
 
   qreal viewWidth_ = 0;
   qreal contentHeight_ = 0;

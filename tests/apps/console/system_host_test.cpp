@@ -60,6 +60,7 @@ class SystemPhones : public SystemBench {
   FakeLogin login{loop, descriptors, bus.address()};
   FakeService saver{loop, descriptors, bus.address(), "org.freedesktop.ScreenSaver"};
   FakeService feedback{loop, descriptors, bus.address(), "org.sigxcpu.Feedback"};
+  FakeService portal{loop, descriptors, bus.address(), "org.freedesktop.portal.Desktop"};
   std::unique_ptr<SystemHost> phone;
 };
 
@@ -93,6 +94,32 @@ TEST_F(SystemPhones, APacketReachesEveryService) {
   EXPECT_TRUE(waitFor([&] { return login.levelOf("leds/white:flash") == 0; }));
   EXPECT_TRUE(waitFor([&] { return login.levelOf("backlight/panel") <= 400; }));
   EXPECT_TRUE(waitFor([&] { return saver.calls.back() == "UnInhibit(5)"; }));
+}
+
+TEST_F(SystemPhones, TheDesktopsWishesReachThePanel) {
+  portal.answers["org.freedesktop.portal.Settings.ReadAll"] = [](sd_bus_message* call) {
+    return sd_bus_reply_method_return(call, "a{sa{sv}}", 1, "org.freedesktop.appearance", 1,
+                                      "contrast", "u", 1U);
+  };
+  portal.appear();
+  openPhone();
+  QQmlEngine qml;
+  qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
+  phone->install(qml);
+  QmlWindow window(qml, R"(
+    import QtQuick
+    import QtQuick.Window
+    import Halvora
+    Window { width: 360; height: 640; HalvoraStatusView { objectName: "status"; width: 360 } })");
+  const QQuickItem& status = *window.find("status");
+  EXPECT_TRUE(waitFor([&] { return status.property("highContrast").toBool(); }));
+  EXPECT_FALSE(status.property("reducedMotion").toBool());
+  portal.announce("/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings",
+                  "SettingChanged", [](sd_bus_message* message) {
+                    sd_bus_message_append(message, "ssv", "org.gnome.desktop.interface",
+                                          "enable-animations", "b", 0);
+                  });
+  EXPECT_TRUE(waitFor([&] { return status.property("reducedMotion").toBool(); }));
 }
 
 TEST_F(SystemPhones, APhoneThatIsClosedInAShowLeavesNoLightOn) {

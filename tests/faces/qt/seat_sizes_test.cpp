@@ -1,28 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 // Panel and wizard on every size of screen, at every size of text, in every language and both
-// directions, judged by figures: no word is cut or broken, no control is out of reach, too small or
-// on top of another, and letters stand out from their ground. With HALVORA_SHEET_FOLDER in the
-// environment every screen is written there, to be looked at.
+// directions, each judged by figures. Two sheets of the same screens are made to be looked at: with
+// HALVORA_SHEET_FOLDER in the environment, `ScreenSheet.IsWritten` writes every screen into that
+// folder, and with HALVORA_SHEET, a picture of them all, each once, in turn in another language.
 #include <QDir>
-#include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
 #include <QQuickItem>
-#include <cmath>
-#include <set>
+#include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "halvora/panel.h"
+#include "tests/faces/qt/contrast.h"
+#include "tests/faces/qt/screen_judge.h"
 #include "tests/faces/qt/status_bench.h"
 
 namespace halvora {
 namespace {
 
-constexpr double kLeastTarget = 44;
-constexpr QSize kSizes[] = {{360, 640}, {390, 844}, {640, 360}, {1280, 800}, {1920, 1080}};
+// The first is what a page of 1280 has at four times its size.
+constexpr QSize kSizes[] = {{320, 568}, {360, 640},  {390, 844},
+                            {640, 360}, {1280, 800}, {1920, 1080}};
 constexpr double kScales[] = {1, 1.5, 2, 3};
 constexpr const char* kLanguages[] = {"en", "de", "fr", "es", "ja", "ar"};
 
@@ -30,7 +32,13 @@ struct Look {
   QSize size;
   double scale;
   std::string language;
+  bool isSpaced = false;
 };
+
+std::string nameOf(const Look& look) {
+  return "W" + std::to_string(look.size.width()) + "H" + std::to_string(look.size.height()) +
+         "Text" + std::to_string(static_cast<int>(look.scale * 10)) + look.language;
+}
 
 std::vector<Look> allLooks() {
   std::vector<Look> looks;
@@ -42,182 +50,26 @@ std::vector<Look> allLooks() {
   return looks;
 }
 
-double level(double value) {
-  return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-}
-double luminance(const QColor& colour) {
-  return 0.2126 * level(colour.redF()) + 0.7152 * level(colour.greenF()) +
-         0.0722 * level(colour.blueF());
-}
-double contrast(const QColor& a, const QColor& b) {
-  const double first = luminance(a);
-  const double second = luminance(b);
-  return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
-}
-QColor over(const QColor& ink, double alpha, const QColor& ground) {
-  const auto part = static_cast<float>(alpha);
-  const auto mix = [part](float a, float b) { return a * part + b * (1 - part); };
-  return QColor::fromRgbF(mix(ink.redF(), ground.redF()), mix(ink.greenF(), ground.greenF()),
-                          mix(ink.blueF(), ground.blueF()));
+StatusBenchSetup setupOf(const Look& look) {
+  StatusBenchSetup setup;
+  setup.window = look.size;
+  setup.textScale = look.scale;
+  setup.language = look.language;
+  setup.isSpaced = look.isSpaced;
+  setup.properties = "defaultVenueId: 7";
+  return setup;
 }
 
-bool isSeen(const QQuickItem& item) {
-  if (!item.isVisible() || item.width() <= 0 || item.height() <= 0) return false;
-  for (const QQuickItem* at = &item; at != nullptr; at = at->parentItem()) {
-    if (at->opacity() == 0) return false;
-  }
-  return true;
-}
+/// Is handed each screen, by its name.
+using Visit = std::function<void(StatusBench& bench, const char* screen)>;
 
-bool isUnder(const QQuickItem& item, const char* name) {
-  for (const QQuickItem* at = &item; at != nullptr; at = at->parentItem()) {
-    if (at->objectName() == QLatin1String(name)) return true;
-  }
-  return false;
-}
-
-void collect(QQuickItem& item, std::vector<QQuickItem*>& items) {
-  if (!item.isVisible()) return;
-  items.push_back(&item);
-  for (QQuickItem* child : item.childItems()) collect(*child, items);
-}
-
-QRectF frameOf(const QQuickItem& item) {
-  return item.mapRectToScene(QRectF(0, 0, item.width(), item.height()));
-}
-
-// One screen, judged.
-class Judge {
- public:
-  Judge(StatusBench& bench, const Look& look, const char* screen)
-      : bench_(bench),
-        what_(std::string(screen) + " " + std::to_string(look.size.width()) + "x" +
-              std::to_string(look.size.height()) + " at " + std::to_string(look.scale) + " in " +
-              look.language) {
-    bench_.settle();
-    collect(*bench_.window().contentItem(), items_);
-  }
-
-  void judge() {
-    for (QQuickItem* item : items_) {
-      if (!isSeen(*item)) continue;
-      if (item->inherits("QQuickText")) judgeText(*item);
-      if (item->inherits("QQuickAbstractButton")) judgeButton(*item);
-    }
-    judgeOverlaps();
-    judgeSight();
-  }
-
- private:
-  std::string where(const QQuickItem& item) const {
-    return what_ + ": " + item.objectName().toStdString() + " \"" +
-           item.property("text").toString().toStdString() + "\"";
-  }
-
-  void judgeText(const QQuickItem& text) {
-    const QString words = text.property("text").toString();
-    if (words.isEmpty()) return;
-    EXPECT_FALSE(text.property("truncated").toBool()) << where(text);
-    EXPECT_LE(text.property("contentWidth").toReal(), text.width() + 1) << where(text);
-    // The picker's rows beyond its edge are cut off by it.
-    if (isUnder(text, "pickerRow")) return;
-    EXPECT_LE(text.property("contentHeight").toReal(), text.height() + 1) << where(text);
-    const QRectF frame = frameOf(text);
-    EXPECT_GE(frame.left(), -0.5) << where(text);
-    EXPECT_LE(frame.right(), bench_.window().width() + 0.5) << where(text);
-    const QFontMetricsF metrics(text.property("font").value<QFont>());
-    const bool isFitted = text.property("fontSizeMode").toInt() != 0;
-    for (const QString& word : words.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-      if (isFitted || word.at(0).unicode() >= 0x3000) continue;
-      EXPECT_LE(metrics.horizontalAdvance(word), text.width() + 1) << where(text);
-    }
-  }
-
-  // Within the window, or within what can be scrolled to.
-  void judgeButton(const QQuickItem& button) {
-    const QRectF frame = frameOf(button);
-    EXPECT_GE(frame.width(), kLeastTarget) << where(button);
-    EXPECT_GE(frame.height(), kLeastTarget) << where(button);
-    EXPECT_GE(frame.left(), -0.5) << where(button);
-    EXPECT_LE(frame.right(), bench_.window().width() + 0.5) << where(button);
-    if (isUnder(button, "seatSheetScroller") || isUnder(button, "halvoraStatusView")) return;
-    EXPECT_GE(frame.top(), -0.5) << where(button);
-    EXPECT_LE(frame.bottom(), bench_.window().height() + 0.5) << where(button);
-  }
-
-  // Where the user answers is in sight as a whole, or can be scrolled there.
-  void judgeSight() {
-    const QQuickItem* scroller = bench_.item("seatSheetScroller");
-    if (scroller == nullptr || !isSeen(*scroller)) return;
-    for (const char* name : {"pickerBand", "standingDragArea", "seatFilter"}) {
-      const QQuickItem* item = bench_.item(name);
-      if (item == nullptr || !isSeen(*item)) continue;
-      EXPECT_LE(item->height(), scroller->height() + 0.5) << where(*item);
-    }
-  }
-
-  // What is read or pressed lies beside one another within one surface.
-  void judgeOverlaps() {
-    for (const char* surface :
-         {"contentStackView", "seatHeading", "seatSheetTop", "seatButtons", "alertWords"}) {
-      std::vector<const QQuickItem*> apart;
-      for (const QQuickItem* item : items_) {
-        const bool isButton = item->inherits("QQuickAbstractButton");
-        const bool isText =
-            item->inherits("QQuickText") && item->objectName() != QLatin1String("buttonTitle");
-        if (!isSeen(*item) || !isUnder(*item, surface) || !(isButton || isText)) continue;
-        if (isText && item->property("text").toString().isEmpty()) continue;
-        for (const QQuickItem* other : apart) {
-          const QRectF shared = frameOf(*item).intersected(frameOf(*other));
-          EXPECT_FALSE(shared.width() > 1 && shared.height() > 1)
-              << where(*item) << " lies on " << where(*other);
-        }
-        apart.push_back(item);
-      }
-    }
-  }
-
-  StatusBench& bench_;
-  const std::string what_;
-  std::vector<QQuickItem*> items_;
-};
-
-class Sheet {
- public:
-  void add(StatusBench& bench, const Look& look, const char* screen) {
-    Judge(bench, look, screen).judge();
-    const QString folder = qEnvironmentVariable("HALVORA_SHEET_FOLDER");
-    if (folder.isEmpty()) return;
-    ASSERT_TRUE(QDir().mkpath(folder));
-    const QString name = QStringLiteral("%1/%2-%3x%4-%5-%6.png")
-                             .arg(folder, QString::fromLatin1(screen))
-                             .arg(look.size.width())
-                             .arg(look.size.height())
-                             .arg(look.scale)
-                             .arg(QString::fromStdString(look.language));
-    ASSERT_TRUE(bench.picture().save(name));
-  }
-};
-
-struct SeatSizes : testing::TestWithParam<Look> {
-  StatusBenchSetup setup() const {
-    StatusBenchSetup setup;
-    setup.window = GetParam().size;
-    setup.textScale = GetParam().scale;
-    setup.language = GetParam().language;
-    setup.properties = "defaultVenueId: 7";
-    return setup;
-  }
-  void add(StatusBench& bench, const char* screen) { Sheet().add(bench, GetParam(), screen); }
-};
-
-TEST_P(SeatSizes, ThePanelIsReadAndReached) {
-  StatusBenchSetup asking = setup();
+void visitPanel(const Look& look, const Visit& visit) {
+  StatusBenchSetup asking = setupOf(look);
   asking.authorization = BluetoothAuthorization::notDetermined;
   StatusBench first(asking);
-  add(first, "asking");
+  visit(first, "asking");
 
-  StatusBenchSetup refused = setup();
+  StatusBenchSetup refused = setupOf(look);
   refused.properties += "; explainsStates: true";
   refused.prepare = [](VirtualPhone& phone) {
     phone.defaults.setFromOutside("bluetoothStatus",
@@ -226,34 +78,47 @@ TEST_P(SeatSizes, ThePanelIsReadAndReached) {
   StatusBench second(refused);
   second.store({"Section 209", "Row 8", "Seat 10"}, {362, 404});
   second.tick();
-  add(second, "panel");
+  visit(second, "panel");
+
+  StatusBenchSetup later = setupOf(look);
+  later.properties += "; explainsStates: true; asksOnAnotherDay: true";
+  StatusBench third(later);
+  third.store({"Section 209", "Row 8", "Seat 10"}, {362, 404});
+  third.tick();
+  visit(third, "question");
+
+  later.map = "{}";
+  StatusBench fourth(later);
+  fourth.turn([&] { fourth.face().openSeatSelector(); });
+  fourth.tick();
+  visit(fourth, "lost");
 }
 
-TEST_P(SeatSizes, TheWizardIsReadAndReached) {
-  StatusBench bench(setup());
+void visitWizard(const Look& look, const Visit& visit) {
+  StatusBench bench(setupOf(look));
   bench.turn([&] { bench.face().openSeatSelector(); });
   bench.waitUntil([&] { return bench.isShown("seatSheetContent"); });
-  add(bench, "section");
+  visit(bench, "section");
   bench.turn([&] { bench.wizard().next(); });
-  add(bench, "message");
+  visit(bench, "message");
   bench.turn([&] { bench.wizard().pick(1); });
   bench.turn([&] { bench.wizard().next(); });
-  add(bench, "plan");
-  bench.turn([&] {
-    bench.wizard().back();
-    bench.wizard().filter(QStringLiteral("209"));
-    bench.wizard().enterFilter();
-  });
+  visit(bench, "plan");
+  bench.turn([&] { bench.wizard().back(); });
+  bench.item("seatFilter")->setProperty("text", QStringLiteral("209"));
+  bench.settle();
+  visit(bench, "filter");
+  bench.turn([&] { bench.wizard().enterFilter(); });
   bench.turn([&] {
     bench.wizard().pick(1);
     bench.wizard().next();
     bench.wizard().pick(1);
   });
-  add(bench, "seat");
+  visit(bench, "seat");
 }
 
-TEST_P(SeatSizes, TheAlertIsReadAndReached) {
-  StatusBenchSetup away = setup();
+void visitAlert(const Look& look, const Visit& visit) {
+  StatusBenchSetup away = setupOf(look);
   away.isHeard = false;
   StatusBench bench(away);
   bench.turn([&] { bench.face().openSeatSelector(); });
@@ -263,14 +128,101 @@ TEST_P(SeatSizes, TheAlertIsReadAndReached) {
     bench.wizard().next();
   });
   ASSERT_TRUE(bench.wizard().alert().shown());
-  add(bench, "alert");
+  visit(bench, "alert");
 }
 
-INSTANTIATE_TEST_SUITE_P(, SeatSizes, testing::ValuesIn(allLooks()), [](const auto& test) {
-  const Look& look = test.param;
-  return "W" + std::to_string(look.size.width()) + "H" + std::to_string(look.size.height()) +
-         "Text" + std::to_string(static_cast<int>(look.scale * 10)) + look.language;
-});
+struct SeatSizes : testing::TestWithParam<Look> {
+  static void judge(StatusBench& bench, const char* screen) {
+    ScreenJudge(bench, std::string(screen) + " " + nameOf(GetParam())).judge();
+  }
+};
+
+TEST_P(SeatSizes, ThePanelIsReadAndReached) { visitPanel(GetParam(), judge); }
+TEST_P(SeatSizes, TheWizardIsReadAndReached) { visitWizard(GetParam(), judge); }
+TEST_P(SeatSizes, TheAlertIsReadAndReached) { visitAlert(GetParam(), judge); }
+
+INSTANTIATE_TEST_SUITE_P(, SeatSizes, testing::ValuesIn(allLooks()),
+                         [](const auto& test) { return nameOf(test.param); });
+
+// Letters 0.12 of their size further apart, words 0.16, lines one and a half times as high.
+struct SeatSpacing : testing::TestWithParam<const char*> {
+  static void spread(QQuickItem& item) {
+    if (item.inherits("QQuickText")) {
+      item.setProperty("lineHeightMode", 0);
+      item.setProperty("lineHeight", 1.5);
+    }
+    for (QQuickItem* child : item.childItems()) spread(*child);
+  }
+  static void judge(StatusBench& bench, const char* screen) {
+    spread(*bench.window().contentItem());
+    ScreenJudge(bench, std::string(screen) + " spaced in " + GetParam()).judge();
+  }
+  static Look look() { return {{360, 640}, 1, GetParam(), true}; }
+};
+
+TEST_P(SeatSpacing, ThePanelTakesIt) { visitPanel(look(), judge); }
+TEST_P(SeatSpacing, TheWizardTakesIt) { visitWizard(look(), judge); }
+TEST_P(SeatSpacing, TheAlertTakesIt) { visitAlert(look(), judge); }
+
+INSTANTIATE_TEST_SUITE_P(, SeatSpacing, testing::ValuesIn(kLanguages),
+                         [](const auto& test) { return test.param; });
+
+// To be looked at
+
+constexpr QSize kCell(84, 128);
+constexpr int kGap = 6;
+
+class ScreenSheet : public testing::Test {
+ protected:
+  static QImage blank() {
+    const auto columns = static_cast<int>(std::size(kSizes) * std::size(kScales));
+    QImage sheet(columns * (kCell.width() + kGap) + kGap, 10 * (kCell.height() + kGap) + kGap,
+                 QImage::Format_RGB32);
+    sheet.fill(QColor(96, 96, 104));
+    return sheet;
+  }
+  void put(const QImage& screen, int column, int row) {
+    const QImage small = screen.scaled(kCell, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    QPainter(&sheet).drawImage(kGap + column * (kCell.width() + kGap),
+                               kGap + row * (kCell.height() + kGap), small);
+  }
+  void keep(const QImage& screen, const Look& look, const char* name) const {
+    if (folder.isEmpty()) return;
+    const QString own =
+        QStringLiteral("%1/%2-%3.png")
+            .arg(folder, QString::fromLatin1(name), QString::fromStdString(nameOf(look)));
+    ASSERT_TRUE(screen.save(own));
+  }
+  void draw(const Look& look, int column, int language) {
+    int row = 0;
+    const Visit visit = [&](StatusBench& bench, const char* name) {
+      const QImage screen = bench.picture();
+      keep(screen, look, name);
+      if ((column + row) % static_cast<int>(std::size(kLanguages)) == language) {
+        put(screen, column, row);
+      }
+      ++row;
+    };
+    visitPanel(look, visit);
+    visitWizard(look, visit);
+    visitAlert(look, visit);
+  }
+
+  const QString folder = qEnvironmentVariable("HALVORA_SHEET_FOLDER");
+  const QString file = qEnvironmentVariable("HALVORA_SHEET");
+  QImage sheet = blank();
+};
+
+TEST_F(ScreenSheet, IsWritten) {
+  if (folder.isEmpty() && file.isEmpty()) GTEST_SKIP() << "nobody has asked for one";
+  ASSERT_TRUE(folder.isEmpty() || QDir().mkpath(folder));
+  const std::vector<Look> looks = allLooks();
+  constexpr std::size_t kTongues = std::size(kLanguages);
+  for (std::size_t at = 0; at < looks.size(); ++at) {
+    draw(looks[at], static_cast<int>(at / kTongues), static_cast<int>(at % kTongues));
+  }
+  ASSERT_TRUE(file.isEmpty() || sheet.convertToFormat(QImage::Format_Indexed8).save(file));
+}
 
 // Colours
 
@@ -289,6 +241,9 @@ TEST(SeatContrast, TheDefaultColoursStandOut) {
         bench.wizard().selectionSummaryLabel(), bench.wizard().filterLabel()}) {
     EXPECT_GE(contrast(over(ink(look), ink(look).alphaF(), ground), ground), 4.5);
   }
+  // The line around the filter.
+  const QColor field = SeatColours().field();
+  EXPECT_GE(contrast(over(field, field.alphaF(), ground), ground), kControlContrast);
   // A row of the picker, however far off.
   EXPECT_GE(contrast(over(Qt::white, 0.5, ground), ground), 4.5);
   const AlertLook shown(Alert{"a", "b", "c"}, Reading());

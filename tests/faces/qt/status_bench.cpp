@@ -26,6 +26,8 @@ namespace {
 constexpr const char* kVenue = "/HVAssets/Maps/Venue-7/";
 constexpr std::size_t kLargestMap = std::size_t{64} << 20;
 constexpr std::uint64_t kSlowly = 200;
+/// Pixels: 0.16 of a usual text's size.
+constexpr double kSpacedWords = 3;
 
 std::string assets(const char* folder) { return sourceTree() + "/assets/" + folder; }
 
@@ -40,14 +42,15 @@ QString windowText(const StatusBenchSetup& setup) {
       HalvoraStatusView {
         x: 20; y: 28; width: %5; height: implicitHeight
         textScale: %3
-        reducedMotion: true
+        %6
         %4
       }
     })")
       .arg(setup.window.width())
       .arg(setup.window.height())
       .arg(setup.textScale)
-      .arg(QString::fromStdString(setup.properties), QString::fromStdString(setup.width));
+      .arg(QString::fromStdString(setup.properties), QString::fromStdString(setup.width),
+           setup.isStill ? QStringLiteral("reducedMotion: true") : QString());
 }
 
 QQuickItem* findBelow(QQuickItem* item, const QString& name) {
@@ -68,7 +71,13 @@ std::string sectionOfOneSeat(const std::string& name) {
 
 VirtualPhoneSetup StatusBench::phoneSetup(const StatusBenchSetup& setup) {
   // One font for all texts and on all machines.
-  QGuiApplication::setFont(QFont(QStringLiteral("DejaVu Sans")));
+  QFont font(QStringLiteral("DejaVu Sans"));
+  if (setup.isSpaced) {
+    // Its letters are half as wide as they are high, so that is 0.12 of their size.
+    font.setLetterSpacing(QFont::PercentageSpacing, 124);
+    font.setWordSpacing(kSpacedWords);
+  }
+  QGuiApplication::setFont(font);
   VirtualPhoneSetup made;
   made.authorization = setup.authorization;
   made.bounds = {static_cast<double>(setup.window.width()),
@@ -101,7 +110,7 @@ StatusBench::StatusBench(const StatusBenchSetup& setup)
   if (setup.prepare) setup.prepare(phone);
   controller.viewDidLoad();
   qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
-  HalvoraHost::install(qml, phone.platform(), controller);
+  HalvoraHost::install(qml, phone.platform(), controller, setup.wishes);
 
   // As with a screen reader, which makes controls say what they are.
   QAccessible::setActive(true);

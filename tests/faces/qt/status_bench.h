@@ -23,6 +23,7 @@
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "faces/qt/status_panel.h"
+#include "faces/qt/system_wishes.h"
 #include "halvora/engine.h"
 #include "seats/panel_controller.h"
 #include "seats/seat_storage.h"
@@ -43,6 +44,12 @@ struct StatusBenchSetup {
   /// More properties of the QML item.
   std::string properties = {};
   bool isLoaded = true;
+  /// Nothing slides; else that is as the system has it.
+  bool isStill = true;
+  /// Letters, words and lines are as far apart as a user who needs it may set them.
+  bool isSpaced = false;
+  /// What the user has asked the system for; outlives the bench. Null for nothing.
+  SystemWishes* wishes = nullptr;
   std::function<void(VirtualPhone&)> prepare = {};
 };
 

@@ -79,6 +79,16 @@ void FakeService::die() {
   connection_.close();
 }
 
+void FakeService::announce(const char* path, const char* interface, const char* member,
+                           const std::function<void(sd_bus_message*)>& fill) {
+  sd_bus_message* message = nullptr;
+  ASSERT_GE(sd_bus_message_new_signal(connection_.bus(), &message, path, interface, member), 0);
+  const BusMessage owned(message);
+  fill(message);
+  ASSERT_GE(sd_bus_send(connection_.bus(), message, nullptr), 0);
+  connection_.sent();
+}
+
 void FakeService::answerKept() {
   for (const BusMessage& call : std::exchange(kept_, {})) answer(call.get());
   connection_.sent();

@@ -25,6 +25,9 @@ class FakeService {
 
   /// A signal of its own with a truth value, to everybody.
   void signal(const char* path, const char* interface, const char* member, bool value);
+  /// A signal to everybody, with what `fill` appends.
+  void announce(const char* path, const char* interface, const char* member,
+                const std::function<void(sd_bus_message*)>& fill);
 
   /// Answers to the calls that a hanging service has kept.
   void answerKept();

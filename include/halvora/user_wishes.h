@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the user has asked the system for about everything that is shown, as far as the system tells
+// it. Values, any thread.
+#pragma once
+
+#include <cstdint>
+
+#include "halvora/version.h"
+
+namespace halvora {
+inline namespace HALVORA_PUBLIC v0 {
+
+enum class ColourScheme : std::uint8_t { any, dark, light };
+
+/// What is unknown counts as not asked for.
+struct UserWishes {
+  bool highContrast = false;
+  /// Nothing is to slide or turn.
+  bool reducedMotion = false;
+  ColourScheme scheme = ColourScheme::any;
+  friend bool operator==(const UserWishes&, const UserWishes&) = default;
+};
+
+}  // namespace v0
+}  // namespace halvora
