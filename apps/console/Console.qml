@@ -19,6 +19,9 @@ Window {
         return control && control.visualFocus ? control : activeFocusItem as T.TextField;
     }
 
+    // Whether the keys of modes, blackout and full screen act by themselves. With Ctrl they always
+    // do: who speaks to the machine, or brushes against its keys, switches the others off.
+    property bool hasSingleKeys: true
     // Escape was pressed on air, where it only says why it does nothing.
     property bool asksToLeave: false
 
@@ -58,15 +61,16 @@ Window {
         }
         Keys.onPressed: event => {
             const isControl = event.modifiers & Qt.ControlModifier;
+            const isMeant = isControl || window.hasSingleKeys;
             const digit = event.key - Qt.Key_0;
             event.accepted = true;
-            if (event.key === Qt.Key_F && !isControl)
+            if (event.key === Qt.Key_F && isMeant)
                 window.turnFull(event.isAutoRepeat);
-            else if (event.key === Qt.Key_B && !isControl)
+            else if (event.key === Qt.Key_B && isMeant)
                 window.turnBlack(event.isAutoRepeat);
             else if (event.key === Qt.Key_Z && isControl)
                 event.modifiers & Qt.ShiftModifier ? window.desk.redo() : window.desk.undo();
-            else if (digit >= 1 && digit <= 9 && !isControl)
+            else if (digit >= 1 && digit <= 9 && isMeant)
                 window.desk.set("mode", digit);
             else
                 event.accepted = false;
@@ -175,7 +179,7 @@ Window {
 
                 objectName: "airRow"
                 x: 24
-                anchors.bottom: hint.top
+                anchors.bottom: foot.top
                 anchors.bottomMargin: 12
                 width: window.isVenue ? parent.width - 32 : parent.width - 48
                 spacing: 8
@@ -213,23 +217,46 @@ Window {
                     onClicked: window.desk.redo()
                 }
             }
-            DeskText {
-                id: hint
+            Item {
+                id: foot
 
-                objectName: "hintText"
+                objectName: "foot"
                 x: 24
                 anchors.bottom: parent.bottom
-                anchors.bottomMargin: 16
-                color: DeskStyle.quiet
-                font.pixelSize: DeskStyle.smallSize
+                anchors.bottomMargin: 12
                 width: onAir.width
-                wrapMode: Text.WordWrap
-                text: window.asksToLeave && window.desk.isOnAir
-                      ? "Still on air: hold On air to leave it first, then Esc quits"
-                      : "1–9 modes   B blackout   F light in full screen   Esc "
-                        + (window.isVenue ? "back" : "quit")
-                Accessible.role: Accessible.StaticText
-                Accessible.name: text
+                height: Math.max(hint.height, singleKeys.height)
+
+                DeskText {
+                    id: hint
+
+                    readonly property string control: window.hasSingleKeys ? "" : "Ctrl+"
+
+                    objectName: "hintText"
+                    anchors.left: parent.left
+                    anchors.right: singleKeys.left
+                    anchors.rightMargin: 8
+                    anchors.verticalCenter: parent.verticalCenter
+                    color: DeskStyle.quiet
+                    font.pixelSize: DeskStyle.smallSize
+                    wrapMode: Text.WordWrap
+                    text: window.asksToLeave && window.desk.isOnAir
+                          ? "Still on air: hold On air to leave it first, then Esc quits"
+                          : control + "1–9 modes   " + control + "B blackout   " + control
+                            + "F light in full screen   Esc " + (window.isVenue ? "back" : "quit")
+                }
+                DeskButton {
+                    id: singleKeys
+
+                    objectName: "singleKeys"
+                    anchors.right: parent.right
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: "Keys"
+                    spokenName: "Single keys"
+                    isSwitch: true
+                    isLit: window.hasSingleKeys
+                    onClicked: window.hasSingleKeys = !window.hasSingleKeys
+                }
             }
         }
 

@@ -7,4 +7,7 @@ Text {
     font.pixelSize: DeskStyle.textSize
     textFormat: Text.PlainText
     elide: Text.ElideRight
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+    Accessible.ignored: text === ""
 }

@@ -50,6 +50,8 @@ Window {
             font.pixelSize: 15
             text: window.title
             textFormat: Text.PlainText
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
         Text {
             objectName: "statusText"
@@ -58,6 +60,8 @@ Window {
             font.pixelSize: 12
             text: window.player.status
             textFormat: Text.PlainText
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
     }
 
@@ -114,5 +118,7 @@ Window {
         font.pixelSize: 11
         text: "F full screen   Esc quit"
         textFormat: Text.PlainText
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 }

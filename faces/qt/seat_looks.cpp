@@ -16,6 +16,8 @@ constexpr double kAlertMessageSize = 14;
 constexpr double kAlertButtonHeight = 44;
 
 constexpr int kSmallestFont = 10;
+/// A line may come out wider than its letters measure, by less than this.
+constexpr qreal kSpare = 1;
 
 // Japanese may be broken anywhere, so its words need not fit.
 bool isOneWord(const QString& word) {
@@ -24,16 +26,23 @@ bool isOneWord(const QString& word) {
   });
 }
 
-QFont keepingWords(QFont font, const QString& text, qreal width) {
-  if (!(width > 0)) return font;
+qreal widestWord(const QFont& font, const QString& text) {
   const QFontMetricsF metrics(font);
   qreal widest = 0;
   for (const QString& word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
     if (isOneWord(word)) widest = std::max(widest, metrics.horizontalAdvance(word));
   }
-  if (widest > width) {
+  return widest;
+}
+
+// Letters do not shrink quite as their size does, so that what should fit is measured again.
+QFont keepingWords(QFont font, const QString& text, qreal width) {
+  if (!(width > 0)) return font;
+  qreal widest = widestWord(font, text) + kSpare;
+  while (widest > width && font.pixelSize() > kSmallestFont) {
     const auto fitting = static_cast<int>(font.pixelSize() * width / widest);
-    font.setPixelSize(std::max(fitting, kSmallestFont));
+    font.setPixelSize(std::clamp(fitting, kSmallestFont, font.pixelSize() - 1));
+    widest = widestWord(font, text) + kSpare;
   }
   return font;
 }

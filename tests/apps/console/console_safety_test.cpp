@@ -196,6 +196,29 @@ TEST_F(ConsoleSafety, NumberKeysChooseModes) {
   EXPECT_EQ(desk.look().mode, 5);
 }
 
+// Who speaks to the machine, or brushes against its keys, sends no look by it.
+TEST_F(ConsoleSafety, SingleKeysCanBeSwitchedOff) {
+  const auto keyWithControl = [this](Qt::Key key) {
+    QKeyEvent press(QEvent::KeyPress, key, Qt::ControlModifier);
+    QCoreApplication::sendEvent(&window(), &press);
+    settle();
+  };
+  desk.set("mode", 1);
+  click("singleKeys");
+  for (const Qt::Key one : {Qt::Key_5, Qt::Key_B, Qt::Key_F}) key(one);
+  EXPECT_EQ(desk.look().mode, 1);
+  EXPECT_FALSE(desk.isBlackout());
+  EXPECT_NE(window().visibility(), QWindow::FullScreen);
+  keyWithControl(Qt::Key_5);
+  keyWithControl(Qt::Key_B);
+  EXPECT_EQ(desk.look().mode, 5);
+  EXPECT_TRUE(desk.isBlackout());
+  EXPECT_TRUE(item("hintText").property("text").toString().startsWith("Ctrl+1–9"));
+  click("singleKeys");
+  key(Qt::Key_6);
+  EXPECT_EQ(desk.look().mode, 6);
+}
+
 TEST_F(ConsoleSafety, UndoAndRedoGoThroughTheLooks) {
   EXPECT_FALSE(desk.canUndo());
   desk.set("mode", 5);
@@ -272,6 +295,25 @@ TEST_F(ConsoleSafety, ASliderThatIsSetTellsThePacket) {
   EXPECT_EQ(value->currentValue().toInt(), 12);
   spoken->actionInterface()->doAction(QAccessibleActionInterface::increaseAction());
   EXPECT_EQ(desk.look().speed, 13);
+}
+
+TEST_F(ConsoleSafety, EverySliderSaysItsRangeAndTakesAnyValueOfIt) {
+  int sliders = 0;
+  for (const AccessNode& node : accessTree(window())) {
+    if (!node.is(QAccessible::Slider) || node.interface->state().disabled != 0) continue;
+    QAccessibleValueInterface* value = node.interface->valueInterface();
+    ASSERT_NE(value, nullptr) << node.name.toStdString();
+    const int least = value->minimumValue().toInt();
+    const int most = value->maximumValue().toInt();
+    EXPECT_LT(least, most) << node.name.toStdString();
+    for (const int wanted : {most, least}) {
+      value->setCurrentValue(wanted);
+      settle();
+      EXPECT_EQ(value->currentValue().toInt(), wanted) << node.name.toStdString();
+    }
+    ++sliders;
+  }
+  EXPECT_GT(sliders, 5);
 }
 
 }  // namespace

@@ -91,6 +91,20 @@ TEST_F(DemoSurroundings, ADisplayWithoutGraphicsIsDrawnOnInSoftware) {
   EXPECT_EQ(window.pixelColor(window.width() / 2, window.height() / 2), QColor(30, 160, 90));
 }
 
+TEST_F(DemoSurroundings, TheConsoleFitsTheScreenThatItOpensOn) {
+  const XServer server(
+      {QStringLiteral("-screen"), QStringLiteral("0"), QStringLiteral("800x600x24")});
+  if (!server.isInstalled()) GTEST_SKIP() << "no Xvfb";
+  const QString path = folder.filePath(QStringLiteral("console.png"));
+  QProcessEnvironment small = server.environment();
+  small.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software"));
+  const DemoRun ended = runDemo({QStringLiteral("--assets"), QString::fromStdString(demoAssets()),
+                                 QStringLiteral("--screenshot"), path},
+                                small, folder.path());
+  EXPECT_EQ(ended.status, 0) << ended.error.toStdString();
+  EXPECT_EQ(QImage(path).size(), QSize(800, 600));
+}
+
 TEST_F(DemoSurroundings, WithoutAnyFontThereIsNoTextAndAllElse) {
   const QString fonts = folder.filePath(QStringLiteral("fonts"));
   QDir().mkpath(fonts);

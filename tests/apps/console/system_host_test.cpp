@@ -17,6 +17,7 @@
 #include "engine/inside.h"
 #include "tests/adapters/linux/services/fake_login.h"
 #include "tests/apps/console/system_bench.h"
+#include "tests/faces/qt/access_tree.h"
 #include "tests/faces/qt/qml_bench.h"
 #include "tests/support/source_tree.h"
 
@@ -120,6 +121,35 @@ TEST_F(SystemPhones, TheDesktopsWishesReachThePanel) {
                                           "enable-animations", "b", 0);
                   });
   EXPECT_TRUE(waitFor([&] { return status.property("reducedMotion").toBool(); }));
+}
+
+// The window that the demo opens on it, as assistive technology finds it.
+TEST_F(SystemPhones, ItsWindowSpeaksAndTakesEveryPress) {
+  openPhone();
+  QQmlEngine qml;
+  qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
+  phone->install(qml);
+  QQmlComponent component(&qml, QUrl(QStringLiteral("qrc:/qt/qml/HalvoraDemo/SystemWindow.qml")));
+  const std::unique_ptr<QObject> root(component.createWithInitialProperties(
+      {{QStringLiteral("system"), QVariant::fromValue(phone.get())}}));
+  ASSERT_TRUE(root) << component.errorString().toStdString();
+  auto& window = *qobject_cast<QQuickWindow*>(root.get());
+  const auto isThere = [&window](const char* name) {
+    return withObjectName(accessTree(window), QString::fromLatin1(name)) != nullptr;
+  };
+  ASSERT_TRUE(waitFor([&] { return isThere("radioText"); }));
+  const AccessNodes nodes = accessTree(window);
+  expectSpeaking(nodes);
+  EXPECT_EQ(withObjectName(nodes, QStringLiteral("radioText"))->name, phone->radio());
+  // The map is read in the background.
+  ASSERT_TRUE(waitFor([&] {
+    const AccessNodes now = accessTree(window);
+    const AccessNode* button = withObjectName(now, QStringLiteral("seatSelectionButton"));
+    return button != nullptr && button->interface->state().disabled == 0 &&
+           button->act(QAccessibleActionInterface::pressAction());
+  }));
+  EXPECT_TRUE(waitFor([&] { return isThere("seatSheetContent"); }));
+  expectSpeaking(accessTree(window));
 }
 
 TEST_F(SystemPhones, APhoneThatIsClosedInAShowLeavesNoLightOn) {

@@ -98,6 +98,14 @@ void ScreenJudge::judgeText(const QQuickItem& text) {
   const QRectF frame = frameOf(text);
   EXPECT_GE(frame.left(), -0.5) << where(text);
   EXPECT_LE(frame.right(), bench_.window().width() + 0.5) << where(text);
+  if (isUnder(text, "seatSheetTop") || isUnder(text, "seatButtons")) {
+    EXPECT_GE(frame.top(), -0.5) << where(text);
+    EXPECT_LE(frame.bottom(), bench_.window().height() + 0.5) << where(text);
+  }
+  const bool isOneWord = !words.contains(QLatin1Char(' ')) && words.at(0).unicode() < 0x3000;
+  if (isOneWord) {
+    EXPECT_LE(text.property("lineCount").toInt(), 1) << where(text);
+  }
   const QFontMetricsF metrics(text.property("font").value<QFont>());
   const bool isFitted = text.property("fontSizeMode").toInt() != 0;
   for (const QString& word : words.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
