@@ -40,7 +40,10 @@ T.Switch {
     }
     Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
 
+    // Made at once, as what is in it has ids.
+    // qmllint disable deferred-property-id
     contentItem: Item {
+        // qmllint enable deferred-property-id
         objectName: "gentleContent"
 
         Column {

@@ -44,7 +44,10 @@ T.Popup {
 
     T.Overlay.modal: Rectangle {
         objectName: "sheetShade"
+        // A component of its own for the linter, who sees no ids from outside it.
+        // qmllint disable unqualified
         color: root.wizard.colours.shade
+        // qmllint enable unqualified
     }
     enter: Transition {
         NumberAnimation {

@@ -29,7 +29,10 @@ T.Popup {
 
     T.Overlay.modal: Rectangle {
         objectName: "alertShade"
+        // A component of its own for the linter, who sees no ids from outside it.
+        // qmllint disable unqualified
         color: root.look.colours.shade
+        // qmllint enable unqualified
     }
     enter: Transition {
         NumberAnimation {
