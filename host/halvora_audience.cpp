@@ -45,7 +45,7 @@ struct ButtonRow {
   Words words;
 };
 constexpr ButtonRow kStayOut{&AudienceViews::stayOutButton, {"hv_audience_stay_out", "Stay Out"}};
-constexpr ButtonRow kLeave{&AudienceViews::leaveButton,
+constexpr ButtonRow kLeaveTheLight{&AudienceViews::leaveButton,
                            {"hv_audience_leave", "Leave the light show"}};
 constexpr ButtonRow kComeBack{&AudienceViews::comeBackButton,
                               {"hv_audience_come_back", "Back to the Light Show"}};
@@ -68,9 +68,9 @@ constexpr Question kAfterLeaving{
      "The show goes on without your phone. Come back whenever you like."},
     {"hv_audience_resume", "Resume"}};
 
-constexpr double kButtonSize = 17;
-constexpr double kButtonHeight = 48;
-constexpr double kCornerRadius = 8;
+constexpr double kAudienceButtonSize = 17;
+constexpr double kAudienceButtonHeight = 48;
+constexpr double kAudienceCornerRadius = 8;
 // Over what lies behind, whatever that is.
 constexpr Colour kQuietGround = colourOfBytes(58, 58, 64);
 
@@ -195,15 +195,15 @@ AudienceViews HalvoraAudienceController::viewsNow() const {
   const auto styleButton = [&](const ButtonRow& row, bool isShown) {
     Button& button = views.*row.button;
     button.title = textFor(row.words.key, row.words.fallback);
-    button.font = {"", kButtonSize, FontWeight::regular};
-    button.height = kButtonHeight;
-    button.cornerRadius = kCornerRadius;
+    button.font = {"", kAudienceButtonSize, FontWeight::regular};
+    button.height = kAudienceButtonHeight;
+    button.cornerRadius = kAudienceCornerRadius;
     button.background = kQuietGround;
     button.hidden = !isShown;
   };
   styleButton({&AudienceViews::joinButton, question.join}, asks);
   styleButton(kStayOut, asks);
-  styleButton(kLeave, now_.isInShow);
+  styleButton(kLeaveTheLight, now_.isInShow);
   styleButton(kComeBack, now_.stage == AudienceStage::out);
   views.joinButton.background = fields_.actionButtonColour;
   views.joinButton.titleColour = fields_.actionButtonTitleColour;
