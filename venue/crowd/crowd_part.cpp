@@ -26,7 +26,7 @@ constexpr std::size_t kRecordHead = 5;
 constexpr std::size_t kMostFrames = 64;
 constexpr std::size_t kMostWatches = 64;
 constexpr std::uint64_t kMostPhones = 10'000'000;
-constexpr std::int64_t kMostTime = 2 * 24 * 3600 * std::int64_t{1'000'000};
+constexpr std::int64_t kMostTime = std::int64_t{2} * 24 * 3600 * 1'000'000;
 /// A phone's light at its brightest.
 constexpr std::int64_t kWholeLight = 65535;
 constexpr std::int64_t kFarthest = std::int64_t{1} << 52;

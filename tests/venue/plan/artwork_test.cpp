@@ -139,7 +139,9 @@ TEST_F(Artwork, TheCopyHasTheMiddleOfTheClip) {
   }
   const std::string clip = clips.encode("halves.mp4", halves, "-c:v libx264 -pix_fmt yuv420p");
   ASSERT_EQ(fit(clip, {"--out", at("copy.mp4")}).status, 0);
-  const auto pictures = videos.open(at("copy.mp4"))->generator();
+  // A generator reads through its asset.
+  const auto copy = videos.open(at("copy.mp4"));
+  const auto pictures = copy->generator();
   const auto redAndGreen = [&](int frame, std::size_t x) {
     const auto image = pictures->imageAt({frame, 30});
     const std::uint8_t* pixel = &image->rgba[(32 * std::size_t{image->width} + x) * 4];
