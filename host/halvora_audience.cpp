@@ -46,7 +46,7 @@ struct ButtonRow {
 };
 constexpr ButtonRow kStayOut{&AudienceViews::stayOutButton, {"hv_audience_stay_out", "Stay Out"}};
 constexpr ButtonRow kLeaveTheLight{&AudienceViews::leaveButton,
-                           {"hv_audience_leave", "Leave the light show"}};
+                                   {"hv_audience_leave", "Leave the light show"}};
 constexpr ButtonRow kComeBack{&AudienceViews::comeBackButton,
                               {"hv_audience_come_back", "Back to the Light Show"}};
 

@@ -9,13 +9,13 @@
 
 namespace halvora {
 
-namespace {
-
 /// Bytes that give way to a text.
 struct TextEdit {
   YamlSpan span;
   std::string with;
 };
+
+namespace {
 
 constexpr std::string_view kBlanks = " \t";
 
