@@ -136,7 +136,7 @@ TEST_F(CueFileTest, CuesComeAndGo) {
     for (std::size_t at = 0; at < file.show().cues.size(); ++at) {
       const CueFile::Result more = file.withCueAfter(at, "it's \"new\"", look, names);
       ASSERT_EQ(flawOf(more), "none") << text;
-      const Cue& fresh = of(more).show().cues[at + 1];
+      const Cue fresh = of(more).show().cues[at + 1];
       EXPECT_EQ(fresh.name, "it's \"new\"");
       EXPECT_EQ(fresh.look.packet.master, 0x80);
       const CueFile::Result less = of(more).withoutCue(at + 1, names);
