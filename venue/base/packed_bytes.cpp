@@ -69,8 +69,8 @@ std::size_t PackedReader::count(std::size_t leastBytes) {
   return isGood_ ? static_cast<std::size_t>(value) : 0;
 }
 
-std::uint64_t fingerprintOf(std::string_view text) {
-  std::uint64_t print = 0xCBF29CE484222325U;
+std::uint64_t fingerprintOf(std::string_view text, std::uint64_t before) {
+  std::uint64_t print = before;
   for (const char byte : text) {
     print = (print ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
   }

@@ -51,7 +51,10 @@ class PackedReader {
   bool isGood_ = true;
 };
 
-/// A number that another text hardly has: to tell files apart, not to defend them (FNV-1a).
-std::uint64_t fingerprintOf(std::string_view text);
+/// Of no text at all.
+inline constexpr std::uint64_t kNoFingerprint = 0xCBF29CE484222325U;
+/// A number that another text hardly has: to tell files apart, not to defend them (FNV-1a). With
+/// the number of a text before it, that of both together.
+std::uint64_t fingerprintOf(std::string_view text, std::uint64_t before = kNoFingerprint);
 
 }  // namespace halvora

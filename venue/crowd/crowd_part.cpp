@@ -16,7 +16,7 @@ namespace halvora {
 namespace {
 
 // The last character counts the forms that parts had.
-constexpr std::string_view kMagic = "HVCROWD1";
+constexpr std::string_view kMagic = "HVCROWD2";
 constexpr char kHead = 'H';
 constexpr char kSlice = 'S';
 constexpr char kEnd = 'E';
@@ -30,6 +30,18 @@ constexpr std::int64_t kMostTime = std::int64_t{2} * 24 * 3600 * 1'000'000;
 /// A phone's light at its brightest.
 constexpr std::int64_t kWholeLight = 65535;
 constexpr std::int64_t kFarthest = std::int64_t{1} << 52;
+
+// Low byte first.
+void writeNumber(std::span<char> bytes, std::uint64_t value) {
+  for (std::size_t at = 0; at < bytes.size(); ++at) bytes[at] = static_cast<char>(value >> at * 8);
+}
+std::uint64_t readNumber(std::span<const char> bytes) {
+  std::uint64_t value = 0;
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
+    value |= std::uint64_t{static_cast<unsigned char>(bytes[at])} << at * 8;
+  }
+  return value;
+}
 
 void writeTime(PackedWriter& writer, Duration time) { writer.signedNumber(time.count()); }
 Duration readTime(PackedReader& reader) { return Duration(reader.signedNumber(kMostTime)); }
@@ -153,23 +165,29 @@ CueTally readCue(PackedReader& reader) {
 
 CrowdPartWriter::CrowdPartWriter(std::string path) : file_(std::move(path)) {}
 
+void CrowdPartWriter::write(std::string_view bytes) {
+  stream_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  print_ = fingerprintOf(bytes, print_);
+}
+
 bool CrowdPartWriter::writeRecord(char kind) {
   const std::string& bytes = record_.bytes();
   if (bytes.size() > UINT32_MAX) return false;
   std::array<char, kRecordHead> head{kind};
-  for (std::size_t at = 1; at < head.size(); ++at) {
-    head[at] = static_cast<char>(bytes.size() >> (at - 1) * 8);
-  }
-  stream_.write(head.data(), head.size());
-  stream_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  writeNumber(std::span(head).subspan(1), bytes.size());
+  write({head.data(), head.size()});
+  write(bytes);
   record_.clear();
+  std::array<char, sizeof print_> print{};
+  writeNumber(print, print_);
+  stream_.write(print.data(), print.size());
   return stream_.good();
 }
 
 bool CrowdPartWriter::begin(const CrowdPartHead& head) {
   if (!file_.begin()) return false;
   stream_.open(file_.part(), std::ios::binary | std::ios::trunc);
-  stream_.write(kMagic.data(), kMagic.size());
+  write(kMagic);
   sections_ = FieldSections(head.places);
   isForSheet_ = head.isForSheet;
   tiles_ = SheetTiles(frameCountOf(head.from, head.end, head.framesPerSecond));
@@ -276,11 +294,9 @@ std::variant<std::unique_ptr<CrowdPartReader>, std::string> CrowdPartReader::ope
   if (isFile && !error) part->stream_.open(path, std::ios::binary);
   if (!part->stream_.is_open()) return path + ": cannot be read";
   std::array<char, kMagic.size()> magic{};
-  if (part->left_ < magic.size() || !part->stream_.read(magic.data(), magic.size()) ||
-      std::string_view(magic.data(), magic.size()) != kMagic) {
+  if (!part->read(magic) || std::string_view(magic.data(), magic.size()) != kMagic) {
     return path + ": is no part of a crowd that this version writes";
   }
-  part->left_ -= magic.size();
   char kind = 0;
   bool isGood = part->readRecord(kind) && kind == kHead;
   if (isGood) {
@@ -291,19 +307,30 @@ std::variant<std::unique_ptr<CrowdPartReader>, std::string> CrowdPartReader::ope
   return part;
 }
 
+bool CrowdPartReader::read(std::span<char> bytes) {
+  if (bytes.size() > left_) return false;
+  left_ -= bytes.size();
+  if (!stream_.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) return false;
+  print_ = fingerprintOf({bytes.data(), bytes.size()}, print_);
+  return true;
+}
+
+bool CrowdPartReader::readPrint() {
+  const std::uint64_t before = print_;
+  std::array<char, sizeof print_> print{};
+  const bool isSame = read(print) && readNumber(print) == before;
+  print_ = before;
+  return isSame;
+}
+
 bool CrowdPartReader::readRecord(char& kind) {
   std::array<char, kRecordHead> head{};
-  if (left_ < head.size() || !stream_.read(head.data(), head.size())) return false;
-  left_ -= head.size();
+  if (!read(head)) return false;
   kind = head[0];
-  std::uint64_t size = 0;
-  for (std::size_t at = 1; at < head.size(); ++at) {
-    size |= std::uint64_t{static_cast<unsigned char>(head[at])} << (at - 1) * 8;
-  }
+  const std::uint64_t size = readNumber(std::span(head).subspan(1));
   if (size > left_) return false;
-  left_ -= size;
   record_.resize(size);
-  return static_cast<bool>(stream_.read(record_.data(), static_cast<std::streamsize>(size)));
+  return read(record_) && readPrint();
 }
 
 bool CrowdPartReader::readHead(PackedReader& reader) {

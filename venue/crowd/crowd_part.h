@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // A shard of a crowd on disk: what its phones did, slice by slice, for whoever puts all shards
-// together. A file of records, each with its length before it; numbers are packed. A part that was
-// cut short, or is none, is refused with a reason. One thread.
+// together. A file of records, each with its length before it and behind it the fingerprint of the
+// file so far; numbers are packed. A part that was cut short, damaged or put together from several,
+// or is none, is refused with a reason. One thread.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +10,9 @@
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -66,6 +69,7 @@ class CrowdPartWriter final : public CrowdSink {
   bool finish(const CrowdEnd& end);
 
  private:
+  void write(std::string_view bytes);
   bool writeRecord(char kind);
 
   PlacedFile file_;
@@ -76,6 +80,8 @@ class CrowdPartWriter final : public CrowdSink {
   /// Of the frame before.
   std::vector<CrowdLight> lights_;
   PackedWriter record_;
+  /// Of all that was written.
+  std::uint64_t print_ = kNoFingerprint;
 };
 
 class CrowdPartReader {
@@ -96,6 +102,8 @@ class CrowdPartReader {
  private:
   explicit CrowdPartReader(std::string path);
 
+  bool read(std::span<char> bytes);
+  bool readPrint();
   bool readRecord(char& kind);
   bool readHead(PackedReader& reader);
   bool readPlaces(PackedReader& reader);
@@ -109,6 +117,8 @@ class CrowdPartReader {
   std::string path_;
   std::ifstream stream_;
   std::uint64_t left_ = 0;
+  /// Of all that was read.
+  std::uint64_t print_ = kNoFingerprint;
   std::string record_;
   CrowdPartHead head_;
   CrowdSlice slice_;
