@@ -19,6 +19,7 @@
 #include "venue/show/packet.h"
 #include "venue/show/scenario_file.h"
 #include "venue/show/show_key.h"
+#include "venue/show/show_senders.h"
 #include "venue/show/true_show.h"
 
 namespace halvora {
@@ -201,7 +202,8 @@ class ListenCommand final : public ToolCommand {
     options.optional("--record", record_, "file to write as a scenario that trace replays");
     options.flag("--watch", isWatched_, "say what a crew should know of the air, as it happens");
     options.optional("--expect", expected_,
-                     "watch, and compare with the scenario that should be on the air");
+                     "watch, and compare with the scenario that should be on the air: its looks, "
+                     "its transmitters and its venue");
     options.optional("--show-key", keyFile_,
                      "watch with the show's key: a file of 32 hexadecimal digits that only its "
                      "owner may read");
@@ -253,6 +255,11 @@ class ListenCommand final : public ToolCommand {
     const auto& show = std::get<Scenario>(scenario);
     show_.emplace(show, show.lastAction());
     watch_.expected = &*show_;
+    senders_.emplace(show, show.lastAction(), AirWatch::kLate);
+    watch_.senders = &*senders_;
+    // What the scenario does not have is as wrong as what it has and is not there.
+    if (watch_.transmitters.empty()) watch_.transmitters = senders_->keys();
+    if (!watch_.venueId) watch_.venueId = senders_->venueId();
     return std::nullopt;
   }
 
@@ -297,6 +304,7 @@ class ListenCommand final : public ToolCommand {
   std::optional<std::string> venue_;
   AirWatchOptions watch_;
   std::optional<TrueShow> show_;
+  std::optional<ShowSenders> senders_;
 };
 
 }  // namespace

@@ -24,13 +24,16 @@ std::string keyOf(const HeardPacket& packet) {
 
 AirWatch::AirWatch(const AirWatchOptions& options, const MessageCodes& codes,
                    const WallClock& clock, std::function<void(const AirFinding&)> tell)
-    : options_(options), gate_(options.air, codes), clock_(clock), tell_(std::move(tell)) {}
+    : options_(options), gate_(options.air, codes), clock_(clock), tell_(std::move(tell)) {
+  if (options_.senders != nullptr) senders_.resize(options_.senders->keys().size());
+}
 
 void AirWatch::hear(std::span<const std::uint8_t> data, Duration now) {
   const HeardPacket packet(data);
   const std::string key = keyOf(packet);
   static_cast<void>(gate_.judge(packet, now, clock_));
   tellTrust();
+  noteSender(key, now);
   auto found = transmitters_.find(packet.key);
   const bool isFirst = found == transmitters_.end();
   if (isFirst && transmitters_.size() < kMostTransmitters) {
@@ -87,9 +90,30 @@ void AirWatch::align(const HeardPacket& packet, Duration now) {
 
 void AirWatch::look(Duration now) {
   gate_.refresh(now);
-  tellTrust();
+  if (trust_) tellTrust();
   if (!firstLook_) firstLook_ = now;
   if (options_.expected != nullptr) compare(now);
+  if (begin_) missSenders(now);
+}
+
+void AirWatch::noteSender(const std::string& key, Duration now) {
+  if (options_.senders == nullptr) return;
+  const auto& keys = options_.senders->keys();
+  const auto sender = static_cast<std::size_t>(std::ranges::find(keys, key) - keys.begin());
+  if (sender < senders_.size()) senders_[sender].heard = now;
+}
+
+// Where nothing at all is heard, no more need be said.
+void AirWatch::missSenders(Duration now) {
+  if (now - lastHeard_ >= kLate) return;
+  for (std::size_t at = 0; at < senders_.size(); ++at) {
+    Expected& sender = senders_[at];
+    const Duration since = std::max(sender.heard.value_or(*firstLook_), *firstLook_);
+    const Duration place = now - *begin_;
+    if (now - since < kLate || !options_.senders->isSending(at, place - kLate, place)) continue;
+    say(Kind::silent, options_.senders->keys()[at], sender.told, now,
+        "others of the show are heard");
+  }
 }
 
 void AirWatch::compare(Duration now) {
@@ -116,7 +140,7 @@ void AirWatch::say(Kind kind, const std::string& key, std::optional<Duration>& t
 void AirWatch::tellTrust() {
   if (gate_.trust() == trust_) return;
   trust_ = gate_.trust();
-  tell_({"trust", {}, kTrusts[static_cast<std::size_t>(trust_)]});
+  tell_({"trust", {}, kTrusts[static_cast<std::size_t>(*trust_)]});
 }
 
 }  // namespace halvora

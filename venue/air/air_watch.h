@@ -15,6 +15,7 @@
 
 #include "engine/air_gate.h"
 #include "halvora/platform/wall_clock.h"
+#include "venue/show/show_senders.h"
 #include "venue/show/true_show.h"
 
 namespace halvora {
@@ -28,10 +29,13 @@ struct AirWatchOptions {
   /// What should be on the air; outlives the watch. Its first packet that is heard says when it
   /// began.
   const TrueShow* expected = nullptr;
+  /// Who should send it; outlives the watch. Null where only the show as a whole is expected.
+  const ShowSenders* senders = nullptr;
 };
 
 struct AirFinding {
-  /// "unknown sender", "wrong venue", "jump", "two senders", "other look", "silent", or "trust".
+  /// "unknown sender", "wrong venue", "jump", "two senders", "other look", "silent", or "trust",
+  /// which is "unproven" from the first packet on until it is something else.
   std::string what;
   /// Whose; empty where it is nobody's.
   std::string transmitter;
@@ -64,10 +68,18 @@ class AirWatch {
     std::array<std::optional<Duration>, 6> told;
   };
 
+  /// One of `AirWatchOptions::senders`.
+  struct Expected {
+    std::optional<Duration> heard;
+    std::optional<Duration> told;
+  };
+
   void follow(const HeardPacket& packet, const std::string& key, Heard& heard, Duration now);
   void turn(const std::string& key, Heard& heard, Duration now, const std::string& detail);
   void align(const HeardPacket& packet, Duration now);
   void compare(Duration now);
+  void noteSender(const std::string& key, Duration now);
+  void missSenders(Duration now);
   void say(Kind kind, const std::string& key, std::optional<Duration>& told, Duration now,
            const std::string& detail);
   void tellTrust();
@@ -77,7 +89,8 @@ class AirWatch {
   const WallClock& clock_;
   std::function<void(const AirFinding&)> tell_;
   std::map<std::uint32_t, Heard> transmitters_;
-  AirTrust trust_ = AirTrust::unproven;
+  /// None until something is heard.
+  std::optional<AirTrust> trust_;
   /// Of the expected show: when it began, and what of it was heard last.
   std::optional<Duration> begin_;
   std::optional<Duration> firstLook_;
@@ -85,6 +98,7 @@ class AirWatch {
   Duration lastHeard_{};
   std::optional<Duration> goodAt_;
   std::array<std::optional<Duration>, 2> told_;
+  std::vector<Expected> senders_;
 };
 
 }  // namespace halvora

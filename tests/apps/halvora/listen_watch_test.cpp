@@ -60,17 +60,28 @@ class ListenWatch : public testing::Test {
     };
     return runTool(arguments, setup);
   }
-  std::vector<std::string> said(const std::vector<std::string>& arguments) {
+  /// The lines with one of those keys.
+  std::vector<std::string> said(const std::vector<std::string>& arguments,
+                                const std::vector<std::string>& keys = {"finding"}) {
     const ToolRun done = run(arguments);
     EXPECT_EQ(done.status, 0) << done.error;
     std::vector<std::string> found;
     for (const std::string& line : linesOf(done.output)) {
-      if (line.find("\"finding\":") != std::string::npos ||
-          line.find("\"trust\":") != std::string::npos) {
-        found.push_back(line);
-      }
+      const bool isOne = std::ranges::any_of(keys, [&](const std::string& key) {
+        return line.find("\"" + key + "\":") != std::string::npos;
+      });
+      if (isOne) found.push_back(line);
     }
     return found;
+  }
+  std::string keyFile() {
+    std::string file = folder.write("show.key", std::string(32, '0'));
+    EXPECT_EQ(chmod(file.c_str(), S_IRUSR), 0);
+    return file;
+  }
+  void hearSignedAt(long long time, const Broadcast& look) {
+    const auto code = codes.withKey(ShowKey(std::array<std::uint8_t, ShowKey::kSize>{}));
+    air.packets.push_back({time, textOf(signBroadcast(look, 29454480, *code))});
   }
 
   VirtualAir air;
@@ -81,21 +92,34 @@ class ListenWatch : public testing::Test {
 TEST_F(ListenWatch, SaysNothingUnasked) {
   hearFrom(100, 4000, fields(1));
   hearAt(4500, fields(9000));
-  EXPECT_THAT(said({"--for", "5"}), IsEmpty());
+  EXPECT_THAT(said({"--for", "5"}, {"finding", "trust"}), IsEmpty());
 }
 
 TEST_F(ListenWatch, SaysWhenAPhoneWouldTrustTheShow) {
   hearFrom(100, 4000, fields(1));
-  EXPECT_THAT(said({"--for", "5", "--watch"}), ElementsAre(R"({"t":3099,"trust":"trusted"})"));
+  EXPECT_THAT(said({"--for", "5", "--watch"}, {"finding", "trust"}),
+              ElementsAre(R"({"t":99,"trust":"unproven"})", R"({"t":3099,"trust":"trusted"})"));
+}
+
+TEST_F(ListenWatch, SaysThatTwoWhoContradictEachOtherContestTheShow) {
+  hearFrom(100, 6000, fields(1));
+  // Once the first is trusted, somebody says something else under its numbers.
+  hearFrom(4150, 1500, fields(1, 99));
+  EXPECT_THAT(said({"--for", "6", "--watch"}, {"trust"}),
+              ElementsAre(R"({"t":99,"trust":"unproven"})", R"({"t":3099,"trust":"trusted"})",
+                          HasSubstr(R"("trust":"contested")")));
 }
 
 TEST_F(ListenWatch, TrustsAGoodTagAtOnce) {
-  const std::string file = folder.write("show.key", std::string(32, '0'));
-  ASSERT_EQ(chmod(file.c_str(), S_IRUSR), 0);
-  const auto code = codes.withKey(ShowKey(std::array<std::uint8_t, ShowKey::kSize>{}));
-  air.packets.push_back({100, textOf(signBroadcast(fields(1), 29454480, *code))});
-  EXPECT_THAT(said({"--for", "2", "--show-key", file}),
+  hearSignedAt(100, fields(1));
+  EXPECT_THAT(said({"--for", "2", "--show-key", keyFile()}, {"finding", "trust"}),
               ElementsAre(R"({"t":99,"trust":"trusted"})"));
+}
+
+TEST_F(ListenWatch, SaysThatNothingIsProvenAnyMore) {
+  hearSignedAt(100, fields(1));
+  EXPECT_THAT(said({"--for", "11", "--show-key", keyFile()}, {"trust"}),
+              ElementsAre(R"({"t":99,"trust":"trusted"})", R"({"t":10250,"trust":"unproven"})"));
 }
 
 TEST_F(ListenWatch, SaysWhoIsNotOfTheShowOnce) {
@@ -123,6 +147,27 @@ TEST_F(ListenWatch, SaysWhereNumbersJump) {
   EXPECT_THAT(said({"--for", "1", "--watch"}),
               ElementsAre(R"({"t":299,"finding":"jump","transmitter":"258:7",)"
                           R"("detail":"1025 to 5000"})"));
+}
+
+TEST_F(ListenWatch, SaysTheRateAndTheLossOfEachInTheEnd) {
+  hearFrom(100, 1000, fields(1));
+  for (int at = 0; at < 5; ++at) hearAt(150 + 100 * at, fields(10 + 2 * at, 1, 9));
+  EXPECT_THAT(said({"--for", "2", "--watch"}, {"summary"}),
+              ElementsAre(R"({"t":2000,"summary":"258:7","packets":10,"repeats":9,"lost":0,)"
+                          R"("restarts":0,"perSecond":5})",
+                          R"({"t":2000,"summary":"258:9","packets":5,"repeats":0,"lost":4,)"
+                          R"("restarts":0,"perSecond":2.5})"));
+}
+
+TEST_F(ListenWatch, SaysThatOneNumberSaysTwoThings) {
+  for (int at = 0; at < 5; ++at) {
+    hearAt(100 + 100 * at, fields(10));
+    hearAt(150 + 100 * at, fields(10, 99));
+  }
+  const auto lines = said({"--for", "1", "--watch"});
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"two senders","transmitter":"258:7",)"
+                                  R"("detail":"10 says two things"})"));
 }
 
 TEST_F(ListenWatch, TellsTwoSendersUnderOneNumberFromARestart) {
@@ -193,6 +238,89 @@ TEST_F(ListenExpect, SaysWithinTwoSecondsWhatElseIsShown) {
   ASSERT_THAT(lines, SizeIs(1));
   EXPECT_THAT(lines[0], HasSubstr(R"("finding":"other look","detail":"09C9)"));
   EXPECT_THAT(lines[0], HasSubstr(" instead of 09C9"));
+}
+
+/// When it was said, of lines of which each begins with its time.
+double secondsOf(const std::string& line) { return std::stod(line.substr(5)) / 1000; }
+
+// Each verdict, with the show on the air beside it, within two seconds of what is wrong.
+TEST_F(ListenExpect, SaysWithinTwoSecondsWhoIsNotOfTheShow) {
+  hearShow(500, 5);
+  hearFrom(3050, 1000, fields(2, 10, 9));
+  const auto lines = differences("6");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"unknown sender","transmitter":"258:9")"));
+  EXPECT_LT(secondsOf(lines[0]), 5.05);
+}
+
+TEST_F(ListenExpect, SaysWithinTwoSecondsWhatIsOfAnotherVenue) {
+  Broadcast elsewhere = fields(2, 10);
+  elsewhere.venueId = 8;
+  hearShow(500, 5);
+  hearAt(3050, elsewhere);
+  const auto lines = differences("6");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"wrong venue","transmitter":"258:7")"));
+  EXPECT_LT(secondsOf(lines[0]), 5.05);
+}
+
+TEST_F(ListenExpect, SaysWithinTwoSecondsWhereNumbersJump) {
+  hearShow(500, 5);
+  hearAt(3050, fields(9000, 10));
+  const auto lines = differences("6");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0],
+              HasSubstr(R"("finding":"jump","transmitter":"258:7","detail":"2 to 9000")"));
+  EXPECT_LT(secondsOf(lines[0]), 5.05);
+}
+
+TEST_F(ListenExpect, SaysWithinTwoSecondsThatTwoSendUnderOneNumber) {
+  hearShow(500, 5);
+  hearFrom(3050, 1000, fields(200, 99));
+  const auto lines = differences("6");
+  ASSERT_THAT(lines, SizeIs(2));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"jump","transmitter":"258:7","detail":"200 to 2")"));
+  EXPECT_THAT(lines[1], HasSubstr(R"("finding":"two senders","transmitter":"258:7")"));
+  EXPECT_LT(secondsOf(lines[1]), 5.05);
+}
+
+/// The same show by two transmitters.
+class ListenExpectTwo : public ListenExpect {
+ protected:
+  void SetUp() override {
+    std::string lines = "{\"at\":0,\"start\":true}\n";
+    for (int transmitter = 7; transmitter <= 8; ++transmitter) {
+      lines += "{\"at\":2,\"packet\":\"" +
+               NSDataToHex(encodeBroadcast(fields(1, 50, transmitter))) +
+               "\",\"every\":0.1,\"until\":10}\n";
+    }
+    show = folder.write("two.jsonl", lines);
+  }
+};
+
+TEST_F(ListenExpectTwo, SaysWithinTwoSecondsWhichTransmitterIsMissing) {
+  hearFrom(500, 8000, fields(1, 50, 7));
+  hearFrom(550, 3000, fields(1, 50, 8));
+  const auto lines = differences("8");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"silent","transmitter":"258:8",)"
+                                  R"("detail":"others of the show are heard"})"));
+  EXPECT_GT(secondsOf(lines[0]), 4.95);
+  EXPECT_LT(secondsOf(lines[0]), 5.55);
+}
+
+TEST_F(ListenExpectTwo, SaysSoOfOneThatWasNeverHeard) {
+  hearFrom(500, 4000, fields(1, 50, 7));
+  const auto lines = differences("4");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"silent","transmitter":"258:8")"));
+  EXPECT_LT(secondsOf(lines[0]), 2.5);
+}
+
+TEST_F(ListenExpectTwo, MissesNobodyWhoseTimeIsOver) {
+  hearFrom(500, 8000, fields(1, 50, 7));
+  hearFrom(550, 8000, fields(1, 50, 8));
+  EXPECT_THAT(differences("10"), testing::Each(testing::Not(HasSubstr("258:8"))));
 }
 
 TEST_F(ListenExpect, RefusesWhatIsNoScenarioAndNoVenue) {
