@@ -30,7 +30,10 @@ endforeach()
 
 if(TARGET halvora_qt)
   halvora_own_sources(halvora_qt)
-  halvora_library(halvora_qt_headers FILES faces/qt/*.h adapters/qt/*.h adapters/system/*.h LINK halvora_qt Qt6::Network)
+  halvora_own_sources(halvora_qt_impl)
+  halvora_library(halvora_qt_headers
+    FILES faces/qt/*.h faces/qt/impl/*.h adapters/qt/*.h adapters/system/*.h
+    LINK halvora_qt Qt6::Network)
 endif()
 if(TARGET halvora_demo)
   halvora_own_sources(halvora_demo)

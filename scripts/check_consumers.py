@@ -206,6 +206,16 @@ class Consumers:
         self.run("cmake", "--build", build, "-j", self.jobs)
         self.expect_window(build / "qml-host", prefix)
 
+    def public_qml_types(self):
+        """What the installed module lets a host name, by its documents and by its registrations."""
+        module = self.with_qt() / "lib/qt6/qml/Halvora"
+        shown = set(re.findall(r"^(?:singleton )?([A-Z]\w*) \d+\.\d+ \w+\.qml$",
+                               (module / "qmldir").read_text(encoding="utf-8"), re.MULTILINE))
+        shown |= set(re.findall(r'"Halvora/(\w+) \d+\.\d+"',
+                                (module / "halvora_qt.qmltypes").read_text(encoding="utf-8")))
+        if shown != QML_TYPES:
+            raise Failure(f"the module has {sorted(shown)}")
+
     def expect_window(self, program, prefix):
         """It says what it could not load, and goes on until it is ended."""
         begun = subprocess.run(
@@ -217,6 +227,7 @@ class Consumers:
             raise Failure(f"{program} ended with {begun.returncode}:\n{begun.stderr}")
 
 
+QML_TYPES = {"HalvoraView", "HalvoraStatusView", "HalvoraAudienceView"}
 INSTALLED = "-DHALVORA_FROM=installation"
 # Name, whether it is for a day, and what it does.
 ROWS = [
@@ -256,6 +267,7 @@ ROWS = [
     ("find_package, clang and libc++", False,
      lambda it: it.by_cmake("clang", it.clang(), INSTALLED, "-DCMAKE_CXX_COMPILER=clang++-16",
                             flags=LIBCXX)),
+    ("the QML module shows three types", False, lambda it: it.public_qml_types()),
     ("docs/embedding.md, QML, as pasted", False, lambda it: it.pasted_in_qml()),
     ("a host in QML, find_package", False, lambda it: it.qml_host()),
 ]

@@ -22,7 +22,7 @@ ADAPTERS = [
     for name in ("standard", "json", "image", "ffmpeg", "nettle", "linux", "virtual", "qtbluetooth", "qt",
                  "system")
 ]
-FACES = ["faces/qt", "bindings/c", "bindings/media"]
+FACES = ["faces/qt", "faces/qt/impl", "bindings/c", "bindings/media"]
 VENUE = [f"venue/{name}" for name in ("base", "show", "plan", "crowd", "air", "live")]
 APPS = ["apps/halvora", "apps/console"]
 BELOW_VENUE = [FACE, *CORE, *ADAPTERS]
@@ -38,6 +38,7 @@ MAY_INCLUDE = {
     "seats": [FACE, "text"],
     "host": [FACE],
     "faces/qt": [FACE],
+    "faces/qt/impl": [FACE, "faces/qt"],
     "bindings/c": [FACE, "adapters/standard", "adapters/json"],
     "bindings/media": [FACE, "bindings/c", "adapters/image", "adapters/ffmpeg"],
     "conformance": [FACE],
@@ -221,6 +222,7 @@ GOOD = {
     "adapters/qt/player.cpp": '#include <QMediaPlayer>\n#include "faces/qt/clip.h"\n',
     "adapters/system/phone.cpp": '#include "adapters/linux/services/torch.h"\n',
     "faces/qt/face.cpp": '#include <QQuickItem>\n#include "halvora/host.h"\n#include "face.moc"\n',
+    "faces/qt/impl/panel.cpp": '#include "faces/qt/host.h"\n#include "halvora/panel.h"\n',
     "light/layer.cpp": '#include "light/layer.h"\n// #include "engine/scanner.h"\n',
     "engine/show_engine.h": '#include "pixelmap/assets.h"\n',
     "seats/wizard.cpp": '#include "halvora/engine.h"\n',
@@ -265,9 +267,11 @@ BAD = {
         '#include "pixelmap/assets.h"',
         '#include "adapters/virtual/phone.h"',
         '#include "adapters/qt/phone.h"',
+        '#include "faces/qt/impl/panel.h"',
         '#include "venue/show/scenario.h"',
         "#include <sys/socket.h>",
     ],
+    "faces/qt/impl/a.cpp": ['#include "seats/wizard.h"', '#include "adapters/qt/phone.h"'],
     "needs/a.cpp": ['#include "text/numbers.h"', "#include <unistd.h>"],
     "text/a.cpp": ['#include "light/colour.h"'],
     "light/a.cpp": [

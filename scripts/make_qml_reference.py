@@ -13,9 +13,12 @@ import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-VIEW, STATUS = ROOT / "faces/qt/halvora_view_item.h", ROOT / "faces/qt/HalvoraStatusView.qml"
-# What its aliases stand for has its types there.
-PANEL = ROOT / "faces/qt/status_panel.h"
+VIEW = ROOT / "faces/qt/halvora_view_item.h"
+# Views in QML, and where what their aliases stand for has its types.
+VIEWS = {
+    "HalvoraStatusView": ROOT / "faces/qt/impl/status_panel.h",
+    "HalvoraAudienceView": ROOT / "faces/qt/impl/audience_panel.h",
+}
 QML_TYPES = {"QString": "string", "QStringList": "list<string>", "QColor": "color", "qint64": "int",
              "std::int64_t": "int", "qreal": "real", "double": "real", "QSizeF": "size"}
 
@@ -95,12 +98,14 @@ def of_qml(text, aliased):
 
 
 def tables():
-    aliased = {name: kind for kind, name, _ in PROPERTY.findall(PANEL.read_text(encoding="utf-8"))}
-    status = STATUS.read_text(encoding="utf-8")
     view = VIEW.read_text(encoding="utf-8")
-    return {"HalvoraView": ("The light: what a phone shows of the show, over the item's whole size.",
-                            of_cpp(view)),
-            "HalvoraStatusView": (opening(status), of_qml(status, aliased))}
+    found = {"HalvoraView": ("The light: what a phone shows of the show, over the item's whole size.",
+                             of_cpp(view))}
+    for name, panel in VIEWS.items():
+        aliased = {one: kind for kind, one, _ in PROPERTY.findall(panel.read_text(encoding="utf-8"))}
+        text = (ROOT / f"faces/qt/{name}.qml").read_text(encoding="utf-8")
+        found[name] = (opening(text), of_qml(text, aliased))
+    return found
 
 
 def undocumented(rows):
@@ -108,7 +113,7 @@ def undocumented(rows):
 
 
 def page(found):
-    lines = ["# The QML types", "", "`import Halvora` has two types for a host. How "
+    lines = ["# The QML types", "", "`import Halvora` has these types for a host. How "
              "they stand in a window is shown in the page on embedding the kit."]
     for name, (about, rows) in found.items():
         lines += ["", f"## {name}", "", about]

@@ -2,7 +2,6 @@
 // A phone on a dark table, in whose screen the show runs; or, in full screen, the show alone.
 import QtQuick
 import QtQuick.Window
-import Halvora
 import HalvoraDemo
 
 Window {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // One phone of the venue: whose seat it is at, its screen, and the packet that it last obeyed.
 import QtQuick
-import Halvora
 import HalvoraDemo
 
 Rectangle {

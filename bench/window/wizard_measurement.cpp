@@ -10,7 +10,7 @@
 #include "bench/require.h"
 #include "bench/window/bench_window.h"
 #include "bench/window/measurement.h"
-#include "faces/qt/status_panel.h"
+#include "faces/qt/impl/status_panel.h"
 
 namespace halvora {
 

@@ -3,7 +3,7 @@
 // anybody joins, gentle light for good, and in mid-show a way out by Back, Esc or three quick taps,
 // and back in. While nothing is asked it draws nothing and lets everything through.
 import QtQuick
-import Halvora
+import Halvora.impl
 
 Item {
     id: root
@@ -12,6 +12,7 @@ Item {
     property alias asksBeforeJoining: panel.asksBeforeJoining
     // The system's user wants less flashing. It can only tighten what the host allows.
     property alias reducesFlashing: panel.reducesFlashing
+    // Of the words that lie over the light, and of the button that joins; either spelling.
     property alias textColour: panel.textColour
     property alias textColor: panel.textColour
     property alias actionButtonColour: panel.actionButtonColour
@@ -28,16 +29,20 @@ Item {
     readonly property alias asks: panel.asks
     // They have joined and a show goes on: Back and Esc mean the show and nothing else.
     readonly property alias isInShow: panel.isInShow
+    // Below a fifth, and not being charged: said where the question is.
     readonly property alias batteryIsLow: panel.batteryIsLow
+    // They stay out: nothing is asked of them, and `join` brings them back.
     readonly property bool isOut: panel.stage === AudiencePanel.Out
 
-    // As the buttons do.
+    // In, or back in: the light is what the show has come to by now.
     function join(): void {
         panel.join();
     }
+    // Out in mid-show, and asked whether to resume: the light fades within 300 ms.
     function leave(): void {
         panel.leave();
     }
+    // Out, without a question.
     function stayOut(): void {
         panel.stayOut();
     }

@@ -2,7 +2,7 @@
 // The status panel that a host places in its interface: the stack of texts and buttons, and over
 // the window what the panel presents. The host gives it a width; its height follows.
 import QtQuick
-import Halvora
+import Halvora.impl
 
 Item {
     id: root

@@ -22,7 +22,8 @@ namespace halvora {
 
 class LightSurface : public QQuickItem, private LightObserver {
   Q_OBJECT
-  QML_ELEMENT
+  // What a host names is the view that is built on it.
+  QML_ANONYMOUS
 
  public:
   explicit LightSurface(QQuickItem* parent = nullptr);

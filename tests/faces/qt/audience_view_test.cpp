@@ -13,7 +13,7 @@
 
 #include "adapters/standard/folder_bundle.h"
 #include "engine/inside.h"
-#include "faces/qt/status_announcer.h"
+#include "faces/qt/impl/status_announcer.h"
 #include "tests/faces/qt/access_tree.h"
 #include "tests/faces/qt/committed_picture.h"
 #include "tests/faces/qt/qml_bench.h"

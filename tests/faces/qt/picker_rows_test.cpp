@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "faces/qt/picker_rows.h"
+#include "faces/qt/impl/picker_rows.h"
 
 #include <memory>
 #include <string>

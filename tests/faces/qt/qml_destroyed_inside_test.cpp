@@ -12,8 +12,8 @@
 #include <gtest/gtest.h>
 
 #include "faces/qt/halvora_view_item.h"
-#include "faces/qt/seat_wizard.h"
-#include "faces/qt/status_panel.h"
+#include "faces/qt/impl/seat_wizard.h"
+#include "faces/qt/impl/status_panel.h"
 #include "tests/faces/qt/event_wait.h"
 #include "tests/faces/qt/qml_bench.h"
 #include "tests/faces/qt/status_bench.h"

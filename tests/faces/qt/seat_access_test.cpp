@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "faces/qt/status_announcer.h"
+#include "faces/qt/impl/status_announcer.h"
 #include "tests/faces/qt/access_tree.h"
 #include "tests/faces/qt/qml_bench.h"
 #include "tests/faces/qt/status_bench.h"

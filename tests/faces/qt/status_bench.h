@@ -22,7 +22,7 @@
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/virtual/virtual_phone.h"
-#include "faces/qt/status_panel.h"
+#include "faces/qt/impl/status_panel.h"
 #include "faces/qt/system_wishes.h"
 #include "halvora/engine.h"
 #include "seats/panel_controller.h"
