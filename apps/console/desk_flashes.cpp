@@ -56,7 +56,7 @@ FlashFigures DeskFlashes::measured(const Broadcast& look) const {
   const TraceEnd end = measureFlashes(scenario, options, std::make_unique<SeededRandom>(1),
                                       {libraries_.json, libraries_.images}, meter, curve);
   // What cannot be judged is not sent by mistake.
-  constexpr FlashFigure kUnknown{ChangeRow::kMost / 2, Duration::zero()};
+  constexpr FlashFigure kUnknown{EyeMeter::kMostLights / 2, Duration::zero()};
   return end == TraceEnd::whole ? meter.worst() : FlashFigures{kUnknown, kUnknown};
 }
 

@@ -82,85 +82,111 @@ void FlashCurve::take(const FlashCurve& other) {
   }
 }
 
-void ChangeRow::add(Duration time) {
-  const auto isOver = [time](Duration change) { return time - change > kSecond; };
-  std::erase_if(times_, isOver);
-  if (times_.size() >= kMost) times_.erase(times_.begin());
-  times_.push_back(time);
-  if (flashes() > worst_.flashes) worst_ = {flashes(), times_.front()};
+void EyeMeter::Changes::add(Duration time) {
+  if (count == 0) first = time;
+  last = time;
+  ++count;
 }
 
-void EyeMeter::add(Duration time, const LinearColour& colour, FlashCurve* curve) {
-  if (hasBegun_ && colour == last_) return;
-  const double luminance = relativeLuminance(colour);
-  if (!hasBegun_) low_ = high_ = luminance;
-  hasBegun_ = true;
-  last_ = colour;
-  addLuminance(time, luminance, curve);
-  addColour(time, colour, curve);
+EyeMeter::Seen EyeMeter::seenOf(Duration time, const LinearColour& colour) const {
+  Seen seen;
+  seen.time = time;
+  seen.luminance = relativeLuminance(colour);
+  seen.isDark = seen.luminance <= darkUpTo_;
+  if (seen.isDark) return seen;
+  seen.isRed = colour.red / (colour.red + colour.green + colour.blue) >= kSaturated - kRounding;
+  const double x = 0.4124 * colour.red + 0.3576 * colour.green + 0.1805 * colour.blue;
+  const double z = 0.0193 * colour.red + 0.1192 * colour.green + 0.9505 * colour.blue;
+  const double whole = x + 15 * seen.luminance + 3 * z;
+  seen.u = 4 * x / whole;
+  seen.v = 9 * seen.luminance / whole;
+  return seen;
 }
 
-void EyeMeter::addLuminance(Duration time, double luminance, FlashCurve* curve) {
+// Of what was before a second only the light that it begins with belongs to it.
+void EyeMeter::forget(Duration before) {
+  while (begin_ + 1 < lights_.size() && lights_[begin_ + 1].time < before) ++begin_;
+  if (lights_.size() - begin_ > kMostLights) begin_ = lights_.size() - kMostLights;
+  // Now and then, so that a light costs the same however many there are.
+  if (begin_ <= lights_.size() / 2) return;
+  lights_.erase(lights_.begin(), lights_.begin() + static_cast<std::ptrdiff_t>(begin_));
+  begin_ = 0;
+}
+
+// From the furthest level since the last change.
+EyeMeter::Changes EyeMeter::generalChanges(Second second) {
   const auto counts = [](double darker, double brighter) {
     return brighter - darker >= kLeastChange - kRounding && darker < kBright;
   };
-  const bool falls = direction_ >= 0 && counts(luminance, high_);
-  const bool rises = direction_ <= 0 && counts(low_, luminance);
-  if (!falls && !rises) {
-    low_ = std::min(low_, luminance);
-    high_ = std::max(high_, luminance);
-    return;
+  Changes changes;
+  double low = second.front().luminance;
+  double high = low;
+  // Up: 1, down: -1.
+  int direction = 0;
+  for (const Seen& seen : second) {
+    const bool falls = direction >= 0 && counts(seen.luminance, high);
+    const bool rises = direction <= 0 && counts(low, seen.luminance);
+    if (falls || rises) {
+      direction = rises ? 1 : -1;
+      low = high = seen.luminance;
+      changes.add(seen.time);
+    }
+    low = std::min(low, seen.luminance);
+    high = std::max(high, seen.luminance);
   }
-  direction_ = rises ? 1 : -1;
-  low_ = high_ = luminance;
-  general_.add(time);
-  if (curve != nullptr) curve->addGeneral(general_.begin(), time, general_.flashes());
-}
-
-void EyeMeter::Places::add(const Place& place) {
-  if (place.isDark) {
-    hasDark = true;
-    return;
-  }
-  if (!isAny) outer.fill(place);
-  isAny = true;
-  if (place.u < outer[0].u) outer[0] = place;
-  if (place.u > outer[1].u) outer[1] = place;
-  if (place.v < outer[2].v) outer[2] = place;
-  if (place.v > outer[3].v) outer[3] = place;
+  return changes;
 }
 
 // Darkness has no colour, and so is another one than any.
-bool EyeMeter::Places::anyFarFrom(const Place& place) const {
-  if (place.isDark) return isAny;
-  if (hasDark) return true;
-  return isAny && std::ranges::any_of(outer, [&place](const Place& seen) {
-           return std::hypot(seen.u - place.u, seen.v - place.v) > kLeastDistance;
-         });
+bool EyeMeter::isRedChange(const Seen& one, const Seen& other) {
+  if (one.isRed == other.isRed) return false;
+  if (one.isDark || other.isDark) return true;
+  return std::hypot(one.u - other.u, one.v - other.v) > kLeastDistance;
 }
 
-void EyeMeter::addColour(Duration time, const LinearColour& colour, FlashCurve* curve) {
-  const double sum = colour.red + colour.green + colour.blue;
-  Place place;
-  place.isDark = relativeLuminance(colour) <= darkUpTo_;
-  const bool isRed = !place.isDark && colour.red / sum >= kSaturated - kRounding;
-  if (!place.isDark) {
-    const double x = 0.4124 * colour.red + 0.3576 * colour.green + 0.1805 * colour.blue;
-    const double y = relativeLuminance(colour);
-    const double z = 0.0193 * colour.red + 0.1192 * colour.green + 0.9505 * colour.blue;
-    place.u = 4 * x / (x + 15 * y + 3 * z);
-    place.v = 9 * y / (x + 15 * y + 3 * z);
+// From any colour since the last change.
+EyeMeter::Changes EyeMeter::redChanges(Second second) {
+  Changes changes;
+  auto since = second.begin();
+  for (auto now = second.begin(); now != second.end(); ++now) {
+    const bool goesOn = changes.count > 0 && now->isRed == since->isRed;
+    const auto isChange = [now](const Seen& seen) { return isRedChange(seen, *now); };
+    if (goesOn || !std::any_of(since, now, isChange)) continue;
+    since = now;
+    changes.add(now->time);
   }
-  const int now = isRed ? 1 : -1;
-  Places& same = isRed ? reds_ : others_;
-  Places& opposite = isRed ? others_ : reds_;
-  if (redness_ != now && opposite.anyFarFrom(place)) {
-    redness_ = now;
-    same = opposite = {};
-    red_.add(time);
-    if (curve != nullptr) curve->addRed(red_.begin(), time, red_.flashes());
+  return changes;
+}
+
+void EyeMeter::remember(Seen seen) {
+  if (!lights_.empty()) {
+    const Seen& before = lights_.back();
+    seen.way = before.way;
+    if (seen.luminance > before.luminance) seen.way = 1;
+    if (seen.luminance < before.luminance) seen.way = -1;
+    seen.runs = before.runs + (seen.way == before.way ? 0 : 1);
+    seen.crossings = before.crossings + (seen.isRed == before.isRed ? 0 : 1);
   }
-  same.add(place);
+  lights_.push_back(seen);
+  forget(seen.time - kSecond);
+}
+
+void EyeMeter::add(Duration time, const LinearColour& colour, FlashCurve* curve) {
+  if (!lights_.empty() && colour == last_) return;
+  last_ = colour;
+  remember(seenOf(time, colour));
+  const Seen& first = second().front();
+  const Seen& now = lights_.back();
+  const auto count = [&](FlashFigure& worst, int most, Changes (*changesOf)(Second),
+                         void (FlashCurve::*draw)(Duration, Duration, int)) {
+    if (curve == nullptr && most / 2 <= worst.flashes) return;
+    const Changes changes = changesOf(second());
+    if (changes.flashes() > worst.flashes) worst = {changes.flashes(), changes.first};
+    const bool isNew = changes.count > 0 && changes.last == time;
+    if (curve != nullptr && isNew) (curve->*draw)(changes.first, time, changes.flashes());
+  };
+  count(general_, now.runs - first.runs + 1, generalChanges, &FlashCurve::addGeneral);
+  count(red_, now.crossings - first.crossings, redChanges, &FlashCurve::addRed);
 }
 
 void PhoneMeter::add(Duration time, const PhoneLight& light, FlashCurve* curve) {

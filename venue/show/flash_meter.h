@@ -6,10 +6,10 @@
 // it judges. Values; one thread at a time.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "halvora/platform/time.h"
@@ -72,65 +72,62 @@ class FlashCurve {
   std::vector<Point> points_;
 };
 
-/// The times of opposing changes, of which two make a flash.
-class ChangeRow {
- public:
-  /// More in a second count as so many.
-  static constexpr std::size_t kMost = 254;
-
-  void add(Duration time);
-  const FlashFigure& worst() const { return worst_; }
-  /// Of the second that ends with the latest change: when it begins, and its flashes.
-  Duration begin() const { return times_.front(); }
-  int flashes() const { return static_cast<int>(times_.size() / 2); }
-
- private:
-  std::vector<Duration> times_;
-  FlashFigure worst_;
-};
-
-/// What one eye sees.
+/// What one eye sees, second by second: each second is counted from the light that it begins with,
+/// however long that has been there, and knows nothing of what was before.
 class EyeMeter {
  public:
+  /// A second with more than so many different lights counts from the last of them only.
+  static constexpr std::size_t kMostLights = 1024;
+
   /// Light of no more than that luminance has no colour for this eye.
   explicit EyeMeter(double darkUpTo = 0) : darkUpTo_(darkUpTo) {}
 
   /// Times only go forward. `curve` is told of each change, and may be null.
   void add(Duration time, const LinearColour& colour, FlashCurve* curve = nullptr);
-  FlashFigures worst() const { return {general_.worst(), red_.worst()}; }
+  FlashFigures worst() const { return {general_, red_}; }
 
  private:
-  struct Place {
+  struct Seen {
+    Duration time{};
+    double luminance = 0;
+    /// The colour's place in the CIE 1976 diagram; of darkness nothing.
     double u = 0;
     double v = 0;
     bool isDark = false;
+    bool isRed = false;
+    /// The luminance has risen to here: 1, fallen: -1, neither since the first light: 0.
+    int way = 0;
+    /// Rises and falls since the first light, each however long, and how often it has become red or
+    /// ceased to be: no second has more changes than it has of these.
+    int runs = 0;
+    int crossings = 0;
   };
-  /// The outermost of the colours seen since the last change, in each direction, and darkness.
-  struct Places {
-    std::array<Place, 4> outer{};
-    bool isAny = false;
-    bool hasDark = false;
+  using Second = std::span<const Seen>;
+  /// The longest row of changes that go to and fro by turns.
+  struct Changes {
+    int count = 0;
+    Duration first{};
+    Duration last{};
 
-    void add(const Place& place);
-    bool anyFarFrom(const Place& place) const;
+    void add(Duration time);
+    int flashes() const { return count / 2; }
   };
 
-  void addLuminance(Duration time, double luminance, FlashCurve* curve);
-  void addColour(Duration time, const LinearColour& colour, FlashCurve* curve);
+  Seen seenOf(Duration time, const LinearColour& colour) const;
+  void remember(Seen seen);
+  void forget(Duration before);
+  /// The second that ends with the latest light, and the light that it begins with.
+  Second second() const { return Second(lights_).subspan(begin_); }
+  static bool isRedChange(const Seen& one, const Seen& other);
+  static Changes generalChanges(Second second);
+  static Changes redChanges(Second second);
 
   double darkUpTo_;
-  bool hasBegun_ = false;
   LinearColour last_;
-  /// Of the luminance since the last change. The last change went up: 1, down: -1, none yet: 0.
-  double low_ = 0;
-  double high_ = 0;
-  int direction_ = 0;
-  ChangeRow general_;
-  /// The last change led to a red: 1, away from one: -1, none yet: 0.
-  int redness_ = 0;
-  Places reds_;
-  Places others_;
-  ChangeRow red_;
+  std::vector<Seen> lights_;
+  std::size_t begin_ = 0;
+  FlashFigure general_;
+  FlashFigure red_;
 };
 
 /// What a phone emits: its screen, backlight included, and its torch, whose light has luminance 1.

@@ -59,7 +59,7 @@ TEST_F(CrowdShow, ALookThatReachesThePhonesOneAfterTheOther) {
   // 100, 100 and 350 ms; the third comes with the fourth, 250 ms later, and the fifth with the
   // sixth. Dark are all at 1.5 s, as the light only begins, three at 1.6, and the last one
   // until 1.9: 9 of 36 times 4. A phone that shows red from 1.6 s or 1.85 on is black at 4 s, and
-  // so has one flash at most.
+  // so has one flash at most; the hall's is its rise to green at 3 s and that fall.
   std::string show = "{\"at\": 0, \"start\": true}\n";
   show += packet(1500, from(1, plainLook(1, 255)));
   show += packet(1600, from(2, plainLook(1, 255)));
@@ -117,18 +117,18 @@ TEST_F(CrowdShow, ALookThatReachesThePhonesOneAfterTheOther) {
     "phone": {
       "general": 1,
       "red": 0,
-      "at": 2.5
+      "at": 2.6
     },
     "crowd": {
-      "general": 0,
-      "red": 0,
-      "at": 0
-    },
-    "section": {
-      "name": "Standing",
       "general": 1,
       "red": 0,
-      "at": 2.5
+      "at": 3
+    },
+    "section": {
+      "name": "A",
+      "general": 1,
+      "red": 0,
+      "at": 3
     }
   },
   "mostTorches": 0

@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "venue/show/flash_meter.h"
 
+#include <algorithm>
+#include <random>
+#include <vector>
+
 #include <gtest/gtest.h>
+
+#include "tests/fuzz/flash_judge.h"
 
 namespace halvora {
 namespace {
@@ -88,6 +94,67 @@ TEST(FlashMeter, ChangesFromTheFurthestLevelSinceTheBeginning) {
     meter.add(milliseconds(time += 100), {level, level, level});
   }
   EXPECT_EQ(meter.worst().general.flashes, 1);
+}
+
+TEST(FlashMeter, ARiseThatGoesOnBelongsToTheSecondThatItGoesOnIn) {
+  // The first of eight changes is the second half of a rise that began long before.
+  EyeMeter meter;
+  int time = 3000;
+  meter.add(milliseconds(0), kDark);
+  meter.add(milliseconds(100), {0.3, 0.3, 0.3});
+  for (int at = 0; at < 8; ++at) {
+    meter.add(milliseconds(time += 100), at % 2 == 0 ? kLit : LinearColour{0.3, 0.3, 0.3});
+  }
+  EXPECT_EQ(meter.worst().general, (FlashFigure{4, milliseconds(3100)}));
+}
+
+TEST(FlashMeter, WhatWasGoneBeforeASecondIsNoPartOfIt) {
+  // From dark by way of a red's own neighbour, where no red is a change from what is just before
+  // it, however long ago it was dark.
+  constexpr LinearColour kNeighbour{1, 0.266, 0};
+  const auto firstRedAfter = [&](int pause) {
+    EyeMeter meter;
+    meter.add(milliseconds(0), kDark);
+    meter.add(milliseconds(100), kNeighbour);
+    int time = 100 + pause;
+    meter.add(milliseconds(time), kRedLight);
+    meter.add(milliseconds(time + 100), kDark);
+    return meter.worst().red.flashes;
+  };
+  EXPECT_EQ(firstRedAfter(800), 1);
+  EXPECT_EQ(firstRedAfter(1500), 0);
+}
+
+TEST(FlashMeter, CountsWhatEachSecondHasByItselfWhateverTheLights) {
+  std::mt19937 random(11);
+  const auto share = [&random] { return static_cast<double>(random() % 100'000) / 100'000; };
+  int most = 0;
+  for (int run = 0; run < 3000; ++run) {
+    EyeMeter meter;
+    std::vector<JudgedLight> lights;
+    const int longest = 20 + static_cast<int>(random() % 600);
+    const bool isReddish = random() % 2 == 0;
+    Duration time{};
+    for (int light = 0; light < 40; ++light) {
+      const LinearColour colour = random() % 4 == 0 ? LinearColour{}
+                                  : isReddish ? LinearColour{share(), share() * 0.4, share() * 0.4}
+                                              : LinearColour{share(), share(), share()};
+      lights.push_back({time, {colour, false}});
+      meter.add(time, colour);
+      time += milliseconds(1 + static_cast<int>(random() % static_cast<unsigned>(longest)));
+    }
+    const JudgedFlashes judged = judge(lights);
+    ASSERT_EQ(meter.worst().general.flashes, judged.general) << run;
+    ASSERT_EQ(meter.worst().red.flashes, judged.red) << run;
+    most = std::max({most, judged.general, judged.red});
+  }
+  EXPECT_GT(most, 10);
+}
+
+TEST(FlashMeter, OfMoreLightsThanItKeepsItCountsTheLast) {
+  EyeMeter meter;
+  for (int at = 0; at < 4000; ++at) meter.add(Duration{at}, at % 2 == 0 ? kDark : kLit);
+  EXPECT_EQ(meter.worst().general.flashes, static_cast<int>(EyeMeter::kMostLights) / 2 - 1);
 }
 
 TEST(FlashMeter, SaturatedRedIsCountedApart) {
