@@ -29,6 +29,7 @@ namespace {
 
 constexpr double kLatestPicture = 24 * 3600;
 constexpr Duration kPictureAfterLastAction = milliseconds(2000);
+constexpr const char* kAloneWith = "--delayed-proof does not go with ";
 
 // The parts of "3@320,240,100".
 std::vector<std::string> split(const std::string& text, std::string_view separators) {
@@ -86,6 +87,10 @@ class CrowdCommand final : public ToolCommand {
     air_.describe(options, "--policy");
     options.optional("--rogue", rogues_,
                      "an attacker from that time on, as KIND@SECONDS; may be repeated");
+    options.flag(
+        "--delayed-proof", isProvenLater_,
+        "an experiment: the show is signed with keys that are disclosed two seconds later, "
+        "and what is not proven by them flashes less and lights no torch");
     options.optional("--seed", seed_, "whole number that all chances follow from (default: 1)");
     options.optional("--threads", threads_, "so many threads (default: one a processor)");
     options.optional("--fps", fps_, "frames a second, 1 to 120 (default: 30)");
@@ -120,6 +125,7 @@ class CrowdCommand final : public ToolCommand {
     if (auto refusal = readScenario(request, call)) return *refusal;
     if (auto refusal = readPaths(request)) return *refusal;
     if (auto refusal = readShard(request)) return *refusal;
+    if (auto refusal = readProof(request)) return *refusal;
     Outside outside = call.outside;
     if (isQuiet_) {
       outside.terminal.write = {};
@@ -182,6 +188,17 @@ class CrowdCommand final : public ToolCommand {
     if (request.width % 2 != 0 || request.height % 2 != 0) {
       return refuse("--size", "two even numbers", size_);
     }
+    return std::nullopt;
+  }
+
+  // Keys take the place of repeats that the scenario has, and of the tag.
+  Refusal readProof(CrowdRequest& request) const {
+    request.isProvenLater = isProvenLater_;
+    if (!isProvenLater_) return std::nullopt;
+    if (request.airOptions.showKey) return unusable(kAloneWith + std::string("--show-key"));
+    if (!controller_.empty()) return unusable(kAloneWith + std::string("--air"));
+    if (!interval_.empty()) return unusable(kAloneWith + std::string("--interval"));
+    if (request.shard) return unusable(kAloneWith + std::string("--shard"));
     return std::nullopt;
   }
 
@@ -389,6 +406,7 @@ class CrowdCommand final : public ToolCommand {
   std::string until_;
   std::string shard_;
   bool isQuiet_ = false;
+  bool isProvenLater_ = false;
 };
 
 class CrowdMergeCommand final : public ToolCommand {

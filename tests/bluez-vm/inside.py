@@ -29,6 +29,8 @@ RESUMED_WITHIN = 5
 # A discovery whose daemon was killed goes on in the kernel, for nobody and in everybody's way.
 LEFT_OVER = 10.24
 TRANSMITTERS = 8
+# Of 1 January 2026, universal time, when virtual days begin.
+NOON = 1767268800
 RETRY_STATUS = 3
 
 PROPERTIES = "org.freedesktop.DBus.Properties"
@@ -403,12 +405,11 @@ def crowd(machine, name, has_monitors):
 
 
 class Player:
-    """`halvora live` on both adapters, told what to do on its standard input."""
+    """`halvora live` on some adapters, told what to do on its standard input."""
 
-    def __init__(self, machine):
-        adapters = ["--air", "hci0", "--air", "hci1"]
-        journal = ["--journal", VM / "live.journal"]
-        command = [HALVORA, "live", LIVE_SHOW, *adapters, *journal, "--control", "-"]
+    def __init__(self, machine, adapters=("hci0", "hci1"), options=("--journal", VM / "live.journal")):
+        airs = [word for adapter in adapters for word in ("--air", adapter)]
+        command = [HALVORA, "live", LIVE_SHOW, *airs, *options, "--control", "-"]
         self.process = subprocess.Popen(
             [str(word) for word in command], stdin=subprocess.PIPE, stderr=subprocess.PIPE
         )
@@ -496,6 +497,182 @@ def judge(listener, steps, alarmed, last, dead):
     return f"{text}; the kit's trace has each cue, and leaves the venue at the end alone"
 
 
+def key_file(name, digits):
+    path = Path("/tmp") / name
+    path.write_text(digits * 16)
+    path.chmod(0o600)
+    return path
+
+
+def encoded(fields):
+    words = [word for key, value in fields.items() for word in (f"--{key}", str(value))]
+    command = [str(HALVORA), "packet", "encode", *words]
+    return subprocess.run(command, capture_output=True, text=True, check=True).stdout.strip()
+
+
+class Rogue:
+    """A white look with the torch under the show's own name, from an adapter of its own."""
+
+    FIELDS = {"applicationId": 4242, "venueId": 7, "mode": 1, "master": 255, "red": 255, "green": 255}
+    FIELDS |= {"blue": 255, "ledMode": 1, "transmitter": 1}
+    STEPS = 50
+
+    def __init__(self, machine, options):
+        self.log = "rogue.err"
+        command = [HALVORA, "transmit", "--adapter", "hci1", *options]
+        self.process = start(command, self.log)
+        machine.listeners.append(self.process)
+        Lines(self.process.stdout).wait(lambda line: "sequence" in line, "packet of the rogue")
+
+    @classmethod
+    def packet(cls, sequence):
+        return encoded(cls.FIELDS | {"sequence": sequence})
+
+    @classmethod
+    def scenario(cls, packets):
+        """Those packets, a tenth of a second apart, again and again for five seconds."""
+        path = VM / "rogue.jsonl"
+        lines = [{"at": round(at / 10, 1), "packet": packets[at % len(packets)]} for at in range(cls.STEPS)]
+        path.write_text("".join(f"{json.dumps(line)}\n" for line in lines))
+        return ["--scenario", path]
+
+    def end(self):
+        """After what it had to send."""
+        if self.process.wait(LIMIT) != 0:
+            raise Failure(f"the rogue ended with {self.process.returncode}: {(VM / self.log).read_text()}")
+
+
+WHITE, CUES = [1, 1, 1, 1], ([1, 0, 0, 1], [0, 1, 0, 1], [0, 0, 1, 1])
+COLOURS = ("red", "green", "blue")
+SETTLED_SECONDS = 4
+BACK_WITHIN = 4.5
+SEEN_AT_MOST = 2
+
+
+def attacked(machine, name, options, attacks):
+    """The show's three cues by one adapter, an attack by another after each; the third one listens."""
+    # What is signed is for its minute, and a trace's days begin then.
+    time.clock_settime(time.CLOCK_REALTIME, NOON)
+    machine.wish("plug 2")
+    machine.bus.wait(lambda: flag("hci2", "Powered"), "third adapter")
+    listener = Listener(machine, name, name.endswith("monitor"), "hci2", ["--adapter", "hci2"])
+    player = Player(machine, ["hci0"], ["--no-journal", *options])
+    turns = []
+    for cue, attack in zip(COLOURS, attacks):
+        told = player.tell("go")
+        heard = listener.wait_for_packet(LIMIT, lambda packet: is_cue(packet, cue), told)
+        turns.append(heard)
+        listener.wait_for_packet(since=heard + SETTLED_SECONDS)
+        if attack is None:
+            continue
+        packets = [json.loads(line) for _, line in listener.lines.all if '"sequence"' in line]
+        Rogue(machine, attack(packets)).end()
+        # A phone that held its look has it again before the next cue.
+        listener.wait_for_packet(since=time.monotonic() + BACK_WITHIN)
+    player.tell("quit")
+    if player.process.wait(LIMIT) != 0:
+        raise Failure(f"the player ended with {player.process.returncode}")
+    listener.end()
+    return listener
+
+
+def is_cue(packet, colour):
+    return packet["master"] == 255 and [name for name in COLOURS if packet[name] == 255] == [colour]
+
+
+def seen_by(listener, *policy):
+    """What a phone that hears the recording shows: its colours one after the other, for how long it
+    is white at most and with the torch, and why packets were not obeyed."""
+    command = [HALVORA, "trace", listener.record, *policy]
+    done = subprocess.run([str(word) for word in command], capture_output=True, text=True, check=True)
+    colours, white, torches, fates, since = [], 0.0, 0, set(), None
+    for line in map(json.loads, done.stdout.splitlines()):
+        if "light" in line and line["light"] != (colours[-1] if colours else None):
+            colours.append(line["light"])
+            white = max(white, (line["t"] - since) / 1000 if since is not None else 0)
+            since = line["t"] if line["light"] == WHITE else None
+        torches += line.get("torch") is True
+        fates |= {line["fate"]} if "fate" in line else set()
+    return colours, white, torches, fates
+
+
+def has_in_order(colours, wanted):
+    rest = iter(colours)
+    return all(colour in rest for colour in wanted)
+
+
+def far(packets):
+    """One number, far ahead, for five seconds."""
+    return Rogue.scenario([Rogue.packet(40000)])
+
+
+def ahead(packets):
+    """Always a little ahead of the show, for five seconds."""
+    last = packets[-1]["sequence"]
+    return Rogue.scenario([Rogue.packet(last + 2 + at) for at in range(Rogue.STEPS)])
+
+
+def check_attack(listener):
+    """Whoever believes everything loses the show: else nobody has attacked."""
+    colours, _, torches, _ = seen_by(listener)
+    if WHITE not in colours or torches == 0 or CUES[-1] in colours:
+        raise Failure(f"no attack: a phone that believes everything shows {colours}")
+
+
+def rogue_guarded(machine, name, has_monitors):
+    """A rogue beside the show, first far ahead of it, then a little; phones in guarded air."""
+    listener = attacked(machine, name, [], [far, ahead, None])
+    check_attack(listener)
+    colours, white, torches, fates = seen_by(listener, "--air", "guarded")
+    text = (
+        f"{len(listener.packets)} packets heard; the rogue's look is shown for {white:.2f} s at a stretch at "
+        f"most, its torch lit {torches} times; not obeyed: {', '.join(sorted(fates))}"
+    )
+    # Of who is far ahead nothing is seen, of who is near not for long.
+    is_held = has_in_order(colours, CUES) and WHITE not in colours[: colours.index(CUES[1])]
+    if not is_held or white > SEEN_AT_MOST:
+        raise Failure(f"{text}; the colours are {colours}")
+    return f"{text}; each cue is shown"
+
+
+def rogue_signed(machine, name, has_monitors):
+    """A rogue beside a signed show: far ahead without a tag, then with tags of another key, then what
+    it recorded of the first cue."""
+    key, other = key_file("show.key", "5a"), key_file("other.key", "a5")
+
+    def forged(packets):
+        return [*ahead(packets), "--show-key", other]
+
+    def replayed(packets):
+        return Rogue.scenario([recorded(next(packet for packet in packets if is_cue(packet, "red")))])
+
+    listener = attacked(machine, name, ["--show-key", key], [far, forged, replayed])
+    check_attack(listener)
+    colours, white, torches, fates = seen_by(
+        listener, "--air", "guarded", "--show-key", key, "--authentication", "require"
+    )
+    text = (
+        f"{len(listener.packets)} packets heard; the rogue's look is never shown, its torch never lit; "
+        f"not obeyed: {', '.join(sorted(fates))}"
+    )
+    shown = [colour for colour in colours if colour in (*CUES, WHITE)]
+    if shown != list(CUES) or white > 0 or torches > 0 or not {"untagged", "bad tag", "replayed"} <= fates:
+        raise Failure(f"{len(listener.packets)} packets, not obeyed: {fates}; the colours are {colours}")
+    return f"{text}; each cue is shown, and nothing else"
+
+
+# In the order of the bytes, as `packet encode` names them.
+TRANSMITTED = """applicationId syncFlag venueId pixelMapId master red green blue mode speed ledMode
+    ledSpeed videoId minutes seconds hundredths videoStatus gobo vibrate paletteId sequence
+    transmitter""".split()
+
+
+def recorded(packet):
+    """A signed packet as it was on the air."""
+    plain = encoded({key: packet[key] for key in TRANSMITTED})
+    return plain[:-2] + packet["tag"] + plain[-2:]
+
+
 def most_of(picture):
     """The colour that most of a picture has, and how much of it."""
     command = ["convert", picture, "-depth", "8", "-format", "%c", "histogram:info:-"]
@@ -543,8 +720,12 @@ SCENARIOS = [
     ("resumption-discovery", resumption, False),
     ("fallback-discovery", fallback, False),
     ("live-discovery", live, False),
+    ("rogue-guarded-discovery", rogue_guarded, False),
+    ("rogue-signed-discovery", rogue_signed, False),
     ("resumption-monitor", resumption, True),
     ("live-monitor", live, True),
+    ("rogue-guarded-monitor", rogue_guarded, True),
+    ("rogue-signed-monitor", rogue_signed, True),
     ("demo-monitor", demo, True),
     ("crowd-monitor", crowd, True),
 ]

@@ -75,6 +75,7 @@ struct Crowd::Member final : private LightObserver, private CrowdTorch::Observer
   /// The first look that it has not shown.
   std::uint32_t nextLook = 0;
   bool wasLost = false;
+  std::optional<ProofTrial> trial;
 };
 
 enum class CrowdEvent : std::uint8_t { act, packet, leave, frame, watch };
@@ -161,6 +162,9 @@ void Crowd::seatBlock(std::size_t block) {
     members_[phone] =
         std::make_unique<Member>(blocks_[block]->ground, parts_.phones, parts_.seats[phone],
                                  mixed(settings_.seed, parts_.firstPhone + phone, kSeedDraw));
+    if (parts_.proof != nullptr) {
+      members_[phone]->trial.emplace(*parts_.proof, members_[phone]->phone);
+    }
     presences_[phone] = presenceOf(phone);
     const auto looks = parts_.air.looks();
     members_[phone]->nextLook = static_cast<std::uint32_t>(
@@ -394,6 +398,7 @@ void Crowd::hear(std::size_t sent, std::size_t phone, Duration now, Chunk& chunk
   if (isCounted(one.time)) ++chunk.packets.heard;
   // A phone that missed a look may be on the next one already, where that is the one before again.
   const CrowdPhone::Heard heard = member.phone.hear(packet.data);
+  if (member.trial) member.trial->heard(packet.data, heard, now);
   if (heard == CrowdPhone::Heard::nothing || !packet.broadcast) return;
   // Who shows a look has no more use for the ones before it.
   for (; member.nextLook <= one.look; ++member.nextLook) {
@@ -412,10 +417,13 @@ void Crowd::look(const Plan& plan, std::size_t frame, std::size_t index, Chunk& 
   ++counts.open;
   counts.showing += light.isShowing ? 1 : 0;
   counts.torches += light.isTorchOn ? 1 : 0;
-  if (parts_.truth != nullptr && time >= parts_.attackedFrom &&
-      !parts_.truth->showed(member.phone.look(), time - kLate, time)) {
-    ++counts.lost;
-    member.wasLost = true;
+  const bool isLost = parts_.truth != nullptr && time >= parts_.attackedFrom &&
+                      !parts_.truth->showed(member.phone.look(), time - kLate, time);
+  counts.lost += isLost ? 1 : 0;
+  member.wasLost = member.wasLost || isLost;
+  if (member.trial && isCounted(time)) {
+    // A look that is held too long is the show's all the same.
+    member.trial->look(time, isLost && !parts_.truth->showed(member.phone.look(), {}, time));
   }
 
   const std::optional<MapMoment>& map = plan.maps[frame];
@@ -439,6 +447,13 @@ void Crowd::look(const Plan& plan, std::size_t frame, std::size_t index, Chunk& 
 std::uint64_t Crowd::phonesLost() const {
   return static_cast<std::uint64_t>(
       std::ranges::count_if(members_, [](const auto& one) { return one->wasLost; }));
+}
+
+std::optional<ProofTally> Crowd::proofTally() const {
+  if (parts_.proof == nullptr) return std::nullopt;
+  ProofTally tally;
+  for (const auto& member : members_) tally.add(member->trial->tally());
+  return tally;
 }
 
 void Crowd::watch(const Plan& plan, std::size_t tick, std::size_t phone, Chunk& chunk) {

@@ -19,6 +19,7 @@
 #include "venue/crowd/air.h"
 #include "venue/crowd/crowd_phone.h"
 #include "venue/crowd/crowd_slice.h"
+#include "venue/crowd/proof_trial.h"
 #include "venue/crowd/rogues.h"
 #include "venue/crowd/venue_tables.h"
 #include "venue/show/flash_meter.h"
@@ -72,6 +73,8 @@ class Crowd {
     /// What phones are held against, from that time on; null where nobody attacks.
     const TrueShow* truth = nullptr;
     Duration attackedFrom{};
+    /// Null where phones judge nothing afterwards.
+    const ProofSettings* proof = nullptr;
     /// The number of the first phone in the whole venue, which all its chances follow from.
     std::size_t firstPhone = 0;
   };
@@ -95,6 +98,8 @@ class Crowd {
   FlashFigures phoneFlashes() const;
   /// How many phones were lost to attackers at any time so far.
   std::uint64_t phonesLost() const;
+  /// Of all phones; none where they judge nothing.
+  std::optional<ProofTally> proofTally() const;
 
  private:
   /// When a phone's application is open: from the first time to before the second.

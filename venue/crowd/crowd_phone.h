@@ -56,6 +56,8 @@ class CrowdPhone {
   const ViewStack& views() const { return engine_.views(); }
   const EngineState& state() const { return engine_.state(); }
   CrowdTorch& torch() { return torch_; }
+  void setLimits(const LightLimits& limits) { engine_.setLimits(limits); }
+  const LightLimits& limits() const { return engine_.limits(); }
 
   /// The application is closed: what is on the air reaches nobody any more.
   void leave();

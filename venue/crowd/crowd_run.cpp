@@ -35,6 +35,8 @@ namespace {
 
 using Failure = std::optional<CommandResult>;
 
+constexpr std::uint64_t kChainDraw = 0x43484149;
+
 class CrowdRun {
  public:
   CrowdRun(const CrowdRequest& request, const Outside& outside)
@@ -74,6 +76,7 @@ class CrowdRun {
  private:
   Failure readVenue();
   Failure fillAir();
+  Failure chainShow();
   Failure cover();
   Failure openOutput();
   Failure buildTables();
@@ -103,6 +106,7 @@ class CrowdRun {
   std::uint64_t mapPrint_ = 0;
   Scenario scenario_;
   std::optional<TrueShow> truth_;
+  std::optional<ProofSettings> proof_;
   std::optional<Air> air_;
   /// Null where nobody wants pictures.
   std::unique_ptr<CrowdOutput> output_;
@@ -146,6 +150,9 @@ Failure CrowdRun::fillAir() {
     const VirtualRunLoop atBegin;
     scenario_ = signedShow(scenario_, *code, VirtualWallClock(atBegin).now(), end);
   }
+  if (request_.isProvenLater) {
+    if (const Failure failure = chainShow()) return failure;
+  }
   if (!request_.rogues.empty()) {
     truth_.emplace(scenario_, end);
     scenario_ = withRogues(scenario_, *truth_, request_.rogues);
@@ -153,6 +160,30 @@ Failure CrowdRun::fillAir() {
   air_ = Air::of(scenario_, request_.air, end);
   if (air_) return std::nullopt;
   return unusable("the scenario sends more than " + std::to_string(Air::kMostSent) + " packets");
+}
+
+// One application's packets; the row is this run's own, from its seed.
+Failure CrowdRun::chainShow() {
+  ChainKey secret{};
+  for (std::size_t at = 0; at < secret.size(); ++at) {
+    secret[at] = static_cast<std::uint8_t>(mixed(request_.settings.seed, at, kChainDraw));
+  }
+  const std::uint32_t intervals = KeyChain::intervalAt(request_.settings.end);
+  if (intervals > kLongestChain) return unusable("--delayed-proof: the show is longer than 18 h");
+  const auto chain =
+      outside_.codes != nullptr ? KeyChain::of(secret, intervals, *outside_.codes) : std::nullopt;
+  auto chained =
+      chain ? chainedShow(scenario_, *chain, *outside_.codes, request_.settings.end) : std::nullopt;
+  if (!chained) return failed("this build has no cipher for show keys");
+  const TrueShow plain(scenario_, request_.settings.end);
+  const auto* const first = plain.at(request_.settings.end);
+  scenario_ = *std::move(chained);
+  proof_.emplace();
+  proof_->applicationId = first != nullptr ? first->fields.applicationId : std::uint16_t{0};
+  proof_->anchor = chain->anchor();
+  proof_->codes = outside_.codes;
+  proof_->limits.flash = request_.policy;
+  return std::nullopt;
 }
 
 Failure CrowdRun::cover() {
@@ -292,12 +323,13 @@ Failure CrowdRun::show() {
   if (!request_.cues.empty()) cues.emplace(request_.cues, *air_, phones());
   Crowd crowd({parts, phones(), scenario_, *air_, venue_->tables(), assets_, workers_,
                cues ? &*cues : nullptr, truth_ ? &*truth_ : nullptr, firstAttack(),
-               venue_->firstSimulated()},
+               proof_ ? &*proof_ : nullptr, venue_->firstSimulated()},
               request_.settings);
   if (Failure failure = play(crowd)) return failure;
   now_ = crowd.now();
   end_.phoneFlashes = crowd.phoneFlashes();
   end_.phonesLost = crowd.phonesLost();
+  end_.proof = crowd.proofTally();
   if (cues) {
     end_.cues = cues->tallies(
         [&crowd](std::size_t phone, Duration time) { return crowd.isOpen(phone, time); });
@@ -326,8 +358,9 @@ Failure CrowdRun::finish() {
   const Duration simulated =
       std::max(std::min(now_, request_.settings.end) - request_.settings.from, Duration::zero());
   report_ = record_->summary().json(
-      end_, {venue_->seatCount(), air_->sent().size(), record_->framesWritten(), simulated,
-             request_.rogues, coverage_ ? &*coverage_ : nullptr});
+      end_,
+      {venue_->seatCount(), air_->sent().size(), record_->framesWritten(), simulated,
+       request_.rogues, coverage_ ? &*coverage_ : nullptr, request_.settings.framesPerSecond});
   return std::nullopt;
 }
 

@@ -35,6 +35,8 @@ struct CrowdRequest {
   /// What phones believe. With a key the show is signed.
   AirOptions airOptions = {};
   std::vector<Rogue> rogues = {};
+  /// Signed by a row of keys that are disclosed later, which phones judge by; without a key.
+  bool isProvenLater = false;
   CrowdSettings settings;
   std::vector<std::string> allowedTransmitterIds;
   /// 0 for one a seat.

@@ -15,6 +15,7 @@
 #include "venue/crowd/crowd_report.h"
 #include "venue/crowd/cue_watch.h"
 #include "venue/crowd/field_meter.h"
+#include "venue/crowd/proof_trial.h"
 #include "venue/show/flash_meter.h"
 
 namespace halvora {
@@ -59,6 +60,8 @@ struct CrowdEnd {
   std::uint64_t phonesLost = 0;
   /// Empty for a show that was given as packets.
   std::vector<CueTally> cues;
+  /// None where phones judged nothing.
+  std::optional<ProofTally> proof;
   /// Of a processor's time, as a clock on the wall has it.
   Duration spent{};
 };

@@ -243,6 +243,9 @@ std::string CrowdSummary::json(const CrowdEnd& end, const Facts& facts) const {
   if (!facts.rogues.empty()) {
     addObject(writer, "rogues", [&] { writeRogues(writer, end, facts); });
   }
+  if (end.proof) {
+    addObject(writer, "proof", [&] { end.proof->write(writer, facts.framesPerSecond); });
+  }
   if (!end.cues.empty()) {
     writer.Key("cues");
     writer.SetFormatOptions(rapidjson::kFormatDefault);

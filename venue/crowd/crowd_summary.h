@@ -51,6 +51,7 @@ class CrowdSummary {
     std::span<const Rogue> rogues = {};
     /// Null where nobody asked.
     const Coverage* coverage = nullptr;
+    int framesPerSecond = 30;
   };
   std::string json(const CrowdEnd& end, const Facts& facts) const;
 
