@@ -77,9 +77,9 @@ class KeyChain {
 };
 
 /// The scenario as its transmitters would send it with that row, up to `end`: packets signed for
-/// their interval, and four times a second, in place of a repeat where there is one, the newest
-/// disclosed key. No more is sent than before. The row must reach to the end. None where there is
-/// no cipher.
+/// their interval, and three or four times a second, in place of a repeat where there is one, the
+/// newest disclosed key. No more is sent than before. The row must reach to the end. None where
+/// there is no cipher.
 std::optional<Scenario> chainedShow(const Scenario& scenario, const KeyChain& chain,
                                     const MessageCodes& codes, Duration end);
 
