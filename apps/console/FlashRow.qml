@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// How often the look on the desk flashes, and what arms it where that is too often to be sent by
-// mistake.
+// How often the look flashes that is set or that a show plays, and what arms it where that is too
+// often to be sent by mistake.
 import QtQuick
 import HalvoraDemo
 

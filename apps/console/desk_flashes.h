@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// How often the look on the desk would flash a phone at full brightness, as it is sent: a phone in
-// memory is shown the look for some seconds before any real one is. What flashes more than three
-// times a second waits until the operator has armed it. Made by the console; main thread.
+// How often the look on the desk, or that of a show's cue or a recording, would flash a phone at
+// full brightness, as it is sent: a phone in memory is shown the look for some seconds before any
+// real one is. What flashes more than three times a second waits until the operator has armed it.
+// Made by the console; main thread.
 #pragma once
 
 #include <QObject>
@@ -27,7 +28,7 @@ class DeskFlashes : public QObject {
   Q_PROPERTY(bool isHigh READ isHigh NOTIFY changed)
   /// Whether looks that flash more may be sent; until the air is left.
   Q_PROPERTY(bool isArmed READ isArmed WRITE setArmed NOTIFY changed)
-  /// The look on the desk is not sent, and what was sent before it goes on.
+  /// That look is not sent, and what was sent before it goes on.
   Q_PROPERTY(bool isWaiting READ isWaiting NOTIFY changed)
 
  public:

@@ -176,6 +176,7 @@ void ShowConsole::setOnAir(bool on) {
     endReplay();
     desk_.holdFrame();
     flashes_.setArmed(false);
+    gate_.leave();
     emit frameChanged();
   }
   emit stateChanged();
@@ -227,14 +228,20 @@ void ShowConsole::setLoss(int percent) {
 }
 
 void ShowConsole::tick() {
+  cues_.tick();
+  if (!isReplaying() && !cues_.hasAir()) sendControls();
+  emit packetsSentChanged();
+}
+
+void ShowConsole::sendControls() {
   flashes_.judge(desk_.look());
   desk_.setHeld(flashes_.isWaiting(), !flashes_.isHigh());
-  cues_.tick();
-  if (isOnAir_ && !isReplaying() && !cues_.hasAir()) {
-    for (const BroadcastBytes& packet : desk_.send(loop_.now())) transmit(packet);
-    if (desk_.isPlaying()) emit frameChanged();
+  if (!isOnAir_) return;
+  for (const BroadcastBytes& packet : desk_.send(loop_.now())) {
+    transmit(packet);
+    if (!flashes_.isHigh() && !desk_.isBlackout()) gate_.calm(packet_);
   }
-  emit packetsSentChanged();
+  if (desk_.isPlaying()) emit frameChanged();
 }
 
 void ShowConsole::transmit(std::span<const std::uint8_t> packet) {
@@ -245,6 +252,7 @@ void ShowConsole::transmit(std::span<const std::uint8_t> packet) {
   venue_.hear(packet, desk_.loss() / 100.0);
   if (formatOf(packet) != BroadcastFormat::valid) return;
   const Broadcast sent = decodeBroadcast(packet);
+  gate_.sent(sent);
   if (sent == packet_) return;
   packet_ = sent;
   emit packetChanged();
@@ -272,7 +280,30 @@ void ShowConsole::sendCue(std::span<const std::uint8_t> packet, bool isRepeat) {
     desk_.holdFrame();
   }
   if (!isOnAir_ || isReplaying()) return;
-  transmit(packet);
+  const Broadcast wanted = decodeBroadcast(packet);
+  flashes_.judge(wanted);
+  // Black never waits.
+  auto verdict = cues_.isBlack() ? CueGate::Verdict::sent : CueGate::Verdict::waits;
+  if (!flashes_.isWaiting() && !cues_.isBlack()) {
+    verdict = flashes_.isHigh() ? CueGate::Verdict::sent : CueGate::Verdict::calm;
+  }
+  const std::optional<Broadcast> look = gate_.pass(wanted, isRepeat, verdict);
+  if (!look) return;
+  transmit(encodeBroadcast(*look));
+  desk_.goOnAfter(packet_.sequence);
+}
+
+// A recording keeps its numbers, so a look that is armed late comes with the next one.
+void ShowConsole::sendRecorded(std::span<const std::uint8_t> packet) {
+  if (formatOf(packet) != BroadcastFormat::valid) return transmit(packet);
+  const Broadcast wanted = decodeBroadcast(packet);
+  flashes_.judge(wanted);
+  if (!flashes_.isHigh()) gate_.calm(wanted);
+  if (flashes_.isWaiting()) {
+    transmit(encodeBroadcast(gate_.insteadOf(wanted)));
+  } else {
+    transmit(packet);
+  }
   desk_.goOnAfter(packet_.sequence);
 }
 
@@ -322,9 +353,7 @@ void ShowConsole::replay() {
   venue_.becomeActive();
   run_.emplace(ScenarioSchedule(scenario_), loop_, [this](const ScenarioAction& action) {
     const auto* packet = std::get_if<PacketAction>(&action);
-    if (packet == nullptr) return;
-    transmit(packet->data);
-    desk_.goOnAfter(packet_.sequence);
+    if (packet != nullptr) sendRecorded(packet->data);
   });
   run_->endAfter(scenario_.lastAction() + kAfterReplay, [this] { stop(); });
   // What plays is on the air, and nothing else is.

@@ -17,6 +17,7 @@
 #include <qqmlregistration.h>
 
 #include "apps/console/cue_desk.h"
+#include "apps/console/cue_gate.h"
 #include "apps/console/demo_phone.h"
 #include "apps/console/desk_flashes.h"
 #include "apps/console/libraries.h"
@@ -82,7 +83,8 @@ class ShowConsole : public QObject {
   Q_PROPERTY(halvora::VenueShow* venue READ venue CONSTANT)
   /// A show that is played in the place of what the controls say.
   Q_PROPERTY(halvora::CueDesk* cues READ cues CONSTANT)
-  /// How often the look flashes, and whether it may.
+  /// How often the look flashes that is set, or that a show or a recording has on the air, and
+  /// whether it may.
   Q_PROPERTY(halvora::DeskFlashes* flashes READ flashes CONSTANT)
 
   Q_PROPERTY(halvora::ConsoleLook look READ look NOTIFY lookChanged)
@@ -207,8 +209,10 @@ class ShowConsole : public QObject {
   void findMaps();
   void countFrames();
   void tick();
+  void sendControls();
   CueDeskEnds cueEnds();
   void sendCue(std::span<const std::uint8_t> packet, bool isRepeat);
+  void sendRecorded(std::span<const std::uint8_t> packet);
   void setControls(const Broadcast& look);
   void transmit(std::span<const std::uint8_t> packet);
   void say(const QString& message);
@@ -224,6 +228,7 @@ class ShowConsole : public QObject {
   SeededRandom airChance_{kShowSeed};
   ShowDesk desk_;
   DeskFlashes flashes_;
+  CueGate gate_;
   const QVariantList modes_;
   const QVariantList torchModes_;
   const QVariantList vibrations_;
