@@ -20,29 +20,32 @@ namespace halvora::conformance {
 std::vector<BrokenPromise> checkPictures(
     const std::function<std::unique_ptr<ImageDecoder>()>& make);
 
+/// What opens videos, and two files for it.
 struct VideosUnderTest {
-  std::unique_ptr<VideoAssets> assets;
+  std::unique_ptr<VideoAssets> assets;  ///< Nothing opened yet.
   /// A file with the bytes of `sampleClip`, or a video that shows the same.
   std::string path;
   /// A file that is there and is no video.
   std::string brokenPath;
 };
 
+/// Every frame once, at its time, with its colours; ranges, stretches, single pictures.
 std::vector<BrokenPromise> checkVideos(const std::function<VideosUnderTest()>& make);
 
+/// A player in a world whose time the caller lets pass.
 struct PlayerUnderTest {
   /// Outlives the player.
   std::shared_ptr<void> world;
-  std::unique_ptr<VideoPlayer> player;
-  /// A clip that it can play, and a file that is none.
-  VideoItem clip;
-  VideoItem broken;
+  std::unique_ptr<VideoPlayer> player;  ///< Has loaded nothing yet.
+  VideoItem clip;                       ///< One that it can play.
+  VideoItem broken;                     ///< A file that is no clip.
   /// Lets the player and the run loop work until that is so, or for as long as a machine may take.
   std::function<void(const std::function<bool()>& isSo)> workUntil;
   /// Lets both work for a moment, in which nothing that was begun needs to end.
   std::function<void()> work;
 };
 
+/// Readiness, seeks that complete once and in a turn of their own, a player that goes meanwhile.
 std::vector<BrokenPromise> checkPlayer(const std::function<PlayerUnderTest()>& make);
 
 }  // namespace halvora::conformance

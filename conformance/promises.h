@@ -11,6 +11,7 @@
 
 namespace halvora::conformance {
 
+/// One promise that an adapter does not keep.
 struct BrokenPromise {
   /// Of the need, as its header calls it.
   std::string need;
@@ -23,8 +24,10 @@ struct BrokenPromise {
 /// Gathers what is broken of one need. A promise that is broken several times is one.
 class Promises {
  public:
+  /// Of the need of that name.
   explicit Promises(std::string need) : need_(std::move(need)) {}
 
+  /// Notes the promise unless it is kept, with what was found instead.
   void expect(bool isKept, std::string_view promise, std::string found = {}) {
     if (isKept) return;
     for (const BrokenPromise& known : broken_) {
@@ -32,6 +35,7 @@ class Promises {
     }
     broken_.push_back({need_, std::string(promise), std::move(found)});
   }
+  /// All that was noted, in its order; the end of this.
   std::vector<BrokenPromise> broken() && { return std::move(broken_); }
 
  private:

@@ -14,13 +14,14 @@
 namespace halvora::conformance {
 
 struct LoopUnderTest {
-  std::unique_ptr<RunLoop> loop;
+  std::unique_ptr<RunLoop> loop;  ///< Nothing scheduled yet.
   /// Runs what is due within that span of the loop's own time, then returns.
   std::function<void(Duration span)> runFor;
   /// False for a loop that has no other threads, such as one in virtual time.
   bool takesBlocksFromThreads = true;
 };
 
+/// Turns, order, times that are never early and do not drift, ids, cancelling, blocks of threads.
 std::vector<BrokenPromise> checkRunLoop(const std::function<LoopUnderTest()>& make);
 
 }  // namespace halvora::conformance

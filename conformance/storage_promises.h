@@ -24,13 +24,15 @@ std::vector<BrokenPromise> checkFiles(const std::function<std::unique_ptr<Files>
 std::vector<BrokenPromise> checkUserDefaults(
     const std::function<std::unique_ptr<UserDefaults>()>& open);
 
+/// A bundle, and one thing that is known of it.
 struct BundleUnderTest {
-  std::unique_ptr<Bundle> bundle;
+  std::unique_ptr<Bundle> bundle;  ///< Its texts may be of any language.
   /// A resource that it has, and its bytes.
   std::string path;
-  std::string bytes;
+  std::string bytes;  ///< At least one.
 };
 
+/// Resources, limits, texts that are missing.
 std::vector<BrokenPromise> checkBundle(const std::function<BundleUnderTest()>& make);
 
 }  // namespace halvora::conformance

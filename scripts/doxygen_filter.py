@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Hands a header to the reference as it is meant there: what stands at its head is about the file,
-and about the one type that has the file's name; plain C comments of the C header are documentation.
+and about the one type that has the file's name; plain C comments of the C header are documentation,
+of what stands before them where they do not begin their line. Words behind a member end with their
+line: Doxygen would go on with those that the next member has above it.
 
 doxygen_filter.py FILE
 """
@@ -14,7 +16,8 @@ from pathlib import Path
 def of_c(text):
     # Functions of a file that nothing is said of would be left out.
     text = text.replace("/* ", "/** \\file\n * ", 1)
-    return re.sub(r"^(\s*)/\*(?!\*)", r"\1/**", text, flags=re.M)
+    text = re.sub(r"^(\s*)/\*(?!\*)", r"\1/**", text, flags=re.M)
+    return re.sub(r"(?<=\S)(\s+)/\*(?!\*)(?=.*\*/$)", r"\1/**<", text, flags=re.M)
 
 
 def of_cpp(path, text):
@@ -26,7 +29,7 @@ def of_cpp(path, text):
         head.append(line[2:].strip())
     if not head:
         return text
-    rest = lines[1 + len(head):]
+    rest = [re.sub(r"///<(.*)$", r"/**<\1 */", line) for line in lines[1 + len(head):]]
     named = path.stem.replace("_", "").lower()
     declared = [re.match(r"(?:class|struct) (\w+)[^;]*$", line) for line in rest]
     types = [(at, found[1].lower()) for at, found in enumerate(declared) if found]

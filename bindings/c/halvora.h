@@ -22,8 +22,10 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/* The number of this interface: another one breaks who was compiled with this one. */
 #define HALVORA_C_INTERFACE 1
 
+/* Stands at every function; only static libraries are built for Windows. */
 #if defined(_WIN32)
 #define HALVORA_C_PUBLIC
 #else
@@ -36,6 +38,7 @@ extern "C" {
 
 /* What became of a call. */
 typedef enum halvora_status {
+  /* Done. */
   HALVORA_OK = 0,
   /* A pointer that may not be null is, or a struct's size is too small to be any version's. */
   HALVORA_MISSING = 1,
@@ -45,6 +48,7 @@ typedef enum halvora_status {
   HALVORA_BUSY = 3,
   /* There is no such thing at present: no panel, no wizard, no such row. */
   HALVORA_NONE = 4,
+  /* Memory is short; the same call may be tried again. */
   HALVORA_NO_MEMORY = 5,
   /* Anything else that went wrong within. */
   HALVORA_FAILED = 6
@@ -61,36 +65,45 @@ typedef struct halvora_phone halvora_phone;
 
 /* What is to be felt. */
 typedef enum halvora_haptic {
+  /* One light tap. */
   HALVORA_HAPTIC_LIGHT = 0,
+  /* One heavy tap. */
   HALVORA_HAPTIC_HEAVY = 1,
-  /* The system's sound that vibrates the phone, and its end. */
+  /* The system's sound that vibrates the phone. */
   HALVORA_HAPTIC_SOUND = 2,
+  /* Its end, also of one that has ended by itself. */
   HALVORA_HAPTIC_SOUND_ENDS = 3
 } halvora_haptic;
 
 /* What is on or off. */
 typedef enum halvora_switch {
+  /* The lamp beside the camera. */
   HALVORA_SWITCH_TORCH = 0,
   /* The radio is to listen, repeats included. */
   HALVORA_SWITCH_SCAN = 1,
   /* The screen is to stay on by itself no longer. */
   HALVORA_SWITCH_IDLE_TIMER_DISABLED = 2,
+  /* The show wants the whole screen, without the system's bars. */
   HALVORA_SWITCH_STATUS_BAR_HIDDEN = 3
 } halvora_switch;
 
 /* What a host is told. */
 typedef enum halvora_event {
+  /* A look has another mode or speed than the one before, and its mode is not 0. */
   HALVORA_EVENT_SHOW_STARTED = 0,
+  /* A look has come with mode 0. */
   HALVORA_EVENT_SHOW_STOPPED = 1,
   /* The light may look different from now on, or begin to move. */
   HALVORA_EVENT_LIGHT_CHANGED = 2,
+  /* Something of the panel or its wizard is to be read anew. */
   HALVORA_EVENT_PANEL_CHANGED = 3,
+  /* The user wants the system's page of settings for the application. */
   HALVORA_EVENT_OPEN_SETTINGS = 4
 } halvora_event;
 
 /* What a phone asks of its host. All are called on the thread that calls the phone. */
 typedef struct halvora_callbacks {
-  size_t size;
+  size_t size; /* sizeof(halvora_callbacks). */
   /* Handed to each of them. */
   void* context;
 
@@ -100,12 +113,17 @@ typedef struct halvora_callbacks {
    * for nothing at all. */
   void (*wake_at)(void* context, int64_t time);
 
+  /* `which` is a halvora_switch, `is_on` 0 or 1. Absent: there is no such switch, but for the scan,
+   * which the host is then to do all the time. */
   void (*set)(void* context, int which, int is_on);
+  /* A halvora_haptic. Absent: nothing is felt. */
   void (*haptic)(void* context, int haptic);
+  /* A halvora_event. Absent: the host looks for itself. */
   void (*event)(void* context, int event);
 
   /* The backlight's level, 0 to 1. Absent: what was set last, at first 1. */
   double (*brightness)(void* context);
+  /* The level, 0 to 1. Absent: nobody can set it. */
   void (*set_brightness)(void* context, double level);
 
   /* 0 not determined, 1 restricted, 2 denied, 3 allowed. Absent: allowed. */
@@ -113,11 +131,12 @@ typedef struct halvora_callbacks {
   /* The user is to be asked. */
   void (*ask_radio_permission)(void* context);
 
-  /* The small values that last, as one document. `read_defaults` writes at most `room` bytes and
-   * answers how many there are, or below 0 for none; where there are more than there was room for
-   * it is called again. `write_defaults` answers 0 where it failed and is then called again later.
-   * Both absent: they are kept in the documents folder, and without one in memory. */
+  /* The small values that last, as one document. Writes at most `room` bytes and answers how many
+   * there are, or below 0 for none; where there are more than there was room for it is called
+   * again. This and the next absent: they are kept in the documents folder, and without one in
+   * memory. */
   int64_t (*read_defaults)(void* context, void* into, size_t room);
+  /* The same document whole; 0 where that failed, and it is called again later. */
   int (*write_defaults)(void* context, const void* bytes, size_t count);
 
   /* A whole file by its absolute path, for what lies in the assets and documents folders, as
@@ -142,8 +161,8 @@ typedef struct halvora_callbacks {
 
 /* So many timescale-ths of a second, in a video. */
 typedef struct halvora_time {
-  int64_t value;
-  int32_t timescale;
+  int64_t value;     /* May be below 0. */
+  int32_t timescale; /* Above 0. */
 } halvora_time;
 
 /* One frame of a video as its reader hands it out. */
@@ -153,8 +172,8 @@ typedef struct halvora_frame {
   void* handle;
   /* When it is presented; not a number where the file does not say. */
   double seconds;
-  uint32_t width;
-  uint32_t height;
+  uint32_t width;  /* Pixels, as it is stored. */
+  uint32_t height; /* Likewise. */
 } halvora_frame;
 
 /* Takes a whole picture: 4 bytes a pixel, red, green, blue, alpha, not premultiplied, rows from the
@@ -167,7 +186,7 @@ typedef void (*halvora_take_picture)(void* into, uint32_t width, uint32_t height
  * answers with an int answers HALVORA_OK, HALVORA_NO_MEMORY where memory is short, which is then
  * tried again and not taken for a fault of the file, or HALVORA_NONE. */
 typedef struct halvora_media {
-  size_t size;
+  size_t size; /* sizeof(halvora_media). */
   /* Handed to each of them. */
   void* context;
 
@@ -178,16 +197,19 @@ typedef struct halvora_media {
   /* Opens the first video track of a file, never as null, and says how long the file plays. Absent:
    * no video is known; where it is there, all of these are but the last two. */
   int (*open_video)(void* context, const char* path, void** video, double* seconds);
+  /* Once for each that was opened, after its readers. */
   void (*close_video)(void* context, void* video);
   /* The frames that are presented from `begin` on, up to but not including `end`; all where both
    * are null. Readers of one video stand beside each other. */
   int (*open_reader)(void* context, void* video, const halvora_time* begin, const halvora_time* end,
                      void** reader);
+  /* Once for each that was opened; its frames may still be there. */
   void (*close_reader)(void* context, void* reader);
   /* The next frame in the order of presentation, not turned; HALVORA_NONE at the end. */
   int (*next_frame)(void* context, void* reader, halvora_frame* frame);
   /* The words 0xAARRGGBB of those pixels; `places` has a column and a row for each. */
   void (*sample)(void* context, void* frame, const uint32_t* places, uint32_t* words, size_t count);
+  /* Once for each frame that was handed out. */
   void (*free_frame)(void* context, void* frame);
   /* 1 where pictures did not come out that the file should have; asked at the end. */
   int (*has_lost_pictures)(void* context, void* reader);
@@ -198,7 +220,9 @@ typedef struct halvora_media {
   /* Two players of clips, 0 and 1, which loop and which the host draws where an item says so.
    * Absent: no clip is ever ready. The path is empty for a clip that is not there. */
   void (*load_clip)(void* context, int player, const char* name, const char* path);
+  /* Goes on from where it stands (1), or stands still (0). */
   void (*play_clip)(void* context, int player, int is_playing);
+  /* Goes to that position, in microseconds from the clip's beginning. */
   void (*seek_clip)(void* context, int player, int64_t position);
   /* Whether what was loaded can be played from any position. */
   int (*is_clip_ready)(void* context, int player);
@@ -211,19 +235,19 @@ HALVORA_C_PUBLIC int halvora_standard_media(halvora_media* media, size_t size);
 
 /* What a phone is made with. */
 typedef struct halvora_options {
-  size_t size;
-  /* The folder that holds HVAssets and strings, and the one for what is kept; null for none. */
+  size_t size; /* sizeof(halvora_options); halvora_options_init sets it. */
+  /* The folder that holds HVAssets and strings; null for none. */
   const char* assets;
+  /* The folder for what is kept: tables, venues, defaults; null for none. */
   const char* documents;
   /* The user's languages, best first, with commas between them ("de-AT,en"); null for those of the
    * environment. */
   const char* languages;
-  /* In points, above 0. */
-  double width;
-  double height;
+  double width;  /* Of the screen, in points, above 0 and at most a million. */
+  double height; /* Likewise. */
   /* What chance begins with. */
   uint64_t seed;
-  int has_torch;
+  int has_torch; /* Whether there is a lamp that the host can switch. */
   /* The venue of the panel as long as no transmitter has been heard; below 1 for none. */
   int64_t default_venue;
   /* Copied; null for none. */
@@ -264,9 +288,11 @@ HALVORA_C_PUBLIC int halvora_phone_advertisement(halvora_phone* phone, const uin
 HALVORA_C_PUBLIC int halvora_phone_radio_state(halvora_phone* phone, int state);
 /* The application became active (1), or will resign (0). */
 HALVORA_C_PUBLIC int halvora_phone_active(halvora_phone* phone, int is_active);
+/* The screen's size in points from now on, each from 0 to a million. */
 HALVORA_C_PUBLIC int halvora_phone_resize(halvora_phone* phone, double width, double height);
 /* Keys such as "4242:1", with commas between them; null or empty for all. */
 HALVORA_C_PUBLIC int halvora_phone_allow(halvora_phone* phone, const char* transmitters);
+/* Sets 1 while a transmitter that is obeyed is heard, else 0. */
 HALVORA_C_PUBLIC int halvora_phone_inside_venue(halvora_phone* phone, int* is_inside);
 /* How far what is obeyed can be believed: 0 nobody vouches for it, 1 a tag was good or one show is
  * undisputed, 2 two shows contest each other, which holds the look. */
@@ -278,24 +304,28 @@ HALVORA_C_PUBLIC int halvora_phone_set_default(halvora_phone* phone, const char*
 
 /* What a thing to draw is. */
 typedef enum halvora_content {
-  HALVORA_CONTENT_FILL = 0,
-  HALVORA_CONTENT_TEXT = 1,
-  HALVORA_CONTENT_IMAGE = 2,
-  HALVORA_CONTENT_VIDEO = 3
+  HALVORA_CONTENT_FILL = 0,  /* One colour. */
+  HALVORA_CONTENT_TEXT = 1,  /* A text in the middle of its frame. */
+  HALVORA_CONTENT_IMAGE = 2, /* A picture from a file. */
+  HALVORA_CONTENT_VIDEO = 3  /* What a player of clips shows. */
 } halvora_content;
 
 /* One thing to draw, over those before it. */
 typedef struct halvora_item {
-  size_t size;
-  int content;
-  /* In the container's points. */
-  double x, y, width, height;
-  /* 0 to 1, in sRGB; of an image what each of its channels is multiplied with. */
-  float red, green, blue;
-  double opacity;
+  size_t size;   /* sizeof(halvora_item). */
+  int content;   /* A halvora_content. */
+  double x;      /* In the container's points, from its left. */
+  double y;      /* From its top. */
+  double width;  /* Points. */
+  double height; /* Points. */
+  /* 0 to 1, in sRGB; of an image what that channel is multiplied with. */
+  float red;
+  float green;    /* As red. */
+  float blue;     /* As red. */
+  double opacity; /* 0 clear to 1. */
   /* The text, or the picture's file; never null. */
   const char* text;
-  double font_size;
+  double font_size; /* Points; 0 without a text. */
 } halvora_item;
 
 /* Makes the list of what is to be seen now in a container of that size, and answers how long it
@@ -309,60 +339,69 @@ HALVORA_C_PUBLIC int halvora_phone_is_animating(halvora_phone* phone, int* is_an
 
 /* The parts of the panel and of the wizard that it opens. */
 typedef enum halvora_part {
-  HALVORA_PANEL_ONBOARDING = 0,
-  HALVORA_PANEL_STATUS = 1,
-  HALVORA_PANEL_SEAT = 2,
-  HALVORA_PANEL_JOIN_BUTTON = 3,
-  HALVORA_PANEL_SETTINGS_BUTTON = 4,
-  HALVORA_PANEL_SEAT_BUTTON = 5,
-  HALVORA_WIZARD_TITLE = 16,
-  HALVORA_WIZARD_STEP = 17,
-  HALVORA_WIZARD_SUMMARY = 18,
-  HALVORA_WIZARD_CLOSE_BUTTON = 19,
-  HALVORA_WIZARD_BACK_BUTTON = 20,
-  HALVORA_WIZARD_NEXT_BUTTON = 21
+  HALVORA_PANEL_ONBOARDING = 0,      /* Label: what the permission is for, until it is asked. */
+  HALVORA_PANEL_STATUS = 1,          /* Label: whether the phone is in the venue, or why not. */
+  HALVORA_PANEL_SEAT = 2,            /* Label: which seat is chosen. */
+  HALVORA_PANEL_JOIN_BUTTON = 3,     /* Has the user asked for permission. */
+  HALVORA_PANEL_SETTINGS_BUTTON = 4, /* Opens the application's page of settings. */
+  HALVORA_PANEL_SEAT_BUTTON = 5,     /* Opens the wizard. */
+  HALVORA_WIZARD_TITLE = 16,         /* Label: what is chosen here. */
+  HALVORA_WIZARD_STEP = 17,          /* Label: what is to be done in this step. */
+  HALVORA_WIZARD_SUMMARY = 18,       /* Label: what is chosen so far. */
+  HALVORA_WIZARD_CLOSE_BUTTON = 19,  /* Leaves without storing anything. */
+  HALVORA_WIZARD_BACK_BUTTON = 20,   /* To the step before. */
+  HALVORA_WIZARD_NEXT_BUTTON = 21    /* To the next step, or stores the seat and leaves. */
 } halvora_part;
 
 /* A label or a button as it is to be seen. */
 typedef struct halvora_text {
-  size_t size;
-  const char* text;
-  int is_hidden;
+  size_t size;      /* sizeof(halvora_text). */
+  const char* text; /* Never null. */
+  int is_hidden;    /* Takes no room. */
   /* Of a button; a label is never. */
   int is_enabled;
-  double alpha;
-  float red, green, blue;
+  double alpha; /* 0 to 1; of 0 it is not seen and takes its room. */
+  float red;    /* Of the letters, 0 to 1, in sRGB. */
+  float green;  /* As red. */
+  float blue;   /* As red. */
 } halvora_text;
 
 /* A message over the panel or the wizard, with one button. */
 typedef struct halvora_alert {
-  size_t size;
-  const char* title;
-  const char* message;
-  const char* button;
+  size_t size;         /* sizeof(halvora_alert). */
+  const char* title;   /* What has happened. */
+  const char* message; /* What that means, and what to do. */
+  const char* button;  /* The button's title. */
 } halvora_alert;
 
 /* Shows the panel, and keeps it up to date from then on; once. */
 HALVORA_C_PUBLIC int halvora_panel_open(halvora_phone* phone);
+/* Takes it down, its wizard with it; nothing where it is not open. */
 HALVORA_C_PUBLIC int halvora_panel_close(halvora_phone* phone);
 /* HALVORA_NONE for a part that was taken out, and for a wizard that is not open. */
 HALVORA_C_PUBLIC int halvora_part_text(halvora_phone* phone, int part, halvora_text* text);
 /* Presses a button; one that is hidden or not enabled is HALVORA_NONE. */
 HALVORA_C_PUBLIC int halvora_part_press(halvora_phone* phone, int part);
-/* What lies over the panel or the wizard, and the press of its button. */
+/* What lies over the panel or the wizard; HALVORA_NONE for nothing. */
 HALVORA_C_PUBLIC int halvora_alert_look(halvora_phone* phone, halvora_alert* alert);
+/* Presses its button, which takes it away; HALVORA_NONE where nothing lies there. */
 HALVORA_C_PUBLIC int halvora_alert_press(halvora_phone* phone);
 /* Whether the seat's tables are ready: 0 no word of them, 1 not yet, 2 ready. */
 HALVORA_C_PUBLIC int halvora_panel_tables(halvora_phone* phone, int* state);
 
+/* Sets 1 while the wizard is over the panel, else 0. */
 HALVORA_C_PUBLIC int halvora_wizard_is_open(halvora_phone* phone, int* is_open);
-/* The picker's rows; row 0 stands for no choice. */
+/* How many rows the picker has in this step, and which is chosen; row 0 stands for no choice. */
 HALVORA_C_PUBLIC int halvora_wizard_rows(halvora_phone* phone, size_t* count, size_t* selected);
+/* A row's title; HALVORA_NONE beyond the last. */
 HALVORA_C_PUBLIC int halvora_wizard_row(halvora_phone* phone, size_t row, const char** title);
+/* Chooses a row, as a picker that has come to rest; HALVORA_NONE beyond the last, and where a plan
+ * stands in the picker's place. */
 HALVORA_C_PUBLIC int halvora_wizard_select(halvora_phone* phone, size_t row);
-/* Whether a place is to be picked on a plan, and the finger on it, 0 to 1 from the left and from
- * the stage. */
+/* Sets 1 while a place is to be picked on a plan, else 0. */
 HALVORA_C_PUBLIC int halvora_wizard_is_standing(halvora_phone* phone, int* is_standing);
+/* The finger on the plan, each 0 to 1, from the left and from the stage; the nearest place is
+ * chosen. HALVORA_NONE while there is no plan. */
 HALVORA_C_PUBLIC int halvora_wizard_stand(halvora_phone* phone, double x, double y);
 
 #ifdef __cplusplus

@@ -25,6 +25,7 @@ enum class AirPolicy : std::uint8_t {
 
 /// What a show's key is for.
 enum class Authentication : std::uint8_t {
+  /// Nothing: tags are not looked at.
   off,
   /// Once a tag was good, what has none is ignored for ten seconds.
   prefer,
@@ -34,11 +35,13 @@ enum class Authentication : std::uint8_t {
 
 /// What a host wants believed; as it stands, everything that is newer.
 struct AirOptions {
+  /// Of packets without a good tag.
   AirPolicy policy = AirPolicy::exact;
   /// For `guarded`: the show that the phone is here for. What is not given is learnt from what is
   /// heard first and goes on undisputed.
   std::optional<std::uint16_t> applicationId = std::nullopt;
-  std::optional<std::uint8_t> venueId = std::nullopt;
+  std::optional<std::uint8_t> venueId = std::nullopt;  ///< Likewise.
+  /// What `showKey` is for.
   Authentication authentication = Authentication::off;
   /// Without one, or without the platform's `codes`, no tag is ever good. The minute that tags are
   /// for is the wall clock's, give or take one.
@@ -63,22 +66,26 @@ enum class AirDoubt : std::uint8_t {
   /// A sequence number that does not go on from what was heard, while that is still heard; or a
   /// transmitter that has not been heard with the show yet.
   outOfStep,
+  /// It came while two transmitters contested each other, and is of neither look that stands.
   contested,
   /// Another pixel map within a second.
   mapTooSoon,
   /// No tag, where a good one is wanted.
   untagged,
+  /// A tag that is not the key's, or is of another minute.
   badTag,
   /// A good tag, but not newer than what was proven already.
   replayed,
   /// A good tag among very many bad ones, not confirmed yet.
   unconfirmed,
 };
+/// How many reasons there are.
 inline constexpr auto kAirDoubtCount = static_cast<std::size_t>(AirDoubt::unconfirmed) + 1;
 
 /// How many packets were doubted for which reason since the engine was made or its air was set, and
 /// what was held back.
 struct AirDiagnostics {
+  /// Packets, by the reason's number.
   std::array<std::uint64_t, kAirDoubtCount> doubts{};
   /// Good tags, whatever became of their packets.
   std::uint64_t goodTags = 0;
@@ -86,6 +93,7 @@ struct AirDiagnostics {
   std::uint64_t contests = 0;
   /// Touches of the haptics beyond two a second.
   std::uint64_t hapticsHeldBack = 0;
+  /// Packets that were doubted for that reason.
   std::uint64_t operator[](AirDoubt doubt) const { return doubts[static_cast<std::size_t>(doubt)]; }
 };
 

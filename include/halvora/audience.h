@@ -22,9 +22,11 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// How far they are in.
 enum class AudienceStage : std::uint8_t {
   /// Has not joined: no light, and the warning is to be seen.
   asked,
+  /// Sees the light, and may leave at any time.
   joined,
   /// Went in mid-show: no light, and it is asked whether to resume.
   left,
@@ -35,17 +37,20 @@ enum class AudienceStage : std::uint8_t {
 /// What is to be seen. In the stages `asked` and `left` all of it, from top to bottom; in `out` the
 /// way back alone, and in `joined` nothing: `leaveButton` is for who cannot tap or type.
 struct AudienceViews {
+  /// What is asked, in a few words: to join, or to resume.
   StatusText title;
+  /// The warning of flashing light, or what leaving has done.
   StatusText message;
   /// Hidden unless the battery is low.
   StatusText batteryLabel;
-  /// The switch's own words, and what it does.
+  /// The words of the switch for gentle light.
   StatusText gentleLabel;
+  /// What that switch does.
   StatusText gentleNote;
-  Button joinButton;
-  Button stayOutButton;
-  Button leaveButton;
-  Button comeBackButton;
+  Button joinButton;      ///< Calls `join`: into the show, or back into it.
+  Button stayOutButton;   ///< Calls `stayOut`.
+  Button leaveButton;     ///< Calls `leave`; its title is what is spoken of it.
+  Button comeBackButton;  ///< Calls `join`, for who stayed out.
   friend bool operator==(const AudienceViews&, const AudienceViews&) = default;
 };
 
@@ -55,12 +60,13 @@ struct AudienceFields {
   bool asksBeforeJoining = true;
   /// The system's user wants less flashing: the flash limit is on, whatever else is chosen.
   bool reducesFlashing = false;
-  Colour textColour = kWhite;
-  Colour actionButtonColour = kActionBlue;
-  Colour actionButtonTitleColour = kWhite;
+  Colour textColour = kWhite;               ///< Of every label.
+  Colour actionButtonColour = kActionBlue;  ///< Of the buttons' backgrounds.
+  Colour actionButtonTitleColour = kWhite;  ///< Of the titles on them.
   friend bool operator==(const AudienceFields&, const AudienceFields&) = default;
 };
 
+/// One viewer's choice about one engine: whether they are in, and how gentle the light is for them.
 class HalvoraAudienceController {
  public:
   /// Below this level a battery that is not fed is low.
@@ -78,25 +84,34 @@ class HalvoraAudienceController {
 
   /// At any time. Who has joined is not asked again.
   void setFields(AudienceFields fields);
+  /// As they were set last.
   const AudienceFields& fields() const { return fields_; }
 
   /// Comes in, or back: the light is what the show has come to by now.
   void join();
   /// The light fades within 300 ms, and the torch goes off at once. Nothing before joining.
   void leave();
+  /// From any stage: no light, and no more question until `join`.
   void stayOut();
   /// Limited flashing, at most 60 % of the brightness, neither torch nor vibration: in force at
   /// once, and kept in the defaults for all later shows.
   void setGentle(bool isGentle);
 
+  /// Changes by the actions above, and by `setFields` where nobody is to be asked any more.
   AudienceStage stage() const { return now_.stage; }
+  /// As it was chosen last, in this show or an earlier one.
   bool isGentle() const { return now_.isGentle; }
   /// Has joined, and a show goes on: this is when the audience's keys and taps mean the show.
   /// Looked at twice a second, and when `lookAtShow` is called by who knows better.
   bool isInShow() const { return now_.isInShow; }
+  /// Looks now, instead of within half a second, whether a show goes on and how full the battery
+  /// is.
   void lookAtShow();
+  /// Below `kLowBattery` and not fed; false where nobody tells.
   bool isBatteryLow() const { return now_.isBatteryLow; }
+  /// What is to be seen; good until the next call that is not const.
   const AudienceViews& views() const { return views_; }
+  /// Whether the texts' language runs from the right.
   bool isRightToLeft() const;
 
  private:

@@ -12,9 +12,11 @@ namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
 struct Colour {
+  /// Levels in sRGB, not multiplied by alpha.
   float red = 0;
-  float green = 0;
-  float blue = 0;
+  float green = 0;  ///< As red.
+  float blue = 0;   ///< As red.
+  /// 0 lets through all that lies below, 1 nothing.
   float alpha = 1;
   friend bool operator==(const Colour&, const Colour&) = default;
 };
@@ -22,12 +24,15 @@ struct Colour {
 /// No colour at all: what the light shows when it is cleared.
 using MaybeColour = std::optional<Colour>;
 
+/// Opaque black: what shows where there is no light.
 inline constexpr Colour kBlack{0, 0, 0, 1};
+/// Opaque white: as bright as the screen is without more headroom.
 inline constexpr Colour kWhite{1, 1, 1, 1};
 
 /// A byte as a level.
 constexpr float levelOf(std::uint8_t byte) { return static_cast<float>(byte) / 255.0F; }
 
+/// The opaque colour of three bytes, as packets and web colours have them.
 constexpr Colour colourOfBytes(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
   return {levelOf(red), levelOf(green), levelOf(blue), 1};
 }

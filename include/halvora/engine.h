@@ -37,6 +37,7 @@ class CentralManager;
 
 /// What an engine is made with.
 struct EngineOptions {
+  /// Where the usage counters go; none are sent as it stands.
   UsageEndpoints usageEndpoints = {};
   /// Whether the usage counters are sent at all, from the start; `setUsageReports` changes it.
   bool usageReports = true;
@@ -49,9 +50,10 @@ struct EngineOptions {
 /// The engine: one phone of the audience, from the packets that it hears to the light it shows.
 class HalvoraViewController {
  public:
+  /// What a host is told by; on the main thread, and absent where it is empty.
   using Callback = std::function<void()>;
-  using Progress = PrecomputeProgress;
-  using Completion = PrecomputeCompletion;
+  using Progress = PrecomputeProgress;      ///< How far tables ahead of the show have come.
+  using Completion = PrecomputeCompletion;  ///< That they have come to their end.
 
   /// The process's one engine. The first call makes it, on that platform, which must live as long
   /// as the process; later calls answer with the same engine whatever they hand in. It is never
@@ -70,6 +72,7 @@ class HalvoraViewController {
   void viewDidLoad();
   /// Fits the view to its superview's bounds, in points; to nothing when it has none.
   void viewWillLayoutSubviews(const std::optional<Rect>& superviewBounds);
+  /// Where the view lies in its superview, in points; as it was laid out last.
   const Rect& frame() const;
   /// What a face draws.
   Light light();
@@ -80,45 +83,60 @@ class HalvoraViewController {
   /// Begins to listen, asking the user for permission where that is open. Each call starts the four
   /// timers of listening anew.
   void initBluetoothPermission();
+  /// Whether the user has allowed Bluetooth, as the radio says at this moment.
   bool isPermissionGranted() const;
+  /// Whether a transmitter that is obeyed was heard within the last seconds.
   bool isInsideVenue() const;
   /// Tells in a turn of its own that one of these two may have changed, for as long as the answer
   /// is kept, which may outlive the engine. Any number may watch; each may destroy the engine. One
   /// that throws is counted. A permission that changes while nobody listens is told of when the
   /// application becomes active again.
   [[nodiscard]] std::shared_ptr<const void> watchPresence(Callback callback);
+  /// Whether the show wants the whole screen at present: the host hides the system's bars for as
+  /// long.
   bool prefersStatusBarHidden() const;
 
   /// The transmitter keys ("application:number") to obey; none means all.
   void setAllowedTransmitterIds(std::vector<std::string> ids);
+  /// As they were set last.
   const std::vector<std::string>& allowedTransmitterIds() const;
 
   /// Called on every change of mode or speed to a mode other than 0, in the middle of the look. May
   /// be absent. One that throws is counted, and the show goes on.
   void setLightShowStartedCallback(Callback callback);
+  /// As it was set last; empty for none.
   const Callback& lightShowStartedCallback() const;
   /// Called on every change of speed or mode to mode 0, as above.
   void setLightShowStoppedCallback(Callback callback);
+  /// As it was set last; empty for none.
   const Callback& lightShowStoppedCallback() const;
 
   /// Whether the usage counters are sent, for a host that asks its user. Switching them off gives
   /// up those under way; while they are off nothing is counted, nor noted in the defaults.
   bool usageReports() const;
+  /// In force at once; not kept for later runs of the application.
   void setUsageReports(bool isOn);
 
   /// What the host allows of the light, and what whoever holds the phone, or the system in their
   /// name, allows of that: the stricter of both is in force at once. A brightness beyond 0 to 1
   /// counts as the nearest of these.
   void setLimits(const LightLimits& limits);
+  /// The host's alone, as they were set last.
   const LightLimits& limits() const;
+  /// The viewer's part of both, by the same rules.
   void setViewerLimits(const LightLimits& limits);
+  /// The viewer's alone, as they were set last.
   const LightLimits& viewerLimits() const;
   /// The light fades out within 300 ms and stays away, torch and motor with it, while the show goes
   /// on unseen; `comeBack` shows what it has come to by then.
   void leave();
+  /// Nothing for who has not left.
   void comeBack();
+  /// Whether the light stays away because of `leave`.
   bool hasLeft() const;
 
+  /// Plays the kit's clip of that name over the light, without end, as a look that names it does;
+  /// it begins when its player is ready and a look says at which time. A missing one never begins.
   void playVideo(const std::string& name);
 
   /// Builds the seat's table for every pixel map of the venue that has none yet, in the background;
@@ -160,7 +178,7 @@ class HalvoraViewController {
   /// For the host: the view that it placed the engine in, and a central manager of its own. The
   /// engine uses neither.
   void* halvoraView = nullptr;
-  CentralManager* centralManager = nullptr;
+  CentralManager* centralManager = nullptr;  ///< See `halvoraView`.
 
   /// Who keeps the address of an engine that others may destroy has a `Witness` of this.
   Witnessed& life();

@@ -24,21 +24,26 @@ inline namespace HALVORA_PUBLIC v0 {
 
 /// How large a face would like a view to be, in points: either dimension may be open.
 struct ProposedSize {
-  std::optional<double> width;
-  std::optional<double> height;
+  std::optional<double> width;   ///< None: as wide as it likes.
+  std::optional<double> height;  ///< None: as high as it likes.
 };
 
 /// Which engine a view shows on a phone: one that the host made itself, else the process's, which
 /// is made when it is first asked for.
 struct EmbeddedEngine {
+  /// The process's engine, on that platform if this is what makes it.
   EmbeddedEngine(const Platform& its)  // NOLINT(google-explicit-constructor)
       : platform(its) {}
+  /// The host's own engine, which was made on that platform.
   EmbeddedEngine(const Platform& its, HalvoraViewController& engine)
       : platform(its), own(&engine) {}
 
+  /// The engine itself; the process's is made by the first call.
   HalvoraViewController& controller() const;
 
+  /// What panel and callbacks work on; its needs outlive all views.
   Platform platform;
+  /// Null for the process's engine.
   HalvoraViewController* own = nullptr;
 };
 
@@ -48,16 +53,20 @@ class HalvoraView {
  public:
   /// What a face keeps for as long as it shows the view.
   struct Coordinator {
-    HalvoraViewController& mainViewController;
-    std::vector<std::string> allowedTransmitterIds;
+    HalvoraViewController& mainViewController;       ///< The engine whose light is shown.
+    std::vector<std::string> allowedTransmitterIds;  ///< The view's, when this was made.
   };
 
+  /// The description of a light; nothing happens before a face makes something of it. Every
+  /// argument but the first is the member of that name and may be set later.
   explicit HalvoraView(const EmbeddedEngine& engine, std::function<void()> lightShowStarted = {},
                        std::function<void()> lightShowStopped = {},
                        std::vector<std::string> transmitterIds = {});
 
-  /// Called in a turn of their own, where they may do as they like. May stay absent.
+  /// A show goes on with another mode or speed. Called in a turn of its own, where it may do as it
+  /// likes. May stay absent.
   std::function<void()> onLightShowStarted;
+  /// The show is over. Called likewise, and may stay absent.
   std::function<void()> onLightShowStopped;
   /// The transmitter keys ("application:number") to obey; none means all.
   std::vector<std::string> allowedTransmitterIds;
@@ -67,6 +76,7 @@ class HalvoraView {
   /// tells already.
   std::function<void(AirTrust trust)> onAirTrustChanged;
 
+  /// For a face, once; the process's engine is made if there is none yet.
   std::unique_ptr<Coordinator> makeCoordinator() const;
   /// The engine with this view's transmitters and callbacks, which stay on it until another view's
   /// take their place.
@@ -79,11 +89,10 @@ class HalvoraView {
     return std::nullopt;
   }
 
-  // What the engine of that name does.
-  void start() const;
-  void initBluetoothPermission() const;
-  bool isPermissionGranted() const;
-  bool isInsideVenue() const;
+  void start() const;                    ///< As the engine's.
+  void initBluetoothPermission() const;  ///< As the engine's.
+  bool isPermissionGranted() const;      ///< As the engine's.
+  bool isInsideVenue() const;            ///< As the engine's.
 
  private:
   EmbeddedEngine engine_;
@@ -95,17 +104,20 @@ class HalvoraStatusView : public StatusPanelFields {
  public:
   /// What a face keeps for as long as it shows the view.
   struct Coordinator {
-    HalvoraViewController& mainViewController;
+    HalvoraViewController& mainViewController;  ///< The engine that the panel tells of.
     /// Never null.
     std::unique_ptr<HalvoraStatusViewController> statusViewController;
   };
 
+  /// The description of a panel; nothing happens before a face makes something of it.
   explicit HalvoraStatusView(const EmbeddedEngine& engine, StatusPanelFields fields = {});
 
+  /// What of this the panel is handed.
   const StatusPanelFields& fields() const { return *this; }
 
   /// The panel has this description's fields; the engine is made if there is none yet.
   std::unique_ptr<Coordinator> makeCoordinator(StatusPanelFace face = {}) const;
+  /// The coordinator's panel, with this description's fields from now on.
   HalvoraStatusViewController& makeController(const Coordinator& coordinator) const;
   /// Null, where a face shows something else, is left alone.
   void updateController(HalvoraStatusViewController* controller) const;

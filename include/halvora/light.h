@@ -17,21 +17,25 @@ class ViewStack;
 
 inline namespace HALVORA_PUBLIC v0 {
 
-/// What a display item is of.
+/// What a display item is: a `fill` of one colour, a `text`, an `image` from a file, or the `video`
+/// of a player of clips.
 enum class ViewContent : std::uint8_t { fill, text, image, video };
 
 /// The names under which the two players of clips are listed.
 inline constexpr const char* kClipA = "playerViewA";
+/// See `kClipA`.
 inline constexpr const char* kClipB = "playerViewB";
 
 /// One thing to draw, over those before it.
 struct DisplayItem {
+  /// Which of the members below count.
   ViewContent content = ViewContent::fill;
-  /// In the container's coordinates.
+  /// In the container's coordinates, in points.
   Rect frame;
   /// Of the fill or the text; of an image or a clip, what each of its channels is multiplied with.
   /// Opaque: what a colour lets through is in the opacity.
   Colour colour;
+  /// Over what lies below: 0 clear to 1.
   double opacity = 1;
   /// The label's text, the picture's file, or the name of the view that a clip is played in.
   std::string text;

@@ -21,12 +21,14 @@ enum class FlashPolicy : std::uint8_t {
   limited,
 };
 
+/// As it stands nothing is limited.
 struct LightLimits {
+  /// How often the light may flash.
   FlashPolicy flash = FlashPolicy::exact;
   /// Of the backlight, 0 to 1.
   double mostBrightness = 1;
-  bool torch = true;
-  bool vibration = true;
+  bool torch = true;      ///< Whether the lamp may be lit.
+  bool vibration = true;  ///< Whether the phone may be felt.
   friend bool operator==(const LightLimits&, const LightLimits&) = default;
 };
 

@@ -4,13 +4,14 @@
 // mark of what a shared library shows.
 #pragma once
 
-#define HALVORA_VERSION_MAJOR 0
-#define HALVORA_VERSION_MINOR 1
-#define HALVORA_VERSION_PATCH 0
+#define HALVORA_VERSION_MAJOR 0  ///< Another one breaks who was built with this one.
+#define HALVORA_VERSION_MINOR 1  ///< A higher one has more, and all that was there.
+#define HALVORA_VERSION_PATCH 0  ///< A higher one has faults mended.
+/// All three as a text, for who compiles with these headers.
 #define HALVORA_VERSION "0.1.0"
 
+/// Stands at what a shared library shows; only static ones are built for Windows.
 #if defined(_WIN32)
-// Only static libraries are built for Windows.
 #define HALVORA_PUBLIC
 #else
 #define HALVORA_PUBLIC [[gnu::visibility("default")]]

@@ -31,6 +31,7 @@ class Witnessed {
 /// May itself go before or after what it watches.
 class Witness {
  public:
+  /// From now on; what is watched is there.
   // Not inlined: a compiler that sees an address of the stack being kept, but not that the
   // destructor takes it out again, warns of it.
   [[gnu::noinline]] explicit Witness(Witnessed& watched)
@@ -46,6 +47,7 @@ class Witness {
   Witness(const Witness&) = delete;
   Witness& operator=(const Witness&) = delete;
 
+  /// Once true, it stays so.
   bool isGone() const { return watched_ == nullptr; }
   /// While it may not go, as in the middle of its own work, its end is a mistake that is asserted.
   void setMayGo(bool mayGo) { mayGo_ = mayGo; }

@@ -30,28 +30,29 @@ class Workers;
 struct Bundles;
 struct VideoPlayers;
 
+/// One function for each need that may be left out.
 namespace absent {
 
-Application& application();
-const Battery& battery();
-BluetoothCentral& bluetooth();
-const Bundles& bundles();
-Calendar& calendar();
-UserDefaults& defaults();
-Files& files();
-Haptics& haptics();
-HttpClient& http();
-const ImageDecoder& images();
-const JsonReader& json();
-const MessageCodes& codes();
-SerialQueues& queues();
-Random& random();
-Screen& screen();
-Torch& torch();
-const VideoAssets& videoAssets();
-const VideoPlayers& videoPlayers();
-WallClock& wallClock();
-Workers& workers();
+Application& application();          ///< Always active; has no page of settings.
+const Battery& battery();            ///< Says nothing of its state.
+BluetoothCentral& bluetooth();       ///< Allowed, and hears and reports nothing.
+const Bundles& bundles();            ///< Two without a name, resources or texts; no documents.
+Calendar& calendar();                ///< Every date is of the same day.
+UserDefaults& defaults();            ///< Forgets what is set at once.
+Files& files();                      ///< Nothing is there, and nothing can be written.
+Haptics& haptics();                  ///< Nothing is felt.
+HttpClient& http();                  ///< Sends nothing.
+const ImageDecoder& images();        ///< Knows no picture.
+const JsonReader& json();            ///< Takes every document for malformed.
+const MessageCodes& codes();         ///< Has no cipher.
+SerialQueues& queues();              ///< Take no task.
+Random& random();                    ///< Always draws 0.
+Screen& screen();                    ///< Of no size, at full brightness for good.
+Torch& torch();                      ///< Neither torch nor flash.
+const VideoAssets& videoAssets();    ///< Opens no file.
+const VideoPlayers& videoPlayers();  ///< Are never ready.
+WallClock& wallClock();              ///< Always the same moment.
+Workers& workers();                  ///< One, which begins nothing.
 
 }  // namespace absent
 

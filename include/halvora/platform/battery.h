@@ -10,6 +10,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
+/// What is known of a battery.
 struct BatteryState {
   /// 0 to 1 of a full one.
   double level = 1;

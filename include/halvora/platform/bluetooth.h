@@ -15,22 +15,23 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
-/// The numbers are those of the phones' own systems; scenario files and hosts use them.
+/// Whether the application may listen. The numbers are those of the phones' own systems; scenario
+/// files and hosts use them.
 enum class BluetoothAuthorization : std::uint8_t {
-  notDetermined = 0,
-  restricted = 1,
-  denied = 2,
-  allowedAlways = 3,
+  notDetermined = 0,  ///< The user has not been asked.
+  restricted = 1,     ///< Not, and the user cannot change that.
+  denied = 2,         ///< Not, until the user says otherwise in the settings.
+  allowedAlways = 3,  ///< It may.
 };
 
 /// What the radio is able to do.
 enum class CentralState : std::uint8_t {
-  unknown = 0,
-  resetting = 1,
-  unsupported = 2,
-  unauthorised = 3,
-  poweredOff = 4,
-  poweredOn = 5,
+  unknown = 0,       ///< Not found out yet.
+  resetting = 1,     ///< The system's part of it is gone for the moment.
+  unsupported = 2,   ///< There is no radio that can listen.
+  unauthorised = 3,  ///< The application may not use it.
+  poweredOff = 4,    ///< It is switched off.
+  poweredOn = 5,     ///< It can listen.
 };
 
 /// How the manufacturer data of a show's packet begins: the company's id, low byte first. What
@@ -46,6 +47,7 @@ struct Advertisement {
 
 /// How to listen.
 struct ScanOptions {
+  /// Repeats are reported too, as the kit needs them: a look that stands still is still there.
   bool allowDuplicates = false;
   friend bool operator==(const ScanOptions&, const ScanOptions&) = default;
 };
@@ -54,7 +56,9 @@ struct ScanOptions {
 class CentralManagerDelegate {
  public:
   virtual ~CentralManagerDelegate() = default;
+  /// The state that the radio has from now on; first of all the one that it began with.
   virtual void centralManagerDidUpdateState(CentralState state) = 0;
+  /// Something was heard; repeats come again where the scan allows them.
   virtual void didDiscoverPeripheral(const Advertisement& advertisement) = 0;
 };
 
@@ -62,8 +66,11 @@ class CentralManagerDelegate {
 /// turn after it was made, and on every change. Losing power ends a scan.
 class CentralManager : public Need {
  public:
+  /// `unknown` until it was reported.
   virtual CentralState state() const = 0;
+  /// Listens from now on, or with other options from now on; nothing unless the radio is on.
   virtual void scanForPeripherals(const ScanOptions& options) = 0;
+  /// Reports nothing more that is heard; nothing where no scan runs.
   virtual void stopScan() = 0;
 
   /// A stop directly followed by a scan. One call, because many systems lose packets at every start
@@ -78,6 +85,7 @@ class CentralManager : public Need {
 /// A phone's radio, as far as listening goes.
 class BluetoothCentral : public Need {
  public:
+  /// At this moment; never asks the user.
   virtual BluetoothAuthorization authorization() const = 0;
   /// Never null. Where permission is not determined yet, making a manager is what asks the user for
   /// it.

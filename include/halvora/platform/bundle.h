@@ -30,8 +30,8 @@ class Bundle : public Need {
 
 /// The host's resources, the kit's own, and where the phone keeps what it makes.
 struct Bundles {
-  Bundle& main;
-  Bundle& kit;
+  Bundle& main;  ///< Of the host application.
+  Bundle& kit;   ///< Of the kit: palettes, gobos, clips, texts.
   /// The application's private documents folder; empty for none.
   std::string documents = {};
 };

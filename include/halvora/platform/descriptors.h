@@ -14,9 +14,10 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
-/// What a descriptor may be ready for.
+/// What a descriptor may be ready for: to be `readable`, `writable`, `both`, or `none` of them.
 enum class DescriptorEvents : std::uint8_t { none = 0, readable = 1, writable = 2, both = 3 };
 
+/// Whether `events` has any of what is in `one`.
 constexpr bool includes(DescriptorEvents events, DescriptorEvents one) {
   return (static_cast<unsigned>(events) & static_cast<unsigned>(one)) != 0;
 }
@@ -39,9 +40,11 @@ class Descriptors : public Need {
 class DescriptorWatch {
  public:
   DescriptorWatch() = default;
+  /// Takes over what `Descriptors::watch` has answered.
   DescriptorWatch(Descriptors& descriptors, WatchId id) : descriptors_(&descriptors), id_(id) {}
-  DescriptorWatch(DescriptorWatch&& other) noexcept
+  DescriptorWatch(DescriptorWatch&& other) noexcept  ///< The other one watches nothing any more.
       : descriptors_(other.descriptors_), id_(std::exchange(other.id_, 0)) {}
+  /// Ends its own watch first.
   DescriptorWatch& operator=(DescriptorWatch&& other) noexcept {
     if (this != &other) {
       end();
@@ -54,6 +57,7 @@ class DescriptorWatch {
   DescriptorWatch& operator=(const DescriptorWatch&) = delete;
   ~DescriptorWatch() { end(); }
 
+  /// Forgets the watch now, if there is one.
   void end() {
     if (id_ != 0) descriptors_->forget(std::exchange(id_, 0));
   }

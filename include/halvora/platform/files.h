@@ -18,7 +18,7 @@ inline namespace HALVORA_PUBLIC v0 {
 
 /// What a file system says of something in it.
 struct FileAttributes {
-  bool isFolder = false;
+  bool isFolder = false;  ///< Otherwise a file.
   /// Bytes.
   std::uint64_t size = 0;
   /// Seconds since 1970, as fine as the file system keeps them.
@@ -57,6 +57,7 @@ class Files : public Need {
   virtual void removeFolder(const std::string& path) = 0;
 };
 
+/// Whether there is something at that path that is no folder.
 inline bool isFile(const Files& files, const std::string& path) {
   const std::optional<FileAttributes> attributes = files.attributes(path);
   return attributes && !attributes->isFolder;

@@ -10,7 +10,7 @@
 namespace halvora {
 inline namespace HALVORA_PUBLIC v0 {
 
-/// How strong a tap is.
+/// How strong a tap is: `light` or `heavy`.
 enum class ImpactStyle : std::uint8_t { light, heavy };
 
 /// The system sound that vibrates the phone.
@@ -21,6 +21,7 @@ class Haptics : public Need {
  public:
   /// Prepares a generator of the style and fires it once.
   virtual void impact(ImpactStyle style) = 0;
+  /// Plays the system's sound of that number once; `kVibrationSound` is felt.
   virtual void playSystemSound(std::uint32_t sound) = 0;
   /// Stops the sound and releases it.
   virtual void disposeSystemSound(std::uint32_t sound) = 0;

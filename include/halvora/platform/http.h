@@ -13,6 +13,7 @@ inline namespace HALVORA_PUBLIC v0 {
 
 class HttpClient : public Need {
  public:
+  /// Asks for that address and forgets it; what is no address that may be asked is dropped.
   virtual void get(const std::string& url) = 0;
   /// Gives up whatever is under way.
   virtual void cancelAll() {}

@@ -18,15 +18,15 @@ inline namespace HALVORA_PUBLIC v0 {
 /// 8 bits a channel, not premultiplied; rows from the top, 4 bytes a pixel: red, green, blue,
 /// alpha.
 struct Image {
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-  std::vector<std::uint8_t> rgba;
+  std::uint32_t width = 0;         ///< Pixels.
+  std::uint32_t height = 0;        ///< Pixels.
+  std::vector<std::uint8_t> rgba;  ///< 4 · width · height bytes.
 };
 
 /// One row of a picture, and the size of all of it.
 struct ImageRow {
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
+  std::uint32_t width = 0;   ///< Of the whole picture, in pixels.
+  std::uint32_t height = 0;  ///< Likewise.
   /// As in an image; empty where the picture has no such row.
   std::vector<std::uint8_t> rgba;
 };

@@ -24,23 +24,28 @@ struct JsonMember;
 /// A value of a document, with all that is in it.
 class JsonValue {
  public:
-  using Array = std::vector<JsonValue>;
+  using Array = std::vector<JsonValue>;  ///< In document order.
   /// In document order; of members with equal names the first one counts.
   using Object = std::vector<JsonMember>;
 
   JsonValue() = default;
+  /// Of a boolean, a number, a text, an array or an object.
   template <class T>
   requires(!std::is_same_v<std::decay_t<T>, JsonValue>) explicit JsonValue(T&& value)
       : value_(std::forward<T>(value)) {}
 
+  /// Whether it is null, as it is when it is made.
   bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
+  /// This and each of the following: null where the value is of another kind.
   const bool* boolean() const { return std::get_if<bool>(&value_); }
+  /// A number without fraction and exponent that 64 bits can hold.
   const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
   /// A number with a fraction or an exponent, or an integer beyond 64 bits.
   const double* real() const { return std::get_if<double>(&value_); }
+  /// UTF-8.
   const std::string* text() const { return std::get_if<std::string>(&value_); }
-  const Array* array() const { return std::get_if<Array>(&value_); }
-  const Object* object() const { return std::get_if<Object>(&value_); }
+  const Array* array() const { return std::get_if<Array>(&value_); }     ///< Its values.
+  const Object* object() const { return std::get_if<Object>(&value_); }  ///< Its members.
 
   /// Any number or boolean as a double.
   std::optional<double> number() const;
@@ -55,18 +60,20 @@ class JsonValue {
 
 /// A member of an object.
 struct JsonMember {
-  std::string name;
-  JsonValue value;
+  std::string name;  ///< UTF-8, escapes resolved.
+  JsonValue value;   ///< What stands behind the colon.
 };
 
-/// What begins and ends in a document.
+/// What begins and ends in a document: an `object` or an `array`.
 enum class JsonContainer : std::uint8_t { object, array };
 
 /// A value that holds no others. It lives as long as the call that hands it over.
 struct JsonScalar {
+  /// `null`, a `boolean`, a number (`integer`, or `real` with a fraction, an exponent or more than
+  /// 64 bits) or a `text`.
   enum class Kind : std::uint8_t { null, boolean, integer, real, text };
 
-  Kind kind = Kind::null;
+  Kind kind = Kind::null;  ///< Which of the following count.
   /// Of a boolean (0 or 1) and of an integer.
   std::int64_t integer = 0;
   /// Of a number with a fraction or an exponent, and of an integer beyond 64 bits.
@@ -74,6 +81,7 @@ struct JsonScalar {
   /// The characters of a text, or a number as the document writes it.
   std::string_view text = {};
 
+  /// Whether it stood in quotes.
   bool isText() const { return kind == Kind::text; }
   /// Booleans are numbers too.
   bool isNumber() const { return kind != Kind::null && kind != Kind::text; }
@@ -92,7 +100,9 @@ class JsonEvents {
   virtual ~JsonEvents() = default;
   /// False passes over it: neither what it holds nor its end is reported.
   virtual bool begin(std::string_view name, JsonContainer container) = 0;
+  /// The container that was begun last, and was not passed over, is complete.
   virtual void end() = 0;
+  /// A value that holds no others.
   virtual void scalar(std::string_view name, const JsonScalar& value) = 0;
 };
 

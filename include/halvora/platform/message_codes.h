@@ -22,21 +22,23 @@ inline namespace HALVORA_PUBLIC v0 {
 /// Whoever reads it can sign. Its memory is wiped when it goes; it is never printed.
 class ShowKey {
  public:
-  static constexpr std::size_t kSize = 16;
+  static constexpr std::size_t kSize = 16;  ///< Bytes.
 
+  /// Copies the bytes; wiping those is their owner's business.
   explicit ShowKey(std::span<const std::uint8_t, kSize> bytes) {
     std::ranges::copy(bytes, bytes_.begin());
   }
   /// As key files have it: 32 hexadecimal digits, white space around them ignored. None for any
   /// other text, of which no copy is left.
   static std::optional<ShowKey> ofText(std::string_view text);
-  ShowKey(const ShowKey&) = default;
-  ShowKey& operator=(const ShowKey&) = default;
+  ShowKey(const ShowKey&) = default;             ///< Each copy is wiped for itself.
+  ShowKey& operator=(const ShowKey&) = default;  ///< Likewise.
   ~ShowKey() {
     // Written through a volatile, because nobody reads it any more and a compiler would leave it.
     for (volatile std::uint8_t& byte : bytes_) byte = 0;
   }
 
+  /// The secret itself; good for as long as the key is there.
   std::span<const std::uint8_t, kSize> bytes() const { return bytes_; }
 
  private:
@@ -48,7 +50,7 @@ class ShowKey {
 /// The codes of one key.
 class MessageCode : public Need {
  public:
-  using Code = std::array<std::uint8_t, 16>;
+  using Code = std::array<std::uint8_t, 16>;  ///< The whole of it; a packet's tag is a part.
   /// Of any bytes, none included. Allocates nothing and cannot fail.
   virtual Code of(std::span<const std::uint8_t> message) = 0;
 };

@@ -16,10 +16,10 @@ inline namespace HALVORA_PUBLIC v0 {
 
 /// How a movie is to be written.
 struct MovieFormat {
-  /// Both even, at least 2.
+  /// Pixels; even, at least 2.
   int width = 0;
-  int height = 0;
-  int framesPerSecond = 30;
+  int height = 0;            ///< Likewise.
+  int framesPerSecond = 30;  ///< At least 1.
 };
 
 class MovieWriter : public Need {

@@ -24,12 +24,16 @@ class Need {
 template <class Interface>
 class NeedRef {
  public:
+  /// Served by that object, which must outlive this.
   NeedRef(Interface& need) : need_(&need) {}  // NOLINT(google-explicit-constructor): as references
-  /// What is served must outlive this.
+  /// Nothing that goes at once can serve.
   NeedRef(const Interface&& need) = delete;
 
+  /// The object that serves.
   Interface& operator*() const { return *need_; }
+  /// Never null.
   Interface* operator->() const { return need_; }
+  /// So that it can be handed on as a reference.
   operator Interface&() const { return *need_; }  // NOLINT(google-explicit-constructor): likewise
 
  private:

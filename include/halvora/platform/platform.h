@@ -21,11 +21,13 @@ inline namespace HALVORA_PUBLIC v0 {
 class RunLoop;
 
 struct Platform {
+  /// Must be given: without it there is no time.
   NeedRef<RunLoop> runLoop;
   /// Absent: no background work, so no tables are built and no seat map is read.
   NeedRef<SerialQueues> queues = absent::queues();
   /// Absent: it is always the same moment of the same day.
   NeedRef<WallClock> wallClock = absent::wallClock();
+  /// Absent: every date is of the same day.
   NeedRef<Calendar> calendar = absent::calendar();
   /// Absent: always 0.
   NeedRef<Random> random = absent::random();
@@ -33,6 +35,7 @@ struct Platform {
   NeedRef<BluetoothCentral> bluetooth = absent::bluetooth();
   /// Absent: of no size and full brightness.
   NeedRef<Screen> screen = absent::screen();
+  /// Absent: nothing is felt.
   NeedRef<Haptics> haptics = absent::haptics();
   /// Absent: always active, and without a page of settings.
   NeedRef<Application> application = absent::application();
@@ -42,14 +45,19 @@ struct Platform {
   NeedRef<const Battery> battery = absent::battery();
   /// Absent: two bundles without a name, resources or texts.
   NeedRef<const Bundles> bundles = absent::bundles();
+  /// Absent: no usage counter is sent.
   NeedRef<HttpClient> http = absent::http();
-  /// Absent: no document is well-formed, no picture or video known, no file there.
+  /// Absent: no document is well-formed, so there are neither palettes nor seats.
   NeedRef<const JsonReader> json = absent::json();
+  /// Absent: there is no lamp.
   NeedRef<Torch> torch = absent::torch();
+  /// Absent: no picture is known: no stills, no plan, no overlay.
   NeedRef<const ImageDecoder> images = absent::images();
   /// Absent: never ready.
   NeedRef<const VideoPlayers> videoPlayers = absent::videoPlayers();
+  /// Absent: no file is there, and none can be written, so no table outlives the process.
   NeedRef<Files> files = absent::files();
+  /// Absent: no video is known, so no pixel map is shown.
   NeedRef<const VideoAssets> videoAssets = absent::videoAssets();
   /// Absent: nothing is done side by side.
   NeedRef<Workers> workers = absent::workers();

@@ -55,8 +55,11 @@ class RunLoop : public Need {
 class Timer {
  public:
   Timer() = default;
+  /// Takes over what the loop has answered; the loop must outlive it.
   Timer(RunLoop& loop, TimerId id) : loop_(&loop), id_(id) {}
+  /// The other one is none any more.
   Timer(Timer&& other) noexcept : loop_(other.loop_), id_(std::exchange(other.id_, 0)) {}
+  /// Cancels its own first.
   Timer& operator=(Timer&& other) noexcept {
     if (this != &other) {
       invalidate();
@@ -69,9 +72,11 @@ class Timer {
   Timer& operator=(const Timer&) = delete;
   ~Timer() { invalidate(); }
 
+  /// Cancels now; nothing where there is nothing to cancel.
   void invalidate() {
     if (id_ != 0) loop_->cancel(std::exchange(id_, 0));
   }
+  /// Whether it is still to fire.
   bool isValid() const { return id_ != 0 && loop_->isPending(id_); }
 
  private:

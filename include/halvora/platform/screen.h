@@ -10,23 +10,24 @@ inline namespace HALVORA_PUBLIC v0 {
 
 /// Points of the screen, origin at the top left.
 struct Size {
-  double width = 0;
-  double height = 0;
+  double width = 0;   ///< Points.
+  double height = 0;  ///< Points.
   friend bool operator==(const Size&, const Size&) = default;
 };
 
 /// A part of the screen, by its upper left corner and its size.
 struct Rect {
-  double x = 0;
-  double y = 0;
-  double width = 0;
-  double height = 0;
+  double x = 0;       ///< Points from the left.
+  double y = 0;       ///< Points from the top.
+  double width = 0;   ///< Points.
+  double height = 0;  ///< Points.
   friend bool operator==(const Rect&, const Rect&) = default;
 };
 
 /// What a show asks and changes of the screen.
 class Screen : public Need {
  public:
+  /// Of the whole screen, as it is held at present.
   virtual Size bounds() const = 0;
   /// The backlight's level, 0 to 1.
   virtual double brightness() const = 0;

@@ -18,6 +18,7 @@ inline namespace HALVORA_PUBLIC v0 {
 /// Does its tasks one after the other, in the order in which they came.
 class SerialQueue : public Need {
  public:
+  /// For people who look at threads; need not be its own alone.
   virtual const std::string& label() const = 0;
   /// Runs `task` off the main thread, after every task dispatched to this queue before it. False,
   /// and the task is gone without having run, where there is no thread or memory for it. What a
@@ -27,6 +28,7 @@ class SerialQueue : public Need {
 
 class SerialQueues : public Need {
  public:
+  /// Never null. Whoever destroys the queue waits for the task under way.
   virtual std::unique_ptr<SerialQueue> make(std::string_view label) = 0;
 };
 

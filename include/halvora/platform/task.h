@@ -23,12 +23,13 @@ class Callable;
 template <class Result, class... Arguments>
 class Callable<Result(Arguments...)> {
  public:
-  static constexpr std::size_t kCapacity = 32;
+  static constexpr std::size_t kCapacity = 32;  ///< Bytes of captures.
   /// Of what a task captures: numbers of 64 bits, also where addresses are shorter.
   static constexpr std::size_t kAlignment = std::max(alignof(void*), alignof(std::uint64_t));
 
   Callable() = default;
 
+  /// Moves the callable and its captures inside.
   template <class Function>
   requires(!std::is_same_v<std::decay_t<Function>, Callable> &&
            std::is_invocable_r_v<Result, std::decay_t<Function>&, Arguments...>)
@@ -41,7 +42,9 @@ class Callable<Result(Arguments...)> {
     operations_ = &kOperationsOf<Stored>;
   }
 
+  /// The other one is empty afterwards.
   Callable(Callable&& other) noexcept { take(other); }
+  /// What was inside goes first.
   Callable& operator=(Callable&& other) noexcept {
     if (this != &other) {
       reset();
@@ -53,8 +56,10 @@ class Callable<Result(Arguments...)> {
   Callable& operator=(const Callable&) = delete;
   ~Callable() { reset(); }
 
+  /// Whether there is something to call.
   explicit operator bool() const { return operations_ != nullptr; }
 
+  /// Calls it; there must be something.
   Result operator()(Arguments... arguments) {
     return operations_->call(storage(), std::forward<Arguments>(arguments)...);
   }

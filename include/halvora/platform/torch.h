@@ -10,7 +10,9 @@ inline namespace HALVORA_PUBLIC v0 {
 
 class Torch : public Need {
  public:
+  /// Whether there is a lamp that can stay lit.
   virtual bool hasTorch() const = 0;
+  /// Whether the camera has a flash; a show lights the torch only where both are there.
   virtual bool hasFlash() const = 0;
   /// Takes the device for the write and lets it go again; where another application holds it,
   /// nothing happens.

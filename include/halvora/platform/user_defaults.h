@@ -28,18 +28,20 @@ using DefaultsDictionary = std::vector<DefaultsMember>;
 
 /// One value of any of the kinds that last.
 struct DefaultsValue {
+  /// The kinds; lists and dictionaries hold values of any of them.
   using Storage = std::variant<bool, std::int64_t, double, std::string, Date, DefaultsArray,
                                DefaultsDictionary>;
-  Storage storage;
+  Storage storage;  ///< False as it stands.
 
   DefaultsValue() = default;
+  /// Of what any of the kinds can be made from.
   template <class T>
   requires std::is_constructible_v<Storage, T&&> DefaultsValue(T&& value)
-      : storage(std::forward<T>(value)) {}  // NOLINT(google-explicit-constructor)
-  DefaultsValue(const DefaultsValue& other);
-  DefaultsValue(DefaultsValue&&) noexcept = default;
-  DefaultsValue& operator=(const DefaultsValue& other);
-  DefaultsValue& operator=(DefaultsValue&&) noexcept = default;
+      : storage(std::forward<T>(value)) {}               // NOLINT(google-explicit-constructor)
+  DefaultsValue(const DefaultsValue& other);             ///< Throws only std::bad_alloc.
+  DefaultsValue(DefaultsValue&&) noexcept = default;     ///< What is moved from may hold anything.
+  DefaultsValue& operator=(const DefaultsValue& other);  ///< Throws only std::bad_alloc.
+  DefaultsValue& operator=(DefaultsValue&&) noexcept = default;  ///< As the constructor.
   ~DefaultsValue() = default;
 
   friend bool operator==(const DefaultsValue&, const DefaultsValue&);
@@ -50,8 +52,8 @@ struct DefaultsValue {
 
 /// A key and its value.
 struct DefaultsMember {
-  std::string key;
-  DefaultsValue value;
+  std::string key;      ///< UTF-8.
+  DefaultsValue value;  ///< What it has.
   friend bool operator==(const DefaultsMember&, const DefaultsMember&) = default;
 };
 
@@ -72,6 +74,7 @@ inline DefaultsValue& DefaultsValue::operator=(const DefaultsValue& other) {
   return *this;
 }
 
+/// Of one kind, and equal in it.
 inline bool operator==(const DefaultsValue& left, const DefaultsValue& right) {
   return left.storage == right.storage;
 }
@@ -81,7 +84,9 @@ class UserDefaults : public Need {
  public:
   /// Null for a key that is not set. The value lives until the next write.
   virtual const DefaultsValue* find(std::string_view key) const = 0;
+  /// In place of what the key had.
   virtual void set(std::string_view key, DefaultsValue value) = 0;
+  /// A key that is not set stays so.
   virtual void remove(std::string_view key) = 0;
   /// Asks for what was written to be made lasting, soon and off the main thread.
   virtual void synchronize() = 0;

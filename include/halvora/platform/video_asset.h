@@ -22,22 +22,23 @@ inline namespace HALVORA_PUBLIC v0 {
 
 /// So many timescale-ths of a second.
 struct MediaTime {
-  std::int64_t value = 0;
-  std::int32_t timescale = 1;
+  std::int64_t value = 0;      ///< May be below 0.
+  std::int32_t timescale = 1;  ///< Above 0.
 
+  /// The same in seconds, as near as a double comes.
   double seconds() const { return static_cast<double>(value) / timescale; }
 };
 
 /// From `begin` on, up to but not including `end`.
 struct MediaTimeRange {
-  MediaTime begin;
-  MediaTime end;
+  MediaTime begin;  ///< The first moment.
+  MediaTime end;    ///< The first one that is not part of it.
 };
 
 /// Columns from the left, rows from the top.
 struct PixelPosition {
-  std::uint32_t x = 0;
-  std::uint32_t y = 0;
+  std::uint32_t x = 0;  ///< Column, from 0.
+  std::uint32_t y = 0;  ///< Row, from 0.
 };
 
 /// One decoded picture. Stands alone: it may outlive its reader and move to another thread.
@@ -45,8 +46,8 @@ class VideoFrame : public Need {
  public:
   /// When it is presented, in seconds; not a number where the file does not say.
   virtual double seconds() const = 0;
-  virtual std::uint32_t width() const = 0;
-  virtual std::uint32_t height() const = 0;
+  virtual std::uint32_t width() const = 0;   ///< Pixels, as it is stored.
+  virtual std::uint32_t height() const = 0;  ///< Likewise.
   /// Converts those pixels, and no others, to words 0xAARRGGBB. The positions lie inside of the
   /// picture; both spans have one length.
   virtual void sample(std::span<const PixelPosition> positions,
@@ -85,6 +86,7 @@ class VideoAsset : public Need {
   /// At most `most` readers that share all frames among them: each has a stretch of the video that
   /// is presented before those of the readers behind it. Empty where reading cannot begin.
   virtual std::vector<std::unique_ptr<FrameReader>> readers(int most) const = 0;
+  /// For single pictures. Never null; one that cannot read has no picture at any time.
   virtual std::unique_ptr<FrameGenerator> generator() const = 0;
 };
 

@@ -16,8 +16,8 @@ inline namespace HALVORA_PUBLIC v0 {
 /// A clip by the name it was asked for with, and where its file lies; an empty path for one that is
 /// not there.
 struct VideoItem {
-  std::string name;
-  std::string path;
+  std::string name;  ///< Such as "3".
+  std::string path;  ///< Absolute; empty where there is no file.
 };
 
 /// One player of clips.
@@ -25,7 +25,9 @@ class VideoPlayer : public Need {
  public:
   /// Drops what was loaded and loads this clip, to loop without end once it plays.
   virtual void load(const VideoItem& item) = 0;
+  /// Goes on from where it stands, as soon as the clip can be played.
   virtual void play() = 0;
+  /// Stands still at once, its picture with it.
   virtual void pause() = 0;
   /// The player itself can play.
   virtual bool isReadyToPlay() const = 0;
@@ -40,8 +42,8 @@ class VideoPlayer : public Need {
 
 /// The two players between which clips change.
 struct VideoPlayers {
-  VideoPlayer& a;
-  VideoPlayer& b;
+  VideoPlayer& a;  ///< Drawn where a face finds `kClipA`.
+  VideoPlayer& b;  ///< Drawn where a face finds `kClipB`.
 };
 
 }  // namespace v0

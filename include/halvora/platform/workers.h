@@ -15,7 +15,7 @@ inline namespace HALVORA_PUBLIC v0 {
 
 /// What became of a row of tasks.
 enum class WorkEnd : std::uint8_t {
-  done,
+  done,  ///< Every task came to its end.
   /// There were no threads, or no memory for them: no task has begun.
   notBegun,
   /// A task threw; as a rule memory was short.

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The needs that Qt serves keep what the conformance suite asks of anybody's.
 #include <QGuiApplication>
+#include <QHostAddress>
 #include <QResource>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <memory>
 #include <string>
 #include <utility>
@@ -11,12 +14,14 @@
 
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/qt/qt_application.h"
+#include "adapters/qt/qt_http.h"
 #include "adapters/qt/qt_resource_bundle.h"
 #include "adapters/qt/qt_run_loop.h"
 #include "adapters/qt/qt_screen.h"
 #include "conformance/device_promises.h"
 #include "conformance/phone_promises.h"
 #include "conformance/run_loop_promises.h"
+#include "conformance/service_promises.h"
 #include "conformance/storage_promises.h"
 #include "tests/faces/qt/event_wait.h"
 
@@ -87,6 +92,51 @@ TEST(QtConformance, OfTheBundleInTheProgramHolds) {
         std::make_unique<QtResourceBundle>(QStringLiteral(":/qt/qml"), "com.example.host",
                                            std::vector<std::string>{"en"}, json),
         "Halvora/qmldir", bytes};
+  }));
+}
+
+/// Answers as the suite wants it, in the same process.
+class AskedServer {
+ public:
+  AskedServer() {
+    EXPECT_TRUE(server_.listen(QHostAddress::LocalHost));
+    QObject::connect(&server_, &QTcpServer::newConnection, &server_, [this] {
+      QTcpSocket* socket = server_.nextPendingConnection();
+      ++open;
+      QObject::connect(socket, &QTcpSocket::disconnected, socket, [this] { --open; });
+      QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] { answer(*socket); });
+    });
+  }
+
+  std::string url() const { return "http://127.0.0.1:" + std::to_string(server_.serverPort()); }
+
+  std::vector<std::string> asked;
+  int open = 0;
+
+ private:
+  void answer(QTcpSocket& socket) {
+    const QByteArray path = socket.readAll().split(' ').value(1);
+    asked.push_back(path.toStdString());
+    if (path == "/silent") return;
+    const QByteArray status = path == "/moved"     ? "302 Found\r\nLocation: /elsewhere"
+                              : path == "/failing" ? "503 Service Unavailable\r\nRetry-After: 0"
+                                                   : "200 OK";
+    socket.write("HTTP/1.1 " + status + "\r\nContent-Length: 0\r\n\r\n");
+  }
+
+  QTcpServer server_;
+};
+
+TEST(QtConformance, OfTheClientForHttpHolds) {
+  expectKept(checkHttp([] {
+    auto server = std::make_shared<AskedServer>();
+    AskedServer& its = *server;
+    return HttpUnderTest{std::move(server),
+                         std::make_unique<QtHttp>(true),
+                         its.url(),
+                         [&its] { return its.asked; },
+                         [&its] { return its.open; },
+                         letQtWorkUntil};
   }));
 }
 
