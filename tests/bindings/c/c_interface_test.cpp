@@ -126,6 +126,7 @@ TEST_F(CInterface, RefusesNullWhereItMayNotBe) {
                                       halvora_phone_resize(nullptr, 1, 1),
                                       halvora_phone_allow(nullptr, ""),
                                       halvora_phone_inside_venue(nullptr, &number),
+                                      halvora_phone_trust(nullptr, &number),
                                       halvora_phone_set_default(nullptr, "a", "b"),
                                       halvora_phone_look(nullptr, 1, 1, &count),
                                       halvora_phone_item(nullptr, 0, &item),
@@ -148,6 +149,7 @@ TEST_F(CInterface, RefusesNullWhereItMayNotBe) {
                                        halvora_phone_make(nullptr, nullptr, nullptr),
                                        halvora_phone_advertisement(phone_, nullptr, 1),
                                        halvora_phone_inside_venue(phone_, nullptr),
+                                       halvora_phone_trust(phone_, nullptr),
                                        halvora_phone_set_default(phone_, nullptr, "b"),
                                        halvora_phone_look(phone_, 1, 1, nullptr),
                                        halvora_phone_item(phone_, 0, nullptr),
@@ -157,6 +159,7 @@ TEST_F(CInterface, RefusesNullWhereItMayNotBe) {
                                        halvora_panel_tables(phone_, nullptr),
                                        halvora_wizard_is_open(phone_, nullptr),
                                        halvora_wizard_rows(phone_, &count, nullptr),
+                                       halvora_wizard_rows(phone_, nullptr, &count),
                                        halvora_wizard_row(phone_, 0, nullptr),
                                        halvora_wizard_is_standing(phone_, nullptr)};
   EXPECT_EQ(withoutResult, std::vector<int>(withoutResult.size(), HALVORA_MISSING));
