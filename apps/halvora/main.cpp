@@ -12,6 +12,7 @@
 #include "adapters/standard/stopwatch.h"
 #include "apps/halvora/commands.h"
 #include "apps/halvora/interruption.h"
+#include "apps/halvora/spoken_lines.h"
 #include "apps/halvora/whole_lines.h"
 #include "venue/live/system_ground.h"
 #ifdef HALVORA_HAS_CIPHER
@@ -21,14 +22,6 @@
 #include "venue/air/system_radio.h"
 #include "venue/air/system_transmitter.h"
 #endif
-
-namespace {
-
-void writeTo(std::FILE* file, std::string_view text) {
-  std::fwrite(text.data(), 1, text.size(), file);
-}
-
-}  // namespace
 
 int main(int argumentCount, char** arguments) {
   const halvora::PictureDecoder images;
@@ -53,12 +46,13 @@ int main(int argumentCount, char** arguments) {
 #else
   outside.openLive = [] { return halvora::openSystemGround({}); };
 #endif
+  halvora::SpokenLines spoken(STDERR_FILENO);
   outside.terminal.now = [&watch] { return watch.elapsed(); };
   if (isatty(STDERR_FILENO) != 0) {
-    outside.terminal.write = [](std::string_view text) { writeTo(stderr, text); };
+    outside.terminal.write = [&spoken](std::string_view text) { spoken.say(text); };
   }
-  outside.messages = [](std::string_view lines) {
-    writeTo(stderr, lines);
+  outside.messages = [&spoken](std::string_view lines) {
+    spoken.say(lines);
     return true;
   };
   halvora::WholeLines output(STDOUT_FILENO);

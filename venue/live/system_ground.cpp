@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <optional>
 #include <utility>
 
@@ -34,13 +35,16 @@ void goFirst() {
   static_cast<void>(sched_setscheduler(0, SCHED_RR | SCHED_RESET_ON_FORK, &urgent));
 }
 
-// The terminal's own way comes back with the object.
+// The terminal's own way comes back with the object. Keys beside those of a show do nothing: one
+// that stops the terminal's output, or the process, would stop the hall.
 class KeyMode {
  public:
   KeyMode() {
     if (tcgetattr(STDIN_FILENO, &before_) != 0) return;
     termios keys = before_;
     keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    keys.c_iflag &= ~static_cast<tcflag_t>(IXON);
+    keys.c_cc[VSUSP] = _POSIX_VDISABLE;
     isSet_ = tcsetattr(STDIN_FILENO, TCSANOW, &keys) == 0;
   }
   ~KeyMode() {
@@ -143,6 +147,8 @@ class SystemGround final : public LiveGround {
 
 std::unique_ptr<LiveGround> openSystemGround(MakeAdvertiser makeAdvertiser) {
   goFirst();
+  // A terminal that is closed takes nothing from the hall; a show is ended by who means to.
+  std::signal(SIGHUP, SIG_IGN);
   return std::make_unique<SystemGround>(std::move(makeAdvertiser));
 }
 

@@ -15,7 +15,7 @@ using MakeAdvertiser =
     std::function<std::unique_ptr<Advertiser>(RunLoop& loop, Descriptors& descriptors)>;
 
 /// Absent is what makes advertisements where there is no Bluetooth. Throws std::system_error where
-/// the process has no descriptor left.
+/// the process has no descriptor left. From then on the process outlives its terminal.
 std::unique_ptr<LiveGround> openSystemGround(MakeAdvertiser makeAdvertiser);
 
 }  // namespace halvora
