@@ -18,7 +18,8 @@ constexpr Duration kWariness = milliseconds(10'000);
 constexpr Duration kRivalPause = milliseconds(1250);
 /// Nobody goes on from where the show was if so many of its packets are not heard.
 constexpr int kHomePause = 5;
-/// Strays further apart than this have nothing to do with each other.
+/// Strays further apart than this, and than twice what the show's own packets are, have nothing to
+/// do with each other.
 constexpr Duration kStrayPause = milliseconds(750);
 /// Further than this nobody counts.
 constexpr int kMany = 10'000;
@@ -292,7 +293,8 @@ bool AirGuard::isOvertaken(Duration now) const {
 
 void AirGuard::countStray(Duration now) {
   settling_.reset();
-  if (!strays_.areHeard || (!contested_ && now - strays_.heard >= kStrayPause)) {
+  const Duration pause = std::max(kStrayPause, 2 * lead_->gap);
+  if (!strays_.areHeard || (!contested_ && now - strays_.heard >= pause)) {
     strays_ = {.areHeard = true, .since = now, .heard = now, .alone = now};
   } else if (lead_->heard >= strays_.heard) {
     strays_.turns = std::min(strays_.turns + 1, kSeveral);

@@ -38,13 +38,7 @@ PacketTag tagOf(SignedBroadcastView packet, std::uint32_t epoch, MessageCode& co
 }
 
 bool isTagGood(SignedBroadcastView packet, std::uint32_t epoch, MessageCode& code) {
-  const PacketTag wanted = tagOf(packet, epoch, code);
-  const auto found = tagIn(packet);
-  unsigned difference = 0;
-  for (std::size_t at = 0; at < kTagSize; ++at) {
-    difference |= static_cast<unsigned>(wanted[at] ^ found[at]);
-  }
-  return difference == 0;
+  return isSameTag(tagOf(packet, epoch, code), tagIn(packet));
 }
 
 SignedBroadcastBytes signBroadcast(const Broadcast& broadcast, std::uint32_t epoch,

@@ -38,6 +38,16 @@ std::uint32_t epochOf(Date date);
 
 /// The tag that a packet should have in that minute.
 PacketTag tagOf(SignedBroadcastView packet, std::uint32_t epoch, MessageCode& code);
+/// Whether both tags are the same. Every byte is looked at, wherever the first difference is, so
+/// that nobody who takes the time learns how much of a tag was right.
+template <class Bytes>
+bool isSameTag(const PacketTag& wanted, const Bytes& found) {
+  unsigned difference = 0;
+  for (std::size_t at = 0; at < kTagSize; ++at) {
+    difference |= static_cast<unsigned>(wanted[at] ^ found[at]);
+  }
+  return difference == 0;
+}
 /// Whether it has it. Takes the same time wherever the first difference is.
 bool isTagGood(SignedBroadcastView packet, std::uint32_t epoch, MessageCode& code);
 /// The packet with those fields, signed for that minute.

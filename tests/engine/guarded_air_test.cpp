@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What an engine in guarded air obeys: it follows one show, and nobody who cannot silence it takes
 // its place.
+#include <algorithm>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -169,6 +170,34 @@ TEST_F(GuardedAir, HoldsALookThatTwoStreamsUnderOneKeyContest) {
   EXPECT_TRUE(bench_.phone.torch.isOn);
   EXPECT_EQ(bench_.trust(), AirTrust::trusted);
   EXPECT_EQ(told, (std::vector{AirTrust::trusted, AirTrust::contested, AirTrust::trusted}));
+}
+
+// A system that tells of a transmitter once a scan lets each be heard a little more than once a
+// second.
+TEST_F(GuardedAir, HoldsALookWherePacketsAreHeardFarApart) {
+  for (const int pause : {500, 750, 800, 900}) {
+    AirBench bench{guardedAir()};
+    const auto hearBoth = [&](int rounds, bool isAttacked) {
+      long long longest = 0;
+      for (int round = 0; round < rounds; ++round) {
+        if (isAttacked) bench.hear(trueLook(12, 9));
+        bench.runFor(20);
+        if (bench.mode() == 9) longest = std::max(longest, bench.now());
+        bench.hear(trueLook(10, 3));
+        bench.runFor(pause - 20);
+      }
+      return longest;
+    };
+    hearBoth(10, false);
+    ASSERT_EQ(bench.trust(), AirTrust::trusted) << pause;
+    const long long begun = bench.now();
+    EXPECT_LE(hearBoth(20, true) - begun, 4 * pause + 20) << pause << ": four packets of each";
+    EXPECT_EQ(bench.trust(), AirTrust::contested) << pause;
+    EXPECT_EQ(bench.mode(), 3U) << pause;
+    hearBoth(6, false);
+    EXPECT_EQ(bench.trust(), AirTrust::trusted) << pause;
+    EXPECT_EQ(bench.mode(), 3U) << pause;
+  }
 }
 
 TEST_F(GuardedAir, HoldsALookWhereTheSameNumberSaysTwoThings) {

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // What an engine that has the show's key obeys.
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <random>
+#include <span>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "engine/air_gate.h"
 #include "tests/engine/air_bench.h"
 
 namespace halvora {
@@ -228,6 +232,47 @@ TEST_F(Flood, AGoodTagByChanceIsNotObeyed) {
     bench_.runFor(100);
   }
   EXPECT_EQ(bench_.mode(), 4U);
+}
+
+// Whoever measures how long a phone takes must not learn how much of a tag was right.
+TEST(ShowProof, ABadTagCostsTheSameWhereverItDiffers) {
+  AirBench bench(signedAir(Authentication::require));
+  for (std::size_t byte = 0; byte < kTagSize; ++byte) {
+    for (int bit = 0; bit < 8; ++bit) {
+      auto data = bench.signedData(trueLook(1, 3));
+      data[kTagOffset + byte] ^= static_cast<std::uint8_t>(1 << bit);
+      bench.codes.asked = 0;
+      bench.hear(data);
+      EXPECT_EQ(bench.codes.asked, 3U) << "one of each minute, at byte " << byte;
+    }
+  }
+  EXPECT_EQ(bench.doubts(AirDoubt::badTag), 24U);
+  EXPECT_EQ(bench.mode(), 0U);
+}
+
+/// Whether those bytes stand anywhere in an object.
+template <class Object>
+bool holds(const Object& object, std::span<const std::uint8_t> bytes) {
+  const auto* const begin = reinterpret_cast<const std::uint8_t*>(&object);
+  const std::span<const std::uint8_t> room(begin, sizeof(Object));
+  return !std::ranges::search(room, bytes).empty();
+}
+
+// The cipher has it, by which it is checked; nothing else keeps a copy.
+TEST(ShowProof, NothingOfTheEngineKeepsTheKey) {
+  std::array<std::uint8_t, ShowKey::kSize> bytes{};
+  for (std::size_t at = 0; at < bytes.size(); ++at)
+    bytes[at] = static_cast<std::uint8_t>(0xA0 + at);
+  const AirOptions options{.policy = AirPolicy::guarded,
+                           .authentication = Authentication::require,
+                           .showKey = ShowKey(bytes)};
+  ASSERT_TRUE(holds(options, bytes)) << "as the host hands it over";
+  const PlainCodes codes;
+  const auto gate = makeAirGate(options, codes);
+  EXPECT_FALSE(holds(*gate, bytes));
+  AirBench bench(options);
+  EXPECT_FALSE(holds(bench.engine(), bytes));
+  EXPECT_FALSE(holds(bench.engine().scanner(), bytes));
 }
 
 TEST(ShowProof, ChecksAPacketThatIsRepeatedOnce) {

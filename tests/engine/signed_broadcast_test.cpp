@@ -62,6 +62,29 @@ TEST(SignedBroadcast, IsGoodInItsOwnMinuteAndAsItWasOnly) {
   }
 }
 
+/// Knows how often it was looked at.
+struct WatchedTag {
+  PacketTag bytes{};
+  mutable int looks = 0;
+  std::uint8_t operator[](std::size_t at) const {
+    ++looks;
+    return bytes[at];
+  }
+};
+
+TEST(SignedBroadcast, EveryByteOfATagIsLookedAtWhereverItDiffers) {
+  const PacketTag wanted = {0xA1, 0xB2, 0xC3};
+  const WatchedTag same{wanted};
+  EXPECT_TRUE(isSameTag(wanted, same));
+  EXPECT_EQ(same.looks, 3);
+  for (std::size_t at = 0; at < kTagSize; ++at) {
+    WatchedTag other{wanted};
+    other.bytes[at] ^= 0x10;
+    EXPECT_FALSE(isSameTag(wanted, other)) << at;
+    EXPECT_EQ(other.looks, 3) << at;
+  }
+}
+
 TEST(SignedBroadcast, HasExactlyItsLength) {
   for (std::size_t size = kShortestBroadcast; size < 40; ++size) {
     const std::vector<std::uint8_t> data(size);

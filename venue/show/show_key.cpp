@@ -62,6 +62,13 @@ bool readInto(KeyText& key, int file) {
 }  // namespace
 
 std::variant<ShowKey, CommandResult> readShowKey(const std::string& path) {
+  // Whoever gives the key itself has shown it to every list of processes, and is not to find it in
+  // a log besides.
+  if (ShowKey::ofText(path)) {
+    return unusable(
+        "--show-key takes the name of a file with the key, never the key, which others could read "
+        "in the list of processes; a file of such a name is ./NAME");
+  }
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat facts {};
   if (file.number() < 0 || fstat(file.number(), &facts) != 0) {

@@ -14,8 +14,9 @@
 
 namespace halvora {
 
-/// The key, or what to end with: the file cannot be read, is readable by its group or by everybody,
-/// or does not hold 32 hexadecimal digits (white space around them is ignored) and nothing else.
+/// The key, or what to end with: the path is a key itself, or the file cannot be read, is readable
+/// by its group or by everybody, or does not hold 32 hexadecimal digits (white space around them is
+/// ignored) and nothing else.
 std::variant<ShowKey, CommandResult> readShowKey(const std::string& path);
 
 /// The codes of the key in a file; likewise, or this build has no cipher.

@@ -116,6 +116,18 @@ TEST_F(ListenWatch, TrustsAGoodTagAtOnce) {
               ElementsAre(R"({"t":99,"trust":"trusted"})"));
 }
 
+TEST_F(ListenWatch, TheKeyIsNowhereInWhatIsPrintedNorRecorded) {
+  const std::string key = "5A00C1D2E3F405162738495A6B7C8D9E";
+  const std::string file = folder.write("other.key", key);
+  ASSERT_EQ(chmod(file.c_str(), S_IRUSR), 0);
+  hearSignedAt(100, fields(1));
+  const std::string record = (folder.path() / "heard.jsonl").string();
+  const ToolRun done = run({"--for", "1", "--show-key", file, "--record", record});
+  EXPECT_EQ(done.status, 0) << done.error;
+  EXPECT_THAT(done.output + done.error + done.messages + contentsOf(record),
+              testing::Not(HasSubstr(key.substr(4, 8))));
+}
+
 TEST_F(ListenWatch, SaysThatNothingIsProvenAnyMore) {
   hearSignedAt(100, fields(1));
   EXPECT_THAT(said({"--for", "11", "--show-key", keyFile()}, {"trust"}),

@@ -184,6 +184,19 @@ TEST_F(LiveCommandTest, SignsEachPacketForTheMinuteThatItIsSentIn) {
   EXPECT_EQ(play({"--air", "stdout", "--control", "-", "--show-key", "nowhere"}).status, 2);
 }
 
+TEST_F(LiveCommandTest, TheKeyIsNowhereInWhatIsPrintedNorInTheJournal) {
+  const std::string text = "5A00C1D2E3F405162738495A6B7C8D9E";
+  const std::string key = folder.write("key", text);
+  ASSERT_EQ(chmod(key.c_str(), S_IRUSR | S_IWUSR), 0);
+  const std::string journal = (folder.path() / "journal").string();
+  crew.lines = {{0, "go"}, {250, "quit"}};
+  const ToolRun run =
+      play({"--air", "stdout", "--control", "-", "--journal", journal, "--show-key", key});
+  ASSERT_EQ(run.status, 0) << run.error;
+  EXPECT_THAT(run.output + run.error + run.messages + contentsOf(journal),
+              testing::Not(HasSubstr(text.substr(4, 8))));
+}
+
 TEST_F(LiveCommandTest, NeverBeginsWithoutItsJournal) {
   const ToolRun run = play(
       {"--air", "stdout", "--control", "-", "--journal", (folder.path() / "none" / "j").string()});

@@ -158,6 +158,29 @@ TEST_F(ShowKeys, ThatCannotBeReadAreRefused) {
   }
 }
 
+// Typed by mistake, it must not come to stand in a log too.
+TEST_F(ShowKeys, AreNeverTakenFromTheCommandLineNorTold) {
+  const std::string key = kVectors[0].key;
+  for (const std::string& text :
+       {key, " " + key, std::string("000102030405060708090a0b0c0d0e0f")}) {
+    const ToolRun made = encode(kVectors[0].plain, text, "1");
+    EXPECT_EQ(flawOfRefusal(made), "");
+    EXPECT_THAT(made.error, HasSubstr("--show-key takes the name of a file"));
+    EXPECT_THAT(made.error, Not(testing::ContainsRegex("0[cC]0[dD]0[eE]")));
+  }
+}
+
+TEST_F(ShowKeys, StandNowhereInWhatIsPrintedOfAPacket) {
+  const Vector& vector = kVectors[3];
+  const std::string file = keyFile(vector.key);
+  const ToolRun made = encode(vector.plain, file, vector.epoch);
+  const ToolRun read = run(
+      {"packet", "decode", "--show-key", file, "--epoch", vector.epoch, std::string(vector.whole)});
+  EXPECT_EQ(made.status + read.status, 0);
+  EXPECT_THAT(made.output + read.output + made.error + read.error,
+              Not(HasSubstr(std::string(vector.key).substr(4, 8))));
+}
+
 TEST_F(ShowKeys, GoWithAnEpochThatIsANumber) {
   const std::string file = keyFile(kVectors[0].key);
   for (const char* epoch : {"", "x", "-1", "4294967296", "1.5", "0x10", " 1"}) {

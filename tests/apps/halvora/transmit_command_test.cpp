@@ -164,6 +164,17 @@ TEST_F(Transmit, SignsWithAKeyAnewInEveryMinute) {
   EXPECT_EQ(linesOf(sent.output).size(), 3U);
 }
 
+TEST_F(Transmit, TheKeyIsNowhereInWhatIsPrintedNorOnTheAir) {
+  const std::string key = "5A00C1D2E3F405162738495A6B7C8D9E";
+  const std::string file = folder.write("show.key", key);
+  ASSERT_EQ(chmod(file.c_str(), S_IRUSR), 0);
+  const ToolRun sent = run({"--mode", "1", "--for", "130", "--show-key", file});
+  ASSERT_EQ(script.shown.size(), 3U);
+  std::string all = sent.output + sent.error + sent.messages;
+  for (const auto& [time, packet] : script.shown) all += packet;
+  EXPECT_THAT(all, testing::Not(HasSubstr(key.substr(4, 8))));
+}
+
 TEST_F(Transmit, SignsThePacketsOfAScenarioThatHaveNoTagYet) {
   const std::string file = folder.write("show.key", std::string(32, '0'));
   ASSERT_EQ(chmod(file.c_str(), S_IRUSR), 0);
