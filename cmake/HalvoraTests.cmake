@@ -135,8 +135,13 @@ if(TARGET halvora_ffmpeg AND TARGET halvora_image AND NOT HALVORA_STATIC_PROGRAM
 endif()
 
 # The air of the emulated machine; tests/bluez-vm/run builds what it needs itself.
-halvora_program(halvora_vm_controllers FOLDERS tests/bluez-vm)
+halvora_program(halvora_vm_controllers FILES tests/bluez-vm/controller*.cpp)
 set_target_properties(halvora_vm_controllers PROPERTIES EXCLUDE_FROM_ALL ON)
+if(TARGET halvora_qtbluetooth)
+  halvora_program(halvora_vm_qt_listener FILES tests/bluez-vm/qt_listener.cpp adapters/qt/qt_run_loop.cpp
+    LINK halvora_venue halvora_qtbluetooth)
+  set_target_properties(halvora_vm_qt_listener PROPERTIES EXCLUDE_FROM_ALL ON)
+endif()
 
 # The C library as its users load it: by a program in C, and by Python, for which a sanitizer's library
 # would come too late.

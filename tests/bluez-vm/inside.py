@@ -18,12 +18,14 @@ from pathlib import Path
 VM = Path("/run/vm")
 HALVORA = VM / "halvora"
 DEMO = VM / "halvora-demo"
+QT_LISTENER = VM / "halvora_vm_qt_listener"
 SHOW = VM / "show.jsonl"
 LIVE_SHOW = VM / "live.yaml"
 LIMIT = 120
 CROWD_SECONDS = 60
 REPEATS_SECONDS = 30
 FALLBACK_SECONDS = 10
+QT_SECONDS = 10
 # How long hearing may take to come back.
 RESUMED_WITHIN = 5
 # A discovery whose daemon was killed goes on in the kernel, for nobody and in everybody's way.
@@ -209,6 +211,23 @@ class Listener:
             raise Failure(f"listen ended with {self.process.returncode}")
         lines = [json.loads(line) for _, line in self.lines.all]
         self.packets = [line for line in lines if "sequence" in line]
+
+
+class QtListener:
+    """The radio through Qt Bluetooth, on the adapter that Qt takes, until it is told to end."""
+
+    def __init__(self, machine, name):
+        self.process = start([QT_LISTENER], f"{name}.err")
+        machine.listeners.append(self.process)
+        self.lines = Lines(self.process.stdout)
+        machine.wait_for_scan(False)
+
+    def wait_for_packet(self, limit=LIMIT, since=0.0):
+        return self.lines.wait(lambda line: '"sequence"' in line, "packet through Qt", limit, since)[0]
+
+    def end(self):
+        self.process.terminate()
+        self.process.wait(LIMIT)
 
 
 class Machine:
@@ -684,6 +703,54 @@ def recorded(packet):
     return plain[:-2] + packet["tag"] + plain[-2:]
 
 
+def first_heard(listener, since):
+    """When each packet was heard first since then, by its number."""
+    found = {}
+    for at, line in listener.lines.all:
+        if at >= since and '"sequence"' in line:
+            found.setdefault(json.loads(line)["sequence"], at)
+    return found
+
+
+def qt_radio(machine, name, has_monitors):
+    """The radio through Qt on the first adapter and the kit's own on the third hear one show; then a
+    transmitter that never changes its address; then power goes and comes back."""
+    if not QT_LISTENER.exists():
+        raise LeftOut("the radio through Qt is not built")
+    machine.wish("plug 2")
+    machine.bus.wait(lambda: flag("hci2", "Powered"), "third adapter")
+    qt = QtListener(machine, name)
+    kit = Listener(machine, f"{name}-listen", has_monitors, "hci2", ["--adapter", "hci2"])
+    began = time.monotonic()
+    sender = start([HALVORA, "transmit", "--adapter", "hci1", "--scenario", SHOW], f"{name}-transmit.err")
+    machine.listeners.append(sender)
+    sender.stdout.read()
+    if sender.wait(LIMIT) != 0:
+        raise Failure(f"transmit ended with {sender.returncode}")
+    by_kit, by_qt = first_heard(kit, began), first_heard(qt, began)
+    delays = sorted(1000 * (by_qt[number] - by_kit[number]) for number in by_qt.keys() & by_kit.keys())
+    told = [f"of a show {len(by_qt)} packets to the kit's own {len(by_kit)}"]
+    if not by_kit or by_qt.keys() != by_kit.keys():
+        raise Failure(f"{told[0]}, numbers {sorted(by_qt)} and {sorted(by_kit)}")
+    told[0] += f", heard {delays[0]:.0f} to {delays[-1]:.0f} ms later, {delays[len(delays) // 2]:.0f} in the middle"
+
+    machine.wish("show 100")
+    began = kit.wait_for_packet(since=time.monotonic())
+    kit.wait_for_packet(since=began + QT_SECONDS)
+    told.append(
+        f"of 10 packets a second with one address {len(first_heard(qt, began))} in {QT_SECONDS} s "
+        f"to {len(first_heard(kit, began))}"
+    )
+    kit.end()
+    set_power("hci0", False)
+    machine.bus.wait(lambda: not flag("hci0", "Powered"), "end of power")
+    set_power("hci0", True)
+    began = time.monotonic()
+    told.append(f"heard again {qt.wait_for_packet(since=began) - began:.2f} s after power")
+    qt.end()
+    return "; ".join(told)
+
+
 def most_of(picture):
     """The colour that most of a picture has, and how much of it."""
     command = ["convert", picture, "-depth", "8", "-format", "%c", "histogram:info:-"]
@@ -730,6 +797,7 @@ SCENARIOS = [
     ("repeats-discovery", repeats, False),
     ("resumption-discovery", resumption, False),
     ("fallback-discovery", fallback, False),
+    ("qtbluetooth-discovery", qt_radio, False),
     ("live-discovery", live, False),
     ("rogue-guarded-discovery", rogue_guarded, False),
     ("rogue-signed-discovery", rogue_signed, False),
