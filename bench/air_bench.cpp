@@ -146,9 +146,12 @@ void torchStrobe(benchmark::State& state, bool mayChangeAir) {
   AirPhone phone(AirOptions{}, mayChangeAir);
   phone.hear(phone.signedPacket(1, 5));
   bool wasLit = false;
+  for (int at = 0; at < 100; ++at) {
+    phone.run(milliseconds(7));
+    wasLit = wasLit || phone.isTorchOn();
+  }
   for (auto _ : state) {
     phone.run(milliseconds(100));
-    wasLit = wasLit || phone.isTorchOn();
     // Else the show is dropped.
     state.PauseTiming();
     phone.hear(phone.signedPacket(1, 5));
