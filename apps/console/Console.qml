@@ -64,7 +64,7 @@ Window {
             const isMeant = isControl || window.hasSingleKeys;
             const digit = event.key - Qt.Key_0;
             event.accepted = true;
-            if (event.key === Qt.Key_F && isMeant)
+            if (event.key === Qt.Key_F11 || (event.key === Qt.Key_F && isMeant))
                 window.turnFull(event.isAutoRepeat);
             else if (event.key === Qt.Key_B && isMeant)
                 window.turnBlack(event.isAutoRepeat);

@@ -22,7 +22,8 @@ Window {
     visible: true
 
     Shortcut {
-        sequence: "F"
+        // No letter: those are for who dictates, or types for other reasons.
+        sequence: "F11"
         autoRepeat: false
         onActivated: window.visibility = window.isBare ? Window.Windowed : Window.FullScreen
     }
@@ -115,7 +116,7 @@ Window {
         bottomPadding: 14
         color: "#6c6e78"
         font.pixelSize: 11
-        text: "F full screen   Esc quit"
+        text: "F11 full screen   Esc quit"
         textFormat: Text.PlainText
         Accessible.role: Accessible.StaticText
         Accessible.name: text

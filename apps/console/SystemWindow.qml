@@ -27,7 +27,7 @@ Window {
                 window.close();
         }
         Keys.onPressed: event => {
-            event.accepted = event.key === Qt.Key_F;
+            event.accepted = event.key === Qt.Key_F11;
             if (event.accepted && !event.isAutoRepeat)
                 window.visibility = window.isFull ? Window.Windowed : Window.FullScreen;
         }

@@ -65,7 +65,7 @@ std::variant<DemoOptions, DemoRefusal> parseOptions(int argumentCount, char** ar
       ->check(CLI::Range(kShortestStep, kLongestStep));
   app.add_option("--quit-after", quitAfter, "seconds after which the window closes")
       ->check(CLI::Range(0.0, kLatestQuit));
-  app.footer("In the window: F full screen, Esc quit. The shows may contain flashing light.");
+  app.footer("In the window: F11 full screen, Esc quit. The shows may contain flashing light.");
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::CallForHelp&) {

@@ -21,6 +21,9 @@ Item {
     property alias actionButtonTitleColor: panel.actionButtonTitleColour
     // All texts are so many times their size, at first as large as the system asks for.
     property alias textScale: panel.textScale
+    // One ink on one ground takes the place of those colours, at first as the system says that the
+    // user wants it. Nothing here moves by itself.
+    property alias highContrast: panel.highContrast
 
     // Limited flashing, at most 60 % of the brightness, neither torch nor vibration, kept for all
     // later shows: also for a host's own page of settings.
@@ -55,6 +58,7 @@ Item {
         id: panel
 
         objectName: "audiencePanel"
+        highContrast: wantsHighContrast
     }
     AudienceKeys {
         window: root.Window.window

@@ -43,7 +43,7 @@ FocusScope {
     Rectangle {
         objectName: "audienceGround"
         anchors.fill: parent
-        color: "black"
+        color: root.panel.title.colours.high ? root.panel.title.colours.ground : "black"
     }
     MouseArea {
         objectName: "audienceShield"

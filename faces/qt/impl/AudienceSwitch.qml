@@ -79,9 +79,9 @@ T.Switch {
             width: 52
             height: 30
             radius: height / 2
-            color: root.isOn ? "white" : "transparent"
+            color: root.isOn ? root.label.colours.ink : "transparent"
             border.width: 2
-            border.color: "white"
+            border.color: root.label.colours.ink
 
             Rectangle {
                 objectName: "gentleKnob"
@@ -92,7 +92,7 @@ T.Switch {
                 width: 18
                 height: 18
                 radius: 9
-                color: root.isOn ? "black" : "white"
+                color: root.isOn ? root.label.colours.ringInside : root.label.colours.ink
             }
         }
     }
@@ -100,12 +100,13 @@ T.Switch {
         objectName: "gentleBackground"
         color: root.label.colours.raised
         radius: 8
-        border.width: 1
+        border.width: root.label.colours.lineWidth
         border.color: root.label.colours.hairline
 
         StatusFocusRing {
             objectName: "gentleFocusRing"
             around: parent.radius
+            colours: root.label.colours
             visible: root.visualFocus
         }
     }

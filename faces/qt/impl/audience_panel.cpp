@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "faces/qt/impl/audience_panel.h"
 
-#include <QPointer>
 #include <QQmlEngine>
+#include <utility>
 
 #include "faces/qt/halvora_host.h"
 #include "faces/qt/impl/status_fonts.h"
@@ -16,6 +16,8 @@ AudiencePanel::AudiencePanel(QObject* parent) : QObject(parent), textScale_(syst
   actionButtonTitleColour_ = colourWithAlpha(usual.actionButtonTitleColour);
   connect(this, &AudiencePanel::fieldsChanged, this, &AudiencePanel::applyFields);
   connect(this, &AudiencePanel::textScaleChanged, this, &AudiencePanel::applyTextScale);
+  connect(this, &AudiencePanel::highContrastChanged, this, &AudiencePanel::applyContrast);
+  connect(this, &AudiencePanel::wishesChanged, this, &AudiencePanel::applyContrast);
 }
 
 AudiencePanel::~AudiencePanel() = default;
@@ -41,11 +43,13 @@ void AudiencePanel::componentComplete() {
   choice_ = std::make_unique<HalvoraAudienceController>(host.controller(), host.platform(),
                                                         fields(), [this] { emit changed(); });
   reading_.isRightToLeft = choice_->isRightToLeft();
+  followWishes(host.wishes());
   applyTextScale();
 }
 
 void AudiencePanel::unload() {
   choice_.reset();
+  if (wishes_) wishes_->disconnect(this);
   emit changed();
 }
 
@@ -56,6 +60,19 @@ void AudiencePanel::applyFields() {
 void AudiencePanel::applyTextScale() {
   reading_.textScale = boundedTextScale(textScale_);
   emit changed();
+}
+
+// A scheme alone changes nothing.
+void AudiencePanel::applyContrast() {
+  const SeatPalette palette = paletteFor(highContrast_, wishes().scheme);
+  if (std::exchange(reading_.palette, palette) != palette) emit changed();
+}
+
+void AudiencePanel::followWishes(const SystemWishes* wishes) {
+  if (wishes == nullptr) return;
+  wishes_ = wishes;
+  connect(wishes, &SystemWishes::changed, this, &AudiencePanel::wishesChanged);
+  emit wishesChanged();
 }
 
 void AudiencePanel::join() {

@@ -6,6 +6,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QPointer>
 #include <QQmlParserStatus>
 #include <QString>
 #include <memory>
@@ -13,6 +14,7 @@
 #include <qqmlregistration.h>
 
 #include "faces/qt/impl/seat_looks.h"
+#include "faces/qt/system_wishes.h"
 #include "halvora/audience.h"
 
 namespace halvora {
@@ -29,6 +31,10 @@ class AudiencePanel : public QObject, public QQmlParserStatus {
   Q_PROPERTY(QColor actionButtonTitleColour MEMBER actionButtonTitleColour_ NOTIFY fieldsChanged)
   /// All texts are so many times their size; at first what the system asks for.
   Q_PROPERTY(qreal textScale MEMBER textScale_ NOTIFY textScaleChanged)
+  /// One ink on one ground takes the place of the host's colours.
+  Q_PROPERTY(bool highContrast MEMBER highContrast_ NOTIFY highContrastChanged)
+  /// What the user has asked the system for, as far as that is known.
+  Q_PROPERTY(bool wantsHighContrast READ wantsHighContrast NOTIFY wishesChanged)
 
   // What they decide.
   Q_PROPERTY(bool gentleLight READ gentleLight WRITE setGentleLight NOTIFY changed)
@@ -65,6 +71,7 @@ class AudiencePanel : public QObject, public QQmlParserStatus {
   Q_INVOKABLE void leave();
   Q_INVOKABLE void stayOut();
 
+  bool wantsHighContrast() const { return wishes().highContrast; }
   bool gentleLight() const { return choice_ && choice_->isGentle(); }
   void setGentleLight(bool isGentle);
   Stage stage() const;
@@ -85,6 +92,8 @@ class AudiencePanel : public QObject, public QQmlParserStatus {
  signals:
   void fieldsChanged();
   void textScaleChanged();
+  void highContrastChanged();
+  void wishesChanged();
   void changed();
 
  private:
@@ -93,6 +102,9 @@ class AudiencePanel : public QObject, public QQmlParserStatus {
   AudienceFields fields() const;
   void applyFields();
   void applyTextScale();
+  void applyContrast();
+  void followWishes(const SystemWishes* wishes);
+  UserWishes wishes() const { return wishes_ ? wishes_->wishes() : UserWishes{}; }
   void unload();
 
   bool asksBeforeJoining_ = true;
@@ -101,6 +113,8 @@ class AudiencePanel : public QObject, public QQmlParserStatus {
   QColor actionButtonColour_;
   QColor actionButtonTitleColour_;
   qreal textScale_ = 1;
+  bool highContrast_ = false;
+  QPointer<const SystemWishes> wishes_;
   Reading reading_;
   /// Null without a host.
   std::unique_ptr<HalvoraAudienceController> choice_;

@@ -15,6 +15,7 @@
 #include "apps/console/options.h"
 #include "apps/console/scenario_loop.h"
 #include "apps/console/show_files.h"
+#include "tests/apps/console/letter_keys.h"
 #include "tests/faces/qt/access_tree.h"
 #include "tests/faces/qt/event_wait.h"
 #include "tests/support/source_tree.h"
@@ -42,6 +43,7 @@ TEST(ScenarioWindow, SaysWhatIsPlayedAndWhichKeysThereAre) {
   letQtWorkUntil([&] { return window.isExposed(); });
   player.play(*window.findChild<LightSurface*>(QStringLiteral("lightSurface")));
   loop.runFor(milliseconds(5000));
+  expectNoLetterDoesAnything(window);
   const AccessNodes nodes = accessTree(window);
   expectSpeaking(nodes);
   for (const char* name : {"titleText", "statusText", "hintText"}) {

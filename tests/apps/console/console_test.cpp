@@ -198,6 +198,8 @@ TEST_F(ConsoleTest, FullScreenIsTheLightAlone) {
   key(Qt::Key_F, QStringLiteral("f"));
   EXPECT_EQ(window().visibility(), QWindow::Windowed);
   EXPECT_TRUE(item("scroller").isVisible());
+  key(Qt::Key_F11);
+  EXPECT_EQ(window().visibility(), QWindow::FullScreen);
 }
 
 TEST_F(ConsoleTest, EscapeCloses) {

@@ -16,6 +16,7 @@
 #include "adapters/standard/standard_files.h"
 #include "engine/inside.h"
 #include "tests/adapters/linux/services/fake_login.h"
+#include "tests/apps/console/letter_keys.h"
 #include "tests/apps/console/system_bench.h"
 #include "tests/faces/qt/access_tree.h"
 #include "tests/faces/qt/qml_bench.h"
@@ -138,6 +139,7 @@ TEST_F(SystemPhones, ItsWindowSpeaksAndTakesEveryPress) {
     return withObjectName(accessTree(window), QString::fromLatin1(name)) != nullptr;
   };
   ASSERT_TRUE(waitFor([&] { return isThere("radioText"); }));
+  expectNoLetterDoesAnything(window);
   const AccessNodes nodes = accessTree(window);
   expectSpeaking(nodes);
   EXPECT_EQ(withObjectName(nodes, QStringLiteral("radioText"))->name, phone->radio());

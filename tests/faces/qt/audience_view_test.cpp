@@ -17,6 +17,7 @@
 #include "tests/faces/qt/access_tree.h"
 #include "tests/faces/qt/committed_picture.h"
 #include "tests/faces/qt/qml_bench.h"
+#include "tests/faces/qt/screen_judge.h"
 #include "tests/support/source_tree.h"
 
 namespace halvora {
@@ -58,7 +59,7 @@ struct AudienceViewTest : testing::Test, QmlBench {
     settle();
   }
   // The same phone, with the kit's texts in that language.
-  void speak(const std::string& language) {
+  void speak(const std::string& language, SystemWishes* wishes = nullptr) {
     kit = std::make_unique<FolderBundle>(sourceTree() + "/assets/kit", "com.halvora.sdk",
                                          std::vector<std::string>{language}, reader);
     bundles = std::make_unique<Bundles>(Bundles{phone.mainBundle, *kit, {}});
@@ -66,7 +67,7 @@ struct AudienceViewTest : testing::Test, QmlBench {
     platform.bundles = *bundles;
     spoken = std::make_unique<HalvoraViewController>(platform);
     spoken->viewDidLoad();
-    HalvoraHost::install(qml, platform, *spoken);
+    HalvoraHost::install(qml, platform, *spoken, wishes);
   }
   void settle() {
     for (int turn = 0; turn < 4; ++turn) QCoreApplication::processEvents();
@@ -293,7 +294,132 @@ TEST_F(AudienceViewTest, IsEmptyOnceAnotherHostIsThere) {
   key(Qt::Key_Escape);
 }
 
+// What the user has asked the system for
+
+TEST_F(AudienceViewTest, TheSystemsWishForContrastIsFollowed) {
+  SystemWishes wishes;
+  speak("en", &wishes);
+  place();
+  const auto ground = [this] {
+    return placed->find("audienceGround")->property("color").value<QColor>();
+  };
+  const auto button = [this] {
+    return placed->find("audienceJoin")
+        ->findChild<QQuickItem*>(QStringLiteral("buttonBackground"))
+        ->property("color")
+        .value<QColor>();
+  };
+  const QColor usual = button();
+  EXPECT_FALSE(is("highContrast"));
+  wishes.set({.highContrast = true});
+  EXPECT_TRUE(is("highContrast"));
+  EXPECT_EQ(ground(), QColor(Qt::black));
+  EXPECT_EQ(button(), QColor(Qt::white));
+  wishes.set({.highContrast = true, .scheme = ColourScheme::light});
+  EXPECT_EQ(ground(), QColor(Qt::white));
+  EXPECT_EQ(button(), QColor(Qt::black));
+  wishes.set({.scheme = ColourScheme::light});
+  EXPECT_EQ(ground(), QColor(Qt::black));
+  EXPECT_EQ(button(), usual);
+}
+
+TEST_F(AudienceViewTest, AHostThatDecidesGoesBeforeTheSystem) {
+  SystemWishes wishes;
+  wishes.set({.highContrast = true});
+  speak("en", &wishes);
+  place(R"(
+    import QtQuick
+    import Halvora
+    Window {
+        width: 360; height: 640; visible: true
+        HalvoraAudienceView { objectName: "audience"; anchors.fill: parent; highContrast: false }
+    })");
+  EXPECT_FALSE(is("highContrast"));
+  wishes.set({.highContrast = true, .scheme = ColourScheme::light});
+  EXPECT_EQ(placed->find("audienceGround")->property("color").value<QColor>(), QColor(Qt::black));
+}
+
+TEST_F(AudienceViewTest, ItsWishesMayGoBeforeIt) {
+  auto wishes = std::make_unique<SystemWishes>();
+  speak("en", wishes.get());
+  place();
+  wishes->set({.highContrast = true});
+  wishes.reset();
+  settle();
+  EXPECT_TRUE(is("highContrast"));
+}
+
+// Whoever has asked for stillness gets it without asking: nothing in here moves by itself.
+TEST_F(AudienceViewTest, NothingMovesByItself) {
+  speak("en");
+  place();
+  const QImage first = picture();
+  for (int turn = 0; turn < 20; ++turn) {
+    phone.loop.runFor(milliseconds(100));
+    settle();
+  }
+  EXPECT_EQ(picture(), first);
+  for (const QObject* part : audience()->findChildren<QObject*>()) {
+    EXPECT_FALSE(part->inherits("QQuickAbstractAnimation")) << part->metaObject()->className();
+    EXPECT_FALSE(part->inherits("QQuickTransition")) << part->metaObject()->className();
+  }
+}
+
+struct AudienceScreens : AudienceViewTest {
+  void judge(QSize size, double scale, const std::string& what) {
+    placed->window().resize(size);
+    audience()->setProperty("textScale", scale);
+    settle();
+    const QImage seen = picture();
+    ASSERT_EQ(seen.size(), size) << what;
+    ScreenJudge(placed->window(), seen, "audienceQuestion",
+                what + " " + std::to_string(size.width()) + " x " + std::to_string(size.height()) +
+                    " at " + std::to_string(scale))
+        .judge();
+  }
+};
+
+TEST_F(AudienceScreens, AreWholeInEachSizeScaleAndLanguage) {
+  for (const char* language : {"en", "de", "es", "fr", "ja", "ar"}) {
+    speak(language);
+    place();
+    for (const double scale : {1.0, 1.5, 2.0, 3.0}) {
+      for (const QSize size : {QSize(360, 640), QSize(640, 360)}) judge(size, scale, language);
+    }
+    judge({1920, 1080}, 2, language);
+  }
+}
+
+TEST_F(AudienceScreens, StandOutInHighContrast) {
+  for (const ColourScheme scheme : {ColourScheme::dark, ColourScheme::light}) {
+    SystemWishes wishes;
+    wishes.set({.highContrast = true, .scheme = scheme});
+    for (const char* language : {"en", "ar"}) {
+      speak(language, &wishes);
+      place();
+      for (const double scale : {1.0, 2.0}) {
+        const std::string what =
+            std::string(language) + " of scheme " + std::to_string(static_cast<int>(scheme));
+        judge({360, 640}, scale, what);
+        audience()->setProperty("gentleLight", true);
+        judge({360, 640}, scale, what + " gentle");
+        audience()->setProperty("gentleLight", false);
+      }
+    }
+  }
+}
+
 // Pictures
+
+TEST_F(AudienceViewTest, LooksAsItShallInHighContrast) {
+  SystemWishes wishes;
+  wishes.set({.highContrast = true, .scheme = ColourScheme::light});
+  speak("en", &wishes);
+  place();
+  audience()->setProperty("gentleLight", true);
+  settle();
+  expectPicture(picture(), "audience-contrast");
+}
 
 TEST_F(AudienceViewTest, LooksAsItShallBeforeJoining) {
   speak("en");

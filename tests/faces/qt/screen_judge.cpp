@@ -2,6 +2,7 @@
 #include "tests/faces/qt/screen_judge.h"
 
 #include <QFontMetricsF>
+#include <algorithm>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -48,16 +49,30 @@ QRectF frameOf(const QQuickItem& item) {
   return item.mapRectToScene(QRectF(0, 0, item.width(), item.height()));
 }
 
+QImage pictureOf(StatusBench& bench) {
+  bench.settle();
+  return bench.picture();
+}
+
+const char* frontOf(StatusBench& bench) {
+  if (bench.isShown("alertContent")) return "alertContent";
+  return bench.isShown("seatSheetContent") ? "seatSheetContent" : "halvoraStatusView";
+}
+
 }  // namespace
 
+ScreenJudge::ScreenJudge(QQuickWindow& window, QImage picture, const char* front, std::string what)
+    : window_(window), what_(std::move(what)), front_(front), picture_(std::move(picture)) {
+  collect(*window_.contentItem(), items_);
+}
+
 ScreenJudge::ScreenJudge(StatusBench& bench, std::string what)
-    : bench_(bench), what_(std::move(what)) {
-  bench_.settle();
-  picture_ = bench_.picture();
-  collect(*bench_.window().contentItem(), items_);
-  front_ = bench_.isShown("alertContent")       ? "alertContent"
-           : bench_.isShown("seatSheetContent") ? "seatSheetContent"
-                                                : "halvoraStatusView";
+    : ScreenJudge(bench.window(), pictureOf(bench), frontOf(bench), std::move(what)) {}
+
+const QQuickItem* ScreenJudge::item(const char* name) const {
+  const auto found = std::ranges::find_if(
+      items_, [name](const QQuickItem* item) { return item->objectName() == QLatin1String(name); });
+  return found != items_.end() ? *found : nullptr;
 }
 
 void ScreenJudge::judge() {
@@ -97,10 +112,10 @@ void ScreenJudge::judgeText(const QQuickItem& text) {
   EXPECT_LE(text.property("contentHeight").toReal(), text.height() + 1) << where(text);
   const QRectF frame = frameOf(text);
   EXPECT_GE(frame.left(), -0.5) << where(text);
-  EXPECT_LE(frame.right(), bench_.window().width() + 0.5) << where(text);
+  EXPECT_LE(frame.right(), window_.width() + 0.5) << where(text);
   if (isUnder(text, "seatSheetTop") || isUnder(text, "seatButtons")) {
     EXPECT_GE(frame.top(), -0.5) << where(text);
-    EXPECT_LE(frame.bottom(), bench_.window().height() + 0.5) << where(text);
+    EXPECT_LE(frame.bottom(), window_.height() + 0.5) << where(text);
   }
   const bool isOneWord = !words.contains(QLatin1Char(' ')) && words.at(0).unicode() < 0x3000;
   if (isOneWord) {
@@ -131,11 +146,13 @@ void ScreenJudge::judgeButton(const QQuickItem& button) {
   EXPECT_GE(frame.width(), kLeastTarget) << where(button);
   EXPECT_GE(frame.height(), kLeastTarget) << where(button);
   EXPECT_GE(frame.left(), -0.5) << where(button);
-  EXPECT_LE(frame.right(), bench_.window().width() + 0.5) << where(button);
+  EXPECT_LE(frame.right(), window_.width() + 0.5) << where(button);
   judgeEdge(button);
-  if (isUnder(button, "seatSheetScroller") || isUnder(button, "halvoraStatusView")) return;
+  for (const char* scrolls : {"seatSheetScroller", "halvoraStatusView", "audienceScroller"}) {
+    if (isUnder(button, scrolls)) return;
+  }
   EXPECT_GE(frame.top(), -0.5) << where(button);
-  EXPECT_LE(frame.bottom(), bench_.window().height() + 0.5) << where(button);
+  EXPECT_LE(frame.bottom(), window_.height() + 0.5) << where(button);
 }
 
 // A button that has a ground of its own is seen by it, from beside and a third of the way down,
@@ -154,19 +171,19 @@ void ScreenJudge::judgeEdge(const QQuickItem& button) {
 
 // Where the user answers is in sight as a whole, or can be scrolled there.
 void ScreenJudge::judgeSight() {
-  const QQuickItem* scroller = bench_.item("seatSheetScroller");
+  const QQuickItem* const scroller = item("seatSheetScroller");
   if (scroller == nullptr || !isSeen(*scroller)) return;
   for (const char* name : {"pickerBand", "standingDragArea", "seatFilter"}) {
-    const QQuickItem* item = bench_.item(name);
-    if (item == nullptr || !isSeen(*item)) continue;
-    EXPECT_LE(item->height(), scroller->height() + 0.5) << where(*item);
+    const QQuickItem* const place = item(name);
+    if (place == nullptr || !isSeen(*place)) continue;
+    EXPECT_LE(place->height(), scroller->height() + 0.5) << where(*place);
   }
 }
 
 // What is read or pressed lies beside one another within one surface.
 void ScreenJudge::judgeOverlaps() {
   for (const char* surface : {"contentStackView", "seatHeading", "seatSheetTop", "seatButtons",
-                              "seatFilter", "alertWords"}) {
+                              "seatFilter", "alertWords", "audienceWords"}) {
     std::vector<const QQuickItem*> apart;
     for (const QQuickItem* item : items_) {
       const bool isButton = item->inherits("QQuickAbstractButton");
@@ -174,6 +191,7 @@ void ScreenJudge::judgeOverlaps() {
                           item->objectName() != QLatin1String("buttonTitle") &&
                           item->objectName() != QLatin1String("filterClearSign");
       if (!isSeen(*item) || !isUnder(*item, surface) || !(isButton || isText)) continue;
+      if (isUnder(*item, "gentleContent")) continue;
       if (isText && item->property("text").toString().isEmpty()) continue;
       for (const QQuickItem* other : apart) {
         const QRectF shared = frameOf(*item).intersected(frameOf(*other));

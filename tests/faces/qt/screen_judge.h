@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Judges one screen of panel and wizard by figures: no word is cut or broken, no control is out of
+// Judges one screen of the views by figures: no word is cut or broken, no control is out of
 // reach, too small or on top of another, and letters and buttons stand out from their ground as it
 // was drawn. A test makes one for each screen.
 #pragma once
 
 #include <QImage>
 #include <QQuickItem>
+#include <QQuickWindow>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ class ScreenJudge {
  public:
   /// `what` says in findings which screen it is.
   ScreenJudge(StatusBench& bench, std::string what);
+  /// Of a window as it is in the picture; the item of that name lies before all else.
+  ScreenJudge(QQuickWindow& window, QImage picture, const char* front, std::string what);
 
   void judge();
   /// As it was judged.
@@ -33,7 +36,9 @@ class ScreenJudge {
   void judgeSight();
   void judgeOverlaps();
 
-  StatusBench& bench_;
+  const QQuickItem* item(const char* name) const;
+
+  QQuickWindow& window_;
   const std::string what_;
   /// What lies before all else, and takes what the user does.
   const char* front_;
