@@ -279,7 +279,11 @@ def main():
     parser.add_argument("--folder", type=Path, default=ROOT / "build/consumers")
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--only", default="", help="rows with this in their name")
+    parser.add_argument("--list", action="store_true", help="says which rows there are, and no more")
     arguments = parser.parse_args()
+    if arguments.list:
+        print("\n".join(name + ("" if is_daily else " (--all)") for name, is_daily, _ in ROWS))
+        return 0
     arguments.folder.mkdir(parents=True, exist_ok=True)
     consumers = Consumers(arguments.folder.resolve(), arguments.jobs)
     failed = 0
