@@ -11,6 +11,8 @@ namespace {
 
 /// Numbers go from 1 to 65535 and round again; 0 is no phone's newer number.
 constexpr std::uint64_t kNumbers = 0xFFFF;
+/// How many numbers later a disk that failed is asked again.
+constexpr std::uint64_t kRetry = 32;
 
 }  // namespace
 
@@ -19,10 +21,11 @@ std::uint16_t PlainNumbers::next() { return std::exchange(next_, nextSequence(ne
 ReservedNumbers::ReservedNumbers(std::uint16_t last, Keep keep, std::unique_ptr<SerialQueue> queue)
     : last_(last), keep_(std::move(keep)), queue_(std::move(queue)) {}
 
-// The queue goes first: what it still writes would be above what was used.
+// The queue goes first: what it still writes would be above what was used. Where the disk failed
+// there are numbers on the air that it does not know yet.
 ReservedNumbers::~ReservedNumbers() {
   queue_.reset();
-  if (reserved_ > used_) keep_(numberAt(used_));
+  if (reserved_ != used_) keep_(numberAt(used_));
 }
 
 std::uint16_t ReservedNumbers::numberAt(std::uint64_t count) const {
@@ -44,6 +47,7 @@ bool ReservedNumbers::reserveNow(std::uint64_t count) {
 
 void ReservedNumbers::reserveMore() {
   asked_ = used_ + kReservedNumbers + kReservedNumbers / 2;
+  askedAt_ = used_;
   if (queue_ == nullptr) {
     reserveNow(asked_);
   } else if (!queue_->dispatch([this, count = asked_] { reserveNow(count); })) {
@@ -53,8 +57,8 @@ void ReservedNumbers::reserveMore() {
 
 std::uint16_t ReservedNumbers::next() {
   ++used_;
-  // Asked for once in half a block, also where it fails.
-  if (used_ + kReservedNumbers / 2 >= asked_) reserveMore();
+  const bool isLow = used_ + kReservedNumbers / 2 >= asked_;
+  if (isLow || (hasFailed_ && used_ >= askedAt_ + kRetry)) reserveMore();
   return numberAt(used_);
 }
 

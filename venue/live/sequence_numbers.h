@@ -48,7 +48,7 @@ class ReservedNumbers final : public SequenceNumbers {
 
   /// Numbers go on above `last`. Without a queue blocks are reserved at once.
   ReservedNumbers(std::uint16_t last, Keep keep, std::unique_ptr<SerialQueue> queue);
-  /// Gives back what was not used.
+  /// Gives back what was not used, or notes what was used beyond it.
   ~ReservedNumbers() override;
   ReservedNumbers(const ReservedNumbers&) = delete;
   ReservedNumbers& operator=(const ReservedNumbers&) = delete;
@@ -68,6 +68,8 @@ class ReservedNumbers final : public SequenceNumbers {
   /// Since the beginning.
   std::uint64_t used_ = 0;
   std::uint64_t asked_ = 0;
+  /// How many were used when that was asked for.
+  std::uint64_t askedAt_ = 0;
   std::atomic<std::uint64_t> reserved_{0};
   std::atomic<bool> hasFailed_{false};
   std::unique_ptr<SerialQueue> queue_;

@@ -167,6 +167,40 @@ TEST(ReservedNumbers, WhereTheDiskFailsTheShowGoesOnWithAnAlarm) {
   EXPECT_EQ(numbers.alarm(), "");
 }
 
+// Else the next show would go on below what the hall has heard.
+TEST(ReservedNumbers, WhatWasUsedWhileTheDiskFailedIsKeptInTheEnd) {
+  std::uint16_t kept = 0;
+  bool isGood = true;
+  {
+    ReservedNumbers numbers(
+        0,
+        [&](std::uint16_t last) {
+          if (isGood) kept = last;
+          return isGood;
+        },
+        nullptr);
+    ASSERT_TRUE(numbers.begin());
+    isGood = false;
+    for (int at = 1; at <= 1300; ++at) numbers.next();
+    EXPECT_EQ(kept, 1024);
+    isGood = true;
+  }
+  EXPECT_EQ(kept, 1300);
+}
+
+TEST(ReservedNumbers, ADiskThatFailedIsAskedAgainSoon) {
+  bool isGood = true;
+  ReservedNumbers numbers(
+      0, [&](std::uint16_t) { return isGood; }, nullptr);
+  ASSERT_TRUE(numbers.begin());
+  isGood = false;
+  for (int at = 1; at <= 600; ++at) numbers.next();
+  EXPECT_NE(numbers.alarm(), "");
+  isGood = true;
+  for (int at = 0; at < 32; ++at) numbers.next();
+  EXPECT_EQ(numbers.alarm(), "");
+}
+
 TEST(ReservedNumbers, WithoutAFirstBlockNothingBegins) {
   ReservedNumbers numbers(
       0, [](std::uint16_t) { return false; }, nullptr);
