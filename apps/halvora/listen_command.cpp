@@ -122,6 +122,9 @@ class Listening final : private CentralManagerDelegate {
           .addLevel("perSecond", seconds > 0 ? static_cast<double>(count.packets) / seconds : 0);
       print(line.end());
     }
+    if (counts_.others() == 0) return;
+    line.begin().add("t", std::int64_t{wholeMilliseconds(end)}).add("summary", "others");
+    print(line.add("packets", static_cast<std::int64_t>(counts_.others())).end());
   }
 
  private:

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // What was received of each transmitter, and by the gaps between its sequence numbers what was not.
-// Values, any thread.
+// Whoever makes up transmitters takes no more room than the first so many do. Values, any thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -24,9 +25,19 @@ struct TransmitterCount {
 
 class SequenceCount {
  public:
+  static constexpr std::size_t kMostTransmitters = 4096;
+
   void add(const Broadcast& broadcast) {
-    TransmitterCount& count =
-        counts_[transmitterKey(broadcast.applicationId, broadcast.transmitter)];
+    const std::string key = transmitterKey(broadcast.applicationId, broadcast.transmitter);
+    auto found = counts_.find(key);
+    if (found == counts_.end()) {
+      if (counts_.size() == kMostTransmitters) {
+        ++others_;
+        return;
+      }
+      found = counts_.try_emplace(key).first;
+    }
+    TransmitterCount& count = found->second;
     // Numbers go on from 65535 to 0, so what lies in the upper half of all distances is a step
     // back.
     const auto step = static_cast<std::uint16_t>(broadcast.sequence - count.sequence);
@@ -45,9 +56,12 @@ class SequenceCount {
 
   /// By their keys, in the order of the texts.
   const std::map<std::string, TransmitterCount>& transmitters() const { return counts_; }
+  /// Packets of transmitters beyond those.
+  std::uint64_t others() const { return others_; }
 
  private:
   std::map<std::string, TransmitterCount> counts_;
+  std::uint64_t others_ = 0;
 };
 
 }  // namespace halvora

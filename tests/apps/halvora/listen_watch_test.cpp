@@ -171,6 +171,17 @@ TEST_F(ListenWatch, SaysTheRateAndTheLossOfEachInTheEnd) {
                           R"("restarts":0,"perSecond":2.5})"));
 }
 
+TEST_F(ListenWatch, CountsTransmittersThatSomebodyMakesUpTogether) {
+  for (int at = 0; at < 5000; ++at) {
+    Broadcast look = fields(1, 1, at % 256);
+    look.applicationId = static_cast<std::uint16_t>(at / 256);
+    hearAt(100, look);
+  }
+  const auto lines = said({"--for", "1"}, {"summary"});
+  EXPECT_THAT(lines, SizeIs(4097));
+  EXPECT_EQ(lines.back(), R"({"t":1000,"summary":"others","packets":904})");
+}
+
 TEST_F(ListenWatch, SaysThatOneNumberSaysTwoThings) {
   for (int at = 0; at < 5; ++at) {
     hearAt(100 + 100 * at, fields(10));
