@@ -75,17 +75,28 @@ void AirWatch::turn(const std::string& key, Heard& heard, Duration now, const st
   if (heard.turns >= kSeveralTurns) say(Kind::twoSenders, key, heard.told[3], now, detail);
 }
 
-// The first packet of the expected show that is heard says how far it is; what is not of it is
-// compared all the same.
+// The first packet of the expected show that is heard says how far it is. That may have been one of
+// an hour ago, or of a look that had been there for long, or the show begins anew: where what is
+// heard disagrees, a step that the show itself makes, from one look to the next, says it again.
+// What stands still makes none, and what is not of the show is compared all the same.
 void AirWatch::align(const HeardPacket& packet, Duration now) {
-  const auto place = options_.expected->firstTimeOf(packet.look(), packet.sequence);
-  if (!begin_) {
-    if (!place) return;
-    begin_ = now - *place;
-  }
-  lastHeard_ = now;
+  const TrueShow& show = *options_.expected;
+  const auto before = last_;
   std::ranges::copy(packet.look(), last_.emplace().begin());
-  if (options_.expected->showed(last_, now - *begin_ - kLate, now - *begin_)) goodAt_ = now;
+  const auto agrees = [&] {
+    return begin_ && show.showed(last_, now - *begin_ - kLate, now - *begin_);
+  };
+  if (!agrees()) {
+    const auto place = show.firstTimeOf(packet.look(), packet.sequence);
+    const auto isStep = [&] {
+      const Duration justBefore = *place - Duration{1};
+      return before && before != last_ && show.showed(before, justBefore, justBefore);
+    };
+    if (place && (!begin_ || isStep())) begin_ = now - *place;
+  }
+  if (!begin_) return;
+  lastHeard_ = now;
+  if (agrees()) goodAt_ = now;
 }
 
 void AirWatch::look(Duration now) {

@@ -27,7 +27,7 @@ struct AirWatchOptions {
   std::vector<std::string> transmitters = {};
   std::optional<std::uint8_t> venueId = std::nullopt;
   /// What should be on the air; outlives the watch. Its first packet that is heard says when it
-  /// began.
+  /// began, and where that turns out wrong the next step from look to look does.
   const TrueShow* expected = nullptr;
   /// Who should send it; outlives the watch. Null where only the show as a whole is expected.
   const ShowSenders* senders = nullptr;

@@ -2,6 +2,7 @@
 #include "venue/show/true_show.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "venue/show/scenario_schedule.h"
 
@@ -27,6 +28,10 @@ TrueShow::TrueShow(const Scenario& scenario, Duration end) {
     if (!moments_.empty() && moments_.back().data == packet->data) continue;
     moments_.push_back({moment->time, packet->data, decodeBroadcast(packet->data)});
   }
+  bySequence_.resize(moments_.size());
+  std::iota(bySequence_.begin(), bySequence_.end(), std::size_t{0});
+  std::ranges::stable_sort(bySequence_, {},
+                           [this](std::size_t at) { return moments_[at].fields.sequence; });
 }
 
 const Moment* TrueShow::at(Duration time) const {
@@ -36,12 +41,13 @@ const Moment* TrueShow::at(Duration time) const {
 
 std::optional<Duration> TrueShow::firstTimeOf(std::span<const std::uint8_t, kBroadcastKeySize> look,
                                               std::uint16_t sequence) const {
-  const auto moment = std::ranges::find_if(moments_, [&](const Moment& one) {
-    return one.fields.sequence == sequence &&
-           std::equal(look.begin(), look.end(), one.data.begin());
-  });
-  if (moment == moments_.end()) return std::nullopt;
-  return moment->time;
+  const auto found = std::ranges::equal_range(
+      bySequence_, sequence, {}, [this](std::size_t at) { return moments_[at].fields.sequence; });
+  for (const std::size_t at : found) {
+    const Moment& one = moments_[at];
+    if (std::equal(look.begin(), look.end(), one.data.begin())) return one.time;
+  }
+  return std::nullopt;
 }
 
 bool TrueShow::showed(const std::optional<BroadcastKeyBytes>& look, Duration from,

@@ -3,6 +3,7 @@
 // any thread once it is made.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -34,6 +35,8 @@ class TrueShow {
 
  private:
   std::vector<Moment> moments_;
+  /// Places in them, by sequence number; of one number, in their order.
+  std::vector<std::size_t> bySequence_;
 };
 
 }  // namespace halvora

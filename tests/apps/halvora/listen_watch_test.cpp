@@ -266,6 +266,42 @@ TEST_F(ListenExpect, SaysWithinTwoSecondsWhatElseIsShown) {
 /// When it was said, of lines of which each begins with its time.
 double secondsOf(const std::string& line) { return std::stod(line.substr(5)) / 1000; }
 
+// Somebody recorded it at the rehearsal.
+TEST_F(ListenExpect, AnOldPacketDoesNotMisleadIt) {
+  hearAt(100, fields(5, 40));
+  hearFrom(200, 800, fields(1, 0));
+  for (int look = 1; look < 5; ++look) {
+    hearFrom(2000 * look - 1000, 2000, fields(1 + look, 10 * look));
+  }
+  EXPECT_THAT(differences("8"), testing::Each(HasSubstr("jump")));
+}
+
+TEST_F(ListenExpect, WhoComesInTheMiddleOfALookIsRightFromTheNextOn) {
+  hearFrom(100, 100, fields(1, 0));
+  for (int look = 1; look < 5; ++look)
+    hearFrom(200 + 2000 * (look - 1), 2000, fields(1 + look, 10 * look));
+  EXPECT_THAT(differences("8"), IsEmpty());
+}
+
+TEST_F(ListenExpect, AShowThatIsBegunAgainIsRightFromItsNextLookOn) {
+  for (int look = 0; look < 3; ++look) hearFrom(100 + 500 * look, 500, fields(1 + look, 10 * look));
+  hearFrom(1600, 1000, fields(1, 0));
+  for (int look = 1; look < 5; ++look) {
+    hearFrom(600 + 2000 * look, 2000, fields(1 + look, 10 * look));
+  }
+  EXPECT_THAT(differences("9"), testing::Each(HasSubstr("jump")));
+}
+
+// A transmitter that hangs repeats what it has.
+TEST_F(ListenExpect, AShowThatStandsStillIsNeverRight) {
+  hearShow(500, 1);
+  hearFrom(2500, 2000, fields(2, 10));
+  hearFrom(4500, 10'000, fields(2, 10));
+  const auto lines = differences("14");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"other look")"));
+}
+
 // Each verdict, with the show on the air beside it, within two seconds of what is wrong.
 TEST_F(ListenExpect, SaysWithinTwoSecondsWhoIsNotOfTheShow) {
   hearShow(500, 5);
