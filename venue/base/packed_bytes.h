@@ -40,6 +40,8 @@ class PackedReader {
   /// are bytes for, so that room can be made for all of them.
   std::size_t count(std::size_t leastBytes);
 
+  /// Bytes that were not read yet.
+  std::size_t left() const { return bytes_.size() - at_; }
   bool isGood() const { return isGood_; }
   /// Everything was read, and all of it could be.
   bool isDone() const { return isGood_ && at_ == bytes_.size(); }

@@ -28,6 +28,7 @@ std::string DatagramSocket::open(const std::string& address, std::uint16_t port,
     return address + " is no address of a machine, as 127.0.0.1";
   }
   const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owned(found, freeaddrinfo);
+  if (descriptor_ >= 0) ::close(descriptor_);
   descriptor_ = ::socket(found->ai_family, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (descriptor_ < 0 || ::bind(descriptor_, found->ai_addr, found->ai_addrlen) != 0) {
     return address + " port " + std::to_string(port) + ": " + std::strerror(errno);

@@ -18,11 +18,37 @@ LiveSession::LiveSession(const CueList& show, MapFrames frames, RunLoop& loop,
           {[this](const Broadcast& packet, bool isRepeat) { send(packet, isRepeat); },
            [this](const LiveStatus& status) { report_.changed(loop_.now() - begin_, status); }}) {}
 
-void LiveSession::obey(std::string_view line) {
-  if (hasQuit_) return;
+ShowPlace LiveSession::place() const {
+  ShowPlace place;
+  place.player = player_.place();
+  if (place.player.cue) place.cueName = player_.show().cues[*place.player.cue].name;
+  for (const Air& air : airs_) {
+    if (air.zone && air.look) place.zones.push_back({*air.zone, *air.look});
+  }
+  return place;
+}
+
+void LiveSession::goOn(const ShowPlace& place) {
+  for (const ZoneLook& had : place.zones) {
+    const std::uint16_t number = numbers_.next();
+    for (Air& air : airs_) {
+      if (air.zone != had.zone) continue;
+      air.look = had.look;
+      air.look->sequence = number;
+    }
+  }
+  player_.goOn(place.player);
+}
+
+bool LiveSession::isQuit(std::string_view line) {
   const std::size_t end = line.find_last_not_of(" \t\r");
   const std::size_t begin = line.find_first_not_of(" \t");
-  if (begin != std::string_view::npos && line.substr(begin, end + 1 - begin) == "quit") {
+  return begin != std::string_view::npos && line.substr(begin, end + 1 - begin) == "quit";
+}
+
+void LiveSession::obey(std::string_view line) {
+  if (hasQuit_) return;
+  if (isQuit(line)) {
     hasQuit_ = true;
     return;
   }

@@ -15,6 +15,7 @@
 
 #include "venue/live/live_air.h"
 #include "venue/live/live_ground.h"
+#include "venue/live/show_place.h"
 #include "venue/live/show_player.h"
 
 namespace halvora {
@@ -37,6 +38,12 @@ class LiveSession {
   /// transmitter number, and those for the whole venue, under that number.
   void add(LiveAir& air, std::optional<std::uint8_t> zone = {}) { airs_.push_back({&air, zone}); }
 
+  /// From where another session was, after all airs were added and before the first command. What
+  /// zones have is sent with new numbers.
+  void goOn(const ShowPlace& place);
+  /// Without a date.
+  ShowPlace place() const;
+
   /// One of a player's commands, or quit.
   void obey(std::string_view line);
   /// Another list in the place of the one that is played: see the player.
@@ -44,6 +51,7 @@ class LiveSession {
     player_.takeOver(show, cue);
   }
   bool hasQuit() const { return hasQuit_; }
+  static bool isQuit(std::string_view line);
   const ShowPlayer& player() const { return player_; }
 
  private:

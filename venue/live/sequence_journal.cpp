@@ -17,6 +17,7 @@
 
 #include "venue/base/input_text.h"
 #include "venue/live/sequence_numbers.h"
+#include "venue/live/waiting_journal.h"
 
 namespace halvora {
 
@@ -95,32 +96,81 @@ bool keepEntry(const std::string& path) {
   return isKept;
 }
 
+CommandResult cannotBeWritten(const std::string& path) {
+  return unusable(path + ": the journal cannot be written: " + std::strerror(errno));
+}
+
+CommandResult noJournal(const std::string& path) {
+  return unusable(path + ": not a journal of sequence numbers; give another file, or a new one");
+}
+
+std::variant<std::shared_ptr<JournalFile>, CommandResult> openFile(const std::string& path,
+                                                                   int flags) {
+  const int descriptor = ::open(path.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NONBLOCK | flags,
+                                S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
+  if (descriptor < 0) return cannotBeWritten(path);
+  auto file = std::make_shared<JournalFile>(descriptor);
+  if (!file->isFile()) return unusable(path + ": not a file; a journal must be one");
+  return file;
+}
+
+std::unique_ptr<ReservedNumbers> numbersAbove(std::uint16_t last, std::shared_ptr<JournalFile> file,
+                                              std::unique_ptr<SerialQueue> queue) {
+  return std::make_unique<ReservedNumbers>(
+      last, [file = std::move(file)](std::uint16_t number) { return file->keep(number); },
+      std::move(queue));
+}
+
+// The descriptor stays that of the file which the player has, whatever is put in its place.
+class OthersJournal final : public WaitingJournal {
+ public:
+  OthersJournal(std::string path, std::shared_ptr<JournalFile> file)
+      : path_(std::move(path)), file_(std::move(file)) {}
+
+  bool isFree() override { return file_->lock(); }
+
+  std::variant<std::unique_ptr<SequenceNumbers>, CommandResult> take(
+      std::unique_ptr<SerialQueue> queue) override {
+    const auto last = file_->last();
+    if (!last) return noJournal(path_);
+    auto numbers = numbersAbove(*last, file_, std::move(queue));
+    static_cast<void>(numbers->begin());
+    return std::unique_ptr<SequenceNumbers>(std::move(numbers));
+  }
+
+ private:
+  const std::string path_;
+  std::shared_ptr<JournalFile> file_;
+};
+
 }  // namespace
 
 std::variant<std::unique_ptr<SequenceNumbers>, CommandResult> openSequenceJournal(
     const std::string& path, std::uint16_t first, std::unique_ptr<SerialQueue> queue) {
-  const auto cannot = [&path] {
-    return unusable(path + ": the journal cannot be written: " + std::strerror(errno));
-  };
-  const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK,
-                                S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
-  if (descriptor < 0) return cannot();
-  const auto file = std::make_shared<JournalFile>(descriptor);
-  if (!file->isFile()) return unusable(path + ": not a file; a journal must be one");
+  auto opened = openFile(path, O_CREAT);
+  if (auto* refusal = std::get_if<CommandResult>(&opened)) return std::move(*refusal);
+  const auto file = std::get<std::shared_ptr<JournalFile>>(std::move(opened));
   if (!file->lock()) {
     return failed(path + ": another player has this journal; end it first, or give another file");
   }
   const auto last = file->last();
-  if (!last) {
-    return unusable(path + ": not a journal of sequence numbers; give another file, or a new one");
-  }
-  if (!keepEntry(path)) return cannot();
+  if (!last) return noJournal(path);
+  if (!keepEntry(path)) return cannotBeWritten(path);
   const auto below = static_cast<std::uint16_t>(std::max<int>(first, 1) - 1);
-  auto numbers = std::make_unique<ReservedNumbers>(
-      std::max(*last, below), [file](std::uint16_t number) { return file->keep(number); },
-      std::move(queue));
-  if (!numbers->begin()) return cannot();
+  auto numbers = numbersAbove(std::max(*last, below), file, std::move(queue));
+  if (!numbers->begin()) return cannotBeWritten(path);
   return std::unique_ptr<SequenceNumbers>(std::move(numbers));
+}
+
+std::variant<std::unique_ptr<WaitingJournal>, CommandResult> WaitingJournal::open(
+    const std::string& path) {
+  auto opened = openFile(path, 0);
+  if (auto* refusal = std::get_if<CommandResult>(&opened)) return std::move(*refusal);
+  auto file = std::get<std::shared_ptr<JournalFile>>(std::move(opened));
+  if (file->lock()) {
+    return unusable(path + ": no player has this journal; start the one to stand by for first");
+  }
+  return std::unique_ptr<WaitingJournal>(std::make_unique<OthersJournal>(path, std::move(file)));
 }
 
 }  // namespace halvora

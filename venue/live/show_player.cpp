@@ -76,6 +76,31 @@ void ShowPlayer::takeOver(const CueList& show, std::optional<std::size_t> cue) {
   if (!heldAt_) waitForNext();
 }
 
+PlayerPlace ShowPlayer::place() const {
+  return {.cue = cue_,
+          .cueTime = cue_ ? cueTime() : Duration{},
+          .showTime = showTime_,
+          .masterBefore = masterBefore_,
+          .isHeld = heldAt_.has_value(),
+          .isBlack = isBlack_,
+          .isPanic = isPanic_,
+          .isOnAir = repeat_.isValid()};
+}
+
+void ShowPlayer::goOn(const PlayerPlace& place) {
+  isBlack_ = place.isBlack;
+  isPanic_ = place.isPanic;
+  if (place.cue) {
+    showTime_ = place.showTime;
+    begin(*place.cue, loop_.now() - place.cueTime, place.masterBefore);
+    if (place.isHeld) freeze();
+    if (!place.isHeld) waitForNext();
+  }
+  if (isPanic_) endSoon();
+  if (isBlack_ || isPanic_ || (place.isOnAir && !place.cue)) show(black());
+  tell();
+}
+
 LiveStatus ShowPlayer::status() const {
   const LiveState state = isPanic_              ? LiveState::panic
                           : isBlack_            ? LiveState::blackout
@@ -151,11 +176,15 @@ std::string ShowPlayer::panic() {
   if (isPanic_) return {};
   isPanic_ = true;
   freeze();
-  // First, so that it comes before the repeat of that time.
-  end_ = at(loop_.now() + kBlacksBeforeEnd * list_->repeat, &ShowPlayer::endShow);
+  endSoon();
   show(black());
   tell();
   return {};
+}
+
+// Before the black is shown, so that the end comes before the repeat of that time.
+void ShowPlayer::endSoon() {
+  end_ = at(loop_.now() + kBlacksBeforeEnd * list_->repeat, &ShowPlayer::endShow);
 }
 
 void ShowPlayer::endShow() {
@@ -175,6 +204,12 @@ std::string ShowPlayer::release() {
 }
 
 void ShowPlayer::play(std::size_t cue, Duration began) {
+  begin(cue, began, look_ ? look_->master : std::uint8_t{0});
+  waitForNext();
+  tell();
+}
+
+void ShowPlayer::begin(std::size_t cue, Duration began, std::uint8_t masterBefore) {
   stopWaiting();
   steps_.reset();
   cue_ = cue;
@@ -185,12 +220,10 @@ void ShowPlayer::play(std::size_t cue, Duration began) {
   if (running_.at) showTime_ = *running_.at;
   const auto& map = running_.look.map;
   const int last = map ? frames_(running_.look.packet.venueId, map->id).value_or(kLastFrame) : 0;
-  steps_.emplace(running_, list_->repeat, look_ ? look_->master : std::uint8_t{0},
-                 last > 0 ? last : kLastFrame);
+  masterBefore_ = masterBefore;
+  steps_.emplace(running_, list_->repeat, masterBefore, last > 0 ? last : kLastFrame);
   pending_ = steps_->next();
   takeSteps();
-  waitForNext();
-  tell();
 }
 
 // Where the loop was late, the newest step counts, and those before it are left out.

@@ -37,6 +37,22 @@ struct LiveStatus {
   LiveState state = LiveState::ready;
 };
 
+/// From where another player goes on.
+struct PlayerPlace {
+  std::optional<std::size_t> cue;
+  /// Since that cue began, as its time goes.
+  Duration cueTime{};
+  /// The show's own time when it began.
+  Duration showTime{};
+  /// What a fade of it began at.
+  std::uint8_t masterBefore = 0;
+  bool isHeld = false;
+  bool isBlack = false;
+  bool isPanic = false;
+  /// Black stays so, where it was released before the first cue.
+  bool isOnAir = false;
+};
+
 /// What a player is listened to with; called in its turns.
 struct PlayerEnds {
   /// A new look, or one that is on the air already, again.
@@ -60,10 +76,16 @@ class ShowPlayer {
   /// none exactly where nothing was played yet. A next cue whose time has gone by waits for GO.
   void takeOver(const CueList& show, std::optional<std::size_t> cue);
 
+  PlayerPlace place() const;
+  /// From where another player was, before the first command: its look goes on the air at once, and
+  /// cues that were due since then follow it. Panic is said anew from its beginning.
+  void goOn(const PlayerPlace& place);
+
   /// Does what a line says: go, back, "goto NAME", hold, resume, blackout, release, panic. Or why
   /// not, in one line; then nothing has changed.
   std::string obey(std::string_view line);
 
+  const CueList& show() const { return *list_; }
   LiveStatus status() const;
   /// The cue that GO plays; none at the end.
   std::optional<std::size_t> nextCue() const;
@@ -89,7 +111,9 @@ class ShowPlayer {
   std::string goTo(std::string_view name);
 
   void play(std::size_t cue, Duration began);
+  void begin(std::size_t cue, Duration began, std::uint8_t masterBefore);
   void playNext();
+  void endSoon();
   void endShow();
   void takeSteps();
   void waitForStep();
@@ -120,6 +144,8 @@ class ShowPlayer {
   Duration began_{};
   /// The show's own time then: the cue's, or that of the last one with a time.
   Duration showTime_{};
+  /// What its fade began at.
+  std::uint8_t masterBefore_ = 0;
   std::optional<Duration> heldAt_;
   bool isBlack_ = false;
   bool isPanic_ = false;

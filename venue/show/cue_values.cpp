@@ -99,9 +99,13 @@ std::optional<std::uint8_t> choiceOf(std::string_view text, std::span<const char
   return std::nullopt;
 }
 
+// What a stranger has written must not steer the terminal that it is shown on.
 std::string inQuotes(std::string_view text) {
   constexpr std::size_t kShown = 60;
-  return "\"" + std::string(text.substr(0, kShown)) + (text.size() > kShown ? "…\"" : "\"");
+  std::string shown(text.substr(0, kShown));
+  const auto isControl = [](char one) { return (one >= 0 && one < ' ') || one == '\x7F'; };
+  std::ranges::replace_if(shown, isControl, '?');
+  return "\"" + shown + (text.size() > kShown ? "…\"" : "\"");
 }
 
 }  // namespace halvora

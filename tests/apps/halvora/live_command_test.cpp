@@ -71,6 +71,14 @@ TEST_F(LiveCommandTest, AnUnknownCommandIsOneLineAndChangesNothing) {
                           "halvora: no cue is called \"Three\""));
 }
 
+// What a stranger sends over OSC is shown on the crew's terminal.
+TEST_F(LiveCommandTest, ARefusalHoldsNoControlCharacters) {
+  crew.lines = {{0, "\x1B[2Jgo\a\x7F"}, {10, "goto \x1B]0;x\n"}, {30, "quit"}};
+  const ToolRun run = play({"--air", "stdout", "--control", "-"});
+  EXPECT_THAT(linesOf(run.messages), ElementsAre(StartsWith("halvora: \"?[2Jgo??\" is no command"),
+                                                 "halvora: no cue is called \"?]0;x\""));
+}
+
 TEST_F(LiveCommandTest, LossOfControlLeavesTheLookOnTheAir) {
   crew.lines = {{0, "go"}, {1000, "quit"}};
   crew.inputEnds = 10;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -20,6 +21,8 @@ struct Crew {
   std::vector<std::pair<long long, std::string>> lines;
   /// Standard input ends.
   long long inputEnds = -1;
+  /// What else happens around it.
+  std::vector<std::pair<long long, std::function<void()>>> events;
   bool hasTerminal = false;
   bool hasBluetooth = true;
   bool hasOsc = true;
@@ -59,7 +62,9 @@ class OpenDesk final : public OlaInput {};
 
 class VirtualGround final : public LiveGround {
  public:
-  explicit VirtualGround(Crew& crew) : crew_(crew) {}
+  explicit VirtualGround(Crew& crew) : crew_(crew) {
+    for (const auto& [time, event] : crew.events) loop_.after(milliseconds(time), Task(event));
+  }
   RunLoop& loop() override { return loop_; }
   // The first minute ends after 150 ms.
   Date date() const override { return {59.85 + toSeconds(loop_.now())}; }
