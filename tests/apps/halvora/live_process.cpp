@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -16,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "adapters/standard/stopwatch.h"
 #include "apps/halvora/commands.h"
 #include "apps/halvora/interruption.h"
 #include "apps/halvora/whole_lines.h"
@@ -27,7 +27,7 @@ namespace halvora {
 
 namespace {
 
-constexpr auto kLimit = std::chrono::seconds(60);
+constexpr Duration kLimit = milliseconds(60'000);
 
 // In the child, as the program's own main does it.
 [[noreturn]] void playLive(const LiveProcessSetup& setup) {
@@ -133,9 +133,9 @@ void LiveProcess::look(int milliseconds) {
 }
 
 bool LiveProcess::waitFor(const std::function<bool()>& isSo) {
-  const auto limit = std::chrono::steady_clock::now() + kLimit;
+  const Stopwatch watch;
   while (!isSo()) {
-    if (std::chrono::steady_clock::now() > limit) return false;
+    if (watch.elapsed() > kLimit) return false;
     look(10);
   }
   return true;
