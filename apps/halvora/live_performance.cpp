@@ -280,23 +280,12 @@ LiveReport LivePerformance::makeReport() {
           }};
 }
 
-// A script that reads nothing, or a terminal that was stopped, must not hold up the show.
-void LivePerformance::say(std::string_view text) {
-  const Output& messages = call_.outside.messages;
-  if (!messages) return;
-  if (!ground_.isHeard()) {
-    ++unheard_;
-    return;
-  }
-  if (const std::uint64_t count = std::exchange(unheard_, 0); count > 0) {
-    messages("halvora: " + std::to_string(count) + " lines are missing here; nobody read them\n");
-  }
-  messages(text);
+void LivePerformance::say(std::string_view text) const {
+  if (call_.outside.messages) call_.outside.messages(text);
 }
 
-void LivePerformance::showOnTerminal(std::string_view text) {
-  const Terminal& terminal = call_.outside.terminal;
-  if (terminal.write && ground_.isHeard()) terminal.write(text);
+void LivePerformance::showOnTerminal(std::string_view text) const {
+  if (call_.outside.terminal.write) call_.outside.terminal.write(text);
 }
 
 std::string LivePerformance::lineOf(Duration time, const LiveStatus& status) {
@@ -310,7 +299,7 @@ std::string LivePerformance::lineOf(Duration time, const LiveStatus& status) {
   return std::string(line_.end());
 }
 
-void LivePerformance::showStatus() {
+void LivePerformance::showStatus() const {
   if (!session_ || !call_.outside.terminal.write) return;
   const ShowPlayer& player = session_->player();
   const LiveStatus status = player.status();

@@ -4,7 +4,6 @@
 // Main thread.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -57,12 +56,12 @@ class LivePerformance {
   CommandResult end();
   PacketEncoder encoder() const;
   LiveReport makeReport();
-  void say(std::string_view text);
-  void showOnTerminal(std::string_view text);
+  void say(std::string_view text) const;
+  void showOnTerminal(std::string_view text) const;
   void keepPlace();
   void obey(std::string_view line);
   std::string lineOf(Duration time, const LiveStatus& status);
-  void showStatus();
+  void showStatus() const;
 
   const LiveOptions& options_;
   LiveGround& ground_;
@@ -79,8 +78,6 @@ class LivePerformance {
   std::optional<LiveSession> session_;
   std::unique_ptr<OlaInput> desk_;
   Timer oscRetry_;
-  /// What nobody could read in time.
-  std::uint64_t unheard_ = 0;
   /// While it stood by.
   bool hasQuit_ = false;
 };

@@ -45,10 +45,6 @@ class LiveGround {
   /// A universe of OLA's daemon; null where this program was built without it.
   virtual std::unique_ptr<OlaInput> openOla(unsigned universe, OlaListener listener) = 0;
 
-  /// Whether what is said on standard error is taken at once; where nobody reads it, a show goes on
-  /// unheard.
-  virtual bool isHeard() { return true; }
-
   /// Off the main thread, for what must not hold up a show; null where that cannot be had.
   virtual std::unique_ptr<SerialQueue> makeQueue() = 0;
   /// One more advertisement, on whichever adapter it is opened with; null where this program was

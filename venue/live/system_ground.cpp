@@ -7,7 +7,6 @@
 #include <optional>
 #include <utility>
 
-#include <poll.h>
 #include <sched.h>
 #include <termios.h>
 #include <unistd.h>
@@ -82,8 +81,6 @@ class SystemGround final : public LiveGround {
     if (isatty(STDIN_FILENO) == 0) return false;
     keyMode_.emplace();
     if (!keyMode_->isSet()) return false;
-    // A terminal that is closed takes nothing from the hall; a show is ended by who means to.
-    std::signal(SIGHUP, SIG_IGN);
     source_ = std::move(source);
     listen(&SystemGround::takeKeys);
     return true;
@@ -100,12 +97,6 @@ class SystemGround final : public LiveGround {
 
   std::unique_ptr<OlaInput> openOla(unsigned universe, OlaListener listener) override {
     return OlaInput::open(universe, loop_, std::move(listener));
-  }
-
-  // A pipe that says so takes a line of 4096 bytes whole.
-  bool isHeard() override {
-    pollfd errors{STDERR_FILENO, POLLOUT, 0};
-    return ::poll(&errors, 1, 0) != 0;
   }
 
   std::unique_ptr<SerialQueue> makeQueue() override { return queues_.make("halvora.journal"); }

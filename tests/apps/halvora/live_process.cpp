@@ -10,7 +10,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,6 +17,7 @@
 #include "adapters/standard/stopwatch.h"
 #include "apps/halvora/commands.h"
 #include "apps/halvora/interruption.h"
+#include "apps/halvora/spoken_lines.h"
 #include "apps/halvora/whole_lines.h"
 #include "engine/broadcast.h"
 #include "tests/support/pixmap_decoder.h"
@@ -37,8 +37,9 @@ constexpr Duration kLimit = milliseconds(60'000);
   const WordVideos videos;
   Outside outside{images, videos, interruptedBySignals()};
   outside.openLive = [&setup] { return openSystemGround(setup.makeAdvertiser); };
-  outside.messages = [](std::string_view lines) {
-    std::fwrite(lines.data(), 1, lines.size(), stderr);
+  SpokenLines spoken(STDERR_FILENO);
+  outside.messages = [&spoken](std::string_view lines) {
+    spoken.say(lines);
     return true;
   };
   WholeLines output(STDOUT_FILENO);
@@ -50,12 +51,8 @@ constexpr Duration kLimit = milliseconds(60'000);
   _exit(result.status);
 }
 
-void beChild(const LiveProcessSetup& setup, int input, int output, int errors) {
+void beChild(int input, int output, int errors) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (setup.input >= 0) {
-    setsid();
-    ioctl(setup.input, TIOCSCTTY, 0);
-  }
   dup2(input, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(errors, STDERR_FILENO);
@@ -75,17 +72,17 @@ void takeLines(std::string& begun, std::string_view bytes, std::vector<std::stri
 }  // namespace
 
 LiveProcess::LiveProcess(const LiveProcessSetup& setup) {
-  int input[2] = {setup.input, -1};
+  int input[2];
   int output[2];
   int errors[2];
-  if (setup.input < 0 && pipe2(input, O_CLOEXEC) != 0) return;
+  if (pipe2(input, O_CLOEXEC) != 0) return;
   if (pipe2(output, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) return;
   process_ = fork();
   if (process_ == 0) {
-    beChild(setup, input[0], output[1], errors[1]);
+    beChild(input[0], output[1], errors[1]);
     playLive(setup);
   }
-  if (setup.input < 0) ::close(input[0]);
+  ::close(input[0]);
   ::close(output[1]);
   ::close(errors[1]);
   input_ = input[1];

@@ -21,8 +21,6 @@ struct LiveProcessSetup {
   std::vector<std::string> words;
   /// Absent for no Bluetooth.
   MakeAdvertiser makeAdvertiser = {};
-  /// What it has for standard input; -1 for a pipe. With a terminal it leads a session of its own.
-  int input = -1;
   /// Nobody reads what it says on standard error.
   bool isUnheard = false;
 };
