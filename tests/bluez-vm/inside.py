@@ -22,7 +22,7 @@ QT_LISTENER = VM / "halvora_vm_qt_listener"
 SHOW = VM / "show.jsonl"
 LIVE_SHOW = VM / "live.yaml"
 # On a disk of the machine's own, as a player has it.
-JOURNAL = Path("/tmp/live.journal")
+JOURNAL = Path("/run/live.journal")
 LIMIT = 120
 CROWD_SECONDS = 60
 REPEATS_SECONDS = 30
