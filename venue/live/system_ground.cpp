@@ -35,6 +35,14 @@ void goFirst() {
   static_cast<void>(sched_setscheduler(0, SCHED_RR | SCHED_RESET_ON_FORK, &urgent));
 }
 
+// A terminal that is closed, which is said by SIGHUP, takes nothing from the hall, whatever gives
+// the commands; a show is ended by who means to. Where there is no terminal somebody means that
+// signal.
+void outliveTerminal() {
+  if (isatty(STDIN_FILENO) == 0 && isatty(STDOUT_FILENO) == 0 && isatty(STDERR_FILENO) == 0) return;
+  std::signal(SIGHUP, SIG_IGN);
+}
+
 // The terminal's own way comes back with the object. Keys beside those of a show do nothing: one
 // that stops the terminal's output, or the process, would stop the hall.
 class KeyMode {
@@ -147,8 +155,7 @@ class SystemGround final : public LiveGround {
 
 std::unique_ptr<LiveGround> openSystemGround(MakeAdvertiser makeAdvertiser) {
   goFirst();
-  // A terminal that is closed takes nothing from the hall; a show is ended by who means to.
-  std::signal(SIGHUP, SIG_IGN);
+  outliveTerminal();
   return std::make_unique<SystemGround>(std::move(makeAdvertiser));
 }
 
