@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a frame costs a face in its list of things to draw: as the show sends it ("plain"), with the
-// flash limit that decides about it ("engine"), and with nothing new to decide.
+// flash limit that decides about it ("engine"), and with nothing new to decide. Beside them the
+// least that painting such a frame can be: one fill of its pixels in a processor's memory.
+#include <algorithm>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
@@ -53,7 +57,18 @@ void frames(benchmark::State& state, const FrameCase& frame, FlashPolicy policy)
   for (auto _ : state) phone.frame(frame.between);
 }
 
+void fill(benchmark::State& state) {
+  std::vector<std::uint32_t> pixels(static_cast<std::size_t>(kScreen.width * kScreen.height));
+  std::uint32_t colour = 0xFF000000;
+  for (auto _ : state) {
+    std::fill(pixels.begin(), pixels.end(), ++colour);
+    benchmark::DoNotOptimize(pixels.data());
+    benchmark::ClobberMemory();
+  }
+}
+
 bool addAll() {
+  benchmark::RegisterBenchmark("GuardedFill", fill);
   for (const FrameCase* frame : {&kMoving, &kStrobe, &kStill}) {
     const std::string name = frame->name;
     benchmark::RegisterBenchmark((name + "/engine").c_str(), frames, *frame, FlashPolicy::limited);

@@ -83,6 +83,26 @@ TEST_F(LightGuardTest, HasOneTimerForAllThatItHolds) {
   EXPECT_LE(phone.loop.pending(), before + 1);
 }
 
+// No turn, no timer and no write more than without it.
+TEST_F(LightGuardTest, DoesNothingWhereNothingChanges) {
+  const auto turnsInAMinute = [this](FlashPolicy policy) {
+    engine.setLimits({.flash = policy});
+    show(1, 255, 1);
+    pass(5000);
+    phone.screen.log.drain();
+    phone.torch.log.drain();
+    const std::uint64_t before = phone.loop.turns();
+    pass(60'000);
+    EXPECT_THAT(phone.screen.log.drain(), IsEmpty());
+    EXPECT_THAT(phone.torch.log.drain(), IsEmpty());
+    return phone.loop.turns() - before;
+  };
+  const std::uint64_t exact = turnsInAMinute(FlashPolicy::exact);
+  const std::size_t pending = phone.loop.pending();
+  EXPECT_EQ(turnsInAMinute(FlashPolicy::limited), exact);
+  EXPECT_EQ(phone.loop.pending(), pending);
+}
+
 TEST_F(LightGuardTest, CapsTheBacklightAndLetsTheShowBelieveItsOwn) {
   engine.setLimits({.mostBrightness = 0.6});
   show(1);
