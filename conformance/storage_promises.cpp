@@ -130,6 +130,29 @@ std::vector<BrokenPromise> checkUserDefaults(
   return std::move(promises).broken();
 }
 
+namespace {
+
+void checkWhatIsKnownOfResources(Promises& promises, const BundleUnderTest& its) {
+  const Bundle& bundle = *its.bundle;
+  const auto known = bundle.attributes(its.path);
+  promises.expect(known && !known->isFolder && known->size == its.bytes.size(),
+                  "a resource's attributes say how large it is", its.path);
+  promises.expect(bundle.attributes(its.path) == known, "of what does not change they stay");
+  promises.expect(!bundle.attributes("no such/resource"), "nothing is known of a missing resource");
+  promises.expect(!bundle.list("no such"), "a missing folder has no list");
+  const std::size_t slash = its.path.rfind('/');
+  if (slash == std::string::npos) return;
+  const std::string folder = its.path.substr(0, slash);
+  const auto above = bundle.attributes(folder);
+  promises.expect(above && above->isFolder, "a folder of resources is one", folder);
+  const auto names = bundle.list(folder).value_or(std::vector<std::string>());
+  promises.expect(std::ranges::find(names, its.path.substr(slash + 1)) != names.end(),
+                  "a folder's list has what lies in it", its.path);
+  promises.expect(!bundle.readResource(folder, kLimit), "a folder is no resource", folder);
+}
+
+}  // namespace
+
 std::vector<BrokenPromise> checkBundle(const std::function<BundleUnderTest()>& make) {
   Promises promises("Bundle");
   const BundleUnderTest its = make();
@@ -140,6 +163,7 @@ std::vector<BrokenPromise> checkBundle(const std::function<BundleUnderTest()>& m
   promises.expect(!bundle.readResource(its.path, its.bytes.size() - 1),
                   "a resource larger than the limit is not read", its.path);
   promises.expect(!bundle.readResource("no such/resource", kLimit), "a missing resource is none");
+  checkWhatIsKnownOfResources(promises, its);
   promises.expect(bundle.localizedString("no such key") == "no such key",
                   "a key without a text is its own text", bundle.localizedString("no such key"));
   return std::move(promises).broken();

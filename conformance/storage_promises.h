@@ -27,7 +27,7 @@ std::vector<BrokenPromise> checkUserDefaults(
 /// A bundle, and one thing that is known of it.
 struct BundleUnderTest {
   std::unique_ptr<Bundle> bundle;  ///< Its texts may be of any language.
-  /// A resource that it has, and its bytes.
+  /// A resource that it has, best one in a folder, and its bytes.
   std::string path;
   std::string bytes;  ///< At least one.
 };

@@ -27,11 +27,7 @@ std::shared_ptr<const ShowAssets> loadShowAssets(const Bundles& bundles, const J
                                   "Keep the app open to continue taking part.");
   assets->lowLightText =
       kitText(bundles, "hv_low_light_hint", "Light show active. Please keep the app open.");
-  const std::string& resources = bundles.main.resourcePath();
-  if (!resources.empty()) {
-    assets->folder = resources + "/HVAssets";
-    assets->goboFolders.bundle = assets->folder + "/Gobos";
-  }
+  assets->clipFolder = bundles.main.location(kAssetFolder);
   return assets;
 }
 

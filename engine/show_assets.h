@@ -10,7 +10,6 @@
 
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/json.h"
-#include "light/gobo_animator.h"
 #include "light/palettes.h"
 
 namespace halvora {
@@ -21,10 +20,8 @@ struct ShowAssets {
   std::string pairingCode = "0000";
   std::string mapNoSeatText;
   std::string lowLightText;
-  /// HVAssets in the main bundle, where clips lie; empty for nowhere.
-  std::string folder;
-  /// Without the venue's downloaded content.
-  GoboFolders goboFolders;
+  /// Where players find clips: a folder of the main bundle; empty for nowhere.
+  std::string clipFolder;
 };
 
 /// Whatever is wrong with the palettes' file, the show goes on in the commands' own colours.

@@ -16,7 +16,7 @@ namespace {
 constexpr Duration kLowLightPoll = milliseconds(500);
 
 // A bucket is a folder within the documents; a text that leads out of them names none.
-std::string goboDocuments(const std::string& documents, const std::string& bucket) {
+std::string goboFolder(const std::string& documents, const std::string& bucket) {
   const std::string within = "/" + bucket + "/";
   const bool leadsOut = bucket.starts_with('/') || within.find("/../") != std::string::npos;
   return documents.empty() || bucket.empty() || leadsOut ? "" : documents + within + "Gobo";
@@ -47,7 +47,7 @@ ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
       guard_(platform_, views_, timers_, options.pictures),
       overlays_(state_.screen, views_, timers_),
       torch_(state_.torch, timers_, platform.random, guard_.torch(), *this),
-      gobo_(state_.gobo, views_, platform.files, platform.random),
+      gobo_(state_.gobo, views_, platform.files, platform.bundles->main, platform.random),
       video_(state_.video, views_, timers_, platform.files, platform.videoPlayers),
       seatLut_(platform_, *this, options.seatLuts),
       parts_(parts ? *parts : ShowParts{torch_, gobo_, overlays_, video_, seatLut_}),
@@ -94,8 +94,8 @@ void ShowEngine::viewDidLoad() {
   platform_.application->useAudioPlaybackCategory();
 
   views_.setText(ViewId::pairingCodeLabel, SharedText(assets_, &assets_->pairingCode));
-  gobo_.build(goboFolders());
-  video_.build(SharedText(assets_, &assets_->folder));
+  gobo_.build(goboDocuments());
+  video_.build(SharedText(assets_, &assets_->clipFolder));
   views_.setAlpha(ViewId::dimmerView, 1.0 - state_.colour.currentMaster);
   overlays_.build(SharedText(assets_, &assets_->mapNoSeatText),
                   SharedText(assets_, &assets_->lowLightText));
@@ -114,12 +114,9 @@ ShowCallbacks& ShowEngine::callbacks() {
   return *callbacks_;
 }
 
-// Without downloaded content they are the same for all engines.
-std::shared_ptr<const GoboFolders> ShowEngine::goboFolders() const {
-  std::string documents = goboDocuments(getPrivateDocumentsDirectory(), pairedBucketID_);
-  if (documents.empty()) return {assets_, &assets_->goboFolders};
-  return std::make_shared<const GoboFolders>(
-      GoboFolders{std::move(documents), assets_->goboFolders.bundle});
+SharedText ShowEngine::goboDocuments() const {
+  std::string folder = goboFolder(getPrivateDocumentsDirectory(), pairedBucketID_);
+  return folder.empty() ? nullptr : std::make_shared<const std::string>(std::move(folder));
 }
 
 void ShowEngine::viewWillLayoutSubviews(const std::optional<Rect>& superviewBounds) {

@@ -182,7 +182,7 @@ class ShowEngine : private ScannerListener,
   void airTrustChanged() override;
   void presenceChanged() override;
   ShowCallbacks& callbacks();
-  std::shared_ptr<const GoboFolders> goboFolders() const;
+  SharedText goboDocuments() const;
   SeatLight seatLight() override;
   std::optional<bool> seatIsWhite() override;
   int currentVideoMinutes() const override { return state_.seat.currentVideoMinutes; }

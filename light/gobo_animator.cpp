@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "light/mode_tables.h"
+#include "text/asset_paths.h"
 #include "text/numbers.h"
 
 namespace halvora {
@@ -24,36 +25,30 @@ std::optional<std::int64_t> variantsNamedBy(std::string_view name, int gobo) {
   return hasThreeParts ? integerValue(name.substr(second + 1)) : -1;
 }
 
-void GoboAnimator::build(std::shared_ptr<const GoboFolders> folders) {
-  folders_ = std::move(folders);
-  const std::string& bundle = this->folders().bundle;
-  show(bundle.empty() ? "" : bundle + "/1" + std::string(kExtension));
-}
-
-const GoboFolders& GoboAnimator::folders() const {
-  static const GoboFolders kNone;
-  return folders_ ? *folders_ : kNone;
+void GoboAnimator::build(SharedText documents) {
+  documents_ = std::move(documents);
+  showBundled("1" + std::string(kExtension));
 }
 
 void GoboAnimator::changeGobo() {
-  const GoboFolders& from = folders();
-  const std::string name = "/" + std::to_string(state_.currentGobo) + std::string(kExtension);
-  if (!from.documents.empty() && isFile(files_, from.documents + name)) {
-    return show(from.documents + name);
+  const std::string name = std::to_string(state_.currentGobo) + std::string(kExtension);
+  if (documents_ && isFile(files_, *documents_ + "/" + name)) return showDownloaded(name);
+  if (const auto count = variantsAmong(documents_ ? files_.list(*documents_) : std::nullopt)) {
+    return showDownloaded(drawVariant(*count));
   }
-  for (const std::string& folder : {from.documents, from.bundle}) {
-    if (const auto count = variantsIn(folder)) return show(drawVariant(folder, *count));
+  if (const auto count = variantsAmong(bundle_.list(kGoboFolder))) {
+    return showBundled(drawVariant(*count));
   }
-  show(from.bundle.empty() ? "" : from.bundle + name);
+  showBundled(name);
 }
 
 // Systems list a folder in any order; by taking the greatest name for the last one every phone of a
 // venue agrees.
-std::optional<std::int64_t> GoboAnimator::variantsIn(const std::string& folder) const {
+std::optional<std::int64_t> GoboAnimator::variantsAmong(Names names) const {
   std::optional<std::int64_t> count;
-  if (folder.empty()) return count;
+  if (!names) return count;
   std::string lastName;
-  for (std::string& name : files_.list(folder).value_or(std::vector<std::string>())) {
+  for (std::string& name : *names) {
     const auto variants = variantsNamedBy(name, state_.currentGobo);
     if (!variants) continue;
     if (!count) count = 0;
@@ -64,18 +59,26 @@ std::optional<std::int64_t> GoboAnimator::variantsIn(const std::string& folder) 
   return count;
 }
 
-std::string GoboAnimator::drawVariant(const std::string& folder, std::int64_t count) {
+std::string GoboAnimator::drawVariant(std::int64_t count) {
   const auto bound = static_cast<std::uint32_t>(std::clamp<std::int64_t>(count, 0, UINT32_MAX));
   const std::int64_t drawn = random_.below(bound);
   std::int64_t variant = drawn + 1;
   if (variant == state_.currentRandomIndex) variant = drawn == 0 ? 2 : drawn;
   state_.currentRandomIndex = variant;
-  return folder + "/" + std::to_string(state_.currentGobo) + "_" + std::to_string(variant) + "_" +
+  return std::to_string(state_.currentGobo) + "_" + std::to_string(variant) + "_" +
          std::to_string(count) + std::string(kExtension);
 }
 
-void GoboAnimator::show(const std::string& path) {
+void GoboAnimator::showDownloaded(const std::string& name) {
+  const std::string path = *documents_ + "/" + name;
   views_.setText(ViewId::goboImage, isFile(files_, path) ? path : std::string());
+}
+
+void GoboAnimator::showBundled(const std::string& name) {
+  const std::string path = kGoboFolder + ("/" + name);
+  const auto attributes = bundle_.attributes(path);
+  const bool isThere = attributes && !attributes->isFolder;
+  views_.setText(ViewId::goboImage, isThere ? bundle_.location(path) : std::string());
 }
 
 void GoboAnimator::goboPulse() {

@@ -75,7 +75,13 @@ class AbsentBluetooth final : public BluetoothCentral {
 class AbsentBundle final : public Bundle {
  public:
   const std::string& identifier() const override { return nothing_; }
-  const std::string& resourcePath() const override { return nothing_; }
+  std::optional<FileAttributes> attributes(std::string_view /*path*/) const override {
+    return std::nullopt;
+  }
+  std::optional<std::vector<std::string>> list(std::string_view /*folder*/) const override {
+    return std::nullopt;
+  }
+  std::string location(std::string_view /*path*/) const override { return {}; }
   std::optional<std::string> readResource(std::string_view /*path*/,
                                           std::size_t /*limit*/) const override {
     return std::nullopt;

@@ -27,8 +27,8 @@ std::array<const Bundle*, 2> inOrder(const Bundles& bundles) {
   return {&bundles.main, &bundles.kit};
 }
 
-bool isFolder(const Files& files, const std::string& path) {
-  const std::optional<FileAttributes> attributes = files.attributes(path);
+bool isFolder(const Bundle& bundle, const std::string& path) {
+  const std::optional<FileAttributes> attributes = bundle.attributes(path);
   return attributes && attributes->isFolder;
 }
 
@@ -39,10 +39,10 @@ std::string pathIn(std::string folder, const std::string& name) {
 
 }  // namespace
 
-std::string pixelMapVideoIn(const Files& files, const std::string& folder) {
-  if (!isFolder(files, folder)) return {};
-  for (const std::string& name : files.list(folder).value_or(std::vector<std::string>())) {
-    if (isVideoName(name)) return pathIn(folder, name);
+std::string pixelMapVideoIn(const Bundle& bundle, const std::string& folder) {
+  if (!isFolder(bundle, folder)) return {};
+  for (const std::string& name : bundle.list(folder).value_or(std::vector<std::string>())) {
+    if (isVideoName(name)) return bundle.location(pathIn(folder, name));
   }
   return {};
 }
@@ -50,9 +50,7 @@ std::string pixelMapVideoIn(const Files& files, const std::string& folder) {
 std::string PixelMapAssets::pixelMapVideoURLForVenueId(std::int64_t venueId,
                                                        std::int64_t pixelMapId) const {
   for (const Bundle* bundle : inOrder(bundles_)) {
-    if (bundle->resourcePath().empty()) continue;
-    std::string video =
-        pixelMapVideoIn(files_, bundle->resourcePath() + "/" + pixelMapFolder(venueId, pixelMapId));
+    std::string video = pixelMapVideoIn(*bundle, pixelMapFolder(venueId, pixelMapId));
     if (!video.empty()) return video;
   }
   return {};
@@ -65,12 +63,11 @@ std::vector<PixelMapVideoEntry> PixelMapAssets::pixelMapVideoEntriesForVenueId(
   std::set<std::string> mapIds;
   std::set<std::string> videos;
   for (const Bundle* bundle : inOrder(bundles_)) {
-    if (bundle->resourcePath().empty()) continue;
-    const std::string folder = bundle->resourcePath() + "/" + venueFolder(venueId);
-    if (!isFolder(files_, folder)) continue;
-    for (std::string& name : files_.list(folder).value_or(std::vector<std::string>())) {
+    const std::string folder = venueFolder(venueId);
+    if (!isFolder(*bundle, folder)) continue;
+    for (std::string& name : bundle->list(folder).value_or(std::vector<std::string>())) {
       if (name.empty()) continue;
-      std::string video = pixelMapVideoIn(files_, pathIn(folder, name));
+      std::string video = pixelMapVideoIn(*bundle, pathIn(folder, name));
       if (video.empty() || mapIds.contains(name) || videos.contains(video)) continue;
       mapIds.insert(name);
       videos.insert(video);

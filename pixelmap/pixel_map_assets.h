@@ -13,7 +13,6 @@
 
 #include "halvora/colour.h"
 #include "halvora/platform/bundle.h"
-#include "halvora/platform/files.h"
 #include "halvora/platform/image.h"
 #include "halvora/platform/video_asset.h"
 
@@ -22,20 +21,19 @@ namespace halvora {
 struct PixelMapVideoEntry {
   /// The name of the map's folder.
   std::string mapId;
-  /// The path of its video.
+  /// Where its video is, for `VideoAssets` and `Files`.
   std::string videoURL;
 };
 
-/// The path of the video directly in a map's folder; empty for none.
-std::string pixelMapVideoIn(const Files& files, const std::string& folder);
+/// Where the video directly in a map's folder of a bundle is; empty for none.
+std::string pixelMapVideoIn(const Bundle& bundle, const std::string& folder);
 
 class PixelMapAssets {
  public:
-  PixelMapAssets(const Bundles& bundles, const Files& files, const VideoAssets& videos,
-                 const ImageDecoder& images)
-      : bundles_(bundles), files_(files), videos_(videos), images_(images) {}
+  PixelMapAssets(const Bundles& bundles, const VideoAssets& videos, const ImageDecoder& images)
+      : bundles_(bundles), videos_(videos), images_(images) {}
 
-  /// The path of the map's video, from the main bundle if it is in both; empty for none.
+  /// Where the map's video is, in the main bundle if it is in both; empty for none.
   std::string pixelMapVideoURLForVenueId(std::int64_t venueId, std::int64_t pixelMapId) const;
   /// Every map of the venue that has a video, each once, in the order of the bundles and of the
   /// folders in them.
@@ -75,7 +73,6 @@ class PixelMapAssets {
   };
 
   const Bundles& bundles_;
-  const Files& files_;
   const VideoAssets& videos_;
   const ImageDecoder& images_;
   VideoFrameCache cache_;

@@ -27,7 +27,7 @@ struct PixelMapSeatLuts::FoundVideo {
 
 struct PixelMapSeatLuts::Work {
   Work(const Platform& platform, PixelMapSeatLuts& luts)
-      : assets(platform.bundles, platform.files, platform.videoAssets, platform.images),
+      : assets(platform.bundles, platform.videoAssets, platform.images),
         builds(platform.runLoop, luts),
         precomputes(luts) {}
 

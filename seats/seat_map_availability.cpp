@@ -20,18 +20,15 @@ namespace halvora {
 class SeatMapAvailability::Loader {
  public:
   explicit Loader(const Platform& platform)
-      : folder_(platform.bundles->main.resourcePath()),
+      : bundle_(platform.bundles->main),
         texts_(seatMapTexts(platform.bundles->kit)),
-        files_(platform.files),
         json_(platform.json) {}
 
   const LoadedSeatMap& loadSeatMapSectionsForVenueId(std::int64_t venueId) {
-    std::string path = mapPath(venueId);
-    const std::optional<FileAttributes> file =
-        folder_.empty() ? std::nullopt : files_.attributes(path);
+    std::string path = seatMapFile(venueId);
+    const std::optional<FileAttributes> file = bundle_.attributes(path);
     // A venue without a map is looked at again and again; only a file that changed is read again.
-    const bool isSame = path == path_ && file && file_ && file->size == file_->size &&
-                        file->modifiedAt == file_->modifiedAt;
+    const bool isSame = path == path_ && file && file == file_;
     if (isSame) return loaded_;
     // Without a path until there is a result: what throws is to be read anew.
     path_.clear();
@@ -42,17 +39,15 @@ class SeatMapAvailability::Loader {
   }
 
  private:
-  std::string mapPath(std::int64_t venueId) const { return folder_ + "/" + seatMapFile(venueId); }
   LoadedSeatMap read(const std::string& path) const {
-    const std::optional<std::string> document = files_.read(path, kLargestSeatMap);
+    const std::optional<std::string> document = bundle_.readResource(path, kLargestSeatMap);
     if (!document) return {};
     return {std::make_shared<const SeatMap>(parseSeatMapSectionsFromJSON(*document, texts_, json_)),
             mapVersionInfoFromJSON(*document, json_)};
   }
 
-  const std::string folder_;
+  const Bundle& bundle_;
   const SeatMapTexts texts_;
-  const Files& files_;
   const JsonReader& json_;
   /// The last load.
   std::string path_;

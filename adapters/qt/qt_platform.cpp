@@ -70,9 +70,11 @@ StringTable kitTexts(const JsonReader& json) {
   return stringTableOf(*compiledIn(json), languages(), json);
 }
 
-std::unique_ptr<Bundle> kitBundle(const std::string& folder, const JsonReader& json) {
+std::unique_ptr<Bundle> kitBundle(const Files& files, const std::string& folder,
+                                  const JsonReader& json) {
   if (folder.empty()) return compiledIn(json);
-  return std::make_unique<FolderBundle>(folder, kKitIdentifier, languages(), json, kitTexts(json));
+  return std::make_unique<FolderBundle>(files, folder, kKitIdentifier, languages(), json,
+                                        kitTexts(json));
 }
 
 }  // namespace
@@ -85,8 +87,9 @@ struct QtPlatform::Needs {
         documents(documentsOf(options)),
         json(libraries.json),
         defaults(documents + "/defaults.json", {libraries.files, json, runLoop, queues}),
-        main(assetsOf(options), identifierOf(options), languages(), json, kitTexts(json)),
-        kit(kitBundle(options.kit, json)),
+        main(libraries.files, assetsOf(options), identifierOf(options), languages(), json,
+             kitTexts(json)),
+        kit(kitBundle(libraries.files, options.kit, json)),
         http(options.allowsPlainHttp) {
     platform.images = libraries.images;
     platform.files = libraries.files;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A bundle that is compiled into the program: a folder of Qt's resource system. It has no folder in
-// the file system, so nothing but what is asked of it by name can be read. Main thread.
+// A bundle that is compiled into the program: a folder of Qt's resource system, which Qt's pictures
+// and players read too, and nobody else. Threads as of `Bundle`.
 #pragma once
 
 #include <QString>
@@ -21,14 +21,17 @@ class QtResourceBundle final : public Bundle {
                    const std::vector<std::string>& languages, const JsonReader& json);
 
   const std::string& identifier() const override { return identifier_; }
-  const std::string& resourcePath() const override { return noPath_; }
+  std::optional<FileAttributes> attributes(std::string_view path) const override;
+  std::optional<std::vector<std::string>> list(std::string_view folder) const override;
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
+  std::string location(std::string_view path) const override;
   std::string localizedString(std::string_view key) const override;
 
  private:
+  QString nameOf(std::string_view path) const;
+
   const QString folder_;
   const std::string identifier_;
-  const std::string noPath_;
   StringTable strings_;
 };
 

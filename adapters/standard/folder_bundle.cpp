@@ -5,14 +5,12 @@
 #include <cstdlib>
 #include <utility>
 
-#include "adapters/standard/standard_files.h"
-
 namespace halvora {
 
-FolderBundle::FolderBundle(std::string folder, std::string identifier,
+FolderBundle::FolderBundle(const Files& files, std::string folder, std::string identifier,
                            const std::vector<std::string>& languages, const JsonReader& json,
                            StringTable beneath)
-    : FolderBundle(std::move(folder), std::move(identifier)) {
+    : FolderBundle(files, std::move(folder), std::move(identifier)) {
   strings_ = stringTableOf(*this, languages, json);
   strings_.merge(beneath);
 }
@@ -20,7 +18,24 @@ FolderBundle::FolderBundle(std::string folder, std::string identifier,
 std::optional<std::string> FolderBundle::readResource(std::string_view path,
                                                       std::size_t limit) const {
   if (folder_.empty()) return std::nullopt;
-  return readFile(folder_ + "/" + std::string(path), limit);
+  return files_.read(location(path), limit);
+}
+
+std::optional<FileAttributes> FolderBundle::attributes(std::string_view path) const {
+  if (folder_.empty()) return std::nullopt;
+  return files_.attributes(location(path));
+}
+
+std::optional<std::vector<std::string>> FolderBundle::list(std::string_view folder) const {
+  if (folder_.empty()) return std::nullopt;
+  return files_.list(location(folder));
+}
+
+std::string FolderBundle::location(std::string_view path) const {
+  std::string found;
+  if (folder_.empty()) return found;
+  found.reserve(folder_.size() + 1 + path.size());
+  return found.append(folder_).append(1, '/').append(path);
 }
 
 std::string FolderBundle::localizedString(std::string_view key) const {

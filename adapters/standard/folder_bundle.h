@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// A bundle that is a folder on disk: resources as files, texts as a string table. Which table
-// serves is settled when the bundle is made. Main thread.
+// A bundle that is a folder: resources as files, texts as a string table. Which table serves is
+// settled when the bundle is made. Threads as of `Bundle`, and of the files.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,6 +11,7 @@
 
 #include "adapters/standard/string_table.h"
 #include "halvora/platform/bundle.h"
+#include "halvora/platform/files.h"
 #include "halvora/platform/json.h"
 
 namespace halvora {
@@ -17,20 +19,23 @@ namespace halvora {
 class FolderBundle final : public Bundle {
  public:
   /// An empty folder makes a bundle without resources. `languages` are the user's, best first. What
-  /// the folder's tables lack is looked up in `beneath`, key by key.
-  FolderBundle(std::string folder, std::string identifier,
+  /// the folder's tables lack is looked up in `beneath`, key by key. The files outlive the bundle.
+  FolderBundle(const Files& files, std::string folder, std::string identifier,
                const std::vector<std::string>& languages, const JsonReader& json,
                StringTable beneath = {});
   /// A bundle of resources alone: every text is its key.
-  FolderBundle(std::string folder, std::string identifier)
-      : folder_(std::move(folder)), identifier_(std::move(identifier)) {}
+  FolderBundle(const Files& files, std::string folder, std::string identifier)
+      : files_(files), folder_(std::move(folder)), identifier_(std::move(identifier)) {}
 
   const std::string& identifier() const override { return identifier_; }
-  const std::string& resourcePath() const override { return folder_; }
+  std::optional<FileAttributes> attributes(std::string_view path) const override;
+  std::optional<std::vector<std::string>> list(std::string_view folder) const override;
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
+  std::string location(std::string_view path) const override;
   std::string localizedString(std::string_view key) const override;
 
  private:
+  const Files& files_;
   std::string folder_;
   std::string identifier_;
   StringTable strings_;

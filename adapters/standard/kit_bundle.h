@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The kit's own bundle without a folder: its texts are compiled in, in every language that there is
-// a table of, and no text reaches a user as a bare key. Main thread.
+// a table of, and no text reaches a user as a bare key. Threads as of `Bundle`.
 #pragma once
 
 #include <optional>
@@ -20,9 +20,12 @@ class KitBundle final : public Bundle {
   KitBundle(const std::vector<std::string>& languages, const JsonReader& json);
 
   const std::string& identifier() const override { return identifier_; }
-  const std::string& resourcePath() const override { return folder_; }
+  std::optional<FileAttributes> attributes(std::string_view path) const override;
+  std::optional<std::vector<std::string>> list(std::string_view folder) const override;
   /// Its tables, as "strings/en.json".
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
+  /// Nobody plays or draws a table.
+  std::string location(std::string_view /*path*/) const override { return {}; }
   std::string localizedString(std::string_view key) const override;
 
   /// What a host's own bundle lays its texts over, key by key.
@@ -30,7 +33,6 @@ class KitBundle final : public Bundle {
 
  private:
   const std::string identifier_ = "com.halvora.sdk";
-  const std::string folder_;
   StringTable texts_;
 };
 

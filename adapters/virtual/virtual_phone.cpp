@@ -18,6 +18,8 @@ VirtualPhone::VirtualPhone(const JsonReader& reader, VirtualPhoneSetup setup)
       files(setup.files != nullptr ? *setup.files : virtualFiles),
       videoAssets(setup.videoAssets != nullptr ? *setup.videoAssets : virtualVideos),
       workers(setup.workers != nullptr ? *setup.workers : inlineWorkers) {
+  mainBundle.files = &files;
+  kitBundle.files = &files;
   torch.isFitted = setup.hasTorch;
   torch.isFlashFitted = setup.hasTorch;
   bluetooth.setAuthorization(setup.authorization);

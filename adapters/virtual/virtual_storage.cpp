@@ -39,8 +39,25 @@ void VirtualDefaults::setFromOutside(std::string_view key, std::optional<Default
 std::optional<std::string> VirtualBundle::readResource(std::string_view path,
                                                        std::size_t limit) const {
   const auto found = resources.find(path);
-  if (found == resources.end() || found->second.size() > limit) return std::nullopt;
+  if (found == resources.end()) {
+    return hasFolder() ? files->read(location(path), limit) : std::nullopt;
+  }
+  if (found->second.size() > limit) return std::nullopt;
   return found->second;
+}
+
+std::optional<FileAttributes> VirtualBundle::attributes(std::string_view path) const {
+  const auto found = resources.find(path);
+  if (found != resources.end()) return FileAttributes{.size = found->second.size()};
+  return hasFolder() ? files->attributes(location(path)) : std::nullopt;
+}
+
+std::optional<std::vector<std::string>> VirtualBundle::list(std::string_view name) const {
+  return hasFolder() ? files->list(location(name)) : std::nullopt;
+}
+
+std::string VirtualBundle::location(std::string_view path) const {
+  return folder.empty() ? std::string() : folder + "/" + std::string(path);
 }
 
 std::string VirtualBundle::localizedString(std::string_view key) const {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// User defaults and bundles in memory. Single-threaded.
+// User defaults and bundles in memory. Single-threaded, but for what a bundle's resources are.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,7 @@
 
 #include "adapters/virtual/log.h"
 #include "halvora/platform/bundle.h"
+#include "halvora/platform/files.h"
 #include "halvora/platform/user_defaults.h"
 
 namespace halvora {
@@ -42,19 +43,25 @@ class VirtualDefaults final : public UserDefaults {
   std::vector<std::pair<std::string, DefaultsValue>> values_;
 };
 
-class VirtualBundle final : public Bundle {
+class VirtualBundle : public Bundle {
  public:
   explicit VirtualBundle(std::string identifier) : identifier_(std::move(identifier)) {}
   const std::string& identifier() const override { return identifier_; }
-  const std::string& resourcePath() const override { return folder; }
+  std::optional<FileAttributes> attributes(std::string_view path) const override;
+  std::optional<std::vector<std::string>> list(std::string_view name) const override;
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
+  std::string location(std::string_view path) const override;
   std::string localizedString(std::string_view key) const override;
 
+  /// Resources that are not in memory lie in this folder of these files; none or empty for nowhere.
+  const Files* files = nullptr;
   std::string folder;
   std::map<std::string, std::string, std::less<>> resources;
   std::map<std::string, std::string, std::less<>> strings;
 
  private:
+  bool hasFolder() const { return files != nullptr && !folder.empty(); }
+
   std::string identifier_;
 };
 

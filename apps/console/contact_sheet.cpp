@@ -94,7 +94,7 @@ void drawHeading(QPainter& painter, const ShowFiles& files, Duration pause) {
 }  // namespace
 
 ContactSheet drawContactSheet(const ShowFiles& files, DemoLibraries& libraries) {
-  FolderBundle mainBundle(files.assets, "com.example.host");
+  FolderBundle mainBundle(libraries.files, files.assets, "com.example.host");
   VirtualPhoneSetup setup =
       setupOf(files.scenario.device, std::make_unique<SeededRandom>(kShowSeed));
   setup.mainBundle = &mainBundle;

@@ -99,8 +99,7 @@ void ShowConsole::takeSeat() {
 
 void ShowConsole::findMaps() {
   maps_.append(choice(0, QStringLiteral("None")));
-  const PixelMapAssets assets(phone_.bundles, libraries_.files, libraries_.videos,
-                              libraries_.images);
+  const PixelMapAssets assets(phone_.bundles, libraries_.videos, libraries_.images);
   for (const auto& entry : assets.pixelMapVideoEntriesForVenueId(desk_.look().venueId)) {
     const QString name = QString::fromStdString(entry.mapId);
     maps_.append(choice(name.toInt(), name));
@@ -109,8 +108,7 @@ void ShowConsole::findMaps() {
 
 void ShowConsole::countFrames() {
   frames_ = 0;
-  const PixelMapAssets assets(phone_.bundles, libraries_.files, libraries_.videos,
-                              libraries_.images);
+  const PixelMapAssets assets(phone_.bundles, libraries_.videos, libraries_.images);
   const Broadcast& look = desk_.look();
   const std::string path = assets.pixelMapVideoURLForVenueId(look.venueId, look.pixelMapId);
   const auto video = path.empty() ? nullptr : libraries_.videos.open(path);

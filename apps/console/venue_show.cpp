@@ -107,8 +107,7 @@ void VenueShow::setOpen(bool open) {
 }
 
 void VenueShow::read() {
-  const PixelMapAssets assets(bundles_, parts_.libraries.files, parts_.libraries.videos,
-                              parts_.libraries.images);
+  const PixelMapAssets assets(bundles_, parts_.libraries.videos, parts_.libraries.images);
   showProgress(0);
   reading_ = std::make_shared<Reading>(*this);
   reading_->order = {parts_.mainBundle.readResource(seatMapFile(parts_.venueId), kLargestSeatMap),

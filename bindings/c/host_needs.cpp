@@ -268,22 +268,4 @@ bool DefaultsFile::makeFolder(const std::string& path) {
   return isHosts() || !hasFolder_ || beneath_.makeFolder(path);
 }
 
-HostBundle::HostBundle(const Files& files, std::string folder,
-                       const std::vector<std::string>& languages, const JsonReader& json,
-                       StringTable beneath)
-    : files_(files), folder_(std::move(folder)) {
-  strings_ = stringTableOf(*this, languages, json);
-  strings_.merge(beneath);
-}
-
-std::optional<std::string> HostBundle::readResource(std::string_view path,
-                                                    std::size_t limit) const {
-  if (folder_.empty()) return std::nullopt;
-  return files_.read(folder_ + "/" + std::string(path), limit);
-}
-
-std::string HostBundle::localizedString(std::string_view key) const {
-  return textIn(strings_, key);
-}
-
 }  // namespace halvora

@@ -167,22 +167,4 @@ class DefaultsFile final : public StandardFiles {
   const bool hasFolder_;
 };
 
-/// A folder's resources, through the phone's files.
-class HostBundle final : public Bundle {
- public:
-  /// What the folder's tables lack is looked up in `beneath`, key by key.
-  HostBundle(const Files& files, std::string folder, const std::vector<std::string>& languages,
-             const JsonReader& json, StringTable beneath);
-  const std::string& identifier() const override { return identifier_; }
-  const std::string& resourcePath() const override { return folder_; }
-  std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
-  std::string localizedString(std::string_view key) const override;
-
- private:
-  const Files& files_;
-  const std::string folder_;
-  const std::string identifier_ = "host";
-  StringTable strings_;
-};
-
 }  // namespace halvora

@@ -52,7 +52,7 @@ HostPhone::HostPhone(const halvora_callbacks& callbacks, const halvora_options& 
       defaults_(defaultsFile_.path(),
                 {.files = defaultsFile_, .json = json_, .runLoop = loop, .queues = queues_}),
       kit_(languages_, json_),
-      main_(files_, textOf(options.assets), languages_, json_, kit_.texts()),
+      main_(files_, textOf(options.assets), "host", languages_, json_, kit_.texts()),
       bundles_{.main = main_, .kit = kit_, .documents = textOf(options.documents)},
       platform_{.runLoop = loop,
                 .queues = queues_,

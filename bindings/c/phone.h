@@ -10,6 +10,7 @@
 
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/file_defaults.h"
+#include "adapters/standard/folder_bundle.h"
 #include "adapters/standard/kit_bundle.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/system_clock.h"
@@ -82,7 +83,7 @@ class HostPhone : private LightObserver {
   DefaultsFile defaultsFile_;
   FileDefaults defaults_;
   KitBundle kit_;
-  HostBundle main_;
+  FolderBundle main_;
   Bundles bundles_;
   Platform platform_;
   const std::int64_t defaultVenue_;

@@ -89,8 +89,9 @@ TEST(ConformanceOfDefaults, HoldsForAFile) {
 TEST(ConformanceOfBundles, HoldsForAFolder) {
   const TemporaryFolder folder;
   folder.write("a/b.txt", "bytes");
-  expectKept(checkBundle([&folder] {
-    return BundleUnderTest{std::make_unique<FolderBundle>(folder.path(), "com.example.host"),
+  const StandardFiles files;
+  expectKept(checkBundle([&] {
+    return BundleUnderTest{std::make_unique<FolderBundle>(files, folder.path(), "com.example.host"),
                            "a/b.txt", "bytes"};
   }));
 }

@@ -13,7 +13,7 @@
 
 namespace halvora {
 
-enum class Fault : std::uint8_t { first, second, third };
+enum class Fault : std::uint8_t { first, second, third, fourth, fifth };
 
 inline void expectSaid(const std::vector<conformance::BrokenPromise>& broken,
                        const std::string& promise) {

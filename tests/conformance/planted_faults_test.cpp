@@ -156,10 +156,19 @@ class FaultyBundle final : public Bundle {
  public:
   explicit FaultyBundle(Fault fault) : fault_(fault) {}
   const std::string& identifier() const override { return identifier_; }
-  const std::string& resourcePath() const override { return folder_; }
+  std::optional<FileAttributes> attributes(std::string_view path) const override {
+    if (path == "a/b") return FileAttributes{.size = fault_ == Fault::fourth ? 6U : 5U};
+    if (path == "a") return FileAttributes{.isFolder = true};
+    return std::nullopt;
+  }
+  std::optional<std::vector<std::string>> list(std::string_view folder) const override {
+    if (folder != "a") return std::nullopt;
+    return fault_ == Fault::fifth ? std::vector<std::string>() : std::vector<std::string>{"b"};
+  }
+  std::string location(std::string_view /*path*/) const override { return {}; }
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override {
-    if (path != "a" && fault_ == Fault::first) return "";
-    if (path != "a") return std::nullopt;
+    if (path != "a/b" && fault_ == Fault::first) return "";
+    if (path != "a/b") return std::nullopt;
     if (limit < 5 && fault_ != Fault::second) return std::nullopt;
     return "bytes";
   }
@@ -170,18 +179,19 @@ class FaultyBundle final : public Bundle {
  private:
   const Fault fault_;
   const std::string identifier_ = "faulty";
-  const std::string folder_;
 };
 
 TEST(PlantedFaults, OfABundleAreSaid) {
   const auto ofBundle = [](Fault fault) {
     return checkBundle([fault] {
-      return BundleUnderTest{std::make_unique<FaultyBundle>(fault), "a", "bytes"};
+      return BundleUnderTest{std::make_unique<FaultyBundle>(fault), "a/b", "bytes"};
     });
   };
   expectSaid(ofBundle(Fault::first), "a missing resource is none");
   expectSaid(ofBundle(Fault::second), "a resource larger than the limit is not read");
   expectSaid(ofBundle(Fault::third), "a key without a text is its own text");
+  expectSaid(ofBundle(Fault::fourth), "a resource's attributes say how large it is");
+  expectSaid(ofBundle(Fault::fifth), "a folder's list has what lies in it");
 }
 
 /// One manager at a time is enough for a fault to show.

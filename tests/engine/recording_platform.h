@@ -154,7 +154,13 @@ class RecordingBundle final : public Bundle {
  public:
   RecordingBundle(Bundle& bundle, ActLog& log) : bundle_(bundle), log_(log) {}
   const std::string& identifier() const override { return bundle_.identifier(); }
-  const std::string& resourcePath() const override { return bundle_.resourcePath(); }
+  std::optional<FileAttributes> attributes(std::string_view path) const override {
+    return bundle_.attributes(path);
+  }
+  std::optional<std::vector<std::string>> list(std::string_view folder) const override {
+    return bundle_.list(folder);
+  }
+  std::string location(std::string_view path) const override { return bundle_.location(path); }
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override;
   std::string localizedString(std::string_view key) const override;
 

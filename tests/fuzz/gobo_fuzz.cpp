@@ -17,6 +17,7 @@
 #include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_devices.h"
 #include "adapters/virtual/virtual_run_loop.h"
+#include "halvora/platform/absent.h"
 #include "light/gobo_animator.h"
 #include "light/view_stack.h"
 #include "tests/fuzz/fuzz_targets.h"
@@ -71,9 +72,9 @@ int fuzzGobos(FuzzBytes bytes) {
   ScriptedRandom random(ScriptedRandom::Rule::greatest);
   GoboState state;
   const StandardFiles files;
-  GoboAnimator gobo(state, views, files, random);
+  GoboAnimator gobo(state, views, files, absent::bundles().main, random);
   state.currentGobo = number;
-  gobo.build(std::make_shared<const GoboFolders>(GoboFolders{folder(), ""}));
+  gobo.build(std::make_shared<const std::string>(folder()));
   for (int change = 0; change < 3; ++change) {
     gobo.changeGobo();
     const std::string& shown = views.text(ViewId::goboImage);

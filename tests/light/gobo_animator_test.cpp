@@ -9,17 +9,22 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "adapters/standard/folder_bundle.h"
 #include "adapters/standard/seeded_random.h"
 #include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_files.h"
+#include "adapters/virtual/virtual_storage.h"
 #include "tests/adapters/standard/temporary_folder.h"
 #include "tests/light/light_room.h"
 
 namespace halvora {
 namespace {
 
-/// The gobo animator alone, with folders of its own. An event is the picture shown, relative to
-/// those folders ("-" for none), or the start of a fade of the gobo view.
+const std::string kGobos = "host/HVAssets/Gobos/";
+
+/// The gobo animator alone, with folders of its own: "bundle" stands for that of a host's bundle.
+/// An event is the picture shown, relative to those folders ("-" for none), or the start of a fade
+/// of the gobo view.
 class GoboRoom final : private ViewObserver {
  public:
   explicit GoboRoom(std::vector<std::uint32_t> draws = {}) : random(Rule::least, std::move(draws)) {
@@ -28,9 +33,11 @@ class GoboRoom final : private ViewObserver {
   }
 
   void build(std::initializer_list<const char*> names) {
-    for (const char* name : names) files.write(name, "");
-    gobo.build(std::make_shared<const GoboFolders>(
-        GoboFolders{files.path() + "/documents", files.path() + "/bundle"}));
+    for (const std::string name : names) {
+      const bool isBundled = name.starts_with("bundle/");
+      files.write(isBundled ? kGobos + name.substr(7) : name, "");
+    }
+    gobo.build(std::make_shared<const std::string>(files.path() + "/documents"));
     events.clear();
   }
   /// Picks a picture for the gobo in force and says which.
@@ -40,7 +47,9 @@ class GoboRoom final : private ViewObserver {
   }
   std::string shown() const {
     const std::string& path = views.text(ViewId::goboImage);
-    return path.empty() ? "-" : path.substr(files.path().size() + 1);
+    if (path.empty()) return "-";
+    const std::string name = path.substr(files.path().size() + 1);
+    return name.starts_with(kGobos) ? "bundle/" + name.substr(kGobos.size()) : name;
   }
   /// As a look with the gobo does before it pulses.
   void enter(std::uint32_t mode, int speed) {
@@ -59,7 +68,8 @@ class GoboRoom final : private ViewObserver {
   GoboState state;
   ScriptedRandom random;
   StandardFiles disk;
-  GoboAnimator gobo{state, views, disk, random};
+  FolderBundle host{disk, files.path() + "/host", "com.example.host"};
+  GoboAnimator gobo{state, views, disk, host, random};
   Events events;
 
  private:
@@ -148,8 +158,11 @@ TEST(GoboChoice, MissingVariantShowsNothingAndLooksNowhereElse) {
 
 TEST(GoboChoice, WithoutFoldersShowsNothing) {
   GoboRoom room;
-  room.gobo.build(std::make_shared<const GoboFolders>(GoboFolders{}));
-  EXPECT_EQ(room.change(), "-");
+  const FolderBundle nowhere(room.disk, "", "com.example.host");
+  GoboAnimator gobo(room.state, room.views, room.disk, nowhere, room.random);
+  gobo.build(nullptr);
+  gobo.changeGobo();
+  EXPECT_EQ(room.shown(), "-");
 }
 
 TEST(GoboVariants, NeverTheSameTwiceRunning) {
@@ -169,9 +182,8 @@ TEST(GoboVariants, AreAllShownInTheLongRun) {
   room.build(
       {"documents/3_1_4.png", "documents/3_2_4.png", "documents/3_3_4.png", "documents/3_4_4.png"});
   SeededRandom random(1);
-  GoboAnimator gobo(room.state, room.views, room.disk, random);
-  gobo.build(
-      std::make_shared<const GoboFolders>(GoboFolders{room.files.path() + "/documents", ""}));
+  GoboAnimator gobo(room.state, room.views, room.disk, room.host, random);
+  gobo.build(std::make_shared<const std::string>(room.files.path() + "/documents"));
   std::set<std::string> all;
   std::string last;
   for (int change = 0; change < 200; ++change) {
@@ -242,17 +254,19 @@ TEST(GoboFolder, MayBeAnywhereThatFilesAre) {
   GoboState state;
   ScriptedRandom random(Rule::least);
   VirtualFiles packed;
-  GoboAnimator gobo(state, views, packed, random);
-  for (const char* name : {"/packed/Gobos/1.png", "/packed/Gobos/3_1_2.png",
-                           "/packed/Gobos/3_2_2.png", "/packed/bucket/Gobo/4.png"}) {
+  VirtualBundle host("com.example.host");
+  host.files = &packed;
+  host.folder = "/packed";
+  GoboAnimator gobo(state, views, packed, host, random);
+  for (const char* name : {"/packed/HVAssets/Gobos/1.png", "/packed/HVAssets/Gobos/3_1_2.png",
+                           "/packed/HVAssets/Gobos/3_2_2.png", "/packed/bucket/Gobo/4.png"}) {
     packed.put(name, "");
   }
-  gobo.build(
-      std::make_shared<const GoboFolders>(GoboFolders{"/packed/bucket/Gobo", "/packed/Gobos"}));
-  EXPECT_EQ(views.text(ViewId::goboImage), "/packed/Gobos/1.png");
+  gobo.build(std::make_shared<const std::string>("/packed/bucket/Gobo"));
+  EXPECT_EQ(views.text(ViewId::goboImage), "/packed/HVAssets/Gobos/1.png");
   state.currentGobo = 3;
   gobo.changeGobo();
-  EXPECT_EQ(views.text(ViewId::goboImage), "/packed/Gobos/3_1_2.png");
+  EXPECT_EQ(views.text(ViewId::goboImage), "/packed/HVAssets/Gobos/3_1_2.png");
   state.currentGobo = 4;
   gobo.changeGobo();
   EXPECT_EQ(views.text(ViewId::goboImage), "/packed/bucket/Gobo/4.png");
@@ -261,10 +275,20 @@ TEST(GoboFolder, MayBeAnywhereThatFilesAre) {
   EXPECT_EQ(views.text(ViewId::goboImage), "");
 }
 
+TEST(GoboFolder, OfABundleThatFacesCannotReadShowsNothing) {
+  GoboRoom room;
+  VirtualBundle host("com.example.host");
+  host.resources["HVAssets/Gobos/3.png"] = "a picture";
+  GoboAnimator gobo(room.state, room.views, room.disk, host, room.random);
+  gobo.build(nullptr);
+  gobo.changeGobo();
+  EXPECT_EQ(room.shown(), "-");
+}
+
 TEST(GoboFolder, PipeIsNoPicture) {
   GoboRoom room;
   room.build({"bundle/1.png"});
-  ASSERT_EQ(mkfifo((room.files.path() + "/bundle/3.png").c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo((room.files.path() + "/" + kGobos + "3.png").c_str(), 0600), 0);
   EXPECT_EQ(room.change(), "-");
 }
 
@@ -275,12 +299,16 @@ TEST(GoboFolder, ThatCannotBeListedHoldsNoSet) {
   std::filesystem::create_directory_symlink(root + "/loop", root + "/loop");
   for (const std::string& folder :
        {root + "/absent", root + "/a_file", root + "/loop", root + "/" + std::string(300, 'x')}) {
-    room.gobo.build(std::make_shared<const GoboFolders>(GoboFolders{folder, root + "/bundle"}));
+    room.gobo.build(std::make_shared<const std::string>(folder));
     EXPECT_EQ(room.change(), "bundle/3.png") << folder;
-    room.gobo.build(std::make_shared<const GoboFolders>(GoboFolders{root + "/bundle", folder}));
-    EXPECT_EQ(room.change(), "bundle/3.png") << folder;
-    room.gobo.build(std::make_shared<const GoboFolders>(GoboFolders{"", folder}));
-    EXPECT_EQ(room.change(), "-") << folder;
+    const FolderBundle host(room.disk, folder, "com.example.host");
+    GoboAnimator gobo(room.state, room.views, room.disk, host, room.random);
+    gobo.build(std::make_shared<const std::string>(root + "/host/HVAssets/Gobos"));
+    gobo.changeGobo();
+    EXPECT_EQ(room.shown(), "bundle/3.png") << folder;
+    gobo.build(nullptr);
+    gobo.changeGobo();
+    EXPECT_EQ(room.shown(), "-") << folder;
   }
 }
 
@@ -294,7 +322,7 @@ TEST(GoboFolder, FolderIsNoPicture) {
 
 TEST(GoboFolder, MayHoldThousandsOfEntries) {
   GoboRoom room({2});
-  for (int at = 0; at < 3000; ++at) room.files.write("bundle/" + std::to_string(at) + ".txt", "");
+  for (int at = 0; at < 3000; ++at) room.files.write(kGobos + std::to_string(at) + ".txt", "");
   room.build({"bundle/3_1_3.png", "bundle/3_3_3.png"});
   EXPECT_EQ(room.change(), "bundle/3_3_3.png");
 }

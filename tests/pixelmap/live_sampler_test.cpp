@@ -27,6 +27,7 @@ class LiveSampling : public testing::Test {
  protected:
   LiveSampling() {
     bundle_.folder = "/main";
+    bundle_.files = &files_;
     putVideo(VirtualVideo::ofPlaces(10, 4, 3));
   }
 
@@ -75,7 +76,7 @@ class LiveSampling : public testing::Test {
   VirtualVideoAssets videos_;
   VirtualBundle bundle_{"com.example.host"};
   Bundles bundles_{bundle_, bundle_};
-  PixelMapAssets assets_{bundles_, files_, videos_, absent::images()};
+  PixelMapAssets assets_{bundles_, videos_, absent::images()};
   StepQueue queue_;
   std::unique_ptr<LiveSampler> sampler_ = std::make_unique<LiveSampler>(assets_, videos_);
   /// The frames that were read, in order.

@@ -25,6 +25,8 @@ class PixelMapAssetsTest : public testing::Test {
   PixelMapAssetsTest() {
     main_.folder = "/main";
     kit_.folder = "/kit";
+    main_.files = &files_;
+    kit_.files = &files_;
     assets_.debugTextListener = [this](const auto& text) { texts_.push_back(text); };
   }
 
@@ -66,7 +68,7 @@ class PixelMapAssetsTest : public testing::Test {
   VirtualBundle kit_{"com.halvora.sdk"};
   Bundles bundles_{main_, kit_};
   PixmapDecoder decoder_;
-  PixelMapAssets assets_{bundles_, files_, videos_, decoder_};
+  PixelMapAssets assets_{bundles_, videos_, decoder_};
   Texts texts_;
 };
 

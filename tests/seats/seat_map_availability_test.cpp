@@ -164,6 +164,15 @@ TEST(SeatMapAvailability, AHostWithoutAFolderHasNoMaps) {
   EXPECT_TRUE(mapOf(bench).seatMapSections()->isEmpty());
 }
 
+TEST(SeatMapAvailability, ABundleNeedsNoFolderForItsMaps) {
+  PanelBench bench({.defaultVenueId = 7, .prepare = [](VirtualPhone& phone) {
+                      phone.mainBundle.folder.clear();
+                      phone.mainBundle.resources["HVAssets/Maps/Venue-7/map.json"] = kBenchMap;
+                    }});
+  bench.tick();
+  EXPECT_EQ(mapOf(bench).seatMapSections()->sectionCount(), 3U);
+}
+
 TEST(SeatMapAvailability, NamesComeFromTheKitsTexts) {
   PanelBench bench({.prepare = [](VirtualPhone& phone) {
     phone.kitBundle.strings["hv_seat_picker_fallback_section_format"] = "Block %ld";

@@ -59,6 +59,7 @@ class SeatMapLost : public testing::Test {
  protected:
   SeatMapLost() {
     phone_.mainBundle.folder = "/host";
+    phone_.mainBundle.files = &files_;
     phone_.virtualFiles.put(
         "/host/HVAssets/Maps/Venue-7/map.json",
         R"([{"name": "A", "rows": [{"name": "1", "seats": [{"name": "1", "x": 1, "y": 2}]}]}])");

@@ -33,28 +33,22 @@ class CountingDecoder final : public ImageDecoder {
 };
 
 /// Counts the questions for texts and resources.
-class CountingBundle final : public Bundle {
+class CountingBundle final : public VirtualBundle {
  public:
-  const std::string& identifier() const override { return bundle_.identifier(); }
-  const std::string& resourcePath() const override { return bundle_.resourcePath(); }
+  CountingBundle() : VirtualBundle("com.example.counted") {}
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override {
     reads.emplace_back(path);
-    return bundle_.readResource(path, limit);
+    return VirtualBundle::readResource(path, limit);
   }
   std::string localizedString(std::string_view key) const override {
     ++lookups;
-    return bundle_.localizedString(key);
+    return VirtualBundle::localizedString(key);
   }
-  void setText(const std::string& key, const std::string& text) { bundle_.strings[key] = text; }
-  void setResource(const std::string& path, const std::string& bytes) {
-    bundle_.resources[path] = bytes;
-  }
+  void setText(const std::string& key, const std::string& text) { strings[key] = text; }
+  void setResource(const std::string& path, const std::string& bytes) { resources[path] = bytes; }
 
   mutable std::vector<std::string> reads;
   mutable int lookups = 0;
-
- private:
-  VirtualBundle bundle_{"com.example.counted"};
 };
 
 /// The names and the place of what was confirmed.

@@ -43,7 +43,7 @@ class CrowdRun {
       : request_(request),
         outside_(outside),
         workers_(request.threads),
-        mainBundle_(request.assets, "com.example.host") {}
+        mainBundle_(files_, request.assets, "com.example.host") {}
 
   CommandResult run(const Output& output) {
     for (const auto step :
@@ -100,7 +100,7 @@ class CrowdRun {
   FolderBundle mainBundle_;
   VirtualBundle kitBundle_{"com.halvora.sdk"};
   const Bundles bundles_{mainBundle_, kitBundle_};
-  const PixelMapAssets assets_{bundles_, files_, outside_.videos, outside_.images};
+  const PixelMapAssets assets_{bundles_, outside_.videos, outside_.images};
   std::optional<CrowdVenue> venue_;
   /// Of its document.
   std::uint64_t mapPrint_ = 0;

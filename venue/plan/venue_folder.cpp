@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "adapters/linux/linux_files.h"
+#include "adapters/standard/folder_bundle.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "seats/standing_overlay.h"
@@ -62,6 +63,7 @@ class FolderVisit {
   const std::string folder_;
   const Outside& outside_;
   const LinuxFiles files_{};
+  const FolderBundle bundle_{files_, folder_, "venue"};
   VenueAssets found_;
 };
 
@@ -88,7 +90,7 @@ std::vector<std::uint64_t> stillsAmong(const std::vector<std::string>& names) {
 }
 
 void FolderVisit::visitMap(const std::string& id) {
-  const std::string video = pixelMapVideoIn(files_, folder_ + "/" + id);
+  const std::string video = pixelMapVideoIn(bundle_, id);
   const std::vector<std::uint64_t> stills = stillsAmong(namesIn(id));
   if (!isMapId(id)) {
     if (video.empty() && stills.empty()) return;

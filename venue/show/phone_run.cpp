@@ -68,7 +68,8 @@ PhoneRun::PhoneRun(const Scenario& scenario, const TraceOptions& options,
                    std::unique_ptr<Random> random, const TraceLibraries& libraries)
     : scenario_(scenario),
       options_(options),
-      mainBundle_(options.assets, "com.example.host"),
+      mainBundle_(libraries.files != nullptr ? std::as_const(*libraries.files) : disk_,
+                  options.assets, "com.example.host"),
       phone_(libraries.json, setupOf(scenario, options, std::move(random), libraries, mainBundle_)),
       engine_(platformOf(phone_, libraries), engineOptionsOf(options)) {
   // Nobody ever reads these two, and a long show would fill them.

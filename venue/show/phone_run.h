@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 
+#include "adapters/linux/linux_files.h"
 #include "adapters/standard/folder_bundle.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
@@ -38,6 +39,7 @@ class PhoneRun {
 
   const Scenario& scenario_;
   const TraceOptions& options_;
+  const LinuxFiles disk_{};
   FolderBundle mainBundle_;
   VirtualPhone phone_;
   ShowEngine engine_;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "adapters/linux/linux_files.h"
+#include "adapters/standard/folder_bundle.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
 #include "text/asset_paths.h"
@@ -36,8 +37,9 @@ MapFrames mapFramesIn(const std::string& assets, const VideoAssets& videos) {
     if (!isNew || assets.empty() || !fs::is_directory(assets + "/" + venueFolder(venueId), error)) {
       return entry->second;
     }
+    const LinuxFiles files;
     const std::string video =
-        pixelMapVideoIn(LinuxFiles(), assets + "/" + pixelMapFolder(venueId, mapId));
+        pixelMapVideoIn(FolderBundle(files, assets, "show"), pixelMapFolder(venueId, mapId));
     const auto asset = video.empty() ? nullptr : videos.open(video);
     entry->second = asset ? pixelMapFrameCount(asset->durationSeconds()) : 0;
     return entry->second;

@@ -23,6 +23,7 @@ struct FileAttributes {
   std::uint64_t size = 0;
   /// Seconds since 1970, as fine as the file system keeps them.
   double modifiedAt = 0;
+  friend bool operator==(const FileAttributes&, const FileAttributes&) = default;
 };
 
 class Files : public Need {

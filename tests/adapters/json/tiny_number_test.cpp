@@ -10,6 +10,7 @@
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/file_defaults.h"
 #include "adapters/standard/folder_bundle.h"
+#include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_devices.h"
 #include "adapters/virtual/virtual_files.h"
 #include "adapters/virtual/virtual_run_loop.h"
@@ -62,7 +63,8 @@ TEST(TinyNumber, InAStringTable) {
   const ExactJsonReader json;
   folder.write("strings/de.json", kAlone);
   folder.write("strings/en.json", R"({"number": )" + kTiny + R"(, "text": "Hello"})");
-  const FolderBundle bundle(folder.path(), "id", {"de"}, json);
+  const StandardFiles files;
+  const FolderBundle bundle(files, folder.path(), "id", {"de"}, json);
   EXPECT_EQ(bundle.localizedString("text"), "Hello");
   EXPECT_EQ(bundle.localizedString("number"), "number");
 }

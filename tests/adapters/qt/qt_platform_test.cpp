@@ -70,7 +70,7 @@ TEST_F(QtPlatformTest, TheMainBundleIsTheHostsFolder) {
   wanted.identifier = "com.example.concert";
   QtPhone phone(wanted);
   const Bundles& bundles = phone.platform().bundles;
-  EXPECT_EQ(bundles.main.resourcePath(), path("assets"));
+  EXPECT_EQ(bundles.main.location("a"), path("assets") + "/a");
   EXPECT_EQ(bundles.main.readResource("HVAssets/palettes.json", 100), "{}");
   EXPECT_EQ(bundles.main.localizedString("inside_venue"), "You are in");
   EXPECT_EQ(bundles.main.identifier(), "com.example.concert");
@@ -98,7 +98,7 @@ TEST_F(QtPlatformTest, TheKitsTextsAreCompiledIn) {
   const Bundle& kit = phone.platform().bundles->kit;
   EXPECT_EQ(kit.localizedString(kSeatButton), "Select Seat");
   EXPECT_EQ(kit.localizedString("no_such_key"), "no_such_key");
-  EXPECT_EQ(kit.resourcePath(), "");
+  EXPECT_EQ(kit.location("strings/en.json"), ":/halvora/kit/strings/en.json");
 }
 
 TEST_F(QtPlatformTest, AKitOfTheHostsOwnTakesItsPlace) {

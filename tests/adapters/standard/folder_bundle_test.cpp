@@ -10,6 +10,7 @@
 #include <stdlib.h>
 
 #include "adapters/json/exact_json_reader.h"
+#include "adapters/standard/standard_files.h"
 #include "tests/adapters/standard/temporary_folder.h"
 
 namespace halvora {
@@ -27,10 +28,11 @@ class FolderBundleTest : public testing::Test {
   }
 
   std::string hello(const Languages& languages) const {
-    return FolderBundle(folder_.path(), "id", languages, json_).localizedString("hello");
+    return FolderBundle(files_, folder_.path(), "id", languages, json_).localizedString("hello");
   }
 
   TemporaryFolder folder_;
+  StandardFiles files_;
   ExactJsonReader json_;
 };
 
@@ -60,7 +62,7 @@ TEST_F(FolderBundleTest, WithoutATableOfTheUsersItIsEnglish) {
 }
 
 TEST_F(FolderBundleTest, EachKeyThatTheTableLacksIsEnglish) {
-  const FolderBundle bundle(folder_.path(), "id", {"de-AT", "fr"}, json_);
+  const FolderBundle bundle(files_, folder_.path(), "id", {"de-AT", "fr"}, json_);
   EXPECT_EQ(bundle.localizedString("hello"), "Servus");
   EXPECT_EQ(bundle.localizedString("bye"), "Bye");
   EXPECT_EQ(bundle.localizedString("only"), "English");
@@ -68,7 +70,7 @@ TEST_F(FolderBundleTest, EachKeyThatTheTableLacksIsEnglish) {
 
 TEST_F(FolderBundleTest, ALanguageBehindOneThatHasATableAddsNothing) {
   folder_.write("strings/fr.json", R"({"hello": "Bonjour", "evening": "Bonsoir"})");
-  const FolderBundle bundle(folder_.path(), "id", {"de", "fr"}, json_);
+  const FolderBundle bundle(files_, folder_.path(), "id", {"de", "fr"}, json_);
   EXPECT_EQ(bundle.localizedString("evening"), "evening");
 }
 
@@ -88,7 +90,7 @@ TEST_F(FolderBundleTest, TablesAndNamesUpToTheirLimitsCountAndLongerOnesDoNot) {
 }
 
 TEST_F(FolderBundleTest, AKeyThatNoTableHasIsItself) {
-  const FolderBundle bundle(folder_.path(), "id", {"de"}, json_);
+  const FolderBundle bundle(files_, folder_.path(), "id", {"de"}, json_);
   EXPECT_EQ(bundle.localizedString("none"), "none");
   EXPECT_EQ(bundle.localizedString(""), "");
 }
@@ -115,7 +117,7 @@ TEST_F(FolderBundleTest, ABrokenTableIsNoTable) {
 
 TEST_F(FolderBundleTest, OnlyTextsCountAndOfEqualKeysTheFirst) {
   folder_.write("strings/it.json", R"({"hello": 7, "bye": null, "twice": "a", "twice": "b"})");
-  const FolderBundle bundle(folder_.path(), "id", {"it"}, json_);
+  const FolderBundle bundle(files_, folder_.path(), "id", {"it"}, json_);
   EXPECT_EQ(bundle.localizedString("hello"), "Hello");
   EXPECT_EQ(bundle.localizedString("bye"), "Bye");
   EXPECT_EQ(bundle.localizedString("twice"), "a");
@@ -128,9 +130,9 @@ TEST_F(FolderBundleTest, ATableTooLargeToBeOneIsLeftOut) {
 
 TEST_F(FolderBundleTest, ReadsResourcesUpToTheLimit) {
   folder_.write("a/b.bin", "12345");
-  const FolderBundle bundle(folder_.path(), "com.example.host", {}, json_);
+  const FolderBundle bundle(files_, folder_.path(), "com.example.host", {}, json_);
   EXPECT_EQ(bundle.identifier(), "com.example.host");
-  EXPECT_EQ(bundle.resourcePath(), folder_.path());
+  EXPECT_EQ(bundle.location("a/b.bin"), folder_.path() + "/a/b.bin");
   EXPECT_EQ(bundle.readResource("a/b.bin", 5), "12345");
   EXPECT_EQ(bundle.readResource("a/b.bin", 4), std::nullopt);
   EXPECT_EQ(bundle.readResource("a/c.bin", 5), std::nullopt);
@@ -138,14 +140,16 @@ TEST_F(FolderBundleTest, ReadsResourcesUpToTheLimit) {
 }
 
 TEST_F(FolderBundleTest, AMissingFolderHasNothing) {
-  const FolderBundle bundle(folder_.path() + "/missing", "id", {"de"}, json_);
+  const FolderBundle bundle(files_, folder_.path() + "/missing", "id", {"de"}, json_);
   EXPECT_EQ(bundle.localizedString("hello"), "hello");
   EXPECT_EQ(bundle.readResource("strings/en.json", 1000), std::nullopt);
 }
 
 TEST_F(FolderBundleTest, AnEmptyFolderNameIsNoFolderAndNotTheRoot) {
-  const FolderBundle bundle("", "id", {"de"}, json_);
-  EXPECT_EQ(bundle.resourcePath(), "");
+  const FolderBundle bundle(files_, "", "id", {"de"}, json_);
+  EXPECT_EQ(bundle.location("a/b.bin"), "");
+  EXPECT_EQ(bundle.attributes("etc"), std::nullopt);
+  EXPECT_EQ(bundle.list("etc"), std::nullopt);
   EXPECT_EQ(bundle.localizedString("hello"), "hello");
   EXPECT_EQ(bundle.readResource("etc/passwd", 1'000'000), std::nullopt);
 }

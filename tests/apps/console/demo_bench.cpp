@@ -88,7 +88,7 @@ QProcessEnvironment XServer::environment() const {
 }
 
 Reference::Reference(const std::string& text)
-    : bundle_(demoAssets(), "com.example.host"),
+    : bundle_(files_, demoAssets(), "com.example.host"),
       scenario_(std::get<Scenario>(parseScenario(text, json_))),
       phone_(json_, setup()),
       engine_(phone_.platform()) {}

@@ -75,8 +75,8 @@ class Reference {
   VirtualPhoneSetup setup();
 
   ExactJsonReader json_;
-  FolderBundle bundle_;
   StandardFiles files_;
+  FolderBundle bundle_;
   Scenario scenario_;
   VirtualPhone phone_;
   HalvoraViewController engine_;

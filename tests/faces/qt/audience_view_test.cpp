@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "adapters/standard/folder_bundle.h"
+#include "adapters/standard/standard_files.h"
 #include "engine/inside.h"
 #include "faces/qt/impl/status_announcer.h"
 #include "tests/faces/qt/access_tree.h"
@@ -60,7 +61,7 @@ struct AudienceViewTest : testing::Test, QmlBench {
   }
   // The same phone, with the kit's texts in that language.
   void speak(const std::string& language, SystemWishes* wishes = nullptr) {
-    kit = std::make_unique<FolderBundle>(sourceTree() + "/assets/kit", "com.halvora.sdk",
+    kit = std::make_unique<FolderBundle>(files, sourceTree() + "/assets/kit", "com.halvora.sdk",
                                          std::vector<std::string>{language}, reader);
     bundles = std::make_unique<Bundles>(Bundles{phone.mainBundle, *kit, {}});
     Platform platform = phone.platform();
@@ -119,6 +120,7 @@ struct AudienceViewTest : testing::Test, QmlBench {
     return placed->window().grabWindow().convertToFormat(QImage::Format_RGB32);
   }
 
+  const StandardFiles files;
   std::unique_ptr<FolderBundle> kit;
   std::unique_ptr<Bundles> bundles;
   std::unique_ptr<HalvoraViewController> spoken;

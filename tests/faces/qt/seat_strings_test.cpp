@@ -15,6 +15,7 @@
 
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/folder_bundle.h"
+#include "adapters/standard/standard_files.h"
 #include "tests/support/source_tree.h"
 
 namespace halvora {
@@ -154,12 +155,15 @@ TEST(SeatStrings, EveryTextThatIsAskedForIsThereAndNoOther) {
 
 TEST(SeatStrings, ABundleSpeaksTheUsersLanguage) {
   const ExactJsonReader json;
+  const StandardFiles files;
   const std::string kit = (kRoot / "assets/kit").string();
-  EXPECT_EQ(FolderBundle(kit, "kit", {"de-AT"}, json).localizedString("hv_seat_picker_back"),
+  EXPECT_EQ(FolderBundle(files, kit, "kit", {"de-AT"}, json).localizedString("hv_seat_picker_back"),
             "Zurück");
-  EXPECT_EQ(FolderBundle(kit, "kit", {"pt", "ja"}, json).localizedString("hv_seat_picker_back"),
-            "戻る");
-  EXPECT_EQ(FolderBundle(kit, "kit", {"pt"}, json).localizedString("hv_seat_picker_back"), "Back");
+  EXPECT_EQ(
+      FolderBundle(files, kit, "kit", {"pt", "ja"}, json).localizedString("hv_seat_picker_back"),
+      "戻る");
+  EXPECT_EQ(FolderBundle(files, kit, "kit", {"pt"}, json).localizedString("hv_seat_picker_back"),
+            "Back");
 }
 
 }  // namespace

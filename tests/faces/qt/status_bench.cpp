@@ -23,7 +23,7 @@ namespace halvora {
 
 namespace {
 
-constexpr const char* kVenue = "/HVAssets/Maps/Venue-7/";
+constexpr const char* kVenue = "HVAssets/Maps/Venue-7/";
 constexpr std::size_t kLargestMap = std::size_t{64} << 20;
 constexpr std::uint64_t kSlowly = 200;
 /// Pixels: 0.16 of a usual text's size.
@@ -98,11 +98,12 @@ VirtualPhoneSetup StatusBench::phoneSetup(const StatusBenchSetup& setup) {
 }
 
 StatusBench::StatusBench(const StatusBenchSetup& setup)
-    : kit(assets("kit"), "com.halvora.sdk", {setup.language}, json),
-      demo(assets("demo"), "com.example.host", {setup.language}, json),
+    : kit(disk, assets("kit"), "com.halvora.sdk", {setup.language}, json),
+      demo(disk, assets("demo"), "com.example.host", {setup.language}, json),
       phone(json, phoneSetup(setup)),
       controller(phone.platform()) {
-  const std::string folder = phone.bundles.main.resourcePath() + kVenue;
+  if (host) host->files = &phone.virtualFiles;
+  const std::string folder = phone.bundles.main.location(kVenue);
   phone.virtualFiles.put(
       folder + "map.json",
       setup.map.value_or(readFile(folder + "map.json", kLargestMap).value_or("")));

@@ -21,6 +21,7 @@
 #include "adapters/image/picture_decoder.h"
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/folder_bundle.h"
+#include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "faces/qt/impl/status_panel.h"
 #include "faces/qt/system_wishes.h"
@@ -108,6 +109,7 @@ class StatusBench {
 
   const ExactJsonReader json;
   const PictureDecoder decoder;
+  const StandardFiles disk;
   FolderBundle kit;
   FolderBundle demo;
   std::unique_ptr<VirtualBundle> host;

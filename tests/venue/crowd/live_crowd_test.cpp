@@ -207,6 +207,7 @@ TEST_F(LiveCrowdRoom, EachPhoneShowsItsOwnPixel) {
                          }),
             VenueTables::End::built);
   bench.main.folder = "maps";
+  bench.main.files = &bench.files;
   bench.files.put(url, "a video");
   const CrowdParts withTables = bench.parts(&tables);
   LiveCrowd seated(loop, withTables, seats);

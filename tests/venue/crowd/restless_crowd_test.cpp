@@ -23,7 +23,7 @@ bool runsWith(double starts) {
   scenario.lines.push_back({1, StartAction{}, 0, 0.49e-6 / starts, 0.49e-6});
   const std::optional<Air> air = Air::of(scenario, {}, milliseconds(3000));
   const VenueTables tables{std::span<const SeatPosition>()};
-  const PixelMapAssets assets(bench.bundles, bench.files, absent::videoAssets(), absent::images());
+  const PixelMapAssets assets(bench.bundles, absent::videoAssets(), absent::images());
   Crowd crowd({parts, seats, scenario, *air, tables, assets, bench.workers},
               {.end = milliseconds(3000)});
   bool isGood = true;

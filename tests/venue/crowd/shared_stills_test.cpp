@@ -30,7 +30,11 @@ class CountingDecoder final : public ImageDecoder {
 class CountingBundle final : public Bundle {
  public:
   const std::string& identifier() const override { return name_; }
-  const std::string& resourcePath() const override { return name_; }
+  std::optional<FileAttributes> attributes(std::string_view /*path*/) const override { return {}; }
+  std::optional<std::vector<std::string>> list(std::string_view /*folder*/) const override {
+    return {};
+  }
+  std::string location(std::string_view path) const override { return std::string(path); }
   std::optional<std::string> readResource(std::string_view path, std::size_t limit) const override {
     ++reads;
     EXPECT_EQ(limit, kLargestPicture);
