@@ -199,7 +199,9 @@ PacketFate ShowEngine::processEffect(const Broadcast& broadcast) {
   Witness engine(life_);
   engine.setMayGo(false);
   Command command{.broadcast = broadcast, .engine = engine};
+  const bool hadShow = state_.isStatusBarHidden;
   std::uint8_t number = 0;
+  std::uint8_t unfinished = 0;
   try {
     for (const Step& step : steps()) {
       command.isForced = ++number == state_.unfinishedStep;
@@ -210,10 +212,11 @@ PacketFate ShowEngine::processEffect(const Broadcast& broadcast) {
   } catch (...) {
     // Neither the radio nor the system's run loop knows what to do with an exception.
     if (engine.isGone()) return PacketFate::engineGone;
-    state_.unfinishedStep = number;
-    return PacketFate::failed;
+    unfinished = number;
+    command.fate = PacketFate::failed;
   }
-  state_.unfinishedStep = 0;
+  state_.unfinishedStep = unfinished;
+  if (state_.isStatusBarHidden != hadShow) scanner_.guard([this] { presenceChanged(); });
   return command.fate;
 }
 

@@ -12,7 +12,6 @@ namespace halvora {
 namespace {
 
 constexpr const char* kGentleKey = "gentleLight";
-constexpr Duration kBetweenLooks = milliseconds(500);
 
 struct Words {
   const char* key;
@@ -101,8 +100,9 @@ HalvoraAudienceController::HalvoraAudienceController(HalvoraViewController& engi
   applyLimits();
   now_.isInShow = seesAShow();
   show();
+  presenceWatch_ = engine_.watchPresence([this] { look(); });
   RunLoop& loop = platform_.runLoop;
-  looks_ = Timer(loop, loop.every(kBetweenLooks, [this] { lookAtShow(); }));
+  batteryLooks_ = Timer(loop, loop.every(kBetweenBatteryLooks, [this] { look(); }));
 }
 
 HalvoraAudienceController::~HalvoraAudienceController() = default;
@@ -131,8 +131,7 @@ void HalvoraAudienceController::setStage(AudienceStage stage) {
       engine_.leave();
     }
   }
-  now_.isInShow = seesAShow();
-  show();
+  look();
 }
 
 void HalvoraAudienceController::setGentle(bool isGentle) {
@@ -162,7 +161,7 @@ bool HalvoraAudienceController::seesALowBattery() const {
   return state && !state->isFed && state->level < kLowBattery;
 }
 
-void HalvoraAudienceController::lookAtShow() {
+void HalvoraAudienceController::look() {
   now_.isInShow = seesAShow();
   now_.isBatteryLow = seesALowBattery();
   show();

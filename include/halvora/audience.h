@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "halvora/engine.h"
@@ -71,6 +72,8 @@ class HalvoraAudienceController {
  public:
   /// Below this level a battery that is not fed is low.
   static constexpr double kLowBattery = 0.2;
+  /// Nobody tells of a battery.
+  static constexpr Duration kBetweenBatteryLooks = milliseconds(30'000);
 
   /// The needs of the platform must outlive it. The engine need not: without it there is no show.
   /// `changed` is called whenever something visible has changed, and may be absent.
@@ -102,12 +105,9 @@ class HalvoraAudienceController {
   /// As it was chosen last, in this show or an earlier one.
   bool isGentle() const { return now_.isGentle; }
   /// Has joined, and a show goes on: this is when the audience's keys and taps mean the show.
-  /// Looked at twice a second, and when `lookAtShow` is called by who knows better.
   bool isInShow() const { return now_.isInShow; }
-  /// Looks now, instead of within half a second, whether a show goes on and how full the battery
-  /// is.
-  void lookAtShow();
-  /// Below `kLowBattery` and not fed; false where nobody tells.
+  /// Below `kLowBattery` and not fed; false where nobody tells. Looked at every
+  /// `kBetweenBatteryLooks`, and when a show begins or ends.
   bool isBatteryLow() const { return now_.isBatteryLow; }
   /// What is to be seen; good until the next call that is not const.
   const AudienceViews& views() const { return views_; }
@@ -125,6 +125,7 @@ class HalvoraAudienceController {
 
   void setStage(AudienceStage stage);
   void applyLimits();
+  void look();
   bool seesAShow() const;
   bool seesALowBattery() const;
   std::string textFor(const char* key, const char* fallback) const;
@@ -140,7 +141,8 @@ class HalvoraAudienceController {
   /// As it was when it was last told of.
   Standing told_;
   AudienceViews views_;
-  Timer looks_;
+  std::shared_ptr<const void> presenceWatch_;
+  Timer batteryLooks_;
 };
 
 }  // namespace v0

@@ -87,14 +87,14 @@ class HalvoraViewController {
   bool isPermissionGranted() const;
   /// Whether a transmitter that is obeyed was heard within the last seconds.
   bool isInsideVenue() const;
-  /// Tells in a turn of its own that one of these two may have changed, for as long as the answer
+  /// Whether the show wants the whole screen at present: the host hides the system's bars for as
+  /// long.
+  bool prefersStatusBarHidden() const;
+  /// Tells in a turn of its own that one of these three may have changed, for as long as the answer
   /// is kept, which may outlive the engine. Any number may watch; each may destroy the engine. One
   /// that throws is counted. A permission that changes while nobody listens is told of when the
   /// application becomes active again.
   [[nodiscard]] std::shared_ptr<const void> watchPresence(Callback callback);
-  /// Whether the show wants the whole screen at present: the host hides the system's bars for as
-  /// long.
-  bool prefersStatusBarHidden() const;
 
   /// The transmitter keys ("application:number") to obey; none means all.
   void setAllowedTransmitterIds(std::vector<std::string> ids);

@@ -90,16 +90,35 @@ TEST_F(ScanCycle, WhoWatchesThePresenceIsToldWhenThePhoneComesAndGoes) {
   bench_.runTo(1499);
   EXPECT_THAT(told, IsEmpty());
   bench_.runTo(1500);
-  bench_.hearNext(look(1));
+  bench_.hearNext(look(0));
   EXPECT_THAT(told, IsEmpty()) << "the host is not told in the middle of a packet";
   bench_.runTo(2000);
   EXPECT_THAT(told, ElementsAre("one inside", "other inside"));
-  bench_.hearNext(look(2));
+  bench_.hearNext(look(0, {{&B::speed, 9}}));
   bench_.runTo(8000);
   EXPECT_THAT(told, SizeIs(2)) << "nothing has changed";
   other.reset();
   bench_.runTo(12000);
   EXPECT_THAT(told, ElementsAre("one inside", "other inside", "one outside"));
+}
+
+TEST_F(ScanCycle, WhoWatchesThePresenceIsToldWhenAShowWantsTheScreenAndWhenItDoesNot) {
+  bench_.runTo(1500);
+  bench_.hearNext(look(0));
+  bench_.runTo(1600);
+  std::vector<bool> wants;
+  const auto watch = bench_.engine().watchPresence(
+      [&] { wants.push_back(bench_.engine().prefersStatusBarHidden()); });
+  bench_.hearNext(look(1));
+  EXPECT_THAT(wants, IsEmpty()) << "not in the middle of a packet";
+  bench_.runTo(1700);
+  EXPECT_THAT(wants, ElementsAre(true));
+  bench_.hearNext(look(2));
+  bench_.runTo(1800);
+  EXPECT_THAT(wants, ElementsAre(true));
+  bench_.hearNext(look(0));
+  bench_.runTo(1900);
+  EXPECT_THAT(wants, ElementsAre(true, false));
 }
 
 TEST_F(ScanCycle, WhoWatchesThePresenceIsToldOfAPermission) {

@@ -179,17 +179,17 @@ TEST_F(AudienceTest, ALowBatteryIsSaidWhereTheQuestionIs) {
   make();
   EXPECT_TRUE(audience->views().batteryLabel.hidden);
   battery.told = BatteryState{0.19, false};
-  pass(milliseconds(500));
+  pass(HalvoraAudienceController::kBetweenBatteryLooks);
   EXPECT_TRUE(audience->isBatteryLow());
   EXPECT_FALSE(audience->views().batteryLabel.hidden);
   battery.told = BatteryState{0.19, true};
-  pass(milliseconds(500));
+  pass(HalvoraAudienceController::kBetweenBatteryLooks);
   EXPECT_FALSE(audience->isBatteryLow());
   battery.told = BatteryState{HalvoraAudienceController::kLowBattery, false};
-  pass(milliseconds(500));
+  pass(HalvoraAudienceController::kBetweenBatteryLooks);
   EXPECT_TRUE(audience->views().batteryLabel.hidden);
   battery.told.reset();
-  pass(milliseconds(500));
+  pass(HalvoraAudienceController::kBetweenBatteryLooks);
   EXPECT_FALSE(audience->isBatteryLow());
 }
 
@@ -199,9 +199,9 @@ TEST_F(AudienceTest, ABatteryThatRunsLowInMidShowIsToldOf) {
   show();
   const int before = changes;
   battery.told = BatteryState{0.1, false};
-  pass(milliseconds(500));
+  pass(HalvoraAudienceController::kBetweenBatteryLooks);
   EXPECT_EQ(changes, before + 1);
-  pass(milliseconds(5000));
+  pass(HalvoraAudienceController::kBetweenBatteryLooks * 3);
   EXPECT_EQ(changes, before + 1);
 }
 

@@ -36,10 +36,6 @@ void AudiencePanel::componentComplete() {
   const HalvoraHost& host = HalvoraHost::of(*engine);
   if (!host.hasController()) return;
   connect(&host, &QObject::destroyed, this, &AudiencePanel::unload);
-  // Sooner than the choice looks by itself.
-  connect(&host, &HalvoraHost::showTold, this, [this] {
-    if (choice_) choice_->lookAtShow();
-  });
   choice_ = std::make_unique<HalvoraAudienceController>(host.controller(), host.platform(),
                                                         fields(), [this] { emit changed(); });
   reading_.isRightToLeft = choice_->isRightToLeft();
