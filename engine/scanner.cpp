@@ -2,6 +2,7 @@
 #include "engine/scanner.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "halvora/platform/bundle.h"
@@ -34,6 +35,7 @@ bool isNewer(std::uint16_t sequence, std::uint16_t current) {
 
 const char* textOf(BluetoothState state) {
   constexpr const char* kTexts[] = {"", "ok", "off", "notAuthorised"};
+  static_assert(std::size(kTexts) == static_cast<std::size_t>(BluetoothState::notAuthorised) + 1);
   return kTexts[static_cast<std::size_t>(state)];
 }
 

@@ -2,6 +2,7 @@
 #include "seats/seat_finder.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "seats/digits.h"
@@ -85,6 +86,7 @@ int depthOf(const FoundSeat& found) {
 
 TicketWords ticketWords(const Bundle& kit) {
   TicketWords words;
+  static_assert(std::size(seat_selector::kTicketWords) == std::tuple_size_v<TicketWords>);
   for (std::size_t part = 0; part < words.size(); ++part) {
     const seat_selector::Text& text = seat_selector::kTicketWords[part];
     for (const std::string& list :

@@ -30,6 +30,7 @@ void WizardController::say(std::string message, bool asksToLeave) {
 }
 
 void WizardController::sayWhatIsMissing() {
+  static_assert(std::size(kChooseFirst) == kLastStep + 1);
   if (!isDismissed_) say(text(kChooseFirst[std::clamp<std::int64_t>(currentStep_, 0, kLastStep)]));
 }
 
@@ -87,6 +88,7 @@ bool WizardController::show(const FoundSeat& found) {
 
 // Names as the user reads them, but without the word that the sentence has already.
 std::string WizardController::missingText(const FoundSeat& found) const {
+  static_assert(std::size(kNotFound) == static_cast<std::size_t>(SeatPart::seat) + 1);
   const Text& format = kNotFound[static_cast<std::size_t>(*found.missing)];
   const auto bare = [this](SeatPart part, std::string_view name) {
     return withoutTicketWord(ticketWords(kitBundle_), part, name);

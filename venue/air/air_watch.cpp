@@ -2,6 +2,7 @@
 #include "venue/air/air_watch.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace halvora {
@@ -145,12 +146,14 @@ void AirWatch::say(Kind kind, const std::string& key, std::optional<Duration>& t
                    const std::string& detail) {
   if (told && now - *told < kPause) return;
   told = now;
+  static_assert(std::size(kNames) == static_cast<std::size_t>(Kind::silent) + 1);
   tell_({kNames[static_cast<std::size_t>(kind)], key, detail});
 }
 
 void AirWatch::tellTrust() {
   if (gate_.trust() == trust_) return;
   trust_ = gate_.trust();
+  static_assert(std::size(kTrusts) == static_cast<std::size_t>(AirTrust::contested) + 1);
   tell_({"trust", {}, kTrusts[static_cast<std::size_t>(*trust_)]});
 }
 

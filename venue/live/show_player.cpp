@@ -2,6 +2,7 @@
 #include "venue/live/show_player.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "venue/show/cue_values.h"
@@ -23,6 +24,7 @@ std::string_view withoutBlanks(std::string_view text) {
 
 const char* nameOf(LiveState state) {
   constexpr const char* kNames[] = {"ready", "playing", "held", "blackout", "panic"};
+  static_assert(std::size(kNames) == static_cast<std::size_t>(LiveState::panic) + 1);
   return kNames[static_cast<std::size_t>(state)];
 }
 

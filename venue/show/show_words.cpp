@@ -31,6 +31,10 @@ struct MeaningRow {
   Meaning meaning;
 };
 
+// The last mode is a phone's own answer to a pixel map.
+static_assert(kModeNames.size() + 1 == kModes.size());
+static_assert(kTorchModeNames.size() == kTorchModes.size());
+
 constexpr MeaningRow kMeanings[] = {
     {&Broadcast::syncFlag,
      [](const Broadcast& packet) -> std::string {

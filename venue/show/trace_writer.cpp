@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <iterator>
 #include <utility>
 
 namespace halvora {
@@ -43,11 +44,13 @@ std::string_view objectOf(JsonLine& line) {
 
 constexpr const char* nameOf(HapticAct act) {
   constexpr const char* kNames[] = {"light", "heavy", "sound", "dispose"};
+  static_assert(std::size(kNames) == static_cast<std::size_t>(HapticAct::dispose) + 1);
   return kNames[static_cast<std::size_t>(act)];
 }
 
 constexpr const char* nameOf(VideoAct act) {
   constexpr const char* kNames[] = {"load", "play", "pause", "seek"};
+  static_assert(std::size(kNames) == static_cast<std::size_t>(VideoAct::seek) + 1);
   return kNames[static_cast<std::size_t>(act)];
 }
 
@@ -55,6 +58,8 @@ constexpr std::array<const char*, kAirDoubtCount> kDoubtNames = {
     "other show", "out of step", "contested", "map too soon",
     "untagged",   "bad tag",     "replayed",  "unconfirmed",
 };
+// One name too few would leave a null.
+static_assert(kDoubtNames.back() != nullptr);
 
 }  // namespace
 

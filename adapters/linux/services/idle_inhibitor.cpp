@@ -2,6 +2,7 @@
 #include "adapters/linux/services/idle_inhibitor.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -17,6 +18,7 @@ constexpr BusObject kObjects[] = {
      "org.freedesktop.portal.Inhibit"},
     {"org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager"},
 };
+static_assert(std::size(kObjects) == kIdleHolders);
 constexpr std::uint32_t kPortalIdle = 8;
 constexpr std::size_t kLongestHandle = 255;
 

@@ -2,6 +2,7 @@
 #include "faces/qt/impl/seat_colours.h"
 
 #include <cstddef>
+#include <iterator>
 
 namespace halvora {
 
@@ -31,6 +32,7 @@ constexpr SeatColourRow kRows[] = {
     {kWhite, kBlack, kWhite, kBlack, kWhite, kBlack, kDeepShade, kBlack, kBlack},
     {kBlack, kWhite, kBlack, kWhite, kBlack, kWhite, kDeepShade, kWhite, kWhite},
 };
+static_assert(std::size(kRows) == static_cast<std::size_t>(SeatPalette::blackOnWhite) + 1);
 
 }  // namespace
 
