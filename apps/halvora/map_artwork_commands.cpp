@@ -53,6 +53,23 @@ std::optional<CommandResult> readCanvas(const SeatMap& map, const std::string& f
   return std::nullopt;
 }
 
+/// The map that a command is given, and the canvas that its artwork has.
+struct Hall {
+  SeatMap map;
+  ArtworkCanvas canvas;
+};
+
+std::variant<Hall, CommandResult> readHall(MapInput& input, const std::string& size,
+                                           const Outside& outside) {
+  const ExactJsonReader json;
+  if (const auto refusal = input.read(json, outside.isInterrupted)) return *refusal;
+  Hall hall{seatMapOf(input.document(), input.strings(), json), {}};
+  if (auto refusal = readCanvas(hall.map, input.file(), size, hall.canvas)) {
+    return std::move(*refusal);
+  }
+  return hall;
+}
+
 class TemplateCommand final : public ToolCommand {
  public:
   void describe(CommandOptions& options) override {
@@ -66,11 +83,9 @@ class TemplateCommand final : public ToolCommand {
   }
 
   CommandResult run(const Call& call) override {
-    const ExactJsonReader json;
-    if (const auto refusal = input_.read(json, call.outside.isInterrupted)) return *refusal;
-    const SeatMap map = seatMapOf(input_.document(), input_.strings(), json);
-    ArtworkCanvas canvas;
-    if (auto refusal = readCanvas(map, input_.file(), size_, canvas)) return std::move(*refusal);
+    const auto hall = readHall(input_, size_, call.outside);
+    if (const auto* refusal = std::get_if<CommandResult>(&hall)) return *refusal;
+    const auto& [map, canvas] = std::get<Hall>(hall);
     if (call.outside.encodePicture == nullptr) return failed("this build writes no pictures");
     WrittenFiles files(call.outside.isInterrupted);
     const std::string folder = absolutePath(out_);
@@ -131,11 +146,9 @@ class FitCommand final : public ToolCommand {
   }
 
   CommandResult run(const Call& call) override {
-    const ExactJsonReader json;
-    if (const auto refusal = input_.read(json, call.outside.isInterrupted)) return *refusal;
-    const SeatMap map = seatMapOf(input_.document(), input_.strings(), json);
-    ArtworkCanvas canvas;
-    if (auto refusal = readCanvas(map, input_.file(), size_, canvas)) return std::move(*refusal);
+    const auto hall = readHall(input_, size_, call.outside);
+    if (const auto* refusal = std::get_if<CommandResult>(&hall)) return *refusal;
+    const ArtworkCanvas canvas = std::get<Hall>(hall).canvas;
     if (auto refusal = checkOut()) return std::move(*refusal);
     const std::string clip = absolutePath(clip_);
     if (out_.empty()) return report(clip_, clip, canvas, call);
