@@ -31,6 +31,11 @@ bool isNewer(std::uint16_t sequence, std::uint16_t current) {
   return sequence > current || (current >= kWrapFrom && sequence < kWrapBelow);
 }
 
+bool isLookInForce(std::span<const std::uint8_t> data, const PresenceState& state) {
+  return state.hasCurrentBroadcast &&
+         std::ranges::equal(data.first(kBroadcastKeySize), state.currentBroadcast);
+}
+
 }  // namespace
 
 const char* textOf(BluetoothState state) {
@@ -139,17 +144,24 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
   if (isVenueWide && state_.transmitterFound && allowedIds_.empty()) return PacketFate::silenced;
 
   ++state_.fps;
-  enterVenue();
+  if (!state_.insideVenue) enterVenue();
   const auto sequence =
       static_cast<std::uint16_t>(data[kSequenceOffset] << 8 | data[kSequenceOffset + 1]);
   state_.liveSequence = sequence;
   if (!isNewer(sequence, state_.currentSequence)) return PacketFate::staleSequence;
+  if (isLookInForce(data, state_)) {
+    state_.currentSequence = sequence;
+    return PacketFate::sameBroadcast;
+  }
   return take(data, sequence);
 }
 
+// What follows is out of line: a packet that changes nothing, as most do, does not make room on the
+// stack for it.
+
 // The same road where the host asks for more than the newest packet: what is not believed is not
 // there, neither for the venue-wide transmitter nor for the presence.
-PacketFate Scanner::judgeAtGate(const HeardPacket& packet) {
+[[gnu::noinline]] PacketFate Scanner::judgeAtGate(const HeardPacket& packet) {
   const std::uint32_t transmitter = packet.data.back();
   const bool isVenueWide = transmitter == kVenueWideTransmitter;
   if (!isAllowed(packet.applicationId(), transmitter)) return PacketFate::notAllowed;
@@ -177,7 +189,7 @@ PacketFate Scanner::judgeAtGate(const HeardPacket& packet) {
   return followTrust(before, isHeld ? PacketFate::doubted : PacketFate::staleSequence);
 }
 
-void Scanner::enterVenue() {
+[[gnu::noinline]] void Scanner::enterVenue() {
   if (!std::exchange(state_.insideVenue, true)) listener_.presenceChanged();
 }
 
@@ -201,12 +213,11 @@ PacketFate Scanner::followTrust(AirTrust before, PacketFate fate) {
   return listener_.contestBegan(&undisputed);
 }
 
-PacketFate Scanner::take(std::span<const std::uint8_t> data, std::uint16_t sequence) {
+[[gnu::noinline]] PacketFate Scanner::take(std::span<const std::uint8_t> data,
+                                           std::uint16_t sequence) {
   state_.currentSequence = sequence;
+  if (isLookInForce(data, state_)) return PacketFate::sameBroadcast;
   const auto key = data.first(kBroadcastKeySize);
-  if (state_.hasCurrentBroadcast && std::ranges::equal(key, state_.currentBroadcast)) {
-    return PacketFate::sameBroadcast;
-  }
   ++state_.activeFPS;
   state_.hasFailed = false;
   std::ranges::copy(key, state_.currentBroadcast.begin());
