@@ -74,14 +74,26 @@ LightSurface::~LightSurface() {
 
 void LightSurface::lightEnds() {
   light_.reset();
-  update();
+  changed();
 }
 
 void LightSurface::setLight(const std::optional<Light>& light) {
   if (light_) light_->setObserver(nullptr);
   light_ = light;
   if (light_) light_->setObserver(this);
+  changed();
+}
+
+// Looked at when the next frame is made ready, so that many changes cost one look.
+void LightSurface::changed() {
+  isListOld_ = true;
+  polish();
   update();
+}
+
+void LightSurface::look() {
+  isListOld_ = false;
+  list_ = light_ ? light_->displayList({width(), height()}) : DisplayList();
 }
 
 void LightSurface::setClips(QtClipPicture* a, QtClipPicture* b) {
@@ -105,6 +117,7 @@ void LightSurface::updatePolish() {
     if (picture.cacheKey() != clip.picture.cacheKey()) update();
     clip.picture = picture;
   }
+  if (isListOld_) look();
 }
 
 void LightSurface::itemChange(ItemChange change, const ItemChangeData& data) {
@@ -120,21 +133,25 @@ void LightSurface::itemChange(ItemChange change, const ItemChangeData& data) {
 
 void LightSurface::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
   QQuickItem::geometryChange(newGeometry, oldGeometry);
-  update();
+  changed();
 }
 
-// Where an animation begins, or the window is drawn again after it was hidden.
+// The last that the main thread does before the frame is drawn. Where an animation begins, or the
+// window is drawn again after it was hidden.
 void LightSurface::frameBegins() {
   ticksSinceFrame_ = 0;
   const bool isAnimating = light_ && light_->isAnimating();
-  if (isAnimating || isMoving()) update();
+  if (isListOld_ || isAnimating || isMoving()) {
+    look();
+    update();
+  }
   if (isAnimating && !isMoving()) rhythm_->start();
 }
 
 // One frame more than the animations last: the values they end on have no change of their own. A
 // window that nobody sees draws none, and asks for none either.
 void LightSurface::frameIsDue() {
-  update();
+  changed();
   const bool isAnimating = light_ && light_->isAnimating();
   if (++ticksSinceFrame_ > kMostTicksWithoutFrame || !isAnimating) rhythm_->stop();
 }
@@ -142,9 +159,7 @@ void LightSurface::frameIsDue() {
 QSGNode* LightSurface::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
   auto* root = static_cast<ListNode*>(node);
   if (root == nullptr) root = new ListNode;
-  DisplayList list;
-  if (light_) list = light_->displayList({width(), height()});
-
+  const DisplayList& list = list_;
   std::vector<qint64> pictures;
   for (const DisplayItem& item : list) pictures.push_back(clipOf(item).cacheKey());
 
@@ -163,7 +178,7 @@ QSGNode* LightSurface::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
     child = child->nextSibling();
   }
   while (child != nullptr) delete std::exchange(child, child->nextSibling());
-  root->drawn = std::move(list);
+  root->drawn = list;
   root->pictures = std::move(pictures);
   return root;
 }

@@ -2,7 +2,9 @@
 // The QML item that shows a show: it draws the light that a host hands it, over its whole
 // size. It asks for a frame at once when the light changes, and in Qt's rhythm while an animation
 // runs; what a frame shows follows from its time alone. Main thread, but for the drawing itself,
-// which Qt does on its render thread while the main thread waits.
+// which Qt does on its render thread while the main thread waits: there nothing but what the main
+// thread has made ready is looked at, as a light with limits may set timers, write to the phone's
+// devices and read a picture when it is asked what it shows.
 #pragma once
 
 #include <QImage>
@@ -52,16 +54,22 @@ class LightSurface : public QQuickItem, private LightObserver {
     QImage picture;
   };
 
-  void lightChanged() override { update(); }
+  void lightChanged() override { changed(); }
 
   class Rhythm;
 
+  void changed();
+  void look();
   void frameBegins();
   void frameIsDue();
   QImage clipOf(const DisplayItem& item) const;
   QSGNode* makeNode(const DisplayItem& item) const;
 
   std::optional<Light> light_;
+  /// What the next frame shows.
+  DisplayList list_;
+  /// Something may be seen that is not in it yet.
+  bool isListOld_ = false;
   std::array<Clip, 2> clips_;
   QMetaObject::Connection beginnings_;
   std::unique_ptr<Rhythm> rhythm_;

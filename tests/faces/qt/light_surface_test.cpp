@@ -16,6 +16,7 @@
 #include "adapters/virtual/virtual_run_loop.h"
 #include "faces/qt/display_painter.h"
 #include "light/display_list.h"
+#include "light/light_look.h"
 #include "light/timer_set.h"
 #include "tests/faces/qt/event_wait.h"
 
@@ -143,6 +144,44 @@ TEST_F(LightSurfaceTest, LooksAsThePainterPaintsIt) {
   views.setAlpha(ViewId::pairingCodeLabel, 0);
   views.setText(ViewId::goboImage, name);
   EXPECT_LE(difference(seen(), painted()), 3);
+}
+
+// A filter sets timers and writes to devices, which belong to the main thread. What happens between
+// these two signals is done by the render thread where there is one.
+TEST_F(LightSurfaceTest, AsksTheLightNothingWhileTheSceneIsSynchronised) {
+  class Watching final : public LightFilter {
+   public:
+    explicit Watching(const ViewStack& watched) : watched_(watched) {}
+    LightLook lookInto(Size) override {
+      ++(isSynchronising ? late : looks);
+      return lookOf(watched_);
+    }
+    bool isMoving() const override { return false; }
+    bool isSynchronising = false;
+    int looks = 0;
+    int late = 0;
+
+   private:
+    const ViewStack& watched_;
+  } filter(views);
+  int frames = 0;
+  QObject::connect(&window, &QQuickWindow::beforeSynchronizing, &window, [&] {
+    filter.isSynchronising = true;
+    ++frames;
+  });
+  QObject::connect(&window, &QQuickWindow::afterSynchronizing, &window,
+                   [&filter] { filter.isSynchronising = false; });
+  views.setFilter(&filter);
+  views.setLightColour(kWhite);
+  views.animateAlpha({{ViewId::container, 1}}, {.duration = milliseconds(1000)});
+  waitForFrames(3);
+  loop.runFor(milliseconds(1000));
+  waitForFrames(1);
+  EXPECT_EQ(seenInTheMiddle(), QColor(Qt::white));
+  EXPECT_GE(frames, 4);
+  EXPECT_GE(filter.looks, 4);
+  EXPECT_EQ(filter.late, 0);
+  views.setFilter(nullptr);
 }
 
 TEST_F(LightSurfaceTest, FollowsItsOwnSize) {
