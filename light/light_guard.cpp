@@ -14,6 +14,9 @@ namespace {
 constexpr std::size_t kMostWrites = 16;
 // A backlight has steps; one that is further off than these does as it likes.
 constexpr double kDeaf = 0.05;
+// Whoever has moved the backlight further than this since has set it themselves; the steps of the
+// coarsest backlights are less than twice this wide.
+constexpr double kTheirs = 0.1;
 
 // Views that light comes from; the others are words for whoever holds the phone.
 constexpr ViewId kLit[] = {ViewId::container,   ViewId::lightView,   ViewId::videoBackgroundView,
@@ -36,9 +39,11 @@ double LightGuard::GuardedScreen::brightness() const {
 }
 
 void LightGuard::GuardedScreen::setBrightness(double level) {
-  guard_.hasWritten_ = true;
-  if (!guard_.isGuarding()) return device_.setBrightness(level);
   const double clamped = std::clamp(level, 0.0, 1.0);
+  if (!guard_.isGuarding()) {
+    guard_.ours_ = clamped;
+    return device_.setBrightness(level);
+  }
   guard_.wantedBacklight_ = clamped;
   if (guard_.writes_.size() == kMostWrites) guard_.writes_.erase(guard_.writes_.begin());
   guard_.writes_.push_back(clamped);
@@ -76,6 +81,7 @@ LightGuard::LightGuard(const Platform& platform, ViewStack& views, TimerSet& tim
 LightGuard::~LightGuard() {
   timers_.invalidate(soon_);
   timers_.invalidate(retry_);
+  timers_.invalidate(back_);
   if (views_.filter() == this) views_.setFilter(nullptr);
 }
 
@@ -114,7 +120,22 @@ void LightGuard::leave(double backlight) {
 }
 
 void LightGuard::comeBack() {
-  if (hasLeft_) moveGate(true);
+  if (!hasLeft_) return;
+  moveGate(true);
+  rewireOnceBack();
+}
+
+// Who has come back whole, and has no limits, has no guard either.
+void LightGuard::rewireOnceBack() {
+  timers_.invalidate(back_);
+  try {
+    back_ = timers_.after(kLeaving, [this] {
+      back_ = 0;
+      rewire();
+    });
+  } catch (...) {
+    // The guard stays, and lets all through a turn later.
+  }
 }
 
 // From where it is.
@@ -134,10 +155,22 @@ double LightGuard::gate() const {
 
 bool LightGuard::isMoving() const { return timers_.now() - gateMoved_ < kLeaving; }
 
+// The device has what the show gave it, and nobody else has changed that since.
+bool LightGuard::owesBacklight() const {
+  return ours_ && std::abs(device_.brightness() - *ours_) <= kTheirs;
+}
+
 // What the show has written counts again when it is back.
 void LightGuard::keepWantedBacklight() {
-  const bool isKnown = wantedBacklight_ || isGivenBack();
-  if (!isKnown && hasWritten_) wantedBacklight_ = device_.brightness();
+  if (!wantedBacklight_ && owesBacklight()) wantedBacklight_ = device_.brightness();
+}
+
+// Once: from then on it is theirs whose phone it is.
+void LightGuard::giveBackBacklight() {
+  ours_.reset();
+  if (device_.brightness() == awayBacklight_) return;
+  device_.setBrightness(awayBacklight_);
+  isDeaf_ = std::abs(device_.brightness() - awayBacklight_) > kDeaf;
 }
 
 void LightGuard::goAway(double backlight) {
@@ -157,8 +190,9 @@ void LightGuard::returnToApplication() {
 void LightGuard::end(double backlight) {
   if (limiter_ == nullptr) return;
   if (isTorchOn_) lamp_.setOn(false);
-  if (hasWritten_) device_.setBrightness(backlight);
-  isTorchOn_ = hasWritten_ = false;
+  if (owesBacklight()) device_.setBrightness(backlight);
+  isTorchOn_ = false;
+  ours_.reset();
 }
 
 Levels LightGuard::shownScreen() {
@@ -197,9 +231,9 @@ Emission LightGuard::wanted(const LightLook& look) {
     emission.screen = meanOf(look, pictures(), container_.value_or(device_.bounds()));
   }
   emission.torch = wantsTorch_ && limits_.torch && !hasLeft_ && !isAway_;
-  if (isGivenBack() && !isDeaf_) {
+  if (isGone() && !isDeaf_ && owesBacklight()) {
     emission.backlight = awayBacklight_;
-  } else if (isDeaf_ || !wantedBacklight_) {
+  } else if (isGone() || isDeaf_ || !wantedBacklight_) {
     emission.backlight = device_.brightness();
   } else {
     emission.backlight = std::min(*wantedBacklight_, limits_.mostBrightness);
@@ -238,11 +272,10 @@ void LightGuard::send(const ShownLight& shown, const Emission& wanted) {
     lamp_.setOn(isTorchOn_);
   }
   const bool isHeld = shown.emission.backlight != wanted.backlight;
-  if (!wantedBacklight_ || isAway_ || hasLeft_ || isHeld) {
+  if (!wantedBacklight_ || isGone() || isHeld) {
     writes_.clear();
     // Giving the level back may be a rise, and waits like any other.
-    const bool isDue = isGivenBack() && !isHeld;
-    if (isDue && device_.brightness() != wanted.backlight) writeBacklight(wanted.backlight);
+    if (isGone() && !isHeld && !isDeaf_ && owesBacklight()) giveBackBacklight();
     return;
   }
   const double level = std::min(*wantedBacklight_, limits_.mostBrightness);
@@ -254,6 +287,7 @@ void LightGuard::send(const ShownLight& shown, const Emission& wanted) {
 }
 
 void LightGuard::writeBacklight(double level) {
+  ours_ = level;
   device_.setBrightness(level);
   isDeaf_ = std::abs(device_.brightness() - level) > kDeaf;
 }

@@ -103,9 +103,12 @@ class LightGuard final : private LightFilter {
   void decideNow();
   LightLook decide();
   void keepWantedBacklight();
-  bool isGivenBack() const { return (isAway_ || hasLeft_) && hasWritten_; }
+  bool isGone() const { return isAway_ || hasLeft_; }
+  bool owesBacklight() const;
+  void giveBackBacklight();
   double gate() const;
   void moveGate(bool open);
+  void rewireOnceBack();
   Emission wanted(const LightLook& look);
   void send(const ShownLight& shown, const Emission& wanted);
   void writeBacklight(double level);
@@ -137,14 +140,16 @@ class LightGuard final : private LightFilter {
   bool guards_ = false;
   bool hasLeft_ = false;
   bool isAway_ = false;
-  /// What the backlight is given back to meanwhile.
+  /// What the backlight is given back to when the show's viewer goes.
   double awayBacklight_ = 0;
-  bool hasWritten_ = false;
+  /// The level that the device got last from the show; none once it was given back.
+  std::optional<double> ours_;
   /// The device does not take the levels that are written.
   bool isDeaf_ = false;
   Duration gateMoved_ = -kLeaving;
   TimerId soon_ = 0;
   TimerId retry_ = 0;
+  TimerId back_ = 0;
 };
 
 }  // namespace halvora

@@ -176,6 +176,66 @@ TEST_F(LightGuardTest, AShowThatBeginsWithoutThemLeavesTheBacklightAlone) {
   EXPECT_EQ(phone.screen.brightness(), 0.5);
 }
 
+// A show that goes on without them never changed it, so it has nothing to give back either.
+TEST_F(LightGuardTest, WhoStaysOutOfAShowSetsTheirOwnBacklight) {
+  engine.leave();
+  show(1);
+  pass(500);
+  phone.screen.setBrightness(0.8);
+  for (int time = 0; time < 3; ++time) {
+    show(1, 200);
+    show(1, 100);
+    pass(500);
+    EXPECT_EQ(phone.screen.brightness(), 0.8);
+  }
+  engine.guard().comeBack();
+  pass(0);
+  EXPECT_NEAR(phone.screen.brightness(), 100 / 255.0, 1e-9);
+}
+
+TEST_F(LightGuardTest, IsGoneAgainOnceItsViewerIsBack) {
+  show(1);
+  pass(2000);
+  engine.leave();
+  pass(500);
+  engine.guard().comeBack();
+  pass(300);
+  EXPECT_EQ(engine.views().filter(), nullptr);
+  phone.screen.log.drain();
+  show(1);
+  // In its own turn, as without a guard.
+  EXPECT_THAT(phone.screen.log.drain(), ElementsAre(1.0, 0.99));
+}
+
+TEST_F(LightGuardTest, WhoHasLeftSetsTheirOwnBacklight) {
+  show(1);
+  pass(2000);
+  engine.leave();
+  pass(500);
+  EXPECT_EQ(phone.screen.brightness(), 0.5);
+  phone.screen.setBrightness(0.8);
+  show(1, 200);
+  pass(500);
+  EXPECT_EQ(phone.screen.brightness(), 0.8);
+}
+
+TEST_F(LightGuardTest, ABacklightThatItsUserHasMovedSinceTheShowIsNotGivenBack) {
+  engine.setLimits({.flash = FlashPolicy::limited});
+  show(1);
+  pass(2000);
+  show(0);
+  pass(5000);
+  phone.screen.setBrightness(0.3);
+  for (int time = 0; time < 3; ++time) {
+    phone.application.resignActive();
+    pass(500);
+    EXPECT_EQ(phone.screen.brightness(), 0.3);
+    phone.application.becomeActive();
+    pass(500);
+    EXPECT_EQ(phone.screen.brightness(), 0.3);
+  }
+}
+
 TEST_F(LightGuardTest, GivesThePhoneBackWhileItsApplicationIsAway) {
   engine.setLimits({.flash = FlashPolicy::limited});
   show(1, 255, 1);
