@@ -56,6 +56,11 @@ void AirGate::reset(Duration now) {
   trust_ = trustAt(now);
 }
 
+void AirGate::showAgain() {
+  if (guard_) guard_->showAgain();
+  if (proof_) proof_->showAgain();
+}
+
 bool AirGate::isMapTooSoon(const HeardPacket& packet, Duration now) const {
   return map_ != 0 && packet.pixelMapId() != 0 && packet.pixelMapId() != map_ &&
          now - mapSince_ < kMapPause;

@@ -27,6 +27,8 @@ class AirGate {
   void refresh(Duration now);
   /// The show was dropped. What was proven stays proven.
   void reset(Duration now);
+  /// What was obeyed last could not be shown: its next repeat is to be obeyed as if it were new.
+  void showAgain();
 
   AirTrust trust() const { return trust_; }
   /// Of a contested show the packet to hold, without tag; null for none.

@@ -40,6 +40,8 @@ class AirGuard {
   void refresh(Duration now);
   /// The show was dropped: the next one is learnt anew.
   void reset();
+  /// The next repeat of what was obeyed last is obeyed too.
+  void showAgain() { mustShow_ = true; }
 
   bool isContested() const { return contested_; }
   /// Whether the show has been heard long enough, and undisputed.

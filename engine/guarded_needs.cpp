@@ -55,11 +55,13 @@ void JoinedDefaults::remove(std::string_view key) {
   keep(key, std::nullopt);
 }
 
+// What is kept is written before anything newer goes past it.
 void JoinedDefaults::setBounded(bool isBounded) {
+  if (!isBounded) {
+    next_.invalidate();
+    if (!kept_.empty()) writeAll();
+  }
   isBounded_ = isBounded;
-  if (isBounded) return;
-  next_.invalidate();
-  if (!kept_.empty()) writeAll();
 }
 
 void JoinedDefaults::keep(std::string_view key, std::optional<DefaultsValue> value) {

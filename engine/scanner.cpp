@@ -248,6 +248,7 @@ void Scanner::restartScan() {
     // Its next packet is new again, whether it has a new number or not.
     state_.hasCurrentBroadcast = false;
     if (state_.currentSequence > 0) --state_.currentSequence;
+    if (gate_) gate_->showAgain();
   }
   if (gate_ && changeGate([this] { gate_->refresh(timers_.now()); }) == PacketFate::engineGone) {
     return;

@@ -37,7 +37,8 @@ class ShowProof {
       : code_(std::move(code)), authentication_(authentication) {}
 
   AirVerdict judge(const HeardPacket& packet, Duration now, std::uint32_t epoch);
-  /// The show was dropped: what was heard last is new once more. The order stays.
+  /// The show was dropped, or could not be shown: what was heard last is new once more. The order
+  /// stays.
   void showAgain() { isShownAgain_ = true; }
   /// Whether a new good tag was heard lately.
   bool isProven(Duration now) const;

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/engine/air_bench.h"
 #include "tests/engine/engine_bench.h"
 
 namespace halvora {
@@ -54,6 +55,32 @@ TEST_F(FailedLook, IsCountedAndObeyedOnceMoreInTheNextSecond) {
   EXPECT_EQ(container(), 1);
   EXPECT_EQ(bench_.state().torch.currentLEDMode, 1);
   EXPECT_EQ(bench_.state().unfinishedStep, 0);
+}
+
+// To guard and proof the repeat is nothing new.
+TEST(FailedLookOfDoubtedAir, IsObeyedOnceMoreWhetherItIsGuardedOrSigned) {
+  for (const AirOptions& air : {guardedAir(), signedAir(Authentication::require)}) {
+    AirBench bench{air};
+    ThrowingObserver observer;
+    bench.engine().views().setObserver(&observer);
+    const auto hear = [&](const Broadcast& heard) {
+      air.showKey ? bench.hearSigned(heard) : bench.hear(heard);
+    };
+    const Broadcast wanted = look(3, {{&B::sequence, 5}, {&B::venueId, 7}});
+    observer.countdown = 2;
+    hear(wanted);
+    EXPECT_EQ(bench.engine().diagnostics()[PacketFate::failed], 1U);
+    const std::uint64_t obeyed = bench.engine().diagnostics()[PacketFate::processed];
+    hear(wanted);
+    EXPECT_EQ(bench.engine().diagnostics()[PacketFate::processed], obeyed) << "not at once";
+    bench.runFor(1100);
+    hear(wanted);
+    EXPECT_EQ(bench.engine().diagnostics()[PacketFate::processed], obeyed + 1);
+    EXPECT_EQ(bench.engine().views().alpha(ViewId::container), 1);
+    hear(wanted);
+    EXPECT_EQ(bench.engine().diagnostics()[PacketFate::processed], obeyed + 1) << "and once only";
+    bench.engine().views().setObserver(nullptr);
+  }
 }
 
 TEST_F(FailedLook, ANewLookIsObeyedAtOnce) {
