@@ -74,6 +74,12 @@ constexpr double kAudienceCornerRadius = 8;
 // It stands out from black by 3.3 to 1, and the white of its words from it by 6.4.
 constexpr Colour kQuietGround = colourOfBytes(94, 94, 102);
 
+// Who stays out does so until they come back, though their choice may have been taken elsewhere.
+AudienceStage firstStage(const HalvoraViewController& engine, const AudienceFields& fields) {
+  if (fields.asksBeforeJoining) return AudienceStage::asked;
+  return engine.hasLeft() ? AudienceStage::out : AudienceStage::joined;
+}
+
 bool storedGentle(const UserDefaults& defaults) {
   const DefaultsValue* value = defaults.find(kGentleKey);
   const bool* flag = value != nullptr ? std::get_if<bool>(&value->storage) : nullptr;
@@ -91,7 +97,7 @@ HalvoraAudienceController::HalvoraAudienceController(HalvoraViewController& engi
       platform_(platform),
       fields_(fields),
       changed_(std::move(changed)),
-      now_{.stage = fields.asksBeforeJoining ? AudienceStage::asked : AudienceStage::joined,
+      now_{.stage = firstStage(engine, fields),
            .isGentle = storedGentle(platform.defaults),
            .isBatteryLow = seesALowBattery()},
       told_(now_) {

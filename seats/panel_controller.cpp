@@ -159,6 +159,7 @@ void PanelController::refresh() {
   if (self.isGone() || engineLife_.isGone()) return;
   storage_.syncSeatDefaultsForVenueId(venueId);
   placeTicketSeat(venueId);
+  if (self.isGone() || engineLife_.isGone()) return;
   showSeat(venueId);
   refreshStatusViews();
   measure();

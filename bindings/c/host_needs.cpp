@@ -131,11 +131,15 @@ std::unique_ptr<CentralManager> HostRadio::makeManager(CentralManagerDelegate& d
   return std::make_unique<Manager>(*this, delegate);
 }
 
+// Any of them may go meanwhile; one that has come since waits for the next time. Nothing is copied,
+// as this is on the way of every packet.
 template <class Act>
 void HostRadio::forEach(const Act& act) {
-  const std::vector<Manager*> told = managers_;
-  for (Manager* manager : told) {
-    if (std::ranges::find(managers_, manager) != managers_.end()) act(*manager);
+  std::size_t at = 0;
+  for (std::size_t left = managers_.size(); left > 0 && at < managers_.size(); --left) {
+    Manager* const manager = managers_[at];
+    act(*manager);
+    if (at < managers_.size() && managers_[at] == manager) ++at;
   }
 }
 

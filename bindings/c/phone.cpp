@@ -109,8 +109,9 @@ void HostPhone::openPanel() {
   StatusPanelFields fields;
   fields.defaultVenueId = defaultVenue_;
   panel_->setFields(std::move(fields));
-  panel_->viewDidLoad();
-  panel_->viewDidLayoutSubviews(screen.bounds().width);
+  // Whoever hears of a change may close it.
+  if (panel_ != nullptr) panel_->viewDidLoad();
+  if (panel_ != nullptr) panel_->viewDidLayoutSubviews(screen.bounds().width);
 }
 
 std::shared_ptr<HalvoraSeatSelectorViewController> HostPhone::wizard() const {

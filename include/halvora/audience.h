@@ -57,7 +57,7 @@ struct AudienceViews {
 
 /// What the host decides.
 struct AudienceFields {
-  /// Otherwise they are in from the start, and may still leave.
+  /// Otherwise they are in from the start, unless the engine was left already, and may still leave.
   bool asksBeforeJoining = true;
   /// The system's user wants less flashing: the flash limit is on, whatever else is chosen.
   bool reducesFlashing = false;

@@ -117,6 +117,18 @@ TEST_F(AudienceTest, WhoStaysOutIsAskedNothingAndMayComeBack) {
   EXPECT_EQ(red(), 1);
 }
 
+TEST_F(AudienceTest, WhoStayedOutFindsTheWayBackOnAPageThatIsMadeAnew) {
+  make({.asksBeforeJoining = false}).leave();
+  audience->stayOut();
+  audience.reset();
+  make({.asksBeforeJoining = false});
+  EXPECT_EQ(audience->stage(), AudienceStage::out);
+  EXPECT_FALSE(audience->views().comeBackButton.hidden);
+  audience->join();
+  show();
+  EXPECT_EQ(red(), 1);
+}
+
 TEST_F(AudienceTest, OnlyWhoIsInCanLeave) {
   make();
   audience->leave();

@@ -79,6 +79,13 @@ const Case kCases[] = {
        bench.panel().storage().setMapVersions({1, 2}, 7);
        bench.tick();
      }},
+    {"ticket",
+     [](PanelBench& bench) {
+       bench.fittingHeight = 300;
+       bench.panel().setSeat("A", "1", "10");
+       bench.tick();
+       bench.settle();
+     }},
     {"show",
      [](PanelBench& bench) {
        bench.panel().openSeatSelector();

@@ -36,6 +36,8 @@ struct Recorder {
   std::string defaults;
   std::int64_t wakeAt = -1;
   int permission = 3;
+  /// Closes the panel as soon as it hears of it.
+  bool closesPanel = false;
   int asked = 0;
   int refusals = 0;
 
@@ -51,6 +53,9 @@ struct Recorder {
       Recorder& recorder = of(its);
       recorder.events.push_back(event);
       if (recorder.phone == nullptr) return;
+      if (recorder.closesPanel && event == HALVORA_EVENT_PANEL_CHANGED) {
+        halvora_panel_close(recorder.phone);
+      }
       if (halvora_phone_free(recorder.phone) == HALVORA_BUSY) ++recorder.refusals;
       if (halvora_phone_run_until(recorder.phone, kSecond) == HALVORA_BUSY) ++recorder.refusals;
     };
@@ -295,6 +300,18 @@ TEST_F(CInterface, AsksForPermissionByThePanelsButton) {
   EXPECT_EQ(recorder_.asked, 0);
   ASSERT_EQ(halvora_part_press(phone_, HALVORA_PANEL_JOIN_BUTTON), HALVORA_OK);
   EXPECT_EQ(recorder_.asked, 1);
+}
+
+TEST_F(CInterface, APanelMayBeClosedWhileItOpens) {
+  recorder_.closesPanel = true;
+  make();
+  ASSERT_EQ(halvora_panel_open(phone_), HALVORA_OK);
+  EXPECT_TRUE(text(HALVORA_PANEL_STATUS).empty());
+  recorder_.closesPanel = false;
+  ASSERT_EQ(halvora_panel_open(phone_), HALVORA_OK);
+  halvora_phone_start(phone_);
+  runUntil(2 * kSecond);
+  EXPECT_FALSE(text(HALVORA_PANEL_STATUS).empty());
 }
 
 TEST_F(CInterface, ShowsNoBareKeyWithoutAnyFile) {
