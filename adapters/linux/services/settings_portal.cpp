@@ -51,6 +51,7 @@ SettingsPortal::SettingsPortal(Bus& session, std::function<void(const UserWishes
       observer_(session, {[this] { watch(); },
                           [this] {
                             name_.reset();
+                            holder_.reset();
                             signal_.reset();
                             owner_.clear();
                           }}) {
@@ -66,6 +67,11 @@ void SettingsPortal::watch() {
       "type='signal',sender='org.freedesktop.portal.Desktop',"
       "interface='org.freedesktop.portal.Settings',member='SettingChanged'",
       [this](sd_bus_message* message) { settingChanged(message); });
+  // On a bus that was lost and is there again it may have been all the time.
+  holder_ = bus_.askForOwner(kPortal.service, [this](std::string_view owner) {
+    owner_ = owner;
+    if (!owner.empty() && !call_.isPending()) ask();
+  });
 }
 
 // Who asks starts the portal, where the system has one.

@@ -45,6 +45,7 @@ class SettingsPortal {
   /// The portal's own name on the bus, empty while it is not known.
   std::string owner_;
   BusSlot name_;
+  BusSlot holder_;
   BusSlot signal_;
   BusCall call_;
   const BusObserver observer_;

@@ -146,6 +146,24 @@ TEST_F(SettingsPortals, APortalThatComesLaterIsAskedAndOneThatGoesStillHolds) {
   EXPECT_TRUE(waitForWishes({.reducedMotion = true, .scheme = ColourScheme::light}));
 }
 
+TEST_F(SettingsPortals, AreHeardAgainOnABusThatCameBack) {
+  service.appear();
+  make();
+  ASSERT_TRUE(waitForWishes(kAll));
+  bool isLost = false;
+  const BusObserver observer(buses.session, {[] {}, [&isLost] { isLost = true; }});
+  service.die();
+  bus.stop();
+  ASSERT_TRUE(waitFor([&] { return isLost; }));
+  ASSERT_TRUE(bus.start());
+  service.appear();
+  ASSERT_TRUE(waitFor([&] { return buses.session.reach() != nullptr; }));
+  ASSERT_TRUE(waitForCalls(service, 2));
+  settle();
+  tell(kAppearance, "contrast", "u", 0U);
+  EXPECT_TRUE(waitForWishes({.reducedMotion = true, .scheme = ColourScheme::light}));
+}
+
 TEST_F(SettingsPortals, WithoutABusNothingIsWished) {
   Bus none(loop, loop, "unix:path=/nowhere");
   const SettingsPortal lonely(none, [this](const UserWishes& now) { told.push_back(now); });
