@@ -11,10 +11,29 @@ namespace halvora {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// What is there keeps its kind: a link goes on pointing to its file, and nobody's pipe or device
+// becomes a file. Empty for what is none.
+std::string fileAt(const std::string& path) {
+  constexpr int kMostLinks = 40;
+  fs::path file = path;
+  std::error_code error;
+  fs::file_status status = fs::symlink_status(file, error);
+  for (int link = 0; fs::is_symlink(status) && link < kMostLinks; ++link) {
+    file = file.parent_path() / fs::read_symlink(file, error);
+    status = fs::symlink_status(file, error);
+  }
+  return !fs::exists(status) || fs::is_regular_file(status) ? file.string() : std::string();
+}
+
+}  // namespace
+
 bool WrittenFiles::replace(const std::string& path, std::string_view bytes) {
   // Its entry is made first, so that what is written is never forgotten for want of memory.
-  std::list<std::string> entry{path};
-  const bool isWritten = !isInterrupted_ && files_.replace(path, bytes);
+  std::list<std::string> entry{fileAt(path)};
+  const std::string& file = entry.front();
+  const bool isWritten = !isInterrupted_ && !file.empty() && files_.replace(file, bytes);
   if (isWritten) {
     const std::lock_guard lock(mutex_);
     written_.splice(written_.end(), entry);

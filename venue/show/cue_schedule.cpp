@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "pixelmap/frame_time.h"
 #include "venue/base/json_line.h"
 #include "venue/show/cue_steps.h"
 #include "venue/show/cue_values.h"
@@ -117,9 +118,9 @@ std::vector<CueListFlaw> flawsOfMaps(const CueList& show, const MapFrames& frame
       flaws.push_back(
           {cue.line, cueText(cue),
            "venue " + std::to_string(show.sender.venueId) + " has no video for " + map});
-    } else if (*last > known.value_or(0xFFFF)) {
+    } else if (const int most = known.value_or(kMostPixelMapFrames); *last > most) {
       flaws.push_back({cue.line, cueText(cue),
-                       map + " ends at frame " + std::to_string(known.value_or(0xFFFF)) +
+                       map + " ends at frame " + std::to_string(most) +
                            ", and the cue would send frame " + std::to_string(*last) +
                            "; begin earlier in the map, or the next cue earlier"});
     }

@@ -45,14 +45,19 @@ class Event {
   yaml_event_t event_{};
 };
 
+// What some editors put before a text, and YAML allows there.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // Faults are thrown within this file: they come out of every depth, and never leave it.
 class Parse {
  public:
-  explicit Parse(std::string_view text) : text_(text) {
+  explicit Parse(std::string_view text)
+      : text_(text), bytes_(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0) {
     if (yaml_parser_initialize(&parser_) == 0) throw std::bad_alloc();
     yaml_parser_set_encoding(&parser_, YAML_UTF8_ENCODING);
-    yaml_parser_set_input_string(&parser_, reinterpret_cast<const unsigned char*>(text.data()),
-                                 text.size());
+    const std::string_view shown = text.substr(bytes_);
+    yaml_parser_set_input_string(&parser_, reinterpret_cast<const unsigned char*>(shown.data()),
+                                 shown.size());
   }
   ~Parse() { yaml_parser_delete(&parser_); }
   Parse(const Parse&) = delete;

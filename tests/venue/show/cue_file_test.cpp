@@ -88,6 +88,13 @@ TEST_F(CueFileTest, AChangeTouchesTheBytesOfItsValueAlone) {
   EXPECT_EQ(difference(kShow, of(later).text()), Difference("10", "\"0:20\""));
 }
 
+TEST_F(CueFileTest, AByteOrderMarkStaysInFront) {
+  const std::string marked = std::string("\xEF\xBB\xBF") + kShow;
+  const CueFile file = open(marked);
+  const CueFile renamed = of(file.with(0, "name", yamlText("Einlass"), names));
+  EXPECT_EQ(difference(marked, renamed.text()), Difference("Türen", "\"Einlass\""));
+}
+
 TEST_F(CueFileTest, AKeyThatIsNotThereComesBeforeTheLook) {
   const CueFile file = open(kShow);
   EXPECT_THAT(of(file.with(0, "fade", "2.5", names)).text(),

@@ -143,6 +143,17 @@ TEST(MapFlaws, ACueEndsWithItsVideo) {
   EXPECT_THAT(flawsOfMaps(show, framesOf(0))[0].what, HasSubstr("no video for map 3"));
 }
 
+TEST(MapFlaws, NoMapHasMoreFramesThanAPacketCanName) {
+  const CueList last = readShow(
+      "- {name: a, at: 0, hold: 0.01, look: {map: {id: 1, from: 65025}}}\n"
+      "- {name: b, at: 0.01, look: {}}\n");
+  EXPECT_THAT(flawsOfMaps(last, kUnknown), IsEmpty());
+  const CueList beyond = readShow(
+      "- {name: a, at: 0, look: {map: {id: 1, from: 65025}}}\n- {name: b, at: 1, look: {}}\n");
+  ASSERT_EQ(flawsOfMaps(beyond, kUnknown).size(), 1U);
+  EXPECT_THAT(flawsOfMaps(beyond, kUnknown)[0].what, HasSubstr("map 1 ends at frame 65025"));
+}
+
 TEST(CompiledShow, IsAScenarioWithRepeats) {
   const CueList show = readShow(
       "- {name: a, at: 0.5, look: {mode: 1}}\n- {name: b, at: 0.6, look: {}}\n"
