@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <arpa/inet.h>
@@ -28,7 +29,15 @@ using testing::HasSubstr;
 constexpr std::size_t kAFewPipes = std::size_t{1} << 20;
 constexpr std::size_t kFlood = std::size_t{256} << 20;
 
-bool isBlack(const std::string& line) { return line.find("000000000100") != std::string::npos; }
+// By master, colour and mode at their places: noughts stand in other packets too.
+bool isBlack(const std::string& line) {
+  constexpr std::string_view kKey = "\"packet\":\"";
+  constexpr std::size_t kMaster = 2 * 7;
+  constexpr std::string_view kNoLight = "0000000001";
+  const std::size_t at = line.find(kKey);
+  return at != std::string::npos &&
+         line.compare(at + kKey.size() + kMaster, kNoLight.size(), kNoLight) == 0;
+}
 
 class LiveProcessTest : public testing::Test {
  protected:
