@@ -63,7 +63,9 @@ class OpenDesk final : public OlaInput {};
 class VirtualGround final : public LiveGround {
  public:
   explicit VirtualGround(Crew& crew) : crew_(crew) {
-    for (const auto& [time, event] : crew.events) loop_.after(milliseconds(time), Task(event));
+    for (const auto& [time, event] : crew.events) {
+      loop_.after(milliseconds(time), [&event = event] { event(); });
+    }
   }
   RunLoop& loop() override { return loop_; }
   // The first minute ends after 150 ms.
