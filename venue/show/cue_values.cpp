@@ -103,7 +103,7 @@ std::optional<std::uint8_t> choiceOf(std::string_view text, std::span<const char
 std::string inQuotes(std::string_view text) {
   constexpr std::size_t kShown = 60;
   std::string shown(text.substr(0, kShown));
-  const auto isControl = [](char one) { return (one >= 0 && one < ' ') || one == '\x7F'; };
+  const auto isControl = [](unsigned char one) { return one < ' ' || one == 0x7F; };
   std::ranges::replace_if(shown, isControl, '?');
   return "\"" + shown + (text.size() > kShown ? "…\"" : "\"");
 }
