@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "conformance/storage_promises.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>

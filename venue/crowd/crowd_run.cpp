@@ -151,7 +151,7 @@ Failure CrowdRun::fillAir() {
     scenario_ = signedShow(scenario_, *code, VirtualWallClock(atBegin).now(), end);
   }
   if (request_.isProvenLater) {
-    if (const Failure failure = chainShow()) return failure;
+    if (Failure failure = chainShow()) return failure;
   }
   if (!request_.rogues.empty()) {
     truth_.emplace(scenario_, end);

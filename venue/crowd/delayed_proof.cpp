@@ -116,7 +116,9 @@ void DelayedProof::conclude(const Held& held, Duration now) {
     if (!held.isGood) return;
     found = std::ranges::find_if(senders_, [](const auto& one) { return !one; });
     if (found == senders_.end()) return;
-    found->emplace().transmitter = transmitter;
+    Sender sender;
+    sender.transmitter = transmitter;
+    *found = sender;
   }
   Sender& sender = **found;
   if (held.isGood) {

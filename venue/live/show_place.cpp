@@ -21,19 +21,20 @@ constexpr std::string_view kMagic = "HVPLACE1";
 constexpr std::int64_t kLongestShow = std::int64_t{2} * 24 * 3600 * 1'000'000;
 constexpr double kLongestAway = 24.0 * 3600;
 constexpr std::int64_t kLatestDate = std::int64_t{1} << 53;
-constexpr std::uint8_t kHasCue = 1;
-constexpr std::uint8_t kHeld = 2;
-constexpr std::uint8_t kBlack = 4;
-constexpr std::uint8_t kPanic = 8;
-constexpr std::uint8_t kOnAir = 16;
+constexpr std::uint8_t kPlaysCue = 1;
+constexpr std::uint8_t kIsHeld = 2;
+constexpr std::uint8_t kIsBlack = 4;
+constexpr std::uint8_t kIsPanic = 8;
+constexpr std::uint8_t kIsOnAir = 16;
 
 void writeMicroseconds(PackedWriter& to, Duration time) { to.signedNumber(time.count()); }
 Duration readMicroseconds(PackedReader& from) { return Duration(from.signedNumber(kLongestShow)); }
 
 std::uint8_t flagsOf(const PlayerPlace& player) {
-  return static_cast<std::uint8_t>((player.cue ? kHasCue : 0) | (player.isHeld ? kHeld : 0) |
-                                   (player.isBlack ? kBlack : 0) | (player.isPanic ? kPanic : 0) |
-                                   (player.isOnAir ? kOnAir : 0));
+  return static_cast<std::uint8_t>((player.cue ? kPlaysCue : 0) | (player.isHeld ? kIsHeld : 0) |
+                                   (player.isBlack ? kIsBlack : 0) |
+                                   (player.isPanic ? kIsPanic : 0) |
+                                   (player.isOnAir ? kIsOnAir : 0));
 }
 
 bool writeWhole(const std::string& path, std::string_view bytes) {
@@ -73,11 +74,11 @@ std::optional<ShowPlace> unpackPlace(std::string_view bytes) {
   const std::uint8_t flags = from.byte();
   place.cueName = from.text();
   // Which number it has is for whoever knows the list.
-  if ((flags & kHasCue) != 0) place.player.cue = 0;
-  place.player.isHeld = (flags & kHeld) != 0;
-  place.player.isBlack = (flags & kBlack) != 0;
-  place.player.isPanic = (flags & kPanic) != 0;
-  place.player.isOnAir = (flags & kOnAir) != 0;
+  if ((flags & kPlaysCue) != 0) place.player.cue = 0;
+  place.player.isHeld = (flags & kIsHeld) != 0;
+  place.player.isBlack = (flags & kIsBlack) != 0;
+  place.player.isPanic = (flags & kIsPanic) != 0;
+  place.player.isOnAir = (flags & kIsOnAir) != 0;
   place.player.cueTime = readMicroseconds(from);
   place.player.showTime = readMicroseconds(from);
   place.player.masterBefore = from.byte();

@@ -41,10 +41,10 @@ const Moment* TrueShow::at(Duration time) const {
 
 std::optional<Duration> TrueShow::firstTimeOf(std::span<const std::uint8_t, kBroadcastKeySize> look,
                                               std::uint16_t sequence) const {
-  const auto found = std::ranges::equal_range(
-      bySequence_, sequence, {}, [this](std::size_t at) { return moments_[at].fields.sequence; });
-  for (const std::size_t at : found) {
-    const Moment& one = moments_[at];
+  const auto sequenceOf = [this](std::size_t at) { return moments_[at].fields.sequence; };
+  auto at = std::ranges::lower_bound(bySequence_, sequence, {}, sequenceOf);
+  for (; at != bySequence_.end() && sequenceOf(*at) == sequence; ++at) {
+    const Moment& one = moments_[*at];
     if (std::equal(look.begin(), look.end(), one.data.begin())) return one.time;
   }
   return std::nullopt;
