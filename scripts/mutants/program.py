@@ -289,15 +289,22 @@ def files_of_tests():
         subprocess.run([str(PROGRAM), "--gtest_list_tests", f"--gtest_output=json:{listing}"],
                        check=True, stdout=subprocess.DEVNULL, cwd=scratch)  # fmt: skip
         suites = json.loads(listing.read_text(encoding="utf-8"))["testsuites"]
-    return {f"{suite['name']}.{test['name']}": str((BUILD / test["file"]).resolve())
-            for suite in suites for test in suite["testsuite"]
-            if "DISABLED_" not in suite["name"] + test["name"] and is_beside(test["file"])}  # fmt: skip
+    files = {f"{suite['name']}.{test['name']}": source_of(test["file"])
+             for suite in suites for test in suite["testsuite"]
+             if "DISABLED_" not in suite["name"] + test["name"]}  # fmt: skip
+    return {name: str(file) for name, file in files.items() if is_beside(file)}
+
+
+def source_of(file):
+    """A cache of compilers may have made the object for another copy of this tree."""
+    path = (BUILD / file).resolve()
+    if path.is_relative_to(ROOT):
+        return path
+    return ROOT / "tests" / path.as_posix().rpartition("/tests/")[2]
 
 
 def is_beside(file):
-    if BESIDE is None:
-        return True
-    return os.path.relpath(BUILD / file, ROOT).startswith(f"tests/{BESIDE}/")
+    return BESIDE is None or file.is_relative_to(ROOT / "tests" / BESIDE)
 
 
 def trace(names):
