@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include "venue/base/leftover.h"
+#include "venue/live/key_mode.h"
 
 namespace halvora {
 
@@ -17,6 +18,7 @@ static_assert(std::atomic<bool>::is_always_lock_free);
 void interrupt(int signal) {
   if (!isInterrupted.exchange(true)) return;
   removeLeftovers();
+  giveBackTerminal();
   std::signal(signal, SIG_DFL);
   std::raise(signal);
 }

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include <sched.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include "adapters/linux/poll_run_loop.h"
@@ -17,6 +16,7 @@
 #include "venue/air/transmitter.h"
 #include "venue/live/command_input.h"
 #include "venue/live/datagram_socket.h"
+#include "venue/live/key_mode.h"
 #include "venue/live/osc_message.h"
 
 namespace halvora {
@@ -42,30 +42,6 @@ void outliveTerminal() {
   if (isatty(STDIN_FILENO) == 0 && isatty(STDOUT_FILENO) == 0 && isatty(STDERR_FILENO) == 0) return;
   std::signal(SIGHUP, SIG_IGN);
 }
-
-// The terminal's own way comes back with the object. Keys beside those of a show do nothing: one
-// that stops the terminal's output, or the process, would stop the hall.
-class KeyMode {
- public:
-  KeyMode() {
-    if (tcgetattr(STDIN_FILENO, &before_) != 0) return;
-    termios keys = before_;
-    keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-    keys.c_iflag &= ~static_cast<tcflag_t>(IXON);
-    keys.c_cc[VSUSP] = _POSIX_VDISABLE;
-    isSet_ = tcsetattr(STDIN_FILENO, TCSANOW, &keys) == 0;
-  }
-  ~KeyMode() {
-    if (isSet_) tcsetattr(STDIN_FILENO, TCSANOW, &before_);
-  }
-  KeyMode(const KeyMode&) = delete;
-  KeyMode& operator=(const KeyMode&) = delete;
-  bool isSet() const { return isSet_; }
-
- private:
-  termios before_{};
-  bool isSet_ = false;
-};
 
 class SystemGround final : public LiveGround {
  public:

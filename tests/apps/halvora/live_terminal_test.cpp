@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
@@ -36,6 +37,22 @@ namespace {
 constexpr Duration kLimit = milliseconds(60'000);
 constexpr char kStopOutput = 0x13;
 constexpr char kSuspend = 0x1A;
+constexpr char kQuit = 0x1C;
+
+// As a shell leaves it to a program.
+termios usualWay() {
+  termios way{};
+  way.c_iflag = ICRNL | IXON;
+  way.c_oflag = OPOST | ONLCR;
+  way.c_cflag = CS8 | CREAD;
+  way.c_lflag = ICANON | ECHO | ISIG | IEXTEN;
+  way.c_cc[VSTOP] = kStopOutput;
+  way.c_cc[VSUSP] = kSuspend;
+  way.c_cc[VQUIT] = kQuit;
+  way.c_cc[VMIN] = 1;
+  cfsetspeed(&way, B38400);
+  return way;
+}
 
 // As the program's own main does it.
 [[noreturn]] void playAtTerminal(const std::vector<std::string>& arguments, int packets) {
@@ -65,7 +82,8 @@ class TerminalPlayer {
   explicit TerminalPlayer(const std::vector<std::string>& arguments) {
     int ends[2];
     EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-    process_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
+    const termios usual = usualWay();
+    process_ = forkpty(&terminal_, nullptr, &usual, nullptr);
     if (process_ == 0) playAtTerminal(arguments, ends[1]);
     close(ends[1]);
     packets_ = ends[0];
@@ -84,11 +102,17 @@ class TerminalPlayer {
 
   /// False where the terminal takes no more keys now.
   bool press(char key) const { return ::write(terminal_, &key, 1) == 1; }
-  /// What the terminal's own way has for one of its functions.
-  cc_t keyFor(int function) const {
-    termios way{};
-    EXPECT_EQ(tcgetattr(terminal_, &way), 0);
-    return way.c_cc[function];
+  /// How the terminal is set now.
+  termios way() const {
+    termios now{};
+    EXPECT_EQ(tcgetattr(terminal_, &now), 0);
+    return now;
+  }
+  bool isAsItWas() const {
+    const termios now = way();
+    const termios usual = usualWay();
+    return now.c_lflag == usual.c_lflag && now.c_iflag == usual.c_iflag &&
+           std::ranges::equal(now.c_cc, usual.c_cc);
   }
   void signal(int number) const { ::kill(process_, number); }
   void hangUp() {
@@ -163,10 +187,11 @@ TEST_F(LiveTerminal, StrayKeysStopNeitherTheShowNorPanic) {
   ASSERT_TRUE(player.begin());
   EXPECT_TRUE(player.press(kStopOutput));
   EXPECT_TRUE(player.press(kSuspend));
+  EXPECT_TRUE(player.press(kQuit));
   // The next change is said before another command is taken.
   EXPECT_TRUE(player.press('b'));
   EXPECT_TRUE(player.waitForMore());
-  EXPECT_EQ(player.keyFor(VSUSP), _POSIX_VDISABLE);
+  EXPECT_EQ(player.way().c_cc[VSUSP], _POSIX_VDISABLE);
   EXPECT_TRUE(player.press('p'));
   EXPECT_TRUE(player.waitFor([this] { return isBlack(); }));
 }
@@ -193,6 +218,26 @@ TEST_F(LiveTerminal, ATerminalThatIsClosedLeavesTheShow) {
   EXPECT_TRUE(player.waitForMore());
   player.signal(SIGTERM);
   EXPECT_EQ(player.end(), 0);
+}
+
+// Two signals that come at once are taken at once: who ends the process so leaves a terminal that
+// shows what is typed.
+TEST_F(LiveTerminal, WhoCannotWaitHasTheTerminalBack) {
+  ASSERT_TRUE(player.begin());
+  EXPECT_EQ(player.way().c_lflag & (ICANON | ECHO), 0U);
+  player.signal(SIGSTOP);
+  player.signal(SIGINT);
+  player.signal(SIGTERM);
+  player.signal(SIGCONT);
+  EXPECT_THAT(player.end(), testing::AnyOf(-SIGINT, -SIGTERM));
+  EXPECT_TRUE(player.isAsItWas());
+}
+
+TEST_F(LiveTerminal, ASignalThatEndsItGivesTheTerminalBack) {
+  ASSERT_TRUE(player.begin());
+  player.signal(SIGTERM);
+  EXPECT_EQ(player.end(), 0);
+  EXPECT_TRUE(player.isAsItWas());
 }
 
 }  // namespace
