@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "venue/crowd/crowd_venue.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -24,6 +29,28 @@ std::vector<SeatPosition> placesOf(std::span<const CrowdSeat> seats) {
 // A mapping begins at a page, so its words lie where words may.
 std::span<std::uint32_t> wordsOf(const MappedFile& file, std::size_t count) {
   return {reinterpret_cast<std::uint32_t*>(file.bytes().data()), count};
+}
+
+using Print = std::array<std::byte, sizeof(std::uint64_t)>;
+
+// Behind the words there is room for their fingerprint.
+std::size_t sizeOfRoom(std::size_t words) { return words * sizeof(std::uint32_t) + sizeof(Print); }
+
+std::string_view textOf(std::span<const std::byte> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+Print printOf(std::span<const std::byte> room) {
+  return std::bit_cast<Print>(fingerprintOf(textOf(room.first(room.size() - sizeof(Print)))));
+}
+
+// A file that was torn as it was written may well have its size.
+bool isSealed(std::span<const std::byte> room) {
+  return std::ranges::equal(room.last(sizeof(Print)), printOf(room));
+}
+
+void seal(std::span<std::byte> room) {
+  std::ranges::copy(printOf(room), room.last(sizeof(Print)).begin());
 }
 
 }  // namespace
@@ -113,8 +140,8 @@ std::string CrowdVenue::keptFile(const std::string& folder, const PixelMapVideoE
 
 bool CrowdVenue::takeKept(const PixelMapVideoEntry& map, int frames, const std::string& file) {
   const std::size_t words = tables_.places().size() * static_cast<std::size_t>(frames);
-  auto kept = MappedFile::open(file, words * sizeof(std::uint32_t));
-  if (!kept) return false;
+  auto kept = MappedFile::open(file, sizeOfRoom(words));
+  if (!kept || !isSealed(kept->bytes())) return false;
   rooms_.push_back(std::move(*kept));
   tables_.adopt(map.videoURL, wordsOf(rooms_.back(), words), frames);
   return true;
@@ -123,15 +150,18 @@ bool CrowdVenue::takeKept(const PixelMapVideoEntry& map, int frames, const std::
 bool CrowdVenue::keep(const PixelMapVideoEntry& map, const std::string& file, Files& files) const {
   const auto* const block = tables_.block(map.videoURL);
   if (block == nullptr) return false;
-  const auto bytes = std::as_bytes(block->words);
-  return files.replace(file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  const auto room = std::ranges::find(rooms_, std::as_bytes(block->words).data(),
+                                      [](const MappedFile& one) { return one.bytes().data(); });
+  if (room == rooms_.end()) return false;
+  seal(room->bytes());
+  return files.replace(file, textOf(room->bytes()));
 }
 
 std::span<std::uint32_t> CrowdVenue::roomFor(std::size_t words) {
   std::error_code error;
   const std::string folder = std::filesystem::temp_directory_path(error).string();
   if (error) return {};
-  auto file = MappedFile::make(folder, words * sizeof(std::uint32_t));
+  auto file = MappedFile::make(folder, sizeOfRoom(words));
   if (!file) return {};
   rooms_.push_back(std::move(*file));
   return wordsOf(rooms_.back(), words);

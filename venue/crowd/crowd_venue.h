@@ -57,7 +57,7 @@ class CrowdVenue {
   /// are; empty where there is no such video.
   std::string keptFile(const std::string& folder, const PixelMapVideoEntry& map, int frames,
                        const Files& files) const;
-  /// Adds tables that were kept; false where there are none.
+  /// Adds tables that were kept; false where there are none, or what is there is not what was kept.
   bool takeKept(const PixelMapVideoEntry& map, int frames, const std::string& file);
   /// Keeps what was built; false where it cannot be written.
   bool keep(const PixelMapVideoEntry& map, const std::string& file, Files& files) const;
