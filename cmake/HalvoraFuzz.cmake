@@ -42,8 +42,9 @@ function(halvora_fuzz_program target main)
       tests/seats/plain_seat_map.* tests/seats/seat_map_lines.*
       # What they try of the command: the rest takes longer to compile than all the kit.
       venue/base/input_text.cpp venue/base/json_line.cpp venue/plan/csv_table.cpp
-      venue/plan/seat_list.cpp venue/plan/seat_placing.cpp venue/show/cue_*.cpp
-      venue/show/flash_meter.cpp venue/show/packet.cpp venue/show/scenario.cpp ${fuzz_yaml}
+      venue/plan/free_squares.cpp venue/plan/seat_list.cpp venue/plan/seat_placing.cpp
+      venue/show/cue_*.cpp venue/show/flash_meter.cpp venue/show/packet.cpp
+      venue/show/scenario.cpp ${fuzz_yaml}
     FOLDERS tests/fuzz EXCLUDE ${fuzz_elsewhere} tests/fuzz/fuzz_targets_test.cpp
     LINK ${fuzz_libraries})
 endfunction()

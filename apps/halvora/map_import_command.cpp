@@ -41,9 +41,10 @@ class ImportCommand final : public ToolCommand {
                      "table of tickets; those whose seat the map does not have are listed, and the "
                      "exit status is then 1");
     options.footer(
-        "Prints what came of it as one JSON object: sections, rows, seats, the canvas's width and "
-        "height,\nhow many seats were put beside their place, and every seat that was dropped or "
-        "doubled. Seats without\nx and y, and sections without an arc, are put in plain blocks.");
+        "Prints what came of it as one JSON object: how many seats, the canvas's width and height, "
+        "how many\nseats were put beside their place, every seat that was dropped or doubled, and "
+        "every ticket whose seat\nis missing. Seats without x and y, and sections without an arc, "
+        "are put in plain blocks.");
   }
 
   CommandResult run(const Call& call) override {
@@ -57,7 +58,8 @@ class ImportCommand final : public ToolCommand {
       if (auto* refusal = std::get_if<CommandResult>(&tickets)) return std::move(*refusal);
       missing = seatsMissingIn(std::get<SeatList>(tickets), list);
     }
-    auto placed = placeSeats(list, arcs_);
+    auto placed = placeSeats(list, arcs_, call.outside.isInterrupted);
+    if (call.outside.isInterrupted) return interrupted();
     if (const auto* why = std::get_if<std::string>(&placed)) return unusable(file_ + ": " + *why);
     const auto& places = std::get<PlacedList>(placed);
     WrittenFiles files(call.outside.isInterrupted);

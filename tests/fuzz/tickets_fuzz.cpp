@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any bytes as a ticket office's table, or as a seating plan: refused with words, or a list in
 // which every seat is once, and which has its places on a canvas, no two alike.
+#include <atomic>
 #include <set>
 #include <string>
 #include <tuple>
@@ -26,7 +27,8 @@ void check(const std::variant<SeatList, std::string>& read) {
   for (const ListedSeat& seat : list.seats) {
     require(names.emplace(seat.section, seat.row, seat.seat).second, "a seat is there once");
   }
-  const auto placed = placeSeats(list, {});
+  const std::atomic<bool> isInterrupted{false};
+  const auto placed = placeSeats(list, {}, isInterrupted);
   const auto* places = std::get_if<PlacedList>(&placed);
   require(places != nullptr, "a few seats fit");
   if (places == nullptr) return;

@@ -7,11 +7,11 @@
 #include <numbers>
 #include <span>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #include "venue/base/input_text.h"
 #include "venue/base/json_buffer.h"
+#include "venue/plan/free_squares.h"
 
 namespace halvora {
 
@@ -112,13 +112,13 @@ Bounds boundsOf(const std::vector<Point>& points) {
 }
 
 // Of most seats: a few that were drawn on each other say nothing of the hall.
-double usualDistance(const std::vector<Point>& points) {
+double usualDistance(const std::vector<Point>& points, const std::atomic<bool>& isInterrupted) {
   std::vector<std::size_t> order(points.size());
   for (std::size_t at = 0; at < order.size(); ++at) order[at] = at;
   std::ranges::sort(order, {}, [&](std::size_t at) { return points[at].x; });
   constexpr std::size_t kMostLooks = 400;
   std::vector<double> nearest;
-  for (std::size_t at = 0; at < order.size(); ++at) {
+  for (std::size_t at = 0; at < order.size() && !isInterrupted; ++at) {
     const Point& one = points[order[at]];
     double best = HUGE_VAL;
     for (std::size_t other = at + 1; other < std::min(order.size(), at + kMostLooks); ++other) {
@@ -135,46 +135,22 @@ double usualDistance(const std::vector<Point>& points) {
   return *low;
 }
 
-// Squares that are taken, and the nearest free one to a place.
-class Squares {
- public:
-  Squares(int columns, int rows) : columns_(columns), rows_(rows) {}
-
-  std::optional<PlacedList::Place> take(int column, int row) {
-    for (int ring = 0; ring < std::max(columns_, rows_); ++ring) {
-      for (int y = row - ring; y <= row + ring; ++y) {
-        const bool isEdge = y == row - ring || y == row + ring;
-        for (int x = column - ring; x <= column + ring; x += isEdge || ring == 0 ? 1 : 2 * ring) {
-          if (x < 0 || y < 0 || x >= columns_ || y >= rows_) continue;
-          if (taken_.insert(std::int64_t{y} * columns_ + x).second) {
-            return PlacedList::Place{x * kCell, y * kCell};
-          }
-        }
-      }
-    }
-    return std::nullopt;
-  }
-
- private:
-  int columns_;
-  int rows_;
-  std::unordered_set<std::int64_t> taken_;
-};
-
 int wholeBlocks(double pixels) { return static_cast<int>(std::ceil(pixels / kBlock)) * kBlock; }
 
-std::variant<PlacedList, std::string> onCanvas(const std::vector<Point>& points) {
+std::variant<PlacedList, std::string> onCanvas(const std::vector<Point>& points,
+                                               const std::atomic<bool>& isInterrupted) {
   const Bounds bounds = boundsOf(points);
   const Point extent{bounds.greatest.x - bounds.least.x, bounds.greatest.y - bounds.least.y};
   constexpr double kRoom = kLargestCanvas - 2 * kMargin - kCell;
-  double scale = std::max(kApart, kPitch) / usualDistance(points);
+  double scale = std::max(kApart, kPitch) / usualDistance(points, isInterrupted);
   const double longest = std::max(extent.x, extent.y);
   if (longest * scale > kRoom) scale = kRoom / longest;
   PlacedList placed;
   placed.width = std::min(kLargestCanvas, wholeBlocks(extent.x * scale + 2 * kMargin + kCell));
   placed.height = std::min(kLargestCanvas, wholeBlocks(extent.y * scale + 2 * kMargin + kCell));
-  Squares squares(placed.width / kCell, placed.height / kCell);
+  FreeSquares squares(placed.width / kCell, placed.height / kCell);
   for (const Point& point : points) {
+    if (isInterrupted) return "interrupted";
     const auto square = [scale](double from, double to) {
       return static_cast<int>(std::llround((to - from) * scale + kMargin)) / kCell;
     };
@@ -184,8 +160,8 @@ std::variant<PlacedList, std::string> onCanvas(const std::vector<Point>& points)
     if (!place) {
       return "more seats than a canvas of 4096 pixels has squares for; import the hall in parts";
     }
-    if (place->x != column * kCell || place->y != row * kCell) ++placed.moved;
-    placed.places.push_back(*place);
+    if (place->column != column || place->row != row) ++placed.moved;
+    placed.places.push_back({place->column * kCell, place->row * kCell});
   }
   return placed;
 }
@@ -215,13 +191,14 @@ std::optional<SeatArc> seatArcOf(std::string_view text) {
 }
 
 std::variant<PlacedList, std::string> placeSeats(const SeatList& list,
-                                                 const std::vector<SeatArc>& arcs) {
+                                                 const std::vector<SeatArc>& arcs,
+                                                 const std::atomic<bool>& isInterrupted) {
   std::vector<Point> points(list.seats.size());
   if (arcs.empty() && list.isPlaced()) {
     for (std::size_t at = 0; at < points.size(); ++at) {
       points[at] = {*list.seats[at].x, *list.seats[at].y};
     }
-    return onCanvas(points);
+    return onCanvas(points, isInterrupted);
   }
   const std::vector<SectionSeats> sections = sectionsOf(list);
   std::vector<const SectionSeats*> blocks;
@@ -245,7 +222,7 @@ std::variant<PlacedList, std::string> placeSeats(const SeatList& list,
   const bool hasBowl = bowl.least.x < HUGE_VAL;
   placeInBlocks(blocks, hasBowl ? Point{bowl.least.x, bowl.greatest.y + 2 * kSectionGap} : Point{},
                 points);
-  return onCanvas(points);
+  return onCanvas(points, isInterrupted);
 }
 
 std::string seatMapDocumentOf(const SeatList& list, const PlacedList& places) {

@@ -4,7 +4,8 @@
 // video keeps one colour for four. Values, any thread.
 #pragma once
 
-#include <cstdint>
+#include <atomic>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,10 +46,12 @@ struct PlacedList {
   std::size_t moved = 0;
 };
 
-/// The places, or why there are none: seats do not fit, or an arc is of no section. With arcs, or
-/// where seats do not say where they are, their own places count for nothing.
+/// The places, or why there are none: seats do not fit, an arc is of no section, or the user has
+/// interrupted it. With arcs, or where seats do not say where they are, their own places count for
+/// nothing.
 std::variant<PlacedList, std::string> placeSeats(const SeatList& list,
-                                                 const std::vector<SeatArc>& arcs);
+                                                 const std::vector<SeatArc>& arcs,
+                                                 const std::atomic<bool>& isInterrupted);
 
 /// A seat map's document with these seats.
 std::string seatMapDocumentOf(const SeatList& list, const PlacedList& places);

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // A ticket office's seats become a map that passes its check, and none is lost without a word.
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -13,6 +18,7 @@
 #include "apps/halvora/map_commands.h"
 #include "tests/apps/halvora/tool_runner.h"
 #include "venue/plan/csv_table.h"
+#include "venue/plan/free_squares.h"
 #include "venue/plan/seat_list.h"
 #include "venue/plan/seat_placing.h"
 
@@ -58,6 +64,7 @@ class MapImport : public testing::Test {
   ToolRun check() const { return runTool({"map", "check", out()}); }
 
   TestFolder folder;
+  std::atomic<bool> isInterrupted{false};
 };
 
 TEST_F(MapImport, ATableWithoutPlacesBecomesBlocks) {
@@ -103,9 +110,9 @@ TEST_F(MapImport, SeatsKeepTheirPlacesAndNoTwoShareAPixel) {
 TEST_F(MapImport, ABowlLiesOnArcsAndTheRestBelowIt) {
   const auto list =
       seatsOfCsv("section,row,seat\nEast,1,1\nEast,1,2\nEast,1,3\nEast,2,1\nPit,1,1\n", {});
-  const auto placed =
-      placeSeats(std::get<SeatList>(list),
-                 {{.section = "East", .from = 0, .to = 180, .radius = 100, .pitch = 20}});
+  const auto placed = placeSeats(
+      std::get<SeatList>(list),
+      {{.section = "East", .from = 0, .to = 180, .radius = 100, .pitch = 20}}, isInterrupted);
   const auto& places = std::get<PlacedList>(placed).places;
   // From the top over the right to the bottom; one seat alone stands in the middle of its arc.
   EXPECT_EQ(places[0].x, places[2].x);
@@ -119,6 +126,44 @@ TEST_F(MapImport, ABowlLiesOnArcsAndTheRestBelowIt) {
   for (const char* bad : {"A", "A=1,2,3", "A=1,2,3,4,5", "A=1,2,3,0", "=1,2,3,4", "A=x,2,3,4"}) {
     EXPECT_EQ(flawOfRefusal(import("section,row,seat\nA,1,1\n", {"--place", bad})), "") << bad;
   }
+}
+
+// As where an office has not filled in most of its places.
+TEST_F(MapImport, ManySeatsInOnePlaceAreSpreadAroundIt) {
+  SeatList list;
+  constexpr std::size_t kSeats = 50'000;
+  for (std::size_t at = 0; at < kSeats; ++at) list.seats.push_back({"A", "1", "", 0.0, 0.0});
+  constexpr std::size_t kPlaced = 1000;
+  for (std::size_t at = 0; at < kPlaced; ++at) {
+    list.seats.push_back({"A", "2", "", static_cast<double>(1000 + at), 1000.0});
+  }
+  const auto placed = placeSeats(list, {}, isInterrupted);
+  const auto& places = std::get<PlacedList>(placed);
+  EXPECT_EQ(places.moved, kSeats - 1);
+  std::set<std::pair<int, int>> taken;
+  for (const PlacedList::Place& place : places.places) taken.emplace(place.x, place.y);
+  EXPECT_EQ(taken.size(), kSeats + kPlaced) << "no two seats share a pixel";
+  isInterrupted = true;
+  EXPECT_FALSE(std::holds_alternative<PlacedList>(placeSeats(list, {}, isInterrupted)));
+}
+
+// Counted, because seconds are the machine's: no square is looked at twice from one place.
+TEST(FreeSquares, ManySeatsInOnePlaceCostAFewLooksEach) {
+  constexpr int kSide = 300;
+  FreeSquares squares(kSide, kSide);
+  std::set<std::pair<int, int>> taken;
+  int farthest = 0;
+  for (int seat = 0; seat < kSide * kSide; ++seat) {
+    const auto square = squares.take(kSide / 2, kSide / 2);
+    ASSERT_TRUE(square) << seat;
+    ASSERT_TRUE(taken.emplace(square->column, square->row).second) << seat;
+    const int distance =
+        std::max(std::abs(square->column - kSide / 2), std::abs(square->row - kSide / 2));
+    ASSERT_GE(distance, farthest) << "the nearest first";
+    farthest = distance;
+  }
+  EXPECT_LE(squares.looks(), 3U * kSide * kSide);
+  EXPECT_FALSE(squares.take(0, 0));
 }
 
 TEST_F(MapImport, ReadsASeatingPlan) {
