@@ -9,6 +9,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,13 +49,15 @@ struct KeyText {
   std::size_t size = 0;
 };
 
-/// False, with the system's reason in `errno`, where it cannot be read.
+/// False, with the system's reason in `errno`, where it cannot be read. A pipe is waited for as
+/// long as somebody may write to it and nobody ends the command.
 bool readInto(KeyText& key, int file) {
   while (key.size < key.bytes.size()) {
     const ssize_t count = read(file, key.bytes.data() + key.size, key.bytes.size() - key.size);
     if (count == 0) return true;
-    if (count < 0) return false;
-    key.size += static_cast<std::size_t>(count);
+    pollfd wanted{file, POLLIN, 0};
+    if (count < 0 && (errno != EAGAIN || poll(&wanted, 1, -1) < 0)) return false;
+    if (count > 0) key.size += static_cast<std::size_t>(count);
   }
   return true;
 }
@@ -69,7 +72,8 @@ std::variant<ShowKey, CommandResult> readShowKey(const std::string& path) {
         "--show-key takes the name of a file with the key, never the key, which others could read "
         "in the list of processes; a file of such a name is ./NAME");
   }
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  // Not blocking, because a pipe that nobody writes to could not even be opened.
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
   struct stat facts {};
   if (file.number() < 0 || fstat(file.number(), &facts) != 0) {
     return unusable(path + ": " + std::strerror(errno) + " (--show-key)");
@@ -80,6 +84,7 @@ std::variant<ShowKey, CommandResult> readShowKey(const std::string& path) {
   }
   KeyText text;
   if (!readInto(text, file.number())) {
+    if (errno == EINTR) return interrupted();
     return unusable(path + ": " + std::strerror(errno) + " (--show-key)");
   }
   if (const auto key = ShowKey::ofText(text.text())) return *key;

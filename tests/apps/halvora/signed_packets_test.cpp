@@ -2,11 +2,14 @@
 // Signed packets on the command line, with the vectors that are published for other makers.
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "adapters/nettle/nettle_codes.h"
 #include "engine/broadcast.h"
@@ -156,6 +159,30 @@ TEST_F(ShowKeys, ThatCannotBeReadAreRefused) {
   for (const std::string& path : {folder + "/none", folder, std::string()}) {
     EXPECT_EQ(flawOfRefusal(encode(kVectors[0].plain, path, "1")), "") << path;
   }
+}
+
+// One that nobody writes to would otherwise be waited for, and the first signal be for nothing.
+TEST_F(ShowKeys, OfAPipeThatNobodyWritesToAreRefusedAtOnce) {
+  const std::string pipe = (folder_.path() / "pipe").string();
+  ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
+  const ToolRun made = encode(kVectors[0].plain, pipe, "1");
+  EXPECT_EQ(flawOfRefusal(made), "");
+  EXPECT_THAT(made.error, HasSubstr("32 hexadecimal digits"));
+}
+
+// As a shell's <(command) does, for a key that is never on a disk.
+TEST_F(ShowKeys, MayComeOutOfAPipe) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const Vector& vector = kVectors[0];
+  const std::string path = "/proc/self/fd/" + std::to_string(ends[0]);
+  std::thread writer([&] {
+    for (const char digit : std::string(vector.key)) EXPECT_EQ(write(ends[1], &digit, 1), 1);
+    close(ends[1]);
+  });
+  EXPECT_EQ(encode(vector.plain, path, vector.epoch).output, std::string(vector.whole) + "\n");
+  writer.join();
+  close(ends[0]);
 }
 
 // Typed by mistake, it must not come to stand in a log too.
