@@ -17,8 +17,8 @@ constexpr const char* kNames[] = {"unknown sender", "wrong venue", "jump",
                                   "two senders",    "other look",  "silent"};
 constexpr const char* kTrusts[] = {"unproven", "trusted", "contested"};
 
-std::string keyOf(const HeardPacket& packet) {
-  return transmitterKey(static_cast<std::uint16_t>(packet.applicationId()), packet.data.back());
+std::string keyText(std::uint32_t key) {
+  return transmitterKey(static_cast<std::uint16_t>(key >> 8), static_cast<std::uint8_t>(key));
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ AirWatch::AirWatch(const AirWatchOptions& options, const MessageCodes& codes,
 
 void AirWatch::hear(std::span<const std::uint8_t> data, Duration now) {
   const HeardPacket packet(data);
-  const std::string key = keyOf(packet);
+  const std::string key = keyText(packet.key);
   static_cast<void>(gate_.judge(packet, now, clock_));
   tellTrust();
   noteSender(key, now);
@@ -42,8 +42,7 @@ void AirWatch::hear(std::span<const std::uint8_t> data, Duration now) {
   }
   if (found != transmitters_.end()) {
     Heard& heard = found->second;
-    const auto& known = options_.transmitters;
-    if (!known.empty() && std::ranges::find(known, key) == known.end()) {
+    if (!isKnown(key)) {
       say(Kind::unknownSender, key, heard.told[0], now, "not one of the show's");
     }
     if (options_.venueId && packet.venueId != *options_.venueId) {
@@ -52,8 +51,18 @@ void AirWatch::hear(std::span<const std::uint8_t> data, Duration now) {
     if (!isFirst) follow(packet, key, heard, now);
     heard.sequence = packet.sequence;
     std::ranges::copy(packet.look(), heard.look.begin());
+    heard.heard = now;
+    if (isFirst) heard.good = now;
   }
-  if (options_.expected != nullptr) align(packet, now);
+  const auto until = options_.expected != nullptr ? rightUntil(packet, now) : std::nullopt;
+  if (!until) return;
+  good_ = std::max(good_.value_or(*until), *until);
+  if (found != transmitters_.end()) found->second.good = std::max(found->second.good, *until);
+}
+
+bool AirWatch::isKnown(const std::string& key) const {
+  const auto& known = options_.transmitters;
+  return known.empty() || std::ranges::find(known, key) != known.end();
 }
 
 void AirWatch::follow(const HeardPacket& packet, const std::string& key, Heard& heard,
@@ -79,25 +88,30 @@ void AirWatch::turn(const std::string& key, Heard& heard, Duration now, const st
 // The first packet of the expected show that is heard says how far it is. That may have been one of
 // an hour ago, or of a look that had been there for long, or the show begins anew: where what is
 // heard disagrees, a step that the show itself makes, from one look to the next, says it again.
-// What stands still makes none, and what is not of the show is compared all the same.
-void AirWatch::align(const HeardPacket& packet, Duration now) {
+// What stands still makes none, and what is not of the show is compared all the same. A look that
+// is heard late was right until the show left it.
+std::optional<Duration> AirWatch::rightUntil(const HeardPacket& packet, Duration now) {
   const TrueShow& show = *options_.expected;
   const auto before = last_;
   std::ranges::copy(packet.look(), last_.emplace().begin());
-  const auto agrees = [&] {
-    return begin_ && show.showed(last_, now - *begin_ - kLate, now - *begin_);
+  const auto right = [&] {
+    return begin_ ? show.lastShown(last_, now - *begin_ - kLate, now - *begin_) : std::nullopt;
   };
-  if (!agrees()) {
+  auto until = right();
+  if (!until) {
     const auto place = show.firstTimeOf(packet.look(), packet.sequence);
     const auto isStep = [&] {
       const Duration justBefore = *place - Duration{1};
       return before && before != last_ && show.showed(before, justBefore, justBefore);
     };
-    if (place && (!begin_ || isStep())) begin_ = now - *place;
+    if (place && (!begin_ || isStep())) {
+      begin_ = now - *place;
+      aligned_ = now;
+      until = right();
+    }
   }
-  if (!begin_) return;
-  lastHeard_ = now;
-  if (agrees()) goodAt_ = now;
+  if (begin_) lastHeard_ = now;
+  return until ? std::optional(*begin_ + *until) : std::nullopt;
 }
 
 void AirWatch::look(Duration now) {
@@ -106,6 +120,7 @@ void AirWatch::look(Duration now) {
   if (!firstLook_) firstLook_ = now;
   if (options_.expected != nullptr) compare(now);
   if (begin_) missSenders(now);
+  if (begin_) compareEach(now);
 }
 
 void AirWatch::noteSender(const std::string& key, Duration now) {
@@ -134,12 +149,27 @@ void AirWatch::compare(Duration now) {
     say(Kind::silent, {}, told_[0], now, begin_ ? "nothing is heard" : "nothing of it was heard");
     return;
   }
-  if (!begin_ || !last_ || now - goodAt_.value_or(*firstLook_) < kLate) return;
+  if (!begin_ || !last_ || now - good_.value_or(*firstLook_) < kLate) return;
+  say(Kind::otherLook, {}, told_[1], now, difference(*last_, now));
+}
+
+// Where nothing of the show is right, that is said of all.
+void AirWatch::compareEach(Duration now) {
+  if (!good_ || now - *good_ >= kLate) return;
+  for (auto& [key, heard] : transmitters_) {
+    const bool isHeard = now - heard.heard < kLate;
+    if (!isHeard || now - std::max(heard.good, aligned_) < kLate || !isKnown(keyText(key)))
+      continue;
+    say(Kind::otherLook, keyText(key), heard.told[4], now,
+        difference(heard.look, now) + "; others of the show are right");
+  }
+}
+
+std::string AirWatch::difference(std::span<const std::uint8_t> look, Duration now) const {
   const auto* const wanted = options_.expected->at(now - *begin_);
-  say(Kind::otherLook, {}, told_[1], now,
-      NSDataToHex(*last_) + " instead of " +
-          (wanted != nullptr ? NSDataToHex(std::span(wanted->data).first(kBroadcastKeySize))
-                             : std::string("nothing")));
+  return NSDataToHex(look) + " instead of " +
+         (wanted != nullptr ? NSDataToHex(std::span(wanted->data).first(kBroadcastKeySize))
+                            : std::string("nothing"));
 }
 
 void AirWatch::say(Kind kind, const std::string& key, std::optional<Duration>& told, Duration now,

@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,9 @@ class AirWatch {
     /// How often the numbers went back lately, and when last.
     int turns = 0;
     Duration turned{};
+    /// When, and until when what was heard was right.
+    Duration heard{};
+    Duration good{};
     std::array<std::optional<Duration>, 6> told;
   };
 
@@ -76,8 +80,11 @@ class AirWatch {
 
   void follow(const HeardPacket& packet, const std::string& key, Heard& heard, Duration now);
   void turn(const std::string& key, Heard& heard, Duration now, const std::string& detail);
-  void align(const HeardPacket& packet, Duration now);
+  bool isKnown(const std::string& key) const;
+  std::optional<Duration> rightUntil(const HeardPacket& packet, Duration now);
   void compare(Duration now);
+  void compareEach(Duration now);
+  std::string difference(std::span<const std::uint8_t> look, Duration now) const;
   void noteSender(const std::string& key, Duration now);
   void missSenders(Duration now);
   void say(Kind kind, const std::string& key, std::optional<Duration>& told, Duration now,
@@ -91,12 +98,14 @@ class AirWatch {
   std::map<std::uint32_t, Heard> transmitters_;
   /// None until something is heard.
   std::optional<AirTrust> trust_;
-  /// Of the expected show: when it began, and what of it was heard last.
+  /// Of the expected show: when it began, since when that is known, and what was heard last.
   std::optional<Duration> begin_;
+  Duration aligned_{};
   std::optional<Duration> firstLook_;
   std::optional<BroadcastKeyBytes> last_;
   Duration lastHeard_{};
-  std::optional<Duration> goodAt_;
+  /// Until when what was heard was right.
+  std::optional<Duration> good_;
   std::array<std::optional<Duration>, 2> told_;
   std::vector<Expected> senders_;
 };

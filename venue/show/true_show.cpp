@@ -50,15 +50,17 @@ std::optional<Duration> TrueShow::firstTimeOf(std::span<const std::uint8_t, kBro
   return std::nullopt;
 }
 
-bool TrueShow::showed(const std::optional<BroadcastKeyBytes>& look, Duration from,
-                      Duration to) const {
+std::optional<Duration> TrueShow::lastShown(const std::optional<BroadcastKeyBytes>& look,
+                                            Duration from, Duration to) const {
+  Duration until = to;
   const auto after = std::ranges::upper_bound(moments_, to, {}, &Moment::time);
   for (auto moment = after; moment != moments_.begin();) {
     --moment;
-    if (isSame(*moment, look)) return true;
-    if (moment->time <= from) return false;
+    if (isSame(*moment, look)) return until;
+    if (moment->time <= from) return std::nullopt;
+    until = moment->time;
   }
-  return !look;
+  return look ? std::nullopt : std::optional(until);
 }
 
 }  // namespace halvora

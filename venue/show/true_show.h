@@ -31,7 +31,12 @@ class TrueShow {
   std::optional<Duration> firstTimeOf(std::span<const std::uint8_t, kBroadcastKeySize> look,
                                       std::uint16_t sequence) const;
   /// Whether it was, or became, the show's look between those times. No look is that of mode 0.
-  bool showed(const std::optional<BroadcastKeyBytes>& look, Duration from, Duration to) const;
+  bool showed(const std::optional<BroadcastKeyBytes>& look, Duration from, Duration to) const {
+    return lastShown(look, from, to).has_value();
+  }
+  /// Until when it was, of those times.
+  std::optional<Duration> lastShown(const std::optional<BroadcastKeyBytes>& look, Duration from,
+                                    Duration to) const;
 
  private:
   std::vector<Moment> moments_;

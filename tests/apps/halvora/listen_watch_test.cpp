@@ -300,6 +300,7 @@ TEST_F(ListenExpect, AShowThatStandsStillIsNeverRight) {
   const auto lines = differences("14");
   ASSERT_THAT(lines, SizeIs(1));
   EXPECT_THAT(lines[0], HasSubstr(R"("finding":"other look")"));
+  EXPECT_LT(secondsOf(lines[0]), 6.5) << "its look was over at 4.5";
 }
 
 // Each verdict, with the show on the air beside it, within two seconds of what is wrong.
@@ -380,6 +381,35 @@ TEST_F(ListenExpectTwo, MissesNobodyWhoseTimeIsOver) {
   hearFrom(500, 8000, fields(1, 50, 7));
   hearFrom(550, 8000, fields(1, 50, 8));
   EXPECT_THAT(differences("10"), testing::Each(testing::Not(HasSubstr("258:8"))));
+}
+
+// As where a controller hangs and goes on with the packet that it had, beside one that goes on.
+TEST_F(ListenExpect, SaysWithinTwoSecondsWhichOfTwoTransmittersStandsStill) {
+  const std::vector<std::string> both = {"--expect", show, "--allow", "258:7", "--allow", "258:8"};
+  hearShow(500, 5);
+  for (int look = 0; look < 5; ++look)
+    hearFrom(550 + 2000 * look, 2000, fields(1 + look, 10 * look, 8));
+  const auto differ = [&](const char* seconds) {
+    std::vector<std::string> words = both;
+    words.insert(words.end(), {"--for", seconds});
+    std::vector<std::string> found;
+    for (const std::string& line : said(words)) {
+      if (line.find("finding") != std::string::npos) found.push_back(line);
+    }
+    return found;
+  };
+  EXPECT_THAT(differ("10"), IsEmpty());
+  air.packets.clear();
+  hearShow(500, 5);
+  hearFrom(550, 2000, fields(1, 0, 8));
+  hearFrom(2550, 8000, fields(2, 10, 8));
+  const auto lines = differ("10");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0],
+              HasSubstr(R"("finding":"other look","transmitter":"258:8","detail":"09C9)"));
+  EXPECT_THAT(lines[0], HasSubstr("; others of the show are right"));
+  EXPECT_GT(secondsOf(lines[0]), 5.95) << "its look was over at 4.5";
+  EXPECT_LT(secondsOf(lines[0]), 6.5);
 }
 
 TEST_F(ListenExpect, RefusesWhatIsNoScenarioAndNoVenue) {
