@@ -3,9 +3,10 @@
 # Compares the shared libraries of two installations: is what was built against the old one served by
 # the new one? Libraries of different names may differ: their names say so.
 #   scripts/check_abi.sh OLD_PREFIX NEW_PREFIX   two installations, with debug information
-#   scripts/check_abi.sh OLD_COMMIT              that tag or commit and the checked-out one, without Qt
+#   scripts/check_abi.sh OLD_COMMIT [-DOPTION…]  that tag or commit and the checked-out one, without Qt
+#                                                unless -DHALVORA_QT=ON is among the options of CMake
 set -euo pipefail
-if (($# < 1 || $# > 2)); then
+if (($# < 1)) || { (($# > 2)) && [[ "$2" != -D* ]]; }; then
   sed -n 's/^#   /usage: /p' "$0" >&2
   exit 2
 fi
@@ -14,11 +15,12 @@ if ! command -v abidiff >/dev/null; then
   exit 2
 fi
 
-# installed COMMIT: the folder of its installation, made once.
+# installed COMMIT OPTION…: the folder of its installation, made once.
 installed() {
   local commit prefix
   commit=$(git rev-parse --verify --short "$1^{commit}") || return
-  prefix=$PWD/build/abi/$commit
+  shift
+  prefix=$PWD/build/abi/$commit$(IFS=; tr -c '[:alnum:]=' - <<<"$*" | sed 's/-*$//')
   if [[ ! -e "$prefix/done" ]]; then
     local source=$prefix/source
     rm -rf "$prefix"
@@ -27,11 +29,11 @@ installed() {
     {
       cmake -S "$source" -B "$prefix/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
         -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" -DCMAKE_INSTALL_PREFIX="$prefix" -DBUILD_SHARED_LIBS=ON \
-        -DHALVORA_UNITY=ON -DHALVORA_PRECOMPILE=ON &&
+        -DHALVORA_UNITY=ON -DHALVORA_PRECOMPILE=ON "$@" &&
         cmake --build "$prefix/build" &&
         cmake --install "$prefix/build"
     } >"$prefix/log" 2>&1 || {
-      echo "$1 cannot be built: $prefix/log" >&2
+      echo "$commit cannot be built: $prefix/log" >&2
       return 2
     }
     touch "$prefix/done"
@@ -39,10 +41,10 @@ installed() {
   echo "$prefix"
 }
 
-if (($# == 1)); then
+if (($# == 1)) || [[ "$2" == -D* ]]; then
   cd "$(dirname "${BASH_SOURCE[0]}")/.."
-  old=$(installed "$1")
-  new=$(installed HEAD)
+  old=$(installed "$@")
+  new=$(installed HEAD "${@:2}")
 else
   old=$1 new=$2
 fi

@@ -20,6 +20,9 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 EXAMPLE = ROOT / "examples/cmake-consumer"
+VERSION = re.search(r'^#define HALVORA_VERSION "(.*)"$',
+                    (ROOT / "include/halvora/version.h").read_text(encoding="utf-8"),
+                    re.MULTILINE).group(1)
 PRINTED = "the show begins\nlight 1.00 0.50 0.00\n"
 STRICT = (
     "-Werror -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast "
@@ -150,10 +153,13 @@ class Consumers:
         shutil.copytree(self.shared(), there, symlinks=True)
         self.by_modules("modules-moved", there)
 
-    def pasted(self, section):
-        """The files of a section of docs/embedding.md, in a folder of their own."""
-        text = (ROOT / "docs/embedding.md").read_text(encoding="utf-8")
-        text = text.split(f"\n## {section}", 1)[1].split("\n## ", 1)[0]
+    def section(self, section, page="docs/embedding.md"):
+        text = (ROOT / page).read_text(encoding="utf-8")
+        return text.split(f"\n## {section}", 1)[1].split("\n## ", 1)[0]
+
+    def pasted(self, section, page="docs/embedding.md"):
+        """The files of a section of a page, in a folder of their own."""
+        text = self.section(section, page)
         folder = self.folder / f"pasted-{section.split(',')[0].lower()}"
         shutil.rmtree(folder, ignore_errors=True)
         folder.mkdir()
@@ -194,6 +200,40 @@ class Consumers:
         self.run("cmake", "--build", folder / "build")
         self.expect_window(folder / "build/my-app", prefix)
 
+    def pasted_in_porting(self):
+        """The suite says of a right and of a wrong adapter what the page shows."""
+        section, page = "How to prove it", "docs/porting.md"
+        folder = self.pasted(section, page)
+        shown = re.search(r"^```\n(Files: .*?)^```$", self.section(section, page),
+                          re.MULTILINE | re.DOTALL).group(1)
+        words = self.module(self.static(), ["--cflags", "--libs"], "halvora-conformance",
+                            "halvora-standard")
+        for name, its, said in (("right", "", ""), ("wrong", WRONG_FILES, shown)):
+            (folder / "my_files.h").write_text(MY_FILES % its, encoding="utf-8")
+            (folder / f"files-{name}").mkdir()
+            self.run("g++", "-std=c++20", "-include", folder / "my_files.h",
+                     folder / "promises.cpp", *words, "-o", folder / name)
+            found = self.run(folder / name, folder / f"files-{name}", expect=1 if said else 0)
+            if found != said:
+                raise Failure(f"{name} files, of which it says:\n{found}")
+
+    def sonames(self):
+        """A shared library's name has the part of the version that may break."""
+        prefix = self.shared()
+        libraries = sorted((prefix / "lib").glob(f"libhalvora_*.so.{VERSION}"))
+        for library in libraries:
+            named = library.name.removesuffix("." + VERSION.split(".")[-1])
+            if f"Library soname: [{named}]" not in self.run("readelf", "-d", library):
+                raise Failure(f"{library} has another name within")
+        if not libraries:
+            raise Failure(f"no library of version {VERSION}")
+
+    def refused_module(self, sentence, module):
+        path = {**os.environ, "PKG_CONFIG_PATH": str(self.static() / "lib/pkgconfig")}
+        said = self.run("pkg-config", "--print-errors", "--exists", module, env=path, expect=1)
+        if sentence not in said:
+            raise Failure(f"not said: {sentence}\n{said}")
+
     def with_qt(self):
         return self.kit("qt", "-DBUILD_SHARED_LIBS=ON", "-DHALVORA_QT=ON", "-DHALVORA_QML_AHEAD=OFF")
 
@@ -227,6 +267,24 @@ class Consumers:
             raise Failure(f"{program} ended with {begun.returncode}:\n{begun.stderr}")
 
 
+# What docs/porting.md leaves to its reader: files that keep their promises, and some that do not.
+MY_FILES = """#include <adapters/standard/standard_files.h>
+class MyFiles : public halvora::StandardFiles {%s};
+"""
+WRONG_FILES = """
+ public:
+  bool replace(const std::string& path, std::string_view bytes) override {
+    std::string whole = StandardFiles::read(path, 1U << 20).value_or("");
+    if (whole.size() < bytes.size()) whole.resize(bytes.size());
+    whole.replace(0, bytes.size(), bytes);
+    return StandardFiles::replace(path, whole);
+  }
+  std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
+    std::optional<std::string> bytes = StandardFiles::read(path, 1U << 30);
+    if (bytes && bytes->size() > limit) bytes->resize(limit);
+    return bytes;
+  }
+"""
 QML_TYPES = {"HalvoraView", "HalvoraStatusView", "HalvoraAudienceView"}
 INSTALLED = "-DHALVORA_FROM=installation"
 # Name, whether it is for a day, and what it does.
@@ -247,12 +305,17 @@ ROWS = [
      lambda it: it.headers("clang++-16", LIBCXX + CLANG)),
     ("docs/embedding.md, C++, as pasted", True, lambda it: it.pasted_in_cpp()),
     ("docs/embedding.md, C, as pasted", True, lambda it: it.pasted_in_c()),
+    ("docs/porting.md, the suite, as pasted", True, lambda it: it.pasted_in_porting()),
     ("the core shows public names only", True, lambda it: it.only_public_names()),
+    ("shared libraries are named by version", True, lambda it: it.sonames()),
     ("a component that is not there: refused", True,
      lambda it: it.refused("was installed without a component Nonesuch; it has Core,",
                            "-DWANTED=0.1;REQUIRED;COMPONENTS;Nonesuch")),
     ("another version: refused", True,
-     lambda it: it.refused('compatible with requested version "9.0"', "-DWANTED=9.0;REQUIRED")),
+     lambda it: it.refused(f"HalvoraConfig.cmake, version: {VERSION}", "-DWANTED=99;REQUIRED")),
+    ("another version, pkg-config: refused", True,
+     lambda it: it.refused_module(f"'halvora-core' has version '{VERSION}', required version is",
+                                  "halvora-core >= 99")),
     ("shared libraries with the tools: refused", True,
      lambda it: it.refused_build("HALVORA_TOOLS needs the inside of the kit",
                                  "-DBUILD_SHARED_LIBS=ON", "-DHALVORA_TOOLS=ON")),

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "adapters/standard/radio_manager.h"
+
 namespace halvora {
 
 namespace {
@@ -14,15 +16,26 @@ constexpr std::size_t kLongest = 1650;
 
 }  // namespace
 
+// A radio's system knows nothing of exceptions, and one delegate nothing of another's: they end
+// here.
+template <class Act>
+void QtBluetoothCentral::guarded(const Act& act) noexcept {
+  try {
+    act();
+  } catch (...) {
+    ++failures_;
+  }
+}
+
 class QtBluetoothCentral::Manager final : public RadioManager {
  public:
   Manager(QtBluetoothCentral& radio, CentralManagerDelegate& delegate)
       : RadioManager(radio.loop_, delegate), radio_(radio) {
-    radio_.managers_.push_back(this);
+    radio_.managers_.add(*this);
   }
   ~Manager() override {
-    std::erase(radio_.managers_, this);
-    radio_.settle();
+    radio_.managers_.remove(*this);
+    radio_.guarded([this] { radio_.settle(); });
   }
   CentralState state() const override { return radio_.scan_.state(); }
 
@@ -39,6 +52,7 @@ class QtBluetoothCentral::Manager final : public RadioManager {
 QtBluetoothCentral::QtBluetoothCentral(RunLoop& loop, LowEnergyScan& scan)
     : loop_(loop), scan_(scan) {
   packet_.reserve(kShowPrefix.size() + kLongest);
+  packet_.assign(kShowPrefix.begin(), kShowPrefix.end());
   scan_.setListener(this);
 }
 
@@ -53,46 +67,53 @@ BluetoothAuthorization QtBluetoothCentral::authorization() const {
 }
 
 std::unique_ptr<CentralManager> QtBluetoothCentral::makeManager(CentralManagerDelegate& delegate) {
-  return std::make_unique<Manager>(*this, delegate);
+  auto manager = std::make_unique<Manager>(*this, delegate);
+  guarded([this] { settle(); });
+  return manager;
 }
 
-template <class Act>
-void QtBluetoothCentral::forEach(const Act& act) {
-  const std::vector<Manager*> told = managers_;
-  for (Manager* manager : told) {
-    if (std::ranges::find(managers_, manager) != managers_.end()) act(*manager);
-  }
+void QtBluetoothCentral::stateChanged(CentralState state) noexcept {
+  pause_ = kFirstPause;
+  managers_.forEach([&](Manager& manager) { guarded([&] { manager.stateChanged(state); }); });
+  guarded([this] { settle(); });
 }
 
-void QtBluetoothCentral::stateChanged(CentralState state) {
-  forEach([state](Manager& manager) { manager.stateChanged(state); });
-  settle();
-}
-
-void QtBluetoothCentral::heard(std::uint16_t company, std::span<const std::uint8_t> rest) {
+void QtBluetoothCentral::heard(std::uint16_t company, std::span<const std::uint8_t> rest) noexcept {
   if (company != kCompany || rest.size() > kLongest) return;
   pause_ = kFirstPause;
-  packet_.assign(kShowPrefix.begin(), kShowPrefix.end());
+  packet_.resize(kShowPrefix.size());
   packet_.insert(packet_.end(), rest.begin(), rest.end());
-  forEach([this](Manager& manager) {
-    if (manager.isScanning()) manager.delegate().didDiscoverPeripheral({packet_});
+  managers_.forEach([this](Manager& manager) {
+    if (!manager.isScanning()) return;
+    guarded([&] { manager.delegate().didDiscoverPeripheral({packet_}); });
   });
 }
 
-void QtBluetoothCentral::ended() {
+void QtBluetoothCentral::ended() noexcept {
   if (!isRunning_) return;
   isRunning_ = false;
-  nextBegin_ = {loop_, loop_.after(pause_, [this] {
-                  nextBegin_ = {};
-                  settle();
-                })};
+  guarded([this] {
+    nextBegin_ = {loop_, loop_.after(pause_, [this] {
+                    nextBegin_ = {};
+                    guarded([this] { settle(); });
+                  })};
+  });
   pause_ = std::min(pause_ * 2, kLastPause);
 }
 
+bool QtBluetoothCentral::isWanted() const {
+  switch (scan_.state()) {
+    case CentralState::poweredOn:
+      return managers_.isAnyScanning();
+    case CentralState::unauthorised:
+      return managers_.isAny();
+    default:
+      return false;
+  }
+}
+
 void QtBluetoothCentral::settle() {
-  const bool isWanted =
-      scan_.state() == CentralState::poweredOn &&
-      std::ranges::any_of(managers_, [](const Manager* its) { return its->isScanning(); });
+  const bool isWanted = this->isWanted();
   if (!isWanted) nextBegin_ = {};
   if (isWanted == isRunning_ || nextBegin_.isValid()) return;
   isRunning_ = isWanted;

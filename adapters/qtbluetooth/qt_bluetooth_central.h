@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The radio need on a scan of Qt Bluetooth's, for systems where the kit has no radio of its own.
 // Holds one scan for as long as any manager wants it, and begins it anew, less and less often, when
-// it ends by itself. Owned by the host; main thread.
+// it ends by itself. One that was refused is tried again likewise for as long as there is a
+// manager, because nobody says when the user has granted it after all. Owned by the host; main
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +12,7 @@
 #include <vector>
 
 #include "adapters/qtbluetooth/low_energy_scan.h"
-#include "adapters/standard/radio_manager.h"
+#include "adapters/standard/radio_managers.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/run_loop.h"
 
@@ -30,27 +32,31 @@ class QtBluetoothCentral final : public BluetoothCentral, private LowEnergyScanL
 
   BluetoothAuthorization authorization() const override;
   std::unique_ptr<CentralManager> makeManager(CentralManagerDelegate& delegate) override;
+  /// How often a delegate, or the system, threw: what it was told of is lost.
+  std::uint64_t failures() const { return failures_; }
 
  private:
   class Manager;
 
-  void stateChanged(CentralState state) override;
-  void heard(std::uint16_t company, std::span<const std::uint8_t> rest) override;
-  void ended() override;
+  void stateChanged(CentralState state) noexcept override;
+  void heard(std::uint16_t company, std::span<const std::uint8_t> rest) noexcept override;
+  void ended() noexcept override;
+  /// Whether there is a scan to be: a manager wants one, or the right to it is to be found out.
+  bool isWanted() const;
   /// Has the scan that is wanted.
   void settle();
-  /// Each that is there still, also while some come and go.
   template <class Act>
-  void forEach(const Act& act);
+  void guarded(const Act& act) noexcept;
 
   RunLoop& loop_;
   LowEnergyScan& scan_;
-  std::vector<Manager*> managers_;
+  RadioManagers<Manager> managers_;
   /// The packet that is handed on, with its company's id.
   std::vector<std::uint8_t> packet_;
   bool isRunning_ = false;
   Duration pause_ = kFirstPause;
   Timer nextBegin_;
+  std::uint64_t failures_ = 0;
 };
 
 }  // namespace halvora

@@ -9,22 +9,31 @@
 
 namespace halvora {
 
+// Nothing may be thrown into Qt's event loop: what there is no memory for was not heard.
+template <class Sender, class Signal, class Act>
+void QtLowEnergyScan::on(Sender& sender, Signal signal, const Act& act) {
+  QObject::connect(&sender, signal, &context_, [act](const auto&... told) {
+    try {
+      act(told...);
+    } catch (...) {
+      return;
+    }
+  });
+}
+
 QtLowEnergyScan::QtLowEnergyScan() {
   using Agent = QBluetoothDeviceDiscoveryAgent;
+  using Info = QBluetoothDeviceInfo;
   agent_.setLowEnergyDiscoveryTimeout(0);
-  QObject::connect(&agent_, &Agent::deviceDiscovered, &context_,
-                   [this](const QBluetoothDeviceInfo& device) { found(device); });
-  QObject::connect(
-      &agent_, &Agent::deviceUpdated, &context_,
-      [this](const QBluetoothDeviceInfo& device, QBluetoothDeviceInfo::Fields updated) {
-        // Other fields, such as its strength, bring data along that was told before.
-        if (updated.testFlag(QBluetoothDeviceInfo::Field::ManufacturerData)) found(device);
-      });
-  QObject::connect(&agent_, &Agent::errorOccurred, &context_,
-                   [this](Agent::Error error) { failed(error); });
-  QObject::connect(&agent_, &Agent::finished, &context_, [this] { finished(); });
-  QObject::connect(&device_, &QBluetoothLocalDevice::hostModeStateChanged, &context_,
-                   [this] { setState(stateOf(device_)); });
+  on(agent_, &Agent::deviceDiscovered, [this](const Info& device) { found(device); });
+  on(agent_, &Agent::deviceUpdated, [this](const Info& device, Info::Fields updated) {
+    // Other fields, such as its strength, bring data along that was told before.
+    if (updated.testFlag(Info::Field::ManufacturerData)) found(device);
+  });
+  on(agent_, &Agent::errorOccurred, [this](Agent::Error error) { failed(error); });
+  on(agent_, &Agent::finished, [this] { finished(); });
+  on(device_, &QBluetoothLocalDevice::hostModeStateChanged,
+     [this](QBluetoothLocalDevice::HostMode) { setState(stateOf(device_)); });
 }
 
 CentralState QtLowEnergyScan::stateOf(const QBluetoothLocalDevice& device) {
@@ -44,17 +53,12 @@ void QtLowEnergyScan::end() { agent_.stop(); }
 void QtLowEnergyScan::found(const QBluetoothDeviceInfo& device) {
   // What the system remembers of a device is not in the air.
   if (device.isCached()) return;
+  if (state_ == CentralState::unauthorised) setState(stateOf(device_));
   const auto data = device.manufacturerData();
   for (auto at = data.begin(); at != data.end() && listener_ != nullptr; ++at) {
     const QByteArray& bytes = at.value();
     const auto* begin = reinterpret_cast<const std::uint8_t*>(bytes.constData());
-    try {
-      listener_->heard(at.key(), {begin, static_cast<std::size_t>(bytes.size())});
-    } catch (...) {
-      // Nothing may be thrown into Qt's event loop: a packet that there was no memory for was not
-      // heard.
-      return;
-    }
+    listener_->heard(at.key(), {begin, static_cast<std::size_t>(bytes.size())});
   }
 }
 

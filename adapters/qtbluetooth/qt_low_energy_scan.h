@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // A scan by Qt Bluetooth's discovery of low-energy devices. Where Qt has no word on the machine's
-// adapter, as on some phones, power is taken for granted until a scan says otherwise. Needs an
-// application object. Owned by the host; main thread.
+// adapter, as on some phones, power is taken for granted until a scan says otherwise. Nor has it a
+// word on permission: a scan that is refused shows that it lacks, and the first device that one
+// finds, whoever's, that it is there again. Needs an application object. Owned by the host; main
+// thread.
 #pragma once
 
 #include <QBluetoothDeviceDiscoveryAgent>
@@ -26,6 +28,9 @@ class QtLowEnergyScan final : public LowEnergyScan {
   void end() override;
 
  private:
+  /// Connects what Qt tells with what is then done.
+  template <class Sender, class Signal, class Act>
+  void on(Sender& sender, Signal signal, const Act& act);
   void found(const QBluetoothDeviceInfo& device);
   void failed(QBluetoothDeviceDiscoveryAgent::Error error);
   void finished();

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/virtual/virtual_bluetooth.h"
 
-#include <algorithm>
-
 #include "adapters/standard/radio_manager.h"
 
 namespace halvora {
@@ -11,9 +9,9 @@ class VirtualBluetooth::Manager final : public RadioManager {
  public:
   Manager(VirtualBluetooth& radio, CentralManagerDelegate& delegate)
       : RadioManager(radio.loop_, delegate), radio_(radio) {
-    radio_.managers_.push_back(this);
+    radio_.managers_.add(*this);
   }
-  ~Manager() override { radio_.forget(this); }
+  ~Manager() override { radio_.managers_.remove(*this); }
 
   CentralState state() const override { return radio_.state_; }
   void scanForPeripherals(const ScanOptions& options) override {
@@ -41,39 +39,19 @@ std::unique_ptr<CentralManager> VirtualBluetooth::makeManager(CentralManagerDele
 void VirtualBluetooth::setState(CentralState state) {
   if (state == state_) return;
   state_ = state;
-  // A delegate may make or give up managers while it is told.
-  const std::vector<Manager*> managers = managers_;
-  for (Manager* manager : managers) {
-    if (manager == nullptr || std::ranges::find(managers_, manager) == managers_.end()) continue;
-    manager->stateChanged(state);
-  }
+  managers_.forEach([state](Manager& manager) { manager.stateChanged(state); });
 }
 
 bool VirtualBluetooth::advertise(const Advertisement& advertisement) {
   bool isHeard = false;
-  // A delegate may make or give up managers while it is called; no list is copied for each packet.
-  ++telling_;
-  for (std::size_t at = 0; at < managers_.size(); ++at) {
-    if (managers_[at] == nullptr || !managers_[at]->isScanning()) continue;
+  managers_.forEach([&](Manager& manager) {
+    if (!manager.isScanning()) return;
     isHeard = true;
-    managers_[at]->delegate().didDiscoverPeripheral(advertisement);
-  }
-  if (--telling_ == 0) std::erase(managers_, nullptr);
+    manager.delegate().didDiscoverPeripheral(advertisement);
+  });
   return isHeard;
 }
 
-void VirtualBluetooth::forget(const Manager* manager) {
-  if (telling_ > 0) {
-    std::ranges::replace(managers_, manager, nullptr);
-  } else {
-    std::erase(managers_, manager);
-  }
-}
-
-bool VirtualBluetooth::isScanning() const {
-  return std::ranges::any_of(managers_, [](const Manager* manager) {
-    return manager != nullptr && manager->isScanning();
-  });
-}
+bool VirtualBluetooth::isScanning() const { return managers_.isAnyScanning(); }
 
 }  // namespace halvora

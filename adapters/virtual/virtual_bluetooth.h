@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <vector>
 
+#include "adapters/standard/radio_managers.h"
 #include "adapters/virtual/log.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/run_loop.h"
@@ -41,14 +41,10 @@ class VirtualBluetooth final : public BluetoothCentral {
  private:
   class Manager;
 
-  void forget(const Manager* manager);
-
   RunLoop& loop_;
   BluetoothAuthorization authorization_ = BluetoothAuthorization::allowedAlways;
   CentralState state_ = CentralState::poweredOn;
-  /// Null for one that has gone while others are told.
-  std::vector<Manager*> managers_;
-  int telling_ = 0;
+  RadioManagers<Manager> managers_;
 };
 
 }  // namespace halvora

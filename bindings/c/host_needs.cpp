@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "adapters/standard/file_names.h"
+#include "adapters/standard/radio_manager.h"
 
 namespace halvora {
 
@@ -89,10 +90,10 @@ class HostRadio::Manager final : public RadioManager {
  public:
   Manager(HostRadio& radio, CentralManagerDelegate& delegate)
       : RadioManager(radio.loop_, delegate), radio_(radio) {
-    radio_.managers_.push_back(this);
+    radio_.managers_.add(*this);
   }
   ~Manager() override {
-    std::erase(radio_.managers_, this);
+    radio_.managers_.remove(*this);
     radio_.scanChanged();
   }
   CentralState state() const override { return radio_.state_; }
@@ -131,36 +132,20 @@ std::unique_ptr<CentralManager> HostRadio::makeManager(CentralManagerDelegate& d
   return std::make_unique<Manager>(*this, delegate);
 }
 
-// Any of them may go meanwhile; one that has come since waits for the next time. Nothing is copied,
-// as this is on the way of every packet.
-template <class Act>
-void HostRadio::forEach(const Act& act) {
-  std::size_t at = 0;
-  for (std::size_t left = managers_.size(); left > 0 && at < managers_.size(); --left) {
-    Manager* const manager = managers_[at];
-    act(*manager);
-    if (at < managers_.size() && managers_[at] == manager) ++at;
-  }
-}
-
 void HostRadio::setState(CentralState state) {
   if (state == state_) return;
   state_ = state;
-  forEach([state](Manager& manager) { manager.stateChanged(state); });
+  managers_.forEach([state](Manager& manager) { manager.stateChanged(state); });
   scanChanged();
 }
 
 void HostRadio::hear(std::span<const std::uint8_t> manufacturerData) {
-  forEach([manufacturerData](Manager& manager) {
+  managers_.forEach([manufacturerData](Manager& manager) {
     if (manager.isScanning()) manager.delegate().didDiscoverPeripheral({manufacturerData});
   });
 }
 
-void HostRadio::scanChanged() {
-  host_.set(HALVORA_SWITCH_SCAN, std::ranges::any_of(managers_, [](const Manager* manager) {
-              return manager->isScanning();
-            }));
-}
+void HostRadio::scanChanged() { host_.set(HALVORA_SWITCH_SCAN, managers_.isAnyScanning()); }
 
 std::optional<FileAttributes> HostFiles::attributes(const std::string& path) const {
   const halvora_callbacks& callbacks = host_.callbacks();

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "adapters/standard/application_observers.h"
-#include "adapters/standard/radio_manager.h"
+#include "adapters/standard/radio_managers.h"
 #include "adapters/standard/standard_files.h"
 #include "adapters/standard/string_table.h"
 #include "bindings/c/halvora.h"
@@ -115,14 +115,11 @@ class HostRadio final : public BluetoothCentral {
   class Manager;
   /// Tells the host whether anybody scans.
   void scanChanged();
-  /// Each that is there still, also while some come and go.
-  template <class Act>
-  void forEach(const Act& act);
 
   RunLoop& loop_;
   Host& host_;
   CentralState state_ = CentralState::poweredOn;
-  std::vector<Manager*> managers_;
+  RadioManagers<Manager> managers_;
 };
 
 /// The host's files, or the machine's, each act by itself.

@@ -18,10 +18,10 @@ class BluezCentral::Manager final : public RadioManager {
  public:
   Manager(BluezCentral& central, CentralManagerDelegate& delegate)
       : RadioManager(central.loop_, delegate), central_(central) {
-    central_.managers_.push_back(this);
+    central_.managers_.add(*this);
   }
   ~Manager() override {
-    std::erase(central_.managers_, this);
+    central_.managers_.remove(*this);
     central_.wishesChanged();
   }
 
@@ -120,8 +120,7 @@ void BluezCentral::answered(BluezOutcome outcome) {
 void BluezCentral::heard(std::span<const std::uint8_t> manufacturerData) {
   scan_.heard();
   const Advertisement advertisement{manufacturerData};
-  // By index: a delegate may make another manager while it is called.
-  for (std::size_t at = 0; at < managers_.size(); ++at) managers_[at]->heard(advertisement);
+  managers_.forEach([&](Manager& manager) { manager.heard(advertisement); });
 }
 
 CentralState BluezCentral::presentState() const {
@@ -147,16 +146,10 @@ void BluezCentral::updateState() {
   const CentralState state = presentState();
   if (state == state_) return;
   state_ = state;
-  // A delegate may make or give up managers while it is told.
-  const std::vector<Manager*> managers = managers_;
-  for (Manager* manager : managers) {
-    if (std::ranges::find(managers_, manager) != managers_.end()) manager->stateChanged(state);
-  }
+  managers_.forEach([state](Manager& manager) { manager.stateChanged(state); });
   wishesChanged();
 }
 
-void BluezCentral::wishesChanged() {
-  scan_.setWanted(std::ranges::any_of(managers_, &Manager::isScanning));
-}
+void BluezCentral::wishesChanged() { scan_.setWanted(managers_.isAnyScanning()); }
 
 }  // namespace halvora

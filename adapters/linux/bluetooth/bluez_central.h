@@ -12,6 +12,7 @@
 
 #include "adapters/linux/bluetooth/bluez_scan.h"
 #include "adapters/linux/bluetooth/bluez_service.h"
+#include "adapters/standard/radio_managers.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/run_loop.h"
 
@@ -77,7 +78,7 @@ class BluezCentral final : public BluetoothCentral, private BluezListener {
   bool wasThere_ = false;
   int looks_ = 0;
   Timer nextLook_;
-  std::vector<Manager*> managers_;
+  RadioManagers<Manager> managers_;
 };
 
 }  // namespace halvora

@@ -4,7 +4,9 @@
 #include "adapters/qtbluetooth/qt_bluetooth_central.h"
 
 #include <memory>
+#include <new>
 #include <span>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -13,6 +15,7 @@
 #include "adapters/virtual/virtual_run_loop.h"
 #include "conformance/device_promises.h"
 #include "tests/adapters/linux/bluetooth/central_listener.h"
+#include "tests/engine/allocation_count.h"
 
 namespace halvora {
 namespace {
@@ -26,7 +29,8 @@ class ScriptedScan final : public LowEnergyScan {
   void begin() override {
     ++begins;
     isOn = true;
-    if (failsAtOnce) finish();
+    if (isRefused) become(CentralState::unauthorised);
+    if (isRefused || failsAtOnce) finish();
   }
   void end() override { isOn = false; }
 
@@ -47,14 +51,39 @@ class ScriptedScan final : public LowEnergyScan {
   int begins = 0;
   bool isOn = false;
   bool failsAtOnce = false;
+  /// By the system, for want of permission.
+  bool isRefused = false;
 
  private:
   LowEnergyScanListener* listener_ = nullptr;
   CentralState state_ = CentralState::poweredOn;
 };
 
+/// Has no memory for a timer while that is said.
+class ShortLoop final : public RunLoop {
+ public:
+  Duration now() const override { return loop_.now(); }
+  TimerId after(Duration delay, Task&& task) override {
+    if (isShort) throw std::bad_alloc();
+    return loop_.after(delay, std::move(task));
+  }
+  TimerId every(Duration interval, Task&& task) override {
+    return loop_.every(interval, std::move(task));
+  }
+  TimerId soon(Task&& task) override { return loop_.soon(std::move(task)); }
+  void cancel(TimerId timer) override { loop_.cancel(timer); }
+  bool isPending(TimerId timer) const override { return loop_.isPending(timer); }
+  void post(Task&& task) override { loop_.post(std::move(task)); }
+  void runFor(Duration duration) { loop_.runFor(duration); }
+
+  bool isShort = false;
+
+ private:
+  VirtualRunLoop loop_;
+};
+
 struct World {
-  VirtualRunLoop loop;
+  ShortLoop loop;
   ScriptedScan scan;
   QtBluetoothCentral radio{loop, scan};
 };
@@ -147,11 +176,95 @@ TEST_F(QtBluetoothScans, WithoutPowerNothingIsTriedAgain) {
 
 TEST_F(QtBluetoothScans, ARefusalIsSaid) {
   EXPECT_EQ(radio.authorization(), BluetoothAuthorization::allowedAlways);
+  scan.isRefused = true;
   listen();
-  scan.become(CentralState::unauthorised);
   EXPECT_EQ(radio.authorization(), BluetoothAuthorization::denied);
   EXPECT_EQ(listener.last(), CentralState::unauthorised);
   EXPECT_FALSE(scan.isOn);
+}
+
+TEST_F(QtBluetoothScans, WhatWasRefusedIsTriedAgainLessAndLessOften) {
+  scan.isRefused = true;
+  listen();
+  loop.runFor(milliseconds(999));
+  EXPECT_EQ(scan.begins, 1);
+  // After 1, 2, 4, 8, 16, 32 and 64 seconds.
+  loop.runFor(milliseconds(126'001));
+  EXPECT_EQ(scan.begins, 8);
+  // The user has granted it; that shows in the first device that is found.
+  scan.isRefused = false;
+  loop.runFor(milliseconds(64'000));
+  EXPECT_TRUE(scan.isOn);
+  EXPECT_EQ(listener.last(), CentralState::unauthorised);
+  scan.become(CentralState::poweredOn);
+  EXPECT_EQ(listener.last(), CentralState::poweredOn);
+  EXPECT_EQ(radio.authorization(), BluetoothAuthorization::allowedAlways);
+  listen();
+  EXPECT_TRUE(scan.isOn);
+  scan.tell(kShows, std::vector<std::uint8_t>{1});
+  EXPECT_EQ(listener.packets.size(), 1U);
+}
+
+TEST_F(QtBluetoothScans, ForNobodyNothingIsTriedAgain) {
+  scan.isRefused = true;
+  listen();
+  manager.reset();
+  loop.runFor(milliseconds(600'000));
+  EXPECT_EQ(scan.begins, 1);
+  // Whoever comes later has it tried.
+  scan.isRefused = false;
+  manager = radio.makeManager(listener);
+  EXPECT_TRUE(scan.isOn);
+  manager.reset();
+  EXPECT_FALSE(scan.isOn);
+}
+
+TEST_F(QtBluetoothScans, WantOfMemoryReachesNeitherQtNorTheNextScan) {
+  listen();
+  loop.isShort = true;
+  scan.finish();
+  EXPECT_EQ(radio.failures(), 1U);
+  loop.isShort = false;
+  // As the engine does once a second.
+  manager->restartScan({.allowDuplicates = true});
+  EXPECT_EQ(scan.begins, 2);
+  EXPECT_TRUE(scan.isOn);
+}
+
+TEST_F(QtBluetoothScans, ADelegateThatThrowsHarmsNoOther) {
+  listen();
+  listener.onPacket = [] { throw std::runtime_error("packet"); };
+  listener.onState = [](CentralState) { throw std::runtime_error("state"); };
+  CentralListener other;
+  const auto second = radio.makeManager(other);
+  loop.runFor(milliseconds(1));
+  second->scanForPeripherals({.allowDuplicates = true});
+  scan.tell(kShows, std::vector<std::uint8_t>{1});
+  EXPECT_EQ(other.packets.size(), 1U);
+  scan.become(CentralState::poweredOff);
+  EXPECT_EQ(other.last(), CentralState::poweredOff);
+  EXPECT_EQ(radio.failures(), 2U);
+}
+
+TEST_F(QtBluetoothScans, APacketTakesNothingFromTheHeap) {
+  if (!countsAllocations()) GTEST_SKIP() << "a sanitizer owns the heap";
+  struct Counter final : CentralManagerDelegate {
+    void centralManagerDidUpdateState(CentralState /*state*/) override {}
+    void didDiscoverPeripheral(const Advertisement& /*advertisement*/) override { ++packets; }
+    int packets = 0;
+  } counter;
+  const auto counting = radio.makeManager(counter);
+  loop.runFor(milliseconds(1));
+  counting->scanForPeripherals({.allowDuplicates = true});
+  const std::vector<std::uint8_t> packet(24, 1);
+  std::uint64_t allocations = 0;
+  {
+    const AllocationCount count;
+    for (int time = 0; time < 100; ++time) scan.tell(kShows, packet);
+    allocations = count.allocations();
+  }
+  EXPECT_EQ(allocations, 0U);
+  EXPECT_EQ(counter.packets, 100);
 }
 
 }  // namespace

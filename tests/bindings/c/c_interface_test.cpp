@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,6 +18,7 @@
 
 #include "bindings/c/halvora.h"
 #include "halvora/version.h"
+#include "tests/engine/allocation_count.h"
 #include "tests/support/source_tree.h"
 
 namespace {
@@ -234,6 +237,37 @@ TEST_F(CInterface, TellsAHostWhatAShowDoes) {
   int isInside = 0;
   ASSERT_EQ(halvora_phone_inside_venue(phone_, &isInside), HALVORA_OK);
   EXPECT_EQ(isInside, 1);
+}
+
+TEST_F(CInterface, APacketThatChangesNothingTakesNothingFromTheHeap) {
+  if (!halvora::countsAllocations()) GTEST_SKIP() << "a sanitizer owns the heap";
+  ASSERT_EQ(halvora_phone_make(nullptr, nullptr, &phone_), HALVORA_OK);
+  halvora_phone_start(phone_);
+  runUntil(2 * kSecond);
+  hear(kOrange);
+  std::uint64_t allocations = 0;
+  {
+    const halvora::AllocationCount count;
+    for (int time = 0; time < 100; ++time) {
+      halvora_phone_advertisement(phone_, kOrange.data(), kOrange.size());
+    }
+    allocations = count.allocations();
+  }
+  EXPECT_EQ(allocations, 0U);
+}
+
+TEST_F(CInterface, WhatIsThrownWithinIsACode) {
+  halvora_callbacks callbacks = recorder_.callbacks();
+  callbacks.radio_permission = [](void* /*its*/) -> int { throw std::runtime_error("host"); };
+  ASSERT_EQ(halvora_phone_make(&callbacks, nullptr, &phone_), HALVORA_OK);
+  EXPECT_EQ(halvora_phone_start(phone_), HALVORA_FAILED);
+  ASSERT_EQ(halvora_phone_free(std::exchange(phone_, nullptr)), HALVORA_OK);
+
+  callbacks.radio_permission = [](void* /*its*/) -> int { throw std::bad_alloc(); };
+  ASSERT_EQ(halvora_phone_make(&callbacks, nullptr, &phone_), HALVORA_OK);
+  EXPECT_EQ(halvora_phone_start(phone_), HALVORA_NO_MEMORY);
+  // And it works on.
+  runUntil(2 * kSecond);
 }
 
 TEST_F(CInterface, IsNotTakenApartWithinACallback) {
