@@ -12,7 +12,7 @@
 #include "bench/heap_count.h"
 #include "bench/plain_effects.h"
 #include "bench/require.h"
-#include "light/overlays.h"
+#include "light/notices.h"
 #include "light/screen_modes.h"
 
 namespace halvora {
@@ -76,9 +76,9 @@ class EngineEffects : private ViewObserver {
   ScreenState screen_;
   ColourState colour_;
   ScriptedRandom random_{ScriptedRandom::Rule::greatest};
-  Overlays overlays_{screen_, views_, timers_};
+  Notices notices_{screen_, views_, timers_};
   NoSeat seat_;
-  ScreenModes modes_{screen_, colour_, views_, timers_, random_, overlays_, seat_};
+  ScreenModes modes_{screen_, colour_, views_, timers_, random_, notices_, seat_};
   std::vector<Shown> shown_;
 };
 

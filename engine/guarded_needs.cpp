@@ -55,11 +55,12 @@ void JoinedDefaults::remove(std::string_view key) {
   keep(key, std::nullopt);
 }
 
-// What is kept is written before anything newer goes past it.
+// What is kept is written before anything newer goes past it. Where that fails nothing has changed,
+// and it is still to be written at its time.
 void JoinedDefaults::setBounded(bool isBounded) {
   if (!isBounded) {
-    next_.invalidate();
     if (!kept_.empty()) writeAll();
+    next_.invalidate();
   }
   isBounded_ = isBounded;
 }
@@ -113,9 +114,10 @@ GuardedNeeds::GuardedNeeds(const Platform& platform)
       torch(platform.torch) {}
 
 void GuardedNeeds::setBounded(bool isBounded) {
-  isBounded_ = isBounded;
-  haptics.setBounded(isBounded);
+  // The one that may fail comes first.
   defaults.setBounded(isBounded);
+  haptics.setBounded(isBounded);
+  isBounded_ = isBounded;
 }
 
 Platform GuardedNeeds::platform(const Platform& platform) {

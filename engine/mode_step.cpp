@@ -67,7 +67,7 @@ void endShow(Witness& engine, const ShowStage& stage) {
 }  // namespace
 
 void changeMode(Command& command, const ShowStage& stage, ScreenState& screen, GoboState& gobo,
-                ScreenModes& modes, OverlaysPart& overlays) {
+                ScreenModes& modes, NoticesPart& notices) {
   const int speed = command.broadcast.speed;
   const bool isInForce = command.mode == screen.currentMode && speed == screen.currentModeSpeed;
   if (isInForce && !command.isForced) return;
@@ -76,7 +76,7 @@ void changeMode(Command& command, const ShowStage& stage, ScreenState& screen, G
   screen.currentModeSpeed = speed;
   gobo.currentGoboMode = command.mode;
   gobo.currentGoboSpeed = speed;
-  if (command.mode != kNoSeatMode) overlays.hideMapNoSeatOverlay();
+  if (command.mode != kNoSeatMode) notices.hideMapNoSeatOverlay();
   modes.stopEffect();
   stage.views.removeLightAnimations();
   stage.views.setAlpha(ViewId::fpsLabel, command.mode == kFrameRateMode ? 1 : 0);

@@ -45,15 +45,14 @@ ShowEngine::ShowEngine(const Platform& platform, ShowEngineOptions options,
       views_(timers_),
       hostLimits_(options.limits),
       guard_(platform_, views_, timers_, options.pictures),
-      overlays_(state_.screen, views_, timers_),
+      notices_(state_.screen, views_, timers_),
       torch_(state_.torch, timers_, platform.random, guard_.torch(), *this),
       gobo_(state_.gobo, views_, platform.files, platform.bundles->main, platform.random),
       video_(state_.video, views_, timers_, platform.files, platform.videoPlayers),
       seatLut_(platform_, *this, options.seatLuts),
-      parts_(parts ? *parts : ShowParts{torch_, gobo_, overlays_, video_, seatLut_}),
+      parts_(parts ? *parts : ShowParts{torch_, gobo_, notices_, video_, seatLut_}),
       brightness_(guard_.screen(), timers_, state_.colour),
-      modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.overlays,
-             *this),
+      modes_(state_.screen, state_.colour, views_, timers_, platform.random, parts_.notices, *this),
       usage_(platform.wallClock, platform.calendar, platform_.defaults, platform.http,
              platform.bundles->main.identifier(), std::move(options.usageEndpoints)),
       scanner_(platform_, state_.presence, timers_, *this,
@@ -97,11 +96,11 @@ void ShowEngine::viewDidLoad() {
   gobo_.build(goboDocuments());
   video_.build(SharedText(assets_, &assets_->clipFolder));
   views_.setAlpha(ViewId::dimmerView, 1.0 - state_.colour.currentMaster);
-  overlays_.build(SharedText(assets_, &assets_->mapNoSeatText),
-                  SharedText(assets_, &assets_->lowLightText));
+  notices_.build(SharedText(assets_, &assets_->mapNoSeatText),
+                 SharedText(assets_, &assets_->lowLightText));
   timers_.invalidate(lowLightHintTimer_);
   lowLightHintTimer_ =
-      timers_.every(kLowLightPoll, [this] { parts_.overlays.updateLowLightHintState(); });
+      timers_.every(kLowLightPoll, [this] { parts_.notices.updateLowLightHintState(); });
 
   state_.presence.setupOnce = true;
   brightness_.saveOriginalBrightness();
@@ -173,7 +172,7 @@ const std::array<ShowEngine::Step, 18>& ShowEngine::steps() {
       {"mode",
        [](Self& its, Command& look) {
          changeMode(look, its.stage(), its.state_.screen, its.state_.gobo, its.modes_,
-                    its.parts_.overlays);
+                    its.parts_.notices);
        }},
       {"pixel-map restart",
        [](Self& its, Command& look) {
@@ -341,8 +340,10 @@ void ShowEngine::presenceChanged() {
 }
 
 void ShowEngine::setAir(const AirOptions& air) {
-  scanner_.setGate(makeAirGate(air, platform_.codes));
+  std::unique_ptr<AirGate> gate = makeAirGate(air, platform_.codes);
+  // What may fail comes first: the air is as it was then.
   if (guarded_) guarded_->setBounded(air.policy == AirPolicy::guarded);
+  scanner_.setGate(std::move(gate));
 }
 
 AirTrust ShowEngine::airTrust() const { return scanner_.trust(); }

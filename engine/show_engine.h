@@ -28,7 +28,7 @@
 #include "light/brightness.h"
 #include "light/gobo_animator.h"
 #include "light/light_guard.h"
-#include "light/overlays.h"
+#include "light/notices.h"
 #include "light/screen_modes.h"
 #include "light/synchronised_video.h"
 #include "light/torch_modes.h"
@@ -209,7 +209,7 @@ class ShowEngine : private ScannerListener,
   LightLimits hostLimits_;
   LightLimits viewerLimits_;
   LightGuard guard_;
-  Overlays overlays_;
+  Notices notices_;
   TorchModes torch_;
   GoboAnimator gobo_;
   SynchronisedVideo video_;

@@ -91,7 +91,7 @@ struct ShowStage {
   bool dismissesOnce = false;
 };
 void changeMode(Command& command, const ShowStage& stage, ScreenState& screen, GoboState& gobo,
-                ScreenModes& modes, OverlaysPart& overlays);
+                ScreenModes& modes, NoticesPart& notices);
 
 void restartPixelMap(const Command& command, SeatState& seat, ScreenModes& modes, TorchPart& torch);
 void showColour(const Command& command, ScreenModes& modes);

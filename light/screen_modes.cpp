@@ -7,13 +7,13 @@
 namespace halvora {
 
 ScreenModes::ScreenModes(ScreenState& state, ColourState& colour, ViewStack& views,
-                         TimerSet& timers, Random& random, OverlaysPart& overlays, SeatSight& seat)
+                         TimerSet& timers, Random& random, NoticesPart& notices, SeatSight& seat)
     : state_(state),
       colour_(colour),
       views_(views),
       timers_(timers),
       random_(random),
-      overlays_(overlays),
+      notices_(notices),
       seat_(seat) {}
 
 void ScreenModes::processMode(std::uint32_t mode, int withSpeed) {
@@ -25,10 +25,10 @@ void ScreenModes::processMode(std::uint32_t mode, int withSpeed) {
   if (row.entry == Entry::noSeat) {
     state_.runEffectAnimation = false;
     show(row.atOnce);
-    overlays_.showMapNoSeatOverlay();
+    notices_.showMapNoSeatOverlay();
     return;
   }
-  overlays_.hideMapNoSeatOverlay();
+  notices_.hideMapNoSeatOverlay();
   switch (row.entry) {
     case Entry::effect:
       state_.runEffectAnimation = true;

@@ -20,7 +20,7 @@ class ScreenModes {
  public:
   /// The seat is asked whenever the pixel-map mode paints.
   ScreenModes(ScreenState& state, ColourState& colour, ViewStack& views, TimerSet& timers,
-              Random& random, OverlaysPart& overlays, SeatSight& seat);
+              Random& random, NoticesPart& notices, SeatSight& seat);
 
   /// Enters a mode: shows what its row shows at once and starts its effect.
   void processMode(std::uint32_t mode, int withSpeed);
@@ -50,7 +50,7 @@ class ScreenModes {
   ViewStack& views_;
   TimerSet& timers_;
   Random& random_;
-  OverlaysPart& overlays_;
+  NoticesPart& notices_;
   SeatSight& seat_;
 };
 

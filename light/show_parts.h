@@ -30,9 +30,9 @@ class GoboPart {
   virtual void goboPulseRandom() = 0;
 };
 
-class OverlaysPart {
+class NoticesPart {
  public:
-  virtual ~OverlaysPart() = default;
+  virtual ~NoticesPart() = default;
   virtual void showMapNoSeatOverlay() = 0;
   virtual void hideMapNoSeatOverlay() = 0;
   /// Called twice a second for as long as the engine lives.
@@ -64,7 +64,7 @@ class SeatLutPart {
 struct ShowParts {
   TorchPart& torch;
   GoboPart& gobo;
-  OverlaysPart& overlays;
+  NoticesPart& notices;
   VideoPart& video;
   SeatLutPart& seatLut;
 };

@@ -13,7 +13,7 @@ namespace halvora {
 
 class RecordingParts final : private TorchPart,
                              private GoboPart,
-                             private OverlaysPart,
+                             private NoticesPart,
                              private VideoPart,
                              private SeatLutPart {
  public:

@@ -56,7 +56,7 @@ inline std::string textOf(Duration time) {
 /// A speed byte whose percentage is p; only for the values that these tests use.
 constexpr int speedOf(int p) { return p == 0 ? 255 : p == 33 ? 171 : p == 50 ? 128 : 0; }
 
-class LightRoom final : public ViewObserver, public OverlaysPart, public SeatSight {
+class LightRoom final : public ViewObserver, public NoticesPart, public SeatSight {
  public:
   explicit LightRoom(Rule rule = Rule::least, std::vector<std::uint32_t> firstDraws = {})
       : random(rule, std::move(firstDraws)) {

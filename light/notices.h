@@ -9,9 +9,9 @@
 
 namespace halvora {
 
-class Overlays final : public OverlaysPart {
+class Notices final : public NoticesPart {
  public:
-  Overlays(const ScreenState& screen, ViewStack& views, const TimerSet& timers)
+  Notices(const ScreenState& screen, ViewStack& views, const TimerSet& timers)
       : screen_(screen), views_(views), timers_(timers) {}
 
   /// Gives the two labels their texts.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "light/overlays.h"
+#include "light/notices.h"
 
 #include <memory>
 #include <string>
@@ -25,7 +25,7 @@ class NoticeRoom final : private ViewObserver {
     views.setObserver(this);
   }
   void poll() {
-    timers.every(milliseconds(500), [this] { overlays.updateLowLightHintState(); });
+    timers.every(milliseconds(500), [this] { notices.updateLowLightHintState(); });
   }
   Events runTo(long long ms) {
     loop.runUntil(milliseconds(ms));
@@ -42,7 +42,7 @@ class NoticeRoom final : private ViewObserver {
   TimerSet timers{loop};
   ViewStack views{timers};
   ScreenState screen;
-  Overlays overlays{screen, views, timers};
+  Notices notices{screen, views, timers};
   Events events;
 
  private:
@@ -100,8 +100,8 @@ TEST(NoticeLook, ColoursAndSizes) {
 
 TEST(NoticeLook, RestHiddenAndTransparentWithTheirTexts) {
   NoticeRoom room;
-  room.overlays.build(std::make_shared<const std::string>("a seat"),
-                      std::make_shared<const std::string>("still on"));
+  room.notices.build(std::make_shared<const std::string>("a seat"),
+                     std::make_shared<const std::string>("still on"));
   EXPECT_EQ(room.views.text(ViewId::mapNoSeatOverlayLabel), "a seat");
   EXPECT_EQ(room.views.text(kHint), "still on");
   for (const ViewId view : {kNotice, kHint}) {
@@ -112,78 +112,78 @@ TEST(NoticeLook, RestHiddenAndTransparentWithTheirTexts) {
 
 TEST(NoSeatNotice, FadesInAndOut) {
   NoticeRoom room;
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   EXPECT_EQ(room.runTo(1000), (Events{"0 notice shown", "0 notice 0", "0 notice to 1 in 160"}));
-  room.overlays.hideMapNoSeatOverlay();
+  room.notices.hideMapNoSeatOverlay();
   EXPECT_EQ(room.runTo(2000), (Events{"1000 notice to 0 in 120", "1120 notice hidden"}));
 }
 
 TEST(NoSeatNotice, IsNotShownTwiceNorHiddenTwice) {
   NoticeRoom room;
-  room.overlays.hideMapNoSeatOverlay();
+  room.notices.hideMapNoSeatOverlay();
   EXPECT_EQ(room.runTo(1000), Events{});
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   room.runTo(2000);
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   EXPECT_EQ(room.runTo(3000), Events{});
 }
 
 TEST(NoSeatNotice, HiddenWhileItFadesInIsHiddenAfterItsFadeOut) {
   NoticeRoom room;
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   room.runTo(80);
-  room.overlays.hideMapNoSeatOverlay();
+  room.notices.hideMapNoSeatOverlay();
   EXPECT_DOUBLE_EQ(room.views.shownAlpha(kNotice), 0.5) << "from where it was";
   EXPECT_EQ(room.runTo(1000), (Events{"80 notice to 0 in 120", "200 notice hidden"}));
 }
 
 TEST(NoSeatNotice, AskedForWhileItFadesOutIsNotShown) {
   NoticeRoom room;
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   room.runTo(1000);
-  room.overlays.hideMapNoSeatOverlay();
+  room.notices.hideMapNoSeatOverlay();
   room.runTo(1060);
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   EXPECT_EQ(room.runTo(5000), Events{"1120 notice hidden"}) << "it was not hidden yet";
 }
 
 TEST(LowLightHint, FadesInAndOut) {
   NoticeRoom room;
-  room.overlays.showLowLightHintOverlay();
-  EXPECT_TRUE(room.overlays.lowLightHintIsVisible());
+  room.notices.showLowLightHintOverlay();
+  EXPECT_TRUE(room.notices.lowLightHintIsVisible());
   EXPECT_EQ(room.runTo(1000), (Events{"0 hint shown", "0 hint to 1 in 500"}));
-  room.overlays.hideLowLightHintOverlayImmediate(false);
-  EXPECT_FALSE(room.overlays.lowLightHintIsVisible());
+  room.notices.hideLowLightHintOverlayImmediate(false);
+  EXPECT_FALSE(room.notices.lowLightHintIsVisible());
   EXPECT_EQ(room.runTo(2000), (Events{"1000 hint to 0 in 450", "1450 hint hidden"}));
 }
 
 TEST(LowLightHint, VanishesAtOnceWhenAsked) {
   NoticeRoom room;
-  room.overlays.showLowLightHintOverlay();
+  room.notices.showLowLightHintOverlay();
   room.runTo(250);
-  room.overlays.hideLowLightHintOverlayImmediate(true);
+  room.notices.hideLowLightHintOverlayImmediate(true);
   EXPECT_EQ(room.runTo(2000), (Events{"250 hint 0", "250 hint hidden"}));
 }
 
 TEST(LowLightHint, IsNotShownTwiceNorHiddenTwice) {
   NoticeRoom room;
-  room.overlays.hideLowLightHintOverlayImmediate(true);
-  room.overlays.hideLowLightHintOverlayImmediate(false);
+  room.notices.hideLowLightHintOverlayImmediate(true);
+  room.notices.hideLowLightHintOverlayImmediate(false);
   EXPECT_EQ(room.runTo(1000), Events{});
-  room.overlays.showLowLightHintOverlay();
+  room.notices.showLowLightHintOverlay();
   room.runTo(2000);
-  room.overlays.showLowLightHintOverlay();
+  room.notices.showLowLightHintOverlay();
   EXPECT_EQ(room.runTo(3000), Events{});
-  room.overlays.hideLowLightHintOverlayImmediate(false);
-  room.overlays.hideLowLightHintOverlayImmediate(true);
+  room.notices.hideLowLightHintOverlayImmediate(false);
+  room.notices.hideLowLightHintOverlayImmediate(true);
   EXPECT_EQ(room.runTo(9000), (Events{"3000 hint to 0 in 450", "3450 hint hidden"}));
 }
 
 TEST(LowLightHint, HiddenWhileItFadesInFadesOutFromThere) {
   NoticeRoom room;
-  room.overlays.showLowLightHintOverlay();
+  room.notices.showLowLightHintOverlay();
   room.runTo(250);
-  room.overlays.hideLowLightHintOverlayImmediate(false);
+  room.notices.hideLowLightHintOverlayImmediate(false);
   EXPECT_DOUBLE_EQ(room.views.shownAlpha(kHint), 0.5);
   EXPECT_EQ(room.runTo(2000), (Events{"250 hint to 0 in 450", "700 hint hidden"}));
 }
@@ -266,7 +266,7 @@ TEST(LowLightPoll, EndOfTheShowHidesTheHintAndTheCount) {
 TEST(LowLightPoll, HintStaysAwayUnderTheNotice) {
   NoticeRoom room;
   room.screen.currentMode = 50;
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   room.runTo(1);
   room.poll();
   EXPECT_EQ(room.runTo(60'000), Events{});
@@ -276,7 +276,7 @@ TEST(LowLightPoll, NoticeHidesTheHintAtOnce) {
   NoticeRoom room;
   room.darken();
   room.screen.currentMode = 50;
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   EXPECT_EQ(room.runTo(20'000),
             (Events{"6000 notice shown", "6000 notice 0", "6000 notice to 1 in 160", "6500 hint 0",
                     "6500 hint hidden"}));
@@ -285,11 +285,11 @@ TEST(LowLightPoll, NoticeHidesTheHintAtOnce) {
 TEST(LowLightPoll, CountBeginsOnceTheNoticeIsAskedToGo) {
   NoticeRoom room;
   room.screen.currentMode = 50;
-  room.overlays.showMapNoSeatOverlay();
+  room.notices.showMapNoSeatOverlay();
   room.poll();
   room.runTo(2450);
   room.screen.currentMode = 22;
-  room.overlays.hideMapNoSeatOverlay();
+  room.notices.hideMapNoSeatOverlay();
   EXPECT_EQ(room.runTo(7499), (Events{"2450 notice to 0 in 120", "2570 notice hidden"}));
   EXPECT_EQ(room.runTo(7500).size(), 2U) << "at 2500 its alpha was 0, though it still faded";
 }
@@ -302,7 +302,7 @@ TEST(LowLightPoll, NoticeIsVisibleOnlyAboveOneHundredth) {
     room.views.setAlpha(kNotice, alpha);
     room.poll();
     room.runTo(6000);
-    EXPECT_EQ(room.overlays.lowLightHintIsVisible(), showsHint) << alpha << hidden;
+    EXPECT_EQ(room.notices.lowLightHintIsVisible(), showsHint) << alpha << hidden;
   }
 }
 
@@ -310,7 +310,7 @@ TEST(NearBlack, IsEveryChannelBelow15) {
   const auto isNearBlack = [](const MaybeColour& light) {
     NoticeRoom room;
     room.views.setLightColour(light);
-    return room.overlays.isDisplayedLightNearBlack();
+    return room.notices.isDisplayedLightNearBlack();
   };
   EXPECT_TRUE(isNearBlack(colourOfBytes(14, 14, 14)));
   EXPECT_FALSE(isNearBlack(colourOfBytes(15, 0, 0)));
@@ -327,7 +327,7 @@ TEST(NearBlack, LevelsAreRoundedToTheNearest) {
   NoticeRoom room;
   const auto isNearBlack = [&room](float level) {
     room.views.setLightColour(Colour{0, level, 0, 1});
-    return room.overlays.isDisplayedLightNearBlack();
+    return room.notices.isDisplayedLightNearBlack();
   };
   EXPECT_TRUE(isNearBlack(14.49F / 255));
   EXPECT_FALSE(isNearBlack(14.51F / 255));
@@ -339,10 +339,10 @@ TEST(NearBlack, LevelsAreRoundedToTheNearest) {
 TEST(NearBlack, JudgesTheLightAsSetNotAsShown) {
   NoticeRoom room;
   room.views.animateLight(kRed, milliseconds(1000), {});
-  EXPECT_FALSE(room.overlays.isDisplayedLightNearBlack());
+  EXPECT_FALSE(room.notices.isDisplayedLightNearBlack());
   room.runTo(2000);
   room.views.animateLight(kBlack, milliseconds(1000), {});
-  EXPECT_TRUE(room.overlays.isDisplayedLightNearBlack());
+  EXPECT_TRUE(room.notices.isDisplayedLightNearBlack());
 }
 
 TEST(NearBlack, LightClearedDuringAShowBringsTheHint) {

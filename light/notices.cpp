@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "light/overlays.h"
+#include "light/notices.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,32 +19,32 @@ constexpr float kNearBlack = 15;
 
 }  // namespace
 
-void Overlays::build(SharedText noSeatText, SharedText lowLightText) {
+void Notices::build(SharedText noSeatText, SharedText lowLightText) {
   views_.setText(ViewId::mapNoSeatOverlayLabel, std::move(noSeatText));
   views_.setText(ViewId::lowLightHintLabel, std::move(lowLightText));
 }
 
-void Overlays::showMapNoSeatOverlay() {
+void Notices::showMapNoSeatOverlay() {
   if (!views_.isHidden(ViewId::mapNoSeatOverlayView)) return;
   views_.setHidden(ViewId::mapNoSeatOverlayView, false);
   views_.setAlpha(ViewId::mapNoSeatOverlayView, 0);
   views_.animateAlpha({{ViewId::mapNoSeatOverlayView, 1}}, {.duration = kNoSeatFadeIn});
 }
 
-void Overlays::hideMapNoSeatOverlay() {
+void Notices::hideMapNoSeatOverlay() {
   if (views_.isHidden(ViewId::mapNoSeatOverlayView)) return;
   views_.animateAlpha({{ViewId::mapNoSeatOverlayView, 0}}, {.duration = kNoSeatFadeOut},
                       [this](bool) { views_.setHidden(ViewId::mapNoSeatOverlayView, true); });
 }
 
-void Overlays::showLowLightHintOverlay() {
+void Notices::showLowLightHintOverlay() {
   if (lowLightHintIsVisible_) return;
   lowLightHintIsVisible_ = true;
   views_.setHidden(ViewId::lowLightHintLabel, false);
   views_.animateAlpha({{ViewId::lowLightHintLabel, 1}}, {.duration = kHintFadeIn});
 }
 
-void Overlays::hideLowLightHintOverlayImmediate(bool immediate) {
+void Notices::hideLowLightHintOverlayImmediate(bool immediate) {
   if (!lowLightHintIsVisible_) return;
   lowLightHintIsVisible_ = false;
   if (immediate) {
@@ -56,14 +56,14 @@ void Overlays::hideLowLightHintOverlayImmediate(bool immediate) {
                       [this](bool) { views_.setHidden(ViewId::lowLightHintLabel, true); });
 }
 
-bool Overlays::isDisplayedLightNearBlack() const {
+bool Notices::isDisplayedLightNearBlack() const {
   const MaybeColour& light = views_.lightColour();
   if (!light) return true;
   return std::max({std::nearbyint(light->red * 255), std::nearbyint(light->green * 255),
                    std::nearbyint(light->blue * 255)}) < kNearBlack;
 }
 
-void Overlays::updateLowLightHintState() {
+void Notices::updateLowLightHintState() {
   const bool noSeatIsVisible = !views_.isHidden(ViewId::mapNoSeatOverlayView) &&
                                views_.alpha(ViewId::mapNoSeatOverlayView) > kVisibleAlpha;
   if (screen_.currentMode == 0 || noSeatIsVisible || !isDisplayedLightNearBlack()) {
