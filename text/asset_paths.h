@@ -12,6 +12,8 @@ namespace halvora {
 /// The folder of clips, and of all that is below.
 inline constexpr const char* kAssetFolder = "HVAssets";
 inline constexpr const char* kGoboFolder = "HVAssets/Gobos";
+/// Of all venues.
+inline constexpr const char* kMapFolder = "HVAssets/Maps";
 inline constexpr const char* kPaletteFile = "HVAssets/palettes.json";
 inline constexpr std::size_t kLargestPaletteFile = std::size_t{4} << 20;
 /// Bytes of a venue's picture, a map's still or a standing area's plan: a larger file counts as

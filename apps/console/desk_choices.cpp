@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "apps/console/show_desk.h"
+#include "text/asset_paths.h"
 #include "venue/show/palette_names.h"
 #include "venue/show/show_words.h"
 
@@ -73,7 +74,7 @@ int venueOf(const std::string& assets) {
   constexpr std::string_view kPrefix = "Venue-";
   std::set<int> numbers;
   std::error_code error;
-  for (const auto& folder : std::filesystem::directory_iterator(assets + "/HVAssets/Maps", error)) {
+  for (const auto& folder : std::filesystem::directory_iterator(assets + "/" + kMapFolder, error)) {
     const std::string name = folder.path().filename().string();
     int number = 0;
     if (!name.starts_with(kPrefix)) continue;
@@ -86,7 +87,7 @@ int venueOf(const std::string& assets) {
 QVariantList goboChoices(const std::string& assets) {
   std::set<int> numbers;
   std::error_code error;
-  for (const auto& file : std::filesystem::directory_iterator(assets + "/HVAssets/Gobos", error)) {
+  for (const auto& file : std::filesystem::directory_iterator(assets + "/" + kGoboFolder, error)) {
     const std::string name = file.path().filename().string();
     int number = 0;
     std::from_chars(name.data(), name.data() + name.size(), number);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "adapters/standard/standard_files.h"
+#include "text/asset_paths.h"
 
 namespace halvora {
 
@@ -22,7 +23,7 @@ fs::path assetsAbove(fs::path folder) {
   std::error_code error;
   for (;; folder = folder.parent_path()) {
     for (const char* place : kPlaces) {
-      if (fs::is_directory(folder / place / "HVAssets", error)) return folder / place;
+      if (fs::is_directory(folder / place / kAssetFolder, error)) return folder / place;
     }
     if (folder == folder.parent_path()) return {};
   }

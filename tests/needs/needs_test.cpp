@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "halvora/platform/application.h"
+#include "halvora/platform/battery.h"
 #include "halvora/platform/bluetooth.h"
 #include "halvora/platform/bundle.h"
 #include "halvora/platform/descriptors.h"
@@ -11,6 +12,7 @@
 #include "halvora/platform/http.h"
 #include "halvora/platform/image.h"
 #include "halvora/platform/json.h"
+#include "halvora/platform/message_codes.h"
 #include "halvora/platform/movie_writer.h"
 #include "halvora/platform/platform.h"
 #include "halvora/platform/random.h"
@@ -41,10 +43,11 @@ template <class... Interfaces>
 constexpr bool kAreSafe = (isSafe<Interfaces>() && ...);
 
 static_assert(
-    kAreSafe<Application, BluetoothCentral, CentralManager, Bundle, Descriptors, Files, Haptics,
-             HttpClient, ImageDecoder, JsonReader, MovieWriter, MovieWriters, Random, RunLoop,
-             Screen, SerialQueue, SerialQueues, Torch, UserDefaults, VideoFrame, FrameReader,
-             FrameGenerator, VideoAsset, VideoAssets, VideoPlayer, WallClock, Calendar, Workers>);
+    kAreSafe<Application, Battery, BluetoothCentral, CentralManager, Bundle, Descriptors, Files,
+             Haptics, HttpClient, ImageDecoder, JsonReader, MessageCode, MessageCodes, MovieWriter,
+             MovieWriters, Random, RunLoop, Screen, SerialQueue, SerialQueues, Torch, UserDefaults,
+             VideoFrame, FrameReader, FrameGenerator, VideoAsset, VideoAssets, VideoPlayer,
+             WallClock, Calendar, Workers>);
 
 // Nor does an object that serves a need slip by value into what refers to it.
 class Lamp final : public Torch {

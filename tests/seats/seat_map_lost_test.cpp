@@ -10,6 +10,7 @@
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "seats/seat_map_availability.h"
+#include "tests/support/passed_files.h"
 #include "tests/support/step_queue.h"
 
 namespace halvora {
@@ -27,32 +28,15 @@ class OneQueue final : public SerialQueues {
 };
 
 /// Has no memory for reading while that is said.
-class ShortFiles final : public Files {
+class ShortFiles final : public PassedFiles {
  public:
-  explicit ShortFiles(VirtualFiles& files) : files_(files) {}
-  std::optional<FileAttributes> attributes(const std::string& path) const override {
-    return files_.attributes(path);
-  }
-  std::optional<std::vector<std::string>> list(const std::string& folder) const override {
-    return files_.list(folder);
-  }
+  using PassedFiles::PassedFiles;
   std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
     if (isShort) throw std::bad_alloc();
-    return files_.read(path, limit);
+    return PassedFiles::read(path, limit);
   }
-  bool replace(const std::string& path, std::string_view bytes) override {
-    return files_.replace(path, bytes);
-  }
-  bool makeFolder(const std::string& path) override { return files_.makeFolder(path); }
-  bool move(const std::string& from, const std::string& to) override {
-    return files_.move(from, to);
-  }
-  void removeFolder(const std::string& path) override { files_.removeFolder(path); }
 
   bool isShort = false;
-
- private:
-  VirtualFiles& files_;
 };
 
 class SeatMapLost : public testing::Test {

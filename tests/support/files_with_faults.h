@@ -8,29 +8,19 @@
 #include <vector>
 
 #include "adapters/virtual/virtual_files.h"
+#include "tests/support/passed_files.h"
 
 namespace halvora {
 
-class FilesWithFaults final : public Files {
+class FilesWithFaults final : public PassedFiles {
  public:
-  std::optional<FileAttributes> attributes(const std::string& path) const override {
-    return files.attributes(path);
-  }
+  FilesWithFaults() : PassedFiles(files) {}
   std::optional<std::vector<std::string>> list(const std::string& folder) const override {
-    return folder == unlistable ? std::nullopt : files.list(folder);
-  }
-  std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
-    return files.read(path, limit);
+    return folder == unlistable ? std::nullopt : PassedFiles::list(folder);
   }
   bool replace(const std::string& path, std::string_view bytes) override {
-    return path != unwritable && files.replace(path, bytes);
+    return path != unwritable && PassedFiles::replace(path, bytes);
   }
-  void removeLeftovers(const std::string& beginning) override { files.removeLeftovers(beginning); }
-  bool makeFolder(const std::string& path) override { return files.makeFolder(path); }
-  bool move(const std::string& from, const std::string& to) override {
-    return files.move(from, to);
-  }
-  void removeFolder(const std::string& path) override { files.removeFolder(path); }
 
   VirtualFiles files;
   /// A folder and a file.

@@ -22,7 +22,7 @@ std::string assetsBeside(const std::string& file) {
   std::error_code error;
   for (fs::path folder = fs::path(absolutePath(file)).parent_path(); !folder.empty();
        folder = folder.parent_path()) {
-    if (fs::is_directory(folder / "HVAssets", error)) return folder.string();
+    if (fs::is_directory(folder / kAssetFolder, error)) return folder.string();
     if (folder == folder.parent_path()) break;
   }
   return {};

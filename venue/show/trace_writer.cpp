@@ -7,6 +7,8 @@
 #include <iterator>
 #include <utility>
 
+#include "text/asset_paths.h"
+
 namespace halvora {
 
 namespace {
@@ -19,9 +21,6 @@ constexpr std::array kTracedViews = {
     ViewId::lowLightHintLabel, ViewId::videoBackgroundView,
     ViewId::playerViewA,       ViewId::playerViewB,
 };
-
-// What the gobo view holds from the start, where the asset tree has it.
-constexpr const char* kFirstGobo = "HVAssets/Gobos/1.png";
 
 // A path without the folder that it lies in; the innermost where one of the folders lies in
 // another.
@@ -66,10 +65,12 @@ static_assert(kDoubtNames.back() != nullptr);
 TraceWriter::TraceWriter(VirtualPhone& phone, ShowEngine& engine, TraceFolders folders,
                          std::function<void(std::string_view)> write)
     : phone_(phone), engine_(engine), folders_(std::move(folders)), write_(std::move(write)) {
+  // What the gobo view holds from the start, where the asset tree has it.
+  const std::string firstGobo = std::string(kGoboFolder) + "/1.png";
   std::error_code error;
   if (!folders_.assets.empty() &&
-      std::filesystem::is_regular_file(folders_.assets + "/" + kFirstGobo, error)) {
-    goboWritten_ = kFirstGobo;
+      std::filesystem::is_regular_file(folders_.assets + "/" + firstGobo, error)) {
+    goboWritten_ = firstGobo;
   }
   lightWritten_ = colourText(engine_.views().lightColour());
   for (const ViewId view : kTracedViews) {

@@ -24,6 +24,7 @@
 #include "conformance/crash_promises.h"
 #include "tests/adapters/standard/temporary_folder.h"
 #include "tests/support/all_cases.h"
+#include "tests/support/passed_files.h"
 
 namespace halvora {
 namespace {
@@ -39,30 +40,15 @@ void say(int pipe, char event) {
 }
 
 /// Says when a file has been put in place, on the thread that did it.
-class SayingFiles final : public Files {
+class SayingFiles final : public PassedFiles {
  public:
-  explicit SayingFiles(int pipe) : pipe_(pipe) {}
-  std::optional<FileAttributes> attributes(const std::string& path) const override {
-    return files_.attributes(path);
-  }
-  std::optional<std::vector<std::string>> list(const std::string& folder) const override {
-    return files_.list(folder);
-  }
-  std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
-    return files_.read(path, limit);
-  }
+  SayingFiles(Files& files, int pipe) : PassedFiles(files), pipe_(pipe) {}
   bool replace(const std::string& path, std::string_view bytes) override {
-    return said(files_.replace(path, bytes));
+    return said(PassedFiles::replace(path, bytes));
   }
   bool replaceLastingly(const std::string& path, std::string_view bytes) override {
-    return said(files_.replaceLastingly(path, bytes));
+    return said(PassedFiles::replaceLastingly(path, bytes));
   }
-  bool makeFolder(const std::string& path) override { return files_.makeFolder(path); }
-  bool move(const std::string& from, const std::string& to) override {
-    return files_.move(from, to);
-  }
-  void removeFolder(const std::string& path) override { files_.removeFolder(path); }
-  void removeLeftovers(const std::string& beginning) override { files_.removeLeftovers(beginning); }
 
  private:
   bool said(bool isInPlace) const {
@@ -70,7 +56,6 @@ class SayingFiles final : public Files {
     return isInPlace;
   }
 
-  LinuxFiles files_;
   int pipe_;
 };
 
@@ -85,7 +70,8 @@ struct Process {
 
 /// Never returns.
 [[noreturn]] void writeUntilKilled(const std::string& path, int pipe) {
-  SayingFiles files(pipe);
+  LinuxFiles beneath;
+  SayingFiles files(beneath, pipe);
   Process process(path, files);
   conformance::writeForEver(process.defaults, [pipe] { say(pipe, kWritten); });
 }

@@ -16,6 +16,7 @@
 #include "adapters/virtual/virtual_devices.h"
 #include "adapters/virtual/virtual_files.h"
 #include "adapters/virtual/virtual_run_loop.h"
+#include "tests/support/passed_files.h"
 #include "text/defaults_values.h"
 
 namespace halvora {
@@ -25,41 +26,24 @@ const std::string kPath = "/data/app/defaults.json";
 const std::string kDamaged = kPath + ".damaged";
 
 /// Counts what is written to files in memory, and throws when it is told to.
-class CountingFiles final : public Files {
+class CountingFiles final : public PassedFiles {
  public:
-  explicit CountingFiles(Files& files) : files_(files) {}
-  std::optional<FileAttributes> attributes(const std::string& path) const override {
-    return files_.attributes(path);
-  }
-  std::optional<std::vector<std::string>> list(const std::string& folder) const override {
-    return files_.list(folder);
-  }
-  std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
-    return files_.read(path, limit);
-  }
+  using PassedFiles::PassedFiles;
   bool replace(const std::string& path, std::string_view bytes) override {
     ++attempts;
     if (onAttempt) onAttempt();
     if (throws) throw std::bad_alloc();
-    return files_.replace(path, bytes);
+    return PassedFiles::replace(path, bytes);
   }
   bool replaceLastingly(const std::string& path, std::string_view bytes) override {
     ++lasting;
     return replace(path, bytes);
   }
-  bool makeFolder(const std::string& path) override { return files_.makeFolder(path); }
-  bool move(const std::string& from, const std::string& to) override {
-    return files_.move(from, to);
-  }
-  void removeFolder(const std::string& path) override { files_.removeFolder(path); }
 
   std::size_t attempts = 0;
   std::size_t lasting = 0;
   bool throws = false;
   std::function<void()> onAttempt;
-
- private:
-  Files& files_;
 };
 
 class FileDefaultsTest : public testing::Test {
