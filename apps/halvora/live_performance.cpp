@@ -46,13 +46,13 @@ CommandResult LivePerformance::play() {
     return std::move(*refusal);
   }
   keepPlace();
-  Timer clock;
-  if (!options_.control) {
-    showStatus();
-    clock = {ground_.loop(), ground_.loop().every(milliseconds(1000), [this] { showStatus(); })};
-  }
-  ground_.runUntil(
-      [this] { return isInterrupted() || session_->hasQuit() || !lines_->isWritable(); });
+  if (!options_.control) showStatus();
+  // The place too, so that a clock which is set makes no more of a show's time than that.
+  const Timer clock(ground_.loop(), ground_.loop().every(milliseconds(1000), [this] {
+    keepPlace();
+    if (!options_.control) showStatus();
+  }));
+  ground_.runUntil([this] { return isInterrupted() || session_->hasQuit() || hasLostAll(); });
   if (!options_.control) showOnTerminal("\n");
   return end();
 }
@@ -179,14 +179,20 @@ void LivePerformance::obey(std::string_view line) {
 std::variant<ShowPlace, CommandResult> LivePerformance::standBy() {
   const std::string& journal = *options_.journal;
   report_.say("stands by for the player that has " + journal);
+  const auto isKept = [place = placeFileOf(journal)] {
+    std::error_code error;
+    return std::filesystem::exists(place, error);
+  };
   bool isFree = false;
-  const Timer look(ground_.loop(), ground_.loop().every(kStandbyLook, [this, &isFree] {
+  bool wasKept = isKept();
+  const Timer look(ground_.loop(), ground_.loop().every(kStandbyLook, [&] {
+    wasKept = wasKept || isKept();
     isFree = isFree || waiting_->isFree();
   }));
   ground_.runUntil([&] { return isInterrupted() || hasQuit_ || isFree; });
   if (!isFree) return done();
-  std::error_code error;
-  if (!std::filesystem::exists(placeFileOf(journal), error)) {
+  // What was never there was not taken away by a player that ended as it should.
+  if (wasKept && !isKept()) {
     report_.say("the player has ended as it should; there is nothing to take over");
     return done();
   }
@@ -236,6 +242,16 @@ void LivePerformance::begin() {
   }
 }
 
+// A show that is still on the air elsewhere goes on without standard output.
+bool LivePerformance::hasLostAll() {
+  if (lines_->isWritable()) return false;
+  if (radios_.empty()) return true;
+  if (!std::exchange(areLinesLost_, true)) {
+    report_.say("standard output cannot be written; the show goes on without it");
+  }
+  return false;
+}
+
 // Only when nothing is on the air any more may a player that stands by learn that this one is gone.
 CommandResult LivePerformance::end() {
   for (const auto& radio : radios_) {
@@ -246,7 +262,8 @@ CommandResult LivePerformance::end() {
     }
   }
   ground_.runUntil([this] { return !isBusy(); });
-  if (place_) place_->end();
+  const bool isMeant = isInterrupted() || session_->hasQuit();
+  if (place_) isMeant ? place_->end() : place_->leave();
   return lines_->isWritable() ? done() : failed("standard output cannot be written");
 }
 
@@ -255,6 +272,11 @@ void LivePerformance::keepPlace() {
   ShowPlace place = session_->place();
   place.date = ground_.date();
   place_->keep(packPlace(place));
+  if (place_->hasFailed() == isPlaceLost_) return;
+  isPlaceLost_ = !isPlaceLost_;
+  const std::string file = placeFileOf(*options_.journal);
+  report_.say(isPlaceLost_ ? file + ": cannot be written; a player that stands by could not go on"
+                           : file + ": is written again");
 }
 
 PacketEncoder LivePerformance::encoder() const {

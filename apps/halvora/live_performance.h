@@ -59,6 +59,7 @@ class LivePerformance {
   void say(std::string_view text) const;
   void showOnTerminal(std::string_view text) const;
   void keepPlace();
+  bool hasLostAll();
   void obey(std::string_view line);
   std::string lineOf(Duration time, const LiveStatus& status);
   void showStatus() const;
@@ -74,7 +75,11 @@ class LivePerformance {
   std::unique_ptr<WaitingJournal> waiting_;
   std::optional<PlaceFile> place_;
   std::vector<std::unique_ptr<RadioAir>> radios_;
+  /// Whether the crew knows that it is not kept.
+  bool isPlaceLost_ = false;
   std::optional<LineAir> lines_;
+  /// Whether the crew knows that it goes on without them.
+  bool areLinesLost_ = false;
   std::optional<LiveSession> session_;
   std::unique_ptr<OlaInput> desk_;
   Timer oscRetry_;

@@ -18,7 +18,8 @@ namespace {
 
 // The last character counts the forms that places had.
 constexpr std::string_view kMagic = "HVPLACE1";
-constexpr std::int64_t kLongestShow = std::int64_t{2} * 24 * 3600 * 1'000'000;
+// A cue may stand for as long as an exhibition does.
+constexpr std::int64_t kLongestShow = std::int64_t{10} * 366 * 24 * 3600 * 1'000'000;
 constexpr double kLongestAway = 24.0 * 3600;
 constexpr std::int64_t kLatestDate = std::int64_t{1} << 53;
 constexpr std::uint8_t kPlaysCue = 1;
@@ -119,6 +120,7 @@ void PlaceFile::keep(std::string bytes) {
   } else if (!queue_->dispatch([this] { write(); })) {
     const std::lock_guard lock(mutex_);
     newest_.clear();
+    hasFailed_ = true;
   }
 }
 
@@ -130,9 +132,8 @@ void PlaceFile::write() {
     bytes.swap(newest_);
   }
   const std::string fresh = path_ + ".new";
-  if (!writeWhole(fresh, bytes) || std::rename(fresh.c_str(), path_.c_str()) != 0) {
-    ::unlink(fresh.c_str());
-  }
+  hasFailed_ = !writeWhole(fresh, bytes) || std::rename(fresh.c_str(), path_.c_str()) != 0;
+  if (hasFailed_) ::unlink(fresh.c_str());
 }
 
 void PlaceFile::forget() { ::unlink(path_.c_str()); }
@@ -142,5 +143,7 @@ void PlaceFile::end() {
   queue_.reset();
   forget();
 }
+
+void PlaceFile::leave() { queue_.reset(); }
 
 }  // namespace halvora

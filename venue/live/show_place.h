@@ -4,6 +4,7 @@
 // finds it once the journal is free knows that the player has died, and where it was.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -56,6 +57,10 @@ class PlaceFile {
   void forget();
   /// The player ends as it should.
   void end();
+  /// The player ends in the midst of its show: what is kept stays for who stands by.
+  void leave();
+  /// Whether what was to be kept last could not be written. Any thread.
+  bool hasFailed() const { return hasFailed_; }
 
  private:
   void write();
@@ -64,6 +69,7 @@ class PlaceFile {
   std::mutex mutex_;
   /// Guarded: what is to be written; empty for nothing.
   std::string newest_;
+  std::atomic<bool> hasFailed_ = false;
   std::unique_ptr<SerialQueue> queue_;
 };
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // A player that stands by, in virtual time: what it says and obeys, and what it takes over.
+#include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -140,11 +142,22 @@ TEST_F(LiveStandby, ObeysNothingButQuitBefore) {
 
 // Whoever quits a show wants its end.
 TEST_F(LiveStandby, EndsWithAPlayerThatEndsAsItShould) {
+  wasAt("One", {});
+  crew.events.emplace_back(90, [this] { std::filesystem::remove(journal + ".place"); });
   dieAt(100);
   const ToolRun run = standBy();
   EXPECT_EQ(run.status, 0) << run.error;
   EXPECT_EQ(run.output, "");
   EXPECT_THAT(run.messages, HasSubstr("the player has ended as it should"));
+}
+
+// Its disk was full from the beginning, say.
+TEST_F(LiveStandby, GoesOnForAPlayerThatCouldNeverKeepItsPlace) {
+  dieAt(100);
+  crew.lines = {{200, "goto One"}, {250, "quit"}};
+  const ToolRun run = standBy();
+  EXPECT_THAT(run.messages, HasSubstr("where it was cannot be read; give goto NAME"));
+  EXPECT_THAT(briefly(run.output), ElementsAre("100 FF0000 0005"));
 }
 
 TEST_F(LiveStandby, SaysWhatItCannotTakeOver) {
@@ -241,6 +254,68 @@ TEST_F(LiveStandby, APlayerThatBeginsForgetsWhereAnEarlierOneWas) {
   EXPECT_EQ(run.status, 0) << run.error;
   EXPECT_EQ(run.output, "");
   EXPECT_FALSE(during.player.cue);
+}
+
+class LivePlace : public LiveStandby {
+ protected:
+  LivePlace() { player.reset(); }
+  ToolRun play(std::vector<std::string> airs, ToolSetup setup = {}) {
+    setup.openLive = [this] { return std::make_unique<VirtualGround>(crew); };
+    std::vector<std::string> words{
+        "live", folder.write("show.yaml", show), "--journal", journal, "--control", "-"};
+    for (std::string& air : airs) words.insert(words.end(), {"--air", std::move(air)});
+    return runTool(words, setup);
+  }
+};
+
+TEST_F(LivePlace, SaysOnceThatItCannotBeKeptAndOnceThatItCanAgain) {
+  // Nothing is put in the place of a folder.
+  folder.write("j.place/file", "");
+  crew.lines = {{100, "go"}, {1500, "go"}, {5000, "quit"}};
+  crew.events.emplace_back(3500, [this] { std::filesystem::remove_all(journal + ".place"); });
+  const ToolRun run = play({"stdout"});
+  EXPECT_EQ(run.status, 0) << run.error;
+  const auto count = [&](const char* what) {
+    return std::ranges::count_if(linesOf(run.messages), [what](const std::string& line) {
+      return line.find(what) != std::string::npos;
+    });
+  };
+  EXPECT_EQ(count("j.place: cannot be written; a player that stands by could not go on"), 1);
+  EXPECT_EQ(count("j.place: is written again"), 1);
+}
+
+// Its time and its date, so that a clock that is set in between changes little.
+TEST_F(LivePlace, IsKeptEverySecond) {
+  crew.lines = {{100, "go"}, {9300, "quit"}};
+  std::optional<ShowPlace> place;
+  crew.events.emplace_back(8500,
+                           [this, &place] { place = unpackPlace(contentsOf(journal + ".place")); });
+  play({"stdout"});
+  ASSERT_TRUE(place);
+  EXPECT_EQ(place->player.cueTime, milliseconds(7900));
+  EXPECT_DOUBLE_EQ(place->date.secondsSince1970, kBegin + 8);
+}
+
+TEST_F(LivePlace, StaysWhereNobodyReadsThePacketsAnyMore) {
+  crew.lines = {{100, "go"}, {5000, "quit"}};
+  ToolSetup setup;
+  int lines = 0;
+  setup.output = [&lines](std::string_view) { return ++lines < 5; };
+  const ToolRun run = play({"stdout"}, setup);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(std::filesystem::exists(journal + ".place"));
+}
+
+TEST_F(LivePlace, StandardOutputThatIsGoneTakesNoRadioOffTheAir) {
+  crew.lines = {{100, "go"}, {5000, "go"}, {6000, "quit"}};
+  ToolSetup setup;
+  int lines = 0;
+  setup.output = [&lines](std::string_view) { return ++lines < 5; };
+  const ToolRun run = play({"hci0", "stdout"}, setup);
+  EXPECT_THAT(run.messages,
+              HasSubstr("standard output cannot be written; the show goes on without it"));
+  EXPECT_THAT(crew.shown, ElementsAre(HasSubstr("hci0 5/"), HasSubstr("hci0 6/"), "hci0 off"));
+  EXPECT_FALSE(std::filesystem::exists(journal + ".place"));
 }
 
 }  // namespace
