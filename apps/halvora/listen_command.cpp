@@ -29,6 +29,7 @@ namespace {
 constexpr double kLongestListening = 1e9;
 /// A phone begins to scan a second after its start; a recording's first packet comes after that.
 constexpr long long kRecordedFromMs = 2000;
+constexpr std::uint64_t kMostAirs = 32;
 constexpr Duration kBetweenLooks = milliseconds(250);
 
 long long wholeMilliseconds(Duration time) {
@@ -207,6 +208,9 @@ class ListenCommand final : public ToolCommand {
     options.optional("--expect", expected_,
                      "watch, and compare with the scenario that should be on the air: its looks, "
                      "its transmitters and its venue");
+    options.optional("--airs", airs_,
+                     "with --expect: how many adapters send it, each under a number of its own, as "
+                     "live numbers them (default: 1)");
     options.optional("--show-key", keyFile_,
                      "watch with the show's key: a file of 32 hexadecimal digits that only its "
                      "owner may read");
@@ -252,13 +256,17 @@ class ListenCommand final : public ToolCommand {
       watch_.air.showKey = std::get<ShowKey>(key);
       watch_.air.authentication = Authentication::prefer;
     }
+    std::optional<std::uint64_t> airs = 1;
+    if (airs_) airs = decimal(*airs_, kMostAirs);
+    if (!airs || *airs == 0) return unusable("--airs must be 1 to 32, not \"" + *airs_ + "\"");
+    if (airs_ && !expected_) return unusable("--airs goes with --expect");
     if (!expected_) return std::nullopt;
     auto scenario = readScenario(*expected_, ExactJsonReader(), call.outside.isInterrupted);
     if (auto* refusal = std::get_if<CommandResult>(&scenario)) return std::move(*refusal);
     const auto& show = std::get<Scenario>(scenario);
     show_.emplace(show, show.lastAction());
     watch_.expected = &*show_;
-    senders_.emplace(show, show.lastAction(), AirWatch::kLate);
+    senders_.emplace(show, show.lastAction(), AirWatch::kLate, static_cast<std::size_t>(*airs));
     watch_.senders = &*senders_;
     // What the scenario does not have is as wrong as what it has and is not there.
     if (watch_.transmitters.empty()) watch_.transmitters = senders_->keys();
@@ -303,6 +311,7 @@ class ListenCommand final : public ToolCommand {
   std::string record_;
   bool isWatched_ = false;
   std::optional<std::string> expected_;
+  std::optional<std::string> airs_;
   std::optional<std::string> keyFile_;
   std::optional<std::string> venue_;
   AirWatchOptions watch_;

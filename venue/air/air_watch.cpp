@@ -85,11 +85,12 @@ void AirWatch::turn(const std::string& key, Heard& heard, Duration now, const st
   if (heard.turns >= kSeveralTurns) say(Kind::twoSenders, key, heard.told[3], now, detail);
 }
 
-// The first packet of the expected show that is heard says how far it is. That may have been one of
-// an hour ago, or of a look that had been there for long, or the show begins anew: where what is
-// heard disagrees, a step that the show itself makes, from one look to the next, says it again.
-// What stands still makes none, and what is not of the show is compared all the same. A look that
-// is heard late was right until the show left it.
+// The first look of the expected show that is heard says how far it is. That may have been one of
+// an hour ago, or one that had been there for long, or the show begins anew, or is played by hand:
+// where what is heard disagrees, a step that the show itself makes, from one look to the next, says
+// it again. What stands still makes none, and what is not of the show is compared all the same.
+// Numbers only help: a player's go on from evening to evening. A look that is heard late was right
+// until the show left it.
 std::optional<Duration> AirWatch::rightUntil(const HeardPacket& packet, Duration now) {
   const TrueShow& show = *options_.expected;
   const auto before = last_;
@@ -99,12 +100,11 @@ std::optional<Duration> AirWatch::rightUntil(const HeardPacket& packet, Duration
   };
   auto until = right();
   if (!until) {
-    const auto place = show.firstTimeOf(packet.look(), packet.sequence);
-    const auto isStep = [&] {
-      const Duration justBefore = *place - Duration{1};
-      return before && before != last_ && show.showed(before, justBefore, justBefore);
-    };
-    if (place && (!begin_ || isStep())) {
+    std::optional<Duration> place;
+    if (!begin_) place = show.timeOf(*last_, packet.sequence, std::nullopt, {});
+    const bool isStep = before && before != last_;
+    if (begin_ && isStep) place = show.timeOf(*last_, packet.sequence, before, now - *begin_);
+    if (place) {
       begin_ = now - *place;
       aligned_ = now;
       until = right();

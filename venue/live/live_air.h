@@ -41,10 +41,4 @@ class LineAir final : public LiveAir {
   bool isWritable_ = true;
 };
 
-/// The number that a packet bears on one of several transmitters: they count up from the show's,
-/// but who speaks for the whole venue keeps that number.
-constexpr std::uint8_t transmitterNumber(std::uint8_t number, std::size_t air) {
-  return number == kVenueWideTransmitter ? number : static_cast<std::uint8_t>(number + air);
-}
-
 }  // namespace halvora

@@ -4,6 +4,8 @@
 #include <map>
 #include <utility>
 
+#include "venue/show/show_senders.h"
+
 namespace halvora {
 
 LiveSession::LiveSession(const CueList& show, MapFrames frames, RunLoop& loop,

@@ -4,12 +4,11 @@
 #include <algorithm>
 #include <variant>
 
-#include "engine/broadcast.h"
 #include "venue/show/scenario_schedule.h"
 
 namespace halvora {
 
-ShowSenders::ShowSenders(const Scenario& scenario, Duration end, Duration pause) {
+ShowSenders::ShowSenders(const Scenario& scenario, Duration end, Duration pause, std::size_t airs) {
   ScenarioSchedule schedule(scenario);
   bool isOneVenue = true;
   while (const auto moment = schedule.next(end)) {
@@ -18,20 +17,26 @@ ShowSenders::ShowSenders(const Scenario& scenario, Duration end, Duration pause)
     const Broadcast fields = decodeBroadcast(packet->data);
     isOneVenue = isOneVenue && (!venueId_ || *venueId_ == fields.venueId);
     venueId_ = fields.venueId;
-    const std::string key = transmitterKey(fields.applicationId, fields.transmitter);
-    const auto sender = static_cast<std::size_t>(std::ranges::find(keys_, key) - keys_.begin());
-    if (sender == keys_.size()) {
-      keys_.push_back(key);
-      stretches_.emplace_back();
-    }
-    auto& stretches = stretches_[sender];
-    if (stretches.empty() || moment->time - stretches.back().end > pause) {
-      stretches.push_back({moment->time, moment->time});
-    } else {
-      stretches.back().end = moment->time;
+    for (std::size_t air = 0; air < airs; ++air) {
+      const std::uint8_t number = transmitterNumber(fields.transmitter, air);
+      note(transmitterKey(fields.applicationId, number), moment->time, pause);
     }
   }
   if (!isOneVenue) venueId_.reset();
+}
+
+void ShowSenders::note(const std::string& key, Duration time, Duration pause) {
+  const auto sender = static_cast<std::size_t>(std::ranges::find(keys_, key) - keys_.begin());
+  if (sender == keys_.size()) {
+    keys_.push_back(key);
+    stretches_.emplace_back();
+  }
+  auto& stretches = stretches_[sender];
+  if (stretches.empty() || time - stretches.back().end > pause) {
+    stretches.push_back({time, time});
+  } else {
+    stretches.back().end = time;
+  }
 }
 
 bool ShowSenders::isSending(std::size_t sender, Duration from, Duration to) const {

@@ -9,15 +9,23 @@
 #include <string>
 #include <vector>
 
+#include "engine/broadcast.h"
 #include "halvora/platform/time.h"
 #include "venue/show/scenario.h"
 
 namespace halvora {
 
+/// The number that a packet bears on one of several transmitters: they count up from the show's,
+/// but who speaks for the whole venue keeps that number.
+constexpr std::uint8_t transmitterNumber(std::uint8_t number, std::size_t air) {
+  return number == kVenueWideTransmitter ? number : static_cast<std::uint8_t>(number + air);
+}
+
 class ShowSenders {
  public:
-  /// Up to `end`. Who is not heard for longer than `pause` has paused.
-  ShowSenders(const Scenario& scenario, Duration end, Duration pause);
+  /// Up to `end`. Who is not heard for longer than `pause` has paused. Of several airs each sends
+  /// the whole show, with a number of its own.
+  ShowSenders(const Scenario& scenario, Duration end, Duration pause, std::size_t airs = 1);
 
   /// As "application:number", in the order in which they begin.
   const std::vector<std::string>& keys() const { return keys_; }
@@ -32,6 +40,8 @@ class ShowSenders {
     Duration begin{};
     Duration end{};
   };
+
+  void note(const std::string& key, Duration time, Duration pause);
 
   std::vector<std::string> keys_;
   /// One list a sender.

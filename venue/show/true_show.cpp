@@ -2,7 +2,7 @@
 #include "venue/show/true_show.h"
 
 #include <algorithm>
-#include <numeric>
+#include <chrono>
 
 #include "venue/show/scenario_schedule.h"
 
@@ -11,6 +11,12 @@ namespace halvora {
 using Moment = TrueShow::Moment;
 
 namespace {
+
+BroadcastKeyBytes lookOf(const Moment& moment) {
+  BroadcastKeyBytes look{};
+  std::copy_n(moment.data.begin(), look.size(), look.begin());
+  return look;
+}
 
 bool isSame(const Moment& moment, const std::optional<BroadcastKeyBytes>& look) {
   if (!look) return moment.fields.mode == 0;
@@ -28,10 +34,10 @@ TrueShow::TrueShow(const Scenario& scenario, Duration end) {
     if (!moments_.empty() && moments_.back().data == packet->data) continue;
     moments_.push_back({moment->time, packet->data, decodeBroadcast(packet->data)});
   }
-  bySequence_.resize(moments_.size());
-  std::iota(bySequence_.begin(), bySequence_.end(), std::size_t{0});
-  std::ranges::stable_sort(bySequence_, {},
-                           [this](std::size_t at) { return moments_[at].fields.sequence; });
+  for (std::size_t at = 0; at < moments_.size(); ++at) {
+    if (at == 0 || lookOf(moments_[at]) != lookOf(moments_[at - 1])) byLook_.push_back(at);
+  }
+  std::ranges::stable_sort(byLook_, {}, [this](std::size_t at) { return lookOf(moments_[at]); });
 }
 
 const Moment* TrueShow::at(Duration time) const {
@@ -39,15 +45,21 @@ const Moment* TrueShow::at(Duration time) const {
   return after == moments_.begin() ? nullptr : &*(after - 1);
 }
 
-std::optional<Duration> TrueShow::firstTimeOf(std::span<const std::uint8_t, kBroadcastKeySize> look,
-                                              std::uint16_t sequence) const {
-  const auto sequenceOf = [this](std::size_t at) { return moments_[at].fields.sequence; };
-  auto at = std::ranges::lower_bound(bySequence_, sequence, {}, sequenceOf);
-  for (; at != bySequence_.end() && sequenceOf(*at) == sequence; ++at) {
-    const Moment& one = moments_[*at];
-    if (std::equal(look.begin(), look.end(), one.data.begin())) return one.time;
+std::optional<Duration> TrueShow::timeOf(const BroadcastKeyBytes& look, std::uint16_t sequence,
+                                         const std::optional<BroadcastKeyBytes>& before,
+                                         Duration near) const {
+  const auto lookAt = [this](std::size_t at) { return lookOf(moments_[at]); };
+  std::optional<Duration> nearest;
+  auto step = std::ranges::lower_bound(byLook_, look, {}, lookAt);
+  for (; step != byLook_.end() && lookAt(*step) == look; ++step) {
+    if (before && (*step == 0 || lookAt(*step - 1) != *before)) continue;
+    const Moment& one = moments_[*step];
+    if (one.fields.sequence == sequence) return one.time;
+    if (!nearest || std::chrono::abs(one.time - near) < std::chrono::abs(*nearest - near)) {
+      nearest = one.time;
+    }
   }
-  return std::nullopt;
+  return nearest;
 }
 
 std::optional<Duration> TrueShow::lastShown(const std::optional<BroadcastKeyBytes>& look,

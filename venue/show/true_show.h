@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "engine/broadcast.h"
@@ -27,9 +26,11 @@ class TrueShow {
   };
   /// The packet that was sent last; null before the first.
   const Moment* at(Duration time) const;
-  /// When a packet with that look and number was first sent.
-  std::optional<Duration> firstTimeOf(std::span<const std::uint8_t, kBroadcastKeySize> look,
-                                      std::uint16_t sequence) const;
+  /// When the show comes to that look, from `before` where one is given: where the packet has that
+  /// number too, or else as near to `near` as it does.
+  std::optional<Duration> timeOf(const BroadcastKeyBytes& look, std::uint16_t sequence,
+                                 const std::optional<BroadcastKeyBytes>& before,
+                                 Duration near) const;
   /// Whether it was, or became, the show's look between those times. No look is that of mode 0.
   bool showed(const std::optional<BroadcastKeyBytes>& look, Duration from, Duration to) const {
     return lastShown(look, from, to).has_value();
@@ -40,8 +41,9 @@ class TrueShow {
 
  private:
   std::vector<Moment> moments_;
-  /// Places in them, by sequence number; of one number, in their order.
-  std::vector<std::size_t> bySequence_;
+  /// Those of them at which the look becomes another one, by that look; of one look, in their
+  /// order.
+  std::vector<std::size_t> byLook_;
 };
 
 }  // namespace halvora

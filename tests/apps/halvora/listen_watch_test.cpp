@@ -292,6 +292,44 @@ TEST_F(ListenExpect, AShowThatIsBegunAgainIsRightFromItsNextLookOn) {
   EXPECT_THAT(differences("9"), testing::Each(HasSubstr("jump")));
 }
 
+// A player's numbers go on from the evening before.
+TEST_F(ListenExpect, WhateverItsNumbersAreAShowIsKnownByItsLooks) {
+  for (int look = 0; look < 5; ++look) {
+    hearFrom(500 + 2000 * look, 2000, fields(2001 + 3 * look, 10 * look));
+  }
+  EXPECT_THAT(differences("10"), IsEmpty());
+}
+
+// Each GO says anew how far the show is.
+TEST_F(ListenExpect, AShowThatIsPlayedByHandIsRightAtEachOfItsSteps) {
+  hearFrom(500, 5000, fields(2001, 0));
+  hearFrom(5500, 500, fields(2002, 10));
+  hearFrom(6000, 500, fields(2003, 20));
+  hearFrom(6500, 2000, fields(2004, 30));
+  const auto lines = differences("8.4");
+  ASSERT_THAT(lines, SizeIs(1)) << "it was late once";
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"other look")"));
+}
+
+TEST_F(ListenExpect, OfSeveralAdaptersEachHasANumberOfItsOwn) {
+  for (int look = 0; look < 5; ++look) {
+    hearFrom(500 + 2000 * look, 2000, fields(2001 + look, 10 * look));
+    if (look < 2) hearFrom(550 + 2000 * look, 2000, fields(2001 + look, 10 * look, 8));
+  }
+  std::vector<std::string> lines;
+  for (const std::string& line : said({"--for", "8", "--expect", show, "--airs", "2"})) {
+    if (line.find("finding") != std::string::npos) lines.push_back(line);
+  }
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"silent","transmitter":"258:8")"));
+  for (const char* airs : {"0", "33", "many"}) {
+    const ToolRun refused = run({"--expect", show, "--airs", airs});
+    EXPECT_EQ(flawOfRefusal(refused), "") << airs;
+    EXPECT_THAT(refused.error, HasSubstr("--airs must be 1 to 32"));
+  }
+  EXPECT_THAT(run({"--airs", "2"}).error, HasSubstr("--airs goes with --expect"));
+}
+
 // A transmitter that hangs repeats what it has.
 TEST_F(ListenExpect, AShowThatStandsStillIsNeverRight) {
   hearShow(500, 1);

@@ -74,9 +74,30 @@ TEST(TrueShow, KnowsWhatIsOnTheAirAndWhatWasAMomentAgo) {
   EXPECT_FALSE(truth.showed(std::nullopt, milliseconds(4500), milliseconds(5500)));
   EXPECT_TRUE(truth.showed(std::nullopt, milliseconds(6500), milliseconds(7500))) << "mode 0";
   EXPECT_TRUE(truth.showed(std::nullopt, milliseconds(0), milliseconds(1000))) << "before it";
-  const BroadcastBytes data = encodeBroadcast(look(2, 3));
-  EXPECT_EQ(truth.firstTimeOf(std::span(data).first<kBroadcastKeySize>(), 2), milliseconds(4000));
-  EXPECT_EQ(truth.firstTimeOf(std::span(data).first<kBroadcastKeySize>(), 3), std::nullopt);
+}
+
+TEST(TrueShow, KnowsWhenItComesToALook) {
+  Scenario scenario;
+  scenario.lines = {lineOf(2, look(1, 1)), lineOf(4, look(2, 3)),  lineOf(6, look(3, 1)),
+                    lineOf(8, look(4, 3)), lineOf(10, look(5, 5)), lineOf(12, look(6, 3))};
+  const TrueShow truth(scenario, std::chrono::seconds(20));
+  const auto red = keyOf(look(1, 1));
+  const auto blue = keyOf(look(2, 3));
+  const auto other = keyOf(look(5, 5));
+  const auto time = [&](std::uint16_t number, const auto& before, int near) {
+    return truth.timeOf(*blue, number, before, std::chrono::seconds(near));
+  };
+  constexpr std::optional<BroadcastKeyBytes> kAny;
+  EXPECT_EQ(time(2, kAny, 0), milliseconds(4000));
+  EXPECT_EQ(time(1000, kAny, 0), milliseconds(4000));
+  EXPECT_EQ(time(4, kAny, 0), milliseconds(8000)) << "by its number";
+  EXPECT_EQ(time(1000, red, 5), milliseconds(4000));
+  EXPECT_EQ(time(1000, red, 7), milliseconds(8000));
+  EXPECT_EQ(time(1000, red, 19), milliseconds(8000));
+  EXPECT_EQ(time(1000, other, 0), milliseconds(12'000));
+  EXPECT_EQ(time(2, other, 0), milliseconds(12'000));
+  EXPECT_EQ(time(2, blue, 0), std::nullopt);
+  EXPECT_EQ(truth.timeOf(*keyOf(look(1, 9)), 1, kAny, {}), std::nullopt);
 }
 
 TEST(Rogues, AreNamedByKindAndTime) {
