@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "adapters/json/unicode_text.h"
+
 namespace halvora {
 
 namespace {
@@ -96,10 +98,25 @@ class CsvParse {
   std::string fault_;
 };
 
+// Phones read a map as UTF-8, and one that has other bytes in a name not at all.
+std::optional<CsvFault> faultOfBytes(std::string_view text) {
+  std::string storage;
+  for (std::size_t line = 1; !text.empty(); ++line) {
+    const std::size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
+    const std::string_view bytes = text.substr(0, end);
+    if (validUtf8(bytes, storage).data() != bytes.data()) {
+      return CsvFault{line, "not UTF-8; save the table as \"CSV UTF-8\""};
+    }
+    text.remove_prefix(end);
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::variant<CsvTable, CsvFault> parseCsv(std::string_view text) {
   if (text.starts_with(kMark)) text.remove_prefix(kMark.size());
+  if (auto fault = faultOfBytes(text)) return std::move(*fault);
   CsvParse parse(text);
   CsvTable table;
   if (auto head = parse.next()) table.columns = std::move(head->fields);

@@ -53,6 +53,21 @@ TEST(CsvTable, ReadsWhatOfficesExport) {
   EXPECT_THAT(fieldsOf("")[0][1], HasSubstr("names the columns"));
 }
 
+// As spreadsheets save a table that was not asked for as anything else.
+TEST(CsvTable, SaysWhichLineIsNotUtf8) {
+  EXPECT_THAT(fieldsOf("a,b\nx,1\nPlatz S\xFC"
+                       "d,2\n"),
+              ElementsAre(ElementsAre("3", "not UTF-8; save the table as \"CSV UTF-8\"")));
+  EXPECT_THAT(fieldsOf(std::string("\xFF\xFE"
+                                   "a\0\n\0",
+                                   6))[0][0],
+              "1");
+  EXPECT_THAT(fieldsOf("a\nS\xC3\xBC"
+                       "d\n"),
+              ElementsAre(ElementsAre("S\xC3\xBC"
+                                      "d")));
+}
+
 class MapImport : public testing::Test {
  protected:
   ToolRun import(const std::string& seats, std::vector<std::string> options = {}) {
@@ -78,6 +93,16 @@ TEST_F(MapImport, ATableWithoutPlacesBecomesBlocks) {
       "{\"seatVersion\":1,\"mapAssetsVersion\":1,\"s\":{\"A\":{\"1\":{\"1\":[4,4],\"2\":[8,4]},"
       "\"2\":{\"1\":[4,8]}},\"B\":{\"1\":{\"1\":[24,4]}}}}\n");
   EXPECT_EQ(check().status, 0) << check().output;
+}
+
+// No phone could read the map that it would make.
+TEST_F(MapImport, RefusesNamesThatAreNotUtf8) {
+  const ToolRun run = import(
+      "section,row,seat\nParkett S\xFC"
+      "d,1,1\n");
+  EXPECT_EQ(flawOfRefusal(run), "");
+  EXPECT_THAT(run.error, HasSubstr("line 2: not UTF-8"));
+  EXPECT_FALSE(std::filesystem::exists(out()));
 }
 
 TEST_F(MapImport, EverySeatThatIsDroppedOrDoubledIsListed) {
