@@ -107,8 +107,9 @@ EyeMeter::Seen EyeMeter::seenOf(Duration time, const LinearColour& colour) const
 void EyeMeter::forget(Duration before) {
   while (begin_ + 1 < lights_.size() && lights_[begin_ + 1].time < before) ++begin_;
   if (lights_.size() - begin_ > kMostLights) begin_ = lights_.size() - kMostLights;
-  // Now and then, so that a light costs the same however many there are.
-  if (begin_ <= lights_.size() / 2) return;
+  // Only where there is no room left, and enough of it is free: a light costs the same however many
+  // there are, and a crowd's phones hold little more than their last second.
+  if (lights_.size() < lights_.capacity() || begin_ < lights_.size() / 16) return;
   lights_.erase(lights_.begin(), lights_.begin() + static_cast<std::ptrdiff_t>(begin_));
   begin_ = 0;
 }
@@ -164,8 +165,9 @@ void EyeMeter::remember(Seen seen) {
     seen.way = before.way;
     if (seen.luminance > before.luminance) seen.way = 1;
     if (seen.luminance < before.luminance) seen.way = -1;
-    seen.runs = before.runs + (seen.way == before.way ? 0 : 1);
-    seen.crossings = before.crossings + (seen.isRed == before.isRed ? 0 : 1);
+    seen.runs = static_cast<std::uint16_t>(before.runs + (seen.way == before.way ? 0 : 1));
+    seen.crossings =
+        static_cast<std::uint16_t>(before.crossings + (seen.isRed == before.isRed ? 0 : 1));
   }
   lights_.push_back(seen);
   forget(seen.time - kSecond);
@@ -179,14 +181,17 @@ void EyeMeter::add(Duration time, const LinearColour& colour, FlashCurve* curve)
   const Seen& now = lights_.back();
   const auto count = [&](FlashFigure& worst, int most, Changes (*changesOf)(Second),
                          void (FlashCurve::*draw)(Duration, Duration, int)) {
-    if (curve == nullptr && most / 2 <= worst.flashes) return;
+    if (most == 0 || (curve == nullptr && most / 2 <= worst.flashes)) return;
     const Changes changes = changesOf(second());
     if (changes.flashes() > worst.flashes) worst = {changes.flashes(), changes.first};
     const bool isNew = changes.count > 0 && changes.last == time;
     if (curve != nullptr && isNew) (curve->*draw)(changes.first, time, changes.flashes());
   };
-  count(general_, now.runs - first.runs + 1, generalChanges, &FlashCurve::addGeneral);
-  count(red_, now.crossings - first.crossings, redChanges, &FlashCurve::addRed);
+  const auto since = [](std::uint16_t begin, std::uint16_t end) {
+    return static_cast<int>(static_cast<std::uint16_t>(end - begin));
+  };
+  count(general_, since(first.runs, now.runs) + 1, generalChanges, &FlashCurve::addGeneral);
+  count(red_, since(first.crossings, now.crossings), redChanges, &FlashCurve::addRed);
 }
 
 void PhoneMeter::add(Duration time, const PhoneLight& light, FlashCurve* curve) {

@@ -93,14 +93,14 @@ class EyeMeter {
     /// The colour's place in the CIE 1976 diagram; of darkness nothing.
     double u = 0;
     double v = 0;
+    /// Rises and falls since the first light, each however long, and how often it has become red or
+    /// ceased to be, both counted round: no second has more changes than it has of these.
+    std::uint16_t runs = 0;
+    std::uint16_t crossings = 0;
+    /// The luminance has risen to here: 1, fallen: -1, neither since the first light: 0.
+    std::int8_t way = 0;
     bool isDark = false;
     bool isRed = false;
-    /// The luminance has risen to here: 1, fallen: -1, neither since the first light: 0.
-    int way = 0;
-    /// Rises and falls since the first light, each however long, and how often it has become red or
-    /// ceased to be: no second has more changes than it has of these.
-    int runs = 0;
-    int crossings = 0;
   };
   using Second = std::span<const Seen>;
   /// The longest row of changes that go to and fro by turns.
