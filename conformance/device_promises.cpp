@@ -53,14 +53,17 @@ void checkReports(const RadioUnderTest& its, Promises& promises) {
   promises.expect(listener.states.empty(),
                   "the first report comes in a turn of its own, not while the manager is made");
   its.settle();
-  promises.expect(!listener.states.empty() && listener.states.back() == CentralState::poweredOn,
+  const auto last = [&] {
+    return listener.states.empty() ? CentralState::unknown : listener.states.back();
+  };
+  promises.expect(last() == CentralState::poweredOn,
                   "a manager reports its state after it was made");
   promises.expect(listener.manager->state() == CentralState::poweredOn,
                   "a manager's state is the one that it reported last");
   its.setPower(false);
   its.settle();
-  promises.expect(listener.states.back() != CentralState::poweredOn &&
-                      listener.manager->state() == listener.states.back(),
+  promises.expect(!listener.states.empty() && last() != CentralState::poweredOn &&
+                      listener.manager->state() == last(),
                   "the loss of power is reported");
   Listener fleeting;
   fleeting.goesWhenTold = true;

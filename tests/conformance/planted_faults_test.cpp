@@ -269,6 +269,37 @@ TEST(PlantedFaults, OfARadioAreSaid) {
   expectSaid(ofRadio(Fault::third), "a packet is handed over whole");
 }
 
+/// Ready, and says so to nobody: what an adapter does that is not yet wired.
+class SilentRadio final : public BluetoothCentral {
+ public:
+  BluetoothAuthorization authorization() const override {
+    return BluetoothAuthorization::allowedAlways;
+  }
+  std::unique_ptr<CentralManager> makeManager(CentralManagerDelegate& /*delegate*/) override {
+    return std::make_unique<Manager>();
+  }
+
+ private:
+  class Manager final : public CentralManager {
+   public:
+    CentralState state() const override { return CentralState::poweredOn; }
+    void scanForPeripherals(const ScanOptions& /*options*/) override {}
+    void stopScan() override {}
+  };
+};
+
+TEST(PlantedFaults, ARadioThatNeverReportsIsSaid) {
+  const auto found = checkRadio([] {
+    auto radio = std::make_shared<SilentRadio>();
+    SilentRadio& its = *radio;
+    return RadioUnderTest{std::move(radio), &its, [] {}, [](bool) {},
+                          [](std::span<const std::uint8_t>) {}};
+  });
+  expectSaid(found, "a manager reports its state after it was made");
+  expectSaid(found, "the loss of power is reported");
+  expectSaid(found, "a packet on the air is heard while a scan goes on");
+}
+
 class FaultyScreen final : public Screen {
  public:
   explicit FaultyScreen(Fault fault) : fault_(fault) {}

@@ -4,15 +4,27 @@
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 
 namespace halvora {
 
 namespace fs = std::filesystem;
 
-PlacedFile::PlacedFile(std::string path) : path_(std::move(path)) {}
+std::string fileAt(const std::string& path) {
+  constexpr int kMostLinks = 40;
+  fs::path file = path;
+  std::error_code error;
+  fs::file_status status = fs::symlink_status(file, error);
+  for (int link = 0; fs::is_symlink(status) && link < kMostLinks; ++link) {
+    file = file.parent_path() / fs::read_symlink(file, error);
+    status = fs::symlink_status(file, error);
+  }
+  return !fs::exists(status) || fs::is_regular_file(status) ? file.string() : std::string();
+}
+
+PlacedFile::PlacedFile(const std::string& path) : path_(fileAt(path)) {}
 
 bool PlacedFile::begin() {
+  if (path_.empty()) return false;
   constexpr int kMostTries = 1000;
   for (int at = 0; at < kMostTries; ++at) {
     part_ = path_ + ".part-" + std::to_string(at);

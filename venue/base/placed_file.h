@@ -9,11 +9,16 @@
 
 namespace halvora {
 
+/// The file that is meant by a path. What is there keeps its kind: a link goes on pointing to its
+/// file, and nobody's pipe or device becomes a file. Empty for what is none.
+std::string fileAt(const std::string& path);
+
 class PlacedFile {
  public:
-  explicit PlacedFile(std::string path);
+  explicit PlacedFile(const std::string& path);
 
-  /// Makes an empty file beside the place, of a name that nobody had; false where none can be made.
+  /// Makes an empty file beside the place, of a name that nobody had; false where none can be made,
+  /// and where there is something else than a file.
   bool begin();
   /// The file until it is whole.
   const std::string& part() const { return part_; }

@@ -7,27 +7,11 @@
 
 #include <unistd.h>
 
+#include "venue/base/placed_file.h"
+
 namespace halvora {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-// What is there keeps its kind: a link goes on pointing to its file, and nobody's pipe or device
-// becomes a file. Empty for what is none.
-std::string fileAt(const std::string& path) {
-  constexpr int kMostLinks = 40;
-  fs::path file = path;
-  std::error_code error;
-  fs::file_status status = fs::symlink_status(file, error);
-  for (int link = 0; fs::is_symlink(status) && link < kMostLinks; ++link) {
-    file = file.parent_path() / fs::read_symlink(file, error);
-    status = fs::symlink_status(file, error);
-  }
-  return !fs::exists(status) || fs::is_regular_file(status) ? file.string() : std::string();
-}
-
-}  // namespace
 
 bool WrittenFiles::replace(const std::string& path, std::string_view bytes) {
   // Its entry is made first, so that what is written is never forgotten for want of memory.

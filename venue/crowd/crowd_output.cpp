@@ -115,8 +115,9 @@ class SheetOutput final : public CrowdOutput {
     if (taken_ == 0) return false;
     const std::string bytes = encode_(sheet());
     LinuxFiles files;
-    files.removeLeftovers(path_);
-    return !bytes.empty() && files.replace(path_, bytes);
+    const std::string file = fileAt(path_);
+    files.removeLeftovers(file);
+    return !bytes.empty() && !file.empty() && files.replace(file, bytes);
   }
 
  private:

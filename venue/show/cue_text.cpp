@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdint>
 
 #include "engine/broadcast.h"
+#include "venue/base/input_text.h"
 #include "venue/show/cue_file.h"
+#include "venue/show/cue_values.h"
 #include "venue/show/show_words.h"
 
 namespace halvora {
@@ -29,7 +32,13 @@ std::string colourText(const Broadcast& packet) {
 
 std::string paletteText(std::uint8_t id, const std::vector<NamedPalette>& palettes) {
   const auto found = std::ranges::find(palettes, std::int64_t{id}, &NamedPalette::id);
-  const bool isNamed = found != palettes.end() && !found->name.empty();
+  // A name that would be read as another palette's, or as a number, names nothing.
+  const auto hasItsName = [&](const NamedPalette& one) {
+    return isSameName(one.name, found->name);
+  };
+  const bool isNamed = found != palettes.end() && !found->name.empty() &&
+                       !decimal(found->name, UINT8_MAX) &&
+                       std::ranges::find_if(palettes, hasItsName) == found;
   // A number is what it is, whatever the assets call it by then.
   return isNamed ? yamlText(found->name) : std::to_string(id);
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "tests/apps/halvora/tool_runner.h"
 
@@ -195,6 +196,22 @@ TEST_F(CrowdOutputRoom, ANewFolderWithoutPicturesGoesAgain) {
   fs::create_directory(at("old"));
   make("old").reset();
   EXPECT_TRUE(fs::exists(at("old")));
+}
+
+// A link leads to where somebody fetches it; a pipe is somebody's too.
+TEST_F(CrowdOutputRoom, ASheetAndAMovieGoThroughALinkAndIntoNoPipe) {
+  for (const std::string kind : {".png", ".mp4"}) {
+    fs::create_symlink("kept" + kind, at("link" + kind));
+    const auto output = make("link" + kind);
+    ASSERT_NE(output, nullptr);
+    EXPECT_TRUE(output->add(frame));
+    EXPECT_TRUE(output->finish());
+    EXPECT_TRUE(fs::is_symlink(at("link" + kind)));
+    EXPECT_TRUE(fs::is_regular_file(at("kept" + kind)));
+    ASSERT_EQ(mkfifo(at("pipe" + kind).c_str(), 0600), 0);
+    EXPECT_EQ(make("pipe" + kind), nullptr);
+    EXPECT_TRUE(fs::is_fifo(at("pipe" + kind)));
+  }
 }
 
 // Of 60 frames 24 are taken, the first one of each 2.5.

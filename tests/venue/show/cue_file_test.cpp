@@ -3,6 +3,8 @@
 // meant or nothing.
 #include "venue/show/cue_file.h"
 
+#include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -181,6 +183,20 @@ TEST_F(CueFileTest, ALayoutThatItDoesNotKnowIsLeftAlone) {
   EXPECT_THAT(flawOf(file.with(0, "fade", "1", names)), HasSubstr("edit the file"));
   EXPECT_THAT(flawOf(open("cues:\n-\n  name: a\n  look: {}\n").withoutCue(0, names)),
               HasSubstr("edit the file"));
+}
+
+// By name only where the name is read as that palette again.
+TEST_F(CueFileTest, ALooksPaletteIsWrittenAsItIsReadAgain) {
+  names.palettes = {{3, "Blue", {}}, {9, "blue", {}}, {4, "7", {}}, {5, "Ember", {}}, {6, "", {}}};
+  CueLook look;
+  look.packet.mode = 1;
+  for (const std::uint8_t id : std::to_array<std::uint8_t>({3, 9, 4, 5, 6, 8})) {
+    look.packet.paletteId = id;
+    const CueFile file = open("cues:\n- {name: a, look: " + yamlLook(look, names.palettes) + "}\n");
+    EXPECT_EQ(file.show().cues[0].look.packet.paletteId, id) << file.text();
+  }
+  look.packet.paletteId = 5;
+  EXPECT_THAT(yamlLook(look, names.palettes), HasSubstr("Ember"));
 }
 
 // Every cue of the shows that people start from, every key.
