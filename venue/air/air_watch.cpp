@@ -156,13 +156,24 @@ void AirWatch::compare(Duration now) {
 // Where nothing of the show is right, that is said of all.
 void AirWatch::compareEach(Duration now) {
   if (!good_ || now - *good_ >= kLate) return;
-  for (auto& [key, heard] : transmitters_) {
-    const bool isHeard = now - heard.heard < kLate;
-    if (!isHeard || now - std::max(heard.good, aligned_) < kLate || !isKnown(keyText(key)))
-      continue;
-    say(Kind::otherLook, keyText(key), heard.told[4], now,
+  for (auto& [number, heard] : transmitters_) {
+    const bool isWrong = now - std::max(heard.good, aligned_) >= kLate;
+    if (!isWrong || now - heard.heard >= kLate) continue;
+    const std::string key = keyText(number);
+    if (!isDue(key, now)) continue;
+    say(Kind::otherLook, key, heard.told[4], now,
         difference(heard.look, now) + "; others of the show are right");
   }
+}
+
+// One that the show does not name carries it beside those that it does. One that it names, and that
+// has nothing to say now, may keep its look: its zone of the hall has that until its next cue.
+bool AirWatch::isDue(const std::string& key, Duration now) const {
+  if (!isKnown(key) || options_.senders == nullptr) return isKnown(key);
+  const auto& keys = options_.senders->keys();
+  const auto sender = static_cast<std::size_t>(std::ranges::find(keys, key) - keys.begin());
+  const Duration place = now - *begin_;
+  return sender == keys.size() || options_.senders->isSending(sender, place - kLate, place);
 }
 
 std::string AirWatch::difference(std::span<const std::uint8_t> look, Duration now) const {

@@ -84,6 +84,7 @@ class AirWatch {
   std::optional<Duration> rightUntil(const HeardPacket& packet, Duration now);
   void compare(Duration now);
   void compareEach(Duration now);
+  bool isDue(const std::string& key, Duration now) const;
   std::string difference(std::span<const std::uint8_t> look, Duration now) const;
   void noteSender(const std::string& key, Duration now);
   void missSenders(Duration now);

@@ -450,6 +450,19 @@ TEST_F(ListenExpect, SaysWithinTwoSecondsWhichOfTwoTransmittersStandsStill) {
   EXPECT_LT(secondsOf(lines[0]), 6.5);
 }
 
+TEST_F(ListenExpect, AZoneMayKeepItsLookWhileAnotherHasANewOne) {
+  const auto line = [](const char* at, const Broadcast& look, const char* until) {
+    return "{\"at\":" + std::string(at) + ",\"packet\":\"" + NSDataToHex(encodeBroadcast(look)) +
+           "\",\"every\":0.1,\"until\":" + until + "}\n";
+  };
+  show = folder.write("zones.jsonl", "{\"at\":0,\"start\":true}\n" +
+                                         line("2", fields(1, 10, 7), "3.9") +
+                                         line("4", fields(2, 99, 8), "12"));
+  hearFrom(500, 9000, fields(1, 10, 7));
+  hearFrom(2500, 7000, fields(2, 99, 8));
+  EXPECT_THAT(differences("9"), IsEmpty());
+}
+
 TEST_F(ListenExpect, RefusesWhatIsNoScenarioAndNoVenue) {
   EXPECT_EQ(flawOfRefusal(run({"--expect", folder.path().string() + "/none"})), "");
   EXPECT_EQ(flawOfRefusal(run({"--venue", "256"})), "");
