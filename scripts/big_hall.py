@@ -22,6 +22,7 @@ import sys
 import tempfile
 import time
 
+ROOT = pathlib.Path(__file__).resolve().parent.parent
 # Name, rows, seats a row, and how far the first row is from the middle.
 TIERS = [("Floor", 20, 40, 30), ("Lower", 24, 120, 135), ("Middle", 24, 180, 265), ("Upper", 26, 240, 395),
          ("Top", 20, 290, 535)]
@@ -97,6 +98,8 @@ def rehearse(halvora, folder, jobs):
     venue.mkdir(parents=True, exist_ok=True)
     (folder / "seats.csv").write_text(table(), encoding="utf-8")
     (folder / "show.yaml").write_text(SHOW, encoding="utf-8")
+    # What an application brings: without it looks with palettes are dark.
+    shutil.copy(ROOT / "assets/demo/HVAssets/palettes.json", hall / "HVAssets")
     seat_map = venue / "map.json"
     print("| step | seconds | of processors | MB |\n|---|---|---|---|")
     arcs = [word for place in places() for word in ("--place", place)]

@@ -44,7 +44,7 @@ class ShowCheckCommand final : public ToolCommand {
     line.begin().add("cues", static_cast<std::int64_t>(show.cues.size()));
     line.addLevel("seconds", toSeconds(count.length));
     line.add("packets", static_cast<std::int64_t>(count.packets));
-    line.addRaw("warnings", listText(warningsOf(show, input_.mapFrames())));
+    line.addRaw("warnings", listText(input_.warnings()));
     line.add("transmissions", static_cast<std::int64_t>(count.transmissions));
     return writeAll(line.end(), call.output);
   }
@@ -85,7 +85,7 @@ class ShowCompileCommand final : public ToolCommand {
       return call.outside.isInterrupted ? interrupted() : unusable(out_ + ": cannot be written");
     }
     if (!call.outside.messages) return done();
-    for (const std::string& warning : warningsOf(input_.show(), input_.mapFrames())) {
+    for (const std::string& warning : input_.warnings()) {
       call.outside.messages("halvora: " + input_.file() + ": " + warning + "\n");
     }
     return done();

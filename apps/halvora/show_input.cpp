@@ -8,7 +8,6 @@
 
 #include "adapters/json/exact_json_reader.h"
 #include "venue/base/input_file.h"
-#include "venue/show/palette_names.h"
 #include "venue/show/show_folder.h"
 
 namespace halvora {
@@ -37,14 +36,19 @@ std::optional<CommandResult> ShowInput::read(const Call& call) {
   auto text = readInput(file_, kLargestCueList, call.outside.isInterrupted);
   if (auto* refused = std::get_if<CommandResult>(&text)) return std::move(*refused);
   const std::string assets = assets_ ? absolutePath(*assets_) : assetsBeside(file_);
-  auto parsed =
-      parseCueList(std::get<std::string>(text), readPaletteNames(assets, ExactJsonReader()));
+  const auto palettes = readPaletteNames(assets, ExactJsonReader());
+  if (!assets.empty()) palettes_ = palettes;
+  auto parsed = parseCueList(std::get<std::string>(text), palettes);
   if (const auto* flaws = std::get_if<std::vector<CueListFlaw>>(&parsed)) return refusal(*flaws);
   show_ = std::get<CueList>(std::move(parsed));
   frames_ = mapFramesIn(assets, call.outside.videos);
   const auto flaws = flawsOfMaps(show_, frames_);
   if (!flaws.empty()) return refusal(flaws);
   return std::nullopt;
+}
+
+std::vector<std::string> ShowInput::warnings() const {
+  return warningsOf(show_, frames_, palettes_ ? &*palettes_ : nullptr);
 }
 
 CommandResult ShowInput::refusal(const std::vector<CueListFlaw>& flaws) const {

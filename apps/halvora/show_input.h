@@ -6,10 +6,12 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "apps/halvora/command_line.h"
 #include "venue/show/cue_list.h"
 #include "venue/show/cue_schedule.h"
+#include "venue/show/palette_names.h"
 
 namespace halvora {
 
@@ -31,6 +33,8 @@ class ShowInput {
   const std::string& file() const { return file_; }
   const CueList& show() const { return show_; }
   const MapFrames& mapFrames() const { return frames_; }
+  /// What may not be meant as it is, a line each.
+  std::vector<std::string> warnings() const;
 
  private:
   CommandResult refusal(const std::vector<CueListFlaw>& flaws) const;
@@ -39,6 +43,8 @@ class ShowInput {
   std::optional<std::string> assets_;
   CueList show_;
   MapFrames frames_;
+  /// None where there are no assets.
+  std::optional<std::vector<NamedPalette>> palettes_;
 };
 
 }  // namespace halvora

@@ -2,7 +2,9 @@
 #include "venue/show/cue_schedule.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <utility>
 
 #include "pixelmap/frame_time.h"
@@ -153,8 +155,15 @@ void warnOfSender(const CueList& show, std::vector<std::string>& warnings) {
   }
 }
 
+// Of a palette that they do not have phones show the packet's colour, which is black as a rule.
+bool isMissing(std::uint8_t palette, const std::vector<NamedPalette>* palettes) {
+  return palettes != nullptr && palette != 0 &&
+         std::ranges::find(*palettes, std::int64_t{palette}, &NamedPalette::id) == palettes->end();
+}
+
 void warnOfCue(const CueList& show, std::size_t at, const std::vector<CuePlace>& places,
-               const MapFrames& frames, std::vector<std::string>& warnings) {
+               const MapFrames& frames, const std::vector<NamedPalette>* palettes,
+               std::vector<std::string>& warnings) {
   const Cue& cue = show.cues[at];
   const Broadcast& look = cue.look.packet;
   const auto warn = [&](const std::string& what) {
@@ -171,6 +180,12 @@ void warnOfCue(const CueList& show, std::size_t at, const std::vector<CuePlace>&
     warn("plays map " + std::to_string(cue.look.map->id) +
          ", whose length is not known here; see --assets");
   }
+  if (isMissing(look.paletteId, palettes)) {
+    warn("has palette " + std::to_string(look.paletteId) +
+         ", which the assets' palettes.json does not have; phones with these assets show the "
+         "colour #" +
+         NSDataToHex(std::array{look.red, look.green, look.blue}) + " instead");
+  }
   if (at + 1 == show.cues.size()) return;
   const Duration length = places[at + 1].begin - places[at].begin;
   if (length == Duration{}) warn("has no time before the next cue");
@@ -182,12 +197,13 @@ void warnOfCue(const CueList& show, std::size_t at, const std::vector<CuePlace>&
 
 }  // namespace
 
-std::vector<std::string> warningsOf(const CueList& show, const MapFrames& frames) {
+std::vector<std::string> warningsOf(const CueList& show, const MapFrames& frames,
+                                    const std::vector<NamedPalette>* palettes) {
   std::vector<std::string> warnings;
   const std::vector<CuePlace> places = placesOf(show);
   warnOfSender(show, warnings);
   for (std::size_t at = 0; at < places.size(); ++at) {
-    warnOfCue(show, at, places, frames, warnings);
+    warnOfCue(show, at, places, frames, palettes, warnings);
   }
   return warnings;
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "venue/show/cue_list.h"
+#include "venue/show/palette_names.h"
 
 namespace halvora {
 
@@ -59,8 +60,10 @@ struct ShowCount {
 };
 ShowCount countOf(const CueList& show, const std::vector<ShowPacket>& packets);
 
-/// What is right and may not be meant so, a line each.
-std::vector<std::string> warningsOf(const CueList& show, const MapFrames& frames);
+/// What is right and may not be meant so, a line each. `palettes` are those of the phones' assets,
+/// null where they are not known.
+std::vector<std::string> warningsOf(const CueList& show, const MapFrames& frames,
+                                    const std::vector<NamedPalette>* palettes);
 
 /// A scenario of a phone that starts at 0 and hears these packets.
 std::string scenarioOf(const CueList& show, const std::vector<ShowPacket>& packets);

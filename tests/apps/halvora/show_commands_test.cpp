@@ -117,6 +117,19 @@ TEST(ShowCheck, MeasuresMapsInTheAssetsAboveTheShow) {
   EXPECT_THAT(check("id: 3").error, HasSubstr("shows/s.yaml:4: cue \"a\": venue 7 has no video"));
 }
 
+TEST(ShowCheck, WarnsOfPalettesThatTheAssetsLack) {
+  const TestFolder folder;
+  const std::string file = folder.write("shows/s.yaml",
+                                        "application: 1\ncues:\n- {name: a, at: 0, hold: 1, look: "
+                                        "{mode: 17, palette: 3}}\n");
+  EXPECT_THAT(runTool({"show", "check", file}).output, HasSubstr("\"warnings\":[]"));
+  folder.write("HVAssets/readme", "");
+  EXPECT_THAT(runTool({"show", "check", file}).output, HasSubstr("cue \\\"a\\\" has palette 3"));
+  folder.write("HVAssets/palettes.json",
+               R"({"palettes":[{"id":3,"name":"Sunrise","colours":["#FF4E50"]}]})");
+  EXPECT_THAT(runTool({"show", "check", file}).output, HasSubstr("\"warnings\":[]"));
+}
+
 TEST(ShowCompile, WritesNothingForAShowThatCannotBePlayed) {
   const TestFolder folder;
   const std::string out = (folder.path() / "out.jsonl").string();

@@ -18,6 +18,7 @@
 namespace halvora {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -180,17 +181,34 @@ TEST(CompiledShow, IsAScenarioWithRepeats) {
 }
 
 TEST(ShowWarnings, SayWhatMayNotBeMeant) {
-  EXPECT_THAT(warningsOf(readShow("- {name: a, at: 0, hold: 1, look: {mode: 1}}\n"), kUnknown),
-              IsEmpty());
+  EXPECT_THAT(
+      warningsOf(readShow("- {name: a, at: 0, hold: 1, look: {mode: 1}}\n"), kUnknown, nullptr),
+      IsEmpty());
   EXPECT_THAT(
       warningsOf(readShow("- {name: a, at: 0, fade: 9, hold: 8, look: {palette: 3}}\n"
                           "- {name: b, look: {mode: 1, map: {id: 2}}}\n"),
-                 kUnknown),
+                 kUnknown, nullptr),
       ElementsAre(HasSubstr("no hold"), HasSubstr("mode 0"), HasSubstr("longer than the cue"),
                   HasSubstr("waits for GO; compiled, it comes at 8"), HasSubstr("not known here")));
   auto nobody = parseCueList("cues:\n- {name: a, hold: 1, at: 0, look: {}}\n", {});
-  EXPECT_THAT(warningsOf(std::get<CueList>(nobody), kUnknown),
+  EXPECT_THAT(warningsOf(std::get<CueList>(nobody), kUnknown, nullptr),
               ElementsAre(HasSubstr("application is 0")));
+}
+
+// As in a hall that was made from a ticket office's table, and has no palettes yet.
+TEST(ShowWarnings, SayWhichPalettesTheAssetsLack) {
+  const CueList show = readShow(
+      "- {name: a, at: 0, look: {mode: 17, palette: 3}}\n"
+      "- {name: b, at: 1, look: {mode: 17, palette: 4, colour: \"#102030\"}}\n"
+      "- {name: c, at: 2, hold: 1, look: {mode: 1}}\n");
+  const std::vector<NamedPalette> one = {{.id = 3, .name = "Sunrise", .colours = {"#FF4E50"}}};
+  EXPECT_THAT(
+      warningsOf(show, kUnknown, &one),
+      ElementsAre(AllOf(HasSubstr("cue \"b\" has palette 4"), HasSubstr("colour #102030"))));
+  const std::vector<NamedPalette> none;
+  EXPECT_THAT(warningsOf(show, kUnknown, &none),
+              ElementsAre(HasSubstr("palette 3"), HasSubstr("palette 4")));
+  EXPECT_THAT(warningsOf(show, kUnknown, nullptr), IsEmpty());
 }
 
 }  // namespace
