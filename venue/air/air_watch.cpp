@@ -35,6 +35,7 @@ void AirWatch::hear(std::span<const std::uint8_t> data, Duration now) {
   static_cast<void>(gate_.judge(packet, now, clock_));
   tellTrust();
   noteSender(key, now);
+  auto before = last_;
   auto found = transmitters_.find(packet.key);
   const bool isFirst = found == transmitters_.end();
   if (isFirst && transmitters_.size() < kMostTransmitters) {
@@ -49,12 +50,13 @@ void AirWatch::hear(std::span<const std::uint8_t> data, Duration now) {
       say(Kind::wrongVenue, key, heard.told[1], now, "venue " + std::to_string(packet.venueId));
     }
     if (!isFirst) follow(packet, key, heard, now);
+    if (!isFirst && now - heard.heard < kLate) before = heard.look;
     heard.sequence = packet.sequence;
     std::ranges::copy(packet.look(), heard.look.begin());
     heard.heard = now;
     if (isFirst) heard.good = now;
   }
-  const auto until = options_.expected != nullptr ? rightUntil(packet, now) : std::nullopt;
+  const auto until = options_.expected != nullptr ? rightUntil(packet, before, now) : std::nullopt;
   if (!until) return;
   good_ = std::max(good_.value_or(*until), *until);
   if (found != transmitters_.end()) found->second.good = std::max(found->second.good, *until);
@@ -88,12 +90,15 @@ void AirWatch::turn(const std::string& key, Heard& heard, Duration now, const st
 // The first look of the expected show that is heard says how far it is. That may have been one of
 // an hour ago, or one that had been there for long, or the show begins anew, or is played by hand:
 // where what is heard disagrees, a step that the show itself makes, from one look to the next, says
-// it again. What stands still makes none, and what is not of the show is compared all the same.
+// it again: of one transmitter, since from one that hangs to the next there is a step as well, or,
+// where it was not heard for a while, from what was. What stands still makes none, and what is not
+// of the show is compared all the same.
 // Numbers only help: a player's go on from evening to evening. A look that is heard late was right
 // until the show left it.
-std::optional<Duration> AirWatch::rightUntil(const HeardPacket& packet, Duration now) {
+std::optional<Duration> AirWatch::rightUntil(const HeardPacket& packet,
+                                             const std::optional<BroadcastKeyBytes>& before,
+                                             Duration now) {
   const TrueShow& show = *options_.expected;
-  const auto before = last_;
   std::ranges::copy(packet.look(), last_.emplace().begin());
   const auto right = [&] {
     return begin_ ? show.lastShown(last_, now - *begin_ - kLate, now - *begin_) : std::nullopt;

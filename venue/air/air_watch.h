@@ -81,7 +81,8 @@ class AirWatch {
   void follow(const HeardPacket& packet, const std::string& key, Heard& heard, Duration now);
   void turn(const std::string& key, Heard& heard, Duration now, const std::string& detail);
   bool isKnown(const std::string& key) const;
-  std::optional<Duration> rightUntil(const HeardPacket& packet, Duration now);
+  std::optional<Duration> rightUntil(const HeardPacket& packet,
+                                     const std::optional<BroadcastKeyBytes>& before, Duration now);
   void compare(Duration now);
   void compareEach(Duration now);
   bool isDue(const std::string& key, Duration now) const;

@@ -450,6 +450,29 @@ TEST_F(ListenExpect, SaysWithinTwoSecondsWhichOfTwoTransmittersStandsStill) {
   EXPECT_LT(secondsOf(lines[0]), 6.5);
 }
 
+// From the look of one to that of the other there is a step that the show makes too.
+TEST_F(ListenExpect, SaysSoWhereTheShowComesBackToTheLookThatStandsStill) {
+  std::string lines = "{\"at\":0,\"start\":true}\n";
+  for (int look = 0; look < 4; ++look) {
+    const int red = 10 + 10 * (look % 2);
+    lines += "{\"at\":" + std::to_string(2 + 4 * look) + ",\"packet\":\"" +
+             NSDataToHex(encodeBroadcast(fields(1 + look, red))) +
+             "\",\"every\":0.1,\"until\":" + std::to_string(6 + 4 * look) + "}\n";
+    hearFrom(420 + 4000 * look, 4000, fields(1 + look, red));
+    hearFrom(470 + 4000 * look, 4000, fields(std::min(1 + look, 2), look == 0 ? 10 : 20, 8));
+  }
+  show = folder.write("turns.jsonl", lines);
+  std::vector<std::string> found;
+  for (const std::string& line :
+       said({"--expect", show, "--allow", "258:7", "--allow", "258:8", "--for", "12"})) {
+    if (line.find("finding") != std::string::npos) found.push_back(line);
+  }
+  ASSERT_THAT(found, SizeIs(1));
+  EXPECT_THAT(found[0], HasSubstr(R"("finding":"other look","transmitter":"258:8")"));
+  EXPECT_GT(secondsOf(found[0]), 9.9) << "its look was over at 8.4";
+  EXPECT_LT(secondsOf(found[0]), 10.4);
+}
+
 TEST_F(ListenExpect, AZoneMayKeepItsLookWhileAnotherHasANewOne) {
   const auto line = [](const char* at, const Broadcast& look, const char* until) {
     return "{\"at\":" + std::string(at) + ",\"packet\":\"" + NSDataToHex(encodeBroadcast(look)) +
