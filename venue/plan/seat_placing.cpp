@@ -148,6 +148,15 @@ std::variant<PlacedList, std::string> onCanvas(const std::vector<Point>& points,
   PlacedList placed;
   placed.width = std::min(kLargestCanvas, wholeBlocks(extent.x * scale + 2 * kMargin + kCell));
   placed.height = std::min(kLargestCanvas, wholeBlocks(extent.y * scale + 2 * kMargin + kCell));
+  // Where many lie in one place, there must be room beside it.
+  const auto hasRoom = [&] {
+    const auto columns = static_cast<std::size_t>(placed.width / kCell);
+    return columns * static_cast<std::size_t>(placed.height / kCell) >= points.size();
+  };
+  while (!hasRoom() && std::min(placed.width, placed.height) < kLargestCanvas) {
+    int& side = placed.width <= placed.height ? placed.width : placed.height;
+    side += kBlock;
+  }
   FreeSquares squares(placed.width / kCell, placed.height / kCell);
   for (const Point& point : points) {
     if (isInterrupted) return "interrupted";

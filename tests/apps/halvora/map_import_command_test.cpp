@@ -191,6 +191,22 @@ TEST(FreeSquares, ManySeatsInOnePlaceCostAFewLooksEach) {
   EXPECT_FALSE(squares.take(0, 0));
 }
 
+// The place of each block for all its seats, or none at all.
+TEST_F(MapImport, ManySeatsOfFewPlacesFindRoomBesideThem) {
+  std::string seats = "section,row,seat,x,y\n";
+  for (int block = 0; block < 12; ++block) {
+    for (int seat = 0; seat < 400; ++seat) {
+      seats += "B" + std::to_string(block) + "," + std::to_string(seat / 20) + "," +
+               std::to_string(seat % 20) + "," + std::to_string(block % 4 * 10) + "," +
+               std::to_string(block / 4 * 10) + "\n";
+    }
+  }
+  const ToolRun run = import(seats);
+  EXPECT_EQ(run.status, 0) << run.error;
+  EXPECT_THAT(run.output, HasSubstr("\"seats\":4800"));
+  EXPECT_EQ(check().status, 0);
+}
+
 TEST_F(MapImport, ReadsASeatingPlan) {
   const ToolRun run = import(R"({"name": "Hall", "zones": [
     {"name": "Floor", "position": {"x": 100, "y": 50}, "rows": [
