@@ -42,6 +42,7 @@ Window {
     minimumHeight: 640
     color: isBare ? "black" : DeskStyle.ground
     visible: true
+    onClosing: close => close.accepted = window.desk.cues.mayClose()
     onAtKeysChanged: scroller.reveal(atKeys)
 
     FocusScope {

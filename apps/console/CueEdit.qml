@@ -32,6 +32,11 @@ Column {
             onStoredChanged: text = stored
             onChosenChanged: text = stored
             Component.onCompleted: text = stored
+            // Escape takes back what was typed before it means anything else.
+            Keys.onEscapePressed: event => {
+                event.accepted = text !== stored;
+                text = stored;
+            }
             onEditingFinished: {
                 if (text !== stored)
                     cues.edit(modelData.key, text);

@@ -126,6 +126,13 @@ void CueDesk::open() {
   tick();
 }
 
+bool CueDesk::mayClose() {
+  if (!isEdited() || isAskedAgain(QStringLiteral("close"))) return true;
+  say(tr("What was changed in %1 is not saved, and would be lost. Save it, or close once more.")
+          .arg(opened_));
+  return false;
+}
+
 void CueDesk::takeEdit(CueFile::Result result, std::optional<std::size_t> current, int chosen) {
   if (const auto* flaws = std::get_if<std::vector<CueListFlaw>>(&result)) return refuse(*flaws);
   take(std::make_unique<CueFile>(std::get<CueFile>(std::move(result))), current);

@@ -99,6 +99,8 @@ class CueDesk : public QObject {
   /// Reads the file, and takes it over where it is on the air. Edits that are not saved are given
   /// up only when this is asked for twice.
   Q_INVOKABLE void open();
+  /// Whether the window may close: not before it was asked twice where edits would be lost.
+  Q_INVOKABLE bool mayClose();
   /// Replaces the file whole. What would be lost by that is said first, and done when asked again.
   Q_INVOKABLE void save();
   /// A command of the player: go, back, goto NAME, hold, resume, blackout, release, panic.

@@ -368,6 +368,11 @@ void ShowConsole::endReplay() {
   say(tr("Played %1").arg(file_));
 }
 
+// What was recorded is kept, however the console ends.
+ShowConsole::~ShowConsole() {
+  if (isRecording()) stop();
+}
+
 void ShowConsole::stop() {
   endReplay();
   if (isRecording()) {

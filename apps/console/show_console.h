@@ -132,6 +132,7 @@ class ShowConsole : public QObject {
 
   ShowConsole(const std::string& assets, RunLoop& loop, SerialQueues& queues,
               DemoLibraries& libraries);
+  ~ShowConsole() override;
 
   /// Wires the host views of that QML engine to the console's phone.
   void install(QQmlEngine& qml);

@@ -188,6 +188,21 @@ TEST_F(ConsoleSafety, OverwritingIsAskedFor) {
   EXPECT_FALSE(desk.isRecording());
 }
 
+TEST_F(ConsoleSafety, ARecordingUnderWayIsKeptWhereTheConsoleEnds) {
+  const QTemporaryDir folder;
+  const QString path = folder.filePath(QStringLiteral("evening.jsonl"));
+  {
+    ShowConsole other(sourceTree() + "/assets/demo", loop, queues, libraries);
+    other.setProperty("file", path);
+    other.record();
+    EXPECT_TRUE(other.isRecording());
+    EXPECT_FALSE(QFile::exists(path));
+  }
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  EXPECT_TRUE(file.readAll().contains("\"start\":true"));
+}
+
 TEST_F(ConsoleSafety, NumberKeysChooseModes) {
   key(Qt::Key_5, QStringLiteral("5"));
   EXPECT_EQ(desk.look().mode, 5);

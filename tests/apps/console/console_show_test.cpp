@@ -224,6 +224,36 @@ TEST_F(ConsoleShow, EditsAreTakenOverWhileItPlaysAndSavedWithTheirComments) {
   EXPECT_THAT(bytes(), HasSubstr("{name: Talk, fade: \"0.5\", look:"));
 }
 
+TEST_F(ConsoleShow, EscapeTakesBackWhatIsTypedAndClosesOverEditsOnlyWhenAskedTwice) {
+  openShow();
+  desk.setOnAir(false);
+  cues().choose(0);
+  settle();
+  item("cue-name").forceActiveFocus(Qt::TabFocusReason);
+  key(Qt::Key_X, QStringLiteral("x"));
+  ASSERT_TRUE(item("cue-name").property("text").toString().contains(QLatin1Char('x')));
+  key(Qt::Key_Escape);
+  EXPECT_TRUE(window().isVisible());
+  EXPECT_EQ(item("cue-name").property("text"), QStringLiteral("Doors"));
+  cues().edit("fade", "1");
+  key(Qt::Key_Escape);
+  EXPECT_TRUE(window().isVisible());
+  EXPECT_THAT(message(), HasSubstr("not saved, and would be lost. Save it, or close once more."));
+  key(Qt::Key_Escape);
+  EXPECT_FALSE(window().isVisible());
+}
+
+TEST_F(ConsoleShow, TheWindowsOwnButtonAsksToo) {
+  openShow();
+  cues().edit("fade", "1");
+  cues().choose(0);
+  cues().edit("fade", "1");
+  EXPECT_FALSE(window().close());
+  EXPECT_TRUE(window().isVisible());
+  EXPECT_TRUE(window().close());
+  EXPECT_FALSE(window().isVisible());
+}
+
 TEST_F(ConsoleShow, CuesComeAndGoAndTheShowKeepsItsPlace) {
   openShow();
   cues().obey("goto Verse");
