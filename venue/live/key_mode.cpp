@@ -2,6 +2,7 @@
 #include "venue/live/key_mode.h"
 
 #include <atomic>
+#include <initializer_list>
 
 #include <termios.h>
 #include <unistd.h>
