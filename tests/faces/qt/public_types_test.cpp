@@ -2,6 +2,9 @@
 // What a host may name of the QML module, as its tools read it from what is installed.
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQmlError>
+#include <QString>
+#include <QUrl>
 #include <fstream>
 #include <regex>
 #include <set>
@@ -64,6 +67,16 @@ TEST(PublicTypes, NothingElseIsThereForAHost) {
     EXPECT_NE(component.errorString().indexOf(QStringLiteral("is not a type")), -1)
         << type << ": " << component.errorString().toStdString();
   }
+}
+
+TEST(PublicTypes, OfAnotherVersionAreRefusedInOneSentence) {
+  QQmlEngine qml;
+  qml.addImportPath(QStringLiteral("qrc:/qt/qml"));
+  QQmlComponent component(&qml);
+  component.setData("import Halvora 9.0\nHalvoraView {}", QUrl());
+  ASSERT_EQ(component.errors().size(), 1);
+  EXPECT_EQ(component.errors()[0].description(),
+            QStringLiteral("module \"Halvora\" version 9.0 is not installed"));
 }
 
 }  // namespace
