@@ -31,7 +31,7 @@ bool isNewer(std::uint16_t sequence, std::uint16_t current) {
   return sequence > current || (current >= kWrapFrom && sequence < kWrapBelow);
 }
 
-bool isLookInForce(std::span<const std::uint8_t> data, const PresenceState& state) {
+inline bool isLookInForce(std::span<const std::uint8_t> data, const PresenceState& state) {
   return state.hasCurrentBroadcast &&
          std::ranges::equal(data.first(kBroadcastKeySize), state.currentBroadcast);
 }
@@ -149,11 +149,7 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
       static_cast<std::uint16_t>(data[kSequenceOffset] << 8 | data[kSequenceOffset + 1]);
   state_.liveSequence = sequence;
   if (!isNewer(sequence, state_.currentSequence)) return PacketFate::staleSequence;
-  if (isLookInForce(data, state_)) {
-    state_.currentSequence = sequence;
-    return PacketFate::sameBroadcast;
-  }
-  return take(data, sequence);
+  return isLookInForce(data, state_) ? takeNumber(sequence) : take(data, sequence);
 }
 
 // What follows is out of line: a packet that changes nothing, as most do, does not make room on the
@@ -180,7 +176,8 @@ PacketFate Scanner::judge(std::span<const std::uint8_t> data) {
       verdict.act == AirVerdict::Act::obey ||
       (verdict.act == AirVerdict::Act::pass && isNewer(packet.sequence, state_.currentSequence));
   if (isNew) {
-    const PacketFate fate = take(packet.data, packet.sequence);
+    const PacketFate fate = isLookInForce(packet.data, state_) ? takeNumber(packet.sequence)
+                                                               : take(packet.data, packet.sequence);
     // In the middle of a look the host may have gone, or made another gate.
     if (fate == PacketFate::engineGone || gate_.get() != gate) return fate;
     return followTrust(before, fate);
@@ -216,7 +213,6 @@ PacketFate Scanner::followTrust(AirTrust before, PacketFate fate) {
 [[gnu::noinline]] PacketFate Scanner::take(std::span<const std::uint8_t> data,
                                            std::uint16_t sequence) {
   state_.currentSequence = sequence;
-  if (isLookInForce(data, state_)) return PacketFate::sameBroadcast;
   const auto key = data.first(kBroadcastKeySize);
   ++state_.activeFPS;
   state_.hasFailed = false;

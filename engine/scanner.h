@@ -118,6 +118,11 @@ class Scanner : private CentralManagerDelegate {
   void didDiscoverPeripheral(const Advertisement& advertisement) override;
   PacketFate judge(std::span<const std::uint8_t> data);
   PacketFate judgeAtGate(const HeardPacket& packet);
+  /// Of the look in force only its number is taken.
+  PacketFate takeNumber(std::uint16_t sequence) {
+    state_.currentSequence = sequence;
+    return PacketFate::sameBroadcast;
+  }
   PacketFate take(std::span<const std::uint8_t> data, std::uint16_t sequence);
   /// Does to the gate what may end a contest, and tells of it.
   template <class Act>

@@ -17,9 +17,10 @@ constexpr Duration kLowLightPoll = milliseconds(500);
 
 // A bucket is a folder within the documents; a text that leads out of them names none.
 std::string goboFolder(const std::string& documents, const std::string& bucket) {
+  if (documents.empty() || bucket.empty()) return "";
   const std::string within = "/" + bucket + "/";
   const bool leadsOut = bucket.starts_with('/') || within.find("/../") != std::string::npos;
-  return documents.empty() || bucket.empty() || leadsOut ? "" : documents + within + "Gobo";
+  return leadsOut ? "" : documents + within + "Gobo";
 }
 
 std::unique_ptr<GuardedNeeds> guardedNeedsFor(const Platform& platform,

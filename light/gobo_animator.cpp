@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::string_view kExtension = ".png";
 
+std::string bundled(const std::string& name) { return kGoboFolder + ("/" + name); }
+
 }  // namespace
 
 std::optional<std::int64_t> variantsNamedBy(std::string_view name, int gobo) {
@@ -27,7 +29,7 @@ std::optional<std::int64_t> variantsNamedBy(std::string_view name, int gobo) {
 
 void GoboAnimator::build(SharedText documents) {
   documents_ = std::move(documents);
-  showBundled("1" + std::string(kExtension));
+  showBundled(kFirstGobo);
 }
 
 void GoboAnimator::changeGobo() {
@@ -37,9 +39,9 @@ void GoboAnimator::changeGobo() {
     return showDownloaded(drawVariant(*count));
   }
   if (const auto count = variantsAmong(bundle_.list(kGoboFolder))) {
-    return showBundled(drawVariant(*count));
+    return showBundled(bundled(drawVariant(*count)));
   }
-  showBundled(name);
+  showBundled(bundled(name));
 }
 
 // Systems list a folder in any order; by taking the greatest name for the last one every phone of a
@@ -74,8 +76,7 @@ void GoboAnimator::showDownloaded(const std::string& name) {
   views_.setText(ViewId::goboImage, isFile(files_, path) ? path : std::string());
 }
 
-void GoboAnimator::showBundled(const std::string& name) {
-  const std::string path = kGoboFolder + ("/" + name);
+void GoboAnimator::showBundled(std::string_view path) {
   const auto attributes = bundle_.attributes(path);
   const bool isThere = attributes && !attributes->isFolder;
   views_.setText(ViewId::goboImage, isThere ? bundle_.location(path) : std::string());

@@ -42,7 +42,7 @@ class GoboAnimator final : public GoboPart {
   std::optional<std::int64_t> variantsAmong(Names names) const;
   std::string drawVariant(std::int64_t count);
   void showDownloaded(const std::string& name);
-  void showBundled(const std::string& name);
+  void showBundled(std::string_view path);
   /// One cycle of a pulse, again for as long as the gobo's mode is `mode`.
   void pulse(std::uint32_t mode, Duration delay);
   void fadeIn(std::uint32_t mode, const AnimationTiming& timing);

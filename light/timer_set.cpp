@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace halvora {
 
@@ -17,8 +18,7 @@ TimerSet::~TimerSet() {
 }
 
 void TimerSet::invalidate(TimerId& named) {
-  loop_.cancel(named);
-  named = 0;
+  if (named != 0) loop_.cancel(std::exchange(named, 0));
 }
 
 void TimerSet::makeRoom() {

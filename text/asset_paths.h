@@ -12,6 +12,8 @@ namespace halvora {
 /// The folder of clips, and of all that is below.
 inline constexpr const char* kAssetFolder = "HVAssets";
 inline constexpr const char* kGoboFolder = "HVAssets/Gobos";
+/// The one that is up before a show asks for any.
+inline constexpr const char* kFirstGobo = "HVAssets/Gobos/1.png";
 /// Of all venues.
 inline constexpr const char* kMapFolder = "HVAssets/Maps";
 inline constexpr const char* kPaletteFile = "HVAssets/palettes.json";

@@ -19,6 +19,7 @@ class RadioManagers {
     if (at == managers_.end()) return;
     if (telling_ > 0) {
       *at = nullptr;
+      hasGone_ = true;
     } else {
       managers_.erase(at);
     }
@@ -38,7 +39,8 @@ class RadioManagers {
     const Telling telling(*this);
     const std::size_t count = managers_.size();
     for (std::size_t at = 0; at < count; ++at) {
-      if (managers_[at] != nullptr) act(*managers_[at]);
+      Manager* const manager = managers_.data()[at];
+      if (manager != nullptr) act(*manager);
     }
   }
 
@@ -48,7 +50,7 @@ class RadioManagers {
    public:
     explicit Telling(RadioManagers& its) : its_(its) { ++its_.telling_; }
     ~Telling() {
-      if (--its_.telling_ == 0) std::erase(its_.managers_, nullptr);
+      if (--its_.telling_ == 0 && its_.hasGone_) its_.close();
     }
     Telling(const Telling&) = delete;
     Telling& operator=(const Telling&) = delete;
@@ -57,9 +59,16 @@ class RadioManagers {
     RadioManagers& its_;
   };
 
+  /// Closes the gaps of those that have gone.
+  void close() {
+    std::erase(managers_, nullptr);
+    hasGone_ = false;
+  }
+
   /// Null for one that has gone while others are told.
   std::vector<Manager*> managers_;
   int telling_ = 0;
+  bool hasGone_ = false;
 };
 
 }  // namespace halvora

@@ -66,11 +66,10 @@ TraceWriter::TraceWriter(VirtualPhone& phone, ShowEngine& engine, TraceFolders f
                          std::function<void(std::string_view)> write)
     : phone_(phone), engine_(engine), folders_(std::move(folders)), write_(std::move(write)) {
   // What the gobo view holds from the start, where the asset tree has it.
-  const std::string firstGobo = std::string(kGoboFolder) + "/1.png";
   std::error_code error;
   if (!folders_.assets.empty() &&
-      std::filesystem::is_regular_file(folders_.assets + "/" + firstGobo, error)) {
-    goboWritten_ = firstGobo;
+      std::filesystem::is_regular_file(folders_.assets + "/" + kFirstGobo, error)) {
+    goboWritten_ = kFirstGobo;
   }
   lightWritten_ = colourText(engine_.views().lightColour());
   for (const ViewId view : kTracedViews) {
