@@ -6,8 +6,8 @@
 #include <functional>
 #include <memory>
 
-#include "adapters/linux/linux_files.h"
 #include "adapters/standard/folder_bundle.h"
+#include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
 #include "venue/show/trace.h"
@@ -39,7 +39,7 @@ class PhoneRun {
 
   const Scenario& scenario_;
   const TraceOptions& options_;
-  const LinuxFiles disk_{};
+  const StandardFiles disk_{};
   FolderBundle mainBundle_;
   VirtualPhone phone_;
   ShowEngine engine_;
