@@ -28,7 +28,8 @@ std::uint32_t epochOf(Date date) {
 
 PacketTag tagOf(SignedBroadcastView packet, std::uint32_t epoch, MessageCode& code) {
   std::array<std::uint8_t, kTagOffset + 1 + 4> message{};
-  auto at = std::ranges::copy(packet.first<kTagOffset>(), message.begin()).out;
+  const auto fields = packet.first<kTagOffset>();
+  auto at = std::copy(fields.begin(), fields.end(), message.begin());
   *at++ = packet.back();
   for (int shift = 24; shift >= 0; shift -= 8) {
     *at++ = static_cast<std::uint8_t>(epoch >> shift & 0xFF);

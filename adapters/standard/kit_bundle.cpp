@@ -37,7 +37,7 @@ std::optional<std::vector<std::string>> KitBundle::list(std::string_view folder)
   for (const KitTable& table : kitTables()) {
     names.emplace_back(table.path.substr(kFolder.size() + 1));
   }
-  std::ranges::sort(names);
+  std::sort(names.begin(), names.end());
   return names;
 }
 
