@@ -42,6 +42,7 @@ void LightGuard::GuardedScreen::setBrightness(double level) {
   const double clamped = std::clamp(level, 0.0, 1.0);
   if (!guard_.isGuarding()) {
     guard_.ours_ = clamped;
+    guard_.level_.reset();
     return device_.setBrightness(level);
   }
   guard_.wantedBacklight_ = clamped;
@@ -69,8 +70,7 @@ LightGuard::LightGuard(const Platform& platform, ViewStack& views, TimerSet& tim
                        PictureMeans* pictures)
     : device_(platform.screen),
       lamp_(platform.torch),
-      files_(platform.files),
-      images_(platform.images),
+      platform_(platform),
       views_(views),
       timers_(timers),
       screen_(*this, device_),
@@ -102,9 +102,10 @@ void LightGuard::rewire() {
   if (guards_) writes_.reserve(kMostWrites);
   if (wantsLimiter && !hadLimiter) {
     lastShown_ = lookOf(views_);
-    const Size size = container_.value_or(device_.bounds());
+    // Black for as long as it takes to know what else it would be.
+    if (!isKnown(lastShown_)) lastShown_ = darkened(std::move(lastShown_));
     limiter_ = std::make_unique<FlashLimiter>(
-        Emission{meanOf(lastShown_, pictures(), size), device_.brightness(), isTorchOn_});
+        Emission{meanOf(lastShown_), device_.brightness(), isTorchOn_});
   }
   if (!wantsLimiter) limiter_.reset();
   LightFilter* const filter = guards_ ? this : nullptr;
@@ -115,6 +116,7 @@ void LightGuard::rewire() {
 void LightGuard::leave(double backlight) {
   if (hasLeft_) return;
   keepWantedBacklight();
+  if (!owesBacklight()) ours_.reset();
   awayBacklight_ = backlight;
   moveGate(false);
 }
@@ -168,6 +170,7 @@ void LightGuard::keepWantedBacklight() {
 // Once: from then on it is theirs whose phone it is.
 void LightGuard::giveBackBacklight() {
   ours_.reset();
+  level_.reset();
   if (device_.brightness() == awayBacklight_) return;
   device_.setBrightness(awayBacklight_);
   isDeaf_ = std::abs(device_.brightness() - awayBacklight_) > kDeaf;
@@ -176,6 +179,7 @@ void LightGuard::giveBackBacklight() {
 void LightGuard::goAway(double backlight) {
   if (limiter_ == nullptr || isAway_) return;
   keepWantedBacklight();
+  if (!owesBacklight()) ours_.reset();
   isAway_ = true;
   awayBacklight_ = backlight;
   decideNow();
@@ -197,7 +201,7 @@ void LightGuard::end(double backlight) {
 
 Levels LightGuard::shownScreen() {
   if (container_ == std::nullopt) container_ = device_.bounds();
-  return meanOf(guards_ ? decide() : lookOf(views_), pictures(), *container_);
+  return meanOf(guards_ ? decide() : lookOf(views_));
 }
 
 LightLook LightGuard::lookInto(Size container) {
@@ -225,16 +229,39 @@ void LightGuard::decideNow() {
   if (limiter_ && limiter_->last() != before) views_.lookAgain();
 }
 
+// Asked for as soon as there is a picture, most of which fade in: it is known before it is seen.
+bool LightGuard::isKnown(const LightLook& look) {
+  if (sharedPictures_ != nullptr || !look.gobo || look.gobo->empty()) return true;
+  const bool isKnown = ownPictures().isKnown(*look.gobo);
+  return isKnown || shownGobo(look) == nullptr;
+}
+
+Levels LightGuard::meanOf(const LightLook& look) {
+  const std::string* const gobo = shownGobo(look);
+  if (gobo == nullptr) return halvora::meanOf(look, {});
+  const Size size = container_.value_or(device_.bounds());
+  return halvora::meanOf(look, sharedPictures_ != nullptr ? sharedPictures_->of(*gobo, size)
+                                                          : ownPictures().of(*gobo, size));
+}
+
+// What nobody can judge yet, a picture whose mean is being made, waits as a fourth flash would:
+// with the light that was there before, which is known, or black where that is on its way.
+LightLook LightGuard::wantedLook() {
+  LightLook look = lookOf(views_);
+  look.visible[indexOf(ViewId::container)] *= gate();
+  if (!limiter_ || isKnown(look)) return look;
+  if (isGoingDark(views_) || hasLeft_) return darkened(std::move(look));
+  return lightOf(lastShown_, std::move(look));
+}
+
 Emission LightGuard::wanted(const LightLook& look) {
   Emission emission;
-  if (limiter_) {
-    emission.screen = meanOf(look, pictures(), container_.value_or(device_.bounds()));
-  }
+  if (limiter_) emission.screen = meanOf(look);
   emission.torch = wantsTorch_ && limits_.torch && !hasLeft_ && !isAway_;
   if (isGone() && !isDeaf_ && owesBacklight()) {
     emission.backlight = awayBacklight_;
   } else if (isGone() || isDeaf_ || !wantedBacklight_) {
-    emission.backlight = device_.brightness();
+    if (limiter_) emission.backlight = recentLevel();
   } else {
     emission.backlight = std::min(*wantedBacklight_, limits_.mostBrightness);
   }
@@ -251,8 +278,7 @@ LightLook LightGuard::decide() {
     retryAfter(std::nullopt);
     return look;
   }
-  LightLook look = lookOf(views_);
-  look.visible[indexOf(ViewId::container)] *= gate();
+  LightLook look = wantedLook();
   const Emission all = wanted(look);
   ShownLight shown{ShownScreen::wanted, all, true};
   if (limiter_) {
@@ -280,7 +306,7 @@ void LightGuard::send(const ShownLight& shown, const Emission& wanted) {
   }
   const double level = std::min(*wantedBacklight_, limits_.mostBrightness);
   // Whatever was held goes straight to the newest.
-  if (writes_.empty() && device_.brightness() != level && !isDeaf_) writes_.push_back(level);
+  if (writes_.empty() && !isDeaf_ && recentLevel() != level) writes_.push_back(level);
   for (const double write : writes_) writeBacklight(std::min(write, limits_.mostBrightness));
   writes_.clear();
   if (*wantedBacklight_ <= limits_.mostBrightness) wantedBacklight_.reset();
@@ -288,6 +314,7 @@ void LightGuard::send(const ShownLight& shown, const Emission& wanted) {
 
 void LightGuard::writeBacklight(double level) {
   ours_ = level;
+  level_.reset();
   device_.setBrightness(level);
   isDeaf_ = std::abs(device_.brightness() - level) > kDeaf;
 }
@@ -306,10 +333,22 @@ void LightGuard::retryAfter(std::optional<Duration> pause) {
   }
 }
 
-PictureMeans& LightGuard::pictures() {
-  if (sharedPictures_ != nullptr) return *sharedPictures_;
-  if (!ownPictures_) ownPictures_ = std::make_unique<PictureMeans>(files_, images_);
+GoboMeans& LightGuard::ownPictures() {
+  if (!ownPictures_) {
+    ownPictures_ = std::make_unique<GoboMeans>(platform_, [this] {
+      decideNow();
+      views_.lookAgain();
+    });
+  }
   return *ownPictures_;
+}
+
+// A question to the system, which a frame is not to wait for. Others move a backlight slowly.
+double LightGuard::recentLevel() {
+  const Duration now = timers_.now();
+  const bool holds = level_ && now >= level_->time && now - level_->time < kLevelHolds;
+  if (!holds) level_ = Level{device_.brightness(), now};
+  return level_->level;
 }
 
 }  // namespace halvora

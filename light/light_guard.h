@@ -17,6 +17,7 @@
 #include "halvora/safety.h"
 #include "light/emission.h"
 #include "light/flash_limiter.h"
+#include "light/gobo_means.h"
 #include "light/light_look.h"
 #include "light/picture_means.h"
 #include "light/timer_set.h"
@@ -28,8 +29,10 @@ class LightGuard final : private LightFilter {
  public:
   /// How long the light takes to go when its viewer leaves, and to come back.
   static constexpr Duration kLeaving = milliseconds(300);
+  /// For so long what a backlight has said of itself counts, unless the show has written to it.
+  static constexpr Duration kLevelHolds = milliseconds(100);
 
-  /// `pictures`, which many engines may share, may be null.
+  /// The platform must outlive it. `pictures`, which many engines may share, may be null.
   LightGuard(const Platform& platform, ViewStack& views, TimerSet& timers, PictureMeans* pictures);
   ~LightGuard() override;
   LightGuard(const LightGuard&) = delete;
@@ -109,23 +112,33 @@ class LightGuard final : private LightFilter {
   double gate() const;
   void moveGate(bool open);
   void rewireOnceBack();
+  bool isKnown(const LightLook& look);
+  Levels meanOf(const LightLook& look);
+  LightLook wantedLook();
   Emission wanted(const LightLook& look);
   void send(const ShownLight& shown, const Emission& wanted);
   void writeBacklight(double level);
   void retryAfter(std::optional<Duration> pause);
-  PictureMeans& pictures();
+  GoboMeans& ownPictures();
+  double recentLevel();
+
+  /// Of a backlight that was asked at that time.
+  struct Level {
+    double level;
+    Duration time;
+  };
 
   Screen& device_;
   Torch& lamp_;
-  const Files& files_;
-  const ImageDecoder& images_;
+  const Platform& platform_;
   ViewStack& views_;
   TimerSet& timers_;
   GuardedScreen screen_;
   GuardedTorch torch_;
   GuardedHaptics haptics_;
   PictureMeans* sharedPictures_;
-  std::unique_ptr<PictureMeans> ownPictures_;
+  /// Made when it is first needed.
+  std::unique_ptr<GoboMeans> ownPictures_;
   LightLimits limits_;
   /// Null without the flash limit.
   std::unique_ptr<FlashLimiter> limiter_;
@@ -144,6 +157,8 @@ class LightGuard final : private LightFilter {
   double awayBacklight_ = 0;
   /// The level that the device got last from the show; none once it was given back.
   std::optional<double> ours_;
+  /// None since the show has written.
+  std::optional<Level> level_;
   /// The device does not take the levels that are written.
   bool isDeaf_ = false;
   Duration gateMoved_ = -kLeaving;

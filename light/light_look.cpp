@@ -25,15 +25,19 @@ bool isGoingDark(const ViewStack& views) {
   return isBlack && !hasGobo;
 }
 
-Levels meanOf(const LightLook& look, PictureMeans& pictures, Size screen) {
+const std::string* shownGobo(const LightLook& look) {
+  const double share =
+      look.of(ViewId::container) * look.of(ViewId::goboView) * look.of(ViewId::goboImage);
+  return share > 0 && look.gobo && !look.gobo->empty() ? look.gobo.get() : nullptr;
+}
+
+Levels meanOf(const LightLook& look, const PictureMean& gobo) {
   const double shown = look.of(ViewId::container);
   if (shown <= 0) return {};
   const double lit = 1 - look.of(ViewId::dimmerView);
   const double share = look.lightShare();
   const double ground = 1 - look.of(ViewId::videoBackgroundView);
   const double goboShare = look.of(ViewId::goboView) * look.of(ViewId::goboImage);
-  PictureMean gobo;
-  if (goboShare > 0 && look.gobo && !look.gobo->empty()) gobo = pictures.of(*look.gobo, screen);
   const auto level = [&](float channel, double picture) {
     const double light = std::clamp(static_cast<double>(channel) * share, 0.0, 1.0) * ground;
     return (light * (1 - gobo.alpha * goboShare) + picture * goboShare * lit) * shown;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <string>
 
 #include "halvora/light.h"
 #include "light/emission.h"
@@ -32,9 +33,12 @@ LightLook lookOf(const ViewStack& views);
 /// Whether the screen is black already, or will be when what runs has ended.
 bool isGoingDark(const ViewStack& views);
 
+/// The picture over the light, where anything of it can be seen; null for none.
+const std::string* shownGobo(const LightLook& look);
+
 /// The mean over the screen of light, clips' ground, gobo and dimmer within their container, over
 /// black. Texts are not counted, nor are the pictures of clips, which nobody here can see.
-Levels meanOf(const LightLook& look, PictureMeans& pictures, Size screen);
+Levels meanOf(const LightLook& look, const PictureMean& gobo);
 
 /// The same look without any light; texts stay.
 LightLook darkened(LightLook look);

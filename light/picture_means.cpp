@@ -10,7 +10,7 @@ namespace halvora {
 
 namespace {
 
-void add(PictureMean& sum, const PictureMean& more, double share = 1) {
+void addTo(PictureMean& sum, const PictureMean& more, double share = 1) {
   sum.levels.red += more.levels.red * share;
   sum.levels.green += more.levels.green * share;
   sum.levels.blue += more.levels.blue * share;
@@ -23,35 +23,42 @@ PictureMean sumUpTo(const std::vector<PictureMean>& sums, double place) {
   PictureMean sum = sums[at];
   const double rest = place - static_cast<double>(at);
   if (rest > 0 && at + 1 < sums.size()) {
-    add(sum, sums[at + 1], rest);
-    add(sum, sums[at], -rest);
+    addTo(sum, sums[at + 1], rest);
+    addTo(sum, sums[at], -rest);
   }
   return sum;
 }
 
 void sumUp(std::vector<PictureMean>& sums) {
-  for (std::size_t at = 1; at < sums.size(); ++at) add(sums[at], sums[at - 1]);
+  for (std::size_t at = 1; at < sums.size(); ++at) addTo(sums[at], sums[at - 1]);
 }
 
 }  // namespace
 
-PictureMean PictureMeans::of(const std::string& path, Size screen) {
-  const std::lock_guard lock(mutex_);
+bool PictureMeans::bringToFront(const std::string& path) {
   const auto found =
       std::ranges::find_if(kept_, [&path](const Kept& kept) { return kept.path == path; });
-  if (found != kept_.end()) {
-    kept_.splice(kept_.begin(), kept_, found);
-  } else {
-    Sums sums;
+  if (found == kept_.end()) return false;
+  kept_.splice(kept_.begin(), kept_, found);
+  return true;
+}
+
+// Of no screen yet: whoever asks for the mean says of which.
+void PictureMeans::add(const std::string& path, Sums sums) {
+  kept_.push_front({path, std::move(sums), {}, {}});
+  kept_.front().mean = meanOf(kept_.front().sums, {});
+  if (kept_.size() > kMostKept) kept_.pop_back();
+}
+
+PictureMean PictureMeans::of(const std::string& path, Size screen) {
+  const std::lock_guard lock(mutex_);
+  if (!bringToFront(path)) {
     try {
-      sums = read(path);
+      add(path, read(path));
     } catch (...) {
       // Short of memory for it: nobody can draw it then, either.
       return {};
     }
-    const PictureMean mean = meanOf(sums, screen);
-    kept_.push_front({path, std::move(sums), screen, mean});
-    if (kept_.size() > kMostKept) kept_.pop_back();
   }
   Kept& kept = kept_.front();
   if (kept.screen != screen) {
@@ -59,6 +66,16 @@ PictureMean PictureMeans::of(const std::string& path, Size screen) {
     kept.mean = meanOf(kept.sums, screen);
   }
   return kept.mean;
+}
+
+bool PictureMeans::has(const std::string& path) {
+  const std::lock_guard lock(mutex_);
+  return bringToFront(path);
+}
+
+void PictureMeans::keep(const std::string& path, Sums sums) {
+  const std::lock_guard lock(mutex_);
+  if (!bringToFront(path)) add(path, std::move(sums));
 }
 
 PictureMeans::Sums PictureMeans::read(const std::string& path) const {
@@ -75,8 +92,8 @@ PictureMeans::Sums PictureMeans::read(const std::string& path) const {
       const double alpha = level(pixel[3]);
       const PictureMean one{
           {level(pixel[0]) * alpha, level(pixel[1]) * alpha, level(pixel[2]) * alpha}, alpha};
-      add(sums.rows[y], one);
-      add(sums.columns[x], one);
+      addTo(sums.rows[y], one);
+      addTo(sums.columns[x], one);
     }
   }
   sumUp(sums.rows);
@@ -96,9 +113,9 @@ PictureMean PictureMeans::meanOf(const Sums& sums, Size screen) {
   const double whole = isCutAbove ? height : width;
   const double part = isCutAbove ? width / shape : height * shape;
   PictureMean sum = sumUpTo(along, (whole + part) / 2);
-  add(sum, sumUpTo(along, (whole - part) / 2), -1);
+  addTo(sum, sumUpTo(along, (whole - part) / 2), -1);
   PictureMean mean;
-  add(mean, sum, 1 / (part * (isCutAbove ? width : height)));
+  addTo(mean, sum, 1 / (part * (isCutAbove ? width : height)));
   return mean;
 }
 

@@ -29,18 +29,28 @@ class PictureMeans {
   PictureMeans(const Files& files, const ImageDecoder& decoder)
       : files_(files), decoder_(decoder) {}
 
-  /// Of the middle part that has the screen's shape.
+  /// Sums of red, green, blue and alpha up to each row, and up to each column; empty for a picture
+  /// that cannot be read.
+  struct Sums {
+    std::vector<PictureMean> rows;
+    std::vector<PictureMean> columns;
+  };
+
+  /// Of the middle part that has the screen's shape. Reads what is not kept; one thread at a time
+  /// does.
   PictureMean of(const std::string& path, Size screen);
+  /// Whether that would read nothing.
+  bool has(const std::string& path);
+  /// Takes as much time as the picture has pixels, and keeps nobody waiting meanwhile. Throws where
+  /// memory is short.
+  Sums read(const std::string& path) const;
+  /// What `read` has made of a picture.
+  void keep(const std::string& path, Sums sums);
 
  private:
   static constexpr std::size_t kMostKept = 32;
   static constexpr std::size_t kMostBytes = std::size_t{64} << 20;
 
-  /// Sums of red, green, blue and alpha up to each row, and up to each column.
-  struct Sums {
-    std::vector<PictureMean> rows;
-    std::vector<PictureMean> columns;
-  };
   struct Kept {
     std::string path;
     Sums sums;
@@ -48,7 +58,8 @@ class PictureMeans {
     PictureMean mean;
   };
 
-  Sums read(const std::string& path) const;
+  bool bringToFront(const std::string& path);
+  void add(const std::string& path, Sums sums);
   static PictureMean meanOf(const Sums& sums, Size screen);
 
   const Files& files_;

@@ -236,6 +236,73 @@ TEST_F(LightGuardTest, ABacklightThatItsUserHasMovedSinceTheShowIsNotGivenBack) 
   }
 }
 
+// What they had set before they left is theirs, and so is what they set afterwards, even where it
+// is what the show had once.
+TEST_F(LightGuardTest, ABacklightThatWasTheirsBeforeTheyWentStaysTheirs) {
+  engine.setLimits({.flash = FlashPolicy::limited});
+  const auto turnUpWhileGone = [this](const auto& go, const auto& comeBack) {
+    show(1, 254);
+    show(1);
+    pass(2000);
+    phone.screen.setBrightness(0.6);
+    go();
+    pass(500);
+    phone.screen.setBrightness(0.95);
+    for (std::uint8_t master = 10; master < 13; ++master) {
+      show(1, master);
+      pass(500);
+      EXPECT_EQ(phone.screen.brightness(), 0.95);
+    }
+    comeBack();
+    pass(500);
+  };
+  turnUpWhileGone([this] { engine.leave(); }, [this] { engine.guard().comeBack(); });
+  turnUpWhileGone([this] { phone.application.resignActive(); },
+                  [this] { phone.application.becomeActive(); });
+}
+
+// A backlight is a question to the system, and a frame is not to wait for it.
+TEST(LightGuardReads, AskTheBacklightTenTimesASecondAtMost) {
+  struct CountingScreen final : Screen {
+    Size bounds() const override { return kContainer; }
+    double brightness() const override {
+      ++reads;
+      return level;
+    }
+    void setBrightness(double written) override { level = written; }
+    float currentEDRHeadroom() const override { return 1; }
+    double level = 0.5;
+    mutable int reads = 0;
+  };
+  for (const LightLimits& limits : {LightLimits{.flash = FlashPolicy::limited},
+                                    LightLimits{.mostBrightness = 0.6}, kGentleLight}) {
+    for (const bool isGone : {false, true}) {
+      ExactJsonReader json;
+      VirtualPhone phone(json);
+      CountingScreen screen;
+      Platform platform = phone.platform();
+      platform.screen = screen;
+      ShowEngine engine(platform);
+      engine.viewDidLoad();
+      engine.setLimits(limits);
+      Broadcast look;
+      look.applicationId = 1;
+      look.master = 255;
+      look.mode = 17;
+      look.paletteId = 1;
+      EXPECT_EQ(engine.processEffect(look), PacketFate::processed);
+      if (isGone) engine.leave();
+      EXPECT_TRUE(phone.loop.runFor(milliseconds(1000)));
+      screen.reads = 0;
+      for (int frame = 0; frame < 600; ++frame) {
+        EXPECT_TRUE(phone.loop.runFor(Duration{16'667}));
+        displayListOf(engine.views(), kContainer);
+      }
+      EXPECT_LE(screen.reads, 101);
+    }
+  }
+}
+
 TEST_F(LightGuardTest, GivesThePhoneBackWhileItsApplicationIsAway) {
   engine.setLimits({.flash = FlashPolicy::limited});
   show(1, 255, 1);

@@ -44,10 +44,13 @@ VirtualPhoneSetup setupOf(const Scenario& scenario, const TraceOptions& options,
   return setup;
 }
 
-ShowEngineOptions engineOptionsOf(const TraceOptions& options) {
+// Pictures are judged in the turn that shows them, so that a trace tells what a show is, and not
+// how long a machine takes for it.
+ShowEngineOptions engineOptionsOf(const TraceOptions& options, PictureMeans& pictures) {
   ShowEngineOptions engine{{traceEndpoints()}};
   engine.limits.flash = options.flash;
   engine.air = options.air;
+  engine.pictures = &pictures;
   return engine;
 }
 
@@ -71,7 +74,8 @@ PhoneRun::PhoneRun(const Scenario& scenario, const TraceOptions& options,
       mainBundle_(libraries.files != nullptr ? std::as_const(*libraries.files) : disk_,
                   options.assets, "com.example.host"),
       phone_(libraries.json, setupOf(scenario, options, std::move(random), libraries, mainBundle_)),
-      engine_(platformOf(phone_, libraries), engineOptionsOf(options)) {
+      pictures_(phone_.platform().files, libraries.images),
+      engine_(platformOf(phone_, libraries), engineOptionsOf(options, pictures_)) {
   // Nobody ever reads these two, and a long show would fill them.
   phone_.bluetooth.log.isKept = false;
   phone_.queues.log.isKept = false;

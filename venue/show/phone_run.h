@@ -10,6 +10,7 @@
 #include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_phone.h"
 #include "engine/show_engine.h"
+#include "light/picture_means.h"
 #include "venue/show/trace.h"
 
 namespace halvora {
@@ -42,6 +43,7 @@ class PhoneRun {
   const StandardFiles disk_{};
   FolderBundle mainBundle_;
   VirtualPhone phone_;
+  PictureMeans pictures_;
   ShowEngine engine_;
 };
 
