@@ -10,6 +10,9 @@ namespace halvora {
 
 /// A picture on its way. The queue's until it has ended, then the main thread's.
 struct GoboMeans::Reading {
+  Reading(GoboMeans& theOwner, std::string thePath)
+      : owner(&theOwner), means(theOwner.means_), loop(theOwner.loop_), path(std::move(thePath)) {}
+
   void run() {
     const auto here = means.lock();
     if (!here) return;
@@ -34,7 +37,7 @@ struct GoboMeans::Reading {
   std::string path;
   std::atomic<bool> hasEnded{false};
   /// None where there was no memory for them.
-  std::optional<PictureMeans::Sums> sums = std::nullopt;
+  std::optional<PictureMeans::Sums> sums;
 };
 
 GoboMeans::GoboMeans(const Platform& platform, std::function<void()> arrived)
@@ -43,8 +46,8 @@ GoboMeans::GoboMeans(const Platform& platform, std::function<void()> arrived)
       arrived_(std::move(arrived)),
       means_(std::make_shared<PictureMeans>(platform.files, platform.images)) {}
 
-// Waits for the picture that is under way, before anything that it uses goes.
-GoboMeans::~GoboMeans() { queue_.reset(); }
+// The queue goes first, and waits for the picture that is under way.
+GoboMeans::~GoboMeans() = default;
 
 const GoboMeans::Reading* GoboMeans::find(const std::string& path) const {
   const auto found = std::find_if(readings_.begin(), readings_.end(),
@@ -55,8 +58,13 @@ const GoboMeans::Reading* GoboMeans::find(const std::string& path) const {
 void GoboMeans::keepWhatHasArrived() {
   std::erase_if(readings_, [this](const auto& reading) {
     if (!reading->hasEnded || !reading->sums) return false;
-    means_->keep(reading->path, std::move(*reading->sums));
-    return true;
+    try {
+      means_->keep(reading->path, *reading->sums);
+      return true;
+    } catch (...) {
+      // Without memory for it now it is kept when it is asked for again.
+      return false;
+    }
   });
 }
 
@@ -64,7 +72,7 @@ bool GoboMeans::begin(const std::string& path) {
   try {
     readings_.reserve(kMostUnderWay);
     if (!queue_) queue_ = queues_.make("com.halvora.sdk.light.pictures");
-    const std::shared_ptr<Reading> reading(new Reading{this, means_, loop_, path});
+    const auto reading = std::make_shared<Reading>(*this, path);
     if (!queue_->dispatch([reading] { reading->run(); })) return false;
     readings_.push_back(reading);
     return true;
@@ -76,9 +84,9 @@ bool GoboMeans::begin(const std::string& path) {
 bool GoboMeans::isKnown(const std::string& path) {
   keepWhatHasArrived();
   if (means_->has(path)) return true;
-  if (const Reading* const reading = find(path)) return reading->hasEnded;
+  if (const Reading* const known = find(path)) return known->hasEnded && !known->sums;
   // Those for which there was no memory may be asked for again.
-  std::erase_if(readings_, [](const auto& reading) { return reading->hasEnded.load(); });
+  std::erase_if(readings_, [](const auto& one) { return one->hasEnded && !one->sums; });
   if (readings_.size() == kMostUnderWay) return false;
   readsHere_ = !begin(path);
   return readsHere_;

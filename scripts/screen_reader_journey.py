@@ -210,7 +210,8 @@ def play(desktop):
 
 def speech_of(debug_file):
     with open(debug_file, encoding="utf-8", errors="replace") as file:
-        return re.findall(r"SPEECH OUTPUT: '(.*?)'(?: |$)", file.read(), re.MULTILINE | re.DOTALL)
+        return re.findall(r"SPEECH OUTPUT: '(.*?)'(?:\{[^{}\n]*\})?(?: |$)", file.read(),
+                          re.MULTILINE | re.DOTALL)
 
 
 def main():

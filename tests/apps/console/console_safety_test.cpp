@@ -136,6 +136,19 @@ TEST_F(ConsoleSafety, BlackoutIsBlackAndStays) {
   expectNear(phoneColour(), QColor("#1f5bff"));
 }
 
+// Unlike a blackout: the phones are their hosts' again.
+TEST_F(ConsoleSafety, EndShowIsTheModeThatEndsIt) {
+  pass(kFirstLook);
+  EXPECT_NE(desk.packet().mode, 0);
+  const AccessNodes nodes = accessTree(window());
+  const AccessNode* end = withName(nodes, QStringLiteral("mode End show"));
+  ASSERT_NE(end, nullptr);
+  EXPECT_TRUE(end->act(QAccessibleActionInterface::pressAction()));
+  pass(milliseconds(500));
+  EXPECT_EQ(desk.packet().mode, 0);
+  EXPECT_FALSE(desk.isBlackout());
+}
+
 TEST_F(ConsoleSafety, BlackoutAndOffAirEndAReplay) {
   const QTemporaryDir folder;
   pass(kFirstLook);
