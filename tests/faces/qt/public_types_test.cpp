@@ -16,6 +16,7 @@
 namespace halvora {
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::IsSupersetOf;
 using ::testing::UnorderedElementsAre;
 
@@ -75,8 +76,9 @@ TEST(PublicTypes, OfAnotherVersionAreRefusedInOneSentence) {
   QQmlComponent component(&qml);
   component.setData("import Halvora 9.0\nHalvoraView {}", QUrl());
   ASSERT_EQ(component.errors().size(), 1);
-  EXPECT_EQ(component.errors()[0].description(),
-            QStringLiteral("module \"Halvora\" version 9.0 is not installed"));
+  // Where the module is linked in, the first import says so of its plugin.
+  EXPECT_THAT(component.errors()[0].description().toStdString(),
+              EndsWith("module \"Halvora\" version 9.0 is not installed"));
 }
 
 }  // namespace
