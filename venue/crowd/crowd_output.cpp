@@ -35,7 +35,7 @@ Image imageOf(std::span<const std::uint8_t> rgb, int width, int height) {
 
 class MovieOutput final : public CrowdOutput {
  public:
-  explicit MovieOutput(std::string path) : file_(std::move(path)) {}
+  explicit MovieOutput(const std::string& path) : file_(path) {}
 
   bool begin(const MovieWriters& movies, const CrowdOutputFormat& format) {
     if (!file_.begin()) return false;

@@ -163,7 +163,7 @@ CueTally readCue(PackedReader& reader) {
 
 }  // namespace
 
-CrowdPartWriter::CrowdPartWriter(std::string path) : file_(std::move(path)) {}
+CrowdPartWriter::CrowdPartWriter(const std::string& path) : file_(path) {}
 
 void CrowdPartWriter::write(std::string_view bytes) {
   stream_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

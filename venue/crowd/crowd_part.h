@@ -60,7 +60,7 @@ struct CrowdPartHead {
 
 class CrowdPartWriter final : public CrowdSink {
  public:
-  explicit CrowdPartWriter(std::string path);
+  explicit CrowdPartWriter(const std::string& path);
 
   /// False where the file cannot be made.
   bool begin(const CrowdPartHead& head);
