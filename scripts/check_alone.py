@@ -49,7 +49,8 @@ def main():
         if stamps.has(path, key):
             return path, None
         # As one that is included: a header's own `#pragma once` in a main file is a warning.
-        command = [*words, "-fsyntax-only", "-x", "c++", "-"]
+        language = "c" if files[path].endswith(".c") else "c++"
+        command = [*words, "-fsyntax-only", "-x", language, "-"]
         run = subprocess.run(
             command, input=f'#include "{ROOT / path}"\n', capture_output=True, text=True,
             cwd=build.folder,
