@@ -65,7 +65,8 @@ void BluezScan::answered(BluezOutcome outcome) {
     phase_ = Phase::idle;
   } else if (phase_ == Phase::starting && outcome == BluezOutcome::done) {
     phase_ = Phase::running;
-    if (isRefused() && !isWanted_) unwantedSince_ = loop_.now();
+    // What a scan was refused before says nothing of this one.
+    if (isRefused() && !isWanted_) unwantedSince_ = silentSince_ = loop_.now();
     Trial& trial = trialOf(path_);
     trial.failures = 0;
     trial.isRefused = false;

@@ -9,6 +9,7 @@ namespace {
 
 using testing::Contains;
 using testing::IsEmpty;
+using testing::Not;
 
 // What an engine does with a central: one scan a second after it began, and a restart each second
 // while the radio is on.
@@ -112,6 +113,25 @@ TEST_F(Resumption, WhenTheDaemonLetsUsScanWhichNobodyTells) {
   listener.states.push_back(CentralState::unauthorised);
   bluez.startGives = BluezOutcome::done;
   EXPECT_LE(timeToHear(), kLongest);
+}
+
+// What is said in the gap of a needless restart is not heard.
+TEST_F(Resumption, AScanThatIsAllowedAtLastHasItsTimeToHear) {
+  bluez.startGives = BluezOutcome::refused;
+  listener.onState = [this](CentralState state) {
+    if (manager && state == CentralState::poweredOn) manager->scanForPeripherals(kRepeats);
+  };
+  begin();
+  loop.runFor(milliseconds(10'000));
+  ASSERT_EQ(listener.last(), CentralState::unauthorised);
+  bluez.startGives = BluezOutcome::done;
+  for (int step = 0; step < 500 && listener.last() != CentralState::poweredOn; ++step) {
+    loop.runFor(milliseconds(10));
+  }
+  ASSERT_EQ(listener.last(), CentralState::poweredOn);
+  bluez.drain();
+  loop.runFor(settings.silence - milliseconds(50));
+  EXPECT_THAT(bluez.drain(), Not(Contains("stop")));
 }
 
 TEST_F(Resumption, WhenScansSucceedAgain) {
