@@ -275,7 +275,7 @@ void LivePerformance::keepPlace() {
   if (place_->hasFailed() == isPlaceLost_) return;
   isPlaceLost_ = !isPlaceLost_;
   const std::string file = placeFileOf(*options_.journal);
-  report_.say(isPlaceLost_ ? file + ": cannot be written; a player that stands by could not go on"
+  report_.say(isPlaceLost_ ? file + ": cannot be written; who stands by would need a goto"
                            : file + ": is written again");
 }
 

@@ -280,7 +280,7 @@ TEST_F(LivePlace, SaysOnceThatItCannotBeKeptAndOnceThatItCanAgain) {
       return line.find(what) != std::string::npos;
     });
   };
-  EXPECT_EQ(count("j.place: cannot be written; a player that stands by could not go on"), 1);
+  EXPECT_EQ(count("j.place: cannot be written; who stands by would need a goto"), 1);
   EXPECT_EQ(count("j.place: is written again"), 1);
 }
 
