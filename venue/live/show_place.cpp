@@ -118,7 +118,7 @@ void PlaceFile::keep(std::string bytes) {
   if (queue_ == nullptr) {
     write();
   } else if (!queue_->dispatch([this] { write(); })) {
-    const std::lock_guard lock(mutex_);
+    // Nobody else looks at it: the one before has been taken, and this one never will be.
     newest_.clear();
     hasFailed_ = true;
   }
@@ -144,6 +144,9 @@ void PlaceFile::end() {
   forget();
 }
 
-void PlaceFile::leave() { queue_.reset(); }
+void PlaceFile::leave() {
+  queue_.reset();
+  if (!newest_.empty()) write();
+}
 
 }  // namespace halvora

@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include "tests/adapters/standard/temporary_folder.h"
+#include "tests/support/side_by_side.h"
 
 namespace halvora {
 namespace {
@@ -68,6 +69,14 @@ class SmallPipe {
  private:
   int ends_[2] = {-1, -1};
 };
+
+TEST(SpokenLinesThreads, AreSaidSideBySide) {
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  ASSERT_GE(nowhere, 0);
+  SpokenLines spoken(nowhere);
+  sideBySide({[&spoken] { spoken.say("halvora: a line\n"); }});
+  close(nowhere);
+}
 
 TEST(SpokenLines, NobodyWaitsForAPipeThatIsNotRead) {
   const SmallPipe place;

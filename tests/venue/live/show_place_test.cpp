@@ -17,6 +17,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "adapters/standard/thread_queues.h"
 #include "adapters/virtual/virtual_run_loop.h"
 #include "tests/apps/halvora/tool_runner.h"
 
@@ -237,6 +238,26 @@ TEST(PlaceFileTest, TheNewestIsWrittenAndAnEndLeavesNothing) {
   EXPECT_EQ(contentsOf(path), "five");
   file.end();
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(PlaceFileThreads, TheNewestIsKeptWhileTheOneBeforeIsWritten) {
+  const TestFolder folder;
+  const std::string path = (folder.path() / "j.place").string();
+  PlaceFile file(path, ThreadQueues().make("place"));
+  for (int place = 0; place < 200; ++place) file.keep(std::to_string(place));
+  file.leave();
+  EXPECT_EQ(contentsOf(path), "199");
+  EXPECT_FALSE(file.hasFailed());
+}
+
+TEST(PlaceFileTest, WhoLeavesInTheMidstLeavesTheNewest) {
+  const TestFolder folder;
+  const std::string path = (folder.path() / "j.place").string();
+  std::vector<Task> tasks;
+  PlaceFile file(path, std::make_unique<WaitingQueue>(tasks));
+  file.keep("one");
+  file.leave();
+  EXPECT_EQ(contentsOf(path), "one");
 }
 
 TEST(PlaceFileTest, AFolderThatIsGoneChangesNothing) {
