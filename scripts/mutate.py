@@ -15,7 +15,8 @@ again only where its source changed, or the test that noticed it, or, if none di
 reaches it. What can make no difference stands in scripts/mutants/equivalent.txt with its reason.
 
 With --beside only the folder's own sources are prepared, and linked before the objects of build/dev:
-minutes instead of an hour. What only tests of other folders notice then counts as survived.
+minutes instead of an hour. What only tests of other folders notice then counts as survived, unless
+they are named by --with: a room of the venue is tested by the commands that use it, too.
 
 Needs what the tests need, gcc and mold. Exit status: 0 where every folder asked for has at least the
 share of --least (90 %) noticed, 1 where one has not, 2 where something else went wrong.
@@ -36,6 +37,8 @@ def main():
     parser.add_argument("--folder", action="append", help="only this folder; may be repeated")
     parser.add_argument("--beside", action="store_true",
                         help="only by the tests beside a folder, with the objects of build/dev")
+    parser.add_argument("--with", action="append", dest="more", metavar="FOLDER", default=[],
+                        help="with --beside: the tests of tests/FOLDER too; may be repeated")
     parser.add_argument("--file", action="append", help="only this source; may be repeated")
     parser.add_argument("--sample", type=int, default=100, metavar="N",
                         help="so many mutants a folder, the same ones every time (100)")

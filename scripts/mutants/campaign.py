@@ -320,7 +320,7 @@ def run(arguments):
     rows = []
     if arguments.beside:
         for folder in arguments.folder or ():
-            program.stay_beside(folder)
+            program.stay_beside(folder, arguments.more)
             rows += carry_out(arguments)
     else:
         rows = carry_out(arguments)

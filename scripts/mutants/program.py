@@ -31,8 +31,9 @@ OPTIONS = [
 FOLDERS = ("text/", "light/", "usage/", "pixelmap/", "engine/", "seats/", "host/", "adapters/",
            "venue/", "apps/halvora/")
 ELSEWHERE = ("adapters/qt/", "adapters/system/", "apps/halvora/main.cpp")
-# Of one folder alone: see `stay_beside`.
+# Of one folder alone, and the folders of its tests: see `stay_beside`.
 BESIDE = None
+TESTS = ()
 MOST_MEMORY = 6 << 30
 MOST_FILE = 256 << 20
 
@@ -53,10 +54,12 @@ def call(command, **more):
     return subprocess.run(command, capture_output=True, text=True, cwd=BUILD, **more)
 
 
-def stay_beside(folder):
-    """From now on this folder alone, by the tests beside it, and the build that is in use anyway."""
-    global WORK, BUILD, PROGRAM, REACHED, BESIDE
+def stay_beside(folder, more=()):
+    """From now on this folder alone, by the tests beside it and those of more folders, and the build
+    that is in use anyway."""
+    global WORK, BUILD, PROGRAM, REACHED, BESIDE, TESTS
     BESIDE = folder
+    TESTS = (folder, *more)
     BUILD = ROOT / "build/dev"
     WORK = ROOT / "build/mutate/beside" / folder.replace("/", "-")
     PROGRAM = WORK / "halvora_mutants"
@@ -260,7 +263,7 @@ def renew(sources, say):
     known = json.loads(kept.read_text(encoding="utf-8")) if kept.exists() else {}
     now = {source.path: digest(source.kept.read_text()) for source in sources}
     now |= {"runtime": digest_of(HERE / "runtime.cpp")}
-    program = digest(json.dumps(now), digest_of(BUILD / "bin/halvora_tests"))
+    program = digest(json.dumps(now), digest_of(BUILD / "bin/halvora_tests"), *TESTS)
     if known.get("program") == program and PROGRAM.exists():
         return
     say("linking")
@@ -304,7 +307,7 @@ def source_of(file):
 
 
 def is_beside(file):
-    return BESIDE is None or file.is_relative_to(ROOT / "tests" / BESIDE)
+    return BESIDE is None or any(file.is_relative_to(ROOT / "tests" / name) for name in TESTS)
 
 
 def trace(names):
