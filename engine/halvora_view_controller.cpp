@@ -57,6 +57,10 @@ std::shared_ptr<const void> HalvoraViewController::watchPresence(Callback callba
   return inside_->watchPresence(std::move(callback));
 }
 
+std::uint32_t HalvoraViewController::screenMode() const {
+  return inside_->state().screen.currentMode;
+}
+
 bool HalvoraViewController::prefersStatusBarHidden() const {
   return inside_->prefersStatusBarHidden();
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is behind the public engine, for tests, traces and simulations. Never installed.
+// What is behind the public engine, for tests alone: whoever simulates makes a `ShowEngine`, and
+// all others have the public face. Never installed.
 #pragma once
 
 #include <memory>

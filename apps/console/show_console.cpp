@@ -11,7 +11,6 @@
 
 #include "adapters/standard/standard_files.h"
 #include "apps/console/desk_choices.h"
-#include "engine/inside.h"
 #include "faces/qt/halvora_host.h"
 #include "pixelmap/frame_time.h"
 #include "pixelmap/pixel_map_assets.h"
@@ -426,8 +425,7 @@ QStringList ShowConsole::packetMeanings() const {
 }
 
 QString ShowConsole::phoneStatus() const {
-  return QString::fromStdString(
-      statusOf(engine_.isInsideVenue(), insideOf(engine_).state().screen.currentMode));
+  return QString::fromStdString(statusOf(engine_.isInsideVenue(), engine_.screenMode()));
 }
 
 }  // namespace halvora

@@ -11,7 +11,6 @@
 #include <cstdlib>
 
 #include "bench/require.h"
-#include "engine/inside.h"
 #include "faces/qt/halvora_host.h"
 
 namespace halvora {
@@ -58,7 +57,7 @@ BenchWindow::BenchWindow(const std::string& assets, const QString& text)
     std::exit(1);
   }
   frames_.emplace(*window_);
-  frames_->watchMotion([this] { return insideOf(*engine_).views().isAnimating(); });
+  frames_->watchMotion([this] { return engine_->light().isAnimating(); });
   window_->show();
   window_->requestActivate();
   frames_->waitForNext();
@@ -118,7 +117,7 @@ void BenchWindow::beginShow() {
   waitUntil([this] { return radio_.isScanning(); });
   require(advertise(steadyLook(0)), "the kit does not listen");
   repeatLook();
-  waitUntil([this] { return !insideOf(*engine_).views().isAnimating(); });
+  waitUntil([this] { return !engine_->light().isAnimating(); });
   run(std::chrono::milliseconds(100));
 }
 

@@ -87,6 +87,10 @@ class HalvoraViewController {
   bool isPermissionGranted() const;
   /// Whether a transmitter that is obeyed was heard within the last seconds.
   bool isInsideVenue() const;
+  /// The screen mode that is shown, 0 for none: that of the look in force, or the pixel map's in
+  /// its place. A change of it calls one of the two callbacks below, which find the new one here; a
+  /// show that ends because its venue was left tells only who watches the presence.
+  std::uint32_t screenMode() const;
   /// Whether the show wants the whole screen at present: the host hides the system's bars for as
   /// long.
   bool prefersStatusBarHidden() const;

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <cstdint>
+#include <vector>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "light/mode_tables.h"
 #include "tests/engine/engine_bench.h"
 
 namespace halvora {
@@ -47,6 +51,31 @@ TEST(ModeStep, StoresModeAndSpeed) {
   bench.process(look(255, {{&B::speed, 200}}));
   EXPECT_EQ(bench.screen().currentMode, 255U);
   EXPECT_EQ(bench.screen().currentModeSpeed, 200);
+}
+
+TEST(ModeStep, ToldToHosts) {
+  EngineBench bench;
+  std::vector<std::uint32_t> told;
+  const auto tell = [&] { told.push_back(bench.controller().screenMode()); };
+  bench.controller().setLightShowStartedCallback(tell);
+  bench.controller().setLightShowStoppedCallback(tell);
+  EXPECT_EQ(bench.controller().screenMode(), 0U);
+  bench.process(look(7));
+  bench.process(look(0));
+  EXPECT_THAT(told, ElementsAre(7U, 0U));
+  bench.seat("", "1", "1");
+  bench.process(look(7, {{&B::pixelMapId, 1}}));
+  EXPECT_EQ(bench.controller().screenMode(), kNoSeatMode) << "no section was chosen";
+}
+
+TEST(ModeStep, IsNoneOnceTheVenueWasLeft) {
+  EngineBench bench;
+  bench.listen();
+  bench.hearNext(look(1));
+  EXPECT_EQ(bench.controller().screenMode(), 1U);
+  bench.runTo(20000);
+  EXPECT_FALSE(bench.controller().isInsideVenue());
+  EXPECT_EQ(bench.controller().screenMode(), 0U);
 }
 
 TEST(ModeStep, ShowGoesOnTheScreen) {
