@@ -57,7 +57,8 @@ def main():
         )
         if run.returncode == 0:
             stamps.leave(path, key)
-        return path, run.stderr if run.returncode else ""
+            return path, ""
+        return path, run.stderr or f"the compiler ended with status {run.returncode}"
 
     with ThreadPoolExecutor(arguments.jobs) as pool:
         results = list(pool.map(check, chosen))

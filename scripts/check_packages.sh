@@ -51,7 +51,10 @@ cmake --build by-qml >>log
 status=0
 timeout 5 by-qml/qml-host 2>qml || status=$?
 cat qml
-[[ $status == 124 ]] && ! grep -q 'not installed' qml
+if [[ $status != 124 ]] || grep -q 'not installed' qml; then
+  echo "The host in QML did not stay: status $status" >&2
+  exit 1
+fi
 echo "it stays until it is ended"
 begin "All of it was used"
 END

@@ -108,7 +108,8 @@ def main():
                 path = file.relative_to(ROOT).as_posix()
                 stamps.leave(path, keys[path])
             return ""
-        return re.sub(r"^\d+ warnings? generated\.\n", "", run.stdout + run.stderr, flags=re.M)
+        said = re.sub(r"^\d+ warnings? generated\.\n", "", run.stdout + run.stderr, flags=re.M)
+        return said or f"{source}: {TIDY} ended with status {run.returncode} and said nothing"
 
     with ThreadPoolExecutor(arguments.jobs) as pool:
         findings = [output for output in pool.map(lint, enumerate(work)) if output]

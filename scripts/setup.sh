@@ -22,18 +22,18 @@ last_line() {
 }
 
 # quietly LOG COMMAND…: the output goes to a log, of which the end is shown on failure; on a terminal
-# its last line is to be seen meanwhile.
+# its last line is to be seen meanwhile. With pipefail, as all have it that come here.
 quietly() {
   local log="build/logs/$1.log" status=0
   shift
   if [[ -t 2 ]]; then
-    "$@" 2>&1 </dev/null | tee "$log" | last_line >&2
-    status=${PIPESTATUS[0]}
+    # As a condition: a caller that ends at its first failure is not to end before it is told.
+    "$@" 2>&1 </dev/null | tee "$log" | last_line >&2 || status=${PIPESTATUS[0]}
   else
     "$@" >"$log" 2>&1 </dev/null || status=$?
   fi
   ((status)) || return 0
-  grep -vE "$chatter" "$log" | tail -n 80 >&2
+  grep -vE "$chatter" "$log" | tail -n 80 >&2 || true
   echo "FAILED: $* (all of the output: $log)" >&2
   return 1
 }

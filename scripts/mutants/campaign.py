@@ -144,8 +144,10 @@ class Campaign:
             if entry["status"] == "stillborn":
                 return "stillborn"
             if entry["status"] in NOTICED:
+                # Without a name, before any test began.
                 killer = entry["killer"]
-                if killer is None or self.tests.digest(killer) == entry["witness"]:
+                now = self.tests.digest(killer) if killer else self.witness(self.reaching(mutant))
+                if entry["witness"] == now:
                     return entry["status"]
             elif entry["witness"] == self.witness(self.reaching(mutant)):
                 return "survived"
@@ -286,7 +288,9 @@ def print_table(rows, least):
     for folder, row in rows:
         total = [one + other for one, other in zip(total, row)]
         print_row(folder, row)
-        is_good = is_good and 100 * row[2] >= least * row[1]
+        is_good = is_good and row[1] > 0 and 100 * row[2] >= least * row[1]
+    if total[0] == 0:
+        raise Trouble("no places in what was asked for")
     print_row("all", total)
     return is_good
 
@@ -319,7 +323,9 @@ def carry_out(arguments):
 def run(arguments):
     rows = []
     if arguments.beside:
-        for folder in arguments.folder or ():
+        if not arguments.folder:
+            raise Trouble("--beside needs a --folder")
+        for folder in arguments.folder:
             program.stay_beside(folder, arguments.more)
             rows += carry_out(arguments)
     else:

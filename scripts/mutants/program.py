@@ -376,9 +376,16 @@ def limits(seconds):
     return apply
 
 
+def seconds_of_children():
+    """Of a processor, of all that have ended."""
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return used.ru_utime + used.ru_stime
+
+
 def notice(program, number, names, milliseconds):
     """Who of these tests notices the mutant: ("killed" | "endless" | "survived", test)."""
     seconds = 4 + milliseconds * 5 // 1000
+    used = seconds_of_children()
     with Scratch() as scratch:
         flags = scratch / "flags"
         flags.write_text("--gtest_filter=" + ":".join(names) + "\n--gtest_fail_fast\n")
@@ -407,6 +414,8 @@ def notice(program, number, names, milliseconds):
         if not ran or int(ran[1]) != len(names):
             raise Trouble(f"mutant {number}: {len(names)} tests were wanted:\n{said[-2000:]}")
         return "survived", None
+    if status == -signal.SIGKILL and seconds_of_children() - used < seconds:
+        raise Trouble(f"mutant {number}: somebody else has killed its tests; begin again")
     failed = re.findall(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)", said, re.M)
     begun = re.findall(r"^\[ RUN      \] ([\w/]+\.[\w/]+)", said, re.M)
     is_endless = status is None or -status in (signal.SIGXCPU, signal.SIGKILL)
