@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "light/gobo_names.h"
 #include "light/mode_tables.h"
 #include "text/asset_paths.h"
 #include "text/numbers.h"
@@ -13,8 +14,6 @@ namespace halvora {
 namespace {
 
 constexpr std::string_view kExtension = ".png";
-
-std::string bundled(const std::string& name) { return kGoboFolder + ("/" + name); }
 
 }  // namespace
 
@@ -39,9 +38,9 @@ void GoboAnimator::changeGobo() {
     return showDownloaded(drawVariant(*count));
   }
   if (const auto count = variantsAmong(bundle_.list(kGoboFolder))) {
-    return showBundled(bundled(drawVariant(*count)));
+    return showBundled(goboResource(drawVariant(*count)));
   }
-  showBundled(bundled(name));
+  showBundled(goboResource(name));
 }
 
 // Systems list a folder in any order; by taking the greatest name for the last one every phone of a
@@ -79,7 +78,7 @@ void GoboAnimator::showDownloaded(const std::string& name) {
 void GoboAnimator::showBundled(std::string_view path) {
   const auto attributes = bundle_.attributes(path);
   const bool isThere = attributes && !attributes->isFolder;
-  views_.setText(ViewId::goboImage, isThere ? bundle_.location(path) : std::string());
+  views_.setText(ViewId::goboImage, isThere ? goboName(bundle_, path) : std::string());
 }
 
 void GoboAnimator::goboPulse() {

@@ -44,7 +44,7 @@ GoboMeans::GoboMeans(const Platform& platform, std::function<void()> arrived)
     : loop_(platform.runLoop),
       queues_(platform.queues),
       arrived_(std::move(arrived)),
-      means_(std::make_shared<PictureMeans>(platform.files, platform.images)) {}
+      means_(std::make_shared<PictureMeans>(Pictures(platform))) {}
 
 // The queue goes first, and waits for the picture that is under way.
 GoboMeans::~GoboMeans() = default;

@@ -79,8 +79,7 @@ void PictureMeans::keep(const std::string& path, Sums sums) {
 }
 
 PictureMeans::Sums PictureMeans::read(const std::string& path) const {
-  const auto bytes = files_.read(path, kMostBytes);
-  const auto image = bytes ? decoder_.decode(*bytes) : std::nullopt;
+  const auto image = pictures_.read(path);
   Sums sums;
   if (!image || image->width == 0 || image->height == 0) return sums;
   sums.rows.resize(image->height + std::size_t{1});

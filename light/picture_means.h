@@ -10,8 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "halvora/platform/files.h"
-#include "halvora/platform/image.h"
+#include "halvora/pictures.h"
 #include "halvora/platform/screen.h"
 #include "light/emission.h"
 
@@ -25,9 +24,8 @@ struct PictureMean {
 
 class PictureMeans {
  public:
-  /// Both must outlive it.
-  PictureMeans(const Files& files, const ImageDecoder& decoder)
-      : files_(files), decoder_(decoder) {}
+  /// What they read with must outlive it.
+  explicit PictureMeans(const Pictures& pictures) : pictures_(pictures) {}
 
   /// Sums of red, green, blue and alpha up to each row, and up to each column; empty for a picture
   /// that cannot be read.
@@ -49,7 +47,6 @@ class PictureMeans {
 
  private:
   static constexpr std::size_t kMostKept = 32;
-  static constexpr std::size_t kMostBytes = std::size_t{64} << 20;
 
   struct Kept {
     std::string path;
@@ -62,8 +59,7 @@ class PictureMeans {
   void add(const std::string& path, Sums sums);
   static PictureMean meanOf(const Sums& sums, Size screen);
 
-  const Files& files_;
-  const ImageDecoder& decoder_;
+  const Pictures pictures_;
   std::mutex mutex_;
   /// The one that was asked for last in front.
   std::list<Kept> kept_;

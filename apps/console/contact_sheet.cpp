@@ -56,6 +56,7 @@ QRectF placeOf(Size screen, QPoint tile) {
 
 struct Moment {
   const ShowEngine& engine;
+  Pictures pictures;
   Size screen;
   Duration time;
 };
@@ -69,7 +70,7 @@ void drawTile(QPainter& painter, QPoint tile, const Moment& moment) {
   painter.translate(place.topLeft());
   painter.scale(place.width() / std::max(moment.screen.width, 1.0),
                 place.height() / std::max(moment.screen.height, 1.0));
-  paintDisplayList(painter, displayListOf(moment.engine.views(), moment.screen));
+  paintDisplayList(painter, displayListOf(moment.engine.views(), moment.screen), moment.pictures);
   painter.restore();
 
   painter.setPen(kText);
@@ -121,7 +122,8 @@ ContactSheet drawContactSheet(const ShowFiles& files, DemoLibraries& libraries) 
     if (!phone.loop.runUntil(tile * pause)) return {};
     const QPoint corner(tile % kColumns * kTile.width(),
                         kHeading + tile / kColumns * kTile.height());
-    drawTile(painter, corner, {engine, phone.screen.size, phone.loop.now()});
+    drawTile(painter, corner,
+             {engine, Pictures(phone.platform()), phone.screen.size, phone.loop.now()});
   }
   return {picture, tiles};
 }

@@ -11,6 +11,7 @@
 #include "apps/console/libraries.h"
 #include "apps/console/show_files.h"
 #include "engine/show_engine.h"
+#include "halvora/pictures.h"
 #include "halvora/platform/run_loop.h"
 #include "halvora/platform/serial_queues.h"
 #include "venue/show/scenario_player.h"
@@ -25,6 +26,7 @@ class LiveShow {
            std::function<void()> ended);
 
   ViewStack& views() { return engine_.views(); }
+  Pictures pictures() { return Pictures(phone_.platform()); }
   std::uint32_t mode() const { return engine_.state().screen.currentMode; }
   /// Since the scenario began.
   Duration time() const { return run_.time(); }

@@ -46,7 +46,7 @@ void ScenarioLoop::begin() {
     emit ended();
     begin();
   });
-  if (surface_ != nullptr) surface_->setLight(Light(show_->views()));
+  if (surface_ != nullptr) surface_->setLight(Light(show_->views()), show_->pictures());
 }
 
 }  // namespace halvora

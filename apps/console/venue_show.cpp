@@ -177,7 +177,8 @@ void VenueShow::showChosen() {
   if (!surface_) return;
   std::optional<Light> light;
   if (crowd_ && chosen_) light.emplace(crowd_->phone(*chosen_).views());
-  surface_->setLight(light);
+  surface_->setLight(light,
+                     Pictures(parts_.libraries.files, parts_.mainBundle, parts_.libraries.images));
 }
 
 bool VenueShow::goBack() {

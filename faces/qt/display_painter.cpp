@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "faces/qt/display_painter.h"
 
+#include <QByteArray>
 #include <QFont>
 #include <QFontMetricsF>
 #include <QString>
+#include <new>
 
 namespace halvora {
 
@@ -19,8 +21,12 @@ QFont fontOf(const DisplayItem& item) {
 
 QString textOf(const DisplayItem& item) { return QString::fromStdString(item.text); }
 
-QImage pictureOf(const DisplayItem& item) {
-  return item.content == ViewContent::image ? QImage(textOf(item)) : QImage();
+// The kit's pixels, copied where Qt can draw them fast.
+QImage pictureOf(const Image& image) {
+  const auto width = static_cast<int>(image.width);
+  return QImage(image.rgba.data(), width, static_cast<int>(image.height), qsizetype{4} * width,
+                QImage::Format_RGBA8888)
+      .convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
 // The part of a picture that covers a frame of that shape without distortion.
@@ -82,18 +88,28 @@ QColor colourOf(const Colour& colour) {
   return QColor::fromRgbF(colour.red, colour.green, colour.blue);
 }
 
-void paintDisplayList(QPainter& painter, const DisplayList& list) {
+QImage pictureOf(const DisplayItem& item, const Pictures& pictures) {
+  if (item.content != ViewContent::image) return {};
+  try {
+    if (const auto image = pictures.read(item.text)) return pictureOf(*image);
+    const auto encoded = pictures.bytes(item.text);
+    return encoded ? QImage::fromData(QByteArray::fromStdString(*encoded)) : QImage();
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+void paintDisplayList(QPainter& painter, const DisplayList& list, const Pictures& pictures) {
   painter.save();
   const qreal opacity = painter.opacity();
   for (const DisplayItem& item : list) {
     painter.setOpacity(opacity * item.opacity);
-    paintItem(painter, item, pictureOf(item));
+    paintItem(painter, item, pictureOf(item, pictures));
   }
   painter.restore();
 }
 
-Raster rasterOf(const DisplayItem& item, qreal pixelsPerPoint) {
-  const QImage picture = pictureOf(item);
+Raster rasterOf(const DisplayItem& item, const QImage& picture, qreal pixelsPerPoint) {
   const QRectF bounds = boundsOf(item, picture);
   const QSize pixels = (bounds.size() * pixelsPerPoint).toSize();
   if (pixels.isEmpty()) return {};

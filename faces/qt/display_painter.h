@@ -9,6 +9,7 @@
 #include <QRectF>
 
 #include "halvora/light.h"
+#include "halvora/pictures.h"
 
 namespace halvora {
 
@@ -16,9 +17,13 @@ QRectF rectOf(const Rect& rect);
 /// Opaque.
 QColor colourOf(const Colour& colour);
 
-/// Draws in the container's coordinates. A picture whose file cannot be read is left out, and so
-/// are clips.
-void paintDisplayList(QPainter& painter, const DisplayList& list);
+/// What an image item names, as the engine reads it, or decoded by Qt where the phone has no
+/// decoder for it; null for what cannot be read, and for any other item.
+QImage pictureOf(const DisplayItem& item, const Pictures& pictures);
+
+/// Draws in the container's coordinates. A picture that cannot be read is left out, and so are
+/// clips.
+void paintDisplayList(QPainter& painter, const DisplayList& list, const Pictures& pictures);
 
 /// A label or a picture as it looks when it is not translucent; the image is null where there is
 /// nothing to be seen.
@@ -26,7 +31,7 @@ struct Raster {
   QImage image;
   QRectF frame;
 };
-Raster rasterOf(const DisplayItem& item, qreal pixelsPerPoint);
+Raster rasterOf(const DisplayItem& item, const QImage& picture, qreal pixelsPerPoint);
 /// The same for a clip whose player shows that picture: whole, in the middle of its view.
 Raster rasterOfClip(const DisplayItem& item, const QImage& picture);
 

@@ -104,7 +104,7 @@ void HalvoraViewItem::setShown(bool shown) {
     coordinator_ = view().makeCoordinator();
     HalvoraViewController& engine = view().makeController(*coordinator_);
     engine.halvoraView = this;
-    setLight(engine.light());
+    setLight(engine.light(), Pictures(host_->platform()));
     const VideoPlayers& players = host_->platform().videoPlayers;
     setClips(pictureOf(players.a), pictureOf(players.b));
     layOut();

@@ -74,12 +74,17 @@ LightSurface::~LightSurface() {
 
 void LightSurface::lightEnds() {
   light_.reset();
+  pictures_.reset();
   changed();
 }
 
-void LightSurface::setLight(const std::optional<Light>& light) {
+void LightSurface::setLight(const std::optional<Light>& light,
+                            const std::optional<Pictures>& pictures) {
   if (light_) light_->setObserver(nullptr);
   light_ = light;
+  pictures_ = pictures;
+  pictureName_.clear();
+  picture_ = QImage();
   if (light_) light_->setObserver(this);
   changed();
 }
@@ -189,12 +194,22 @@ QImage LightSurface::clipOf(const DisplayItem& item) const {
   return clips_[item.text == kClipA ? 0 : 1].picture;
 }
 
-QSGNode* LightSurface::makeNode(const DisplayItem& item) const {
+// Null for what is no picture. The main thread waits while nodes are made.
+QImage LightSurface::stillOf(const DisplayItem& item) {
+  if (item.content != ViewContent::image || !pictures_) return {};
+  if (pictureName_ != item.text) {
+    picture_ = pictureOf(item, *pictures_);
+    pictureName_ = item.text;
+  }
+  return picture_;
+}
+
+QSGNode* LightSurface::makeNode(const DisplayItem& item) {
   if (item.content == ViewContent::fill) return window()->createRectangleNode();
   auto* node = new QSGOpacityNode;
   const Raster raster = item.content == ViewContent::video
                             ? rasterOfClip(item, clipOf(item))
-                            : rasterOf(item, window()->effectiveDevicePixelRatio());
+                            : rasterOf(item, stillOf(item), window()->effectiveDevicePixelRatio());
   if (raster.image.isNull()) return node;
   QSGImageNode* image = window()->createImageNode();
   image->setTexture(window()->createTextureFromImage(raster.image));

@@ -19,6 +19,7 @@
 
 #include "faces/qt/qt_clip_picture.h"
 #include "halvora/light.h"
+#include "halvora/pictures.h"
 
 namespace halvora {
 
@@ -32,8 +33,9 @@ class LightSurface : public QQuickItem, private LightObserver {
   ~LightSurface() override;
 
   /// Shows that light from now on and takes the place of its observer; none, or one that has ended,
-  /// shows nothing.
-  void setLight(const std::optional<Light>& light);
+  /// shows nothing. Its pictures are read with `pictures`; without those none are drawn.
+  void setLight(const std::optional<Light>& light,
+                const std::optional<Pictures>& pictures = std::nullopt);
   /// What the light's two players of clips show; null for a player that has no picture.
   void setClips(QtClipPicture* a, QtClipPicture* b);
   /// Asks for frames by itself, as something may move.
@@ -63,9 +65,14 @@ class LightSurface : public QQuickItem, private LightObserver {
   void frameBegins();
   void frameIsDue();
   QImage clipOf(const DisplayItem& item) const;
-  QSGNode* makeNode(const DisplayItem& item) const;
+  QImage stillOf(const DisplayItem& item);
+  QSGNode* makeNode(const DisplayItem& item);
 
   std::optional<Light> light_;
+  std::optional<Pictures> pictures_;
+  /// The one that was drawn last: a dimmer that moves makes its node anew in every frame.
+  std::string pictureName_;
+  QImage picture_;
   /// What the next frame shows.
   DisplayList list_;
   /// Something may be seen that is not in it yet.

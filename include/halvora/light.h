@@ -17,7 +17,7 @@ class ViewStack;
 
 inline namespace HALVORA_PUBLIC v0 {
 
-/// What a display item is: a `fill` of one colour, a `text`, an `image` from a file, or the `video`
+/// What a display item is: a `fill` of one colour, a `text`, an `image` to be read, or the `video`
 /// of a player of clips.
 enum class ViewContent : std::uint8_t { fill, text, image, video };
 
@@ -37,7 +37,7 @@ struct DisplayItem {
   Colour colour;
   /// Over what lies below: 0 clear to 1.
   double opacity = 1;
-  /// The label's text, the picture's file, or the name of the view that a clip is played in.
+  /// The label's text, the picture's name for `Pictures`, or that of the view a clip is played in.
   std::string text;
   /// Points; 0 without text.
   double fontSize = 0;

@@ -275,14 +275,14 @@ TEST(GoboFolder, MayBeAnywhereThatFilesAre) {
   EXPECT_EQ(views.text(ViewId::goboImage), "");
 }
 
-TEST(GoboFolder, OfABundleThatFacesCannotReadShowsNothing) {
+TEST(GoboFolder, OfABundleThatHasNoneIsNamedWithinTheBundle) {
   GoboRoom room;
   VirtualBundle host("com.example.host");
   host.resources["HVAssets/Gobos/3.png"] = "a picture";
   GoboAnimator gobo(room.state, room.views, room.disk, host, room.random);
   gobo.build(nullptr);
   gobo.changeGobo();
-  EXPECT_EQ(room.shown(), "-");
+  EXPECT_EQ(room.views.text(ViewId::goboImage), "HVAssets/Gobos/3.png");
 }
 
 TEST(GoboFolder, PipeIsNoPicture) {

@@ -248,7 +248,7 @@ TEST_F(GoboMeansTest, WithoutALimitNobodyLooksIntoPictures) {
 
 TEST_F(GoboMeansTest, EnginesThatSharePicturesHaveThemInTheCall) {
   Platform platform = phone.platform();
-  PictureMeans shared(platform.files, platform.images);
+  PictureMeans shared{Pictures(platform)};
   begin({.flash = FlashPolicy::limited}, &shared);
   show(2);
   playFrames();

@@ -310,7 +310,7 @@ CrowdSink& CrowdRun::sink() {
 
 Failure CrowdRun::show() {
   const SharedStills stills(mainBundle_, outside_.images);
-  PictureMeans pictures(files_, outside_.images);
+  PictureMeans pictures{Pictures(files_, mainBundle_, outside_.images)};
   const CrowdParts parts{bundles_,
                          json_,
                          outside_.images,

@@ -74,7 +74,7 @@ PhoneRun::PhoneRun(const Scenario& scenario, const TraceOptions& options,
       mainBundle_(libraries.files != nullptr ? std::as_const(*libraries.files) : disk_,
                   options.assets, "com.example.host"),
       phone_(libraries.json, setupOf(scenario, options, std::move(random), libraries, mainBundle_)),
-      pictures_(phone_.platform().files, libraries.images),
+      pictures_(Pictures(phone_.platform())),
       engine_(platformOf(phone_, libraries), engineOptionsOf(options, pictures_)) {
   // Nobody ever reads these two, and a long show would fill them.
   phone_.bluetooth.log.isKept = false;

@@ -32,9 +32,9 @@ class Bundle : public Need {
   /// larger than `limit` bytes.
   virtual std::optional<std::string> readResource(std::string_view path,
                                                   std::size_t limit) const = 0;
-  /// Where faces, players of clips and decoders of videos find a resource, or what lies in a folder
-  /// of them, for they read by themselves: a path of the phone's `Files`, or whatever else they
-  /// understand. Empty where they have no way to it. Says nothing of whether it is there.
+  /// Where players of clips and decoders of videos, who read by themselves, find a resource or what
+  /// lies in a folder of them: a path of the phone's `Files`, or whatever else they understand.
+  /// Empty where they have no way to it. Says nothing of whether it is there.
   virtual std::string location(std::string_view path) const = 0;
   /// The text in the user's language; the key itself when the table has none.
   virtual std::string localizedString(std::string_view key) const = 0;

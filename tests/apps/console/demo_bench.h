@@ -70,6 +70,7 @@ class Reference {
   /// Never back in time.
   DisplayList at(Duration time);
   Size screen() const { return phone_.screen.size; }
+  Pictures pictures() { return Pictures(phone_.platform()); }
 
  private:
   VirtualPhoneSetup setup();

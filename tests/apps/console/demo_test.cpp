@@ -105,11 +105,11 @@ QImage screenIn(const QImage& window, QSize size) {
       .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
-QImage painted(const DisplayList& list, QSize size) {
+QImage painted(const DisplayList& list, QSize size, const Pictures& pictures) {
   QImage picture(size, QImage::Format_RGB32);
   picture.fill(Qt::black);
   QPainter painter(&picture);
-  paintDisplayList(painter, list);
+  paintDisplayList(painter, list, pictures);
   return picture;
 }
 
@@ -164,7 +164,8 @@ void compareFrames(const QTemporaryDir& folder, Duration step, Reference& refere
     });
     texts += hasText ? 1 : 0;
     const int rows = hasText ? kParts.height() / 4 : kParts.height();
-    EXPECT_LE(differenceOfParts(screen, painted(list, size), rows), kNearlyAlike)
+    EXPECT_LE(differenceOfParts(screen, painted(list, size, reference.pictures()), rows),
+              kNearlyAlike)
         << name.toStdString();
   }
   EXPECT_FALSE(QFile::exists(

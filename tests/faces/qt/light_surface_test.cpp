@@ -3,6 +3,7 @@
 // with the painter's picture of the same moment.
 #include "faces/qt/light_surface.h"
 
+#include <QBuffer>
 #include <QImage>
 #include <QPainter>
 #include <QQuickWindow>
@@ -13,8 +14,13 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/image/picture_decoder.h"
+#include "adapters/standard/standard_files.h"
 #include "adapters/virtual/virtual_run_loop.h"
+#include "adapters/virtual/virtual_storage.h"
 #include "faces/qt/display_painter.h"
+#include "halvora/pictures.h"
+#include "halvora/platform/absent.h"
 #include "light/display_list.h"
 #include "light/light_look.h"
 #include "light/timer_set.h"
@@ -32,7 +38,7 @@ struct LightSurfaceTest : testing::Test {
     window.resize(kSize);
     surface.setParentItem(window.contentItem());
     surface.setSize(kSize);
-    surface.setLight(Light(views));
+    surface.setLight(Light(views), pictures);
     window.show();
   }
   ~LightSurfaceTest() override { surface.setLight(std::nullopt); }
@@ -45,7 +51,7 @@ struct LightSurfaceTest : testing::Test {
     picture.fill(kBehind);
     QPainter painter(&picture);
     const Size size{static_cast<double>(kSize.width()), static_cast<double>(kSize.height())};
-    paintDisplayList(painter, displayListOf(views, size));
+    paintDisplayList(painter, displayListOf(views, size), pictures);
     return picture;
   }
 
@@ -57,6 +63,10 @@ struct LightSurfaceTest : testing::Test {
     QObject::disconnect(connection);
   }
 
+  StandardFiles files;
+  VirtualBundle host{"com.example.host"};
+  PictureDecoder decoder;
+  const Pictures pictures{files, host, decoder};
   VirtualRunLoop loop;
   TimerSet timers{loop};
   ViewStack views{timers};
@@ -107,13 +117,47 @@ TEST_F(LightSurfaceTest, FollowsAnAnimationAndEndsWhereItEnds) {
   EXPECT_EQ(seenInTheMiddle(), QColor(250, 0, 0));
 }
 
-TEST_F(LightSurfaceTest, LooksAsThePainterPaintsIt) {
-  QImage star(40, 40, QImage::Format_ARGB32_Premultiplied);
+// Half of its width and height are yellow, in the middle.
+QImage starOf(int size) {
+  QImage star(size, size, QImage::Format_ARGB32_Premultiplied);
   star.fill(Qt::transparent);
-  {
-    QPainter painter(&star);
-    painter.fillRect(10, 10, 20, 20, Qt::yellow);
-  }
+  QPainter(&star).fillRect(size / 4, size / 4, size / 2, size / 2, Qt::yellow);
+  return star;
+}
+
+std::string pngOf(const QImage& picture) {
+  QBuffer png;
+  EXPECT_TRUE(png.open(QIODevice::WriteOnly) && picture.save(&png, "PNG"));
+  return png.data().toStdString();
+}
+
+// A host that is one file has its pictures nowhere but within itself.
+TEST_F(LightSurfaceTest, DrawsAPictureOfABundleThatHasNoFolder) {
+  host.resources["HVAssets/Gobos/1.png"] = pngOf(starOf(40));
+  ASSERT_EQ(host.location("HVAssets/Gobos/1.png"), "");
+  views.setAlpha(ViewId::container, 1);
+  views.setLightColour(colourOfBytes(0, 0, 200));
+  views.setText(ViewId::goboImage, "HVAssets/Gobos/1.png");
+  views.setAlpha(ViewId::goboView, 1);
+  EXPECT_EQ(seenInTheMiddle(), QColor(Qt::yellow));
+  EXPECT_LE(difference(seen(), painted()), 3);
+  // The dimmer draws it anew, without reading it.
+  host.resources.clear();
+  views.setAlpha(ViewId::dimmerView, 0.5);
+  EXPECT_NEAR(seenInTheMiddle().red(), 128, 2);
+}
+
+TEST_F(LightSurfaceTest, HasQtDecodeWhatThePhoneHasNoDecoderFor) {
+  host.resources["HVAssets/Gobos/1.png"] = pngOf(starOf(40));
+  surface.setLight(Light(views), Pictures(files, host, absent::images()));
+  views.setAlpha(ViewId::container, 1);
+  views.setText(ViewId::goboImage, "HVAssets/Gobos/1.png");
+  views.setAlpha(ViewId::goboView, 1);
+  EXPECT_EQ(seenInTheMiddle(), QColor(Qt::yellow));
+}
+
+TEST_F(LightSurfaceTest, LooksAsThePainterPaintsIt) {
+  const QImage star = starOf(40);
   const QTemporaryDir folder;
   const QString file = folder.filePath(QStringLiteral("star.png"));
   ASSERT_TRUE(star.save(file));
