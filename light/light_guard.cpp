@@ -94,20 +94,20 @@ void LightGuard::setLimits(const LightLimits& limits) {
 
 // Who guards nothing is not there: the show writes and draws as if nobody had ever asked.
 void LightGuard::rewire() {
-  const bool hadLimiter = limiter_ != nullptr;
+  const bool hadLimiter = limiting_ != nullptr;
   const bool wantsLimiter = limits_.flash == FlashPolicy::limited;
   guards_ = limits_ != LightLimits{} || hasLeft_ || isMoving();
   // What is lit already comes down, too, and goes back up with the limit.
   if (device_.brightness() > limits_.mostBrightness) keepWantedBacklight();
   if (guards_) writes_.reserve(kMostWrites);
   if (wantsLimiter && !hadLimiter) {
-    lastShown_ = lookOf(views_);
+    LightLook shown = lookOf(views_);
     // Black for as long as it takes to know what else it would be.
-    if (!isKnown(lastShown_)) lastShown_ = darkened(std::move(lastShown_));
-    limiter_ = std::make_unique<FlashLimiter>(
-        Emission{meanOf(lastShown_), device_.brightness(), isTorchOn_});
+    if (!isKnown(shown)) shown = darkened(std::move(shown));
+    const Emission present{meanOf(shown), device_.brightness(), isTorchOn_};
+    limiting_ = std::make_unique<Limiting>(present, std::move(shown));
   }
-  if (!wantsLimiter) limiter_.reset();
+  if (!wantsLimiter) limiting_.reset();
   LightFilter* const filter = guards_ ? this : nullptr;
   if (views_.filter() != filter) views_.setFilter(filter);
   decideNow();
@@ -177,7 +177,7 @@ void LightGuard::giveBackBacklight() {
 }
 
 void LightGuard::goAway(double backlight) {
-  if (limiter_ == nullptr || isAway_) return;
+  if (limiting_ == nullptr || isAway_) return;
   keepWantedBacklight();
   if (!owesBacklight()) ours_.reset();
   isAway_ = true;
@@ -192,7 +192,7 @@ void LightGuard::returnToApplication() {
 }
 
 void LightGuard::end(double backlight) {
-  if (limiter_ == nullptr) return;
+  if (limiting_ == nullptr) return;
   if (isTorchOn_) lamp_.setOn(false);
   if (owesBacklight()) device_.setBrightness(backlight);
   isTorchOn_ = false;
@@ -224,9 +224,9 @@ void LightGuard::decideSoon() {
 
 // In a turn of the guard's own: a face that shows something else by now is told.
 void LightGuard::decideNow() {
-  const Emission before = limiter_ ? limiter_->last() : Emission();
+  const Emission before = limiting_ ? limiting_->limiter.last() : Emission();
   decide();
-  if (limiter_ && limiter_->last() != before) views_.lookAgain();
+  if (limiting_ && limiting_->limiter.last() != before) views_.lookAgain();
 }
 
 // Asked for as soon as there is a picture, most of which fade in: it is known before it is seen.
@@ -249,19 +249,19 @@ Levels LightGuard::meanOf(const LightLook& look) {
 LightLook LightGuard::wantedLook() {
   LightLook look = lookOf(views_);
   look.visible[indexOf(ViewId::container)] *= gate();
-  if (!limiter_ || isKnown(look)) return look;
+  if (!limiting_ || isKnown(look)) return look;
   if (isGoingDark(views_) || hasLeft_) return darkened(std::move(look));
-  return lightOf(lastShown_, std::move(look));
+  return lightOf(limiting_->lastShown, std::move(look));
 }
 
 Emission LightGuard::wanted(const LightLook& look) {
   Emission emission;
-  if (limiter_) emission.screen = meanOf(look);
+  if (limiting_) emission.screen = meanOf(look);
   emission.torch = wantsTorch_ && limits_.torch && !hasLeft_ && !isAway_;
   if (isGone() && !isDeaf_ && owesBacklight()) {
     emission.backlight = awayBacklight_;
   } else if (isGone() || isDeaf_ || !wantedBacklight_) {
-    if (limiter_) emission.backlight = recentLevel();
+    if (limiting_) emission.backlight = recentLevel();
   } else {
     emission.backlight = std::min(*wantedBacklight_, limits_.mostBrightness);
   }
@@ -281,14 +281,14 @@ LightLook LightGuard::decide() {
   LightLook look = wantedLook();
   const Emission all = wanted(look);
   ShownLight shown{ShownScreen::wanted, all, true};
-  if (limiter_) {
-    shown = limiter_->decide({all, isGoingDark(views_) || hasLeft_}, timers_.now());
+  if (limiting_) {
+    shown = limiting_->limiter.decide({all, isGoingDark(views_) || hasLeft_}, timers_.now());
   }
   send(shown, all);
-  retryAfter(limiter_ ? limiter_->retryAfter() : std::nullopt);
-  if (shown.screen == ShownScreen::held) look = lightOf(lastShown_, std::move(look));
+  retryAfter(limiting_ ? limiting_->limiter.retryAfter() : std::nullopt);
+  if (shown.screen == ShownScreen::held) look = lightOf(limiting_->lastShown, std::move(look));
   if (shown.screen == ShownScreen::dark) look = darkened(std::move(look));
-  if (limiter_) lastShown_ = look;
+  if (limiting_) limiting_->lastShown = look;
   return look;
 }
 

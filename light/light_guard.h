@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "halvora/platform/haptics.h"
@@ -128,6 +129,14 @@ class LightGuard final : private LightFilter {
     Duration time;
   };
 
+  /// The limiter, and the look that it let through last.
+  struct Limiting {
+    Limiting(const Emission& present, LightLook shown)
+        : limiter(present), lastShown(std::move(shown)) {}
+    FlashLimiter limiter;
+    LightLook lastShown;
+  };
+
   Screen& device_;
   Torch& lamp_;
   const Platform& platform_;
@@ -141,8 +150,7 @@ class LightGuard final : private LightFilter {
   std::unique_ptr<GoboMeans> ownPictures_;
   LightLimits limits_;
   /// Null without the flash limit.
-  std::unique_ptr<FlashLimiter> limiter_;
-  LightLook lastShown_;
+  std::unique_ptr<Limiting> limiting_;
   std::optional<Size> container_;
   /// What the engine wrote last, while the device may have something else.
   std::optional<double> wantedBacklight_;

@@ -75,7 +75,8 @@ struct Crowd::Member final : private LightObserver, private CrowdTorch::Observer
   /// The first look that it has not shown.
   std::uint32_t nextLook = 0;
   bool wasLost = false;
-  std::optional<ProofTrial> trial;
+  /// Null where none was asked for.
+  std::unique_ptr<ProofTrial> trial;
 };
 
 enum class CrowdEvent : std::uint8_t { act, packet, leave, frame, watch };
@@ -163,7 +164,7 @@ void Crowd::seatBlock(std::size_t block) {
         std::make_unique<Member>(blocks_[block]->ground, parts_.phones, parts_.seats[phone],
                                  mixed(settings_.seed, parts_.firstPhone + phone, kSeedDraw));
     if (parts_.proof != nullptr) {
-      members_[phone]->trial.emplace(*parts_.proof, members_[phone]->phone);
+      members_[phone]->trial = std::make_unique<ProofTrial>(*parts_.proof, members_[phone]->phone);
     }
     presences_[phone] = presenceOf(phone);
     const auto looks = parts_.air.looks();
