@@ -40,8 +40,11 @@ TimerId DueQueue::scheduleFirst(Duration time, std::uint64_t order, Task&& task)
 
 void DueQueue::cancel(TimerId timer) {
   if (find(timer) == nullptr) return;
+  const auto index = static_cast<std::uint32_t>(timer);
+  // Goes last: what the task holds may cancel timers of its own as it goes.
+  const Task task = std::move(slots_[index].task);
   ++stale_;
-  release(static_cast<std::uint32_t>(timer));
+  release(index);
   forgetStale();
 }
 
@@ -134,8 +137,6 @@ void DueQueue::release(std::uint32_t index) {
   Slot& slot = slots_[index];
   slot.isPending = false;
   ++slot.generation;
-  // Last: what the task held may cancel timers of its own as it goes.
-  const Task task = std::move(slot.task);
   freeSlots_.push_back(index);
 }
 
