@@ -17,6 +17,8 @@ import subprocess
 import sys
 from pathlib import Path
 
+from printed_table import print_table
+
 ROOT = Path(__file__).resolve().parent.parent
 UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 NOTHING_NEW = {"ratio": {"text": 0.1}}
@@ -138,19 +140,6 @@ def rows(found):
             yield cells, all(met for _, met in wanted)
 
 
-def print_table(table, is_markdown):
-    head = ["what", "engine", "reference", "takes", "ratio", "target", "an engine's round"]
-    lines = [head, *table]
-    if is_markdown:
-        lines.insert(1, ["---", "--:", "---", "--:", "--:", "---", "---"])
-        for line in lines:
-            print("| " + " | ".join(line) + " |")
-        return
-    widths = [max(map(len, column)) for column in zip(*lines)]
-    for line in lines:
-        print("  ".join(cell.ljust(width) for cell, width in zip(line, widths)).rstrip())
-
-
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("--program", default=ROOT / "build" / "release" / "bin" / "halvora_bench")
@@ -163,7 +152,9 @@ def main():
         sys.exit("no such program; build it: cmake --preset release && "
                  "cmake --build --preset release --target halvora_bench")
     measured = list(rows(measure(options)))
-    print_table([cells for cells, _ in measured], options.markdown)
+    head = ["what", "engine", "reference", "takes", "ratio", "target", "an engine's round"]
+    print_table([head, *(cells for cells, _ in measured)],
+                ["---", "--:", "---", "--:", "--:", "---", "---"], options.markdown)
     return 0 if measured and all(is_met for _, is_met in measured) else 1
 
 

@@ -18,6 +18,8 @@ import subprocess
 import sys
 from pathlib import Path
 
+from printed_table import print_table
+
 ROOT = Path(__file__).resolve().parent.parent
 TOOL = ROOT / "build" / "release" / "bin" / "halvora"
 FOLDER = ROOT / "build" / "bench-crowd"
@@ -123,13 +125,7 @@ def main():
                      "yes" if exact else "NO", "met" if is_met else "MISSED"])
     head = ["phones", "simulated s per s", "a phone and packet", "memory a phone",
             "picture exact", "targets"]
-    if options.markdown:
-        for line in [head, ["--:"] * len(head), *rows]:
-            print("| " + " | ".join(line) + " |")
-    else:
-        widths = [max(map(len, column)) for column in zip(head, *rows)]
-        for line in [head, *rows]:
-            print("  ".join(cell.rjust(width) for cell, width in zip(line, widths)))
+    print_table([head, *rows], ["--:"] * len(head), options.markdown)
     return 0 if all_met else 1
 
 

@@ -21,6 +21,8 @@ import sys
 import time
 from pathlib import Path
 
+from printed_table import print_table
+
 ROOT = Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build" / "release"
 FOLDER = ROOT / "build" / "bench-video"
@@ -113,14 +115,8 @@ def targets(seat_counts):
         yield "60000 seats", "cpu", "decode, one thread", 1.30
 
 
-def print_table(head, lines, is_markdown):
-    if is_markdown:
-        for line in [head, ["---", *["--:"] * (len(head) - 1)], *lines]:
-            print("| " + " | ".join(line) + " |")
-    else:
-        widths = [max(map(len, column)) for column in zip(head, *lines)]
-        for line in [head, *lines]:
-            print("  ".join(cell.ljust(width) for cell, width in zip(line, widths)).rstrip())
+def print_rows(head, lines, is_markdown):
+    print_table([head, *lines], ["---", *["--:"] * (len(head) - 1)], is_markdown)
     print()
 
 
@@ -142,7 +138,7 @@ def run_size(size, options, seat_counts, opencv):
     def median(name, kind):
         return statistics.median(result[kind] for result in rounds[name])
 
-    print_table(
+    print_rows(
         [size, "processor", "wall", "memory"],
         [[name, f"{median(name, 'cpu'):.2f} s", f"{median(name, 'wall'):.2f} s",
           f"{median(name, 'memory'):.0f} MiB"] for name in commands],
@@ -159,7 +155,7 @@ def run_size(size, options, seat_counts, opencv):
         word = {"cpu": "processor time", "wall": "wall time", "memory": "memory"}[kind]
         lines.append([f"{name} ÷ {reference}", word, f"{ratio:.2f}", f"{most:.2f}",
                       "met" if ratio <= most else "MISSED"])
-    print_table([size, "of", "ratio", "at most", ""], lines, options.markdown)
+    print_rows([size, "of", "ratio", "at most", ""], lines, options.markdown)
     return all_met
 
 

@@ -23,6 +23,8 @@ import sys
 import time
 from pathlib import Path
 
+from printed_table import print_table
+
 ROOT = Path(__file__).resolve().parent.parent
 PROGRAM = ROOT / "build" / "release" / "bin" / "halvora_window_bench"
 ASSETS = ROOT / "assets" / "demo"
@@ -106,15 +108,8 @@ class Table:
         self.add(surface, what, f"{value:.1f} {unit}", target, value <= most or not target)
 
     def print(self, is_markdown):
-        lines = [("window", "what", "measured", "target"), *self.rows]
-        if is_markdown:
-            lines.insert(1, ("---", "---", "--:", "---"))
-            for line in lines:
-                print("| " + " | ".join(line) + " |")
-            return
-        widths = [max(map(len, column)) for column in zip(*lines)]
-        for line in lines:
-            print("  ".join(cell.ljust(width) for cell, width in zip(line, widths)).rstrip())
+        print_table([("window", "what", "measured", "target"), *self.rows],
+                    ("---", "---", "--:", "---"), is_markdown)
 
 
 def add_start(table, surface):
