@@ -6,16 +6,10 @@
 
 #include "light/screen_modes.h"
 #include "tests/light/light_room.h"
+#include "tests/light/slowness.h"
 
 namespace halvora {
 namespace {
-
-constexpr std::array<int, 3> kSlowness{0, 50, 100};
-using Times = std::array<int, 3>;
-constexpr Times kNoPause{0, 0, 0};
-constexpr Times kRandomPauses{300, 2650, 5000};
-
-Duration dueAfter(int ms) { return std::max(milliseconds(ms), RunLoop::kShortestDelay); }
 
 /// A step that shows a colour, perhaps flashes back, and is followed by the next.
 struct StepCase {

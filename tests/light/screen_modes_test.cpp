@@ -7,17 +7,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/light/light_room.h"
+#include "tests/light/slowness.h"
 
 namespace halvora {
 namespace {
-
-constexpr std::array<int, 3> kSlowness{0, 50, 100};
-using Times = std::array<int, 3>;
-constexpr Times kNoPause{0, 0, 0};
-constexpr Times kRandomPauses{300, 2650, 5000};
-
-/// A timer of no delay is due a tenth of a millisecond later.
-Duration dueAfter(int ms) { return std::max(milliseconds(ms), RunLoop::kShortestDelay); }
 
 struct EntryCase {
   std::uint32_t mode;

@@ -10,6 +10,7 @@
 #include "pixelmap/pixel_map_seat_luts.h"
 #include "tests/pixelmap/pixel_map_bench.h"
 #include "tests/pixelmap/seat_lut_calls.h"
+#include "tests/support/passed_run_loop.h"
 
 namespace halvora {
 namespace {
@@ -201,28 +202,15 @@ TEST_F(SeatLutRest, InvalidationThatFindsNoThreadRemovesTheTablesItself) {
 }
 
 /// Loses what is posted, as one does that has no memory for it.
-class LosingLoop final : public RunLoop {
+class LosingLoop final : public PassedRunLoop {
  public:
-  explicit LosingLoop(RunLoop& loop) : loop_(loop) {}
-  Duration now() const override { return loop_.now(); }
-  TimerId after(Duration delay, Task&& task) override {
-    return loop_.after(delay, std::move(task));
-  }
-  TimerId every(Duration interval, Task&& task) override {
-    return loop_.every(interval, std::move(task));
-  }
-  TimerId soon(Task&& task) override { return loop_.soon(std::move(task)); }
-  void cancel(TimerId timer) override { loop_.cancel(timer); }
-  bool isPending(TimerId timer) const override { return loop_.isPending(timer); }
+  using PassedRunLoop::PassedRunLoop;
   void post(Task&& task) override {
     if (isLosing) throw std::bad_alloc();
-    loop_.post(std::move(task));
+    PassedRunLoop::post(std::move(task));
   }
 
   bool isLosing = true;
-
- private:
-  RunLoop& loop_;
 };
 
 /// The tables of an engine that is told of nothing.

@@ -16,6 +16,7 @@
 #include "conformance/device_promises.h"
 #include "tests/adapters/linux/bluetooth/central_listener.h"
 #include "tests/engine/allocation_count.h"
+#include "tests/support/passed_run_loop.h"
 
 namespace halvora {
 namespace {
@@ -60,20 +61,13 @@ class ScriptedScan final : public LowEnergyScan {
 };
 
 /// Has no memory for a timer while that is said.
-class ShortLoop final : public RunLoop {
+class ShortLoop final : public PassedRunLoop {
  public:
-  Duration now() const override { return loop_.now(); }
+  ShortLoop() : PassedRunLoop(loop_) {}
   TimerId after(Duration delay, Task&& task) override {
     if (isShort) throw std::bad_alloc();
-    return loop_.after(delay, std::move(task));
+    return PassedRunLoop::after(delay, std::move(task));
   }
-  TimerId every(Duration interval, Task&& task) override {
-    return loop_.every(interval, std::move(task));
-  }
-  TimerId soon(Task&& task) override { return loop_.soon(std::move(task)); }
-  void cancel(TimerId timer) override { loop_.cancel(timer); }
-  bool isPending(TimerId timer) const override { return loop_.isPending(timer); }
-  void post(Task&& task) override { loop_.post(std::move(task)); }
   void runFor(Duration duration) { loop_.runFor(duration); }
 
   bool isShort = false;

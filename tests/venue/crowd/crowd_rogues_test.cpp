@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 
 #include "engine/broadcast.h"
-#include "tests/support/plain_codes.h"
 #include "tests/venue/crowd/crowd_bench.h"
+#include "tests/venue/crowd/shown_crowd.h"
 #include "tests/venue/plan/lut_folder.h"
 
 namespace halvora {
@@ -21,41 +21,17 @@ using testing::Not;
 
 const std::string kKey = "5A00C1D2E3F405162738495A6B7C8D9E";
 
-class CrowdRogues : public testing::Test {
+class CrowdRogues : public ShownCrowd {
  protected:
-  CrowdRogues() {
-    folder.write("HVAssets/Maps/Venue-7/map.json", mapOfSeats(30));
-    std::string lines = "{\"at\": 0, \"start\": true}\n";
-    for (int at = 0; at < 8; ++at) {
-      const Broadcast look =
-          plainLook(static_cast<std::uint16_t>(at + 1), 200, static_cast<std::uint8_t>(30 * at));
-      lines += "{\"at\": " + std::to_string(2 + 4 * at) + ", \"packet\": \"" +
-               NSDataToHex(encodeBroadcast(look)) +
-               "\", \"every\": 0.1, \"until\": " + std::to_string(5 + 4 * at) + ".95}\n";
-    }
-    show = folder.write("show.jsonl", lines);
-  }
+  CrowdRogues()
+      : ShownCrowd(30, 8, [](int at) {
+          return plainLook(static_cast<std::uint16_t>(at + 1), 200,
+                           static_cast<std::uint8_t>(30 * at));
+        }) {}
   std::string keyFile(mode_t mode = S_IRUSR) {
     std::string file = folder.write("show.key", kKey);
     EXPECT_EQ(chmod(file.c_str(), mode), 0);
     return file;
-  }
-  ToolRun run(const Words& options) {
-    Words words{"crowd",
-                "--assets",
-                folder.path().string(),
-                "--venue",
-                "7",
-                "--scenario",
-                show,
-                "--size",
-                "64x32",
-                "--fps",
-                "10",
-                "--out",
-                (folder.path() / "sheet.png").string()};
-    words.insert(words.end(), options.begin(), options.end());
-    return runTool(words, {.codes = &codes});
   }
   rapidjson::Document attacked(const std::string& kind, Words options) {
     options.insert(options.end(), {"--rogue", kind + "@10"});
@@ -63,10 +39,6 @@ class CrowdRogues : public testing::Test {
     EXPECT_EQ(run.status, 0) << run.error;
     return jsonOf(run.output);
   }
-
-  TestFolder folder;
-  PlainCodes codes;
-  std::string show;
 };
 
 TEST_F(CrowdRogues, ReportHowManyPhonesAreLostAndForHowLong) {

@@ -8,8 +8,8 @@
 #include <rapidjson/document.h>
 
 #include "engine/broadcast.h"
-#include "tests/support/plain_codes.h"
 #include "tests/venue/crowd/crowd_bench.h"
+#include "tests/venue/crowd/shown_crowd.h"
 #include "tests/venue/plan/lut_folder.h"
 
 namespace halvora {
@@ -17,39 +17,16 @@ namespace {
 
 using testing::HasSubstr;
 
-class ProvenCrowd : public testing::Test {
+class ProvenCrowd : public ShownCrowd {
  protected:
-  ProvenCrowd() {
-    folder.write("HVAssets/Maps/Venue-7/map.json", mapOfSeats(40));
-    std::string lines = "{\"at\": 0, \"start\": true}\n";
-    // A look for four seconds, each with the torch on, ten times a second.
-    for (int at = 0; at < 6; ++at) {
-      Broadcast look =
-          plainLook(static_cast<std::uint16_t>(at + 1), 200, static_cast<std::uint8_t>(40 * at));
-      look.ledMode = 1;
-      lines += "{\"at\": " + std::to_string(2 + 4 * at) + ", \"packet\": \"" +
-               NSDataToHex(encodeBroadcast(look)) +
-               "\", \"every\": 0.1, \"until\": " + std::to_string(5 + 4 * at) + ".95}\n";
-    }
-    show = folder.write("show.jsonl", lines);
-  }
-  ToolRun run(const Words& options) {
-    Words words{"crowd",
-                "--assets",
-                folder.path().string(),
-                "--venue",
-                "7",
-                "--scenario",
-                show,
-                "--size",
-                "64x32",
-                "--fps",
-                "10",
-                "--out",
-                (folder.path() / "sheet.png").string()};
-    words.insert(words.end(), options.begin(), options.end());
-    return runTool(words, {.codes = &codes});
-  }
+  // With the torch on.
+  ProvenCrowd()
+      : ShownCrowd(40, 6, [](int at) {
+          Broadcast look = plainLook(static_cast<std::uint16_t>(at + 1), 200,
+                                     static_cast<std::uint8_t>(40 * at));
+          look.ledMode = 1;
+          return look;
+        }) {}
   rapidjson::Document report(const Words& options) {
     const ToolRun run = this->run(options);
     EXPECT_EQ(run.status, 0) << run.error;
@@ -57,10 +34,6 @@ class ProvenCrowd : public testing::Test {
     EXPECT_TRUE(json.IsObject()) << run.output;
     return json;
   }
-
-  TestFolder folder;
-  PlainCodes codes;
-  std::string show;
 };
 
 TEST_F(ProvenCrowd, IsNothingUnasked) {

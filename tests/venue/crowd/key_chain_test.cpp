@@ -14,6 +14,7 @@
 #include "halvora/platform/absent.h"
 #include "tests/engine/engine_bench.h"
 #include "tests/support/plain_codes.h"
+#include "tests/venue/show/packet_lines.h"
 #include "venue/show/packet.h"
 
 namespace halvora {
@@ -79,15 +80,6 @@ TEST(KeyChain, NeedsACipherAndEndsSomewhere) {
 
 class ChainedShow : public testing::Test {
  protected:
-  static ScenarioLine lineOf(double at, const Broadcast& fields, double every, double until) {
-    const BroadcastBytes data = encodeBroadcast(fields);
-    ScenarioLine line;
-    line.action = PacketAction{{data.begin(), data.end()}};
-    line.at = at;
-    line.every = every;
-    line.until = until;
-    return line;
-  }
   static Broadcast fields(int sequence, int transmitter = 9) {
     return look(1, {{&Broadcast::sequence, sequence}, {&Broadcast::transmitter, transmitter}});
   }
@@ -109,7 +101,7 @@ class ChainedShow : public testing::Test {
 
 TEST_F(ChainedShow, SignsEachPacketForItsSecond) {
   Scenario show;
-  show.lines = {lineOf(1, fields(1), 0.1, 9)};
+  show.lines = {packetLine(1, fields(1), 0.1, 9)};
   std::size_t packets = 0;
   for (const auto& [time, data] : sent(show)) {
     if (ChainFrame::in(data)) continue;
@@ -123,7 +115,7 @@ TEST_F(ChainedShow, SignsEachPacketForItsSecond) {
 
 TEST_F(ChainedShow, DisclosesAKeyTwoSecondsAfterItsOwn) {
   Scenario show;
-  show.lines = {lineOf(0, fields(1), 0.1, 9.9)};
+  show.lines = {packetLine(0, fields(1), 0.1, 9.9)};
   std::size_t frames = 0;
   for (const auto& [time, data] : sent(show)) {
     const auto frame = ChainFrame::in(data);
@@ -139,7 +131,9 @@ TEST_F(ChainedShow, DisclosesAKeyTwoSecondsAfterItsOwn) {
 
 TEST_F(ChainedShow, SendsNoMoreThanBeforeAndTakesRepeatsBeforeLooks) {
   Scenario show;
-  for (int at = 0; at < 9; ++at) show.lines.push_back(lineOf(at, fields(at + 1), 0.1, at + 0.95));
+  for (int at = 0; at < 9; ++at) {
+    show.lines.push_back(packetLine(at, fields(at + 1), 0.1, at + 0.95));
+  }
   const auto all = sent(show);
   EXPECT_EQ(all.size(), 90U);
   for (int at = 0; at < 9; ++at) {
@@ -151,7 +145,9 @@ TEST_F(ChainedShow, SendsNoMoreThanBeforeAndTakesRepeatsBeforeLooks) {
 
 TEST_F(ChainedShow, FindsRoomForKeysWhereNothingIsRepeated) {
   Scenario show;
-  for (int at = 0; at < 270; ++at) show.lines.push_back(lineOf(at / 30.0, fields(at + 1), 0, 0));
+  for (int at = 0; at < 270; ++at) {
+    show.lines.push_back(packetLine(at / 30.0, fields(at + 1), 0, 0));
+  }
   const auto all = sent(show);
   const auto frames = std::ranges::count_if(
       all, [](const auto& one) { return ChainFrame::in(one.second).has_value(); });
@@ -161,7 +157,7 @@ TEST_F(ChainedShow, FindsRoomForKeysWhereNothingIsRepeated) {
 
 TEST_F(ChainedShow, EachTransmitterDisclosesForItself) {
   Scenario show;
-  show.lines = {lineOf(0, fields(1), 0.1, 9.9), lineOf(0.05, fields(1, 8), 0.1, 9.9)};
+  show.lines = {packetLine(0, fields(1), 0.1, 9.9), packetLine(0.05, fields(1, 8), 0.1, 9.9)};
   std::map<int, int> frames;
   for (const auto& [time, data] : sent(show)) {
     if (const auto frame = ChainFrame::in(data)) ++frames[frame->transmitter];
@@ -180,7 +176,7 @@ TEST_F(ChainedShow, LeavesAloneWhatIsNoPacketOfAShow) {
   EXPECT_TRUE(std::holds_alternative<StartAction>(made->lines[0].action));
   EXPECT_THAT(std::get<PacketAction>(made->lines[1].action).data,
               testing::ElementsAre(0x4C, 0x00, 0x01));
-  show.lines.push_back(lineOf(4, fields(1), 0, 0));
+  show.lines.push_back(packetLine(4, fields(1), 0, 0));
   EXPECT_FALSE(chainedShow(show, chain, absent::codes(), kEnd));
 }
 

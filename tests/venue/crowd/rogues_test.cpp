@@ -12,6 +12,7 @@
 
 #include "engine/signed_broadcast.h"
 #include "tests/support/plain_codes.h"
+#include "tests/venue/show/packet_lines.h"
 #include "venue/show/signed_show.h"
 
 namespace halvora {
@@ -30,16 +31,6 @@ Broadcast look(std::uint16_t sequence, std::uint8_t mode = 1) {
   return fields;
 }
 
-ScenarioLine lineOf(double at, const Broadcast& fields, double every = 0, double until = 0) {
-  const BroadcastBytes data = encodeBroadcast(fields);
-  ScenarioLine line;
-  line.action = PacketAction{{data.begin(), data.end()}};
-  line.at = at;
-  line.every = every;
-  line.until = until;
-  return line;
-}
-
 std::vector<std::uint8_t> dataOf(const ScenarioLine& line) {
   return std::get<PacketAction>(line.action).data;
 }
@@ -49,7 +40,7 @@ Scenario show() {
   Scenario scenario;
   for (int second = 2; second < 40; ++second) {
     scenario.lines.push_back(
-        lineOf(second, look(static_cast<std::uint16_t>(second)), 0.1, second + 0.95));
+        packetLine(second, look(static_cast<std::uint16_t>(second)), 0.1, second + 0.95));
   }
   return scenario;
 }
@@ -63,7 +54,8 @@ std::optional<BroadcastKeyBytes> keyOf(const Broadcast& fields) {
 
 TEST(TrueShow, KnowsWhatIsOnTheAirAndWhatWasAMomentAgo) {
   Scenario scenario;
-  scenario.lines = {lineOf(2, look(1, 1)), lineOf(4, look(2, 3)), lineOf(6, look(3, 0))};
+  scenario.lines = {packetLine(2, look(1, 1)), packetLine(4, look(2, 3)),
+                    packetLine(6, look(3, 0))};
   const TrueShow truth(scenario, kEnd);
   EXPECT_EQ(truth.at(milliseconds(1999)), nullptr);
   EXPECT_EQ(truth.at(milliseconds(3999))->fields.mode, 1);
@@ -78,8 +70,9 @@ TEST(TrueShow, KnowsWhatIsOnTheAirAndWhatWasAMomentAgo) {
 
 TEST(TrueShow, KnowsWhenItComesToALook) {
   Scenario scenario;
-  scenario.lines = {lineOf(2, look(1, 1)), lineOf(4, look(2, 3)),  lineOf(6, look(3, 1)),
-                    lineOf(8, look(4, 3)), lineOf(10, look(5, 5)), lineOf(12, look(6, 3))};
+  scenario.lines = {packetLine(2, look(1, 1)),  packetLine(4, look(2, 3)),
+                    packetLine(6, look(3, 1)),  packetLine(8, look(4, 3)),
+                    packetLine(10, look(5, 5)), packetLine(12, look(6, 3))};
   const TrueShow truth(scenario, std::chrono::seconds(20));
   const auto red = keyOf(look(1, 1));
   const auto blue = keyOf(look(2, 3));
@@ -144,7 +137,7 @@ TEST(SignedShow, SignsEachRepeatForItsMinute) {
   const PlainCodes codes;
   const auto code = codes.withKey(ShowKey(std::array<std::uint8_t, ShowKey::kSize>{}));
   Scenario scenario;
-  scenario.lines = {lineOf(50, look(1), 5, 130)};
+  scenario.lines = {packetLine(50, look(1), 5, 130)};
   const Scenario made = signedShow(scenario, *code, kNoon, kEnd);
   ASSERT_EQ(made.lines.size(), 3U);
   std::uint64_t occurrences = 0;

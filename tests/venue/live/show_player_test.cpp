@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "adapters/virtual/virtual_run_loop.h"
+#include "tests/support/passed_run_loop.h"
 
 namespace halvora {
 namespace {
@@ -249,25 +250,12 @@ TEST_F(ShowPlayerTest, AFadeBeginsAtWhatIsOnTheAir) {
 }
 
 // A loop that stood still: the show is where it would be, and nothing is sent in a rush.
-class LateLoop final : public RunLoop {
+class LateLoop final : public PassedRunLoop {
  public:
-  explicit LateLoop(VirtualRunLoop& loop) : loop_(loop) {}
-  Duration now() const override { return loop_.now() + late; }
-  TimerId after(Duration delay, Task&& task) override {
-    return loop_.after(delay, std::move(task));
-  }
-  TimerId every(Duration pause, Task&& task) override {
-    return loop_.every(pause, std::move(task));
-  }
-  TimerId soon(Task&& task) override { return loop_.soon(std::move(task)); }
-  void cancel(TimerId timer) override { loop_.cancel(timer); }
-  bool isPending(TimerId timer) const override { return loop_.isPending(timer); }
-  void post(Task&& task) override { loop_.post(std::move(task)); }
+  using PassedRunLoop::PassedRunLoop;
+  Duration now() const override { return PassedRunLoop::now() + late; }
 
   Duration late{};
-
- private:
-  VirtualRunLoop& loop_;
 };
 
 TEST_F(ShowPlayerTest, AfterAStandstillTheNewestFrameCounts) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/broadcast.h"
+#include "tests/venue/show/packet_lines.h"
 
 namespace halvora {
 namespace {
@@ -16,13 +17,7 @@ ScenarioLine lineOf(double at, std::uint8_t transmitter, double every = 0, doubl
   fields.applicationId = 258;
   fields.venueId = 7;
   fields.transmitter = transmitter;
-  const BroadcastBytes data = encodeBroadcast(fields);
-  ScenarioLine line;
-  line.action = PacketAction{{data.begin(), data.end()}};
-  line.at = at;
-  line.every = every;
-  line.until = until;
-  return line;
+  return packetLine(at, fields, every, until);
 }
 
 ShowSenders sendersOf(std::vector<ScenarioLine> lines) {

@@ -12,6 +12,7 @@
 
 #include "adapters/linux/bluetooth/bluez_central.h"
 #include "adapters/linux/bus/bluez_daemon.h"
+#include "adapters/linux/bus/bus_connection.h"
 #include "adapters/linux/poll_run_loop.h"
 #include "tests/adapters/linux/bluetooth/central_listener.h"
 #include "tests/adapters/linux/bus/fake_bluez.h"
@@ -72,6 +73,20 @@ class BluezBusTest : public testing::Test {
     scanWheneverPossible();
     makeCentral();
     ASSERT_TRUE(waitForScan());
+  }
+  /// Somebody else, who goes on for as long as the answer is kept, has looked around before us and
+  /// seen a transmitter of the show.
+  std::unique_ptr<BusConnection> lookAroundBefore(bool hasMonitors = false) {
+    bluez.appear();
+    bluez.addAdapter("hci0", true, hasMonitors);
+    auto other = std::make_unique<BusConnection>(loop, loop);
+    other->open(bus.address(), [] {});
+    sd_bus_call_method_async(other->bus(), nullptr, "org.bluez", "/org/bluez/hci0",
+                             "org.bluez.Adapter1", "StartDiscovery", nullptr, nullptr, "");
+    other->sent();
+    EXPECT_TRUE(waitFor([&] { return bluez.isDiscovering(); }));
+    bluez.advertise(kShow, rest(1));
+    return other;
   }
   std::size_t calls(const std::string& method) const {
     return static_cast<std::size_t>(std::count(bluez.calls.begin(), bluez.calls.end(), method));

@@ -62,16 +62,7 @@ TEST_F(BluezDiscovery, FindsOurCompanyBesideAnother) {
 }
 
 TEST_F(BluezDiscovery, WhatTheDaemonRemembersIsNotInTheAir) {
-  bluez.appear();
-  bluez.addAdapter("hci0", true);
-  // Somebody else has looked around before us.
-  BusConnection other(loop, loop);
-  other.open(bus.address(), [] {});
-  sd_bus_call_method_async(other.bus(), nullptr, "org.bluez", "/org/bluez/hci0",
-                           "org.bluez.Adapter1", "StartDiscovery", nullptr, nullptr, "");
-  other.sent();
-  ASSERT_TRUE(waitFor([&] { return bluez.isDiscovering(); }));
-  bluez.advertise(kShow, rest(1));
+  const auto other = lookAroundBefore();
   scanWheneverPossible();
   makeCentral();
   ASSERT_TRUE(waitForScan());

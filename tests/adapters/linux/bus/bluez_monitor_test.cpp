@@ -60,15 +60,7 @@ TEST_F(BluezMonitors, KeepABoundedNumberOfTransmitters) {
 }
 
 TEST_F(BluezMonitors, ATransmitterThatWasKnownBeforeIsAskedForOnce) {
-  bluez.appear();
-  bluez.addAdapter("hci0", true, true);
-  BusConnection other(loop, loop);
-  other.open(bus.address(), [] {});
-  sd_bus_call_method_async(other.bus(), nullptr, "org.bluez", "/org/bluez/hci0",
-                           "org.bluez.Adapter1", "StartDiscovery", nullptr, nullptr, "");
-  other.sent();
-  ASSERT_TRUE(waitFor([&] { return bluez.isDiscovering(); }));
-  bluez.advertise(kShow, rest(1));
+  const auto other = lookAroundBefore(true);
   scanWheneverPossible();
   makeCentral();
   ASSERT_TRUE(waitForScan());
