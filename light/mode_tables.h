@@ -244,7 +244,6 @@ struct ModeRow {
 inline constexpr Pause kDelayedFlash = drawnBetween({950, 50}, {3900, 1100});
 
 inline constexpr std::uint32_t kFrameRateMode = 9;
-inline constexpr std::uint32_t kGoboFadeMode = 10;
 inline constexpr std::uint32_t kGoboPulseMode = 11;
 inline constexpr std::uint32_t kGoboRandomPulseMode = 12;
 inline constexpr std::uint32_t kPixelMapMode = 21;

@@ -76,7 +76,7 @@ struct DecodeJob {
  private:
   void decode(const Sampling& sampling) const {
     if (!sampling.isWanted()) return;
-    const auto asset = videos.open(request.videoURL);
+    const auto asset = videos.open(request.videoPath);
     if (!asset) return;
     const int frameCount = pixelMapFrameCount(asset->durationSeconds());
     const int center = normalizedPixelMapFrameIndex(request.centerFrame, frameCount);
@@ -105,9 +105,9 @@ void LiveSampler::startPixelMapLiveSamplerForVideoURL(const LiveRequest& request
 }
 
 void LiveSampler::start(const LiveRequest& request, SerialQueue& queue) {
-  const auto asset = request.videoURL.empty() || request.cacheKey.empty()
+  const auto asset = request.videoPath.empty() || request.cacheKey.empty()
                          ? nullptr
-                         : videos_.open(request.videoURL);
+                         : videos_.open(request.videoPath);
   if (!asset) {
     stopPixelMapLiveSampler();
     return;

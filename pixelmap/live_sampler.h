@@ -38,7 +38,7 @@ struct LiveSamplerState {
 };
 
 struct LiveRequest {
-  std::string videoURL;
+  std::string videoPath;
   std::int64_t venueId;
   std::int64_t pixelMapId;
   std::string cacheKey;

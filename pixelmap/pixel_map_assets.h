@@ -22,7 +22,7 @@ struct PixelMapVideoEntry {
   /// The name of the map's folder.
   std::string mapId;
   /// Where its video is, for `VideoAssets` and `Files`.
-  std::string videoURL;
+  std::string videoPath;
 };
 
 /// Where the video directly in a map's folder of a bundle is; empty for none.

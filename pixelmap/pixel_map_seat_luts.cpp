@@ -234,7 +234,7 @@ void PixelMapSeatLuts::invalidatePixelMapSeatLUTCacheForVenueId(std::int64_t ven
       const auto here = jobs.lock();
       if (!here) return;
       for (const PixelMapVideoEntry& entry : entries)
-        here->maker.files().removeTables(entry.videoURL);
+        here->maker.files().removeTables(entry.videoPath);
     }
 
     std::weak_ptr<SeatLutJobs> jobs;

@@ -55,7 +55,7 @@ class SeatLutSource {
  public:
   virtual ~SeatLutSource() = default;
   /// No table where it has none of that video and seat.
-  virtual SeatLut find(std::string_view videoURL, SeatPosition seat) const = 0;
+  virtual SeatLut find(std::string_view videoPath, SeatPosition seat) const = 0;
 };
 
 /// The word of a frame that has no colour.

@@ -207,15 +207,15 @@ BuildEnd buildSeatTables(const VideoAsset& asset, std::span<const SeatPosition> 
   }
 }
 
-SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,
+SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoPath,
                                         SeatPosition seat, const BuildControl& control,
                                         BuildEnd* end) {
   BuildEnd ignored = BuildEnd::noVideo;
   BuildEnd& result = end != nullptr ? *end : ignored;
   result = BuildEnd::noVideo;
-  if (videoURL.empty()) return nullptr;
+  if (videoPath.empty()) return nullptr;
   try {
-    const auto asset = videos.open(videoURL);
+    const auto asset = videos.open(videoPath);
     if (!asset) return nullptr;
     const int frameCount = pixelMapFrameCount(asset->durationSeconds());
     std::vector<std::uint32_t> words(static_cast<std::size_t>(frameCount), kNoColourWord);
@@ -227,11 +227,11 @@ SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::st
   return nullptr;
 }
 
-SeatLut buildSeedPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,
+SeatLut buildSeedPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoPath,
                                             SeatPosition seat, std::int64_t centerFrame,
                                             std::int64_t radius) {
-  if (videoURL.empty()) return nullptr;
-  const auto asset = videos.open(videoURL);
+  if (videoPath.empty()) return nullptr;
+  const auto asset = videos.open(videoPath);
   if (!asset) return nullptr;
   const auto generator = asset->generator();
   if (!generator) return nullptr;

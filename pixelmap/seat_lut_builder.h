@@ -46,14 +46,14 @@ BuildEnd buildSeatTables(const VideoAsset& asset, std::span<const SeatPosition> 
 
 /// The whole table of one seat, or null. `end`, if given, receives how the build ended. Throws
 /// nothing that the control's own functions do not.
-SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,
+SeatLut buildPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoPath,
                                         SeatPosition seat, const BuildControl& control,
                                         BuildEnd* end = nullptr);
 
 /// The frames within `radius` of `centerFrame`, modulo the video's frames; the others have no
 /// colour. Null where none could be had. Unlike the whole table, a seat outside of the picture has
 /// no colour. Throws std::bad_alloc where memory is short.
-SeatLut buildSeedPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoURL,
+SeatLut buildSeedPixelMapSeatLUTForVideoURL(const VideoAssets& videos, const std::string& videoPath,
                                             SeatPosition seat, std::int64_t centerFrame,
                                             std::int64_t radius);
 

@@ -132,16 +132,16 @@ std::string pixelMapSeatLUTCacheKeyForVideoPath(std::string_view videoPath, Seat
 }
 
 std::optional<VideoFileSignature> SeatLutFiles::pixelMapVideoFileSignatureForURL(
-    const std::string& videoURL) const {
-  if (videoURL.empty()) return std::nullopt;
-  const std::optional<FileAttributes> attributes = files_.attributes(videoURL);
+    const std::string& videoPath) const {
+  if (videoPath.empty()) return std::nullopt;
+  const std::optional<FileAttributes> attributes = files_.attributes(videoPath);
   if (!attributes) return std::nullopt;
   return VideoFileSignature{attributes->size, attributes->modifiedAt};
 }
 
-std::string SeatLutFiles::pixelMapSeatLUTDirectoryURLForVideoURL(std::string_view videoURL) const {
-  if (videoURL.empty() || documents_.empty()) return {};
-  return documents_ + "/SeatLUTCache/" + fileNameBase64(videoURL);
+std::string SeatLutFiles::pixelMapSeatLUTDirectoryURLForVideoURL(std::string_view videoPath) const {
+  if (videoPath.empty() || documents_.empty()) return {};
+  return documents_ + "/SeatLUTCache/" + fileNameBase64(videoPath);
 }
 
 std::string SeatLutFiles::pixelMapSeatLUTFilenameForSeatX(SeatPosition seat,
@@ -150,45 +150,45 @@ std::string SeatLutFiles::pixelMapSeatLUTFilenameForSeatX(SeatPosition seat,
          std::string(extension);
 }
 
-std::string SeatLutFiles::pixelMapSeatLUTDataURLForVideoURL(std::string_view videoURL,
+std::string SeatLutFiles::pixelMapSeatLUTDataURLForVideoURL(std::string_view videoPath,
                                                             SeatPosition seat) const {
-  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoURL);
+  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoPath);
   return folder.empty() ? folder : folder + "/" + pixelMapSeatLUTFilenameForSeatX(seat, "bin");
 }
 
-std::string SeatLutFiles::pixelMapSeatLUTMetaURLForVideoURL(std::string_view videoURL,
+std::string SeatLutFiles::pixelMapSeatLUTMetaURLForVideoURL(std::string_view videoPath,
                                                             SeatPosition seat) const {
-  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoURL);
+  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoPath);
   return folder.empty() ? folder : folder + "/" + pixelMapSeatLUTFilenameForSeatX(seat, "json");
 }
 
 bool SeatLutFiles::persistPixelMapSeatLUTData(
-    const SeatLut& lut, const std::string& videoURL, SeatPosition seat,
+    const SeatLut& lut, const std::string& videoPath, SeatPosition seat,
     const std::optional<VideoFileSignature>& builtFrom) const {
-  if (videoURL.empty() || frameCountOf(lut) == 0) return false;
-  const auto signature = pixelMapVideoFileSignatureForURL(videoURL);
+  if (videoPath.empty() || frameCountOf(lut) == 0) return false;
+  const auto signature = pixelMapVideoFileSignatureForURL(videoPath);
   if (!signature || (builtFrom && *builtFrom != *signature)) return false;
-  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoURL);
+  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoPath);
   if (folder.empty() || !files_.makeFolder(folder)) return false;
-  return files_.replace(pixelMapSeatLUTDataURLForVideoURL(videoURL, seat),
+  return files_.replace(pixelMapSeatLUTDataURLForVideoURL(videoPath, seat),
                         bytesOfWords(lut.words())) &&
-         files_.replace(pixelMapSeatLUTMetaURLForVideoURL(videoURL, seat),
+         files_.replace(pixelMapSeatLUTMetaURLForVideoURL(videoPath, seat),
                         metaText(lut.words().size(), seat, *signature));
 }
 
-void SeatLutFiles::removeLeftovers(std::string_view videoURL) const {
-  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoURL);
+void SeatLutFiles::removeLeftovers(std::string_view videoPath) const {
+  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoPath);
   if (!folder.empty()) files_.removeLeftovers(folder + "/");
 }
 
-std::variant<SeatLut, SeatLutFault> SeatLutFiles::read(const std::string& videoURL,
+std::variant<SeatLut, SeatLutFault> SeatLutFiles::read(const std::string& videoPath,
                                                        SeatPosition seat) const {
-  const std::string dataURL = pixelMapSeatLUTDataURLForVideoURL(videoURL, seat);
-  const std::string metaURL = pixelMapSeatLUTMetaURLForVideoURL(videoURL, seat);
+  const std::string dataURL = pixelMapSeatLUTDataURLForVideoURL(videoPath, seat);
+  const std::string metaURL = pixelMapSeatLUTMetaURLForVideoURL(videoPath, seat);
   if (dataURL.empty()) return SeatLutFault::noVideo;
   if (!files_.attributes(dataURL)) return SeatLutFault::noDataFile;
   if (!files_.attributes(metaURL)) return SeatLutFault::noMetaFile;
-  const auto signature = pixelMapVideoFileSignatureForURL(videoURL);
+  const auto signature = pixelMapVideoFileSignatureForURL(videoPath);
   if (!signature) return SeatLutFault::noSignature;
 
   const auto text = files_.read(metaURL, kLargestMeta);
@@ -212,15 +212,15 @@ std::variant<SeatLut, SeatLutFault> SeatLutFiles::read(const std::string& videoU
   return wordsOfBytes(*data);
 }
 
-SeatLut SeatLutFiles::loadPersistedPixelMapSeatLUTForVideoURL(const std::string& videoURL,
+SeatLut SeatLutFiles::loadPersistedPixelMapSeatLUTForVideoURL(const std::string& videoPath,
                                                               SeatPosition seat) const {
-  auto result = read(videoURL, seat);
+  auto result = read(videoPath, seat);
   SeatLut* lut = std::get_if<SeatLut>(&result);
   return lut != nullptr ? std::move(*lut) : nullptr;
 }
 
-void SeatLutFiles::removeTables(std::string_view videoURL) const {
-  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoURL);
+void SeatLutFiles::removeTables(std::string_view videoPath) const {
+  const std::string folder = pixelMapSeatLUTDirectoryURLForVideoURL(videoPath);
   if (!folder.empty() && files_.attributes(folder)) files_.removeFolder(folder);
 }
 

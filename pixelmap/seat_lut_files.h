@@ -53,35 +53,37 @@ class SeatLutFiles {
 
   /// None where there is no such file.
   std::optional<VideoFileSignature> pixelMapVideoFileSignatureForURL(
-      const std::string& videoURL) const;
+      const std::string& videoPath) const;
 
   /// The folder of a video's tables; empty where there is no video or no documents folder. A path
   /// of more than 191 bytes has a name that common file systems cannot hold: its tables are never
   /// stored.
-  std::string pixelMapSeatLUTDirectoryURLForVideoURL(std::string_view videoURL) const;
+  std::string pixelMapSeatLUTDirectoryURLForVideoURL(std::string_view videoPath) const;
   static std::string pixelMapSeatLUTFilenameForSeatX(SeatPosition seat, std::string_view extension);
-  std::string pixelMapSeatLUTDataURLForVideoURL(std::string_view videoURL, SeatPosition seat) const;
-  std::string pixelMapSeatLUTMetaURLForVideoURL(std::string_view videoURL, SeatPosition seat) const;
+  std::string pixelMapSeatLUTDataURLForVideoURL(std::string_view videoPath,
+                                                SeatPosition seat) const;
+  std::string pixelMapSeatLUTMetaURLForVideoURL(std::string_view videoPath,
+                                                SeatPosition seat) const;
 
   /// Writes both files, the data first. With `builtFrom`, only if the video still has that
   /// signature: a file that was replaced while it was read must not lend its name to another's
   /// colours. False where anything failed.
-  bool persistPixelMapSeatLUTData(const SeatLut& lut, const std::string& videoURL,
+  bool persistPixelMapSeatLUTData(const SeatLut& lut, const std::string& videoPath,
                                   SeatPosition seat,
                                   const std::optional<VideoFileSignature>& builtFrom = {}) const;
 
   /// Removes what killed builds of a video's tables have left, which takes as long as listing its
   /// folder: once a build, not once a table.
-  void removeLeftovers(std::string_view videoURL) const;
+  void removeLeftovers(std::string_view videoPath) const;
 
   /// The table, or the first check that it does not pass.
-  std::variant<SeatLut, SeatLutFault> read(const std::string& videoURL, SeatPosition seat) const;
+  std::variant<SeatLut, SeatLutFault> read(const std::string& videoPath, SeatPosition seat) const;
   /// Null for a table that passes not every check.
-  SeatLut loadPersistedPixelMapSeatLUTForVideoURL(const std::string& videoURL,
+  SeatLut loadPersistedPixelMapSeatLUTForVideoURL(const std::string& videoPath,
                                                   SeatPosition seat) const;
 
   /// Removes every seat's tables of a video.
-  void removeTables(std::string_view videoURL) const;
+  void removeTables(std::string_view videoPath) const;
 
  private:
   Files& files_;

@@ -33,27 +33,27 @@ SeatLutMaker::SeatLutMaker(const Platform& platform, const SeatLutSource* ready)
       workers_(platform.workers),
       files_(platform.files, platform.json, platform.bundles->documents) {}
 
-SeatLut SeatLutMaker::findKept(const std::string& videoURL, SeatPosition seat,
+SeatLut SeatLutMaker::findKept(const std::string& videoPath, SeatPosition seat,
                                const std::string& key) {
   SeatLut lut = pixelMapSeatLUTCache_.find(key);
   if (lut) return lut;
-  lut = files_.loadPersistedPixelMapSeatLUTForVideoURL(videoURL, seat);
+  lut = files_.loadPersistedPixelMapSeatLUTForVideoURL(videoPath, seat);
   if (lut) pixelMapSeatLUTCache_.store(key, lut);
   return lut;
 }
 
-SeatLut SeatLutMaker::buildAndPersist(const std::string& videoURL, SeatPosition seat,
+SeatLut SeatLutMaker::buildAndPersist(const std::string& videoPath, SeatPosition seat,
                                       BuildEnd& end) noexcept {
   end = BuildEnd::noMemory;
   SeatLut lut;
   try {
-    const auto signature = files_.pixelMapVideoFileSignatureForURL(videoURL);
+    const auto signature = files_.pixelMapVideoFileSignatureForURL(videoPath);
     lut = buildPixelMapSeatLUTForVideoURL(
-        videos_, videoURL, seat,
+        videos_, videoPath, seat,
         {.workers = workers_, .isCancelled = [this] { return isEnding(); }}, &end);
     if (lut) {
-      files_.removeLeftovers(videoURL);
-      save(lut, videoURL, seat, signature);
+      files_.removeLeftovers(videoPath);
+      save(lut, videoPath, seat, signature);
     }
   } catch (...) {
     end = BuildEnd::noMemory;
@@ -62,25 +62,25 @@ SeatLut SeatLutMaker::buildAndPersist(const std::string& videoURL, SeatPosition 
   return lut;
 }
 
-void SeatLutMaker::save(const SeatLut& lut, const std::string& videoURL, SeatPosition seat,
+void SeatLutMaker::save(const SeatLut& lut, const std::string& videoPath, SeatPosition seat,
                         const std::optional<VideoFileSignature>& builtFrom) noexcept {
   bool isSaved = false;
   try {
-    isSaved = builtFrom && files_.persistPixelMapSeatLUTData(lut, videoURL, seat, builtFrom);
+    isSaved = builtFrom && files_.persistPixelMapSeatLUTData(lut, videoPath, seat, builtFrom);
   } catch (...) {
     // The table counts all the same.
   }
   if (!isSaved) count(SeatLutFailure::notSaved);
 }
 
-void SeatLutMaker::prepare(const std::string& videoURL, SeatPosition seat) noexcept {
+void SeatLutMaker::prepare(const std::string& videoPath, SeatPosition seat) noexcept {
   try {
-    if (ready_ != nullptr && ready_->find(videoURL, seat)) return;
-    SeatLut lut = files_.loadPersistedPixelMapSeatLUTForVideoURL(videoURL, seat);
+    if (ready_ != nullptr && ready_->find(videoPath, seat)) return;
+    SeatLut lut = files_.loadPersistedPixelMapSeatLUTForVideoURL(videoPath, seat);
     BuildEnd end = BuildEnd::built;
-    if (!lut) lut = buildAndPersist(videoURL, seat, end);
+    if (!lut) lut = buildAndPersist(videoPath, seat, end);
     if (!lut) return;
-    pixelMapSeatLUTCache_.store(pixelMapSeatLUTCacheKeyForVideoPath(videoURL, seat),
+    pixelMapSeatLUTCache_.store(pixelMapSeatLUTCacheKeyForVideoPath(videoPath, seat),
                                 std::move(lut));
   } catch (...) {
     count(SeatLutFailure::noMemory);

@@ -25,12 +25,12 @@ class SeatLutMaker {
   SeatLutMaker(const Platform& platform, const SeatLutSource* ready);
 
   /// From memory, else from disk and then also in memory; null for neither.
-  SeatLut findKept(const std::string& videoURL, SeatPosition seat, const std::string& key);
+  SeatLut findKept(const std::string& videoPath, SeatPosition seat, const std::string& key);
 
   /// Builds the table and keeps it on disk, as far as that is possible. On a queue.
-  SeatLut buildAndPersist(const std::string& videoURL, SeatPosition seat, BuildEnd& end) noexcept;
+  SeatLut buildAndPersist(const std::string& videoPath, SeatPosition seat, BuildEnd& end) noexcept;
   /// Sees to it that the table is ready, or on disk and in memory. On a queue.
-  void prepare(const std::string& videoURL, SeatPosition seat) noexcept;
+  void prepare(const std::string& videoPath, SeatPosition seat) noexcept;
 
   /// Lets a build that is under way end at its next frame, and those to come before their first.
   void end() { isEnding_ = true; }
@@ -43,7 +43,7 @@ class SeatLutMaker {
   SeatLutCache& cache() { return pixelMapSeatLUTCache_; }
 
  private:
-  void save(const SeatLut& lut, const std::string& videoURL, SeatPosition seat,
+  void save(const SeatLut& lut, const std::string& videoPath, SeatPosition seat,
             const std::optional<VideoFileSignature>& builtFrom) noexcept;
 
   const SeatLutSource* const ready_;

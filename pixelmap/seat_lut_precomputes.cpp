@@ -20,7 +20,7 @@ struct SeatLutPrecomputes::Job {
         here->tell(self);
         return;
       }
-      here->maker.prepare(video.videoURL, self->seat);
+      here->maker.prepare(video.videoPath, self->seat);
       ++self->done;
       here->tell(self);
     }

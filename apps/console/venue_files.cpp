@@ -19,7 +19,7 @@ std::unique_ptr<CrowdVenue> readVenueFiles(const VenueOrder& order, const VideoA
   std::vector<int> frames;
   int allFrames = 0;
   for (const PixelMapVideoEntry& map : order.maps) {
-    const auto video = videos.open(map.videoURL);
+    const auto video = videos.open(map.videoPath);
     frames.push_back(video ? pixelMapFrameCount(video->durationSeconds()) : 0);
     allFrames += frames.back();
   }

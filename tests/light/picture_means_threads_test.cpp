@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "adapters/virtual/virtual_files.h"
+#include "adapters/virtual/virtual_storage.h"
 #include "light/picture_means.h"
 #include "tests/support/pixmap_decoder.h"
 #include "tests/support/side_by_side.h"
@@ -13,7 +14,8 @@ TEST(PictureMeansThreads, AskAndKeepSideBySide) {
   VirtualFiles files;
   files.put("/white.png", pixmapOf(4, 4, 255, 255, 255));
   const PixmapDecoder decoder;
-  PictureMeans means(files, decoder);
+  const VirtualBundle host("com.example.host");
+  PictureMeans means(Pictures(files, host, decoder));
   const PictureMeans::Sums white = means.read("/white.png");
   sideBySide({[&] { means.of("/lacking.png", {}); }, [&] { means.has("/white.png"); },
               [&] { means.keep("/white.png", white); }});

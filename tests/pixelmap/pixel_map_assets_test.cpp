@@ -45,7 +45,7 @@ class PixelMapAssetsTest : public testing::Test {
   std::vector<std::string> entries() const {
     std::vector<std::string> texts;
     for (const auto& entry : assets_.pixelMapVideoEntriesForVenueId(7)) {
-      texts.push_back(entry.mapId + " " + entry.videoURL);
+      texts.push_back(entry.mapId + " " + entry.videoPath);
     }
     return texts;
   }

@@ -66,8 +66,8 @@ class PixelMapBench {
 
   /// Tables that are ready before all else, by "video|x|y".
   struct ReadyTables final : SeatLutSource {
-    SeatLut find(std::string_view videoURL, SeatPosition seat) const override {
-      const auto found = tables.find(pixelMapSeatLUTCacheKeyForVideoPath(videoURL, seat));
+    SeatLut find(std::string_view videoPath, SeatPosition seat) const override {
+      const auto found = tables.find(pixelMapSeatLUTCacheKeyForVideoPath(videoPath, seat));
       return found == tables.end() ? nullptr : found->second;
     }
     std::map<std::string, SeatLut> tables;

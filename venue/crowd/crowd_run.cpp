@@ -259,7 +259,7 @@ Failure CrowdRun::buildTables() {
 }
 
 Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
-  const auto asset = outside_.videos.open(map.videoURL);
+  const auto asset = outside_.videos.open(map.videoPath);
   const int frames = asset ? pixelMapFrameCount(asset->durationSeconds()) : 1;
   std::string kept;
   if (!request_.tables.empty()) kept = venue_->keptFile(request_.tables, map, frames, files_);
@@ -279,7 +279,7 @@ Failure CrowdRun::buildTable(const PixelMapVideoEntry& map) {
       }
       return std::nullopt;
     case VenueTables::End::noVideo:
-      return unusable(map.videoURL + ": cannot be read as a video");
+      return unusable(map.videoPath + ": cannot be read as a video");
     case VenueTables::End::noRoom:
       return failed("no room for the seat tables in the temporary folder");
     case VenueTables::End::cancelled:

@@ -124,10 +124,10 @@ VenueTables::End CrowdVenue::build(const PixelMapVideoEntry& map, const VideoAss
 // As the kit's own tables, they count for a video of that size and time only.
 std::string CrowdVenue::keptFile(const std::string& folder, const PixelMapVideoEntry& map,
                                  int frames, const Files& files) const {
-  const auto video = files.attributes(map.videoURL);
+  const auto video = files.attributes(map.videoPath);
   if (!video) return {};
   PackedWriter key;
-  key.text(map.videoURL);
+  key.text(map.videoPath);
   key.number(video->size);
   key.signedNumber(static_cast<std::int64_t>(video->modifiedAt * 1e6));
   key.number(static_cast<std::uint64_t>(frames));
@@ -143,12 +143,12 @@ bool CrowdVenue::takeKept(const PixelMapVideoEntry& map, int frames, const std::
   auto kept = MappedFile::open(file, sizeOfRoom(words));
   if (!kept || !isSealed(kept->bytes())) return false;
   rooms_.push_back(std::move(*kept));
-  tables_.adopt(map.videoURL, wordsOf(rooms_.back(), words), frames);
+  tables_.adopt(map.videoPath, wordsOf(rooms_.back(), words), frames);
   return true;
 }
 
 bool CrowdVenue::keep(const PixelMapVideoEntry& map, const std::string& file, Files& files) const {
-  const auto* const block = tables_.block(map.videoURL);
+  const auto* const block = tables_.block(map.videoPath);
   if (block == nullptr) return false;
   const auto room = std::ranges::find(rooms_, std::as_bytes(block->words).data(),
                                       [](const MappedFile& one) { return one.bytes().data(); });

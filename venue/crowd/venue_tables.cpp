@@ -32,7 +32,7 @@ std::size_t VenueTables::slotOf(SeatPosition seat) const {
 
 VenueTables::End VenueTables::build(const PixelMapVideoEntry& map, const VideoAssets& videos,
                                     const BuildControl& control, const Room& room) {
-  const auto asset = videos.open(map.videoURL);
+  const auto asset = videos.open(map.videoPath);
   if (!asset) return End::noVideo;
   const int frameCount = pixelMapFrameCount(asset->durationSeconds());
   const std::size_t size = seats_.size() * static_cast<std::size_t>(frameCount);
@@ -40,7 +40,7 @@ VenueTables::End VenueTables::build(const PixelMapVideoEntry& map, const VideoAs
   if (words.size() != size) return End::noRoom;
   switch (buildSeatTables(*asset, seats_, words, control)) {
     case BuildEnd::built:
-      blocks_[map.videoURL] = {words, frameCount};
+      blocks_[map.videoPath] = {words, frameCount};
       return End::built;
     case BuildEnd::cancelled:
       return End::cancelled;
@@ -53,14 +53,14 @@ VenueTables::End VenueTables::build(const PixelMapVideoEntry& map, const VideoAs
   return End::noVideo;
 }
 
-SeatLut VenueTables::find(std::string_view videoURL, SeatPosition seat) const {
-  const Block* const tables = block(videoURL);
+SeatLut VenueTables::find(std::string_view videoPath, SeatPosition seat) const {
+  const Block* const tables = block(videoPath);
   const auto row = rowOf(seat);
   return tables != nullptr && row ? SeatLut(tables->row(*row), nullptr) : nullptr;
 }
 
-const VenueTables::Block* VenueTables::block(std::string_view videoURL) const {
-  const auto found = blocks_.find(videoURL);
+const VenueTables::Block* VenueTables::block(std::string_view videoPath) const {
+  const auto found = blocks_.find(videoPath);
   return found == blocks_.end() ? nullptr : &found->second;
 }
 

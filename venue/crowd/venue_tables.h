@@ -33,13 +33,13 @@ class VenueTables final : public SeatLutSource {
             const Room& room);
 
   /// Adds tables that were built before: a row of so many words a place.
-  void adopt(const std::string& videoURL, std::span<const std::uint32_t> words, int frameCount) {
-    blocks_[videoURL] = {words, frameCount};
+  void adopt(const std::string& videoPath, std::span<const std::uint32_t> words, int frameCount) {
+    blocks_[videoPath] = {words, frameCount};
   }
   /// The places, each once; in the order of the rows.
   std::span<const SeatPosition> places() const { return seats_; }
 
-  SeatLut find(std::string_view videoURL, SeatPosition seat) const override;
+  SeatLut find(std::string_view videoPath, SeatPosition seat) const override;
 
   /// The tables of one map, a row of `frameCount` words for each place.
   struct Block {
@@ -52,7 +52,7 @@ class VenueTables final : public SeatLutSource {
     }
   };
   /// Null for a video without.
-  const Block* block(std::string_view videoURL) const;
+  const Block* block(std::string_view videoPath) const;
   /// The row of a seat in every block; none for a seat that has no table.
   std::optional<std::size_t> rowOf(SeatPosition seat) const;
   std::size_t seatCount() const { return seats_.size(); }
