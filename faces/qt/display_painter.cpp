@@ -21,12 +21,12 @@ QFont fontOf(const DisplayItem& item) {
 
 QString textOf(const DisplayItem& item) { return QString::fromStdString(item.text); }
 
-// The kit's pixels, copied where Qt can draw them fast.
+// The kit's pixels in a form of Qt's own, as its reader of files makes them.
 QImage pictureOf(const Image& image) {
   const auto width = static_cast<int>(image.width);
   return QImage(image.rgba.data(), width, static_cast<int>(image.height), qsizetype{4} * width,
                 QImage::Format_RGBA8888)
-      .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+      .convertToFormat(QImage::Format_ARGB32);
 }
 
 // The part of a picture that covers a frame of that shape without distortion.

@@ -147,6 +147,22 @@ TEST_F(LightSurfaceTest, DrawsAPictureOfABundleThatHasNoFolder) {
   EXPECT_NEAR(seenInTheMiddle().red(), 128, 2);
 }
 
+// Whoever compared a show's pictures with those of another build would see it at each edge.
+TEST_F(LightSurfaceTest, APictureIsWhatQtsOwnReaderMakesOfIt) {
+  QImage soft(40, 40, QImage::Format_ARGB32);
+  for (int y = 0; y < 40; ++y) {
+    for (int x = 0; x < 40; ++x) soft.setPixel(x, y, qRgba(6 * x, 6 * y, 99, (x * y) % 256));
+  }
+  host.resources["HVAssets/Gobos/1.png"] = pngOf(soft);
+  DisplayItem item;
+  item.content = ViewContent::image;
+  item.text = "HVAssets/Gobos/1.png";
+  const QImage ours = pictureOf(item, pictures);
+  const QImage qts = pictureOf(item, Pictures(files, host, absent::images()));
+  EXPECT_EQ(ours.format(), qts.format());
+  EXPECT_EQ(ours, qts);
+}
+
 TEST_F(LightSurfaceTest, HasQtDecodeWhatThePhoneHasNoDecoderFor) {
   host.resources["HVAssets/Gobos/1.png"] = pngOf(starOf(40));
   surface.setLight(Light(views), Pictures(files, host, absent::images()));
