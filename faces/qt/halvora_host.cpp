@@ -38,11 +38,14 @@ HalvoraHost::~HalvoraHost() {
   }
 }
 
+// Whoever hears that the one before is dark may have destroyed the new one, or have installed
+// another host, and destroyed this one.
 void HalvoraHost::enter(HalvoraViewItem& item) {
+  const QPointer<HalvoraHost> self(this);
   HalvoraViewItem* const before = items_.empty() ? nullptr : items_.back();
   items_.push_back(&item);
   if (before != nullptr) before->setShown(false);
-  item.setShown(true);
+  if (self && !items_.empty() && items_.back() == &item) item.setShown(true);
 }
 
 void HalvoraHost::leave(HalvoraViewItem& item) {
@@ -50,8 +53,9 @@ void HalvoraHost::leave(HalvoraViewItem& item) {
   const bool hadIt = items_.back() == &item;
   std::erase(items_, &item);
   if (!hadIt) return;
+  const QPointer<HalvoraHost> self(this);
   item.setShown(false);
-  if (!items_.empty()) items_.back()->setShown(true);
+  if (self && !items_.empty()) items_.back()->setShown(true);
 }
 
 }  // namespace halvora

@@ -108,8 +108,7 @@ void HalvoraViewItem::setShown(bool shown) {
     const VideoPlayers& players = host_->platform().videoPlayers;
     setClips(pictureOf(players.a), pictureOf(players.b));
     layOut();
-    lookAtStatusBar();
-    lookAtTrust();
+    lookAtEngine();
     return;
   }
   setLight(std::nullopt);
@@ -123,8 +122,14 @@ void HalvoraViewItem::setShown(bool shown) {
     engine->halvoraView = nullptr;
     engine->viewWillLayoutSubviews(std::nullopt);
   }
+  lookAtEngine();
+}
+
+// Whoever hears of the bar may have destroyed the item.
+void HalvoraViewItem::lookAtEngine() {
+  const QPointer<HalvoraViewItem> self(this);
   lookAtStatusBar();
-  lookAtTrust();
+  if (self) lookAtTrust();
 }
 
 void HalvoraViewItem::forgetHost() {
@@ -199,8 +204,10 @@ void HalvoraViewItem::applyAir() {
       if (!hasCipher) error = QStringLiteral("no cipher for show keys on this phone");
     }
   }
+  const QPointer<HalvoraViewItem> self(this);
   if (HalvoraViewController* const engine = controller()) engine->setAir(air);
-  lookAtTrust();
+  if (self) lookAtTrust();
+  if (!self) return;
   if (!error.isEmpty()) qmlWarning(this) << error;
   if (std::exchange(showKeyError_, error) != error) emit showKeyErrorChanged();
 }

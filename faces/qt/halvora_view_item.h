@@ -120,6 +120,7 @@ class HalvoraViewItem : public halvora::LightSurface {
   void lightEnds() override;
   /// A show has started or stopped, whichever signal says so.
   void tellShow(void (HalvoraViewItem::*signal)());
+  void lookAtEngine();
   void lookAtStatusBar();
   void lookAtPresence();
   template <class Value>
@@ -128,8 +129,10 @@ class HalvoraViewItem : public halvora::LightSurface {
     if (isSame) return;
     value = wanted;
     hasAir_ = true;
+    // Whoever hears of its trust or its key may have destroyed the item.
+    const QPointer<HalvoraViewItem> self(this);
     if (isComponentComplete()) applyAir();
-    emit airChanged();
+    if (self) emit airChanged();
   }
   void applyAir();
   void lookAtTrust();

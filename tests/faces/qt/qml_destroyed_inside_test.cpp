@@ -3,6 +3,7 @@
 // puts another engine in its place.
 #include <QAction>
 #include <QObject>
+#include <QUrl>
 #include <functional>
 #include <memory>
 #include <string>
@@ -206,6 +207,29 @@ TEST_F(QmlDestroyedInside, TheWindowGoesWithTheWholeScreenThatTheOldEngineHad) {
   first.reset();
   settle();
   EXPECT_EQ(&HalvoraHost::of(qml).controller(), second.engine.get());
+}
+
+TEST_F(QmlDestroyedInside, TheWindowGoesWithTheWordOfAKeyThatCannotBeRead) {
+  bool hasHeard = false;
+  QObject::connect(&light(), &HalvoraViewItem::airChanged, qApp, [&] { hasHeard = true; });
+  QObject::connect(&light(), &HalvoraViewItem::showKeyErrorChanged, qApp,
+                   [this] { placed.reset(); });
+  light().setShowKeyFile(QUrl::fromLocalFile(QStringLiteral("/nowhere/show.key")));
+  EXPECT_EQ(placed, nullptr);
+  EXPECT_FALSE(hasHeard) << "nobody is left to say it";
+}
+
+TEST_F(QmlDestroyedInside, AnEngineIsInstalledWhileAnotherItemTakesTheView) {
+  first->hear(3);
+  first->phone.loop.runFor(milliseconds(1500));
+  ASSERT_EQ(placed->window().property("isWhole"), true);
+  QObject::connect(&light(), &HalvoraViewItem::statusBarHiddenChanged, qApp,
+                   [this] { install(second); });
+  QmlWindow late(qml, kHost);
+  EXPECT_EQ(&HalvoraHost::of(qml).controller(), second.engine.get());
+  first.reset();
+  settle();
+  placed.reset();
 }
 
 TEST_F(QmlDestroyedInside, AThirdEngineIsInstalledByWhoeverHearsOfTheSecond) {
