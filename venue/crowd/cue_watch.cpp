@@ -13,6 +13,9 @@ namespace {
 constexpr std::pair<int, const char*> kNamedShares[] = {
     {50, "shownBy50"}, {95, "shownBy95"}, {99, "shownBy99"}};
 
+/// A show's times are written down with six places.
+constexpr Duration kRounding = milliseconds(1);
+
 void writeText(PrettyJsonWriter& writer, std::string_view text) {
   writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
@@ -41,24 +44,31 @@ void writeShares(PrettyJsonWriter& writer, const CueTally::Delays& delays) {
   }
 }
 
+// Its numbers may go on from the last one with the first.
+bool isOf(const WatchedCue& cue, const AirPacket& packet) {
+  if (!packet.broadcast) return false;
+  const auto from = static_cast<std::uint16_t>(packet.broadcast->sequence - cue.firstSequence);
+  return from <= static_cast<std::uint16_t>(cue.lastSequence - cue.firstSequence);
+}
+
 }  // namespace
 
 void CueTally::add(const CueTally& other) {
   for (const auto& [section, delays] : other.sections) addAll(sections[section], delays);
 }
 
-// A controller may leave out a cue's first packets; the first that is on the air counts.
+// A controller may leave out a cue's first packets; the first that is on the air counts. Numbers
+// come round in a long show, so a cue is looked for from its beginning until the next one's.
 CueWatch::CueWatch(std::vector<WatchedCue> cues, const Air& air, std::span<const CrowdSeat> phones)
     : cues_(std::move(cues)), phones_(phones), cueOf_(air.looks().size(), kNoCue) {
-  std::map<std::uint16_t, std::uint32_t> lookOf;
-  for (const Sent& sent : air.sent()) {
-    const auto& broadcast = air.packet(sent).broadcast;
-    if (broadcast) lookOf.try_emplace(broadcast->sequence, sent.look);
-  }
+  const std::span<const Sent> sent = air.sent();
   for (std::size_t cue = 0; cue < cues_.size(); ++cue) {
-    const auto first = lookOf.lower_bound(cues_[cue].firstSequence);
-    if (first == lookOf.end() || first->first > cues_[cue].lastSequence) continue;
-    if (cueOf_[first->second] == kNoCue) cueOf_[first->second] = static_cast<std::uint32_t>(cue);
+    const bool isLast = cue + 1 == cues_.size();
+    const Duration end = isLast ? Duration::max() : cues_[cue + 1].begin;
+    auto at = std::ranges::lower_bound(sent, cues_[cue].begin - kRounding, {}, &Sent::time);
+    while (at != sent.end() && at->time < end && !isOf(cues_[cue], air.packet(*at))) ++at;
+    if (at == sent.end() || at->time >= end || cueOf_[at->look] != kNoCue) continue;
+    cueOf_[at->look] = static_cast<std::uint32_t>(cue);
   }
   delays_.assign(cues_.size() * phones_.size(), CueTally::kNever);
 }

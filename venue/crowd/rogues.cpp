@@ -62,8 +62,10 @@ Data aheadStream(const RogueSight& sight) { return dataOf(strobe(sight, 200)); }
 Data twin(const RogueSight& sight) { return dataOf(strobe(sight, 0)); }
 
 // The true look, so that nobody sees what goes on, under numbers that the show takes long to reach.
+// Begun before the show, it holds whatever is heard first.
 Data freeze(const RogueSight& sight) {
-  Broadcast look = sight.show.at(sight.begin)->fields;
+  const Moment* const then = sight.show.at(sight.begin);
+  Broadcast look = (then != nullptr ? *then : sight.now).fields;
   look.sequence = static_cast<std::uint16_t>(look.sequence + 1000 + sofar(sight));
   return dataOf(look);
 }

@@ -133,6 +133,17 @@ TEST(Rogues, HaveNothingToSendBeforeTheShow) {
   EXPECT_EQ(withRogues(scenario, truth, {&*rogue, 1}).lines.size(), scenario.lines.size());
 }
 
+TEST(Rogues, ThatBeginBeforeTheShowActOnItsFirstLook) {
+  const Scenario scenario = show();
+  const TrueShow truth(scenario, kEnd);
+  for (const RogueKind& kind : rogueKinds()) {
+    const auto rogue = rogueOf(std::string(kind.name) + "@0");
+    for (const ScenarioLine& line : withRogues(scenario, truth, {&*rogue, 1}).lines) {
+      EXPECT_GE(line.at, 2) << kind.name;
+    }
+  }
+}
+
 TEST(SignedShow, SignsEachRepeatForItsMinute) {
   const PlainCodes codes;
   const auto code = codes.withKey(ShowKey(std::array<std::uint8_t, ShowKey::kSize>{}));
