@@ -140,6 +140,17 @@ def rows(found):
             yield cells, all(met for _, met in wanted)
 
 
+def not_measured(found):
+    """What the table is to have and the program has not: a check that is not made is not met."""
+    for topic, (_, targets) in TOPICS.items():
+        if topic not in found and f"{topic}/{ENGINE}" not in found:
+            yield topic
+            continue
+        for reference in targets.get("ratio", {}):
+            if f"{topic}/{reference}" not in found:
+                yield f"{topic}/{reference}"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("--program", default=ROOT / "build" / "release" / "bin" / "halvora_bench")
@@ -151,11 +162,16 @@ def main():
     if not Path(options.program).is_file():
         sys.exit("no such program; build it: cmake --preset release && "
                  "cmake --build --preset release --target halvora_bench")
-    measured = list(rows(measure(options)))
+    found = measure(options)
+    measured = list(rows(found))
     head = ["what", "engine", "reference", "takes", "ratio", "target", "an engine's round"]
     print_table([head, *(cells for cells, _ in measured)],
                 ["---", "--:", "---", "--:", "--:", "---", "---"], options.markdown)
-    return 0 if measured and all(is_met for _, is_met in measured) else 1
+    lacking = list(not_measured(found)) if options.filter == "." else []
+    for name in lacking:
+        print(f"not measured: {name}", file=sys.stderr)
+    is_good = measured and not lacking and all(is_met for _, is_met in measured)
+    return 0 if is_good else 1
 
 
 if __name__ == "__main__":

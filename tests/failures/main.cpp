@@ -268,6 +268,7 @@ class Runner {
   void kill(const KillCase& one) {
     const std::uint64_t deaths = options_.kills.value_or(options_.all ? 1000 : 40);
     const Kills kills = runKills(one, (root_ / "work").string(), deaths, options_.seed);
+    tried_ += kills.deaths;
     std::printf("%-26s %llu deaths, %llu ends before one%s%s\n", one.name,
                 static_cast<unsigned long long>(kills.deaths),
                 static_cast<unsigned long long>(kills.ends), kills.flaw.empty() ? "" : ": ",
@@ -282,6 +283,8 @@ class Runner {
   }
 
   bool isGood() const { return failures_ == 0; }
+  /// Failures and deaths that came.
+  std::uint64_t tried() const { return tried_; }
 
   void print() const {
     std::printf("\n%-26s %-14s %8s %8s %8s %8s %8s\n", "case", "failure", "calls", "injected",
@@ -360,7 +363,9 @@ class Runner {
     tally.calls = most;
     for (const std::uint64_t n : numbers(kind, most)) {
       const std::string flaw = child(one, {&kind, n, isForGood});
-      tally.injected += std::max<std::uint64_t>(record->injected, flaw.empty() ? 0 : 1) > 0;
+      const bool isTried = record->injected > 0 || !flaw.empty();
+      tally.injected += isTried;
+      tried_ += isTried;
       if (!flaw.empty()) {
         ++tally.wrong;
         report(one, &kind, isForGood, n, flaw);
@@ -401,6 +406,7 @@ class Runner {
   const fs::path root_;
   std::map<std::pair<std::string, std::string>, Tally> tallies_;
   std::uint64_t failures_ = 0;
+  std::uint64_t tried_ = 0;
 };
 
 std::optional<Options> read(int count, char** words) {
@@ -418,6 +424,7 @@ std::optional<Options> read(int count, char** words) {
       options.onlyKind = value();
     } else if (word == "--mode") {
       options.onlyMode = value();
+      if (options.onlyMode != "once" && options.onlyMode != "good") return std::nullopt;
     } else if (word == "--n") {
       options.n = std::strtoull(value().c_str(), nullptr, 10);
     } else if (word == "--sample") {
@@ -476,7 +483,9 @@ int runAll(const Options& options) {
   }
   runner.print();
   if (met == 0) std::printf("FAILED: no such case\n");
-  return runner.isGood() && met > 0 ? 0 : 1;
+  const bool hasTried = runner.tried() > 0;
+  if (met > 0 && !hasTried) std::printf("FAILED: nothing was made to fail\n");
+  return runner.isGood() && hasTried ? 0 : 1;
 }
 
 }  // namespace

@@ -170,6 +170,64 @@ TEST_F(AudienceTest, TheSystemsWishOnlyTightens) {
   EXPECT_EQ(engine.viewerLimits(), kGentleLight);
 }
 
+TEST_F(AudienceTest, WhatTheHostSetsLaterHoldsAtOnce) {
+  make();
+  audience->setFields({.reducesFlashing = true, .textColour = kBlack});
+  EXPECT_EQ(engine.viewerLimits(), LightLimits{.flash = FlashPolicy::limited});
+  EXPECT_EQ(audience->views().title.colour, kBlack);
+  EXPECT_EQ(audience->stage(), AudienceStage::asked);
+  audience->setFields({.asksBeforeJoining = false});
+  EXPECT_EQ(audience->stage(), AudienceStage::joined) << "nobody is to be asked any more";
+  EXPECT_EQ(engine.viewerLimits(), LightLimits{});
+  audience->leave();
+  audience->setFields({.asksBeforeJoining = false});
+  EXPECT_EQ(audience->stage(), AudienceStage::left) << "who went is not brought back";
+}
+
+TEST_F(AudienceTest, TheChoiceOfGentleLightIsKeptAtOnce) {
+  make();
+  const auto before = phone.defaults.synchronisations;
+  audience->setGentle(true);
+  EXPECT_EQ(phone.defaults.synchronisations, before + 1);
+  audience->setGentle(true);
+  EXPECT_EQ(phone.defaults.synchronisations, before + 1) << "it was chosen already";
+}
+
+TEST_F(AudienceTest, WordsAndButtonsAreAsLargeAndAsClearInEveryStage) {
+  const auto expectWords = [](const StatusText& label, double size, FontWeight weight) {
+    EXPECT_EQ(label.font, (Font{"", size, weight})) << label.text;
+    EXPECT_EQ(label.colour, kBlack) << label.text;
+    EXPECT_FALSE(label.text.empty());
+  };
+  const auto expectButton = [](const Button& button, Colour ground, Colour title) {
+    EXPECT_EQ(button.font, (Font{"", 17, FontWeight::regular})) << button.title;
+    EXPECT_EQ(button.height, 48) << "a finger's width";
+    EXPECT_EQ(button.cornerRadius, 8);
+    EXPECT_EQ(button.background, ground) << button.title;
+    EXPECT_EQ(button.titleColour, title) << button.title;
+    EXPECT_FALSE(button.title.empty());
+  };
+  make({.textColour = kBlack, .actionButtonColour = kWhite, .actionButtonTitleColour = kBlack});
+  for (const AudienceStage stage :
+       {AudienceStage::asked, AudienceStage::joined, AudienceStage::left, AudienceStage::out}) {
+    if (stage == AudienceStage::joined) audience->join();
+    if (stage == AudienceStage::left) audience->leave();
+    if (stage == AudienceStage::out) audience->stayOut();
+    ASSERT_EQ(audience->stage(), stage);
+    const AudienceViews& views = audience->views();
+    expectWords(views.title, 24, FontWeight::bold);
+    expectWords(views.message, 16, FontWeight::regular);
+    expectWords(views.batteryLabel, 15, FontWeight::semibold);
+    expectWords(views.gentleLabel, 17, FontWeight::semibold);
+    expectWords(views.gentleNote, 14, FontWeight::regular);
+    const Colour quiet = colourOfBytes(94, 94, 102);
+    expectButton(views.joinButton, kWhite, kBlack);
+    expectButton(views.stayOutButton, quiet, kWhite);
+    expectButton(views.leaveButton, quiet, kWhite);
+    expectButton(views.comeBackButton, quiet, kWhite);
+  }
+}
+
 TEST_F(AudienceTest, KeysAndTapsMeanTheShowWhileThereIsOne) {
   make().join();
   EXPECT_FALSE(audience->isInShow());

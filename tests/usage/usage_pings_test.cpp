@@ -195,6 +195,39 @@ TEST_F(UsagePingsTest, IdentifiersWithCharactersThatNoUrlHasAreInvalid) {
   }
 }
 
+TEST_F(UsagePingsTest, EveryCharacterThatAUrlMayHaveIsSent) {
+  applicationId_ = "azAZ09-._~:/?#[]@!$&'()*+,;=%";
+  pings().recievedSignal();
+  EXPECT_EQ(http_.log.entries, Urls{"https://signals.example/?appID=" + applicationId_});
+}
+
+TEST_F(UsagePingsTest, OneEndpointIsEnough) {
+  const UsageEndpoints all = endpoints_;
+  for (std::string UsageEndpoints::*const endpoint :
+       {&UsageEndpoints::appOpened, &UsageEndpoints::device, &UsageEndpoints::receivedSignal}) {
+    endpoints_ = {};
+    endpoints_.*endpoint = all.*endpoint;
+    defaults_ = {};
+    UsagePings usage = pings();
+    usage.appOpened();
+    usage.recievedSignal();
+    EXPECT_EQ(http_.log.drain(), Urls{all.*endpoint + "/?appID=com.example.host"});
+  }
+}
+
+TEST_F(UsagePingsTest, TheFarthestDateIsStillOne) {
+  for (const double seconds : {1e12, -1e12}) {
+    goTo(seconds);
+    defaults_.setFromOutside(kSignalKey, DefaultsValue(seconds));
+    pings().recievedSignal();
+    EXPECT_EQ(http_.log.drain(), Urls{}) << "it was today";
+    goTo(seconds * (1 + 1e-12));
+    defaults_.setFromOutside(kSignalKey, DefaultsValue(seconds * (1 + 1e-12)));
+    pings().recievedSignal();
+    EXPECT_EQ(http_.log.drain().size(), 1U) << "no calendar takes it";
+  }
+}
+
 TEST_F(UsagePingsTest, TheIdentifierIsInsertedAsItIs) {
   applicationId_ = "a&b=c/d?e#f+g";
   pings().recievedSignal();
