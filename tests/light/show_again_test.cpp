@@ -51,6 +51,7 @@ TEST(ShowAgain, Modes15To20ShowNothingWhileAPaletteIsActive) {
     for (const std::uint32_t palette : {1U, 50U}) {
       LightRoom room;
       room.colour.currentPaletteId = palette;
+      room.state.lastTurnOn = room.state.effectOn = true;
       EXPECT_EQ(shownAgain(room, mode), Events{}) << mode << " palette " << palette;
     }
   }

@@ -323,5 +323,31 @@ TEST_F(ViewStackTest, AThousandAnimationsLeaveNothingBehind) {
   EXPECT_EQ(loop_.turns(), turns);
 }
 
+struct Face final : LightObserver {
+  void lightChanged() override { ++told; }
+  void lightEnds() override {}
+  int told = 0;
+};
+
+TEST_F(ViewStackTest, AFaceHearsOfWhateverMayBeSeen) {
+  Face face;
+  views_.setFace(&face);
+  const auto isTold = [&face](const auto& act) {
+    const int before = face.told;
+    act();
+    return face.told > before;
+  };
+  const AnimationTiming second{milliseconds(1000), {}, "fade"};
+  EXPECT_TRUE(isTold([&] { views_.setAlpha(kView, 0.5); }));
+  EXPECT_TRUE(isTold([&] { views_.animateAlpha({{kView, 1}}, second); }));
+  EXPECT_TRUE(isTold([&] { views_.setHidden(kView, true); }));
+  EXPECT_TRUE(isTold([&] { views_.setText(ViewId::goboImage, std::string("/star.png")); }));
+  EXPECT_TRUE(isTold([&] { views_.setLightColour(kWhite); }));
+  EXPECT_TRUE(isTold([&] { views_.animateLight(kBlack, milliseconds(1000), {}); }));
+  EXPECT_TRUE(isTold([&] { views_.lookAgain(); }));
+  views_.setFace(nullptr);
+  EXPECT_FALSE(isTold([&] { views_.setLightColour(kWhite); }));
+}
+
 }  // namespace
 }  // namespace halvora

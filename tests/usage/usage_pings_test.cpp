@@ -207,7 +207,8 @@ TEST_F(UsagePingsTest, OneEndpointIsEnough) {
        {&UsageEndpoints::appOpened, &UsageEndpoints::device, &UsageEndpoints::receivedSignal}) {
     endpoints_ = {};
     endpoints_.*endpoint = all.*endpoint;
-    defaults_ = {};
+    defaults_.remove(kDeviceKey);
+    defaults_.remove(kSignalKey);
     UsagePings usage = pings();
     usage.appOpened();
     usage.recievedSignal();
