@@ -282,6 +282,16 @@ TEST_F(GuardedAir, AnotherTransmitterTakesOverWhereTheFirstIsNotHeardAnyMore) {
   }
 }
 
+TEST_F(GuardedAir, TheOneThatTakesOverIsObeyedFromItsFirstNewNumberOn) {
+  const auto second = [](int sequence, int mode) {
+    return trueLook(sequence, mode, {{&B::transmitter, 8}});
+  };
+  bench_.repeat(trueLook(10, 3), 4000, [&] { bench_.hear(second(10, 3)); });
+  bench_.repeat(second(10, 3), 4000);
+  bench_.hear(second(11, 4));
+  EXPECT_EQ(bench_.mode(), 4U);
+}
+
 TEST_F(GuardedAir, LeavesAVenueWhoseShowOnlyStrangersGoOnWith) {
   AirOptions options = guardedAir();
   options.applicationId = 258;

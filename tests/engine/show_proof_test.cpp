@@ -185,6 +185,24 @@ TEST_F(Flood, TenASecondAreNone) {
   EXPECT_EQ(bench_.mode(), 4U);
 }
 
+TEST_F(Flood, EachSecondIsCountedByItself) {
+  flood(6);
+  bench_.runFor(1000);
+  flood(6);
+  bench_.hearSigned(trueLook(2, 4));
+  EXPECT_EQ(bench_.mode(), 4U) << "six in each of two seconds are none";
+}
+
+TEST_F(Flood, GoesOnForTheSecondAfterIt) {
+  bench_.hearSigned(trueLook(1, 3));
+  flood(11);
+  bench_.runFor(1000);
+  flood(1);
+  bench_.hearSigned(trueLook(2, 4));
+  EXPECT_EQ(bench_.mode(), 3U);
+  EXPECT_EQ(bench_.doubts(AirDoubt::unconfirmed), 1U);
+}
+
 TEST_F(Flood, IsOverTwoSecondsAfterItsLast) {
   flood(100);
   bench_.runFor(2000);

@@ -46,6 +46,17 @@ TEST(SeatPlanSteps, ALongStepSkipsWhatIsNear) {
   EXPECT_EQ(stepped(points, 0, {1, 0}, 61), 0U);
 }
 
+TEST(SeatPlanSteps, APlaceExactlyALongStepAwayIsOne) {
+  const std::vector<StandingSeatPoint> points = {{0, 0, 0, 0}, {0, 1, 0.25, 0}, {0, 2, 0.5, 0}};
+  EXPECT_EQ(stepped(points, 0, {1, 0}, 75), 1U);
+}
+
+TEST(SeatPlanSteps, OfTwoAsNearTheEarlierOneIsTaken) {
+  const std::vector<StandingSeatPoint> points = {
+      {0, 0, 0, 0.5}, {0, 1, 0.5, 0.25}, {0, 2, 0.5, 0.75}};
+  EXPECT_EQ(stepped(points, 0, {1, 0}), 1U);
+}
+
 TEST(SeatPlanSteps, PlacesOnTopOfEachOtherLeadNowhere) {
   const std::vector<StandingSeatPoint> points = {{0, 0, 0.5, 0.5}, {0, 1, 0.5, 0.5}};
   for (const PlanDirection way : kWays) EXPECT_EQ(stepped(points, 0, way), 0U);

@@ -108,6 +108,29 @@ TEST_F(FindSeat, ByThreeNamesAsTheMapOrTheTicketHasThem) {
 
 // Links
 
+TEST(FindSeatIn, ANameOfFiveWordsButNotOfSix) {
+  SeatMapBuilder builder;
+  for (const char* section : {"Upper Ring North East Left", "Upper Ring South East Far Left"}) {
+    addRow(builder, "1", 1);
+    builder.endSection(builder.addName(section));
+  }
+  const SeatMap ring = builder.finish();
+  const SeatFinder finder(ring, kWords);
+  EXPECT_EQ(finder.line("upper ring north east left").section, 0U);
+  EXPECT_TRUE(finder.line("upper ring south east far left").missing);
+}
+
+TEST(FindSeatIn, ATicketsWordGoesFromAName) {
+  const auto without = [](const char* name) {
+    return withoutTicketWord(kWords, SeatPart::row, name);
+  };
+  EXPECT_EQ(without("Row 1"), "1");
+  EXPECT_EQ(without("ROW 12 left"), "12 left");
+  EXPECT_EQ(without("Row "), "Row ");
+  EXPECT_EQ(without("Row"), "Row");
+  EXPECT_EQ(without("Block 1"), "Block 1") << "a section's";
+}
+
 TEST(TicketLink, HasTheThreeInAnyOrder) {
   for (const char* link :
        {"https://tickets.example/show?section=209&row=8&seat=10",

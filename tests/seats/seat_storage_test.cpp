@@ -94,6 +94,11 @@ TEST_F(SeatStorageTest, AnEntryThatIsNoDictionaryIsNoRecord) {
   EXPECT_EQ(storage.hasValidSeatSelectionForVenueId(7), std::nullopt);
 }
 
+TEST_F(SeatStorageTest, TheFirstVenueHasOne) {
+  storage.persistSeatSelectionForVenueId(1, kNames, {40, 5});
+  EXPECT_TRUE(storage.hasValidSeatSelectionForVenueId(1));
+}
+
 TEST_F(SeatStorageTest, AVenueBelow1HasNoRecordAndGetsNone) {
   storage.persistSeatSelectionForVenueId(0, kNames, {1, 2});
   storage.persistSeatSelectionForVenueId(-1, kNames, {1, 2});

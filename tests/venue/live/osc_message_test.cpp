@@ -63,6 +63,15 @@ TEST(OscMessage, AButtonThatIsLetGoIsNoCommand) {
   EXPECT_THAT(commandsOf(message("/halvora/go", "T")), ElementsAre("go"));
 }
 
+TEST(OscMessage, FourBundlesMayBeWithinEachOther) {
+  std::string nested = message("/halvora/go");
+  for (int level = 1; level <= 4; ++level) {
+    nested = bundle({nested});
+    EXPECT_THAT(commandsOf(nested), ElementsAre("go")) << level;
+  }
+  EXPECT_THAT(commandsOf(bundle({nested})), IsEmpty());
+}
+
 TEST(OscMessage, BundlesAreDoneInTheirOrder) {
   EXPECT_THAT(commandsOf(bundle({message("/halvora/go"), bundle({message("/halvora/hold")}),
                                  message("/halvora/resume")})),

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <random>
 #include <string>
 #include <utility>
 #include <variant>
@@ -197,6 +198,50 @@ TEST_F(CueFileTest, ALooksPaletteIsWrittenAsItIsReadAgain) {
   }
   look.packet.paletteId = 5;
   EXPECT_THAT(yamlLook(look, names.palettes), HasSubstr("Ember"));
+}
+
+// Whatever a look says is read again as it was said, each of its values at its ends too.
+TEST_F(CueFileTest, AnyLookIsWrittenAsItIsReadAgain) {
+  std::mt19937 chance(5);
+  const auto below = [&chance](unsigned count) {
+    const auto drawn = static_cast<unsigned>(chance() % (count + 2));
+    return static_cast<std::uint8_t>(drawn < count ? drawn : drawn == count ? 0 : count - 1);
+  };
+  for (int round = 0; round < 300; ++round) {
+    CueLook look;
+    Broadcast& packet = look.packet;
+    packet.mode = below(21);
+    packet.red = below(256);
+    packet.green = below(256);
+    packet.blue = below(2) == 0 ? 0 : below(256);
+    packet.paletteId = below(51);
+    packet.speed = below(256);
+    packet.master = below(256);
+    packet.gobo = below(256);
+    packet.ledMode = below(10);
+    packet.ledSpeed = below(256);
+    packet.vibrate = below(4);
+    if (below(2) == 0) {
+      look.map = CueMap{static_cast<std::uint8_t>(1 + below(255)), 1 + below(200) * 50,
+                        1 + below(30) / 4.0};
+    } else {
+      packet.minutes = below(2) == 0 ? 0 : below(256);
+      packet.seconds = below(2) == 0 ? 0 : below(4);
+    }
+    const std::string text = yamlLook(look, names.palettes);
+    const CueFile file = open("cues:\n- {name: a, look: " + text + "}\n");
+    ASSERT_EQ(file.show().cues.size(), 1U) << text;
+    const CueLook& read = file.show().cues[0].look;
+    EXPECT_EQ(read.map, look.map) << text;
+    for (std::uint8_t Broadcast::*const field :
+         {&Broadcast::mode, &Broadcast::red, &Broadcast::green, &Broadcast::blue,
+          &Broadcast::paletteId, &Broadcast::speed, &Broadcast::master, &Broadcast::gobo,
+          &Broadcast::ledMode, &Broadcast::ledSpeed, &Broadcast::vibrate, &Broadcast::minutes,
+          &Broadcast::seconds}) {
+      EXPECT_EQ(read.packet.*field, packet.*field) << text;
+    }
+    EXPECT_EQ(yamlLook(read, names.palettes), text);
+  }
 }
 
 // Every cue of the shows that people start from, every key.
