@@ -40,7 +40,7 @@ TOPICS = {
     "TableLookup": ("colour of a frame from the seat's table", {}),
     "PreloadFromMemory": ("pixel-map packet, table in memory", {}),
     "TableLoad": ("three minutes' table from disk, checked", {}),
-    "GatherVenue": ("60,000 seats' pixels of 600 frames into tables", {}),
+    "GatherVenue": ("10,000 seats' pixels of 5,400 frames into tables", {}),
     "SeatMapVerbose": ("map of 100,000 seats, verbose", SEAT_MAP),
     "SeatMapIndented": ("the same, indented", SEAT_MAP),
     "SeatMapCompact": ("map of 100,000 seats, compact", SEAT_MAP),

@@ -95,6 +95,25 @@ TEST(DefaultsDocument, KeepsBytesThatAreNoText) {
   }
 }
 
+// Whoever opens the file reads texts as they are, and only texts.
+TEST(DefaultsDocument, WritesEachCharacterAsItIsAndEachStrayByteByItself) {
+  for (const char* text :
+       {"\xC2\x80", "\xC2\xBF", "\xDF\xBF", "\xE0\xA0\x80", "\xE0\xBF\xBF", "\xE1\x80\x80",
+        "\xEC\xBF\xBF", "\xED\x80\x80", "\xED\x9F\xBF", "\xEE\x80\x80", "\xEF\xBF\xBF",
+        "\xF0\x90\x80\x80", "\xF0\xBF\xBF\xBF", "\xF1\x80\x80\x80", "\xF3\xBF\xBF\xBF",
+        "\xF4\x80\x80\x80", "\xF4\x8F\x80\x80"}) {
+    expectKept(std::string(text));
+    EXPECT_NE(defaultsDocument({{"key", std::string(text)}}).find(text), std::string::npos) << text;
+  }
+  for (const char* text :
+       {"\xC1\x80", "\xC2\x7F", "\xC2\xC0", "\xDF\x7F", "\xE0\x9F\xBF", "\xE1\x7F\x80",
+        "\xE1\x80\x7F", "\xE1\x80\xC0", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF1\x7F\x80\x80",
+        "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
+    expectKept(std::string(text));
+    EXPECT_EQ(defaultsDocument({{"key", std::string(text)}}).find(text), std::string::npos) << text;
+  }
+}
+
 TEST(DefaultsDocument, KeepsTheCharactersThatItUsesForBytes) {
   expectKept(std::string("\xF4\x8F\xBC\x80"));
   expectKept(std::string("a\xF4\x8F\xBF\xBF\xF4\x8F\xBB\xBF z"));
