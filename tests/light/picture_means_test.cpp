@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "adapters/virtual/virtual_files.h"
+#include "adapters/virtual/virtual_storage.h"
 #include "tests/support/pixmap_decoder.h"
 
 namespace halvora {
@@ -22,11 +23,12 @@ std::string columnWith(std::size_t white) {
 // A picture covers the screen: what stands out above and below is not seen, be it half a pixel.
 TEST(PictureMeansTest, APixelThatIsCutCountsForWhatIsSeenOfIt) {
   VirtualFiles files;
+  const VirtualBundle host("com.example.host");
   const PixmapDecoder decoder;
   for (const std::size_t white : {0U, 1U, 2U, 3U}) {
     const std::string path = "/" + std::to_string(white);
     files.put(path, columnWith(white));
-    PictureMeans means(files, decoder);
+    PictureMeans means(Pictures(files, host, decoder));
     // Three of four pixels' height are seen: half of the first and half of the last are not.
     const bool isCut = white == 0 || white == 3;
     EXPECT_NEAR(means.of(path, {1, 3}).levels.green, (isCut ? 0.5 : 1.0) / 3, 1e-12) << white;
@@ -37,8 +39,9 @@ TEST(PictureMeansTest, APixelThatIsCutCountsForWhatIsSeenOfIt) {
 
 TEST(PictureMeansTest, ThirtyTwoAreKept) {
   VirtualFiles files;
+  const VirtualBundle host("com.example.host");
   const PixmapDecoder decoder;
-  PictureMeans means(files, decoder);
+  PictureMeans means(Pictures(files, host, decoder));
   for (int number = 0; number <= 32; ++number) {
     const std::string path = "/" + std::to_string(number);
     files.put(path, pixmapOf(1, 1, 255, 255, 255));
