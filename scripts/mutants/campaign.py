@@ -315,7 +315,7 @@ def carry_out(arguments):
         try:
             campaign.try_all()
         finally:
-            for left in (alone_path(), alone_path().with_suffix(".o")):
+            for left in (alone_path(), *map(alone_path().with_suffix, (".o", ".d"))):
                 left.unlink(missing_ok=True)
     return list(campaign.rows())
 

@@ -132,7 +132,7 @@ class Prepared:
         key = digest(operators.prepared(self.text, everything), *header)
         if self.kept.exists() and self.object.exists():
             kept = json.loads(self.kept.read_text(encoding="utf-8"))
-            if kept["key"] == key:
+            if kept["key"] == key and kept.get("headers") == self.headers():
                 self.how = {int(number): how for number, how in kept["how"].items()}
                 return False
         self.how = {m.number: "alone" if m.is_fixed else "chosen" for m in self.mutants}
@@ -147,8 +147,18 @@ class Prepared:
             self.leave_out(errors, chosen)
         else:
             raise Trouble(f"{self.path} cannot be prepared:\n{errors[-3000:]}")
-        self.kept.write_text(json.dumps({"key": key, "how": self.how}), encoding="utf-8")
+        kept = {"key": key, "how": self.how, "headers": self.headers()}
+        self.kept.write_text(json.dumps(kept), encoding="utf-8")
         return True
+
+    def headers(self):
+        """What the headers of this tree are that it was compiled with; None where nobody knows."""
+        names = self.object.with_suffix(".d")
+        if not names.exists():
+            return None
+        words = names.read_text(encoding="utf-8").replace("\\\n", " ").split()
+        paths = sorted({str((BUILD / word).resolve()) for word in words if word.endswith(".h")})
+        return digest(*(f"{path} {digest_of(path)}" for path in paths if Path(path).exists()))
 
     def leave_out_impossible(self):
         """What the types of a place do not allow has left a sign in the object file."""
@@ -164,7 +174,8 @@ class Prepared:
         folder = str((ROOT / self.path).parent)
         command = [*self.command, "-w", "-fmax-errors=0", "-ftemplate-backtrace-limit=0",
                    "-Wno-narrowing", f"-iquote{folder}"]  # fmt: skip
-        done = call([*command, "-o", str(output), "-c", str(file)])
+        names = str(output.with_suffix(".d"))
+        done = call([*command, "-MMD", "-MF", names, "-o", str(output), "-c", str(file)])
         return None if done.returncode == 0 else done.stdout + done.stderr
 
     def leave_out(self, errors, chosen):
