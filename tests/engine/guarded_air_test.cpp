@@ -292,6 +292,46 @@ TEST_F(GuardedAir, TheOneThatTakesOverIsObeyedFromItsFirstNewNumberOn) {
   EXPECT_EQ(bench_.mode(), 4U);
 }
 
+TEST_F(GuardedAir, AfterASilenceOfAllTheNextNumberOfAnyOfTheShowIsObeyed) {
+  const Broadcast next = trueLook(11, 4, {{&B::transmitter, 8}});
+  bench_.repeat(trueLook(10, 3), 4000, [&] {
+    bench_.hear(trueLook(10, 3, {{&B::transmitter, 8}}));
+  });
+  bench_.runFor(4000);
+  bench_.hear(next);
+  EXPECT_EQ(bench_.mode(), 4U);
+}
+
+// As after a controller was started anew: what was known of numbers before is no measure any more.
+TEST_F(GuardedAir, AShowThatBeganAnewIsMeasuredByItsNewNumbersAlone) {
+  bench_.repeat(trueLook(10, 3), 4000);
+  bench_.hear(trueLook(14, 4, {{&B::transmitter, 8}}));
+  EXPECT_EQ(bench_.mode(), 4U) << "another of the show is ahead";
+  bench_.repeat(trueLook(30000, 5), 6000);
+  ASSERT_EQ(bench_.mode(), 5U);
+  const auto before = bench_.doubts(AirDoubt::outOfStep);
+  bench_.hear(trueLook(10, 9));
+  EXPECT_EQ(bench_.doubts(AirDoubt::outOfStep), before + 1) << "an old number is out of step";
+  bench_.hear(trueLook(30001, 6, {{&B::transmitter, 8}}));
+  EXPECT_EQ(bench_.mode(), 6U) << "and the next one is not, whoever has it";
+}
+
+// Of two strangers that are heard once a show has fallen silent, only one may be the show.
+TEST_F(GuardedAir, WhoSucceedsIsHeardMoreThanTwiceAsOftenAsAnyOther) {
+  for (const long long slower : {125, 400}) {
+    AirBench bench{guardedAir()};
+    bench.repeat(trueLook(10, 3), 4000);
+    long long next = bench.now();
+    bench.repeat(trueLook(30000, 5), 5000, [&] {
+      if (bench.now() < next) return;
+      bench.hear(trueLook(50000, 9));
+      next += slower;
+    });
+    EXPECT_EQ(bench.mode() == 5, slower > 200) << slower;
+    EXPECT_NE(bench.mode(), 9U) << slower;
+  }
+}
+
 TEST_F(GuardedAir, LeavesAVenueWhoseShowOnlyStrangersGoOnWith) {
   AirOptions options = guardedAir();
   options.applicationId = 258;
