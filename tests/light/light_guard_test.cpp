@@ -115,9 +115,11 @@ TEST_F(LightGuardTest, CapsTheBacklightAndLetsTheShowBelieveItsOwn) {
 
 TEST_F(LightGuardTest, GentleLightHasNeitherTorchNorMotor) {
   engine.setViewerLimits(kGentleLight);
-  show(1, 255, 1, 1);
-  pass(100);
-  EXPECT_FALSE(phone.torch.isOn);
+  for (const std::uint8_t touch : {1, 2, 3}) {
+    show(touch, 255, 1, touch);
+    pass(100);
+    EXPECT_FALSE(phone.torch.isOn);
+  }
   for (const HapticAct act : phone.haptics.log.drain()) EXPECT_EQ(act, HapticAct::dispose);
   engine.setViewerLimits({});
   pass(0);

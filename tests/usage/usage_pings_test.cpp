@@ -222,8 +222,9 @@ TEST_F(UsagePingsTest, TheFarthestDateIsStillOne) {
     defaults_.setFromOutside(kSignalKey, DefaultsValue(seconds));
     pings().recievedSignal();
     EXPECT_EQ(http_.log.drain(), Urls{}) << "it was today";
-    goTo(seconds * (1 + 1e-12));
-    defaults_.setFromOutside(kSignalKey, DefaultsValue(seconds * (1 + 1e-12)));
+    const double beyond = seconds < 0 ? seconds - 1 : seconds + 1;
+    goTo(beyond);
+    defaults_.setFromOutside(kSignalKey, DefaultsValue(beyond));
     pings().recievedSignal();
     EXPECT_EQ(http_.log.drain().size(), 1U) << "no calendar takes it";
   }
