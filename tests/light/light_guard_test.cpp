@@ -115,7 +115,7 @@ TEST_F(LightGuardTest, CapsTheBacklightAndLetsTheShowBelieveItsOwn) {
 
 TEST_F(LightGuardTest, GentleLightHasNeitherTorchNorMotor) {
   engine.setViewerLimits(kGentleLight);
-  for (const std::uint8_t touch : {1, 2, 3}) {
+  for (std::uint8_t touch = 1; touch <= 3; ++touch) {
     show(touch, 255, 1, touch);
     pass(100);
     EXPECT_FALSE(phone.torch.isOn);
