@@ -306,6 +306,16 @@ TEST_P(StandardFilesFolders, AreNotMadeInThePlaceOfAFile) {
   EXPECT_EQ(files_.read(pathOf("file"), 100), "old");
 }
 
+TEST_P(StandardFilesReplace, AMoveTakesAFileToAnothersPlace) {
+  const std::string from = folder_.write("from", "new");
+  const std::string to = folder_.write("to", "old");
+  EXPECT_TRUE(files_.move(from, to));
+  EXPECT_EQ(files_.read(to, 10), "new");
+  EXPECT_THAT(names(), ElementsAre("to"));
+  EXPECT_FALSE(files_.move(from, to)) << "there is none any more";
+  EXPECT_EQ(files_.read(to, 10), "new");
+}
+
 TEST_P(StandardFilesFolders, AreNotMadeWhereNobodyMayWrite) {
   lock();
   const Nobody nobody;

@@ -17,6 +17,7 @@
 #include "adapters/json/exact_json_reader.h"
 #include "adapters/standard/standard_files.h"
 #include "tests/support/source_tree.h"
+#include "venue/show/show_words.h"
 
 namespace halvora {
 namespace {
@@ -198,6 +199,14 @@ TEST_F(CueFileTest, ALooksPaletteIsWrittenAsItIsReadAgain) {
   }
   look.packet.paletteId = 5;
   EXPECT_THAT(yamlLook(look, names.palettes), HasSubstr("Ember"));
+}
+
+TEST_F(CueFileTest, ModesAreWrittenByTheirNames) {
+  CueLook look;
+  for (std::size_t mode = 0; mode < kModeNames.size(); ++mode) {
+    look.packet.mode = static_cast<std::uint8_t>(mode);
+    EXPECT_THAT(yamlLook(look, {}), HasSubstr(kModeNames[mode])) << mode;
+  }
 }
 
 // Whatever a look says is read again as it was said, each of its values at its ends too.
