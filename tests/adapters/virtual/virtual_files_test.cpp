@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "adapters/standard/file_names.h"
+
 namespace halvora {
 namespace {
 
@@ -91,6 +93,35 @@ TEST(VirtualFiles, ReadOnlyDiskTakesAndGivesNothing) {
   EXPECT_TRUE(files.makeFolder("/a")) << "it is there";
   files.removeFolder("/a");
   EXPECT_EQ(files.read("/a/file", 10), "old");
+}
+
+TEST(VirtualFiles, AMoveLeavesNothingBehind) {
+  VirtualFiles files;
+  files.put("/a/from", "new");
+  files.put("/a/to", "old");
+  EXPECT_TRUE(files.move("/a/from", "/a/to"));
+  EXPECT_EQ(files.read("/a/to", 10), "new");
+  EXPECT_FALSE(files.attributes("/a/from"));
+  EXPECT_FALSE(files.move("/a/from", "/a/to"));
+  EXPECT_FALSE(files.move("/a/to", "/nowhere/to"));
+}
+
+TEST(VirtualFiles, LeftoversOfAPathGoAndNothingElseDoes) {
+  VirtualFiles files;
+  const std::string left = std::string(kLeftoverMark) + std::string(kLeftoverDigits, 'a');
+  for (const char* file : {"/a/f", "/a/f2", "/a/g"}) files.put(file + left, "half");
+  files.put("/a/f/in" + left, "half");
+  files.put("/a/f2", "whole");
+  files.isReadOnly = true;
+  files.removeLeftovers("/a/f");
+  EXPECT_TRUE(files.attributes("/a/f" + left)) << "a disk that takes nothing";
+  files.isReadOnly = false;
+  files.removeLeftovers("/a/f");
+  EXPECT_FALSE(files.attributes("/a/f" + left));
+  EXPECT_FALSE(files.attributes("/a/f2" + left)) << "its name begins alike";
+  EXPECT_TRUE(files.attributes("/a/g" + left));
+  EXPECT_TRUE(files.attributes("/a/f/in" + left)) << "in a folder of its own";
+  EXPECT_TRUE(files.attributes("/a/f2"));
 }
 
 TEST(VirtualFiles, MakeFolderMakesThoseAbove) {

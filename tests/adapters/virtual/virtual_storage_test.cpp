@@ -93,6 +93,16 @@ TEST(VirtualPhone, HandsOutWhatItOwns) {
   EXPECT_EQ(&*platform.defaults, &phone.defaults);
 }
 
+TEST(VirtualPhone, MayHaveNoTorch) {
+  const ExactJsonReader json;
+  for (const bool hasTorch : {false, true}) {
+    VirtualPhoneSetup setup;
+    setup.hasTorch = hasTorch;
+    VirtualPhone phone(json, std::move(setup));
+    EXPECT_EQ(phone.platform().torch->hasTorch(), hasTorch);
+  }
+}
+
 TEST(VirtualPhone, DrawsTheSameAsAnyOtherPhone) {
   const ExactJsonReader json;
   VirtualPhone first(json);
