@@ -3,6 +3,8 @@
 
 #include <limits>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -105,6 +107,17 @@ TEST(JsonText, ValuesOfEveryKind) {
   EXPECT_EQ(*elementOf("true").boolean(), true);
   EXPECT_EQ(*elementOf("false").boolean(), false);
   EXPECT_EQ(*elementOf("\"a\\n\\u00e4\"").text(), "a\n\xC3\xA4");
+  // The first and the last of each length, written out and as they are.
+  for (const auto& [escape, text] :
+       std::vector<std::pair<std::string, std::string>>{{"\\u0080", "\xC2\x80"},
+                                                        {"\\u07ff", "\xDF\xBF"},
+                                                        {"\\u0800", "\xE0\xA0\x80"},
+                                                        {"\\uffff", "\xEF\xBF\xBF"},
+                                                        {"\\ud800\\udc00", "\xF0\x90\x80\x80"},
+                                                        {"\\udbff\\udfff", "\xF4\x8F\xBF\xBF"}}) {
+    EXPECT_EQ(*elementOf("\"" + escape + "\"").text(), text) << escape;
+    EXPECT_EQ(*elementOf("\"" + text + "\"").text(), text) << escape;
+  }
   EXPECT_EQ(elementOf("[1, [], {}]").array()->size(), 3U);
   EXPECT_EQ(elementOf("{\"a\": {\"b\": [7]}}").find("a")->find("b")->array()->at(0).wholeNumber(),
             7);
