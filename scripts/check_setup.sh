@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 log=check-setup
-caller="set -euo pipefail; source scripts/setup.sh
+export caller="set -euo pipefail; source scripts/setup.sh
   broken() { echo 'error: no such file'; return 3; }
   mute() { return 3; }
   quietly $log \$WHAT"
@@ -24,7 +24,8 @@ expect() {
 }
 
 for what in broken mute; do
-  on=$(said_by "$what" script -qec "bash -c $(printf %q "$caller")" /dev/null)
+  # The terminal's own shell may be any; the text goes past it.
+  on=$(said_by "$what" script -qec 'bash -c "$caller"' /dev/null)
   off=$(said_by "$what" bash -c "$caller")
   for said in "$on" "$off"; do
     [[ "$what" == mute ]] || expect "$said" 'error: no such file' "$what"
