@@ -5,7 +5,6 @@
 #include <QFont>
 #include <QFontMetricsF>
 #include <QString>
-#include <new>
 
 namespace halvora {
 
@@ -94,7 +93,8 @@ QImage pictureOf(const DisplayItem& item, const Pictures& pictures) {
     if (const auto image = pictures.read(item.text)) return pictureOf(*image);
     const auto encoded = pictures.bytes(item.text);
     return encoded ? QImage::fromData(QByteArray::fromStdString(*encoded)) : QImage();
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
+    // Memory is short, or a host's own bundle, files or decoder throw.
     return {};
   }
 }

@@ -172,6 +172,24 @@ TEST_F(LightSurfaceTest, HasQtDecodeWhatThePhoneHasNoDecoderFor) {
   EXPECT_EQ(seenInTheMiddle(), QColor(Qt::yellow));
 }
 
+/// A host's own, which is not as careful as it ought to be.
+struct CarelessDecoder final : ImageDecoder {
+  std::optional<Image> decode(std::string_view /*bytes*/) const override {
+    throw std::runtime_error("no such picture");
+  }
+};
+
+TEST_F(LightSurfaceTest, APictureWhoseDecoderThrowsIsLeftOut) {
+  const CarelessDecoder careless;
+  host.resources["HVAssets/Gobos/1.png"] = pngOf(starOf(40));
+  surface.setLight(Light(views), Pictures(files, host, careless));
+  views.setAlpha(ViewId::container, 1);
+  views.setLightColour(colourOfBytes(0, 0, 200));
+  views.setText(ViewId::goboImage, "HVAssets/Gobos/1.png");
+  views.setAlpha(ViewId::goboView, 1);
+  EXPECT_EQ(seenInTheMiddle(), QColor(0, 0, 200));
+}
+
 TEST_F(LightSurfaceTest, LooksAsThePainterPaintsIt) {
   const QImage star = starOf(40);
   const QTemporaryDir folder;
