@@ -97,6 +97,7 @@ TEST_F(LiveStandby, GoesOnWhereTheOtherPlayerWasAndAboveItsNumbers) {
                           "halvora: the player is gone; this one goes on",
                           HasSubstr("\"cue\":\"Two\",\"state\":\"playing\""),
                           HasSubstr("\"cue\":\"Three\",\"state\":\"playing\"")));
+  EXPECT_EQ(crew.osc, "") << "nobody asked for a port";
   // It ended as it should.
   EXPECT_FALSE(std::filesystem::exists(journal + ".place"));
 }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What an artist gets of a hall, and clips held against it: real ones, made and read by FFmpeg.
+#include "venue/plan/artwork.h"
+
 #include <filesystem>
 #include <string>
 
@@ -8,8 +10,11 @@
 
 #include "adapters/ffmpeg/ffmpeg_movies.h"
 #include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/json/exact_json_reader.h"
 #include "tests/adapters/ffmpeg/clip_maker.h"
 #include "tests/venue/plan/lut_folder.h"
+#include "venue/plan/clip_fit.h"
+#include "venue/plan/named_map.h"
 
 namespace halvora {
 namespace {
@@ -53,6 +58,32 @@ struct Artwork : testing::Test {
   const FfmpegMovies movies;
   const ClipMaker clips;
 };
+
+// A codec's blocks: as many as hold every seat's cell and as much room beyond it as before it.
+TEST(ArtworkCanvasTest, IsOfWholeBlocks) {
+  const auto sideOf = [](int greatest) {
+    const std::string seats =
+        R"({"s": {"1": {"1": {"1": [4, 4], "2": [)" + std::to_string(greatest) + ", 4]}}}}";
+    const SeatMap map = seatMapOf(seats, {}, ExactJsonReader());
+    return canvasFor(map).width;
+  };
+  EXPECT_EQ(sideOf(10), 16);
+  EXPECT_EQ(sideOf(11), 32) << "one pixel more than a block";
+  EXPECT_EQ(sideOf(26), 32);
+  EXPECT_EQ(sideOf(27), 48);
+}
+
+TEST(ClipFactsTest, PicturesThatDoNotComeEvenlyAreSaidToBe) {
+  ClipFacts clip;
+  clip.width = clip.height = 16;
+  clip.pictures = 31;
+  clip.span = 1;
+  clip.seconds = 31.0 / 30;
+  const ArtworkCanvas canvas{16, 16};
+  EXPECT_THAT(lacksOf(clip, canvas), testing::IsEmpty());
+  clip.isEven = false;
+  EXPECT_THAT(lacksOf(clip, canvas), testing::ElementsAre(HasSubstr("evenly")));
+}
 
 TEST_F(Artwork, TemplateSaysSizeRateAndTheSmallestLetter) {
   const ToolRun run = runTool({"map", "template", map, "--out", at("art")});
