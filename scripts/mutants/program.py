@@ -34,6 +34,7 @@ ELSEWHERE = ("adapters/qt/", "adapters/system/", "apps/halvora/main.cpp")
 # Of one folder alone, and the folders of its tests: see `stay_beside`.
 BESIDE = None
 TESTS = ()
+MOST_SOURCES = 512  # as runtime.cpp has room for
 MOST_MEMORY = 6 << 30
 MOST_FILE = 256 << 20
 
@@ -212,7 +213,7 @@ def base_numbers(paths):
     known = json.loads(kept.read_text(encoding="utf-8")) if kept.exists() else {}
     for path in sorted(paths):
         known.setdefault(path, len(known))
-    if max(known.values()) >= 256:
+    if max(known.values()) >= MOST_SOURCES:
         raise Trouble("too many sources; remove build/mutate")
     kept.write_text(json.dumps(known), encoding="utf-8")
     return {path: known[path] * operators.STEP for path in paths}

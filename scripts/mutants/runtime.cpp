@@ -9,7 +9,8 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 
-static constexpr std::size_t kMost = std::size_t{1} << 20;
+// 512 sources with 4096 mutants each.
+static constexpr std::size_t kMost = std::size_t{1} << 21;
 
 static unsigned char reachedHere[kMost];
 static std::FILE* reachedFile = nullptr;
