@@ -30,7 +30,7 @@ OPTIONS = [
 # Of folders: the core, the adapters, the venue's tools.
 FOLDERS = ("text/", "light/", "usage/", "pixelmap/", "engine/", "seats/", "host/", "adapters/",
            "venue/", "apps/halvora/")
-ELSEWHERE = ("adapters/qt/", "adapters/system/", "apps/halvora/main.cpp")
+ELSEWHERE = ("adapters/qt/", "adapters/qtbluetooth/", "adapters/system/", "apps/halvora/main.cpp")
 # Of one folder alone, and the folders of its tests: see `stay_beside`.
 BESIDE = None
 TESTS = ()
