@@ -84,7 +84,9 @@ def racing(said):
     for race in re.findall(r"WARNING: ThreadSanitizer: data race.*?\n={10,}", said, re.S):
         # What follows is where the threads, and what they share, were made.
         for access in race.split("\n\n")[:2]:
-            for frame in re.findall(rf"^ +#\d+ .*?{ROOT}/(\S+?):\d+", access, re.M):
+            # A cache of compilers may have made the paths relative to the build.
+            for frame in re.findall(rf"^ +#\d+ .*?(?:{ROOT}|(?: \.\.)(?:/\.\.)*)/(\S+?):\d+", access,
+                                    re.M):  # fmt: skip
                 if not frame.startswith("build/"):
                     yield frame
                     break

@@ -23,8 +23,8 @@ namespace {
 const std::string kGobos = "host/HVAssets/Gobos/";
 
 /// The gobo animator alone, with folders of its own: "bundle" stands for that of a host's bundle.
-/// An event is the picture shown, relative to those folders ("-" for none), or the start of a fade
-/// of the gobo view.
+/// An event is the picture shown, relative to those folders ("-" for none, as it is where it is in
+/// none of them), or the start of a fade of the gobo view.
 class GoboRoom final : private ViewObserver {
  public:
   explicit GoboRoom(std::vector<std::uint32_t> draws = {}) : random(Rule::least, std::move(draws)) {
@@ -48,6 +48,7 @@ class GoboRoom final : private ViewObserver {
   std::string shown() const {
     const std::string& path = views.text(ViewId::goboImage);
     if (path.empty()) return "-";
+    if (!path.starts_with(files.path() + "/")) return path;
     const std::string name = path.substr(files.path().size() + 1);
     return name.starts_with(kGobos) ? "bundle/" + name.substr(kGobos.size()) : name;
   }

@@ -56,6 +56,7 @@ TEST(PlainDecimal, IsTheShortestOne) {
 }
 
 TEST(PlainDecimal, HasNoExponent) {
+  EXPECT_EQ(plainDecimal(1), "1");
   EXPECT_EQ(plainDecimal(1000), "1000");
   EXPECT_EQ(plainDecimal(1e21), "1" + std::string(21, '0'));
   EXPECT_EQ(plainDecimal(1.5e300), "15" + std::string(299, '0'));

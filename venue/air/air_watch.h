@@ -69,7 +69,8 @@ class AirWatch {
     /// When, and until when what was heard was right.
     Duration heard{};
     Duration good{};
-    std::array<std::optional<Duration>, 6> told;
+    /// What was said of it, but for its silence.
+    std::array<std::optional<Duration>, 5> told;
   };
 
   /// One of `AirWatchOptions::senders`.

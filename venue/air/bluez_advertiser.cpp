@@ -71,7 +71,6 @@ int BluezAdvertiser::handleRelease(sd_bus_message* message, void* self,
   if (own.owner_.empty() || !isFrom(message, own.owner_)) {
     return sd_bus_error_set(error, SD_BUS_ERROR_ACCESS_DENIED, "not the Bluetooth daemon");
   }
-  own.isOnAir_ = false;
   try {
     own.fail("the Bluetooth service has taken the advertisement off the air");
   } catch (...) {
@@ -97,7 +96,6 @@ void BluezAdvertiser::open(const TransmitterSettings& settings) {
 }
 
 void BluezAdvertiser::busLost() {
-  isOnAir_ = false;
   fail(connection_.failures() > 0 ? "out of memory"
                                   : "no system bus to reach the Bluetooth service on");
 }
@@ -113,7 +111,6 @@ void BluezAdvertiser::call(const BusMessage& message, Handler answered) {
 
 void BluezAdvertiser::ownerChanged(std::string_view now) {
   if (owner_.empty() ? !now.empty() : owner_ == now) return;
-  isOnAir_ = false;
   fail("the Bluetooth service has gone");
 }
 
@@ -184,7 +181,6 @@ void BluezAdvertiser::takeRemoved(sd_bus_message* message) {
   }
   for (const char* name = nullptr; sd_bus_message_read(message, "s", &name) > 0;) {
     if (std::string_view(name) != kAdapterInterface) continue;
-    isOnAir_ = false;
     return fail("the Bluetooth adapter is gone");
   }
 }
@@ -195,7 +191,6 @@ void BluezAdvertiser::takeChanged(sd_bus_message* message) {
       !readAdapter(message, news) || news.isPowered.value_or(true)) {
     return;
   }
-  isOnAir_ = false;
   fail("the Bluetooth adapter is switched off");
 }
 

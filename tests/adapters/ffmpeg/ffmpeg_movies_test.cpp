@@ -85,6 +85,32 @@ TEST_F(FfmpegMoviesRoom, CanBeEnteredEverySecond) {
   EXPECT_EQ(asset->readers(3).size(), 3U) << "three groups of thirty pictures";
 }
 
+// Chroma has a quarter of the pixels: what it says of four is their mean.
+TEST_F(FfmpegMoviesRoom, MixesTheColoursOfNeighbours) {
+  std::vector<std::uint8_t> rgb = plain(255, 0, 0);
+  for (std::size_t at = 0; at < rgb.size() / 3; ++at) {
+    if (at % 2 == 1) rgb[3 * at] = 0, rgb[3 * at + 2] = 255;
+  }
+  for (int frame = 0; frame < 3; ++frame) ASSERT_TRUE(movie->add(rgb));
+  ASSERT_TRUE(movie->finish());
+  const auto asset = FfmpegVideoAssets().open(path);
+  ASSERT_TRUE(asset);
+  const auto reader = asset->reader({});
+  ASSERT_TRUE(reader);
+  const auto frame = reader->next();
+  ASSERT_TRUE(frame);
+  int red = 0;
+  int blue = 0;
+  for (int x = kWidth / 2; x < kWidth / 2 + 4; ++x) {
+    const PixelPosition place{static_cast<std::uint32_t>(x), kHeight / 2};
+    std::uint32_t word = 0;
+    frame->sample({&place, 1}, {&word, 1});
+    red += static_cast<int>(word >> 16 & 255);
+    blue += static_cast<int>(word & 255);
+  }
+  EXPECT_NEAR(red, blue, 120) << "of 1,020: neither has the whole of it";
+}
+
 // Two pictures side by side, of which each has colours and edges of its own.
 TEST_F(FfmpegMoviesRoom, PutsEveryColourInItsPlace) {
   const auto levelAt = [](int x, int y, int channel) {

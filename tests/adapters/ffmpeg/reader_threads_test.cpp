@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -6,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include "adapters/ffmpeg/ffmpeg_videos.h"
+#include "adapters/ffmpeg/picture_memory.h"
 #include "tests/adapters/ffmpeg/clip_maker.h"
+#include "tests/support/side_by_side.h"
 
 namespace halvora {
 namespace {
@@ -56,6 +59,28 @@ TEST(FfmpegReaderThreads, AFrameMayBeDroppedElsewhereWhileReadingGoesOn) {
   for (std::size_t index = 0; index < numbers.size(); ++index) {
     EXPECT_EQ(numbers[index], static_cast<int>(index));
   }
+}
+
+// A decoder's own threads ask for pictures, and its owner lets go of what is not in use.
+TEST(PictureBuffersThreads, GiveRoomToSeveralAtOnce) {
+  const AVCodec* codec = avcodec_find_decoder(AV_CODEC_ID_H264);
+  if (codec == nullptr) GTEST_SKIP() << "this FFmpeg has no decoder";
+  const auto budget = std::make_shared<PictureBudget>();
+  PictureBuffers buffers(budget);
+  const auto decoder = madeByLibav(avcodec_alloc_context3(codec));
+  decoder->width = decoder->height = 64;
+  decoder->pix_fmt = AV_PIX_FMT_YUV420P;
+  buffers.serve(*decoder);
+  const auto hold = [&] {
+    const auto frame = madeByLibav(av_frame_alloc());
+    frame->format = AV_PIX_FMT_YUV420P;
+    frame->width = frame->height = 64;
+    EXPECT_EQ(decoder->get_buffer2(decoder.get(), frame.get(), 0), 0);
+  };
+  sideBySide({hold, [&] { buffers.forget(); }});
+  EXPECT_FALSE(buffers.hasRefused() || buffers.wasMemoryShort());
+  buffers.forget();
+  EXPECT_EQ(budget->taken(), 0U);
 }
 
 }  // namespace

@@ -13,6 +13,21 @@
 #include "tests/engine/allocation_count.h"
 #include "venue/show/scenario.h"
 
+/// What was wiped last: how many bytes, and whether they held anything.
+static std::size_t wipedBytes = 0;
+static bool wasSecret = false;
+
+// In the place of the C library's, for the whole program.
+extern "C" void explicit_bzero(void* memory, std::size_t size) noexcept {
+  auto* const bytes = static_cast<volatile unsigned char*>(memory);
+  wipedBytes = size;
+  wasSecret = false;
+  for (std::size_t at = 0; at < size; ++at) {
+    wasSecret = wasSecret || bytes[at] != 0;
+    bytes[at] = 0;
+  }
+}
+
 namespace halvora {
 namespace {
 
@@ -47,6 +62,15 @@ TEST(NettleCodes, AreThoseOfTheStandardMessageAfterMessage) {
   for (const Vector& vector : kVectors) {
     EXPECT_EQ(NSDataToHex(code->of(bytesOf(vector.message))), vector.code) << vector.message;
   }
+}
+
+TEST(NettleCodes, LeaveNothingOfAKeyInMemory) {
+  auto code = NettleCodes().withKey(keyOf(kStandardKey));
+  wipedBytes = 0;
+  code.reset();
+  // Eleven round keys of 16 bytes, and what the two subkeys, the block and the count take.
+  EXPECT_GE(wipedBytes, 176U);
+  EXPECT_TRUE(wasSecret);
 }
 
 TEST(NettleCodes, TakeNothingFromTheHeap) {

@@ -382,6 +382,39 @@ TEST_F(ListenExpect, SaysWithinTwoSecondsThatTwoSendUnderOneNumber) {
   EXPECT_LT(secondsOf(lines[1]), 5.05);
 }
 
+// What it was silent about before is another matter.
+TEST_F(ListenExpect, SaysWhatElseIsShownSoonAfterASilence) {
+  hearShow(2500, 1);
+  hearFrom(4500, 3000, fields(2, 99));
+  const auto lines = differences("7");
+  ASSERT_THAT(lines, SizeIs(2));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"silent","detail":"nothing of it was heard")"));
+  EXPECT_THAT(lines[1], HasSubstr(R"("finding":"other look","detail":"09C9)"));
+}
+
+TEST_F(ListenExpect, AStepThatChangesNothingIsNoneForWhoStandsStill) {
+  std::string lines = "{\"at\":0,\"start\":true}\n";
+  for (int look = 0; look < 5; ++look) {
+    lines += "{\"at\":" + std::to_string(2 + 2 * look) + ",\"packet\":\"" +
+             NSDataToHex(encodeBroadcast(fields(1 + look, 10 * std::max(0, look - 1)))) +
+             "\",\"every\":0.1,\"until\":" + std::to_string(4 + 2 * look) + "}\n";
+  }
+  show = folder.write("slow.jsonl", lines);
+  hearFrom(500, 8000, fields(1, 0));
+  const auto found = differences("8");
+  ASSERT_THAT(found, SizeIs(1));
+  EXPECT_THAT(found[0], HasSubstr(R"("finding":"other look")"));
+  EXPECT_LT(secondsOf(found[0]), 6.5) << "its look was over at 4.5";
+}
+
+TEST_F(ListenExpect, OfWhoIsNotOfTheShowNoLookIsExpected) {
+  hearShow(500, 5);
+  hearFrom(550, 9000, fields(1, 0, 8));
+  const auto lines = differences("9");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr(R"("finding":"unknown sender","transmitter":"258:8")"));
+}
+
 /// The same show by two transmitters.
 class ListenExpectTwo : public ListenExpect {
  protected:
@@ -405,6 +438,14 @@ TEST_F(ListenExpectTwo, SaysWithinTwoSecondsWhichTransmitterIsMissing) {
                                   R"("detail":"others of the show are heard"})"));
   EXPECT_GT(secondsOf(lines[0]), 4.95);
   EXPECT_LT(secondsOf(lines[0]), 5.55);
+}
+
+TEST_F(ListenExpectTwo, MissesOneAfterASecondAndAHalf) {
+  hearFrom(500, 8000, fields(1, 50, 7));
+  hearFrom(500, 3100, fields(1, 50, 8));
+  const auto lines = differences("8");
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_EQ(secondsOf(lines[0]), 5) << "it was heard at 3.5 for the last time";
 }
 
 TEST_F(ListenExpectTwo, SaysSoOfOneThatWasNeverHeard) {
@@ -483,6 +524,21 @@ TEST_F(ListenExpect, AZoneMayKeepItsLookWhileAnotherHasANewOne) {
                                          line("4", fields(2, 99, 8), "12"));
   hearFrom(500, 9000, fields(1, 10, 7));
   hearFrom(2500, 7000, fields(2, 99, 8));
+  EXPECT_THAT(differences("9"), IsEmpty());
+}
+
+// Its time begins when its look is due, and not before.
+TEST_F(ListenExpect, OneThatComesLaterHasAMomentForItsFirstLook) {
+  const auto line = [](const char* at, const Broadcast& look, const char* until) {
+    return "{\"at\":" + std::string(at) + ",\"packet\":\"" + NSDataToHex(encodeBroadcast(look)) +
+           "\",\"every\":0.1,\"until\":" + until + "}\n";
+  };
+  show = folder.write("later.jsonl", "{\"at\":0,\"start\":true}\n" +
+                                         line("2", fields(1, 10, 7), "12") +
+                                         line("6", fields(2, 99, 8), "12"));
+  hearFrom(500, 9000, fields(1, 10, 7));
+  hearFrom(550, 5000, fields(1, 77, 8));
+  hearFrom(5550, 4000, fields(2, 99, 8));
   EXPECT_THAT(differences("9"), IsEmpty());
 }
 

@@ -130,7 +130,7 @@ TEST_F(LiveStandby, WhatIsHeldOrBlackStaysSo) {
 }
 
 TEST_F(LiveStandby, ObeysNothingButQuitBefore) {
-  crew.lines = {{10, "go"}, {20, "panic"}, {30, " quit "}};
+  crew.lines = {{10, "go"}, {20, "panic"}, {30, " quit "}, {2000, "next"}};
   const ToolRun run = standBy();
   EXPECT_EQ(run.status, 0) << run.error;
   EXPECT_EQ(run.output, "");

@@ -37,6 +37,7 @@ TEST_F(LeftoverTest, AFolderGoesWithEverythingInIt) {
   for (int file = 0; file < 300; ++file) {
     put("scratch/a folder/with a name that is long enough to fill blocks/" + std::to_string(file));
   }
+  for (int file = 0; file < 300; ++file) put("scratch/" + std::to_string(file));
   put("scratch/.hidden/file");
   fs::create_directory(path("elsewhere"));
   put("elsewhere/kept");
@@ -61,6 +62,31 @@ TEST_F(LeftoverTest, AFileGoesAndOneThatIsKeptStays) {
   }
   EXPECT_FALSE(fs::exists(gone));
   EXPECT_TRUE(fs::exists(kept));
+}
+
+TEST_F(LeftoverTest, EachHasAPlaceOfItsOwn) {
+  const std::string first = put("first");
+  const std::string second = put("second");
+  {
+    Leftover one;
+    Leftover other;
+    one.watch(first);
+    other.watch(second);
+  }
+  EXPECT_FALSE(fs::exists(first));
+  EXPECT_FALSE(fs::exists(second));
+}
+
+// As a signal does that ends the process.
+TEST_F(LeftoverTest, AllThatIsStillWatchedGoesAtOnce) {
+  Leftover first;
+  Leftover second;
+  first.watch(put("gone"));
+  second.watch(put("kept"));
+  second.keep();
+  removeLeftovers();
+  EXPECT_FALSE(fs::exists(path("gone")));
+  EXPECT_TRUE(fs::exists(path("kept")));
 }
 
 TEST_F(LeftoverTest, WhatIsGoneAlreadyOrHasNoNameIsNoTrouble) {

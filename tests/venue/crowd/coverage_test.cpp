@@ -126,6 +126,7 @@ TEST_F(CoverageCommand, AloneSimulatesNobody) {
   EXPECT_EQ(run.status, 0) << run.error;
   EXPECT_THAT(run.output, HasSubstr("\"pause\": 100"));
   EXPECT_THAT(run.output, HasSubstr("\"silence\": 2000,\n      \"seats\": 12"));
+  EXPECT_THAT(run.output, HasSubstr("\"silence\": null,\n      \"seats\": 0")) << "no end to it";
   EXPECT_TRUE(std::filesystem::exists(at("coverage.png")));
 }
 

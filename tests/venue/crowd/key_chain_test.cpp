@@ -129,6 +129,19 @@ TEST_F(ChainedShow, DisclosesAKeyTwoSecondsAfterItsOwn) {
   EXPECT_LE(frames, 33U);
 }
 
+TEST_F(ChainedShow, DisclosesFourTimesASecond) {
+  Scenario show;
+  show.lines = {packetLine(2, fields(1), 0.125, 9.9)};
+  std::vector<Duration> times;
+  for (const auto& [time, data] : sent(show)) {
+    if (ChainFrame::in(data)) times.push_back(time);
+  }
+  ASSERT_EQ(times.size(), 32U);
+  for (std::size_t at = 0; at < times.size(); ++at) {
+    EXPECT_EQ(times[at], milliseconds(2125 + 250 * static_cast<int>(at)));
+  }
+}
+
 TEST_F(ChainedShow, SendsNoMoreThanBeforeAndTakesRepeatsBeforeLooks) {
   Scenario show;
   for (int at = 0; at < 9; ++at) {

@@ -178,7 +178,9 @@ TEST_F(Artwork, TheCopyHasTheMiddleOfTheClip) {
     const std::uint8_t* pixel = &image->rgba[(32 * std::size_t{image->width} + x) * 4];
     return std::pair(pixel[0] > 128, pixel[1] > 128);
   };
-  EXPECT_EQ(redAndGreen(0, 2), std::pair(false, true));
+  for (const std::size_t x : {0U, 2U, 63U}) {
+    EXPECT_EQ(redAndGreen(0, x), std::pair(false, true)) << x;
+  }
   EXPECT_EQ(redAndGreen(11, 61), std::pair(false, true));
   EXPECT_EQ(redAndGreen(12, 2), std::pair(true, true));
   EXPECT_EQ(redAndGreen(29, 61), std::pair(true, true));

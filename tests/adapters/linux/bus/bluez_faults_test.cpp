@@ -12,7 +12,11 @@ using testing::StartsWith;
 
 class BluezFaults : public BluezBusTest {
  protected:
-  BluezFaults() { settings.betweenStarts = milliseconds(1); }
+  // What begins a scan anew here is the fault, never that nothing was heard.
+  BluezFaults() {
+    settings.betweenStarts = milliseconds(1);
+    settings.silence = std::chrono::hours(1);
+  }
   // Hears whatever is said from now on.
   bool hears(std::uint8_t number) {
     listener.packets.clear();
@@ -267,21 +271,52 @@ TEST_F(BluezFaults, ADiscoveryWhoseAnswerCameTooLateIsEndedAndBegunAnew) {
   EXPECT_TRUE(hearsAgain(1));
 }
 
-TEST_F(BluezFaults, WakingFromSuspendBeginsTheScanAnew) {
-  scan();
-  BusConnection login(loop, loop);
-  login.open(bus.address(), [] {});
-  ASSERT_GE(sd_bus_request_name(login.bus(), "org.freedesktop.login1", 0), 0);
-  for (const int isGoingToSleep : {1, 0}) {
+/// The system's login daemon, as far as it tells of sleep.
+class BluezAndSleep : public BluezFaults {
+ protected:
+  void SetUp() override {
+    BluezFaults::SetUp();
+    if (IsSkipped() || HasFatalFailure()) return;
+    scan();
+    login.open(bus.address(), [] {});
+    ASSERT_GE(sd_bus_request_name(login.bus(), "org.freedesktop.login1", 0), 0);
+  }
+  void say(const char* types, int isGoingToSleep) {
     ASSERT_GE(
         sd_bus_emit_signal(login.bus(), "/org/freedesktop/login1", "org.freedesktop.login1.Manager",
-                           "PrepareForSleep", "b", isGoingToSleep),
+                           "PrepareForSleep", types, isGoingToSleep),
         0);
+    login.sent();
   }
-  login.sent();
+  /// Whether all that was said has been handed on.
+  bool isThrough() {
+    const std::string target = bluez.discoveryClient();
+    bool isAnswered = false;
+    const BusSlot slot =
+        login.call(login.newCall({target.c_str(), "/", "org.freedesktop.DBus.Peer"}, "Ping"),
+                   BusConnection::kUsualTime, [&](sd_bus_message*) { isAnswered = true; });
+    return waitFor([&] { return isAnswered; });
+  }
+
+  BusConnection login{loop, loop};
+};
+
+TEST_F(BluezAndSleep, WakingFromSuspendBeginsTheScanAnew) {
+  say("b", 1);
+  ASSERT_TRUE(isThrough());
+  EXPECT_EQ(central->diagnostics().restarts, 0U);
+  say("b", 0);
   ASSERT_TRUE(waitFor([&] { return calls("StartDiscovery") == 2; }));
   EXPECT_EQ(central->diagnostics().restarts, 1U);
   EXPECT_TRUE(hearsAgain(1));
+}
+
+TEST_F(BluezAndSleep, ASignalThatSaysNothingIsNone) {
+  say("", 0);
+  say("u", 0);
+  ASSERT_TRUE(isThrough());
+  EXPECT_EQ(central->diagnostics().restarts, 0U);
+  EXPECT_EQ(calls("StartDiscovery"), 1U);
 }
 
 }  // namespace

@@ -97,8 +97,12 @@ TEST_F(BluezMonitors, ThatAreRefusedGiveWayToDiscovery) {
 
 TEST_F(BluezMonitors, AreTakenBackWhenNobodyListens) {
   scan(true);
+  bluez.advertise(kShow, rest(1));
+  ASSERT_TRUE(waitForPackets(1));
+  EXPECT_EQ(daemon.keptDevices(), 1U);
   manager.reset();
   EXPECT_TRUE(waitFor([&] { return !bluez.hasMonitor(); }));
+  EXPECT_EQ(daemon.keptDevices(), 0U);
   EXPECT_EQ(bluez.calls.back(), "UnregisterMonitor");
 }
 

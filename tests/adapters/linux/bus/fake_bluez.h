@@ -60,7 +60,8 @@ class FakeBluez {
   bool hasMonitor() const { return !monitors_.empty(); }
   /// Whose the first monitor is, as the bus knows it.
   std::string monitorClient() const { return monitors_.front().client; }
-  /// Likewise whose the advertisement is.
+  /// Likewise of who discovers on the first adapter, and whose the advertisement is.
+  std::string discoveryClient() const { return *adapters_.begin()->second.discoverers.begin(); }
   std::string advertisementClient() const { return advertisements_.front().client; }
 
   /// The methods that were called, in order.

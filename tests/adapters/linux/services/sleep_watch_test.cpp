@@ -58,6 +58,19 @@ struct SleepWatches : ServicesTest {
   std::optional<SleepWatch> sleep;
 };
 
+TEST_F(SleepWatches, AsksAgainWhereADelayIsRefused) {
+  const auto grant = login.answers["org.freedesktop.login1.Manager.Inhibit"];
+  int refusals = 2;
+  login.answers["org.freedesktop.login1.Manager.Inhibit"] = [&](sd_bus_message* call) {
+    return refusals-- > 0 ? sd_bus_reply_method_errorf(call, SD_BUS_ERROR_LIMITS_EXCEEDED, "later")
+                          : grant(call);
+  };
+  login.appear();
+  watch();
+  EXPECT_TRUE(waitUntilWaitedFor());
+  EXPECT_EQ(login.calls.size(), 3U);
+}
+
 TEST_F(SleepWatches, TellsOfSleepAndHoldsTheMachineForAMoment) {
   login.appear();
   watch();

@@ -52,6 +52,19 @@ TEST_F(TerminationWatches, TellsOfASignalInATurnOfItsOwn) {
   }
 }
 
+TEST_F(TerminationWatches, LeavesNoDescriptorOpen) {
+  const auto lowestFree = [] {
+    const int descriptor = dup(STDERR_FILENO);
+    close(descriptor);
+    return descriptor;
+  };
+  const int before = lowestFree();
+  watch();
+  EXPECT_GT(lowestFree(), before);
+  ended.reset();
+  EXPECT_EQ(lowestFree(), before);
+}
+
 TEST_F(TerminationWatches, LeavesEverythingAsItWas) {
   watch();
   EXPECT_FALSE(isUsual(SIGTERM));
