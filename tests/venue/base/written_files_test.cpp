@@ -32,6 +32,18 @@ class WrittenFilesTest : public testing::Test {
   WrittenFiles files_{isInterrupted_};
 };
 
+// As many as the kernel follows.
+TEST_F(WrittenFilesTest, FollowFortyLinksAndNoMore) {
+  std::ofstream(at("0")) << "old";
+  for (int link = 1; link <= 41; ++link) {
+    fs::create_symlink(std::to_string(link - 1), at(std::to_string(link).c_str()));
+  }
+  EXPECT_TRUE(files_.replace(at("40"), "new"));
+  EXPECT_EQ(textOf(at("0")), "new");
+  EXPECT_FALSE(files_.replace(at("41"), "newer"));
+  EXPECT_EQ(textOf(at("0")), "new");
+}
+
 TEST_F(WrittenFilesTest, ALinkGoesOnPointingToItsFile) {
   std::ofstream(at("file")) << "old";
   fs::create_symlink("file", at("link"));

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a phone emits, as `halvora trace --shown` writes it, and the flash policy of its host.
+#include <algorithm>
+#include <cmath>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -70,18 +72,20 @@ std::string othersOf(const std::string& trace) {
 struct TraceShown : testing::Test {
   TestFolder folder;
 
-  /// A show of one look, sent at 1.2 s and 6 s long.
-  std::string showOf(const std::vector<std::string>& fields) {
+  /// A show of one look, sent at 1.2 s unless another time is given, and 6 s long.
+  std::string showOf(const std::vector<std::string>& fields, const std::string& at = "1.2") {
     std::vector<std::string> words{"packet", "encode", "--applicationId", "1", "--sequence", "7"};
     words.insert(words.end(), fields.begin(), fields.end());
     const std::string packet = linesOf(runTool(words).output).front();
     return folder.write("show.jsonl", R"({"at":0,"start":true})"
                                       "\n"
-                                      R"({"at":1.2,"packet":")" +
-                                          packet + "\"}\n");
+                                      R"({"at":)" +
+                                          at + R"(,"packet":")" + packet + "\"}\n");
   }
   static std::string trace(const std::string& show, std::vector<std::string> options) {
-    std::vector<std::string> words{"trace", show, "--until", "8"};
+    std::vector<std::string> words{"trace", show};
+    const bool hasEnd = std::ranges::find(options, "--until") != options.end();
+    if (!hasEnd) words.insert(words.end(), {"--until", "8"});
     words.insert(words.end(), options.begin(), options.end());
     const ToolRun done = runTool(words);
     EXPECT_EQ(done.status, 0) << done.error;
@@ -121,6 +125,19 @@ TEST_F(TraceShown, LooksAHundredAndTwentyTimesASecondWhileSomethingMoves) {
     if (shown.time > milliseconds(1500) && shown.time <= milliseconds(1750)) ++looks;
   }
   EXPECT_EQ(looks, 30);
+}
+
+// As a recording of an evening is.
+TEST_F(TraceShown, LooksAtTheSameMomentsHoursLater) {
+  const std::string show = showOf({"--mode", "1", "--master", "255", "--red", "255"}, "7200.2");
+  int looks = 0;
+  for (const Shown& shown : shownIn(trace(show, {"--shown", "--until", "7203"}))) {
+    if (shown.time < milliseconds(7200'250) || shown.time > milliseconds(7201'000)) continue;
+    const auto time = static_cast<double>(shown.time / milliseconds(1));
+    EXPECT_NEAR(time, std::round(time * 0.12) / 0.12, 1) << "a multiple of 1/120 s";
+    ++looks;
+  }
+  EXPECT_GT(looks, 80);
 }
 
 TEST_F(TraceShown, AStrobeIsLimitedToThreeFlashes) {
