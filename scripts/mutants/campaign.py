@@ -15,7 +15,7 @@ from program import HERE, Trouble
 EQUIVALENT = HERE / "equivalent.txt"
 NOTICED = ("killed", "endless")
 # Milliseconds of tests that a mutant gets at most, as they were measured.
-LONGEST = 6_000
+LONGEST = 20_000
 
 
 def equivalents():

@@ -15,6 +15,7 @@ import subprocess
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
+import confinement
 import operators
 
 ROOT = Path(__file__).resolve().parent.parent.parent
@@ -251,6 +252,8 @@ def runtime():
 
 def prepare(say, must_build=True, jobs=2):
     """Builds what changed, and gives the prepared sources by path."""
+    if not confinement.is_possible():
+        raise Trouble("this kernel has no Landlock, and a planted fault may remove your files")
     WORK.mkdir(parents=True, exist_ok=True)
     if must_build:
         say("building the tests")
@@ -332,7 +335,7 @@ def trace(names):
         if names:
             subprocess.run([str(PROGRAM), f"--gtest_flagfile={flags}"], cwd=scratch / "in",
                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                           start_new_session=True,
+                           start_new_session=True, preexec_fn=confined(scratch),
                            env=environment(scratch / "in") | {"HALVORA_REACHED": str(lines)})  # fmt: skip
         return lines.read_text(encoding="utf-8").splitlines()
 
@@ -378,12 +381,22 @@ class Tests:
         return self.digests.get(str(ROOT / self.file.get(name, "")), "gone")
 
 
-def limits(seconds):
+def confined(scratch):
+    """What a fault does to files it does in there; clips that were made for tests may be made."""
+    clips = ROOT / "build/clips"
+    clips.mkdir(parents=True, exist_ok=True)
+    return functools.partial(confinement.enter, (scratch, clips))
+
+
+def limits(seconds, scratch):
+    confine = confined(scratch)
+
     def apply():
         resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 2))
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         resource.setrlimit(resource.RLIMIT_AS, (MOST_MEMORY, MOST_MEMORY))
         resource.setrlimit(resource.RLIMIT_FSIZE, (MOST_FILE, MOST_FILE))
+        confine()
 
     return apply
 
@@ -406,7 +419,7 @@ def notice(program, number, names, milliseconds):
             process = subprocess.Popen(
                 [str(program), f"--gtest_flagfile={flags}"], stdout=output, stderr=output,
                 stdin=subprocess.DEVNULL, cwd=scratch / "in", start_new_session=True,
-                preexec_fn=limits(seconds),
+                preexec_fn=limits(seconds, scratch),
                 env=environment(scratch / "in") | {"HALVORA_MUTANT": str(number)})  # fmt: skip
             try:
                 # On a machine that is busy with other things too.

@@ -85,6 +85,23 @@ TEST_F(FfmpegMoviesRoom, CanBeEnteredEverySecond) {
   EXPECT_EQ(asset->readers(3).size(), 3U) << "three groups of thirty pictures";
 }
 
+TEST_F(FfmpegMoviesRoom, BlackIsBlackAndWhiteIsWhite) {
+  for (const int level : {0, 0, 255, 255}) ASSERT_TRUE(movie->add(plain(level, level, level)));
+  ASSERT_TRUE(movie->finish());
+  const auto asset = FfmpegVideoAssets().open(path);
+  ASSERT_TRUE(asset);
+  const auto reader = asset->reader({});
+  ASSERT_TRUE(reader);
+  for (const std::uint32_t wanted : {0x000000U, 0x000000U, 0xFFFFFFU, 0xFFFFFFU}) {
+    const auto frame = reader->next();
+    ASSERT_TRUE(frame);
+    const PixelPosition middle{kWidth / 2, kHeight / 2};
+    std::uint32_t word = 0;
+    frame->sample({&middle, 1}, {&word, 1});
+    EXPECT_EQ(word & 0xFFFFFF, wanted);
+  }
+}
+
 // Chroma has a quarter of the pixels: what it says of four is their mean.
 TEST_F(FfmpegMoviesRoom, MixesTheColoursOfNeighbours) {
   std::vector<std::uint8_t> rgb = plain(255, 0, 0);

@@ -168,6 +168,8 @@ TEST_F(Safety, RefusesWhatItCannotJudge) {
       {run(good, {"--phones", "3"}), "--phones needs a --venue"},
       {run(good, {"--seed", "-1"}), "--seed must be a whole number"},
       {run(good, {"--until", "soon"}), "--until must be seconds"},
+      {run(good, {"--until", "-1"}), "--until must be seconds"},
+      {run(good, {"--until", "86401"}), "--until must be seconds"},
       {runTool({"safety", good, "--assets", folder.path().string() + "/none"}),
        "no such folder (--assets)"},
       {runTool({"safety", good}), "--assets"},

@@ -77,16 +77,31 @@ TEST_F(LeftoverTest, EachHasAPlaceOfItsOwn) {
   EXPECT_FALSE(fs::exists(second));
 }
 
+// No command makes one so deep; what it lies in stays, and nothing waits for it.
+TEST_F(LeftoverTest, AFolderOfTwentyWithinOneAnotherStays) {
+  std::string deep = "scratch";
+  for (int depth = 1; depth <= 20; ++depth) deep += "/" + std::to_string(depth);
+  put(deep + "/file");
+  put("scratch/beside");
+  {
+    Leftover leftover;
+    leftover.watch(path("scratch"));
+  }
+  EXPECT_TRUE(fs::exists(path(deep + "/file")));
+  EXPECT_FALSE(fs::exists(path("scratch/beside")));
+}
+
 // As a signal does that ends the process.
 TEST_F(LeftoverTest, AllThatIsStillWatchedGoesAtOnce) {
-  Leftover first;
-  Leftover second;
-  first.watch(put("gone"));
-  second.watch(put("kept"));
-  second.keep();
+  Leftover leftovers[3];
+  const char* const names[] = {"kept", "gone", "kept too"};
+  for (int at = 0; at < 3; ++at) leftovers[at].watch(put(names[at]));
+  leftovers[0].keep();
+  leftovers[2].keep();
   removeLeftovers();
-  EXPECT_FALSE(fs::exists(path("gone")));
   EXPECT_TRUE(fs::exists(path("kept")));
+  EXPECT_FALSE(fs::exists(path("gone")));
+  EXPECT_TRUE(fs::exists(path("kept too")));
 }
 
 TEST_F(LeftoverTest, WhatIsGoneAlreadyOrHasNoNameIsNoTrouble) {

@@ -46,6 +46,9 @@ TEST(ProgressBar, TimeLeftIsInMinutesAndSeconds) {
   watched.time += milliseconds(1000);
   bar.show(100);
   EXPECT_THAT(watched.writes.back(), HasSubstr(", 10:50 left"));
+  watched.time += milliseconds(999'000);
+  bar.show(61'221);
+  EXPECT_THAT(watched.writes.back(), HasSubstr(", 1:03 left")) << "62.1 seconds";
   watched.time += milliseconds(1000);
   bar.show(65025);
   EXPECT_THAT(watched.writes.back(), HasSubstr("[################] 65025 of 65025"));

@@ -573,7 +573,6 @@ TEST_F(Refused, NumbersOutOfTheirRange) {
                                                         {"--fps", "0"},
                                                         {"--fps", "2.5"},
                                                         {"--fps", "121"},
-                                                        {"--venue", "1000000001"},
                                                         {"--phones", "10000001"},
                                                         {"--threads", "257"},
                                                         {"--leave", "1.01"},
@@ -588,6 +587,14 @@ TEST_F(Refused, NumbersOutOfTheirRange) {
                                                         {"--until", "-1"},
                                                         {"--phones", "0"}}) {
     expectRefused(run(busyShow(), {option, value}), option);
+  }
+}
+
+TEST_F(Refused, AVenueBeyondItsRange) {
+  for (const char* venue : {"0", "1000000001"}) {
+    const ToolRun run = runTool({"crowd", "--assets", folder.path().string(), "--venue", venue,
+                                 "--scenario", at("none.jsonl"), "--out", at("sheet.png")});
+    expectRefused(run, "--venue must be");
   }
 }
 

@@ -93,6 +93,7 @@ TEST_F(BluezHostile, SignalsOfAnotherShapeAreMalformed) {
     sd_bus_message_append(m, "sa{sv}as", "org.bluez.Adapter1", 1, "Powered", "s", "no", 0);
   });
   added([](sd_bus_message*) {});
+  bluez.signal("/", kObjects, "InterfacesRemoved", [](sd_bus_message*) {});
   added([](sd_bus_message* m) { sd_bus_message_append(m, "s", "/org/bluez/hci0/dev_1"); });
   added([](sd_bus_message* m) { sd_bus_message_append(m, "oa{sv}", "/org/bluez/hci0/dev_1", 0); });
   added([](sd_bus_message* m) {

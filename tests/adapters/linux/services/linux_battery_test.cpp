@@ -64,5 +64,18 @@ TEST_F(LinuxBatteries, WhatDoesNotReadAsALevelIsNone) {
   }
 }
 
+// No machine has so many; what a folder without end holds is not all read.
+TEST_F(LinuxBatteries, TheHundredthIsTheLastThatIsAsked) {
+  for (int number = 100; number < 201; ++number) {
+    add("supply" + std::to_string(number), "Mains", "", "");
+  }
+  add("supply199", "Battery", "40", "Discharging");
+  ASSERT_TRUE(state());
+  EXPECT_EQ(state()->level, 0.4);
+  add("supply199", "Mains", "", "");
+  add("supply200", "Battery", "40", "Discharging");
+  EXPECT_EQ(state(), std::nullopt);
+}
+
 }  // namespace
 }  // namespace halvora
