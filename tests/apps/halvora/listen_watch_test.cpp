@@ -210,12 +210,16 @@ TEST_F(ListenWatch, TellsTwoSendersUnderOneNumberFromARestart) {
 
 class ListenExpect : public ListenWatch {
  protected:
+  /// A line of a scenario: that look every tenth of a second.
+  static std::string sends(const std::string& at, const Broadcast& look, const std::string& until) {
+    return "{\"at\":" + at + ",\"packet\":\"" + NSDataToHex(encodeBroadcast(look)) +
+           "\",\"every\":0.1,\"until\":" + until + "}\n";
+  }
   void SetUp() override {
     std::string lines = "{\"at\":0,\"start\":true}\n";
     for (int look = 0; look < 5; ++look) {
-      lines += "{\"at\":" + std::to_string(2 + 2 * look) + ",\"packet\":\"" +
-               NSDataToHex(encodeBroadcast(fields(1 + look, 10 * look))) +
-               "\",\"every\":0.1,\"until\":" + std::to_string(4 + 2 * look) + "}\n";
+      lines += sends(std::to_string(2 + 2 * look), fields(1 + look, 10 * look),
+                     std::to_string(4 + 2 * look));
     }
     show = folder.write("show.jsonl", lines);
   }
@@ -395,9 +399,8 @@ TEST_F(ListenExpect, SaysWhatElseIsShownSoonAfterASilence) {
 TEST_F(ListenExpect, AStepThatChangesNothingIsNoneForWhoStandsStill) {
   std::string lines = "{\"at\":0,\"start\":true}\n";
   for (int look = 0; look < 5; ++look) {
-    lines += "{\"at\":" + std::to_string(2 + 2 * look) + ",\"packet\":\"" +
-             NSDataToHex(encodeBroadcast(fields(1 + look, 10 * std::max(0, look - 1)))) +
-             "\",\"every\":0.1,\"until\":" + std::to_string(4 + 2 * look) + "}\n";
+    lines += sends(std::to_string(2 + 2 * look), fields(1 + look, 10 * std::max(0, look - 1)),
+                   std::to_string(4 + 2 * look));
   }
   show = folder.write("slow.jsonl", lines);
   hearFrom(500, 8000, fields(1, 0));
@@ -421,9 +424,7 @@ class ListenExpectTwo : public ListenExpect {
   void SetUp() override {
     std::string lines = "{\"at\":0,\"start\":true}\n";
     for (int transmitter = 7; transmitter <= 8; ++transmitter) {
-      lines += "{\"at\":2,\"packet\":\"" +
-               NSDataToHex(encodeBroadcast(fields(1, 50, transmitter))) +
-               "\",\"every\":0.1,\"until\":10}\n";
+      lines += sends("2", fields(1, 50, transmitter), "10");
     }
     show = folder.write("two.jsonl", lines);
   }
@@ -496,9 +497,8 @@ TEST_F(ListenExpect, SaysSoWhereTheShowComesBackToTheLookThatStandsStill) {
   std::string lines = "{\"at\":0,\"start\":true}\n";
   for (int look = 0; look < 4; ++look) {
     const int red = 10 + 10 * (look % 2);
-    lines += "{\"at\":" + std::to_string(2 + 4 * look) + ",\"packet\":\"" +
-             NSDataToHex(encodeBroadcast(fields(1 + look, red))) +
-             "\",\"every\":0.1,\"until\":" + std::to_string(6 + 4 * look) + "}\n";
+    lines +=
+        sends(std::to_string(2 + 4 * look), fields(1 + look, red), std::to_string(6 + 4 * look));
     hearFrom(420 + 4000 * look, 4000, fields(1 + look, red));
     hearFrom(470 + 4000 * look, 4000, fields(std::min(1 + look, 2), look == 0 ? 10 : 20, 8));
   }
@@ -515,13 +515,9 @@ TEST_F(ListenExpect, SaysSoWhereTheShowComesBackToTheLookThatStandsStill) {
 }
 
 TEST_F(ListenExpect, AZoneMayKeepItsLookWhileAnotherHasANewOne) {
-  const auto line = [](const char* at, const Broadcast& look, const char* until) {
-    return "{\"at\":" + std::string(at) + ",\"packet\":\"" + NSDataToHex(encodeBroadcast(look)) +
-           "\",\"every\":0.1,\"until\":" + until + "}\n";
-  };
   show = folder.write("zones.jsonl", "{\"at\":0,\"start\":true}\n" +
-                                         line("2", fields(1, 10, 7), "3.9") +
-                                         line("4", fields(2, 99, 8), "12"));
+                                         sends("2", fields(1, 10, 7), "3.9") +
+                                         sends("4", fields(2, 99, 8), "12"));
   hearFrom(500, 9000, fields(1, 10, 7));
   hearFrom(2500, 7000, fields(2, 99, 8));
   EXPECT_THAT(differences("9"), IsEmpty());
@@ -529,13 +525,9 @@ TEST_F(ListenExpect, AZoneMayKeepItsLookWhileAnotherHasANewOne) {
 
 // Its time begins when its look is due, and not before.
 TEST_F(ListenExpect, OneThatComesLaterHasAMomentForItsFirstLook) {
-  const auto line = [](const char* at, const Broadcast& look, const char* until) {
-    return "{\"at\":" + std::string(at) + ",\"packet\":\"" + NSDataToHex(encodeBroadcast(look)) +
-           "\",\"every\":0.1,\"until\":" + until + "}\n";
-  };
   show = folder.write("later.jsonl", "{\"at\":0,\"start\":true}\n" +
-                                         line("2", fields(1, 10, 7), "12") +
-                                         line("6", fields(2, 99, 8), "12"));
+                                         sends("2", fields(1, 10, 7), "12") +
+                                         sends("6", fields(2, 99, 8), "12"));
   hearFrom(500, 9000, fields(1, 10, 7));
   hearFrom(550, 5000, fields(1, 77, 8));
   hearFrom(5550, 4000, fields(2, 99, 8));
