@@ -18,6 +18,13 @@ static std::FILE* reachedFile = nullptr;
 extern "C" {
 int halvoraMutant = 0;
 unsigned char* halvoraReached = reachedHere;
+
+// GoogleTest keeps what it captures in /tmp, where a program with a fault may write nothing: as long
+// a name in the folder that it runs in.
+int mkstemp(char* name) noexcept {
+  if (std::strncmp(name, "/tmp/gtest", 10) == 0) std::memcpy(name, ".////", 5);
+  return mkostemp(name, 0);
+}
 }
 
 namespace {
