@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -19,10 +20,14 @@ extern "C" {
 int halvoraMutant = 0;
 unsigned char* halvoraReached = reachedHere;
 
-// GoogleTest keeps what it captures in /tmp, where a program with a fault may write nothing: as long
-// a name in the folder that it runs in.
+// GoogleTest keeps what it captures in the system's folder for that, where a program with a fault
+// may write nothing: under as long a name in the folder that it runs in.
 int mkstemp(char* name) noexcept {
-  if (std::strncmp(name, "/tmp/gtest", 10) == 0) std::memcpy(name, ".////", 5);
+  constexpr std::string_view kSystems = P_tmpdir "/";
+  if (std::string_view(name).starts_with(kSystems)) {
+    std::memset(name, '/', kSystems.size());
+    *name = '.';
+  }
   return mkostemp(name, 0);
 }
 }
